@@ -1,0 +1,15 @@
+# Compiler settings shared by everything that is built here.
+add_library(zel_opcoes INTERFACE)
+target_compile_options(zel_opcoes INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+    $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor>
+    # A fused multiply-add would change the last digit of a tax on some processors.
+    -ffp-contract=off)
+if(ZEL_WERROR)
+    target_compile_options(zel_opcoes INTERFACE -Werror)
+endif()
+if(ZEL_SANITIZE)
+    target_compile_options(zel_opcoes INTERFACE
+        -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(zel_opcoes INTERFACE -fsanitize=address,undefined)
+endif()

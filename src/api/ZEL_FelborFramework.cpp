@@ -1,0 +1,387 @@
+// The exported functions: each makes sure that the library is ready, turns its texts into views,
+// forwards to one operation and hands its result back. Raw character pointers end here. Nothing is
+// checked and nothing is decided in this room, result buffers apart.
+#include "ZEL_FelborFramework.h"
+
+#include "config/Registro.h"
+#include "documento/ZEL_Contingencia.h"
+#include "documento/ZEL_Controle.h"
+#include "documento/ZEL_InfoEstendida.h"
+#include "documento/ZEL_Inicializacao.h"
+#include "imposto/Presets.h"
+#include "imposto/TotalImposto.h"
+#include "negocio/Abertura.h"
+#include "negocio/AjusteItem.h"
+#include "negocio/Encerramento.h"
+#include "negocio/Inicializacao.h"
+#include "negocio/Pagamento.h"
+#include "negocio/Totalizacao.h"
+#include "negocio/Transporte.h"
+#include "negocio/Venda.h"
+#include "util/Cripto.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace zel {
+namespace {
+
+// A null text is a view without data, so that an operation can tell it from an empty one.
+std::string_view texto(const char *argumento) {
+    return argumento == nullptr ? std::string_view{} : std::string_view{argumento};
+}
+
+// Copies a result out with its terminator; the caller's buffer has room by contract.
+void copiarResultado(std::string_view resultado, char *saida) {
+    *std::copy(resultado.begin(), resultado.end(), saida) = '\0';
+}
+
+// Exceptions end here; only exhausted memory raises one, and nothing has been committed then.
+template <typename Funcao>
+int semExcecao(Funcao funcao) noexcept {
+    try {
+        return funcao();
+    } catch (...) {
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    }
+}
+
+template <typename Funcao>
+int quadro(Funcao funcao) noexcept {
+    return semExcecao([&] {
+        fnInicializarVariaveis_ZEL();
+        return funcao();
+    });
+}
+
+// The frame of a read: the operation fills a text, empty where there is nothing to tell.
+template <typename Leitura>
+int quadroLeitura(char *saida, Leitura leitura) noexcept {
+    if (saida == nullptr) return ZEL_ARGUMENTO_INVALIDO;
+    *saida = '\0';
+    return quadro([&] {
+        std::string resultado;
+        const int codigo = leitura(resultado);
+        copiarResultado(resultado, saida);
+        return codigo;
+    });
+}
+
+// What the functions answer whose operations this version does not have.
+int aindaNaoDisponivel() {
+    return ZEL_RECUSADO;
+}
+
+} // namespace
+} // namespace zel
+
+using namespace zel;
+
+// ---- Initialization -----------------------------------------------------------------------------
+
+int aCFInicializar_ZEL() {
+    return semExcecao([] { return fnCFInicializar_ZEL_Felbor(); });
+}
+
+// ---- Opening and identification -----------------------------------------------------------------
+
+int aCFAbrir_ZEL(const char *documento, const char *nome, const char *logradouro,
+                 const char *numero, const char *bairro, const char *codigoMunicipio,
+                 const char *municipio, const char *uf, const char *cep) {
+    return quadro([&] {
+        return fnCFAbrir_ZEL_Felbor({texto(documento), texto(nome), texto(logradouro),
+                                     texto(numero), texto(bairro), texto(codigoMunicipio),
+                                     texto(municipio), texto(uf), texto(cep)});
+    });
+}
+
+int aCFAbrirNumSerie_ZEL(int numeroCupom, int serie, const char *documento, const char *nome,
+                         const char *logradouro, const char *numero, const char *bairro,
+                         const char *codigoMunicipio, const char *municipio, const char *uf,
+                         const char *cep) {
+    return quadro([&] {
+        return fnCFAbrirNumSerie_ZEL_Felbor(numeroCupom, serie,
+                                            {texto(documento), texto(nome), texto(logradouro),
+                                             texto(numero), texto(bairro), texto(codigoMunicipio),
+                                             texto(municipio), texto(uf), texto(cep)});
+    });
+}
+
+int aCFIdentificarConsumidor_ZEL(const char *documento, const char *nome, const char *logradouro,
+                                 const char *numero, const char *bairro,
+                                 const char *codigoMunicipio, const char *municipio, const char *uf,
+                                 const char *cep, const char *email) {
+    return quadro([&] {
+        return fnCFIdentificarConsumidor_ZEL_Felbor(
+            {texto(documento), texto(nome), texto(logradouro), texto(numero), texto(bairro),
+             texto(codigoMunicipio), texto(municipio), texto(uf), texto(cep)},
+            texto(email));
+    });
+}
+
+int aCFIdentificarTransportadora_ZEL(const char *documento, const char *nome,
+                                     const char *inscricaoEstadual, const char *endereco,
+                                     const char *municipio, const char *uf) {
+    return quadro([&] {
+        return fnCFIdentificarTransportadora_ZEL_Felbor({texto(documento), texto(nome),
+                                                         texto(inscricaoEstadual), texto(endereco),
+                                                         texto(municipio), texto(uf)});
+    });
+}
+
+// ---- Items --------------------------------------------------------------------------------------
+
+int aCFVender_ZEL(const char *aliquota, const char *quantidade, const char *valorUnitario,
+                  const char *tipoAjuste, const char *valorAjuste, const char *codigo,
+                  const char *unidade, const char *descricao) {
+    return quadro([&] {
+        return fnCFVender_ZEL_Felbor({.aliquota = texto(aliquota),
+                                      .quantidade = texto(quantidade),
+                                      .valorUnitario = texto(valorUnitario),
+                                      .tipoAjuste = texto(tipoAjuste),
+                                      .valorAjuste = texto(valorAjuste),
+                                      .codigo = texto(codigo),
+                                      .ncm = {},
+                                      .cfop = {},
+                                      .unidade = texto(unidade),
+                                      .descricao = texto(descricao)});
+    });
+}
+
+int aCFVenderCompleto_ZEL(const char *aliquota, const char *quantidade, const char *valorUnitario,
+                          const char *tipoAjuste, const char *valorAjuste, const char *codigo,
+                          const char *ncm, const char *cfop, const char *unidade,
+                          const char *descricao, const char *) {
+    return quadro([&] {
+        return fnCFVender_ZEL_Felbor({.aliquota = texto(aliquota),
+                                      .quantidade = texto(quantidade),
+                                      .valorUnitario = texto(valorUnitario),
+                                      .tipoAjuste = texto(tipoAjuste),
+                                      .valorAjuste = texto(valorAjuste),
+                                      .codigo = texto(codigo),
+                                      .ncm = texto(ncm),
+                                      .cfop = texto(cfop),
+                                      .unidade = texto(unidade),
+                                      .descricao = texto(descricao)});
+    });
+}
+
+int aCFVenderXml_ZEL(const char *xmlItem) {
+    return quadro([&] { return fnCFVenderXml_ZEL_Felbor(texto(xmlItem)); });
+}
+
+int aCFLancarDescontoItem_ZEL(int item, const char *tipo, const char *valor) {
+    return quadro(
+        [&] { return fnCFLancarDescontoItem_ZEL_Felbor(item, texto(tipo), texto(valor)); });
+}
+
+int aCFLancarAcrescimoItem_ZEL(int item, const char *tipo, const char *valor) {
+    return quadro(
+        [&] { return fnCFLancarAcrescimoItem_ZEL_Felbor(item, texto(tipo), texto(valor)); });
+}
+
+int aCFCancelarItem_ZEL(int item) {
+    return quadro([&] { return fnCFCancelarItem_ZEL_Felbor(item); });
+}
+
+int aCFCancelarItemParcial_ZEL(int item, const char *quantidade) {
+    return quadro([&] { return fnCFCancelarItemParcial_ZEL_Felbor(item, texto(quantidade)); });
+}
+
+int aCFCancelarDescontoItem_ZEL(int item) {
+    return quadro([&] { return fnCFCancelarDescontoItem_ZEL_Felbor(item); });
+}
+
+int aCFCancelarAcrescimoItem_ZEL(int item) {
+    return quadro([&] { return fnCFCancelarAcrescimoItem_ZEL_Felbor(item); });
+}
+
+// ---- Totalization and payment -------------------------------------------------------------------
+
+int aCFTotalizar_ZEL(const char *tipo, const char *valor) {
+    return quadro([&] { return fnCFTotalizar_ZEL_Felbor(texto(tipo), texto(valor)); });
+}
+
+int aCFEfetuarPagamento_ZEL(const char *forma, const char *valor) {
+    return quadro([&] { return fnCFEfetuarPagamento_ZEL_Felbor(texto(forma), texto(valor)); });
+}
+
+int aCFEstornarPagamento_ZEL(const char *formaAtual, const char *formaNova, const char *valor) {
+    return quadro([&] {
+        return fnCFEstornarPagamento_ZEL_Felbor(texto(formaAtual), texto(formaNova), texto(valor));
+    });
+}
+
+int aCFValorLeiImposto_ZEL(const char *valor) {
+    return quadro([&] { return fnCFValorLeiImposto_ZEL_Felbor(texto(valor)); });
+}
+
+// ---- Closing, cancellation and requests ---------------------------------------------------------
+
+int tCFEncerrar_ZEL(const char *informacoes) {
+    return quadro([&] { return fnCFEncerrar_ZEL_Felbor(texto(informacoes)); });
+}
+
+int tCFEncerrarConfigMsg_ZEL(const char *informacoes, const char *informacoesFisco) {
+    return quadro([&] {
+        return fnCFEncerrarConfigMsg_ZEL_Felbor(texto(informacoes), texto(informacoesFisco));
+    });
+}
+
+int tCFCancelar_ZEL(const char *, const char *, const char *, const char *, const char *) {
+    return aindaNaoDisponivel();
+}
+
+int tCFCancelarOffline_ZEL(const char *, const char *, const char *, const char *, char *) {
+    return aindaNaoDisponivel();
+}
+
+int tCFInutilizar_ZEL(const char *, const char *, const char *, const char *) {
+    return aindaNaoDisponivel();
+}
+
+int GeraXMLConsulta_ZEL(const char *, const char *, const char *, const char *, const char *) {
+    return aindaNaoDisponivel();
+}
+
+// ---- Taxes of the next item ---------------------------------------------------------------------
+
+int aCFConfICMS00_ZEL(const char *origem, const char *cst, const char *modBC,
+                      const char *aliquota) {
+    return quadro([&] {
+        return fnCFConfICMS00_ZEL_Felbor(texto(origem), texto(cst), texto(modBC), texto(aliquota));
+    });
+}
+
+int aCFConfICMS40_ZEL(const char *origem, const char *cst, const char *valorDesonerado,
+                      const char *motivo) {
+    return quadro([&] {
+        return fnCFConfICMS40_ZEL_Felbor(texto(origem), texto(cst), texto(valorDesonerado),
+                                         texto(motivo));
+    });
+}
+
+int aCFConfICMS60_ZEL(const char *origem, const char *cst, const char *baseRetida,
+                      const char *valorRetido) {
+    return quadro([&] {
+        return fnCFConfICMS60_ZEL_Felbor(texto(origem), texto(cst), texto(baseRetida),
+                                         texto(valorRetido));
+    });
+}
+
+int aCFConfPisAliq_ZEL(const char *cst, const char *aliquota) {
+    return quadro([&] { return fnCFConfPisAliq_ZEL_Felbor(texto(cst), texto(aliquota)); });
+}
+
+int aCFConfPisQtde_ZEL(const char *cst, const char *valorUnidade) {
+    return quadro([&] { return fnCFConfPisQtde_ZEL_Felbor(texto(cst), texto(valorUnidade)); });
+}
+
+int aCFConfPisNT_ZEL(const char *cst) {
+    return quadro([&] { return fnCFConfPisNT_ZEL_Felbor(texto(cst)); });
+}
+
+int aCFConfPisOutr_ZEL(const char *cst, const char *aliquota, const char *valorUnidade) {
+    return quadro([&] {
+        return fnCFConfPisOutr_ZEL_Felbor(texto(cst), texto(aliquota), texto(valorUnidade));
+    });
+}
+
+int aCFConfCofinsAliq_ZEL(const char *cst, const char *aliquota) {
+    return quadro([&] { return fnCFConfCofinsAliq_ZEL_Felbor(texto(cst), texto(aliquota)); });
+}
+
+int aCFConfCofinsQtde_ZEL(const char *cst, const char *valorUnidade) {
+    return quadro([&] { return fnCFConfCofinsQtde_ZEL_Felbor(texto(cst), texto(valorUnidade)); });
+}
+
+int aCFConfCofinsNT_ZEL(const char *cst) {
+    return quadro([&] { return fnCFConfCofinsNT_ZEL_Felbor(texto(cst)); });
+}
+
+int aCFConfCofinsOutr_ZEL(const char *cst, const char *aliquota, const char *valorUnidade) {
+    return quadro([&] {
+        return fnCFConfCofinsOutr_ZEL_Felbor(texto(cst), texto(aliquota), texto(valorUnidade));
+    });
+}
+
+// ---- Configuration and information --------------------------------------------------------------
+
+int regAlterarValor_ZEL(const char *chave, const char *valor) {
+    return quadro([&] { return fnRegAlterarValor_ZEL(texto(chave), texto(valor)); });
+}
+
+int regRetornarValor_ZEL(const char *chave, char *valor) {
+    return quadroLeitura(valor, [&](std::string &resultado) {
+        return fnRegRetornarValor_ZEL(texto(chave), resultado);
+    });
+}
+
+int rCFVerificarStatus_ZEL() {
+    return semExcecao([] {
+        // An unreadable file leaves the state in memory, 0 in a new process.
+        garantirConfig();
+        return fnCFVerificarStatus_ZEL();
+    });
+}
+
+int rInfoEstendida_ZEL(const char *indice, char *valor) {
+    return quadroLeitura(valor, [&](std::string &resultado) {
+        return fnInfoEstendida_ZEL(texto(indice), resultado);
+    });
+}
+
+int rURLQrcode_ZEL(char *url) {
+    return quadroLeitura(url, [](std::string &resultado) {
+        return fnRegRetornarValor_ZEL(R"(NFCE\UrlQrcode)", resultado);
+    });
+}
+
+// ---- Contingency, printing and files ------------------------------------------------------------
+
+int aCFContingenciaUltimaNota_ZEL(int tipo, char *textoDocumento) {
+    return quadro([&] {
+        const std::string_view entrada = texto(textoDocumento);
+        std::string resultado(entrada);
+        const int codigo = fnGerarXMLContingencia(tipo, resultado);
+        // A refused call leaves the text alone, so that it may even be a literal.
+        if (textoDocumento != nullptr && resultado != entrada)
+            copiarResultado(resultado, textoDocumento);
+        return codigo;
+    });
+}
+
+int GerarArquivoFormatadoNF_ZEL(const char *, const char *, const char *, int, int, const char *,
+                                char *) {
+    return aindaNaoDisponivel();
+}
+
+int RetornarUltimoBufferFormatadoNF_ZEL(char *saida) {
+    if (saida == nullptr) return ZEL_ARGUMENTO_INVALIDO;
+    *saida = '\0';
+    return semExcecao([&] {
+        std::string resultado;
+        const int codigo = fnLerArquivoCriptUltimaDanfe(resultado);
+        copiarResultado(resultado, saida);
+        return codigo;
+    });
+}
+
+int GeraPDF_ZEL(const char *) {
+    return aindaNaoDisponivel();
+}
+
+int GeraPDF_DANFE_ZEL(const char *) {
+    return aindaNaoDisponivel();
+}
+
+int eCriptografarArquivo_ZEL(const char *origem, const char *destino, const char *chave) {
+    return semExcecao(
+        [&] { return fnCriptografarArquivo(texto(origem), texto(destino), texto(chave)); });
+}
+
+int eDescriptografarArquivo_ZEL(const char *origem, const char *destino, const char *chave) {
+    return semExcecao(
+        [&] { return fnDescriptografarArquivo(texto(origem), texto(destino), texto(chave)); });
+}

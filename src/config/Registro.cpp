@@ -1,0 +1,158 @@
+#include "config/Registro.h"
+
+#include "ZEL_FelborFramework.h"
+#include "util/Arquivo.h"
+#include "util/Diretorio.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace zel {
+
+namespace {
+
+constexpr std::size_t kMaximoCaminho = 100;
+constexpr std::size_t kMaximoAutorizacao = 44;
+
+struct Registro {
+    ValoresConfig valores;
+    // The file's bytes as last loaded or saved; none until then. They and the values change
+    // together, and only after the file has.
+    std::optional<std::string> arquivo;
+    bool inteiro = false; // every value is the one that `arquivo` holds
+    Autorizacao autorizacao;
+};
+
+// Holds the defaults from the moment the library is loaded.
+Registro G_stRegistroZEL_AUX;
+
+std::string caminhoArquivo() {
+    return fnConfigurarPath("ZEL_Framework.xml");
+}
+
+int gravar(std::string_view texto) {
+    return substituirArquivo(caminhoArquivo(), texto, Acesso::kPrivado);
+}
+
+void assumir(CargaConfig carga) {
+    G_stRegistroZEL_AUX.valores = std::move(carga.valores);
+    G_stRegistroZEL_AUX.arquivo = std::move(carga.texto);
+    G_stRegistroZEL_AUX.inteiro = carga.inteira;
+}
+
+int fnXML_CriarArquivo_Felbor_ZEL(const ValoresConfig &valores) {
+    CargaConfig carga{valores, fnXML_CriarArquivo(valores), true};
+    if (const int codigo = gravar(carga.texto); codigo != ZEL_OK) return codigo;
+    assumir(std::move(carga));
+    return ZEL_OK;
+}
+
+// Takes over what the file holds, with what it lacks from `base`; a missing file is created from
+// `base`. Bytes that are `conhecidos` are not read again. `texto` receives the file's bytes.
+int carregar(const ValoresConfig &base, const std::optional<std::string> &conhecidos,
+             std::string &texto) {
+    switch (lerArquivo(caminhoArquivo(), texto)) {
+    case Leitura::kInexistente:
+        return fnXML_CriarArquivo_Felbor_ZEL(base);
+    case Leitura::kFalha:
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    case Leitura::kLido:
+        break;
+    }
+    if (conhecidos == texto) return ZEL_OK;
+    auto carga = fnXML_CarregarXML(texto, base);
+    if (!carga) return ZEL_CONFIG_ILEGIVEL;
+    if (carga->texto != texto)
+        if (const int codigo = gravar(carga->texto); codigo != ZEL_OK) return codigo;
+    assumir(std::move(*carga));
+    return ZEL_OK;
+}
+
+} // namespace
+
+std::string_view valorConfig(Chave chave) {
+    return G_stRegistroZEL_AUX.valores[chave];
+}
+
+int fnXML_CarregarXML_ZEL() {
+    std::string texto;
+    return carregar(G_stRegistroZEL_AUX.valores, G_stRegistroZEL_AUX.arquivo, texto);
+}
+
+int garantirConfig() {
+    return G_stRegistroZEL_AUX.arquivo ? int{ZEL_OK} : fnXML_CarregarXML_ZEL();
+}
+
+int inicializarConfig() {
+    const ValoresConfig padroes;
+    std::string texto;
+    const int codigo = carregar(padroes, std::nullopt, texto);
+    if (codigo != ZEL_CONFIG_ILEGIVEL) return codigo;
+    // It may be the only copy of the taxpayer's settings.
+    if (const int copia =
+            substituirArquivo(caminhoArquivo() + ".danificado", texto, Acesso::kPrivado);
+        copia != ZEL_OK)
+        return copia;
+    return fnXML_CriarArquivo_Felbor_ZEL(padroes);
+}
+
+int alterarConfig(std::span<const Alteracao> alteracoes) {
+    std::vector<Alteracao> cortadas(alteracoes.begin(), alteracoes.end());
+    for (Alteracao &alteracao : cortadas) {
+        const std::size_t maximo = stZELTAGs[alteracao.chave.indice].tamanho;
+        if (alteracao.valor.size() > maximo) alteracao.valor.resize(maximo);
+        // It would end the value in the file.
+        if (alteracao.valor.find("</") != std::string::npos) return ZEL_RECUSADO;
+    }
+    if (const int codigo = fnXML_CarregarXML_ZEL(); codigo != ZEL_OK) return codigo;
+
+    Registro &registro = G_stRegistroZEL_AUX;
+    if (registro.inteiro &&
+        std::all_of(cortadas.begin(), cortadas.end(), [&](const Alteracao &alteracao) {
+            return registro.valores[alteracao.chave] == alteracao.valor;
+        }))
+        return ZEL_OK;
+    auto texto = fnXML_AlterarArquivo(*registro.arquivo, cortadas);
+    if (!texto) return ZEL_CONFIG_ILEGIVEL;
+    if (*texto != *registro.arquivo)
+        if (const int codigo = gravar(*texto); codigo != ZEL_OK) return codigo;
+    for (const Alteracao &alteracao : cortadas)
+        registro.valores.definir(alteracao.chave, alteracao.valor);
+    registro.arquivo = std::move(*texto);
+    return ZEL_OK;
+}
+
+int fnInicializarEstruturaDadosZEL_AUX() {
+    G_stRegistroZEL_AUX.valores = ValoresConfig{};
+    // What the file holds has to be read again.
+    G_stRegistroZEL_AUX.arquivo.reset();
+    return ZEL_OK;
+}
+
+int fnRegRetornarValor_ZEL(std::string_view caminho, std::string &valor) {
+    const auto chave = procurarChave(caminho.substr(0, kMaximoCaminho));
+    if (!chave) return ZEL_RECUSADO;
+    valor = valorConfig(*chave);
+    return ZEL_OK;
+}
+
+int fnRegAlterarValor_ZEL(std::string_view caminho, std::string_view valor) {
+    const auto chave = procurarChave(caminho.substr(0, kMaximoCaminho));
+    if (!chave) return ZEL_RECUSADO;
+    const Alteracao alteracao{*chave, std::string(valor)};
+    return alterarConfig({&alteracao, 1});
+}
+
+const Autorizacao &autorizacaoUltimoDocumento() {
+    return G_stRegistroZEL_AUX.autorizacao;
+}
+
+void definirAutorizacao(Autorizacao autorizacao) {
+    for (std::string *texto : {&autorizacao.digest, &autorizacao.dataHora})
+        if (texto->size() > kMaximoAutorizacao) texto->resize(kMaximoAutorizacao);
+    G_stRegistroZEL_AUX.autorizacao = std::move(autorizacao);
+}
+
+} // namespace zel

@@ -1,0 +1,57 @@
+// The configuration values in memory (G_stRegistroZEL_AUX) and the operations that read and change
+// them by path, group names and key joined by single backslashes ("CONFIGURACAO\estadoCFe").
+// Paths are matched without regard to case. Every change goes through to the file ZEL_Framework.xml
+// before it is answered; the file's form is ArquivoConfig's, the list of keys Catalogo's.
+#pragma once
+
+#include "config/ArquivoConfig.h"
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace zel {
+
+// The value of a key known when the library is compiled: valorConfig(R"(IDE\nNF)"_chave).
+// The view holds until the next change or load.
+std::string_view valorConfig(Chave chave);
+
+// Changes several values in one save. Values equal to those of the file are not written; when all
+// are equal nothing is. 1; -1 a value holds "</"; -40 or -52 as fnXML_CarregarXML_ZEL, -40 also
+// when the file is so damaged that a key has no place in it. On failure file and memory are as
+// before.
+int alterarConfig(std::span<const Alteracao> alteracoes);
+
+// Loads the file when its bytes are not those loaded last, completing it with missing keys; creates
+// a missing one from the values in memory. 1; -40 the root tags are missing; -52 it cannot be read
+// or written. On failure memory is as before.
+int fnXML_CarregarXML_ZEL();
+
+// The same, done at most once successfully per process: the first call of a process, whichever it
+// is, sees the file.
+int garantirConfig();
+
+// aCFInicializar_ZEL: defaults into memory, then the file over them; a missing file is created, one
+// without its root tags is kept beside as ZEL_Framework.xml.danificado and replaced. 1 or -52.
+int inicializarConfig();
+
+// Fills the registry with the catalogue's defaults. Always 1.
+int fnInicializarEstruturaDadosZEL_AUX();
+
+// By path, for the application: the value into `valor`. 1, or -1 when the path names no key.
+int fnRegRetornarValor_ZEL(std::string_view caminho, std::string &valor);
+
+// By path: stores the value, cut to the key's length, and writes it through to the file. 1; -1 when
+// the path names no key or the value holds "</"; -40, -52 as alterarConfig.
+int fnRegAlterarValor_ZEL(std::string_view caminho, std::string_view valor);
+
+// Two values that no key names and no file keeps, learnt from an authorization return: at most 44
+// characters each.
+struct Autorizacao {
+    std::string digest;
+    std::string dataHora;
+};
+const Autorizacao &autorizacaoUltimoDocumento();
+void definirAutorizacao(Autorizacao autorizacao);
+
+} // namespace zel

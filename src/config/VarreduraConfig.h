@@ -1,0 +1,49 @@
+// Finds the catalogue's groups and keys in the text of a configuration file, whatever else stands
+// there: which entries are present, where the values lie, where a missing entry has its place. Ends
+// on any text in time proportional to its length; keeps places only, never a value.
+#pragma once
+
+#include "config/Catalogo.h"
+
+#include <array>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace zel {
+
+// The value of one key in the text: the characters from `inicio` up to, not including, `fim`.
+struct ElementoConfig {
+    Chave chave;
+    std::size_t inicio;
+    std::size_t fim;
+    bool fechado; // its own end tag stands there
+
+    std::string_view valor(std::string_view texto) const {
+        return texto.substr(inicio, fim - inicio);
+    }
+};
+
+struct Varredura {
+    static constexpr std::size_t kAusente = std::string_view::npos;
+
+    // In the order of the text. The n-th element of a name within a group belongs to the n-th entry
+    // of that name, further ones to the last.
+    std::vector<ElementoConfig> elementos;
+    std::size_t totalEntendidos = 0;  // those in front of the first thing that is not understood
+    bool regular = true;              // nothing was met but what the catalogue knows
+    std::size_t fimDaRaiz = kAusente; // behind the root's end tag
+    std::array<bool, kTotalEntradas> presentes{};         // keys and groups, by entry
+    std::array<std::size_t, kTotalEntradas> fimDosGrupos; // place of the end tag, by opening entry
+
+    std::span<const ElementoConfig> entendidos() const {
+        return std::span(elementos).first(totalEntendidos);
+    }
+    bool inteira() const { return regular && fimDaRaiz != kAusente; }
+};
+
+// None when the text lacks "<FRAMEWORKZEL>" or "</FRAMEWORKZEL>".
+std::optional<Varredura> varrerConfig(std::string_view texto);
+
+} // namespace zel

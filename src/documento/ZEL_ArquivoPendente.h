@@ -1,0 +1,62 @@
+// A file that changes together with the configuration. Its new content waits complete under a name
+// of its own while the configuration is saved, then takes the file's place; the saved configuration
+// is the moment at which the change happens. A process that dies in between leaves the waiting
+// file, and the next one asks whether it belongs to the configuration it finds: put in place, or
+// dropped.
+#pragma once
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "util/Arquivo.h"
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zel {
+
+// The values that the changed keys hold now, for putting them back.
+std::vector<Alteracao> valoresAtuais(std::span<const Alteracao> alteracoes);
+
+class ArquivoPendente {
+public:
+    // File names in the data directory.
+    constexpr ArquivoPendente(std::string_view nome, std::string_view nomePendente, Acesso acesso)
+        : nome_(nome), nomePendente_(nomePendente), acesso_(acesso) {}
+
+    std::string caminho() const;
+
+    // Changes file and configuration together. 1; -1, -40, -52 with both as they were.
+    int confirmar(std::string_view conteudo, std::span<const Alteracao> alteracoes);
+
+    // Clears away what an earlier failure of this process left waiting; call before any other
+    // change of the file. 1 or -52.
+    int limpar();
+
+    // Settles what a dead process left: `pertence(conteudo)` tells whether the waiting content
+    // belongs to the configuration. Afterwards nothing waits. 1 or -52.
+    template <class Pertence>
+    int resolver(Pertence pertence) {
+        std::string conteudo;
+        const Leitura leitura = lerArquivo(caminhoPendente(), conteudo);
+        restou_ = Resto::kNada;
+        if (leitura == Leitura::kInexistente) return ZEL_OK;
+        if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
+        restou_ = pertence(conteudo) ? Resto::kConfirmado : Resto::kAbandonado;
+        return limpar();
+    }
+
+private:
+    enum class Resto { kNada, kAbandonado, kConfirmado };
+
+    std::string caminhoPendente() const;
+    void abandonar();
+
+    std::string_view nome_;
+    std::string_view nomePendente_;
+    Acesso acesso_;
+    Resto restou_ = Resto::kNada;
+};
+
+} // namespace zel

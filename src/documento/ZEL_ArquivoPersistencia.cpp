@@ -1,0 +1,206 @@
+#include "documento/ZEL_ArquivoPersistencia.h"
+
+#include "ZEL_FelborFramework.h"
+#include "documento/ZEL_ArquivoPendente.h"
+#include "documento/ZEL_Controle.h"
+#include "documento/ZEL_Parser.h"
+#include "documento/ZEL_Persistencia.h"
+#include "util/Arquivo.h"
+#include "util/Diretorio.h"
+#include "util/Numero.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+namespace zel {
+
+namespace {
+
+// The section of each record type, "01" first.
+constexpr std::array<Secao, 6> kSecaoDoTipo{Secao::kAbertura,    Secao::kVenda,
+                                            Secao::kTotalizacao, Secao::kTransporte,
+                                            Secao::kPagamento,   Secao::kEncerramento};
+
+constexpr bool ehLista(Secao secao) {
+    return secao == Secao::kVenda || secao == Secao::kPagamento;
+}
+
+// What this process knows of the file.
+struct EstadoDoArquivo {
+    std::optional<std::size_t> tamanho; // none: the next save writes the whole document
+    bool danificado = false;            // keep a copy before it is replaced
+};
+EstadoDoArquivo arquivo;
+
+ArquivoPendente persistencia("ArqPersist.bin", "ArqPersist.tmp", Acesso::kPrivado);
+constexpr std::string_view kNomeDanificado = "ArqPersist.bin.danificado";
+
+// One record, from its type to its line end.
+void escreverRegistro(std::string &texto, Secao secao, const ST_tagZEL &raiz) {
+    const auto tipo = std::find(kSecaoDoTipo.begin(), kSecaoDoTipo.end(), secao);
+    texto += formatarInteiro(tipo - kSecaoDoTipo.begin() + 1, 2);
+    texto += '|';
+    if (ehLista(secao)) texto.append(raiz.valor.value_or("")) += '|';
+    if (raiz.subTags)
+        for (const ST_tagZEL &filho : *raiz.subTags)
+            filho.escrever(texto);
+    texto += "\r\n";
+}
+
+std::string escreverDocumento(const ST_PersitenceXML_ZEL &documento) {
+    std::string texto;
+    const auto uma = [&](Secao secao, const std::optional<ST_tagZEL> &raiz) {
+        if (raiz) escreverRegistro(texto, secao, *raiz);
+    };
+    const auto lista = [&](Secao secao, const std::optional<std::deque<ST_tagZEL>> &raizes) {
+        if (raizes)
+            for (const ST_tagZEL &raiz : *raizes)
+                escreverRegistro(texto, secao, raiz);
+    };
+    uma(Secao::kAbertura, documento.abertura);
+    lista(Secao::kVenda, documento.vendas);
+    uma(Secao::kTotalizacao, documento.totalizacao);
+    uma(Secao::kTransporte, documento.transporte);
+    lista(Secao::kPagamento, documento.pagamentos);
+    uma(Secao::kEncerramento, documento.encerramento);
+    return texto;
+}
+
+std::optional<Secao> secaoDaLinha(std::string_view linha) {
+    const long long tipo = lerInteiro(linha.substr(0, 2));
+    if (tipo < 1 || tipo > 6) return {};
+    return kSecaoDoTipo[static_cast<std::size_t>(tipo - 1)];
+}
+
+// Calls `ler` with each complete line until it answers something other than 1. Returns that answer,
+// and in `inteiro` the bytes that complete lines take.
+template <class Ler>
+int percorrerLinhas(std::string_view texto, std::size_t &inteiro, Ler ler) {
+    inteiro = 0;
+    for (std::size_t fim; (fim = texto.find('\n', inteiro)) != texto.npos; inteiro = fim + 1) {
+        std::string_view linha = texto.substr(inteiro, fim - inteiro);
+        if (linha.ends_with('\r')) linha.remove_suffix(1);
+        if (const int resultado = ler(linha); resultado != ZEL_OK) return resultado;
+    }
+    return ZEL_OK;
+}
+
+int lerRegistro(ST_PersitenceXML_ZEL &documento, std::string_view linha) {
+    const auto secao = secaoDaLinha(linha);
+    if (!secao) return ZEL_RECUSADO;
+    std::string_view conteudo = linha.substr(std::min<std::size_t>(3, linha.size()));
+    ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(*secao));
+    if (ehLista(*secao)) {
+        const std::size_t barra = conteudo.find('|');
+        if (barra == conteudo.npos) return ZEL_RECUSADO;
+        // A payment's number is the three characters behind the type, whatever they are.
+        raiz.valor = *secao == Secao::kPagamento
+                         ? conteudo.substr(0, 3)
+                         : conteudo.substr(0, std::min<std::size_t>(barra, 4));
+        conteudo.remove_prefix(barra + 1);
+    }
+    if (const int resultado = fnParseToTag_ZEL(raiz, conteudo); resultado != ZEL_OK)
+        return resultado;
+    return documento.fnAdicionarTagZEL(*secao, std::move(raiz));
+}
+
+// The receipt state that belongs to the records of a waiting file; none when they are damaged.
+// Only a payment that completes the total is committed with its state.
+std::optional<int> estadoDosRegistros(std::string_view texto) {
+    int estado = kAberto;
+    std::size_t inteiro = 0;
+    const int resultado = percorrerLinhas(texto, inteiro, [&](std::string_view linha) {
+        const auto secao = secaoDaLinha(linha);
+        if (!secao) return static_cast<int>(ZEL_RECUSADO);
+        if (*secao == Secao::kVenda) estado = std::max<int>(estado, kVendendo);
+        if (*secao == Secao::kTotalizacao) estado = std::max<int>(estado, kTotalizado);
+        if (*secao == Secao::kPagamento) estado = std::max<int>(estado, kPagamento);
+        return static_cast<int>(ZEL_OK);
+    });
+    if (resultado != ZEL_OK || inteiro != texto.size()) return {};
+    return estado;
+}
+
+// Before any save: no waiting file, and a damaged original kept beside. 1 or -52.
+int prepararGravacao() {
+    if (persistencia.limpar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!arquivo.danificado) return ZEL_OK;
+    std::string original;
+    const Leitura leitura = lerArquivo(persistencia.caminho(), original);
+    if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (leitura == Leitura::kLido &&
+        substituirArquivo(fnConfigurarPath(kNomeDanificado), original, Acesso::kPrivado) != ZEL_OK)
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    arquivo.danificado = false;
+    return ZEL_OK;
+}
+
+// True when a record of the section, written last, stands where the file's order wants it.
+bool ehUltimoRegistro(Secao secao) {
+    const ST_PersitenceXML_ZEL &documento = G_stXML_Persistencia;
+    if (documento.encerramento) return false;
+    if (secao == Secao::kPagamento) return true;
+    return !documento.totalizacao && !documento.transporte && documento.pagamentos->empty();
+}
+
+} // namespace
+
+int fnPersistEstrutura_ZEL() {
+    if (prepararGravacao() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    const std::string texto = escreverDocumento(G_stXML_Persistencia);
+    if (substituirArquivo(persistencia.caminho(), texto, Acesso::kPrivado) != ZEL_OK)
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    arquivo.tamanho = texto.size();
+    return ZEL_OK;
+}
+
+int fnPersistUltimo_ZEL(Secao secao) {
+    if (!arquivo.tamanho || arquivo.danificado || !ehUltimoRegistro(secao))
+        return fnPersistEstrutura_ZEL();
+    if (persistencia.limpar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    const auto &lista =
+        secao == Secao::kVenda ? G_stXML_Persistencia.vendas : G_stXML_Persistencia.pagamentos;
+    std::string registro;
+    escreverRegistro(registro, secao, lista->back());
+    const int resultado = acrescentarArquivo(persistencia.caminho(), *arquivo.tamanho, registro);
+    // Somebody replaced, cut or removed the file: what is in memory is the receipt.
+    if (resultado == ZEL_RECUSADO) return fnPersistEstrutura_ZEL();
+    if (resultado == ZEL_OK) *arquivo.tamanho += registro.size();
+    return resultado;
+}
+
+int fnPersistComConfig_ZEL(std::span<const Alteracao> alteracoes) {
+    if (prepararGravacao() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    const std::string texto = escreverDocumento(G_stXML_Persistencia);
+    const int resultado = persistencia.confirmar(texto, alteracoes);
+    if (resultado == ZEL_OK) arquivo.tamanho = texto.size();
+    return resultado;
+}
+
+int fnCarregaEstrutura_ZEL(bool *passageira) {
+    if (passageira != nullptr) *passageira = true;
+    // With no file beside it, a waiting document is the only copy there is.
+    const int pendencia = persistencia.resolver([](std::string_view texto) {
+        return !existeArquivo(persistencia.caminho()) ||
+               estadoDosRegistros(texto) == fnCFVerificarStatus_ZEL();
+    });
+    if (pendencia != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    std::string texto;
+    const Leitura leitura = lerArquivo(persistencia.caminho(), texto);
+    if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
+
+    if (passageira != nullptr) *passageira = false;
+    G_stXML_Persistencia.fnLimpar();
+    arquivo = {};
+    if (leitura == Leitura::kInexistente) return ZEL_ARQUIVO_INDISPONIVEL;
+    std::size_t inteiro = 0;
+    const int resultado = percorrerLinhas(texto, inteiro, [](std::string_view linha) {
+        return lerRegistro(G_stXML_Persistencia, linha);
+    });
+    arquivo.danificado = resultado != ZEL_OK;
+    if (inteiro == texto.size()) arquivo.tamanho = inteiro;
+    return resultado;
+}
+
+} // namespace zel

@@ -1,0 +1,162 @@
+#include "documento/ZEL_Cabecalho.h"
+
+#include "ZEL_FelborFramework.h"
+#include "documento/ZEL_DataHora.h"
+#include "util/Codigos.h"
+#include "util/Numero.h"
+#include "util/Texto.h"
+#include "util/TextoXml.h"
+
+#include <array>
+#include <string_view>
+
+namespace zel {
+
+namespace {
+
+constexpr std::string_view kNamespaceNFe = "http://www.portalfiscal.inf.br/nfe";
+constexpr long long kMaiorNumero = 999999999;
+constexpr long long kMaiorCodigo = 99999999;
+
+constexpr Chave kNumero = R"(IDE\nNF)"_chave;
+constexpr Chave kCodigo = R"(IDE\cNF)"_chave;
+
+// An element whose value is a configuration value, as it stands.
+struct ElementoConfig {
+    std::string_view nome;
+    Chave chave;
+};
+
+constexpr std::array<ElementoConfig, 7> kEndereco{{
+    {"xLgr", R"(EMIT\ENDEREMIT\xLgr)"_chave},
+    {"nro", R"(EMIT\ENDEREMIT\Nro)"_chave},
+    {"xBairro", R"(EMIT\ENDEREMIT\xBairro)"_chave},
+    {"cMun", R"(EMIT\ENDEREMIT\cMun)"_chave},
+    {"xMun", R"(EMIT\ENDEREMIT\xMun)"_chave},
+    {"UF", R"(EMIT\ENDEREMIT\UF)"_chave},
+    {"CEP", R"(EMIT\ENDEREMIT\CEP)"_chave},
+}};
+
+// What varies from document to document.
+struct Emissao {
+    long long numero = 0;
+    long long codigo = 0;
+    std::tm local{};
+    std::string chave;
+};
+
+// An element without a value is left out.
+void elemento(std::string &texto, std::string_view nome, std::string_view valor) {
+    if (valor.empty()) return;
+    texto.append("<").append(nome).append(">").append(valor);
+    texto.append("</").append(nome).append(">");
+}
+
+void elementoConfig(std::string &texto, const ElementoConfig &origem) {
+    elemento(texto, origem.nome, valorXml(valorConfig(origem.chave)));
+}
+
+std::string comZeros(Chave chave, std::size_t largura) {
+    const std::string_view valor = valorConfig(chave);
+    return valor.empty() ? std::string{} : fnZerosLeft(valor, largura);
+}
+
+// Decides on number and numeric code. 1, or -1 when the number has nowhere to go.
+int numerar(int tipo, Emissao &emissao, std::vector<Alteracao> &numeracao) {
+    emissao.numero = lerInteiro(valorConfig(kNumero));
+    emissao.codigo = lerInteiro(valorConfig(kCodigo));
+    const bool automatica =
+        lerInteiro(valorConfig(R"(CONFIGURACAO\NumeracaoAutomatica)"_chave)) == 1;
+    if (automatica && tipo != kContingencia && tipo != kMesmaNumeracao) {
+        ++emissao.numero;
+        numeracao.push_back({kNumero, formatarInteiro(emissao.numero)});
+    }
+    if (tipo != kMesmaNumeracao) {
+        emissao.codigo = emissao.codigo >= kMaiorCodigo ? 1 : emissao.codigo + 1;
+        numeracao.push_back({kCodigo, formatarInteiro(emissao.codigo)});
+    }
+    return emissao.numero > kMaiorNumero ? ZEL_RECUSADO : ZEL_OK;
+}
+
+// The 43 digits and their check digit; not 44 digits when the configuration holds anything else.
+std::string montarChave(const Emissao &emissao) {
+    std::string chave = fnZerosLeft(valorConfig(R"(IDE\cUF)"_chave), 2);
+    chave += formatarInteiro(emissao.local.tm_year % 100, 2);
+    chave += formatarInteiro(emissao.local.tm_mon + 1, 2);
+    chave += fnZerosLeft(valorConfig(R"(EMIT\CNPJ)"_chave), 14);
+    chave += fnZerosLeft(valorConfig(R"(IDE\Mod)"_chave), 2);
+    chave += fnZerosLeft(valorConfig(R"(IDE\Serie)"_chave), 3);
+    chave += formatarInteiro(emissao.numero, 9);
+    chave += valorConfig(R"(IDE\tpEmis)"_chave);
+    chave += formatarInteiro(emissao.codigo, 8);
+    return chave += fnCalcula_cDV(chave);
+}
+
+void escreverIde(std::string &texto, int tipo, const Emissao &emissao) {
+    const std::string emissaoDh = dataHora(emissao.local) + fusoHorario(emissao.local);
+    const std::string_view ambiente = valorConfig(R"(CONFIGURACAO\TipoAmbiente)"_chave);
+    const std::string_view serie = valorConfig(R"(IDE\Serie)"_chave);
+    texto += "<ide>";
+    elemento(texto, "cUF", comZeros(R"(IDE\cUF)"_chave, 2));
+    elemento(texto, "cNF", formatarInteiro(emissao.codigo, 8));
+    elementoConfig(texto, {"natOp", R"(IDE\natOP)"_chave});
+    elemento(texto, "indPag", "0");
+    elemento(texto, "mod", comZeros(R"(IDE\Mod)"_chave, 2));
+    elemento(texto, "serie", serie.empty() ? "" : formatarInteiro(lerInteiro(serie)));
+    elemento(texto, "nNF", formatarInteiro(emissao.numero));
+    elemento(texto, "dhEmi", emissaoDh);
+    elementoConfig(texto, {"tpNF", R"(IDE\tpNF)"_chave});
+    elementoConfig(texto, {"idDest", R"(IDE\idDest)"_chave});
+    elementoConfig(texto, {"cMunFG", R"(IDE\cMunFG)"_chave});
+    elementoConfig(texto, {"tpImp", R"(IDE\tpImp)"_chave});
+    elementoConfig(texto, {"tpEmis", R"(IDE\tpEmis)"_chave});
+    elemento(texto, "cDV", emissao.chave.substr(43));
+    elemento(texto, "tpAmb", ambiente == "3" ? "2" : valorXml(ambiente));
+    elementoConfig(texto, {"finNFe", R"(IDE\finNfe)"_chave});
+    elementoConfig(texto, {"indFinal", R"(IDE\indFinal)"_chave});
+    elementoConfig(texto, {"indPres", R"(IDE\indPres)"_chave});
+    elemento(texto, "procEmi", "0");
+    elementoConfig(texto, {"verProc", R"(IDE\verProc)"_chave});
+    if (tipo != kNormal || valorConfig(R"(IDE\tpEmis)"_chave) == "9") {
+        elemento(texto, "dhCont", emissaoDh);
+        elementoConfig(texto, {"xJust", R"(IDE\xJust)"_chave});
+    }
+    texto += "</ide>";
+}
+
+void escreverEmit(std::string &texto) {
+    texto += "<emit>";
+    elementoConfig(texto, {"CNPJ", R"(EMIT\CNPJ)"_chave});
+    elementoConfig(texto, {"xNome", R"(EMIT\xNome)"_chave});
+    texto += "<enderEmit>";
+    for (const ElementoConfig &origem : kEndereco)
+        elementoConfig(texto, origem);
+    texto += "</enderEmit>";
+    elementoConfig(texto, {"IE", R"(EMIT\IE)"_chave});
+    elementoConfig(texto, {"CRT", R"(EMIT\CRT)"_chave});
+    texto += "</emit>";
+}
+
+} // namespace
+
+int cabecalhoZEL(int tipo, std::time_t momento, Cabecalho &cabecalho) {
+    cabecalho = {};
+    if (tipo == kRecusado) return ZEL_RECUSADO;
+    if (tipo < kNormal || tipo > kMesmaNumeracao) return 0;
+
+    Emissao emissao;
+    emissao.local = horaLocal(momento);
+    if (numerar(tipo, emissao, cabecalho.numeracao) != ZEL_OK) return ZEL_RECUSADO;
+    emissao.chave = montarChave(emissao);
+    if (emissao.chave.size() != 44 || !areDigit(emissao.chave)) return ZEL_RECUSADO;
+
+    cabecalho.chave = emissao.chave;
+    std::string &texto = cabecalho.texto;
+    texto.append("<NFe xmlns=\"").append(kNamespaceNFe);
+    texto.append("\"><infNFe Id=\"NFe").append(emissao.chave).append("\" versao=\"3.10\">");
+    escreverIde(texto, tipo, emissao);
+    escreverEmit(texto);
+    return ZEL_OK;
+}
+
+} // namespace zel

@@ -1,0 +1,34 @@
+// The head of an NFC-e: its number and numeric code, the 44-digit access key, and the groups `ide`
+// and `emit`, all from the configuration. Changes nothing: the numbering it decided on is handed
+// back for whoever writes the document to commit.
+// Access key and elements: Manual de Orientação do Contribuinte, NF-e layout 3.10.
+#pragma once
+
+#include "config/Registro.h"
+
+#include <ctime>
+#include <string>
+#include <vector>
+
+namespace zel {
+
+// Kinds of document; any other number builds nothing.
+enum Tipo {
+    kNormal = 1,
+    kRecusado = 2,
+    kSubstituicao = 3,   // replaces a document; parametrosEnvio.xml goes with it
+    kContingencia = 4,   // scrambled files in the directories given
+    kMesmaNumeracao = 5, // neither number nor numeric code advance
+};
+
+struct Cabecalho {
+    std::string chave;                // 44 digits
+    std::string texto;                // from the start tag of NFe to the end of `emit`
+    std::vector<Alteracao> numeracao; // number and numeric code as advanced
+};
+
+// Builds the head of a document issued at `momento`. 1; 0 an unknown kind; -1 kind 2, a number that
+// would pass 999999999, or configuration values that give no key of 44 digits.
+int cabecalhoZEL(int tipo, std::time_t momento, Cabecalho &cabecalho);
+
+} // namespace zel

@@ -1,0 +1,108 @@
+#include "documento/ZEL_Conformidade.h"
+
+#include "ZEL_FelborFramework.h"
+#include "documento/ZEL_Moldes.h"
+#include "documento/ZEL_Parser.h"
+#include "util/Texto.h"
+#include "util/TextoXml.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <string>
+#include <utility>
+
+namespace zel {
+
+namespace {
+
+// Names of the section roots, in the order of the section numbers.
+constexpr std::array<std::string_view, 6> kSecoes{"ABERTURA",  "VENDA",      "TOTALIZACAO",
+                                                  "PAGAMENTO", "TRANSPORTE", "ENCERRAMENTO"};
+
+std::span<const ST_tagZEL> filhosDe(const ST_tagZEL &no) {
+    return no.subTags ? std::span<const ST_tagZEL>(*no.subTags) : std::span<const ST_tagZEL>();
+}
+
+bool temTamanhoCerto(const ST_tagZEL &molde, const ST_tagZEL &entrada) {
+    if (molde.tamanhoMinimo <= 0 && molde.tamanhoMaximo < 1) return true;
+    if (!entrada.valor) return false;
+    const std::size_t tamanho = comprimentoXml(*entrada.valor);
+    return std::cmp_greater_equal(tamanho, molde.tamanhoMinimo) &&
+           std::cmp_less_equal(tamanho, molde.tamanhoMaximo);
+}
+
+int verificarFilhos(const ST_tagZEL &molde, ST_tagZEL &entrada);
+
+int verificarNo(const ST_tagZEL &molde, ST_tagZEL &entrada) {
+    // A group given empty is taken as it is: nothing in it, nothing to check.
+    if (!filhosDe(entrada).empty()) {
+        if (filhosDe(molde).empty()) return ZEL_TAG_SEM_ELEMENTOS;
+        if (const int codigo = verificarFilhos(molde, entrada); codigo != ZEL_OK) return codigo;
+    }
+    if (!temTamanhoCerto(molde, entrada)) return ZEL_TAG_NAO_CONFORME;
+    entrada.tamanhoMinimo = molde.tamanhoMinimo;
+    entrada.tamanhoMaximo = molde.tamanhoMaximo;
+    entrada.nome = molde.nome;
+    return ZEL_OK;
+}
+
+int verificarFilhos(const ST_tagZEL &molde, ST_tagZEL &entrada) {
+    const auto moldes = filhosDe(molde);
+    auto atual = moldes.begin();
+    for (ST_tagZEL &filho : *entrada.subTags) {
+        for (; atual != moldes.end() && !igualSemCaixa(atual->nome, filho.nome); ++atual)
+            if (atual->obrigatorio) return ZEL_TAG_OBRIGATORIA;
+        if (atual == moldes.end()) return ZEL_TAG_NAO_CONFORME;
+        if (const int codigo = verificarNo(*atual, filho); codigo != ZEL_OK) return codigo;
+        ++atual;
+    }
+    return std::any_of(atual, moldes.end(), [](const ST_tagZEL &no) { return no.obrigatorio; })
+               ? ZEL_TAG_OBRIGATORIA
+               : ZEL_OK;
+}
+
+constexpr bool ehControle(char c) {
+    return static_cast<unsigned char>(c) < 0x20;
+}
+
+// The text on one line, as a stored record is.
+std::string semControles(std::string_view texto) {
+    std::string limpo;
+    limpo.reserve(texto.size());
+    for (std::size_t i = 0; i < texto.size(); ++i) {
+        const char c = texto[i];
+        if (c == '\r' && texto.substr(i + 1).starts_with('\n')) continue; // the LF gives the blank
+        if (!ehControle(c))
+            limpo.push_back(c);
+        else if (c == '\r' || c == '\n' || c == '\t')
+            limpo.push_back(' ');
+    }
+    return limpo;
+}
+
+} // namespace
+
+int fnVerificaConformidade_base_raiz(const ST_tagZEL &molde, ST_tagZEL &entrada) {
+    if (filhosDe(entrada).empty()) return ZEL_TAG_SEM_ELEMENTOS;
+    return verificarFilhos(molde, entrada);
+}
+
+int fnVerificarFormatarTAG_ZEL(Secao secao, std::string_view texto, ST_tagZEL &resultado) {
+    const auto &molde = moldeDaSecao(secao);
+    if (!molde) return ZEL_RECUSADO;
+    std::string limpo;
+    if (std::any_of(texto.begin(), texto.end(), ehControle)) texto = limpo = semControles(texto);
+    ST_tagZEL raiz = newST_tagZEL(false, kSecoes[static_cast<std::size_t>(secao)]);
+    if (const int codigo = fnParseToTag_ZEL(raiz, texto); codigo != ZEL_OK) return codigo;
+    const int codigo = fnVerificaConformidade_base_raiz(*molde, raiz);
+    if (codigo == ZEL_OK) resultado = std::move(raiz);
+    return codigo;
+}
+
+int fnVerificarFormatarTAG_ZEL(int secao, std::string_view texto, ST_tagZEL &resultado) {
+    if (secao < 0 || std::cmp_greater_equal(secao, kSecoes.size())) return ZEL_RECUSADO;
+    return fnVerificarFormatarTAG_ZEL(static_cast<Secao>(secao), texto, resultado);
+}
+
+} // namespace zel

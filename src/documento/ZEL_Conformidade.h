@@ -1,0 +1,26 @@
+// The check of a caller's tag text against its section's template: names, order, required elements,
+// lengths of values. Runs on every sale, so it walks template and input once, side by side.
+#pragma once
+
+#include "documento/Secao.h"
+#include "documento/ZEL_Tag.h"
+
+#include <string_view>
+
+namespace zel {
+
+// Checks the children of `entrada` against those of `molde`, rewrites their names as the template
+// spells them (they match without regard to case) and copies the template's limits onto them. 1;
+// -120 a value outside its limits, or an element that the template does not hold from the current
+// position on; -121 no elements at all, or a group where the template has a leaf; -122 a required
+// element is missing. On a failure `entrada` is partly rewritten.
+int fnVerificaConformidade_base_raiz(const ST_tagZEL &molde, ST_tagZEL &entrada);
+
+// Parses and checks a caller's text; `resultado` becomes a root named after the section ("VENDA")
+// and is untouched on failure. Line ends and tabs in the text count as blanks, other control bytes
+// as nothing. 1; -1 malformed text, a section that does not exist, or templates that are not built;
+// -120 to -122 as above.
+int fnVerificarFormatarTAG_ZEL(Secao secao, std::string_view texto, ST_tagZEL &resultado);
+int fnVerificarFormatarTAG_ZEL(int secao, std::string_view texto, ST_tagZEL &resultado);
+
+} // namespace zel

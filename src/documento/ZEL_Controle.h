@@ -1,0 +1,34 @@
+// The receipt state: one digit under "CONFIGURACAO\estadoCFe", and the rule that says which
+// operation may run in which state. Owns the cached state and the last adjustment type.
+#pragma once
+
+#include "config/Registro.h"
+#include "util/Campo.h"
+
+namespace zel {
+
+enum Estado { kNenhum, kAberto, kVendendo, kTotalizado, kPagamento, kEncerrado, kCancelado };
+
+// Operation numbers of the permission rule; 4 is refused in every state.
+enum class Operacao { kAbrir, kVender, kTotalizar, kPagar, kReservada, kEncerrar, kExistente };
+
+// The state as last read (0 to 6).
+extern int G_EstadoCFe;
+
+// The discount or surcharge type of the last item sold, at most 2 characters.
+extern Campo<2> ZEL_TIPO_DESC_ACREC;
+
+// May the operation run in the stored state? 1, or -130 to -135.
+int fnVerificarSePosso_ZEL(Operacao operacao);
+
+// Stores the state; answers 1 whatever the write gave, so an operation that must know asks
+// fnCFVerificarStatus_ZEL afterwards.
+int fnDefinirEstadoCFe_ZEL(int estado);
+
+// The stored state, 0 to 6; anything else stored reads as 0.
+int fnCFVerificarStatus_ZEL();
+
+// The configuration change that sets the state, for a commit together with the document.
+Alteracao alteracaoEstado(int estado);
+
+} // namespace zel

@@ -1,0 +1,39 @@
+#include "documento/ZEL_Digest.h"
+
+#include "ZEL_FelborFramework.h"
+#include "documento/ZEL_Parser.h"
+#include "util/Codificacao.h"
+
+#include <cstddef>
+
+namespace zel {
+
+namespace {
+
+constexpr std::string_view kFimNFe = "</NFe>";
+
+// The document element without its signature; the whole text when nothing stands around it.
+std::string recortarNFe(std::string_view xml) {
+    if (xml.find("<?xml") == xml.npos && xml.find("<enviNFe") == xml.npos) return std::string(xml);
+    const std::size_t inicio = xml.find("<NFe");
+    if (inicio == xml.npos) return {};
+    std::size_t fim = xml.find("<Signature", inicio);
+    // Not signed yet: the same element ends at its own end tag.
+    if (fim == xml.npos) fim = xml.find(kFimNFe, inicio);
+    return std::string(xml.substr(inicio, fim - inicio)).append(kFimNFe);
+}
+
+} // namespace
+
+int fnGerarDigestValue(std::string_view xml, std::string &digest) {
+    ST_tagZEL documento;
+    std::size_t posicao = 0;
+    const int lido = fnProximaTag_ZEL(documento, recortarNFe(xml), posicao);
+    if (lido != ZEL_OK) return lido;
+    const auto canonico = documento.canonicalizeNFSubTree();
+    if (!canonico) return ZEL_RECUSADO;
+    digest = codificarBase64(fnConvertToSHA1(fnParseToUtf8(*canonico)));
+    return ZEL_OK;
+}
+
+} // namespace zel

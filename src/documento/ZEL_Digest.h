@@ -1,0 +1,14 @@
+// The digest value of a document: SHA-1 in base64 over the canonical form of its signed element.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zel {
+
+// Digest (28 characters) of the NFC-e in `xml`: of the "NFe" element cut out in front of its
+// signature when the text has an XML declaration or an "enviNFe" around it, of the whole text
+// otherwise. 1, or -1 with `digest` unchanged when the text cannot be read as a document.
+int fnGerarDigestValue(std::string_view xml, std::string &digest);
+
+} // namespace zel

@@ -1,0 +1,42 @@
+#include "documento/ZEL_Envio.h"
+
+#include "ZEL_FelborFramework.h"
+#include "documento/ZEL_ArquivoPendente.h"
+#include "util/Diretorio.h"
+#include "util/Numero.h"
+
+namespace zel {
+
+namespace {
+
+ArquivoPendente envio(kArquivoDocumentos, "documentosEnvio.xml.tmp", Acesso::kUmask);
+
+// A waiting document was committed when the configuration names its key.
+bool pertenceAConfiguracao(std::string_view documento) {
+    const std::string_view chave = valorConfig(R"(NFCE\ChaveDeAcesso)"_chave);
+    return !chave.empty() && documento.ends_with("</NFe>") &&
+           documento.find("Id=\"NFe" + std::string(chave) + "\"") != documento.npos;
+}
+
+} // namespace
+
+int fnCriarArquivoEnvio(std::string_view nome, std::string_view texto) {
+    if (envio.limpar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    return substituirArquivo(fnConfigurarPath(nome), texto, Acesso::kUmask);
+}
+
+int fnGravarDocumento_ZEL(std::string_view documento, std::span<const Alteracao> alteracoes) {
+    return envio.confirmar(documento, alteracoes);
+}
+
+void fnGuardarHistorico_ZEL(TipoCopia tipo, std::string_view texto) {
+    const bool carimbado = lerInteiro(valorConfig(R"(CONFIGURACAO\HistoricoXML)"_chave)) != 0;
+    fnReplicarDados(Direcao::kEnvio, tipo, valorConfig(R"(CONFIGURACAO\PathXMLEnvio)"_chave), texto,
+                    carimbado);
+}
+
+int fnConcluirEnvio_ZEL() {
+    return envio.resolver(pertenceAConfiguracao);
+}
+
+} // namespace zel

@@ -1,0 +1,31 @@
+// The files that the sending component picks up: documentosEnvio.xml and parametrosEnvio.xml in the
+// data directory. Owns documentosEnvio.xml and its commit together with the configuration.
+#pragma once
+
+#include "config/Registro.h"
+#include "util/Historico.h"
+
+#include <span>
+#include <string_view>
+
+namespace zel {
+
+inline constexpr std::string_view kArquivoDocumentos = "documentosEnvio.xml";
+inline constexpr std::string_view kArquivoParametros = "parametrosEnvio.xml";
+
+// Replaces a file of the data directory whole. 1 or -52.
+int fnCriarArquivoEnvio(std::string_view nome, std::string_view texto);
+
+// Writes an issued document to documentosEnvio.xml together with the configuration that belongs to
+// it, which must hold its key: either both change or neither does, also when the process dies.
+// 1; -40 or -52.
+int fnGravarDocumento_ZEL(std::string_view documento, std::span<const Alteracao> alteracoes);
+
+// Keeps a history copy of a sent text in the directories of "CONFIGURACAO\PathXMLEnvio". A copy
+// that cannot be written fails nothing.
+void fnGuardarHistorico_ZEL(TipoCopia tipo, std::string_view texto);
+
+// Puts in place, or drops, a document that a dead process left waiting. 1 or -52.
+int fnConcluirEnvio_ZEL();
+
+} // namespace zel

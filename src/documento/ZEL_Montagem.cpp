@@ -1,0 +1,132 @@
+#include "documento/ZEL_Montagem.h"
+
+#include "ZEL_FelborFramework.h"
+#include "documento/ZEL_ArquivoPendente.h"
+#include "documento/ZEL_Cabecalho.h"
+#include "documento/ZEL_Envio.h"
+#include "documento/ZEL_Persistencia.h"
+#include "util/Acentuacao.h"
+#include "util/Cripto.h"
+#include "util/Marcacao.h"
+#include "util/Texto.h"
+
+#include <algorithm>
+#include <ctime>
+#include <vector>
+
+namespace zel {
+
+namespace {
+
+constexpr std::size_t kMaximoDiretorios = 3;
+constexpr std::size_t kMaiorDiretorio = 300;
+
+std::vector<std::string_view> diretorios(std::string_view texto) {
+    std::vector<std::string_view> partes = split(texto, '|', kMaximoDiretorios);
+    for (std::string_view &parte : partes)
+        parte = parte.substr(0, kMaiorDiretorio);
+    return partes;
+}
+
+void escreverFilhos(std::string &texto, const ST_tagZEL &raiz) {
+    if (raiz.subTags)
+        for (const ST_tagZEL &filho : *raiz.subTags)
+            filho.escrever(texto);
+}
+
+// Of the closing section only the consumer's text reaches the document, without its printer marks
+// and on one line.
+void escreverEncerramento(std::string &texto, const ST_tagZEL &encerramento) {
+    const ST_tagZEL *infAdic = encerramento.getSubTag("infAdic");
+    if (infAdic == nullptr) return;
+    const std::string semMarcas =
+        fnRetornarTextoSemRepresentantes(substituirAll(infAdic->valorDe("infCpl"), "&#10;", " "));
+    const std::string_view infCpl = retirarEspacos(semMarcas);
+    if (infCpl.empty()) return;
+    texto.append("<infAdic><infCpl>").append(infCpl).append("</infCpl></infAdic>");
+}
+
+// The body behind the head. 1, or -1 when a section is missing.
+int escreverCorpo(std::string &texto, const ST_PersitenceXML_ZEL &documento) {
+    const bool completo = documento.abertura && documento.vendas && !documento.vendas->empty() &&
+                          documento.totalizacao && documento.transporte && documento.pagamentos &&
+                          !documento.pagamentos->empty() && documento.encerramento;
+    if (!completo) return ZEL_RECUSADO;
+    escreverFilhos(texto, *documento.abertura);
+    for (const ST_tagZEL &item : *documento.vendas) {
+        texto.append("<det nItem='").append(item.valor.value_or("")).append("'>");
+        escreverFilhos(texto, item);
+        texto += "</det>";
+    }
+    escreverFilhos(texto, *documento.totalizacao);
+    escreverFilhos(texto, *documento.transporte);
+    for (const ST_tagZEL &pagamento : *documento.pagamentos)
+        escreverFilhos(texto, pagamento);
+    escreverEncerramento(texto, *documento.encerramento);
+    texto += "</infNFe></NFe>";
+    return ZEL_OK;
+}
+
+// What the configuration remembers of a document that was written: a cancellation without
+// arguments must never name an older one.
+std::vector<Alteracao> doUltimoDocumento(const Cabecalho &cabecalho) {
+    return {{R"(NFCE\ChaveDeAcesso)"_chave, cabecalho.chave},
+            {R"(NFCE\ProtocoloAutorizacao)"_chave, ""}};
+}
+
+int gravarEnvio(const Cabecalho &cabecalho, std::string documento, std::string &texto,
+                std::span<const Alteracao> alteracoes) {
+    std::vector<Alteracao> todas = cabecalho.numeracao;
+    for (Alteracao &alteracao : doUltimoDocumento(cabecalho))
+        todas.push_back(std::move(alteracao));
+    todas.insert(todas.end(), alteracoes.begin(), alteracoes.end());
+    if (const int resultado = fnGravarDocumento_ZEL(documento, todas); resultado != ZEL_OK)
+        return resultado;
+    fnGuardarHistorico_ZEL(TipoCopia::kNFCe, documento);
+    texto = std::move(documento);
+    return ZEL_OK;
+}
+
+// The numeric code is on disk before the first file appears, the key only behind it: the
+// configuration never names a document that does not exist.
+int gravarContingencia(const Cabecalho &cabecalho, const std::string &documento,
+                       std::string &texto) {
+    const std::vector<Alteracao> anteriores = valoresAtuais(cabecalho.numeracao);
+    if (const int resultado = alterarConfig(cabecalho.numeracao); resultado != ZEL_OK)
+        return resultado;
+    int resultado = ZEL_RECUSADO;
+    bool algum = false;
+    std::string ultimo;
+    for (const std::string_view diretorio : diretorios(texto)) {
+        ultimo = std::string(diretorio).append(cabecalho.chave).append(".ctg");
+        resultado = fnCriarArquivoContigencia(ultimo, documento);
+        algum = algum || resultado == ZEL_OK;
+    }
+    texto = std::move(ultimo);
+    if (!algum) {
+        alterarConfig(anteriores);
+        return resultado;
+    }
+    const int lembrado = alterarConfig(doUltimoDocumento(cabecalho));
+    return resultado == ZEL_OK ? lembrado : resultado;
+}
+
+} // namespace
+
+int fnXMLFormatado_ZEL(int tipo, std::string &texto, std::span<const Alteracao> alteracoes) {
+    if (tipo == kContingencia && diretorios(texto).empty()) return ZEL_RECUSADO;
+    Cabecalho cabecalho;
+    if (const int resultado = cabecalhoZEL(tipo, std::time(nullptr), cabecalho);
+        resultado != ZEL_OK)
+        return resultado;
+    std::string documento = cabecalho.texto;
+    if (escreverCorpo(documento, G_stXML_Persistencia) != ZEL_OK) {
+        const int resultado = alterarConfig(cabecalho.numeracao);
+        return resultado == ZEL_OK ? ZEL_RECUSADO : resultado;
+    }
+    documento = fnAdequarCaracteres(documento);
+    if (tipo == kContingencia) return gravarContingencia(cabecalho, documento, texto);
+    return gravarEnvio(cabecalho, std::move(documento), texto, alteracoes);
+}
+
+} // namespace zel

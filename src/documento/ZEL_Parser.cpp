@@ -1,0 +1,137 @@
+#include "documento/ZEL_Parser.h"
+
+#include "ZEL_FelborFramework.h"
+#include "util/TextoXml.h"
+
+#include <algorithm>
+
+namespace zel {
+
+namespace {
+
+constexpr std::size_t kMaximoNome = 39;
+constexpr std::size_t kMaximaPropriedade = 99;
+constexpr std::size_t kMaximoTexto = 5000;
+constexpr int kMaximoNiveis = 32;
+
+constexpr std::string_view kBrancos = " \t\r\n";
+
+constexpr bool ehBranco(char c) {
+    return kBrancos.find(c) != kBrancos.npos;
+}
+
+std::string_view aparar(std::string_view texto) {
+    texto.remove_prefix(std::min(texto.find_first_not_of(kBrancos), texto.size()));
+    texto.remove_suffix(texto.size() - (texto.find_last_not_of(kBrancos) + 1));
+    return texto;
+}
+
+constexpr bool ehNome(std::string_view nome) {
+    return !nome.empty() && nome.size() <= kMaximoNome && nome.front() != '/' &&
+           nome.front() != '!' && nome.front() != '?';
+}
+
+// The attribute part of a start tag.
+int fnIncluiPropriedades(ST_tagZEL &no, std::string_view texto) {
+    char aspas = '"';
+    for (std::size_t igual; (igual = texto.find('=')) != texto.npos;) {
+        const std::string_view nome = aparar(texto.substr(0, igual));
+        texto.remove_prefix(igual + 1);
+        // Double quotes win wherever one follows. Once none does, none is looked for again: a tag
+        // of many single-quoted attributes must not be searched to its end for each of them.
+        std::size_t inicio = texto.find(aspas);
+        if (inicio == texto.npos && aspas == '"') inicio = texto.find(aspas = '\'');
+        if (inicio == texto.npos) return ZEL_RECUSADO;
+        const std::size_t fim = texto.find(aspas, inicio + 1);
+        if (fim == texto.npos) return ZEL_RECUSADO;
+        const std::string_view valor = aparar(texto.substr(inicio + 1, fim - inicio - 1));
+        if (nome.empty() || nome.size() > kMaximaPropriedade || valor.size() > kMaximaPropriedade)
+            return ZEL_RECUSADO;
+        no.addPropriedade(nome, valor);
+        texto.remove_prefix(fim + 1);
+    }
+    return ZEL_OK;
+}
+
+// The start tag whose "<" is at `posicao`, which is left on its ">".
+int lerInicio(ST_tagZEL &no, std::string_view texto, std::size_t &posicao, bool &vazio) {
+    const std::size_t fim = texto.find('>', posicao);
+    if (fim == texto.npos) return ZEL_RECUSADO;
+    std::string_view dentro = texto.substr(posicao + 1, fim - posicao - 1);
+    if (dentro.empty() || ehBranco(dentro.front())) return ZEL_RECUSADO;
+    dentro = aparar(dentro);
+    vazio = dentro.back() == '/';
+    if (vazio) dentro.remove_suffix(1);
+    const std::string_view nome = dentro.substr(0, dentro.find_first_of(kBrancos));
+    if (!ehNome(nome)) return ZEL_RECUSADO;
+    no.nome = nome;
+    posicao = fim;
+    return fnIncluiPropriedades(no, dentro.substr(nome.size()));
+}
+
+// The end tag whose "<" is at `posicao`, which is left on its ">".
+int lerFim(const ST_tagZEL &no, std::string_view texto, std::size_t &posicao) {
+    const std::string_view resto = texto.substr(posicao + 2);
+    if (!resto.starts_with(no.nome) || !resto.substr(no.nome.size()).starts_with('>'))
+        return ZEL_RECUSADO;
+    posicao += 2 + no.nome.size();
+    return ZEL_OK;
+}
+
+int lerElemento(ST_tagZEL &no, std::string_view texto, std::size_t &posicao, int nivel);
+
+// Parses a child in its place among the others, which saves moving the finished subtree.
+int lerFilho(ST_tagZEL &no, std::string_view texto, std::size_t &posicao, int nivel) {
+    no.ehGrupo = true;
+    if (!no.subTags) no.subTags.emplace();
+    return lerElemento(no.subTags->emplace_back(), texto, posicao, nivel);
+}
+
+int lerElemento(ST_tagZEL &no, std::string_view texto, std::size_t &posicao, int nivel) {
+    if (nivel > kMaximoNiveis) return ZEL_RECUSADO;
+    bool vazio = false;
+    if (const int lido = lerInicio(no, texto, posicao, vazio); lido != ZEL_OK) return lido;
+    if (vazio) return ZEL_OK;
+    std::string coletado;
+    while (true) {
+        const std::size_t inicio = posicao + 1;
+        posicao = texto.find('<', inicio);
+        if (posicao == texto.npos) return ZEL_RECUSADO;
+        coletado.append(texto.substr(inicio, posicao - inicio));
+        if (texto.substr(posicao + 1).starts_with('/')) break;
+        if (const int lido = lerFilho(no, texto, posicao, nivel + 1); lido != ZEL_OK) return lido;
+    }
+    no.setValor(coletado.size() > kMaximoTexto ? cortarXml(coletado, kMaximoTexto) : coletado);
+    return lerFim(no, texto, posicao);
+}
+
+// The "<" of the first element at or behind `posicao`; npos when there is none.
+std::size_t pularProlog(std::string_view texto, std::size_t posicao) {
+    while (true) {
+        posicao = texto.find('<', posicao);
+        if (posicao == texto.npos) return posicao;
+        const std::string_view resto = texto.substr(posicao);
+        const bool comentario = resto.starts_with("<!--");
+        if (!comentario && !resto.starts_with("<?")) return posicao;
+        posicao = comentario ? texto.find("-->", posicao + 4) : texto.find("?>", posicao + 2);
+    }
+}
+
+} // namespace
+
+int fnParseToTag_ZEL(ST_tagZEL &raiz, std::string_view texto) {
+    std::size_t posicao = 0;
+    while ((posicao = texto.find('<', posicao)) != texto.npos) {
+        if (const int lido = lerFilho(raiz, texto, posicao, 1); lido != ZEL_OK) return lido;
+        ++posicao;
+    }
+    return ZEL_OK;
+}
+
+int fnProximaTag_ZEL(ST_tagZEL &no, std::string_view texto, std::size_t &posicao) {
+    posicao = pularProlog(texto, posicao);
+    if (posicao == texto.npos) return ZEL_RECUSADO;
+    return lerElemento(no, texto, posicao, 1);
+}
+
+} // namespace zel

@@ -1,0 +1,57 @@
+// The document in progress: six sections of tag trees in memory (G_stXML_Persistencia). Owns the
+// holder and its rules; the file behind it is ZEL_ArquivoPersistencia's, what goes into a section
+// the business rooms'.
+#pragma once
+
+#include "documento/Secao.h"
+#include "documento/ZEL_Tag.h"
+
+#include <deque>
+#include <optional>
+#include <string_view>
+
+namespace zel {
+
+inline constexpr int kMaximoItens = 999;
+
+// Each root is a node named after its section; an item's value is its number, a payment's its
+// sequence number, as decimal text.
+struct ST_PersitenceXML_ZEL {
+    std::optional<ST_tagZEL> abertura;
+    std::optional<std::deque<ST_tagZEL>> vendas; // none until a first section is stored
+    std::optional<ST_tagZEL> totalizacao;
+    std::optional<std::deque<ST_tagZEL>> pagamentos; // none until a first section is stored
+    std::optional<ST_tagZEL> encerramento;
+    std::optional<ST_tagZEL> transporte;
+
+    // Stores a section root: items and payments are appended, the others replaced. Always 1.
+    int fnAdicionarTagZEL(Secao secao, ST_tagZEL raiz);
+
+    // Takes out the item at the number, counted from 1 (0 is the last one), and lowers the numbers
+    // of those behind it. 1; -30 no item list; -99 no such item.
+    int removerItem(int numero);
+
+    void fnLimpar();
+
+    // The item at the number, counted from 1; null when there is none.
+    ST_tagZEL *item(int numero);
+    int quantidadeItens() const { return vendas ? static_cast<int>(vendas->size()) : 0; }
+    bool temListaDeVendas() const { return vendas.has_value(); }
+};
+
+extern ST_PersitenceXML_ZEL G_stXML_Persistencia;
+
+// The name of a section's root, "ABERTURA" to "ENCERRAMENTO".
+std::string_view nomeSecao(Secao secao);
+
+// Runs an operation that changes `alvo` and saves it; when it does not answer 1, `alvo` is put
+// back as it was before the call.
+template <class Alvo, class Acao>
+int desfazendoNaFalha(Alvo &alvo, Acao acao) {
+    Alvo antes = alvo;
+    const int resultado = acao();
+    if (resultado != 1) alvo = std::move(antes);
+    return resultado;
+}
+
+} // namespace zel

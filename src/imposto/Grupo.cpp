@@ -1,0 +1,111 @@
+#include "imposto/Grupo.h"
+
+#include "config/Registro.h"
+#include "util/Numero.h"
+#include "util/Texto.h"
+#include "util/TextoXml.h"
+
+#include <string>
+
+namespace zel {
+
+namespace {
+
+Parcelas parcelasDe(const ValoresItem &valores) {
+    return {.base = lerNumero(valores.base),
+            .aliquota = lerNumero(valores.aliquota),
+            .quantidade = lerNumero(valores.quantidade)};
+}
+
+// A given content in plain characters, before it is formatted.
+std::string conteudoDado(const Elemento &elemento, const Preset *preset,
+                         const ValoresItem &valores) {
+    switch (elemento.formato) {
+    case Formato::kQuantidade:
+        return textoSimples(valores.quantidade);
+    case Formato::kAliquota:
+        return std::string(preset ? preset->valor(elemento.nome) : valores.aliquota);
+    default:
+        if (preset) return std::string(preset->valor(elemento.nome));
+        return textoSimples(valorConfig(*elemento.chave));
+    }
+}
+
+std::string formatar(const Elemento &elemento, const std::string &conteudo) {
+    switch (elemento.formato) {
+    case Formato::kCodigo:
+        return formatarInteiro(lerInteiro(conteudo), elemento.largura);
+    case Formato::kDecimal:
+    case Formato::kAliquota:
+        return formatarMoeda(lerNumero(conteudo));
+    case Formato::kValor:
+        if (!conteudo.empty()) return escaparXml(trocarVirgula(conteudo));
+        return formatarMoeda(0);
+    default:
+        return conteudo.empty() ? "0" : escaparXml(conteudo);
+    }
+}
+
+} // namespace
+
+const Elemento *Grupo::elemento(std::string_view procurado) const {
+    for (const auto &candidato : lista())
+        if (candidato.nome == procurado) return &candidato;
+    return nullptr;
+}
+
+double lerNumero(std::string_view texto) {
+    return lerDecimal(trocarVirgula(texto));
+}
+
+const Grupo *procurarGrupo(std::span<const Grupo> grupos, std::string_view nome,
+                           std::optional<Fonte> fonte) {
+    for (const auto &grupo : grupos) {
+        if (!igualSemCaixa(grupo.nome, nome)) continue;
+        if (!fonte || !grupo.fonte || grupo.fonte == fonte) return &grupo;
+    }
+    return nullptr;
+}
+
+std::optional<ST_tagZEL> montarGrupo(const Grupo &grupo, const Preset *preset,
+                                     const ValoresItem &valores) {
+    Parcelas parcelas = parcelasDe(valores);
+    std::array<std::string, std::tuple_size_v<decltype(Grupo::elementos)>> conteudos;
+    for (std::size_t i = 0; i < grupo.quantidade; ++i) {
+        const Elemento &elemento = grupo.elementos[i];
+        if (elemento.formula) continue;
+        conteudos[i] = conteudoDado(elemento, preset, valores);
+        if (elemento.exigido && conteudos[i].empty()) return {};
+        if (elemento.formato == Formato::kAliquota) {
+            parcelas.aliquota = lerNumero(conteudos[i]);
+            parcelas.temAliquota = !conteudos[i].empty();
+        }
+        if (elemento.parcela) parcelas.*elemento.parcela = lerNumero(conteudos[i]);
+    }
+    ST_tagZEL tag(grupo.nome);
+    for (std::size_t i = 0; i < grupo.quantidade; ++i) {
+        const Elemento &elemento = grupo.elementos[i];
+        if (elemento.presente && !elemento.presente(parcelas)) continue;
+        tag.addSubTag(elemento.nome, elemento.formula ? formatarMoeda(elemento.formula(parcelas))
+                                                      : formatar(elemento, conteudos[i]));
+    }
+    return tag;
+}
+
+ST_tagZEL remontarGrupo(const Grupo &grupo, ST_tagZEL guardado, const ValoresItem &valores) {
+    if (!guardado.subTags) return guardado;
+    Parcelas parcelas = parcelasDe(valores);
+    for (const auto &filho : *guardado.subTags) {
+        const Elemento *elemento = grupo.elemento(filho.nome);
+        if (elemento && elemento->parcela)
+            parcelas.*elemento->parcela = lerNumero(filho.valor.value_or(""));
+    }
+    for (auto &filho : *guardado.subTags) {
+        const Elemento *elemento = grupo.elemento(filho.nome);
+        if (elemento && elemento->formula)
+            filho.setValor(formatarMoeda(elemento->formula(parcelas)));
+    }
+    return guardado;
+}
+
+} // namespace zel

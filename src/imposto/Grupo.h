@@ -1,0 +1,170 @@
+// What every tax group is: a row of a table that names its elements in order, where their contents
+// come from, their format and formula, and which must be filled. One builder and one rebuilder work
+// from such rows; the rows themselves stand with their taxes (GruposICMS, GruposContribuicao).
+#pragma once
+
+#include "config/Catalogo.h"
+#include "documento/ZEL_Tag.h"
+#include "imposto/Presets.h"
+#include "imposto/Selecao.h"
+#include "util/Campo.h"
+
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace zel {
+
+// The item's numbers that a group is computed from, as decimal texts: the rate of the sale (or the
+// one stored in the group), the tax base and the quantity.
+struct ValoresItem {
+    std::string_view aliquota;
+    std::string_view base;
+    std::string_view quantidade;
+};
+
+// The operands of the formulas. The substitution percentages are factors (0.40 for 40 %).
+struct Parcelas {
+    double base = 0;
+    double aliquota = 0;
+    bool temAliquota = false; // the group's own rate is filled
+    double quantidade = 0;
+    double pMVAST = 0;
+    double pICMSST = 0;
+    double vAliqProd = 0;
+    double vICMSDeson = 0;
+};
+
+using Formula = double (*)(const Parcelas &);
+using Condicao = bool (*)(const Parcelas &);
+
+enum class Formato {
+    kCodigo,     // a whole number, zeros in front up to `largura` digits
+    kDecimal,    // two decimals
+    kTexto,      // as given
+    kValor,      // as given, its comma turned into a point
+    kAliquota,   // the rate with two decimals; a preset may bring its own
+    kQuantidade, // the quantity as given
+};
+
+struct Elemento {
+    std::string_view nome;
+    Formato formato = Formato::kDecimal;
+    int largura = 0;
+    Formula formula = nullptr;           // computed, with two decimals; without one, given
+    double Parcelas::*parcela = nullptr; // the operand that a given value is
+    Condicao presente = nullptr;         // left out when it does not hold; always there without one
+    bool exigido = false;                // the group cannot be built while it is empty
+    std::string_view nomeChave = {};     // its configuration key, when not named as the element
+    std::string_view secao = {};         // the path of its section, when not the group's own
+    std::optional<Chave> chave = {};     // resolved by `linhaDeGrupo`; only given contents have one
+};
+
+struct Grupo {
+    Campo<12> nome;
+    std::optional<Fonte> fonte; // none: the row serves both sources
+    std::array<Elemento, 15> elementos;
+    std::size_t quantidade = 0;
+
+    constexpr std::span<const Elemento> lista() const { return {elementos.data(), quantidade}; }
+    const Elemento *elemento(std::string_view procurado) const;
+};
+
+// The vocabulary of the tables.
+namespace vocabulario {
+
+constexpr Elemento codigo(std::string_view nome, int largura) {
+    return {.nome = nome, .formato = Formato::kCodigo, .largura = largura};
+}
+constexpr Elemento decimal(std::string_view nome, double Parcelas::*parcela = nullptr) {
+    return {.nome = nome, .parcela = parcela};
+}
+constexpr Elemento texto(std::string_view nome) {
+    return {.nome = nome, .formato = Formato::kTexto};
+}
+constexpr Elemento valor(std::string_view nome, double Parcelas::*parcela) {
+    return {.nome = nome, .formato = Formato::kValor, .parcela = parcela};
+}
+constexpr Elemento aliquota(std::string_view nome) {
+    return {.nome = nome, .formato = Formato::kAliquota};
+}
+constexpr Elemento quantidade(std::string_view nome) {
+    return {.nome = nome, .formato = Formato::kQuantidade};
+}
+constexpr Elemento calculado(std::string_view nome, Formula formula) {
+    return {.nome = nome, .formula = formula};
+}
+constexpr Elemento exigido(Elemento elemento) {
+    elemento.exigido = true;
+    return elemento;
+}
+constexpr Elemento quando(Condicao condicao, Elemento elemento) {
+    elemento.presente = condicao;
+    return elemento;
+}
+constexpr Elemento daChave(std::string_view nomeChave, Elemento elemento) {
+    elemento.nomeChave = nomeChave;
+    return elemento;
+}
+constexpr Elemento daSecao(std::string_view secao, Elemento elemento) {
+    elemento.secao = secao;
+    return elemento;
+}
+
+// Formulas that all taxes share.
+constexpr double baseCheia(const Parcelas &p) {
+    return p.base;
+}
+constexpr double impostoProprio(const Parcelas &p) {
+    return p.base * p.aliquota / 100;
+}
+
+// Names joined while the tables are compiled.
+constexpr Campo<64> juntar(std::initializer_list<std::string_view> partes) {
+    std::array<char, 64> bytes{};
+    auto fim = bytes.begin();
+    for (const auto parte : partes)
+        fim = std::copy(parte.begin(), parte.end(), fim);
+    return std::string_view{bytes.data(), static_cast<std::size_t>(fim - bytes.begin())};
+}
+
+// A row whose keys stand in the section at the path; a key that the catalogue does not have stops
+// the compilation of a constexpr table.
+constexpr Grupo linhaDeGrupo(std::string_view secao, std::string_view nome,
+                             std::initializer_list<Elemento> elementos,
+                             std::optional<Fonte> fonte = {}) {
+    Grupo grupo{.nome = nome, .fonte = fonte, .elementos = {}, .quantidade = elementos.size()};
+    std::copy(elementos.begin(), elementos.end(), grupo.elementos.begin());
+    for (auto &elemento : grupo.elementos) {
+        const bool dado = elemento.formula == nullptr && elemento.formato <= Formato::kValor;
+        if (elemento.nome.empty() || !dado) continue;
+        const auto onde = elemento.secao.empty() ? secao : elemento.secao;
+        const auto chave = elemento.nomeChave.empty() ? elemento.nome : elemento.nomeChave;
+        elemento.chave = procurarChave(juntar({onde, "\\", chave})).value();
+    }
+    return grupo;
+}
+
+} // namespace vocabulario
+
+// A decimal text of the application, its comma counting as a point.
+double lerNumero(std::string_view texto);
+
+// The row of the group that a selection or a stored tag names, without regard to case; null when
+// there is none. With a source, only a row that serves it.
+const Grupo *procurarGrupo(std::span<const Grupo> grupos, std::string_view nome,
+                           std::optional<Fonte> fonte = {});
+
+// Builds the group's tag from the preset or, when it is null, from the configuration. None when a
+// required value is missing. Empty optional values are written as zero.
+std::optional<ST_tagZEL> montarGrupo(const Grupo &grupo, const Preset *preset,
+                                     const ValoresItem &valores);
+
+// The stored group with every computed value computed anew by the row's formulas; everything else,
+// and which elements there are in which order, stays as stored.
+ST_tagZEL remontarGrupo(const Grupo &grupo, ST_tagZEL guardado, const ValoresItem &valores);
+
+} // namespace zel

@@ -1,0 +1,173 @@
+#include "imposto/GruposContribuicao.h"
+
+#include "ZEL_FelborFramework.h"
+#include "util/Numero.h"
+#include "util/TextoXml.h"
+
+#include <utility>
+
+namespace zel {
+
+namespace {
+
+using namespace vocabulario;
+
+constexpr double porQuantidade(const Parcelas &p) {
+    return p.quantidade * p.vAliqProd / 100;
+}
+constexpr double quantidadeVendida(const Parcelas &p) {
+    return p.quantidade;
+}
+constexpr bool temAliquota(const Parcelas &p) {
+    return p.temAliquota;
+}
+constexpr bool semAliquota(const Parcelas &p) {
+    return !p.temAliquota;
+}
+
+// One of the two contributions: its own names.
+struct Tributo {
+    std::string_view sigla;        // "PIS"
+    std::string_view aliquota;     // "pPIS"
+    std::string_view imposto;      // "vPIS"
+    std::string_view secaoCstQtde; // section of the quantity group's CST, when not its own
+};
+
+// The quantity group of PIS reads the CST of the percentage section, and is kept so.
+constexpr Tributo kPis{"PIS", "pPIS", "vPIS", R"(IMPOSTO\PIS\PISALIQ)"};
+constexpr Tributo kCofins{"COFINS", "pCOFINS", "vCOFINS", {}};
+
+constexpr Elemento CST = codigo("CST", 2);
+constexpr Elemento vBC = calculado("vBC", baseCheia);
+constexpr Elemento vAliqProd = valor("vAliqProd", &Parcelas::vAliqProd);
+constexpr Elemento qBCProd = quantidade("qBCProd");
+constexpr Elemento qBCProdDuasCasas = calculado("qBCProd", quantidadeVendida);
+
+constexpr Grupo linha(const Tributo &t, std::string_view sufixo,
+                      std::initializer_list<Elemento> elementos, std::optional<Fonte> fonte = {}) {
+    const auto nome = juntar({t.sigla, sufixo});
+    return linhaDeGrupo(juntar({R"(IMPOSTO\)", t.sigla, R"(\)", nome}), nome, elementos, fonte);
+}
+
+constexpr std::array<Grupo, 7> linhas(const Tributo &t) {
+    const Elemento pT = aliquota(t.aliquota);
+    const Elemento vT = calculado(t.imposto, impostoProprio);
+    const Elemento vTporQuantidade = calculado(t.imposto, porQuantidade);
+    return {
+        linha(t, "Aliq", {CST, vBC, pT, vT}),
+        linha(t, "Qtde", {daSecao(t.secaoCstQtde, CST), qBCProdDuasCasas, exigido(vAliqProd), vT},
+              Fonte::kZelXml),
+        linha(t, "Qtde", {CST, qBCProdDuasCasas, vAliqProd, vTporQuantidade}, Fonte::kConfTemp),
+        linha(t, "NT", {CST}),
+        linha(t, "Outr", {CST, vBC, pT, qBCProd, exigido(vAliqProd), vT}, Fonte::kZelXml),
+        linha(t, "Outr",
+              {CST, quando(temAliquota, vBC), quando(temAliquota, pT), quando(semAliquota, qBCProd),
+               quando(semAliquota, vAliqProd), vTporQuantidade},
+              Fonte::kConfTemp),
+        linha(t, "ST", {vBC, pT, qBCProd, decimal("vAliqProd"), vT}, Fonte::kZelXml),
+    };
+}
+
+constexpr auto kGruposPIS = linhas(kPis);
+constexpr auto kGruposCOFINS = linhas(kCofins);
+
+constexpr Grupo kISSQN = linhaDeGrupo(
+    R"(IMPOSTO\ISSQN)", "ISSQN",
+    {vBC, aliquota("vAliq"), calculado("vISSQN", impostoProprio), exigido(codigo("cMunFG", 7)),
+     exigido(codigo("cListServ", 4)), exigido(texto("cSitTrib"))});
+
+int tratar(const Tributo &t, std::span<const Grupo> grupos, const std::optional<Selecao> &selecao,
+           const Preset &preset, const ValoresItem &valores, ST_tagZEL &imposto) {
+    if (!selecao) return ZEL_OK;
+    const Grupo *grupo = procurarGrupo(grupos, selecao->grupo, selecao->fonte);
+    if (!grupo) return ZEL_RECUSADO;
+    const bool doPreset = selecao->fonte == Fonte::kConfTemp;
+    auto montado = montarGrupo(*grupo, doPreset ? &preset : nullptr, valores);
+    if (!montado) return ZEL_RECUSADO;
+    ST_tagZEL tag(t.sigla);
+    tag.addSubTag(std::move(*montado));
+    imposto.addSubTag(std::move(tag));
+    return ZEL_OK;
+}
+
+void trocarValor(ST_tagZEL &grupo, std::string_view nome, std::string_view texto) {
+    if (ST_tagZEL *elemento = grupo.getSubTag(nome)) elemento->setValor(texto);
+}
+
+// A stored group keeps no trace of the source it was built from, so one rule rebuilds them all.
+void remontarContribuicao(const Tributo &t, const Grupo &grupo, ST_tagZEL &guardado,
+                          const ValoresItem &valores) {
+    const double baseNova = lerNumero(valores.base);
+    const double quantidadeNova = lerNumero(valores.quantidade);
+    trocarValor(guardado, "vBC", formatarMoeda(baseNova));
+    const Elemento *qtde = grupo.elemento("qBCProd");
+    trocarValor(guardado, "qBCProd",
+                qtde && qtde->formula ? formatarMoeda(quantidadeNova)
+                                      : valorXml(valores.quantidade));
+    if (guardado.getSubTag(t.aliquota)) {
+        const double taxa = lerNumero(guardado.valorDe(t.aliquota));
+        trocarValor(guardado, t.imposto, formatarMoeda(baseNova * taxa / 100));
+    } else if (guardado.getSubTag("vAliqProd")) {
+        const double porUnidade = lerNumero(guardado.valorDe("vAliqProd"));
+        trocarValor(guardado, t.imposto, formatarMoeda(quantidadeNova * porUnidade / 100));
+    }
+}
+
+int atualizar(const Tributo &t, std::span<const Grupo> grupos, const ST_tagZEL &tributo,
+              const ValoresItem &valores, ST_tagZEL &imposto) {
+    ST_tagZEL novo = tributo;
+    for (std::size_t i = 0; novo.subTags && i < novo.subTags->size(); ++i) {
+        ST_tagZEL &guardado = (*novo.subTags)[i];
+        const Grupo *grupo = procurarGrupo(grupos, guardado.nome);
+        if (!grupo) return ZEL_RECUSADO;
+        remontarContribuicao(t, *grupo, guardado, valores);
+    }
+    imposto.addSubTag(std::move(novo));
+    return ZEL_OK;
+}
+
+} // namespace
+
+std::span<const Grupo> gruposPIS() {
+    return kGruposPIS;
+}
+
+std::span<const Grupo> gruposCOFINS() {
+    return kGruposCOFINS;
+}
+
+int fnTratarPIS(std::string_view aliquotaVenda, std::string_view base, std::string_view quantidade,
+                ST_tagZEL &imposto) {
+    return tratar(kPis, kGruposPIS, fnIdentificarImpostoPIS(), G_stTagImpostoConfTemp.pis,
+                  {aliquotaVenda, base, quantidade}, imposto);
+}
+
+int fnTratarCOFINS(std::string_view aliquotaVenda, std::string_view base,
+                   std::string_view quantidade, ST_tagZEL &imposto) {
+    return tratar(kCofins, kGruposCOFINS, fnIdentificarImpostoCOFINS(),
+                  G_stTagImpostoConfTemp.cofins, {aliquotaVenda, base, quantidade}, imposto);
+}
+
+int fnTratarISS(std::string_view aliquotaVenda, std::string_view base, ST_tagZEL &imposto) {
+    auto issqn = montarGrupo(kISSQN, nullptr, {aliquotaVenda, base, {}});
+    if (!issqn) return ZEL_RECUSADO;
+    imposto.addSubTag(std::move(*issqn));
+    return ZEL_OK;
+}
+
+int fnAtualizarPIS(const ST_tagZEL &pis, std::string_view base, std::string_view quantidade,
+                   ST_tagZEL &imposto) {
+    return atualizar(kPis, kGruposPIS, pis, {{}, base, quantidade}, imposto);
+}
+
+int fnAtualizarCOFINS(const ST_tagZEL &cofins, std::string_view base, std::string_view quantidade,
+                      ST_tagZEL &imposto) {
+    return atualizar(kCofins, kGruposCOFINS, cofins, {{}, base, quantidade}, imposto);
+}
+
+int fnAtualizarISS(const ST_tagZEL &issqn, std::string_view base, ST_tagZEL &imposto) {
+    imposto.addSubTag(remontarGrupo(kISSQN, issqn, {issqn.valorDe("vAliq"), base, {}}));
+    return ZEL_OK;
+}
+
+} // namespace zel

@@ -1,0 +1,78 @@
+// The tax situation that the application fixes for the next item (G_stTagImpostoConfTemp): at most
+// one group for each of ICMS, PIS and COFINS, in memory only. A preset lasts until another of its
+// tax is made or an item is sold; cancelling, opening and initialising leave it alone. Which group
+// an item gets is Selecao's, how it is written the group builders'.
+#pragma once
+
+#include "util/Campo.h"
+
+#include <array>
+#include <string_view>
+
+namespace zel {
+
+// One preset: the group, named as the selection names it (empty: no preset), and the texts given
+// for its elements, as plain characters.
+struct Preset {
+    struct Valor {
+        std::string_view elemento;
+        Campo<15> texto;
+    };
+    std::string_view grupo;
+    std::array<Valor, 4> valores;
+
+    // The text given for the element; empty when the preset has none.
+    std::string_view valor(std::string_view elemento) const;
+};
+
+struct ST_tagImpostoConfTemp {
+    Preset icms;
+    Preset pis;
+    Preset cofins;
+};
+
+extern ST_tagImpostoConfTemp G_stTagImpostoConfTemp;
+
+// Every operation below answers -100 in a receipt state other than 1 to 3 and changes nothing;
+// otherwise it erases the preset of its tax, then answers -99 when an argument is out of bounds, or
+// stores the preset and answers 1. Lengths count characters, an XML reference as one. The meaning
+// of the codes is not checked.
+
+// Origin (1 character), CST (2), base mode (1), rate (2 to 5): the rate's digits are hundredths, so
+// "18,00", "18.00" and "1800" are 18.00 and "18" is 0.18.
+int fnCFConfICMS00_ZEL_Felbor(std::string_view origem, std::string_view cst, std::string_view modBC,
+                              std::string_view aliquota);
+
+// Origin (1), CST (2), relieved ICMS value and relief reason (any).
+int fnCFConfICMS40_ZEL_Felbor(std::string_view origem, std::string_view cst,
+                              std::string_view vICMSDeson, std::string_view motDesICMS);
+
+// Origin (1), CST (2), base and value of the ICMS withheld before (any).
+int fnCFConfICMS60_ZEL_Felbor(std::string_view origem, std::string_view cst,
+                              std::string_view vBCSTRet, std::string_view vICMSSTRet);
+
+// CST (2), rate in percent (1 to 6), an ordinary decimal number.
+int fnCFConfPisAliq_ZEL_Felbor(std::string_view cst, std::string_view aliquota);
+int fnCFConfCofinsAliq_ZEL_Felbor(std::string_view cst, std::string_view aliquota);
+
+// CST (2), value per unit (1 to 14).
+int fnCFConfPisQtde_ZEL_Felbor(std::string_view cst, std::string_view valorUnidade);
+int fnCFConfCofinsQtde_ZEL_Felbor(std::string_view cst, std::string_view valorUnidade);
+
+// CST (2).
+int fnCFConfPisNT_ZEL_Felbor(std::string_view cst);
+int fnCFConfCofinsNT_ZEL_Felbor(std::string_view cst);
+
+// CST (2), rate in percent, value per unit: a rate of 1 to 6 characters is enough, otherwise the
+// value per unit must have 1 to 14. Both are stored with two decimals, an empty one as 0.00.
+int fnCFConfPisOutr_ZEL_Felbor(std::string_view cst, std::string_view aliquota,
+                               std::string_view valorUnidade);
+int fnCFConfCofinsOutr_ZEL_Felbor(std::string_view cst, std::string_view aliquota,
+                                  std::string_view valorUnidade);
+
+// Erase the preset of one tax. Always 1.
+int fnZerarConfTempICMS();
+int fnZerarConfTempPIS();
+int fnZerarConfTempCONFINS();
+
+} // namespace zel

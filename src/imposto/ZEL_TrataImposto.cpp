@@ -1,0 +1,96 @@
+#include "imposto/ZEL_TrataImposto.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Arredondamento.h"
+#include "documento/ZEL_Persistencia.h"
+#include "imposto/Grupo.h"
+#include "imposto/GruposContribuicao.h"
+#include "imposto/GruposICMS.h"
+#include "util/Numero.h"
+#include "util/Texto.h"
+
+#include <utility>
+
+namespace zel {
+
+namespace {
+
+constexpr std::size_t kMaximoNumero = 16;
+
+// The rate text of a sale: hundredths, with whatever letter and punctuation around the digits.
+std::string lerAliquota(std::string_view texto) {
+    const char letra = texto.empty() ? '\0' : maiuscula(texto.front());
+    if (letra == 'F' || letra == 'I') return "0.00";
+    if (letra == 'T' || letra == 'S') texto.remove_prefix(1);
+    const std::string digitos = fnRetirarCaracter(texto.substr(0, kMaximoNumero));
+    return formatarMoeda(lerDecimal(digitos) / 100);
+}
+
+bool ehServico(std::string_view aliquota) {
+    return !aliquota.empty() && maiuscula(aliquota.front()) == 'S';
+}
+
+} // namespace
+
+std::string fnCalcularValorBC(std::string_view quantidade, std::string_view valorUnitario,
+                              std::string_view tipo, std::string_view valor) {
+    const double vendida =
+        lerDecimal(formatarDecimal(lerNumero(quantidade.substr(0, kMaximoNumero)), 4));
+    const double bruto =
+        fnArredondarTruncar(vendida * lerNumero(valorUnitario.substr(0, kMaximoNumero)));
+    const double ajuste = lerNumero(valor.substr(0, kMaximoNumero));
+    if (ajuste == 0) return formatarMoeda(bruto);
+    tipo = tipo.substr(0, 2);
+    if (tipo == "D%") return formatarMoeda(bruto - bruto * ajuste / 100);
+    if (tipo == "D$") return formatarMoeda(bruto - ajuste);
+    if (tipo == "A%") return formatarMoeda(bruto + bruto * ajuste / 100);
+    if (tipo == "A$") return formatarMoeda(bruto + ajuste);
+    return {};
+}
+
+int fnTratarImposto(std::string_view aliquota, std::string_view base, std::string_view quantidade,
+                    ST_tagZEL &imposto) {
+    const std::string taxa = lerAliquota(aliquota);
+    if (ehServico(aliquota)) return fnTratarISS(taxa, base, imposto);
+    int resultado = fnTratarICMS(taxa, base, imposto);
+    if (resultado == ZEL_OK) resultado = fnTratarPIS(taxa, base, quantidade, imposto);
+    if (resultado == ZEL_OK) resultado = fnTratarCOFINS(taxa, base, quantidade, imposto);
+    return resultado;
+}
+
+int fnAtualizar_TagImposto(int item, std::string_view quantidade, std::string_view tipo,
+                           std::string_view valor) {
+    ST_tagZEL *tag = G_stXML_Persistencia.item(item);
+    if (!tag) return ZEL_ITEM_INEXISTENTE;
+    ST_tagZEL *imposto = tag->getSubTag("imposto");
+    if (!imposto) return ZEL_OK;
+
+    // An item sold as tag text may hold anything that passed the section check: what is missing
+    // reads as zero.
+    const ST_tagZEL *prod = tag->getSubTag("prod");
+    const auto doProduto = [&](std::string_view nome) {
+        return prod ? prod->valorDe(nome) : std::string_view{};
+    };
+    if (lerNumero(quantidade) <= 0) quantidade = doProduto("qCom");
+    if (lerNumero(valor) <= 0) {
+        tipo = "D$";
+        valor = "0.00";
+    }
+    const std::string base = fnCalcularValorBC(quantidade, doProduto("vUnCom"), tipo, valor);
+
+    ST_tagZEL novo("imposto");
+    int resultado = ZEL_OK;
+    if (const auto *icms = imposto->getSubTag("ICMS"))
+        resultado = fnAtualizarICMS(*icms, base, novo);
+    if (const auto *pis = imposto->getSubTag("PIS"); pis && resultado == ZEL_OK)
+        resultado = fnAtualizarPIS(*pis, base, quantidade, novo);
+    if (const auto *cofins = imposto->getSubTag("COFINS"); cofins && resultado == ZEL_OK)
+        resultado = fnAtualizarCOFINS(*cofins, base, quantidade, novo);
+    if (const auto *issqn = imposto->getSubTag("ISSQN"); issqn && resultado == ZEL_OK)
+        resultado = fnAtualizarISS(*issqn, base, novo);
+    if (resultado != ZEL_OK) return resultado;
+    *imposto = std::move(novo);
+    return ZEL_OK;
+}
+
+} // namespace zel

@@ -1,0 +1,35 @@
+// The `imposto` group of an item: its tax base, its first build when the item is sold, and its
+// rebuild when the item's value changes. The groups of each tax are GruposICMS' and
+// GruposContribuicao's; the item's `prod` and saving the document are the business rooms'.
+#pragma once
+
+#include "documento/ZEL_Tag.h"
+
+#include <string>
+#include <string_view>
+
+namespace zel {
+
+// The tax base with two decimals: quantity (rounded to four decimals) x unit price, rounded or cut
+// as configured, less or plus the adjustment. `tipo` is "D%", "D$", "A%" or "A$"; a `valor` that is
+// empty or zero adjusts nothing. Another type with a value gives an empty text, which reads as
+// zero. At most 16 characters of each number count; a comma counts as a point.
+std::string fnCalcularValorBC(std::string_view quantidade, std::string_view valorUnitario,
+                              std::string_view tipo, std::string_view valor);
+
+// Fills the new `imposto` of an item from the presets or the configuration. `aliquota`: the sale's
+// rate text, hundredths behind an optional letter ("T1800" is 18.00; "F" and "I" are 0.00; "S"
+// makes the item a service with `ISSQN` alone); `base`: from fnCalcularValorBC; `quantidade`: the
+// sold quantity. 1; -1 when ICMS has no group in force or a group lacks a required value; `imposto`
+// is then unusable.
+int fnTratarImposto(std::string_view aliquota, std::string_view base, std::string_view quantidade,
+                    ST_tagZEL &imposto);
+
+// Rebuilds, in place, the `imposto` of the stored item at the number, counted from 1. `quantidade`:
+// the new one, empty or zero for the item's own; `tipo` and `valor` as for fnCalcularValorBC. An
+// item without `imposto` stays as it is. 1; -11 no such item; -1 a stored group that does not
+// exist. On failure the item stays as it was.
+int fnAtualizar_TagImposto(int item, std::string_view quantidade, std::string_view tipo,
+                           std::string_view valor);
+
+} // namespace zel

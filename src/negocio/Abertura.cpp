@@ -1,0 +1,140 @@
+#include "negocio/Abertura.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "documento/ZEL_ArquivoPersistencia.h"
+#include "documento/ZEL_Conformidade.h"
+#include "documento/ZEL_Controle.h"
+#include "documento/ZEL_Persistencia.h"
+#include "negocio/Argumento.h"
+#include "util/Numero.h"
+#include "util/Texto.h"
+
+#include <array>
+#include <utility>
+
+namespace zel {
+
+namespace {
+
+constexpr std::size_t kMaiorDocumento = 20;
+constexpr std::size_t kMaiorTexto = 60;
+constexpr std::size_t kMaiorEmail = 59; // one less than the other fields
+
+// The digits of the document; none when it does not fit its field.
+std::string digitosDoDocumento(std::string_view documento) {
+    return fnRetirarCaracter(argumentoAceito(documento, 1, kMaiorDocumento));
+}
+
+// The element that identifies a consumer at the opening; empty for none.
+std::string_view identificacaoNaAbertura(std::size_t digitos) {
+    if (digitos == 11) return "CPF";
+    if (digitos == 14) return "CNPJ";
+    return digitos >= 5 && digitos <= kMaiorDocumento ? "idEstrangeiro" : "";
+}
+
+// The same for a later identification, which knows no foreign ids and leaves out 12 digits.
+std::string_view identificacaoPosterior(std::size_t digitos) {
+    if (digitos == 0 || digitos == 12) return "";
+    return digitos <= 11 ? "CPF" : "CNPJ";
+}
+
+// The address group, without children when no street was accepted. 1, or -1 when the street lacks
+// the rest of its address.
+int montarEndereco(const DadosConsumidor &consumidor, ST_tagZEL &endereco) {
+    const std::string logradouro = argumentoAceito(consumidor.logradouro, 2, kMaiorTexto);
+    if (logradouro.empty()) return ZEL_OK;
+    const std::array<std::pair<std::string_view, std::string>, 6> partes{{
+        {"xLgr", logradouro},
+        {"nro", argumentoAceito(consumidor.numero, 1, kMaiorTexto)},
+        {"xBairro", argumentoAceito(consumidor.bairro, 1, kMaiorTexto)},
+        {"cMun", argumentoAceito(consumidor.codigoMunicipio, 7, 7)},
+        {"xMun", argumentoAceito(consumidor.municipio, 1, kMaiorTexto)},
+        {"UF", argumentoAceito(consumidor.uf, 2, 2)},
+    }};
+    for (const auto &[nome, valor] : partes) {
+        if (valor.empty()) return ZEL_RECUSADO;
+        addSeAceito(endereco, nome, valor);
+    }
+    addSeAceito(endereco, "CEP", argumentoAceito(consumidor.cep, 1, 8));
+    return ZEL_OK;
+}
+
+// The opening section's tag text; empty when the consumer is not identified. 1 or -1.
+int montarAbertura(const DadosConsumidor &consumidor, std::string_view identificacao,
+                   std::string_view email, std::string &texto) {
+    ST_tagZEL endereco("enderDest");
+    if (montarEndereco(consumidor, endereco) != ZEL_OK) return ZEL_RECUSADO;
+    if (identificacao.empty()) return ZEL_OK;
+    ST_tagZEL dest("dest");
+    addSeAceito(dest, identificacao, digitosDoDocumento(consumidor.documento));
+    addSeAceito(dest, "xNome", argumentoAceito(consumidor.nome, 1, kMaiorTexto));
+    if (endereco.subTags) dest.addSubTag(std::move(endereco));
+    dest.addSubTag("indIEDest", "9");
+    addSeAceito(dest, "email", argumentoAceito(email, 1, kMaiorEmail));
+    texto = dest.toString();
+    return ZEL_OK;
+}
+
+// A section given as text, checked; an empty text is an empty section.
+int verificarAbertura(std::string_view texto, ST_tagZEL &raiz) {
+    raiz = newST_tagZEL(false, nomeSecao(Secao::kAbertura));
+    return texto.empty() ? ZEL_OK : fnVerificarFormatarTAG_ZEL(Secao::kAbertura, texto, raiz);
+}
+
+} // namespace
+
+int fnCFAbrir_ZEL_Felbor(const DadosConsumidor &consumidor) {
+    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+    const std::size_t digitos = digitosDoDocumento(consumidor.documento).size();
+    std::string texto;
+    if (montarAbertura(consumidor, identificacaoNaAbertura(digitos), "", texto) != ZEL_OK)
+        return ZEL_RECUSADO;
+    return fnCFeAbrirTAG_ZEL(texto);
+}
+
+int fnCFAbrirNumSerie_ZEL_Felbor(int numero, int serie, const DadosConsumidor &consumidor) {
+    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+    if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kAbrir); resultado != ZEL_OK)
+        return resultado;
+    const std::array<Alteracao, 2> numeracao{{{R"(IDE\nNF)"_chave, formatarInteiro(numero)},
+                                              {R"(IDE\Serie)"_chave, formatarInteiro(serie)}}};
+    if (const int resultado = alterarConfig(numeracao); resultado != ZEL_OK) return resultado;
+    return fnCFAbrir_ZEL_Felbor(consumidor);
+}
+
+int fnCFIdentificarConsumidor_ZEL_Felbor(const DadosConsumidor &consumidor,
+                                         std::string_view email) {
+    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
+    const std::size_t digitos = digitosDoDocumento(consumidor.documento).size();
+    std::string texto;
+    if (montarAbertura(consumidor, identificacaoPosterior(digitos), email, texto) != ZEL_OK)
+        return ZEL_RECUSADO;
+    return fnCFIdentificarConsumidorTAG_ZEL(texto);
+}
+
+int fnCFeAbrirTAG_ZEL(std::string_view texto) {
+    if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kAbrir); resultado != ZEL_OK)
+        return resultado;
+    ST_tagZEL raiz;
+    if (const int resultado = verificarAbertura(texto, raiz); resultado != ZEL_OK) return resultado;
+
+    ST_PersitenceXML_ZEL anterior = std::exchange(G_stXML_Persistencia, {});
+    G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kAbertura, std::move(raiz));
+    const Alteracao estado = alteracaoEstado(kAberto);
+    const int resultado = fnPersistComConfig_ZEL({&estado, 1});
+    if (resultado != ZEL_OK) G_stXML_Persistencia = std::move(anterior);
+    return resultado;
+}
+
+int fnCFIdentificarConsumidorTAG_ZEL(std::string_view texto) {
+    ST_tagZEL raiz;
+    if (const int resultado = verificarAbertura(texto, raiz); resultado != ZEL_OK) return resultado;
+    return desfazendoNaFalha(G_stXML_Persistencia.abertura, [&] {
+        G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kAbertura, std::move(raiz));
+        return fnPersistEstrutura_ZEL();
+    });
+}
+
+} // namespace zel

@@ -1,0 +1,39 @@
+// Opening a receipt and recording its consumer: the group `dest` of the opening section.
+#pragma once
+
+#include <string_view>
+
+namespace zel {
+
+// The consumer as the application gives him. A text longer than its field is left out, not cut.
+struct DadosConsumidor {
+    std::string_view documento;       // CPF, CNPJ or foreign id, 20 characters; only digits count
+    std::string_view nome;            // 1 to 60
+    std::string_view logradouro;      // 2 to 60; asks for number, district, municipality and state
+    std::string_view numero;          // 1 to 60
+    std::string_view bairro;          // 1 to 60
+    std::string_view codigoMunicipio; // exactly 7
+    std::string_view municipio;       // 1 to 60
+    std::string_view uf;              // exactly 2
+    std::string_view cep;             // 1 to 8, optional
+};
+
+// Starts a new receipt, discarding what the last one left. 11 digits make a CPF, 14 a CNPJ, 5 to 20
+// others a foreign id; without an identification no `dest` is written. 1; -1 a street without the
+// rest of its address; -130 a receipt is in progress; -120 to -122 a value out of its length; -40,
+// -52.
+int fnCFAbrir_ZEL_Felbor(const DadosConsumidor &consumidor);
+
+// The same with receipt number and series written to the configuration first; they keep their new
+// values even if the opening then fails.
+int fnCFAbrirNumSerie_ZEL_Felbor(int numero, int serie, const DadosConsumidor &consumidor);
+
+// Replaces the opening section, in any state: up to 11 digits make a CPF, 13 or more a CNPJ, there
+// are no foreign ids. `email` has 1 to 59 characters. 1; -1 as above; -52 no document in progress.
+int fnCFIdentificarConsumidor_ZEL_Felbor(const DadosConsumidor &consumidor, std::string_view email);
+
+// Store a section given as tag text; an empty text stands for an empty section.
+int fnCFeAbrirTAG_ZEL(std::string_view texto);
+int fnCFIdentificarConsumidorTAG_ZEL(std::string_view texto);
+
+} // namespace zel

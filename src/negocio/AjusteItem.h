@@ -1,0 +1,34 @@
+// Changing an item already sold: discount, surcharge, cancelling it or part of its quantity. All of
+// it asks for state 2; item 0 means the last one, except where an item is cancelled whole. The
+// item's taxes are rebuilt behind each change, from the new base.
+#pragma once
+
+#include <string_view>
+
+namespace zel {
+
+// The two adjustments an item may carry, at most one of them.
+enum class Ajuste { kDesconto, kAcrescimo };
+
+// Type: second character "%" (of the gross value) or "$" (amount). Value: decimal text, a comma as
+// the point. 1; -100 the state; -52 no document in progress; -99 an empty argument, a negative item
+// or value; -11 no such item; -20 it has an adjustment; -35 the amount reaches the gross value.
+int fnCFLancarDescontoItem_ZEL_Felbor(int item, std::string_view tipo, std::string_view valor);
+int fnCFLancarAcrescimoItem_ZEL_Felbor(int item, std::string_view tipo, std::string_view valor);
+
+// Takes the item out; those behind it move up. 1; -100; -52; -99 no such item, 0 included.
+int fnCFCancelarItem_ZEL_Felbor(int item);
+
+// Lowers the quantity, to two decimals. 1; -100; -99; -52; -11; -31 not less than the item has.
+int fnCFCancelarItemParcial_ZEL_Felbor(int item, std::string_view quantidade);
+
+// Takes the item's discount or surcharge away. 1; -100; -99; -52; -11; -21 there is none.
+int fnCFCancelarDescontoItem_ZEL_Felbor(int item);
+int fnCFCancelarAcrescimoItem_ZEL_Felbor(int item);
+
+// The same changes in memory alone, for an operation that changes many items and saves once.
+// Neither looks at the state. Codes as above.
+int lancarAjuste(Ajuste ajuste, int item, std::string_view tipo, std::string_view valor);
+int removerAjuste(Ajuste ajuste, int item);
+
+} // namespace zel

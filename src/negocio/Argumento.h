@@ -1,0 +1,27 @@
+// Texts of the flat interface on their way into a section: plain characters, bounded, or refused.
+// Every rule here counts characters of the plain text, a reference as the one it stands for.
+#pragma once
+
+#include "documento/ZEL_Tag.h"
+#include "util/TextoXml.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zel {
+
+// The plain text, cut to `maximo` characters.
+std::string argumentoCortado(std::string_view argumento, std::size_t maximo);
+
+// The plain text when it has `minimo` to `maximo` characters; an empty one otherwise, for a text
+// that does not fit is left out, never cut.
+std::string argumentoAceito(std::string_view argumento, std::size_t minimo, std::size_t maximo);
+
+// Decimal text of at most 15 characters with the comma as a point, without blanks around it.
+std::string argumentoDecimal(std::string_view argumento);
+
+// Appends the element when the plain text is not empty.
+void addSeAceito(ST_tagZEL &grupo, std::string_view nome, std::string_view simples);
+
+} // namespace zel

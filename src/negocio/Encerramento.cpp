@@ -1,0 +1,108 @@
+#include "negocio/Encerramento.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "documento/ZEL_ArquivoPersistencia.h"
+#include "documento/ZEL_Cabecalho.h"
+#include "documento/ZEL_Conformidade.h"
+#include "documento/ZEL_Controle.h"
+#include "documento/ZEL_Montagem.h"
+#include "documento/ZEL_Persistencia.h"
+#include "documento/ZEL_Somas.h"
+#include "negocio/Transporte.h"
+#include "util/Marcacao.h"
+#include "util/Numero.h"
+#include "util/Texto.h"
+#include "util/TextoXml.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <span>
+#include <string>
+
+namespace zel {
+
+namespace {
+
+constexpr std::size_t kMaiorMensagem = 5000;
+
+// A closing message as it is stored: trimmed, its printer marks in square brackets.
+std::string mensagem(std::string_view texto) {
+    const std::string simples = textoSimples(texto, FimDeLinha::kMantido).substr(0, kMaiorMensagem);
+    return escaparXml(fnRetornarFormatado2Representantes(trim(simples)));
+}
+
+// 1, or -108: above the configured value the consumer must be identified by one of the elements.
+int verificarConsumidor(std::initializer_list<std::string_view> aceitos) {
+    const double limite = lerDecimal(valorConfig(R"(CONFIGURACAO\ValorMaxIdeCliente)"_chave));
+    if (lerDecimal(totalDoCupom(G_stXML_Persistencia)) <= limite) return ZEL_OK;
+    const auto &abertura = G_stXML_Persistencia.abertura;
+    const ST_tagZEL *dest = abertura ? abertura->getSubTag(0) : nullptr;
+    const bool identificado =
+        dest != nullptr && std::any_of(aceitos.begin(), aceitos.end(), [&](std::string_view nome) {
+            return dest->getSubTag(nome) != nullptr;
+        });
+    return identificado ? ZEL_OK : ZEL_CONSUMIDOR_OBRIGATORIO;
+}
+
+int podeEncerrar() {
+    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+    return fnVerificarSePosso_ZEL(Operacao::kEncerrar);
+}
+
+// The closing text: `infAdic` with the elements that are not empty; an empty text without any.
+std::string montarEncerramento(std::string_view infAdFisco, std::string_view infCpl) {
+    ST_tagZEL infAdic("infAdic");
+    if (!infAdFisco.empty()) infAdic.addSubTag("infAdFisco", infAdFisco);
+    if (!infCpl.empty()) infAdic.addSubTag("infCpl", infCpl);
+    return infAdic.subTags ? infAdic.toString() : std::string{};
+}
+
+// Puts the closing section, and a transport section where there is none, into the document.
+int guardarSecoes(ST_tagZEL encerramento) {
+    ST_PersitenceXML_ZEL &documento = G_stXML_Persistencia;
+    return desfazendoNaFalha(documento.transporte, [&] {
+        if (!documento.transporte) {
+            const int resultado = adicionarTransporte(kSemTransporte);
+            if (resultado != ZEL_OK) return resultado;
+        }
+        return desfazendoNaFalha(documento.encerramento, [&] {
+            documento.fnAdicionarTagZEL(Secao::kEncerramento, std::move(encerramento));
+            return fnPersistEstrutura_ZEL();
+        });
+    });
+}
+
+} // namespace
+
+int fnCFEncerrar_ZEL_Felbor(std::string_view infoConsumidor) {
+    if (const int resultado = podeEncerrar(); resultado != ZEL_OK) return resultado;
+    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (const int resultado = verificarConsumidor({"CPF", "idEstrangeiro", "CNPJ"});
+        resultado != ZEL_OK)
+        return resultado;
+    return fnCFeEncerrarTAG_ZEL(montarEncerramento("", mensagem(infoConsumidor)));
+}
+
+int fnCFEncerrarConfigMsg_ZEL_Felbor(std::string_view infoConsumidor, std::string_view infoFisco) {
+    if (const int resultado = podeEncerrar(); resultado != ZEL_OK) return resultado;
+    if (const int resultado = verificarConsumidor({"CPF"}); resultado != ZEL_OK) return resultado;
+    const std::string consumidor = mensagem(infoConsumidor);
+    const std::string fisco = mensagem(infoFisco);
+    const bool ambas = !consumidor.empty() && !fisco.empty();
+    return fnCFeEncerrarTAG_ZEL(ambas ? montarEncerramento(fisco, consumidor) : std::string{});
+}
+
+int fnCFeEncerrarTAG_ZEL(std::string_view texto) {
+    ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kEncerramento));
+    if (!texto.empty()) {
+        const int resultado = fnVerificarFormatarTAG_ZEL(Secao::kEncerramento, texto, raiz);
+        if (resultado != ZEL_OK) return resultado;
+    }
+    if (const int resultado = guardarSecoes(std::move(raiz)); resultado != ZEL_OK) return resultado;
+    const Alteracao estado = alteracaoEstado(kEncerrado);
+    std::string documento;
+    return fnXMLFormatado_ZEL(kNormal, documento, {&estado, 1});
+}
+
+} // namespace zel

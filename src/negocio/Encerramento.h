@@ -1,0 +1,24 @@
+// Closing: the last section, the complete document and its way out.
+#pragma once
+
+#include <string_view>
+
+namespace zel {
+
+// Closes a paid receipt (state 4 to 5) with the information for the consumer (5000 characters are
+// kept; line ends stay for the printed receipt, printer marks in angle brackets are allowed). Above
+// "CONFIGURACAO\ValorMaxIdeCliente" the consumer must be identified by CPF, foreign id or CNPJ.
+// 1; -131, -135 the state; -52 no document in progress; -108; -1 a section is missing, or the
+// number cannot be built; -120 a text beyond its length; -40.
+int fnCFEncerrar_ZEL_Felbor(std::string_view infoConsumidor);
+
+// The same with information for the tax authority (2000 characters) as well: written only when both
+// texts are there, and above the limit only a CPF identifies the consumer.
+int fnCFEncerrarConfigMsg_ZEL_Felbor(std::string_view infoConsumidor, std::string_view infoFisco);
+
+// Stores a closing section given as tag text (an empty one stands for an empty section), has the
+// document written and sets state 5. When the document cannot be written the sections stay stored
+// and the state 4, and closing can be repeated.
+int fnCFeEncerrarTAG_ZEL(std::string_view texto);
+
+} // namespace zel

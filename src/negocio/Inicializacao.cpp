@@ -1,0 +1,21 @@
+#include "negocio/Inicializacao.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "documento/ZEL_Inicializacao.h"
+
+namespace zel {
+
+int fnCFInicializar_ZEL_Felbor() {
+    const int resultado = inicializarConfig();
+    // A document in progress is judged by the configuration, so it is looked at behind it.
+    fnInicializarVariaveis_ZEL();
+    return resultado;
+}
+
+int fnCFFinalizar_ZEL_Felbor() {
+    fnFinalizarVariaveis_ZEL();
+    return ZEL_OK;
+}
+
+} // namespace zel

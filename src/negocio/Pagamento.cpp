@@ -1,0 +1,123 @@
+#include "negocio/Pagamento.h"
+
+#include "ZEL_FelborFramework.h"
+#include "documento/ZEL_ArquivoPendente.h"
+#include "documento/ZEL_ArquivoPersistencia.h"
+#include "documento/ZEL_Conformidade.h"
+#include "documento/ZEL_Controle.h"
+#include "documento/ZEL_Persistencia.h"
+#include "documento/ZEL_Somas.h"
+#include "negocio/Argumento.h"
+#include "util/Codigos.h"
+#include "util/Numero.h"
+
+#include <vector>
+
+namespace zel {
+
+namespace {
+
+constexpr std::size_t kMaiorForma = 49;
+constexpr Chave kTroco = R"(CONFIGURACAO\TrocoUltimaNFCe)"_chave;
+
+std::string codigoDaForma(std::string_view forma) {
+    return fnRetornaCodigoFormaPgto(argumentoCortado(forma, kMaiorForma));
+}
+
+double comoMoeda(double valor) {
+    return lerDecimal(formatarMoeda(valor));
+}
+
+double totalAPagar() {
+    return lerDecimal(totalDoCupom(G_stXML_Persistencia));
+}
+
+// True when the stored payments, in cents, reach the total.
+bool totalCoberto() {
+    return comoMoeda(totalPago(G_stXML_Persistencia)) >= totalAPagar();
+}
+
+// Saves the payment line last added. Only a line that completes the total changes the state, and is
+// then committed together with it.
+int salvarPagamento(std::span<const Alteracao> alteracoes) {
+    if (totalCoberto() && fnCFVerificarStatus_ZEL() != kPagamento) {
+        std::vector<Alteracao> todas(alteracoes.begin(), alteracoes.end());
+        todas.push_back(alteracaoEstado(kPagamento));
+        return fnPersistComConfig_ZEL(todas);
+    }
+    const std::vector<Alteracao> anteriores = valoresAtuais(alteracoes);
+    if (const int resultado = alterarConfig(alteracoes); resultado != ZEL_OK) return resultado;
+    const int resultado = fnPersistUltimo_ZEL(Secao::kPagamento);
+    if (resultado != ZEL_OK) alterarConfig(anteriores);
+    return resultado;
+}
+
+} // namespace
+
+int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view valor) {
+    if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kPagar); resultado != ZEL_OK)
+        return resultado;
+    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
+    double pagamento = comoMoeda(lerDecimal(argumentoDecimal(valor)));
+    if (pagamento < 0) return ZEL_ARGUMENTO_INVALIDO;
+    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+
+    const double total = totalAPagar();
+    const double pago = totalPago(G_stXML_Persistencia);
+    Alteracao troco{kTroco, "0"};
+    if (totalCoberto()) {
+        const int resultado = alterarConfig({&troco, 1});
+        return resultado == ZEL_OK ? ZEL_JA_PAGO : resultado;
+    }
+    if (pagamento == 0) pagamento = total - pago;
+    // A change that is binary dust is no change.
+    if (const double excesso = comoMoeda(pagamento + pago - total); excesso > 0) {
+        troco.valor = formatarMoeda(excesso);
+        pagamento -= excesso;
+    }
+    ST_tagZEL pag("pag");
+    pag.addSubTag("tPag", codigoDaForma(forma)).addSubTag("vPag", formatarMoeda(pagamento));
+    return fnCFeEfetuarPagamentoTAG_ZEL(pag.toString(), {&troco, 1});
+}
+
+int fnCFEstornarPagamento_ZEL_Felbor(std::string_view forma, std::string_view novaForma,
+                                     std::string_view valor) {
+    if (fnCFVerificarStatus_ZEL() != kPagamento) return ZEL_ESTADO_INVALIDO;
+    const double procurado = lerDecimal(argumentoDecimal(valor));
+    if (forma.empty() || novaForma.empty() || valor.empty() || procurado < 0)
+        return ZEL_ARGUMENTO_INVALIDO;
+    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!G_stXML_Persistencia.pagamentos) return ZEL_SEM_LISTA;
+
+    std::deque<ST_tagZEL> &pagamentos = *G_stXML_Persistencia.pagamentos;
+    const std::string codigo = codigoDaForma(forma);
+    const double troco = lerDecimal(valorConfig(kTroco));
+    for (ST_tagZEL &pagamento : pagamentos) {
+        const bool ultimo = &pagamento == &pagamentos.back();
+        const std::string texto = formatarMoeda(ultimo ? procurado - troco : procurado);
+        ST_tagZEL *pag = pagamento.getSubTag(0);
+        if (pag == nullptr || pag->valorDe("tPag") != codigo || pag->valorDe("vPag") != texto)
+            continue;
+        return desfazendoNaFalha(pagamento, [&] {
+            pag->getSubTag("tPag")->setValor(codigoDaForma(novaForma));
+            return fnPersistEstrutura_ZEL();
+        });
+    }
+    return ZEL_PAGAMENTO_INEXISTENTE;
+}
+
+int fnCFeEfetuarPagamentoTAG_ZEL(std::string_view texto, std::span<const Alteracao> alteracoes) {
+    ST_tagZEL raiz;
+    if (const int resultado = fnVerificarFormatarTAG_ZEL(Secao::kPagamento, texto, raiz);
+        resultado != ZEL_OK)
+        return resultado;
+    const auto &pagamentos = G_stXML_Persistencia.pagamentos;
+    const std::size_t sequencia = pagamentos ? pagamentos->size() : 0;
+    raiz.valor = formatarInteiro(static_cast<long long>(sequencia), 3);
+    G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kPagamento, std::move(raiz));
+    const int resultado = salvarPagamento(alteracoes);
+    if (resultado != ZEL_OK) G_stXML_Persistencia.pagamentos->pop_back();
+    return resultado;
+}
+
+} // namespace zel

@@ -1,0 +1,29 @@
+// Payments: the lines that cover the receipt total, the change, and the correction of a line's
+// form. Only what is due reaches the document; the change is kept in
+// "CONFIGURACAO\TrocoUltimaNFCe".
+#pragma once
+
+#include "config/Registro.h"
+
+#include <span>
+#include <string_view>
+
+namespace zel {
+
+// Form: a name or two-digit code (49 characters). Value: decimal text (15 characters), empty or
+// zero for what is still due. In states 3 and 4; state 4 when the total is covered. 1; -131, -134
+// the state; -52 no document in progress; -99 a negative value; -34 paid already, with the change
+// set to "0" all the same; -120 a value beyond its length; -40.
+int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view valor);
+
+// Replaces the form of the first line with the given form and value, in state 4; the last line is
+// looked for by the value as the customer gave it, before the change. 1; -100 the state; -99 an
+// empty argument or a negative value; -52; -30 no payments; -12 no such line.
+int fnCFEstornarPagamento_ZEL_Felbor(std::string_view forma, std::string_view novaForma,
+                                     std::string_view valor);
+
+// Stores a payment line given as tag text, together with configuration values.
+int fnCFeEfetuarPagamentoTAG_ZEL(std::string_view texto,
+                                 std::span<const Alteracao> alteracoes = {});
+
+} // namespace zel

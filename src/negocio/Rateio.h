@@ -1,0 +1,15 @@
+// Prorating: a discount or surcharge on the whole receipt, spread over its items by their gross
+// values, so that the document carries every adjustment on its items.
+#pragma once
+
+#include <string_view>
+
+namespace zel {
+
+// Type: first character "D" or "A", second "%" or "$". A value that is not above zero means none.
+// Changes the items in memory alone; saving, and undoing what a failure leaves, is the caller's.
+// Each share is cut to two decimals; what that leaves goes to the first item with the largest one.
+// 1; -35 an item would be used up, or there is nothing to spread over, with no item changed.
+int fnRatearDescAcresTotalizacao(std::string_view tipo, std::string_view valor);
+
+} // namespace zel

@@ -1,0 +1,115 @@
+#include "negocio/Totalizacao.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "documento/ZEL_ArquivoPersistencia.h"
+#include "documento/ZEL_Conformidade.h"
+#include "documento/ZEL_Controle.h"
+#include "documento/ZEL_Persistencia.h"
+#include "documento/ZEL_Somas.h"
+#include "negocio/Argumento.h"
+#include "negocio/Rateio.h"
+#include "util/Numero.h"
+
+#include <span>
+
+namespace zel {
+
+namespace {
+
+// One element of a totals form and the sum it takes.
+struct CampoTotal {
+    std::string_view nome;
+    double (*valor)(const Somas &);
+};
+
+constexpr double nada(const Somas &) {
+    return 0;
+}
+
+constexpr CampoTotal kICMSTot[] = {
+    {"vBC", [](const Somas &s) { return s.baseICMS; }},
+    {"vICMS", [](const Somas &s) { return s.valorICMS; }},
+    {"vICMSDeson", nada},
+    {"vBCST", [](const Somas &s) { return s.baseST; }},
+    {"vST", [](const Somas &s) { return s.valorST; }},
+    {"vProd", [](const Somas &s) { return s.produtos; }},
+    {"vFrete", nada},
+    {"vSeg", nada},
+    {"vDesc", [](const Somas &s) { return s.descontos; }},
+    {"vII", nada},
+    {"vIPI", nada},
+    {"vPIS", [](const Somas &s) { return s.pis; }},
+    {"vCOFINS", [](const Somas &s) { return s.cofins; }},
+    {"vOutro", [](const Somas &s) { return s.outros; }},
+    {"vNF", [](const Somas &s) { return s.total(); }},
+};
+
+constexpr CampoTotal kISSQNTot[] = {
+    {"vServ", nada},
+    {"vBC", [](const Somas &s) { return s.baseServico; }},
+    {"vISS", [](const Somas &s) { return s.issqn; }},
+    {"vPIS", [](const Somas &s) { return s.pisServico; }},
+    {"vCOFINS", [](const Somas &s) { return s.cofinsServico; }},
+};
+
+constexpr CampoTotal kRetTrib[] = {{"vRetPIS", nada}, {"vRetCOFINS", nada}, {"vRetCSLL", nada},
+                                   {"vIRRF", nada},   {"vBCRetPrev", nada}, {"vRetPrev", nada}};
+
+ST_tagZEL montarForma(std::string_view nome, std::span<const CampoTotal> campos,
+                      const Somas &somas) {
+    ST_tagZEL forma(nome);
+    for (const CampoTotal &campo : campos)
+        forma.addSubTag(campo.nome, formatarMoeda(campo.valor(somas)));
+    return forma;
+}
+
+ST_tagZEL montarTotal(const Somas &somas) {
+    ST_tagZEL total("total");
+    switch (somas.forma) {
+    case Somas::Forma::kICMS:
+        total.addSubTag(montarForma("ICMSTot", kICMSTot, somas));
+        break;
+    case Somas::Forma::kISSQN:
+        total.addSubTag(montarForma("ISSQNTot", kISSQNTot, somas));
+        break;
+    case Somas::Forma::kNenhuma:
+        total.addSubTag(montarForma("retTrib", kRetTrib, somas));
+        break;
+    }
+    return total;
+}
+
+} // namespace
+
+int fnCFTotalizar_ZEL_Felbor(std::string_view tipo, std::string_view valor) {
+    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+    if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kTotalizar); resultado != ZEL_OK)
+        return resultado;
+    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
+
+    const auto totalizar = [&] {
+        const int rateio = fnRatearDescAcresTotalizacao(argumentoCortado(tipo, 2), valor);
+        if (rateio != ZEL_OK) return rateio;
+        return fnCFeTotalizarTAG_ZEL(montarTotal(somarItens(G_stXML_Persistencia)).toString());
+    };
+    // Without an adjustment no item changes, and none needs to be kept.
+    const bool comAjuste = lerDecimal(argumentoDecimal(valor)) > 0;
+    return comAjuste ? desfazendoNaFalha(G_stXML_Persistencia.vendas, totalizar) : totalizar();
+}
+
+int fnCFeTotalizarTAG_ZEL(std::string_view texto) {
+    ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kTotalizacao));
+    if (texto.empty())
+        raiz.addSubTag("total", "");
+    else if (const int resultado = fnVerificarFormatarTAG_ZEL(Secao::kTotalizacao, texto, raiz);
+             resultado != ZEL_OK)
+        return resultado;
+    return desfazendoNaFalha(G_stXML_Persistencia.totalizacao, [&] {
+        G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kTotalizacao, std::move(raiz));
+        const Alteracao estado = alteracaoEstado(kTotalizado);
+        return fnPersistComConfig_ZEL({&estado, 1});
+    });
+}
+
+} // namespace zel

@@ -1,0 +1,67 @@
+#include "negocio/Transporte.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "documento/ZEL_ArquivoPersistencia.h"
+#include "documento/ZEL_Conformidade.h"
+#include "documento/ZEL_Controle.h"
+#include "documento/ZEL_Persistencia.h"
+#include "negocio/Argumento.h"
+#include "util/Texto.h"
+
+namespace zel {
+
+namespace {
+
+constexpr std::size_t kMaiorDocumento = 14;
+constexpr std::size_t kMaiorTexto = 60;
+
+// What identifies the carrier is told from the text as given, so a CPF with points and dash (14
+// characters) is taken for a CNPJ.
+std::string_view identificacao(std::size_t caracteres) {
+    if (caracteres == 0 || caracteres == 12) return "";
+    return caracteres <= 11 ? "CPF" : "CNPJ";
+}
+
+ST_tagZEL montarTransporte(const DadosTransportadora &dados) {
+    ST_tagZEL transporta("transporta");
+    const std::string documento = argumentoAceito(dados.documento, 1, kMaiorDocumento);
+    if (const std::string_view nome = identificacao(documento.size()); !nome.empty())
+        transporta.addSubTag(nome, fnRetirarCaracter(documento));
+    addSeAceito(transporta, "xNome", argumentoAceito(dados.nome, 1, kMaiorTexto));
+    addSeAceito(transporta, "IE", argumentoAceito(dados.inscricaoEstadual, 2, 2));
+    addSeAceito(transporta, "xEnder", argumentoAceito(dados.endereco, 1, kMaiorTexto));
+    addSeAceito(transporta, "xMun", argumentoAceito(dados.municipio, 1, kMaiorTexto));
+    addSeAceito(transporta, "UF", argumentoAceito(dados.uf, 2, 2));
+    ST_tagZEL transp("transp");
+    transp.addSubTag("modfrete", "9").addSubTag(std::move(transporta));
+    return transp;
+}
+
+} // namespace
+
+int fnCFIdentificarTransportadora_ZEL_Felbor(const DadosTransportadora &transportadora) {
+    if (fnCFVerificarStatus_ZEL() > kPagamento) return ZEL_ESTADO_INVALIDO;
+    if (valorConfig(R"(IDE\indPres)"_chave) != "4") return ZEL_TRANSPORTADORA_NAO_PERMITIDA;
+    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
+    return fnCFIdentificarTransportadoraTAG_ZEL(montarTransporte(transportadora).toString());
+}
+
+int fnCFIdentificarTransportadoraTAG_ZEL(std::string_view texto) {
+    return desfazendoNaFalha(G_stXML_Persistencia.transporte, [&] {
+        const int resultado = adicionarTransporte(texto);
+        return resultado == ZEL_OK ? fnPersistEstrutura_ZEL() : resultado;
+    });
+}
+
+int adicionarTransporte(std::string_view texto) {
+    ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kTransporte));
+    if (!texto.empty()) {
+        const int resultado = fnVerificarFormatarTAG_ZEL(Secao::kTransporte, texto, raiz);
+        if (resultado != ZEL_OK) return resultado;
+    }
+    return G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kTransporte, std::move(raiz));
+}
+
+} // namespace zel

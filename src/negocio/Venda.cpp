@@ -1,0 +1,141 @@
+#include "negocio/Venda.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Arredondamento.h"
+#include "config/Registro.h"
+#include "documento/ZEL_ArquivoPersistencia.h"
+#include "documento/ZEL_Conformidade.h"
+#include "documento/ZEL_Controle.h"
+#include "documento/ZEL_Persistencia.h"
+#include "imposto/Presets.h"
+#include "imposto/ZEL_TrataImposto.h"
+#include "negocio/Argumento.h"
+#include "util/Numero.h"
+
+namespace zel {
+
+namespace {
+
+// The numbers of a sale, read once.
+struct Numeros {
+    std::string quantidade;    // four decimals
+    std::string valorUnitario; // as it will stand in the document
+    std::string tipo;
+    std::string valorAjuste;
+    std::string valorBruto; // two decimals
+};
+
+// An inline adjustment: element and amount; no element for none.
+struct AjusteInline {
+    std::string_view nome;
+    std::string valor;
+};
+
+// 1, or -99 for a number that no document can carry.
+int lerNumeros(const DadosVenda &dados, Numeros &numeros) {
+    const double quantidade = lerDecimal(argumentoDecimal(dados.quantidade));
+    numeros.quantidade = formatarDecimal(quantidade, 4);
+    numeros.valorUnitario = fnRetirarZerosLeft(argumentoDecimal(dados.valorUnitario));
+    numeros.tipo = argumentoCortado(dados.tipoAjuste, 2);
+    numeros.valorAjuste = argumentoDecimal(dados.valorAjuste);
+    if (quantidade < 0 || lerDecimal(numeros.valorAjuste) < 0) return ZEL_ARGUMENTO_INVALIDO;
+    if (!numeros.valorUnitario.empty() && !ehDecimalPuro(numeros.valorUnitario))
+        return ZEL_ARGUMENTO_INVALIDO;
+    const double bruto = lerDecimal(numeros.quantidade) * lerDecimal(numeros.valorUnitario);
+    numeros.valorBruto = formatarMoeda(fnArredondarTruncar(bruto));
+    return ZEL_OK;
+}
+
+// 1; -99 an amount that is no plain decimal, for its text stands in the document as given; -35.
+int calcularAjuste(const Numeros &numeros, AjusteInline &ajuste) {
+    const double valor = lerDecimal(numeros.valorAjuste);
+    if (valor == 0 || numeros.tipo.size() < 2) return ZEL_OK;
+    const double bruto = lerDecimal(numeros.valorBruto);
+    const char operacao = numeros.tipo[0];
+    const char forma = numeros.tipo[1];
+    if ((operacao != 'D' && operacao != 'A') || (forma != '%' && forma != '$')) return ZEL_OK;
+    if (forma == '$' && !ehDecimalPuro(numeros.valorAjuste)) return ZEL_ARGUMENTO_INVALIDO;
+    ajuste.nome = operacao == 'D' ? "Vdesc" : "vOutro";
+    ajuste.valor = forma == '%' ? formatarMoeda(bruto * valor / 100) : numeros.valorAjuste;
+    // The surcharge is held to the same bound as the discount.
+    return bruto - lerDecimal(ajuste.valor) <= 0 ? ZEL_AJUSTE_EXCESSIVO : ZEL_OK;
+}
+
+std::string ouConfigurado(std::string_view argumento, std::size_t maximo, Chave chave) {
+    const std::string simples = argumentoCortado(argumento, maximo);
+    return simples.empty() ? valorXml(valorConfig(chave)) : escaparXml(simples);
+}
+
+ST_tagZEL montarProduto(const DadosVenda &dados, const Numeros &numeros,
+                        const AjusteInline &ajuste) {
+    const std::string unidade = escaparXml(argumentoCortado(dados.unidade, 6));
+    ST_tagZEL prod("prod");
+    prod.addSubTag("cProd", escaparXml(argumentoCortado(dados.codigo, 60)))
+        .addSubTag("cEAN", " ")
+        .addSubTag("xProd", escaparXml(argumentoCortado(dados.descricao, 120)))
+        .addSubTag("NCM", ouConfigurado(dados.ncm, 9, R"(PROD\NCM)"_chave))
+        .addSubTag("CFOP", ouConfigurado(dados.cfop, 6, R"(PROD\CFOP)"_chave))
+        .addSubTag("uCom", unidade)
+        .addSubTag("qCom", numeros.quantidade)
+        .addSubTag("vUnCom", numeros.valorUnitario)
+        .addSubTag("vProd", numeros.valorBruto)
+        .addSubTag("cEANTrib", " ")
+        .addSubTag("uTrib", unidade)
+        .addSubTag("qTrib", numeros.quantidade)
+        .addSubTag("vUnTrib", numeros.valorUnitario);
+    if (!ajuste.nome.empty()) prod.addSubTag(ajuste.nome, ajuste.valor);
+    prod.addSubTag("indTot", valorXml(valorConfig(R"(PROD\indTot)"_chave)));
+    return prod;
+}
+
+} // namespace
+
+int fnCFVender_ZEL_Felbor(const DadosVenda &dados) {
+    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+    Numeros numeros;
+    if (const int resultado = lerNumeros(dados, numeros); resultado != ZEL_OK) return resultado;
+    AjusteInline ajuste;
+    if (const int resultado = calcularAjuste(numeros, ajuste); resultado != ZEL_OK)
+        return resultado;
+
+    const std::string base = fnCalcularValorBC(numeros.quantidade, numeros.valorUnitario,
+                                               numeros.tipo, numeros.valorAjuste);
+    ST_tagZEL imposto("imposto");
+    const int tributado =
+        fnTratarImposto(argumentoDecimal(dados.aliquota), base, numeros.quantidade, imposto);
+    if (tributado != ZEL_OK) return tributado;
+
+    const int resultado =
+        fnCFeVenderTAG_ZEL(montarProduto(dados, numeros, ajuste).toString() + imposto.toString());
+    if (resultado != ZEL_OK) return resultado;
+    ZEL_TIPO_DESC_ACREC = numeros.tipo;
+    fnZerarConfTempICMS();
+    fnZerarConfTempPIS();
+    fnZerarConfTempCONFINS();
+    return ZEL_OK;
+}
+
+int fnCFVenderXml_ZEL_Felbor(std::string_view texto) {
+    return fnCFeVenderTAG_ZEL(texto);
+}
+
+int fnCFeVenderTAG_ZEL(std::string_view texto) {
+    if (G_stXML_Persistencia.quantidadeItens() >= kMaximoItens) return ZEL_RECUSADO;
+    if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kVender); resultado != ZEL_OK)
+        return resultado;
+    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
+    ST_tagZEL raiz;
+    if (const int resultado = fnVerificarFormatarTAG_ZEL(Secao::kVenda, texto, raiz);
+        resultado != ZEL_OK)
+        return resultado;
+
+    raiz.valor = formatarInteiro(G_stXML_Persistencia.quantidadeItens() + 1);
+    G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kVenda, std::move(raiz));
+    const Alteracao estado = alteracaoEstado(kVendendo);
+    const int resultado = G_EstadoCFe == kVendendo ? fnPersistUltimo_ZEL(Secao::kVenda)
+                                                   : fnPersistComConfig_ZEL({&estado, 1});
+    if (resultado != ZEL_OK) G_stXML_Persistencia.vendas->pop_back();
+    return resultado;
+}
+
+} // namespace zel

@@ -1,0 +1,200 @@
+#include "util/Arquivo.h"
+
+#include "ZEL_FelborFramework.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <optional>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace zel {
+
+namespace {
+
+// Repeats a call that a signal interrupted.
+template <class Chamada>
+auto insistir(Chamada chamada) {
+    decltype(chamada()) resultado;
+    do {
+        resultado = chamada();
+    } while (resultado < 0 && errno == EINTR);
+    return resultado;
+}
+
+// An open file, closed when it goes out of sight.
+class Descritor {
+public:
+    Descritor(const char *caminho, int modo, mode_t permissoes = 0)
+        : fd_(insistir([&] { return ::open(caminho, modo | O_CLOEXEC, permissoes); })) {}
+    ~Descritor() { fechar(); }
+    Descritor(const Descritor &) = delete;
+    Descritor &operator=(const Descritor &) = delete;
+
+    bool aberto() const { return fd_ >= 0; }
+    int fd() const { return fd_; }
+
+    // A failed close may have lost bytes (network file systems); the descriptor is gone either way.
+    bool fechar() {
+        const int resultado = fd_ >= 0 ? ::close(fd_) : 0;
+        fd_ = -1;
+        return resultado == 0 || errno == EINTR;
+    }
+
+private:
+    int fd_;
+};
+
+std::string diretorioDe(const std::string &caminho) {
+    const std::size_t barra = caminho.rfind('/');
+    return barra == caminho.npos ? "./" : caminho.substr(0, barra + 1);
+}
+
+std::optional<struct stat> situacao(const std::string &caminho) {
+    struct stat dados {};
+    if (::lstat(caminho.c_str(), &dados) != 0) return {};
+    return dados;
+}
+
+bool escreverTudo(int fd, std::string_view conteudo) {
+    while (!conteudo.empty()) {
+        const ssize_t escritos =
+            insistir([&] { return ::write(fd, conteudo.data(), conteudo.size()); });
+        if (escritos <= 0) return false;
+        conteudo.remove_prefix(static_cast<std::size_t>(escritos));
+    }
+    return true;
+}
+
+// The file behind a symbolic link, also when it does not exist yet; a path that is no link itself.
+std::string seguirLigacoes(std::string caminho) {
+    for (int saltos = 0; saltos < 8; ++saltos) {
+        char alvo[4096];
+        const ssize_t tamanho = ::readlink(caminho.c_str(), alvo, sizeof alvo);
+        if (tamanho <= 0) break;
+        const std::string_view texto{alvo, static_cast<std::size_t>(tamanho)};
+        caminho = texto.front() == '/' ? std::string(texto) : diretorioDe(caminho).append(texto);
+    }
+    return caminho;
+}
+
+// Puts `de` in the place of `para`. The two change places where the system can do that, so that the
+// old file comes back should the directory refuse to be flushed.
+bool tomarLugar(const std::string &de, const std::string &para) {
+    const Descritor diretorio(diretorioDe(para).c_str(), O_RDONLY | O_DIRECTORY);
+    // A directory that may be written but not read cannot be flushed by this process.
+    if (!diretorio.aberto() && errno != EACCES) return false;
+
+    const auto trocar = [&] {
+        return ::renameat2(AT_FDCWD, de.c_str(), AT_FDCWD, para.c_str(), RENAME_EXCHANGE) == 0;
+    };
+    const bool existia = existeArquivo(para);
+    const bool trocados = existia && trocar();
+    if (!trocados && ::rename(de.c_str(), para.c_str()) != 0) return false;
+
+    // Some network file systems cannot flush a directory and say so with EINVAL.
+    const bool gravado = !diretorio.aberto() ||
+                         insistir([&] { return ::fsync(diretorio.fd()); }) == 0 || errno == EINVAL;
+    if (gravado) {
+        if (trocados) ::unlink(de.c_str());
+        return true;
+    }
+    if (trocados)
+        trocar();
+    else if (!existia)
+        ::rename(para.c_str(), de.c_str());
+    return false;
+}
+
+bool escreverNovo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
+                  const std::optional<struct stat> &antigo) {
+    const mode_t permissoes = acesso == Acesso::kPrivado ? 0600 : 0666;
+    Descritor arquivo(caminho.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, permissoes);
+    if (!arquivo.aberto()) return false;
+    if (acesso == Acesso::kPrivado && antigo) {
+        // Only root may give a file away; anyone else keeps it as his own.
+        if (antigo->st_uid != ::geteuid() || antigo->st_gid != ::getegid()) {
+            if (::fchown(arquivo.fd(), antigo->st_uid, antigo->st_gid) != 0 && errno != EPERM)
+                return false;
+        }
+        if (::fchmod(arquivo.fd(), antigo->st_mode & 07777) != 0) return false;
+    }
+    if (!escreverTudo(arquivo.fd(), conteudo)) return false;
+    if (insistir([&] { return ::fsync(arquivo.fd()); }) != 0) return false;
+    return arquivo.fechar();
+}
+
+} // namespace
+
+Leitura lerArquivo(const std::string &caminho, std::string &conteudo) {
+    conteudo.clear();
+    // Not blocking: a pipe in the place of a file must not hold up the till.
+    const Descritor arquivo(caminho.c_str(), O_RDONLY | O_NONBLOCK);
+    if (!arquivo.aberto()) return errno == ENOENT ? Leitura::kInexistente : Leitura::kFalha;
+    struct stat dados {};
+    if (::fstat(arquivo.fd(), &dados) != 0 || !S_ISREG(dados.st_mode)) return Leitura::kFalha;
+
+    // One byte more than the file holds, so that the end is met in the same read.
+    std::size_t lidos = 0;
+    conteudo.resize(static_cast<std::size_t>(dados.st_size) + 1);
+    for (;;) {
+        const ssize_t parte = insistir(
+            [&] { return ::read(arquivo.fd(), conteudo.data() + lidos, conteudo.size() - lidos); });
+        if (parte < 0) {
+            conteudo.clear();
+            return Leitura::kFalha;
+        }
+        lidos += static_cast<std::size_t>(parte);
+        if (lidos < conteudo.size()) break;
+        conteudo.resize(conteudo.size() * 2);
+    }
+    conteudo.resize(lidos);
+    return Leitura::kLido;
+}
+
+int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso) {
+    const std::string destino =
+        acesso == Acesso::kPrivado ? seguirLigacoes(caminho) : std::string(caminho);
+    const auto antigo = situacao(destino);
+    if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode))
+        return ZEL_ARQUIVO_INDISPONIVEL;
+
+    const std::string novo = destino + ".novo";
+    removerArquivo(novo); // left by a process that died
+    if (escreverNovo(novo, conteudo, acesso, antigo) && tomarLugar(novo, destino)) return ZEL_OK;
+    removerArquivo(novo);
+    return ZEL_ARQUIVO_INDISPONIVEL;
+}
+
+int renomearArquivo(const std::string &de, const std::string &para) {
+    return tomarLugar(de, para) ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+}
+
+int removerArquivo(const std::string &caminho) {
+    return ::unlink(caminho.c_str()) == 0 || errno == ENOENT ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+}
+
+bool existeArquivo(const std::string &caminho) {
+    return situacao(caminho).has_value();
+}
+
+int acrescentarArquivo(const std::string &caminho, std::size_t tamanho, std::string_view conteudo) {
+    const Descritor arquivo(caminho.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK);
+    if (!arquivo.aberto()) return errno == ENOENT ? ZEL_RECUSADO : ZEL_ARQUIVO_INDISPONIVEL;
+    struct stat dados {};
+    if (::fstat(arquivo.fd(), &dados) != 0) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!S_ISREG(dados.st_mode) || static_cast<std::size_t>(dados.st_size) != tamanho)
+        return ZEL_RECUSADO;
+
+    const auto descarregar = [&] {
+        return insistir([&] { return ::fdatasync(arquivo.fd()); }) == 0;
+    };
+    if (escreverTudo(arquivo.fd(), conteudo) && descarregar()) return ZEL_OK;
+    // Half a record would be dropped by the next process, a whole one would come back to life.
+    if (insistir([&] { return ::ftruncate(arquivo.fd(), static_cast<off_t>(tamanho)); }) == 0)
+        descarregar();
+    return ZEL_ARQUIVO_INDISPONIVEL;
+}
+
+} // namespace zel

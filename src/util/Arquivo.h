@@ -1,0 +1,41 @@
+// Every file call of the library stands in this room. A file is read whole, replaced whole or not
+// at all, or extended by one record; success means that the change is on the disk (written,
+// flushed, renamed, directory flushed). Interrupted calls are repeated, errno is turned into a
+// return code once. The room knows nothing of what the files hold.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace zel {
+
+// Who may read a file: its owner alone (it holds the taxpayer's secret), or whoever the process's
+// umask lets. A private file that is replaced keeps its mode and, where allowed, its owner.
+enum class Acesso { kPrivado, kUmask };
+
+enum class Leitura { kLido, kInexistente, kFalha };
+
+// Reads a whole regular file into `conteudo` (emptied first). Only a missing file is kInexistente.
+Leitura lerArquivo(const std::string &caminho, std::string &conteudo);
+
+// Writes `conteudo` beside the file (its name with ".novo" behind), flushes it, puts it in the
+// file's place and flushes the directory. A private file that is a symbolic link stays one: the
+// file it points to is replaced. The target must be a regular file, a link, or not exist.
+// 1, or -52 with the old file whole.
+int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso);
+
+// Puts the file `de` in the place of `para`, in the same directory, and flushes the directory.
+// 1, or -52 with both as they were.
+int renomearArquivo(const std::string &de, const std::string &para);
+
+// Removes a file; one that does not exist is removed already. 1 or -52.
+int removerArquivo(const std::string &caminho);
+
+bool existeArquivo(const std::string &caminho);
+
+// Appends `conteudo` to an existing file of exactly `tamanho` bytes and flushes it. 1; -1 there is
+// no such file of that size; -52 it could not be written, and was cut back to `tamanho`.
+int acrescentarArquivo(const std::string &caminho, std::size_t tamanho, std::string_view conteudo);
+
+} // namespace zel

@@ -1,0 +1,24 @@
+// Codes and numbers that the tax authority defines: the check digit of the access key, the written
+// forms of CPF and CNPJ, the payment forms. Pure functions over digits; whether a CPF or CNPJ is a
+// valid one is nobody's question here.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zel {
+
+// Check digit ("0" to "9") of an access key given without it (43 digits), modulo 11 with weights 2
+// to 9 from the right. A character that is no digit counts as 0.
+std::string fnCalcula_cDV(std::string_view chave);
+
+// CPF (up to 11 digits) or CNPJ (12 to 15 digits, a fifteenth is dropped) with its punctuation,
+// zeros put in front where digits are missing; whatever is no digit is dropped from the text first.
+// None or more than 15 digits come back bare.
+std::string fnFormatarCPFCNPJ(std::string_view documento);
+
+// Two-digit code of a payment form given by its name, without regard to accents and case, or by its
+// two-digit code; "99" (others) for anything else, "1" and the empty text too.
+std::string fnRetornaCodigoFormaPgto(std::string_view nome);
+
+} // namespace zel

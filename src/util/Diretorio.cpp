@@ -1,0 +1,38 @@
+#include "util/Diretorio.h"
+
+#include <array>
+#include <climits>
+#include <cstdlib>
+#include <dlfcn.h>
+
+namespace zel {
+
+namespace {
+
+std::string diretorioDaBiblioteca() {
+    Dl_info biblioteca{};
+    if (::dladdr(reinterpret_cast<const void *>(&fnConfigurarPath), &biblioteca) == 0 ||
+        biblioteca.dli_fname == nullptr)
+        return "./";
+    const std::string caminho = biblioteca.dli_fname;
+    const std::size_t barra = caminho.rfind('/');
+    const std::string diretorio = barra == caminho.npos ? "./" : caminho.substr(0, barra + 1);
+    // The name may be relative to the directory the application was in when it loaded the library.
+    std::array<char, PATH_MAX> absoluto{};
+    return ::realpath(diretorio.c_str(), absoluto.data()) != nullptr ? absoluto.data() : diretorio;
+}
+
+// Found while the library is loaded, before the application can change its working directory.
+const std::string kDiretorioDaBiblioteca = diretorioDaBiblioteca();
+
+} // namespace
+
+std::string fnConfigurarPath(std::string_view nome) {
+    const char *escolhido = std::getenv("ZEL_DIRETORIO");
+    std::string diretorio =
+        escolhido != nullptr && escolhido[0] == '/' ? escolhido : kDiretorioDaBiblioteca;
+    if (!diretorio.ends_with('/')) diretorio.push_back('/');
+    return diretorio.append(nome);
+}
+
+} // namespace zel

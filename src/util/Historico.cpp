@@ -1,0 +1,67 @@
+#include "util/Historico.h"
+
+#include "ZEL_FelborFramework.h"
+#include "util/Arquivo.h"
+#include "util/Numero.h"
+#include "util/Texto.h"
+
+#include <array>
+#include <cstddef>
+#include <string>
+
+namespace zel {
+
+namespace {
+
+constexpr std::size_t kMaximoDiretorios = 3;
+constexpr std::size_t kMaximoPrefixo = 300;
+
+// In the order of Direcao. A complete document has no word of its own in a stamped name.
+constexpr std::array<std::string_view, 3> kCarimbados{"Envio", "Retorno", ""};
+constexpr std::array<std::string_view, 3> kSimples{"documentosEnvio", "documentosRetorno",
+                                                   "documentosCompleto"};
+
+// In the order of TipoCopia.
+constexpr std::array<std::string_view, 5> kTipos{"NFCe", "Canc", "Param", "Cons", "Inut"};
+
+std::string carimbo(const std::tm &momento) {
+    return formatarInteiro(momento.tm_year + 1900)
+        .append(formatarInteiro(momento.tm_mon + 1, 2))
+        .append(formatarInteiro(momento.tm_mday, 2))
+        .append("_")
+        .append(formatarInteiro(momento.tm_hour, 2))
+        .append(formatarInteiro(momento.tm_min, 2))
+        .append(formatarInteiro(momento.tm_sec, 2));
+}
+
+std::string nomeDaCopia(Direcao direcao, TipoCopia tipo, bool carimbado, const std::tm &momento) {
+    const auto qual = static_cast<std::size_t>(direcao);
+    if (!carimbado) return std::string(kSimples[qual]).append(".xml");
+    return std::string(kCarimbados[qual])
+        .append(kTipos[static_cast<std::size_t>(tipo)])
+        .append(carimbo(momento))
+        .append(".xml");
+}
+
+} // namespace
+
+int fnReplicarDados(Direcao direcao, TipoCopia tipo, std::string_view diretorios,
+                    std::string_view conteudo, bool carimbado) {
+    const std::time_t agora = std::time(nullptr);
+    std::tm momento{};
+    localtime_r(&agora, &momento);
+    return fnReplicarDados(direcao, tipo, diretorios, conteudo, carimbado, momento);
+}
+
+int fnReplicarDados(Direcao direcao, TipoCopia tipo, std::string_view diretorios,
+                    std::string_view conteudo, bool carimbado, const std::tm &momento) {
+    if (diretorios.empty()) return 0;
+    const std::string nome = nomeDaCopia(direcao, tipo, carimbado, momento);
+    for (const auto prefixo : split(diretorios, '|', kMaximoDiretorios)) {
+        const std::string caminho = std::string(prefixo.substr(0, kMaximoPrefixo)).append(nome);
+        if (substituirArquivo(caminho, conteudo, Acesso::kUmask) != ZEL_OK) return 0;
+    }
+    return 1;
+}
+
+} // namespace zel

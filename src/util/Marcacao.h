@@ -1,0 +1,22 @@
+// Printer mark-up. Receipt texts carry it in angle brackets ("<b>"); inside a document the same
+// mark-up travels in square brackets ("[b]"), its representatives. Owns the two tables of names.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zel {
+
+// Every "<" becomes "[" and every ">" becomes "]".
+std::string fnRetornarFormatado2Representantes(std::string_view texto);
+
+// Every "[" becomes "<" and every "]" becomes ">".
+std::string fnRetornarRepresentantes2Formatado(std::string_view texto);
+
+// The text without its representatives. Tags of one table lose their two markers, those of the
+// other lose what stands between them as well; an opening marker that is never closed goes alone. A
+// name in neither table, a closing marker without its opening one and a lone "[" stay. Names match
+// exactly as the tables write them. Time grows with the length of the text, whatever it holds.
+std::string fnRetornarTextoSemRepresentantes(std::string_view texto);
+
+} // namespace zel

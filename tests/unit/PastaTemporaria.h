@@ -1,0 +1,39 @@
+// A directory of a test's own, gone when the test ends.
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <stdlib.h>
+#include <string>
+#include <string_view>
+
+class PastaTemporaria {
+public:
+    PastaTemporaria() {
+        std::string modelo = (std::filesystem::temp_directory_path() / "zel_XXXXXX").string();
+        if (::mkdtemp(modelo.data()) == nullptr) throw std::runtime_error("mkdtemp");
+        caminho_ = modelo + "/";
+    }
+    ~PastaTemporaria() {
+        std::error_code ignorado;
+        std::filesystem::remove_all(caminho_, ignorado);
+    }
+    PastaTemporaria(const PastaTemporaria &) = delete;
+    PastaTemporaria &operator=(const PastaTemporaria &) = delete;
+
+    std::string operator/(std::string_view nome) const { return caminho_ + std::string(nome); }
+
+    std::string ler(std::string_view nome) const {
+        std::ifstream arquivo(*this / nome, std::ios::binary);
+        return {std::istreambuf_iterator<char>(arquivo), {}};
+    }
+
+    void gravar(std::string_view nome, std::string_view conteudo) const {
+        std::ofstream(*this / nome, std::ios::binary) << conteudo;
+    }
+
+private:
+    std::string caminho_;
+};
