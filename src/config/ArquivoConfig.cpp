@@ -9,6 +9,8 @@ namespace zel {
 
 namespace {
 
+constexpr int kMaximoVoltas = 4;
+
 // A piece of the text and what takes its place.
 struct Edicao {
     std::size_t inicio;
@@ -48,8 +50,9 @@ std::string escrever(std::size_t inicio, std::size_t fim, const ValoresConfig &v
     return linhas;
 }
 
-std::string completar(std::string_view texto, const Varredura &varredura,
-                      const ValoresConfig &valores) {
+// What the text lacks.
+std::vector<Edicao> faltas(std::string_view texto, const Varredura &varredura,
+                           const ValoresConfig &valores) {
     std::vector<Edicao> edicoes;
     // A value without its end tag would take in what is added behind it.
     for (const ElementoConfig &elemento : varredura.elementos)
@@ -69,7 +72,19 @@ std::string completar(std::string_view texto, const Varredura &varredura,
         }
         i = kLugares[i].fim;
     }
-    return aplicar(texto, varredura, std::move(edicoes));
+    return edicoes;
+}
+
+// In a torn text, what is added may end an element that had no end and so hide others: what is
+// lacking then is looked for again.
+std::string completar(std::string texto, const ValoresConfig &valores) {
+    for (int volta = 0; volta < kMaximoVoltas; ++volta) {
+        const auto varredura = varrerConfig(texto);
+        auto edicoes = faltas(texto, *varredura, valores);
+        if (edicoes.empty()) break;
+        texto = aplicar(texto, *varredura, std::move(edicoes));
+    }
+    return texto;
 }
 
 } // namespace
@@ -93,7 +108,7 @@ std::optional<CargaConfig> fnXML_CarregarXML(std::string_view texto, const Valor
     CargaConfig carga{atuais, {}, varredura->inteira()};
     for (const ElementoConfig &elemento : varredura->entendidos())
         carga.valores.definir(elemento.chave, elemento.valor(texto));
-    carga.texto = completar(texto, *varredura, carga.valores);
+    carga.texto = completar(std::string(texto), carga.valores);
     return carga;
 }
 

@@ -12,7 +12,7 @@ constexpr std::string_view kFimRaiz = "</FRAMEWORKZEL>";
 
 // Looking for the end of an unknown element may read the text to its end; a text with more of them
 // than this is not looked at further, so that none takes the square of its length.
-constexpr int kMaximoDesconhecidos = 100;
+constexpr int kMaximoDesconhecidos = 50;
 
 struct TagConfig {
     std::size_t inicio; // of its "<"
@@ -36,9 +36,8 @@ std::optional<TagConfig> fnXML_RetornarProxTag(std::string_view texto, std::size
     }
     const std::size_t fim = texto.find_first_of("<>", posicao + 1);
     if (fim == texto.npos) return std::nullopt;
-    // A "<" without its ">" must not swallow the tag behind it; its name, ended by the next "<", is
-    // none that the catalogue knows.
-    if (texto[fim] == '<') return TagConfig{posicao, fim, texto.substr(posicao + 1, fim - posicao)};
+    // A "<" without its ">" must not swallow the tag behind it: it is a tag without a name.
+    if (texto[fim] == '<') return TagConfig{posicao, fim, {}};
     return TagConfig{posicao, fim + 1, texto.substr(posicao + 1, fim - posicao - 1)};
 }
 
@@ -59,7 +58,10 @@ public:
             const auto tag = fnXML_RetornarProxTag(texto_, posicao_);
             if (!tag) break;
             posicao_ = tag->fim;
-            tag->nome.starts_with('/') ? fechar(*tag) : abrir(*tag);
+            if (tag->nome.empty())
+                resultado_.regular = false;
+            else
+                tag->nome.front() == '/' ? fechar(*tag) : abrir(*tag);
         }
         return std::move(resultado_);
     }
@@ -132,10 +134,11 @@ private:
             posicao_ = texto_.size();
             return;
         }
-        const std::string fecho = tagDeFim(nome);
-        const std::size_t fim = texto_.find(fecho, posicao_);
         const std::size_t fimGrupo = texto_.find(tagDeFim(stZELTAGs[pilha_.back()].nome), posicao_);
-        if (fim < fimGrupo && fimGrupo != texto_.npos) posicao_ = fim + fecho.size();
+        if (fimGrupo == texto_.npos) return;
+        const std::string fecho = tagDeFim(nome);
+        const std::size_t fim = texto_.substr(0, fimGrupo).find(fecho, posicao_);
+        if (fim != texto_.npos) posicao_ = fim + fecho.size();
     }
 
     std::string_view texto_;

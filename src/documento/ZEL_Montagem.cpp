@@ -7,6 +7,7 @@
 #include "documento/ZEL_Persistencia.h"
 #include "util/Acentuacao.h"
 #include "util/Cripto.h"
+#include "util/Diretorio.h"
 #include "util/Marcacao.h"
 #include "util/Texto.h"
 
@@ -17,16 +18,6 @@
 namespace zel {
 
 namespace {
-
-constexpr std::size_t kMaximoDiretorios = 3;
-constexpr std::size_t kMaiorDiretorio = 300;
-
-std::vector<std::string_view> diretorios(std::string_view texto) {
-    std::vector<std::string_view> partes = split(texto, '|', kMaximoDiretorios);
-    for (std::string_view &parte : partes)
-        parte = parte.substr(0, kMaiorDiretorio);
-    return partes;
-}
 
 void escreverFilhos(std::string &texto, const ST_tagZEL &raiz) {
     if (raiz.subTags)
@@ -97,7 +88,7 @@ int gravarContingencia(const Cabecalho &cabecalho, const std::string &documento,
     int resultado = ZEL_RECUSADO;
     bool algum = false;
     std::string ultimo;
-    for (const std::string_view diretorio : diretorios(texto)) {
+    for (const std::string_view diretorio : separarDiretorios(texto)) {
         ultimo = std::string(diretorio).append(cabecalho.chave).append(".ctg");
         resultado = fnCriarArquivoContigencia(ultimo, documento);
         algum = algum || resultado == ZEL_OK;
@@ -114,7 +105,7 @@ int gravarContingencia(const Cabecalho &cabecalho, const std::string &documento,
 } // namespace
 
 int fnXMLFormatado_ZEL(int tipo, std::string &texto, std::span<const Alteracao> alteracoes) {
-    if (tipo == kContingencia && diretorios(texto).empty()) return ZEL_RECUSADO;
+    if (tipo == kContingencia && separarDiretorios(texto).empty()) return ZEL_RECUSADO;
     Cabecalho cabecalho;
     if (const int resultado = cabecalhoZEL(tipo, std::time(nullptr), cabecalho);
         resultado != ZEL_OK)

@@ -27,8 +27,8 @@ std::string_view aparar(std::string_view texto) {
 }
 
 constexpr bool ehNome(std::string_view nome) {
-    return !nome.empty() && nome.size() <= kMaximoNome && nome.front() != '/' &&
-           nome.front() != '!' && nome.front() != '?';
+    return !nome.empty() && nome.size() <= kMaximoNome && nome.front() != '!' &&
+           nome.front() != '?' && nome.find('/') == nome.npos;
 }
 
 // The attribute part of a start tag.
@@ -59,6 +59,8 @@ int lerInicio(ST_tagZEL &no, std::string_view texto, std::size_t &posicao, bool 
     if (fim == texto.npos) return ZEL_RECUSADO;
     std::string_view dentro = texto.substr(posicao + 1, fim - posicao - 1);
     if (dentro.empty() || ehBranco(dentro.front())) return ZEL_RECUSADO;
+    // What is accepted is written out again: a "<" in here would come back as another element.
+    if (dentro.find('<') != dentro.npos) return ZEL_RECUSADO;
     dentro = aparar(dentro);
     vazio = dentro.back() == '/';
     if (vazio) dentro.remove_suffix(1);

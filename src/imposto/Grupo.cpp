@@ -73,7 +73,7 @@ std::optional<ST_tagZEL> montarGrupo(const Grupo &grupo, const Preset *preset,
     std::array<std::string, std::tuple_size_v<decltype(Grupo::elementos)>> conteudos;
     for (std::size_t i = 0; i < grupo.quantidade; ++i) {
         const Elemento &elemento = grupo.elementos[i];
-        if (elemento.formula) continue;
+        if (elemento.formato == Formato::kCalculado) continue;
         conteudos[i] = conteudoDado(elemento, preset, valores);
         if (elemento.exigido && conteudos[i].empty()) return {};
         if (elemento.formato == Formato::kAliquota) {
@@ -86,8 +86,9 @@ std::optional<ST_tagZEL> montarGrupo(const Grupo &grupo, const Preset *preset,
     for (std::size_t i = 0; i < grupo.quantidade; ++i) {
         const Elemento &elemento = grupo.elementos[i];
         if (elemento.presente && !elemento.presente(parcelas)) continue;
-        tag.addSubTag(elemento.nome, elemento.formula ? formatarMoeda(elemento.formula(parcelas))
-                                                      : formatar(elemento, conteudos[i]));
+        tag.addSubTag(elemento.nome, elemento.formato == Formato::kCalculado
+                                         ? formatarMoeda(elemento.formula(parcelas))
+                                         : formatar(elemento, conteudos[i]));
     }
     return tag;
 }
@@ -102,7 +103,7 @@ ST_tagZEL remontarGrupo(const Grupo &grupo, ST_tagZEL guardado, const ValoresIte
     }
     for (auto &filho : *guardado.subTags) {
         const Elemento *elemento = grupo.elemento(filho.nome);
-        if (elemento && elemento->formula)
+        if (elemento && elemento->formato == Formato::kCalculado)
             filho.setValor(formatarMoeda(elemento->formula(parcelas)));
     }
     return guardado;

@@ -48,19 +48,25 @@ enum class Formato {
     kValor,      // as given, its comma turned into a point
     kAliquota,   // the rate with two decimals; a preset may bring its own
     kQuantidade, // the quantity as given
+    kCalculado,  // the formula's result with two decimals
 };
+
+// Has its own key in the configuration; the rest comes from the sale.
+constexpr bool ehConfigurado(Formato formato) {
+    return formato <= Formato::kValor;
+}
 
 struct Elemento {
     std::string_view nome;
     Formato formato = Formato::kDecimal;
     int largura = 0;
-    Formula formula = nullptr;           // computed, with two decimals; without one, given
+    Formula formula = nullptr;           // of a computed element
     double Parcelas::*parcela = nullptr; // the operand that a given value is
     Condicao presente = nullptr;         // left out when it does not hold; always there without one
     bool exigido = false;                // the group cannot be built while it is empty
     std::string_view nomeChave = {};     // its configuration key, when not named as the element
     std::string_view secao = {};         // the path of its section, when not the group's own
-    std::optional<Chave> chave = {};     // resolved by `linhaDeGrupo`; only given contents have one
+    std::optional<Chave> chave = {}; // resolved by `linhaDeGrupo`; none when it comes from the sale
 };
 
 struct Grupo {
@@ -95,7 +101,7 @@ constexpr Elemento quantidade(std::string_view nome) {
     return {.nome = nome, .formato = Formato::kQuantidade};
 }
 constexpr Elemento calculado(std::string_view nome, Formula formula) {
-    return {.nome = nome, .formula = formula};
+    return {.nome = nome, .formato = Formato::kCalculado, .formula = formula};
 }
 constexpr Elemento exigido(Elemento elemento) {
     elemento.exigido = true;
@@ -139,8 +145,7 @@ constexpr Grupo linhaDeGrupo(std::string_view secao, std::string_view nome,
     Grupo grupo{.nome = nome, .fonte = fonte, .elementos = {}, .quantidade = elementos.size()};
     std::copy(elementos.begin(), elementos.end(), grupo.elementos.begin());
     for (auto &elemento : grupo.elementos) {
-        const bool dado = elemento.formula == nullptr && elemento.formato <= Formato::kValor;
-        if (elemento.nome.empty() || !dado) continue;
+        if (elemento.nome.empty() || !ehConfigurado(elemento.formato)) continue;
         const auto onde = elemento.secao.empty() ? secao : elemento.secao;
         const auto chave = elemento.nomeChave.empty() ? elemento.nome : elemento.nomeChave;
         elemento.chave = procurarChave(juntar({onde, "\\", chave})).value();

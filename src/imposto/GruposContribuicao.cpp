@@ -102,8 +102,8 @@ void remontarContribuicao(const Tributo &t, const Grupo &grupo, ST_tagZEL &guard
     trocarValor(guardado, "vBC", formatarMoeda(baseNova));
     const Elemento *qtde = grupo.elemento("qBCProd");
     trocarValor(guardado, "qBCProd",
-                qtde && qtde->formula ? formatarMoeda(quantidadeNova)
-                                      : valorXml(valores.quantidade));
+                qtde && qtde->formato == Formato::kCalculado ? formatarMoeda(quantidadeNova)
+                                                             : valorXml(valores.quantidade));
     if (guardado.getSubTag(t.aliquota)) {
         const double taxa = lerNumero(guardado.valorDe(t.aliquota));
         trocarValor(guardado, t.imposto, formatarMoeda(baseNova * taxa / 100));

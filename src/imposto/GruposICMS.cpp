@@ -3,7 +3,8 @@
 #include "ZEL_FelborFramework.h"
 #include "imposto/Grupo.h"
 #include "util/Numero.h"
-#include "util/Texto.h"
+
+#include <utility>
 
 namespace zel {
 

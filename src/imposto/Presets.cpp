@@ -38,143 +38,122 @@ constexpr Tributo kCofins{&ST_tagImpostoConfTemp::cofins,
                           "COFINSOutr",
                           "pCOFINS"};
 
-// An argument with the bounds of its length in characters.
-struct Argumento {
-    std::string texto; // plain characters
-    std::size_t minimo;
-    std::size_t maximo;
-
-    Argumento(std::string_view dado, std::size_t min, std::size_t max)
-        : texto(textoSimples(dado)), minimo(min), maximo(max) {}
-
-    bool cabe() const { return texto.size() >= minimo && texto.size() <= maximo; }
-};
-
-// State and erasing, in front of the bounds: a refused preset leaves its tax without any.
-bool prepararPreset(const Tributo &tributo) {
+// The steps of every preset operation, in order: the state, the erasing, the bounds, the storing. A
+// refused preset thus leaves its tax without any.
+int definirPreset(const Tributo &tributo, std::string_view grupo, bool dentroDosLimites,
+                  std::initializer_list<Preset::Valor> valores) {
     const int estado = fnCFVerificarStatus_ZEL();
-    if (estado < kAberto || estado > kTotalizado) return false;
-    G_stTagImpostoConfTemp.*tributo.preset = {};
-    return true;
-}
-
-bool cabem(std::initializer_list<const Argumento *> argumentos) {
-    return std::all_of(argumentos.begin(), argumentos.end(),
-                       [](const Argumento *argumento) { return argumento->cabe(); });
-}
-
-int guardar(const Tributo &tributo, std::string_view grupo,
-            std::initializer_list<Preset::Valor> valores) {
+    if (estado < kAberto || estado > kTotalizado) return ZEL_ESTADO_INVALIDO;
     Preset &preset = G_stTagImpostoConfTemp.*tributo.preset;
+    preset = {};
+    if (!dentroDosLimites) return ZEL_ARGUMENTO_INVALIDO;
     preset.grupo = grupo;
     std::copy(valores.begin(), valores.end(), preset.valores.begin());
     return ZEL_OK;
 }
 
-std::string duasCasas(std::string_view texto) {
-    return formatarMoeda(lerDecimal(trocarVirgula(texto)));
+bool cabe(std::string_view simples, std::size_t minimo, std::size_t maximo) {
+    return simples.size() >= minimo && simples.size() <= maximo;
+}
+
+std::string duasCasas(std::string_view simples) {
+    return formatarMoeda(lerDecimal(trocarVirgula(simples)));
 }
 
 // ICMS40 and ICMS60: two codes with bounds, two more texts without.
-int presetIcms(std::string_view grupo, const Argumento &origem, const Argumento &cst,
+int presetIcms(std::string_view grupo, std::string_view origem, std::string_view cst,
                Preset::Valor terceiro, Preset::Valor quarto) {
-    if (!prepararPreset(kIcms)) return ZEL_ESTADO_INVALIDO;
-    if (!cabem({&origem, &cst})) return ZEL_ARGUMENTO_INVALIDO;
-    return guardar(kIcms, grupo,
-                   {{"orig", {origem.texto}}, {"CST", {cst.texto}}, terceiro, quarto});
+    const std::string orig = textoSimples(origem), CST = textoSimples(cst);
+    return definirPreset(kIcms, grupo, cabe(orig, 1, 1) && cabe(CST, 2, 2),
+                         {{"orig", {orig}}, {"CST", {CST}}, terceiro, quarto});
 }
 
-int presetAliq(const Tributo &tributo, const Argumento &cst, const Argumento &aliquota) {
-    if (!prepararPreset(tributo)) return ZEL_ESTADO_INVALIDO;
-    if (!cabem({&cst, &aliquota})) return ZEL_ARGUMENTO_INVALIDO;
-    return guardar(tributo, tributo.aliq,
-                   {{"CST", {cst.texto}}, {tributo.aliquota, {duasCasas(aliquota.texto)}}});
+int presetAliq(const Tributo &tributo, std::string_view cst, std::string_view aliquota) {
+    const std::string CST = textoSimples(cst), taxa = textoSimples(aliquota);
+    return definirPreset(tributo, tributo.aliq, cabe(CST, 2, 2) && cabe(taxa, 1, 6),
+                         {{"CST", {CST}}, {tributo.aliquota, {duasCasas(taxa)}}});
 }
 
-int presetQtde(const Tributo &tributo, const Argumento &cst, const Argumento &valorUnidade) {
-    if (!prepararPreset(tributo)) return ZEL_ESTADO_INVALIDO;
-    if (!cabem({&cst, &valorUnidade})) return ZEL_ARGUMENTO_INVALIDO;
-    return guardar(tributo, tributo.qtde,
-                   {{"CST", {cst.texto}}, {"vAliqProd", {trocarVirgula(valorUnidade.texto)}}});
+int presetQtde(const Tributo &tributo, std::string_view cst, std::string_view valorUnidade) {
+    const std::string CST = textoSimples(cst), valor = textoSimples(valorUnidade);
+    return definirPreset(tributo, tributo.qtde, cabe(CST, 2, 2) && cabe(valor, 1, 14),
+                         {{"CST", {CST}}, {"vAliqProd", {trocarVirgula(valor)}}});
 }
 
-int presetNT(const Tributo &tributo, const Argumento &cst) {
-    if (!prepararPreset(tributo)) return ZEL_ESTADO_INVALIDO;
-    if (!cst.cabe()) return ZEL_ARGUMENTO_INVALIDO;
-    return guardar(tributo, tributo.nt, {{"CST", {cst.texto}}});
+int presetNT(const Tributo &tributo, std::string_view cst) {
+    const std::string CST = textoSimples(cst);
+    return definirPreset(tributo, tributo.nt, cabe(CST, 2, 2), {{"CST", {CST}}});
 }
 
-int presetOutr(const Tributo &tributo, const Argumento &cst, const Argumento &aliquota,
-               const Argumento &valorUnidade) {
-    if (!prepararPreset(tributo)) return ZEL_ESTADO_INVALIDO;
-    if (!cst.cabe() || (!aliquota.cabe() && !valorUnidade.cabe())) return ZEL_ARGUMENTO_INVALIDO;
-    return guardar(tributo, tributo.outr,
-                   {{"CST", {cst.texto}},
-                    {tributo.aliquota, {duasCasas(aliquota.texto)}},
-                    {"vAliqProd", {duasCasas(valorUnidade.texto)}}});
+int presetOutr(const Tributo &tributo, std::string_view cst, std::string_view aliquota,
+               std::string_view valorUnidade) {
+    const std::string CST = textoSimples(cst), taxa = textoSimples(aliquota),
+                      valor = textoSimples(valorUnidade);
+    return definirPreset(
+        tributo, tributo.outr, cabe(CST, 2, 2) && (cabe(taxa, 1, 6) || cabe(valor, 1, 14)),
+        {{"CST", {CST}}, {tributo.aliquota, {duasCasas(taxa)}}, {"vAliqProd", {duasCasas(valor)}}});
 }
 
 } // namespace
 
 int fnCFConfICMS00_ZEL_Felbor(std::string_view origem, std::string_view cst, std::string_view modBC,
                               std::string_view aliquota) {
-    const Argumento argOrigem(origem, 1, 1), argCst(cst, 2, 2), argModo(modBC, 1, 1),
-        argAliquota(aliquota, 2, 5);
-    if (!prepararPreset(kIcms)) return ZEL_ESTADO_INVALIDO;
-    if (!cabem({&argOrigem, &argCst, &argModo, &argAliquota})) return ZEL_ARGUMENTO_INVALIDO;
-    const double centesimos = lerDecimal(fnRetirarCaracter(argAliquota.texto));
-    return guardar(kIcms, "ICMS00",
-                   {{"orig", {argOrigem.texto}},
-                    {"CST", {argCst.texto}},
-                    {"modBC", {argModo.texto}},
-                    {"pICMS", {formatarMoeda(centesimos / 100)}}});
+    const std::string orig = textoSimples(origem), CST = textoSimples(cst),
+                      modo = textoSimples(modBC), taxa = textoSimples(aliquota);
+    const double centesimos = lerDecimal(fnRetirarCaracter(taxa));
+    return definirPreset(kIcms, "ICMS00",
+                         cabe(orig, 1, 1) && cabe(CST, 2, 2) && cabe(modo, 1, 1) &&
+                             cabe(taxa, 2, 5),
+                         {{"orig", {orig}},
+                          {"CST", {CST}},
+                          {"modBC", {modo}},
+                          {"pICMS", {formatarMoeda(centesimos / 100)}}});
 }
 
 int fnCFConfICMS40_ZEL_Felbor(std::string_view origem, std::string_view cst,
                               std::string_view vICMSDeson, std::string_view motDesICMS) {
-    return presetIcms("ICMS40", {origem, 1, 1}, {cst, 2, 2},
-                      {"vICMSDeson", {textoSimples(vICMSDeson)}},
+    return presetIcms("ICMS40", origem, cst, {"vICMSDeson", {textoSimples(vICMSDeson)}},
                       {"motDesICMS", {textoSimples(motDesICMS)}});
 }
 
 int fnCFConfICMS60_ZEL_Felbor(std::string_view origem, std::string_view cst,
                               std::string_view vBCSTRet, std::string_view vICMSSTRet) {
-    return presetIcms("ICMS60", {origem, 1, 1}, {cst, 2, 2}, {"vBCSTRet", {textoSimples(vBCSTRet)}},
+    return presetIcms("ICMS60", origem, cst, {"vBCSTRet", {textoSimples(vBCSTRet)}},
                       {"vICMSSTRet", {textoSimples(vICMSSTRet)}});
 }
 
 int fnCFConfPisAliq_ZEL_Felbor(std::string_view cst, std::string_view aliquota) {
-    return presetAliq(kPis, {cst, 2, 2}, {aliquota, 1, 6});
+    return presetAliq(kPis, cst, aliquota);
 }
 
 int fnCFConfCofinsAliq_ZEL_Felbor(std::string_view cst, std::string_view aliquota) {
-    return presetAliq(kCofins, {cst, 2, 2}, {aliquota, 1, 6});
+    return presetAliq(kCofins, cst, aliquota);
 }
 
 int fnCFConfPisQtde_ZEL_Felbor(std::string_view cst, std::string_view valorUnidade) {
-    return presetQtde(kPis, {cst, 2, 2}, {valorUnidade, 1, 14});
+    return presetQtde(kPis, cst, valorUnidade);
 }
 
 int fnCFConfCofinsQtde_ZEL_Felbor(std::string_view cst, std::string_view valorUnidade) {
-    return presetQtde(kCofins, {cst, 2, 2}, {valorUnidade, 1, 14});
+    return presetQtde(kCofins, cst, valorUnidade);
 }
 
 int fnCFConfPisNT_ZEL_Felbor(std::string_view cst) {
-    return presetNT(kPis, {cst, 2, 2});
+    return presetNT(kPis, cst);
 }
 
 int fnCFConfCofinsNT_ZEL_Felbor(std::string_view cst) {
-    return presetNT(kCofins, {cst, 2, 2});
+    return presetNT(kCofins, cst);
 }
 
 int fnCFConfPisOutr_ZEL_Felbor(std::string_view cst, std::string_view aliquota,
                                std::string_view valorUnidade) {
-    return presetOutr(kPis, {cst, 2, 2}, {aliquota, 1, 6}, {valorUnidade, 1, 14});
+    return presetOutr(kPis, cst, aliquota, valorUnidade);
 }
 
 int fnCFConfCofinsOutr_ZEL_Felbor(std::string_view cst, std::string_view aliquota,
                                   std::string_view valorUnidade) {
-    return presetOutr(kCofins, {cst, 2, 2}, {aliquota, 1, 6}, {valorUnidade, 1, 14});
+    return presetOutr(kCofins, cst, aliquota, valorUnidade);
 }
 
 int fnZerarConfTempICMS() {

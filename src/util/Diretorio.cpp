@@ -1,5 +1,7 @@
 #include "util/Diretorio.h"
 
+#include "util/Texto.h"
+
 #include <array>
 #include <climits>
 #include <cstdlib>
@@ -8,6 +10,9 @@
 namespace zel {
 
 namespace {
+
+constexpr std::size_t kMaximoDiretorios = 3;
+constexpr std::size_t kMaiorDiretorio = 300;
 
 std::string diretorioDaBiblioteca() {
     Dl_info biblioteca{};
@@ -33,6 +38,13 @@ std::string fnConfigurarPath(std::string_view nome) {
         escolhido != nullptr && escolhido[0] == '/' ? escolhido : kDiretorioDaBiblioteca;
     if (!diretorio.ends_with('/')) diretorio.push_back('/');
     return diretorio.append(nome);
+}
+
+std::vector<std::string_view> separarDiretorios(std::string_view lista) {
+    std::vector<std::string_view> diretorios = split(lista, '|', kMaximoDiretorios);
+    for (std::string_view &diretorio : diretorios)
+        diretorio = diretorio.substr(0, kMaiorDiretorio);
+    return diretorios;
 }
 
 } // namespace zel

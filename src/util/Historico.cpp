@@ -2,8 +2,8 @@
 
 #include "ZEL_FelborFramework.h"
 #include "util/Arquivo.h"
+#include "util/Diretorio.h"
 #include "util/Numero.h"
-#include "util/Texto.h"
 
 #include <array>
 #include <cstddef>
@@ -12,9 +12,6 @@
 namespace zel {
 
 namespace {
-
-constexpr std::size_t kMaximoDiretorios = 3;
-constexpr std::size_t kMaximoPrefixo = 300;
 
 // In the order of Direcao. A complete document has no word of its own in a stamped name.
 constexpr std::array<std::string_view, 3> kCarimbados{"Envio", "Retorno", ""};
@@ -57,8 +54,8 @@ int fnReplicarDados(Direcao direcao, TipoCopia tipo, std::string_view diretorios
                     std::string_view conteudo, bool carimbado, const std::tm &momento) {
     if (diretorios.empty()) return 0;
     const std::string nome = nomeDaCopia(direcao, tipo, carimbado, momento);
-    for (const auto prefixo : split(diretorios, '|', kMaximoDiretorios)) {
-        const std::string caminho = std::string(prefixo.substr(0, kMaximoPrefixo)).append(nome);
+    for (const auto prefixo : separarDiretorios(diretorios)) {
+        const std::string caminho = std::string(prefixo).append(nome);
         if (substituirArquivo(caminho, conteudo, Acesso::kUmask) != ZEL_OK) return 0;
     }
     return 1;

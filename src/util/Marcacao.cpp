@@ -78,6 +78,7 @@ bool retiraTagConteudoNaoPer(Retirada &retirada, std::string_view nome) {
 }
 
 bool retiraTag(Retirada &retirada, std::string_view nome) {
+    if (nome.empty()) return false;
     return retiraTagConteudoPer(retirada, nome) || retiraTagConteudoNaoPer(retirada, nome);
 }
 

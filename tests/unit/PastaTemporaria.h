@@ -11,25 +11,21 @@
 
 class PastaTemporaria {
 public:
-    PastaTemporaria() {
-        std::string modelo = (std::filesystem::temp_directory_path() / "zel_XXXXXX").string();
-        if (::mkdtemp(modelo.data()) == nullptr) throw std::runtime_error("mkdtemp");
-        caminho_ = modelo + "/";
+    PastaTemporaria() : caminho_(std::filesystem::temp_directory_path() / "zel_XXXXXX") {
+        if (::mkdtemp(caminho_.data()) == nullptr) throw std::runtime_error("mkdtemp");
     }
-    ~PastaTemporaria() {
-        std::error_code ignorado;
-        std::filesystem::remove_all(caminho_, ignorado);
-    }
+    ~PastaTemporaria() { std::filesystem::remove_all(caminho_); }
     PastaTemporaria(const PastaTemporaria &) = delete;
     PastaTemporaria &operator=(const PastaTemporaria &) = delete;
 
-    std::string operator/(std::string_view nome) const { return caminho_ + std::string(nome); }
+    std::string operator/(std::string_view nome) const {
+        return caminho_ + "/" + std::string(nome);
+    }
 
     std::string ler(std::string_view nome) const {
         std::ifstream arquivo(*this / nome, std::ios::binary);
         return {std::istreambuf_iterator<char>(arquivo), {}};
     }
-
     void gravar(std::string_view nome, std::string_view conteudo) const {
         std::ofstream(*this / nome, std::ios::binary) << conteudo;
     }

@@ -9,19 +9,14 @@ using namespace zel;
 
 namespace {
 
-constexpr std::string_view kProd =
-    "<cProd>1</cProd><cEAN> </cEAN><xProd>Pao</xProd><NCM>19059090</NCM><CFOP>5102</CFOP>"
-    "<uCom>UN</uCom><qCom>1.0000</qCom><vUnCom>2.50</vUnCom><vProd>2.50</vProd>"
-    "<cEANTrib> </cEANTrib><uTrib>UN</uTrib><qTrib>1.0000</qTrib><vUnTrib>2.50</vUnTrib>";
-constexpr std::string_view kFimProd = "<indTot>1</indTot>";
-
-std::string venda(std::string_view prod, std::string_view imposto = "") {
-    return "<prod>" + std::string(prod) + "</prod><imposto>" + std::string(imposto) + "</imposto>";
-}
-
-std::string prod(std::string_view antes, std::string_view depois) {
-    std::string texto = std::string(kProd).append(kFimProd);
-    return texto.replace(texto.find(antes), antes.size(), depois);
+// An item whose `prod` has one piece of it replaced by another.
+std::string venda(std::string_view de, std::string_view para) {
+    std::string texto =
+        "<prod><cProd>1</cProd><cEAN> </cEAN><xProd>Pao</xProd><NCM>19059090</NCM><CFOP>5102</CFOP>"
+        "<uCom>UN</uCom><qCom>1.0000</qCom><vUnCom>2.50</vUnCom><vProd>2.50</vProd>"
+        "<cEANTrib> </cEANTrib><uTrib>UN</uTrib><qTrib>1.0000</qTrib><vUnTrib>2.50</vUnTrib>"
+        "<indTot>1</indTot></prod><imposto></imposto>";
+    return texto.replace(texto.find(de), de.size(), para);
 }
 
 std::string dest(std::string_view filhos) {
@@ -34,45 +29,37 @@ protected:
     void TearDown() override { liberarMoldes(); }
 };
 
-} // namespace
+// Elements, required ones, and the sums of the lower and of the upper limits.
+struct Soma {
+    int elementos = 0;
+    int obrigatorios = 0;
+    int minimos = 0;
+    int maximos = 0;
+    bool operator==(const Soma &) const = default;
 
-TEST_F(Conformidade, templates_are_built_once_and_freed) {
-    const ST_tagZEL *filho = G_stTagZEL_venda->getSubTag("prod");
-    construirMoldes();
-    EXPECT_EQ(G_stTagZEL_venda->getSubTag("prod"), filho);
-    liberarMoldes();
-    EXPECT_FALSE(G_stTagZEL_abertura || G_stTagZEL_encerramento);
-    ST_tagZEL no;
-    EXPECT_EQ(fnVerificarFormatarTAG_ZEL(Secao::kVenda, venda(prod("", "")), no), ZEL_RECUSADO);
-}
+    void somar(const ST_tagZEL &no) {
+        ++elementos;
+        obrigatorios += no.obrigatorio;
+        minimos += no.tamanhoMinimo;
+        maximos += no.tamanhoMaximo;
+        if (no.subTags)
+            for (const auto &filho : *no.subTags)
+                somar(filho);
+    }
+};
+
+} // namespace
 
 // A group forgotten, or a flag or limit of one of the tables mistyped, shows in these sums.
 TEST_F(Conformidade, templates_have_all_their_elements) {
-    struct Soma {
-        int nos = 0;
-        int obrigatorios = 0;
-        int minimos = 0;
-        int maximos = 0;
-        void somar(const ST_tagZEL &no) {
-            ++nos;
-            obrigatorios += no.obrigatorio;
-            minimos += no.tamanhoMinimo;
-            maximos += no.tamanhoMaximo;
-            if (no.subTags)
-                for (const auto &filho : *no.subTags) somar(filho);
-        }
-        bool operator==(const Soma &) const = default;
-    };
     const std::pair<const std::optional<ST_tagZEL> &, Soma> casos[] = {
-        {G_stTagZEL_abertura, {}},    {G_stTagZEL_venda, {}},
-        {G_stTagZEL_totalizacao, {}}, {G_stTagZEL_transporte, {}},
-        {G_stTagZEL_pagamento, {}},   {G_stTagZEL_encerramento, {}},
-    };
+        {G_stTagZEL_abertura, {23, 3, 61, 725}},     {G_stTagZEL_venda, {234, 158, 470, 1779}},
+        {G_stTagZEL_totalizacao, {31, 17, 26, 390}}, {G_stTagZEL_transporte, {11, 3, 34, 222}},
+        {G_stTagZEL_pagamento, {4, 4, 3, 17}},       {G_stTagZEL_encerramento, {4, 1, 2, 7000}}};
     for (const auto &[molde, esperada] : casos) {
         Soma soma;
         soma.somar(*molde);
-        EXPECT_EQ(soma, esperada) << molde->nome << soma.nos << " " << soma.obrigatorios << " "
-                                  << soma.minimos << " " << soma.maximos;
+        EXPECT_EQ(soma, esperada) << molde->nome;
     }
 }
 
@@ -82,47 +69,31 @@ TEST_F(Conformidade, texts_are_accepted_or_refused_with_their_code) {
         std::string texto;
         int codigo;
     } casos[] = {
-        {Secao::kVenda, venda(prod("", "")), ZEL_OK},
-        {Secao::kVenda, venda(prod("", ""), "<ISSQN><vBC>1.0</vBC></ISSQN>"), ZEL_OK},
-        {Secao::kVenda, venda(""), ZEL_OK}, // a group given empty is taken as it is
-        {Secao::kVenda, "", ZEL_TAG_SEM_ELEMENTOS},
+        {Secao::kVenda, venda("", ""), ZEL_OK},
+        {Secao::kVenda, "<prod></prod><imposto/>", ZEL_OK}, // an empty group is taken as it is
         {Secao::kVenda, "texto", ZEL_TAG_SEM_ELEMENTOS},
         {Secao::kVenda, "<prod>", ZEL_RECUSADO},
-        {Secao::kVenda, "<!-- x -->" + venda(""), ZEL_RECUSADO},
         // Required elements: left out, passed over, left out at the end.
-        {Secao::kVenda, venda(prod("<cEAN> </cEAN>", "")), ZEL_TAG_OBRIGATORIA},
+        {Secao::kVenda, venda("<cEAN> </cEAN>", ""), ZEL_TAG_OBRIGATORIA},
         {Secao::kVenda, "<imposto></imposto>", ZEL_TAG_OBRIGATORIA},
-        {Secao::kVenda, "<prod></prod>", ZEL_TAG_OBRIGATORIA},
-        {Secao::kVenda, venda(prod("<indTot>1</indTot>", "")), ZEL_TAG_OBRIGATORIA},
-        {Secao::kVenda, "<outro></outro>", ZEL_TAG_OBRIGATORIA},
-        {Secao::kVenda, venda(prod("<cProd>1</cProd>", "<x>1</x><cProd>1</cProd>")),
-         ZEL_TAG_OBRIGATORIA},
+        {Secao::kVenda, venda("<indTot>1</indTot>", ""), ZEL_TAG_OBRIGATORIA},
+        {Secao::kVenda, venda("<cProd>", "<outro>1</outro><cProd>"), ZEL_TAG_OBRIGATORIA},
         // Order and unknown elements with nothing required on the way.
         {Secao::kAbertura, dest("<xNome>Ana</xNome><CPF>12345678909</CPF>"), ZEL_TAG_NAO_CONFORME},
         {Secao::kAbertura, dest("<xNome>Ana</xNome><xNome>Ana</xNome>"), ZEL_TAG_NAO_CONFORME},
-        {Secao::kAbertura, dest("<apelido>A</apelido>"), ZEL_TAG_NAO_CONFORME},
-        {Secao::kVenda, venda(prod("<indTot>1</indTot>", "<indTot>1</indTot><vDesc>1</vDesc>")),
-         ZEL_TAG_NAO_CONFORME},
+        {Secao::kVenda, venda("</prod>", "<vDesc>1</vDesc></prod>"), ZEL_TAG_NAO_CONFORME},
         // Lengths, a reference counting as one character.
-        {Secao::kVenda, venda(prod("<cEAN> </cEAN>", "<cEAN></cEAN>")), ZEL_TAG_NAO_CONFORME},
-        {Secao::kVenda, venda(prod("<NCM>19059090</NCM>", "<NCM>190590901</NCM>")),
-         ZEL_TAG_NAO_CONFORME},
-        {Secao::kVenda, venda(prod("Pao", "")), ZEL_TAG_NAO_CONFORME},
-        {Secao::kAbertura, dest("<xNome>A</xNome>"), ZEL_TAG_NAO_CONFORME},
+        {Secao::kVenda, venda("<cEAN> </cEAN>", "<cEAN></cEAN>"), ZEL_TAG_NAO_CONFORME},
+        {Secao::kVenda, venda("19059090", "190590901"), ZEL_TAG_NAO_CONFORME},
         {Secao::kAbertura, dest("<xNome>&amp;</xNome>"), ZEL_TAG_NAO_CONFORME},
         {Secao::kAbertura, dest("<xNome>A&amp;</xNome>"), ZEL_OK},
-        {Secao::kAbertura, dest("<xNome>" + std::string(60, 'x') + "</xNome>"), ZEL_OK},
-        {Secao::kAbertura, dest("<xNome>" + std::string(61, 'x') + "</xNome>"),
-         ZEL_TAG_NAO_CONFORME},
         // A group where the template has a leaf.
         {Secao::kAbertura, dest("<xNome><x>Ana</x></xNome>"), ZEL_TAG_SEM_ELEMENTOS},
         // Every section has its own template.
         {Secao::kPagamento, "<pag><tPag>01</tPag><vPag>1</vPag></pag>", ZEL_OK},
         {Secao::kTransporte, "<transp><modFrete>9</modFrete></transp>", ZEL_OK},
         {Secao::kEncerramento, "<infAdic><infCpl>x</infCpl></infAdic>", ZEL_OK},
-        {Secao::kTotalizacao, "<total><retTrib></retTrib></total>", ZEL_OK},
-        {Secao::kTransporte, "<pag><tPag>01</tPag><vPag>1</vPag></pag>", ZEL_TAG_OBRIGATORIA},
-    };
+        {Secao::kTotalizacao, "<total><retTrib></retTrib></total>", ZEL_OK}};
     for (const auto &caso : casos) {
         ST_tagZEL no("intacto");
         EXPECT_EQ(fnVerificarFormatarTAG_ZEL(caso.secao, caso.texto, no), caso.codigo)
@@ -140,9 +111,7 @@ TEST_F(Conformidade, the_result_is_spelled_by_the_template_and_stands_on_one_lin
     ASSERT_EQ(fnVerificarFormatarTAG_ZEL(
                   0, "<DEST>\r\n\t<XNOME>Jo\xE3o\r\nda\rSilva\x01&#10;</XNOME>\n</DEST>", no),
               ZEL_OK);
-    EXPECT_EQ(no.toString(), "<ABERTURA><dest><xNome>João da Silva&#10;</xNome></dest></ABERTURA>"_l1);
-    const ST_tagZEL *nome = no.getSubTag("dest")->getSubTag("xNome");
-    EXPECT_EQ(nome->tamanhoMinimo, 2);
-    EXPECT_EQ(nome->tamanhoMaximo, 60);
-    EXPECT_FALSE(no.obrigatorio);
+    EXPECT_EQ(no.toString(),
+              "<ABERTURA><dest><xNome>João da Silva&#10;</xNome></dest></ABERTURA>"_l1);
+    EXPECT_EQ(no.getSubTag("dest")->getSubTag("xNome")->tamanhoMaximo, 60);
 }

@@ -2,6 +2,7 @@
 // tax section, an open receipt, no presets.
 #pragma once
 
+#include "PastaTemporaria.h"
 #include "config/Registro.h"
 #include "documento/ZEL_Controle.h"
 #include "documento/ZEL_Persistencia.h"
@@ -10,8 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
+#include <stdlib.h>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,10 +21,7 @@ namespace zel {
 class ImpostoTest : public testing::Test {
 protected:
     void SetUp() override {
-        std::string modelo = (std::filesystem::temp_directory_path() / "zel-XXXXXX").string();
-        ASSERT_NE(mkdtemp(modelo.data()), nullptr);
-        diretorio_ = modelo;
-        setenv("ZEL_DIRETORIO", modelo.c_str(), 1);
+        setenv("ZEL_DIRETORIO", (pasta_ / "").c_str(), 1);
         ASSERT_EQ(inicializarConfig(), 1);
         configurar(R"(IMPOSTO\ICMS\ICMS00)", "Orig= CST= modBC=");
         configurar("CONFIGURACAO", "estadoCFe=1");
@@ -33,7 +30,8 @@ protected:
     }
     void TearDown() override {
         unsetenv("ZEL_DIRETORIO");
-        std::filesystem::remove_all(diretorio_);
+        G_stXML_Persistencia = {};
+        G_stTagImpostoConfTemp = {};
     }
 
     // Sets the keys of a section: "Orig=0 CST=20 modBC=".
@@ -49,7 +47,7 @@ protected:
     }
 
 private:
-    std::filesystem::path diretorio_;
+    PastaTemporaria pasta_;
 };
 
 // A tag in one line, in the order of its children: "ICMS(ICMS40(orig=0 CST=41))".

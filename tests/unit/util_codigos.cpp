@@ -8,95 +8,70 @@ using namespace zel;
 
 namespace {
 
-struct Caso {
-    std::string_view entrada;
-    std::string_view esperado;
-};
+using Funcao = std::string (*)(std::string_view);
+using Casos = std::initializer_list<std::pair<std::string_view, std::string_view>>;
+
+void conferir(Funcao funcao, Casos casos) {
+    for (const auto &[entrada, esperado] : casos)
+        EXPECT_EQ(funcao(entrada), esperado) << entrada;
+}
 
 } // namespace
 
 // Weights that run the wrong way or past 9, and remainders 0 and 1 that would give two digits.
+// The first key is the worked example of the taxpayer manual.
 TEST(Codigos, check_digit_of_the_access_key) {
-    const Caso casos[] = {
-        {"5206043300991100250655012000000780026730161", "5"}, // the taxpayer manual's own example
-        {"", "0"},                                            // remainder 0
-        {"6", "0"},                                           // 12: remainder 1
-        {"1", "9"},                                           // 2
-        {"10000000", "2"},                                    // weight 9
-        {"100000000", "9"},                                   // behind it weight 2 again
-        {"1x", "8"},                                          // 3: a letter weighs nothing
-    };
-    for (const auto &[chave, digito] : casos) EXPECT_EQ(fnCalcula_cDV(chave), digito) << chave;
+    conferir(fnCalcula_cDV, {{"5206043300991100250655012000000780026730161", "5"},
+                             {"", "0"},
+                             {"6", "0"},
+                             {"1", "9"},
+                             {"10000000", "2"},
+                             {"100000000", "9"},
+                             {"1x", "8"}});
 }
 
 // Wrong border between CPF and CNPJ, lost leading zeros, digits beyond the mask.
 TEST(Codigos, cpf_and_cnpj_are_punctuated) {
-    const Caso casos[] = {
-        {"12345678909", "123.456.789-09"},
-        {"191", "000.000.001-91"},
-        {"123.456.789-09", "123.456.789-09"},
-        {"11222333000181", "11.222.333/0001-81"},
-        {"1122.2333/00018-1", "11.222.333/0001-81"},
-        {"122233300018", "00.122.233/3000-18"},
-        {"112223330001819", "11.222.333/0001-81"},
-        {"1122233300018190", "1122233300018190"},
-        {"a-b", ""},
-        {"", ""},
-    };
-    for (const auto &[documento, formatado] : casos)
-        EXPECT_EQ(fnFormatarCPFCNPJ(documento), formatado) << documento;
+    conferir(fnFormatarCPFCNPJ, {{"12345678909", "123.456.789-09"},
+                                 {"191", "000.000.001-91"},
+                                 {"1122.2333/00018-1", "11.222.333/0001-81"},
+                                 {"122233300018", "00.122.233/3000-18"},
+                                 {"112223330001819", "11.222.333/0001-81"},
+                                 {"1122233300018190", "1122233300018190"},
+                                 {"a-b", ""}});
 }
 
 // A payment filed under the wrong form.
 TEST(Codigos, payment_form_by_name_or_code) {
-    const Caso casos[] = {
-        {"dinheiro", "01"},
-        {"DINHEIRO", "01"},
-        {"02", "02"},
-        {"Cheque", "02"},
-        {"Cartão de Crédito"_l1, "03"},
-        {"Cartão de Débito"_l1, "04"},
-        {"cartao de debito", "04"},
-        {"Crédito Loja"_l1, "05"},
-        {"vale alimentação"_l1, "10"},
-        {"Vale Refeição"_l1, "11"},
-        {"vale presente", "12"},
-        {"VALE COMBUSTÍVEL"_l1, "13"},
-        {"13", "13"},
-        {"1", "99"},
-        {"06", "99"},
-        {"001", "99"},
-        {"01 ", "99"},
-        {"", "99"},
-        {"dinheiro vivo", "99"},
-    };
-    for (const auto &[nome, codigo] : casos)
-        EXPECT_EQ(fnRetornaCodigoFormaPgto(nome), codigo) << nome;
+    conferir(fnRetornaCodigoFormaPgto, {{"dinheiro", "01"},
+                                        {"Cheque", "02"},
+                                        {"Cartão de Crédito"_l1, "03"},
+                                        {"CARTAO DE DEBITO", "04"},
+                                        {"Crédito Loja"_l1, "05"},
+                                        {"vale alimentação"_l1, "10"},
+                                        {"Vale Refeição"_l1, "11"},
+                                        {"vale presente", "12"},
+                                        {"vale combustivel", "13"},
+                                        {"13", "13"},
+                                        {"1", "99"},
+                                        {"06", "99"},
+                                        {"01 ", "99"},
+                                        {"", "99"}});
 }
 
 // A letter mapped to a wrong one, a letter that has to stay, an escape sequence read too far.
 TEST(Acentuacao, letters_lose_their_accents_and_the_length_stays) {
-    const Caso casos[] = {
-        {"àáâãäª òóôõöº çéêíúü"_l1, "aaaaaa oooooo ceeiuu"},
-        {"ÀÁÂÃÄ Ç ÈÉÊË ÌÍÎÏ ÒÓÔÕÖ ÙÚÛÜ"_l1, "AAAAA C EEEE IIII OOOOO UUUU"},
-        {"èéêë ìíîï ùúûü"_l1, "eeee iiii uuuu"},
-        {"ÑñÝýÿåÅØøß§"_l1, "ÑñÝýÿåÅØøß§"_l1},
-        {"\x1B"
-         "a1Z",
-         "   Z"},
-        {"a\x1B\x1B\x1B\xE7", "a   c"},
-        {"x\x1By", "x  "},
-    };
-    for (const auto &[texto, plano] : casos) EXPECT_EQ(fnRetiraAcentuacao(texto), plano) << texto;
+    conferir(fnRetiraAcentuacao,
+             {{"àáâãäª òóôõöº èéêë ìíîï ùúûü ç"_l1, "aaaaaa oooooo eeee iiii uuuu c"},
+              {"ÀÁÂÃÄ ÒÓÔÕÖ ÈÉÊË ÌÍÎÏ ÙÚÛÜ Ç"_l1, "AAAAA OOOOO EEEE IIII UUUU C"},
+              {"ÑñÝýÿåÅØøß§"_l1, "ÑñÝýÿåÅØøß§"_l1},
+              {"\x1B\x61\x31Z\xE7", "   Zc"},
+              {"x\x1By", "x  "}});
 }
 
 // Another state's document stripped, or the decision taken by another element than the first UF.
 TEST(Acentuacao, only_documents_of_one_state_lose_their_accents) {
-    const Caso casos[] = {
-        {"<UF>MT</UF><x>ção</x><UF>RS</UF>"_l1, "<UF>MT</UF><x>cao</x><UF>RS</UF>"},
-        {"<UF>RS</UF><x>ção</x><UF>MT</UF>"_l1, "<UF>RS</UF><x>ção</x><UF>MT</UF>"_l1},
-        {"<UFST>MT</UFST><x>ção</x>"_l1, "<UFST>MT</UFST><x>ção</x>"_l1},
-        {"ção<UF>M"_l1, "ção<UF>M"_l1},
-    };
-    for (const auto &[xml, esperado] : casos) EXPECT_EQ(fnAdequarCaracteres(xml), esperado) << xml;
+    conferir(fnAdequarCaracteres, {{"<UF>MT</UF>ção<UF>RS</UF>"_l1, "<UF>MT</UF>cao<UF>RS</UF>"},
+                                   {"<UF>RS</UF>ção<UF>MT</UF>"_l1, "<UF>RS</UF>ção<UF>MT</UF>"_l1},
+                                   {"<UFST>MT</UFST>ção<UF>M"_l1, "<UFST>MT</UFST>ção<UF>M"_l1}});
 }

@@ -1,0 +1,85 @@
+// The flat picture of one NFC-e that printing works on: filled by GerenciadorImpressao from the
+// document and its return, read by the sectors of the receipt and the QR-code address. Texts are
+// ISO-8859-1 and are cut at the capacity of their field. Holds no rule but three derived values.
+#pragma once
+
+#include "util/Campo.h"
+
+#include <cstdint>
+#include <ctime>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zel {
+
+// Values of TipoEmissao that printing tells apart.
+inline constexpr std::int32_t kEmissaoNormal = 1;
+inline constexpr std::int32_t kEmissaoContingencia = 9;
+
+// One sold line.
+struct Item {
+    std::int32_t NumeroItem = 0; // attribute nItem
+    Campo<20> CodigoProduto;
+    Campo<1023> DescricaoProduto;
+    Campo<20> Quantidade; // as the document writes it
+    Campo<9> Unidade;
+    double ValorUnitario = 0;
+    double ValorTotalItem = 0; // not in the document's line: the receipt computes it
+};
+
+struct Pagamento {
+    std::int32_t FormaPgto = 0; // tPag
+    double ValorPgto = 0;
+};
+
+struct CupomFiscal {
+    Campo<60> Nome; // of the emitter
+    Campo<2> UF;    // cUF, two digits
+    std::int32_t TipoEmissao = 0;
+    Campo<25> DataHora; // dhEmi as written
+    Campo<44> ChaveDeAcesso;
+    Campo<20> CnpjCpf; // of the emitter, digits
+    std::int32_t EmitNumero = 0;
+    Campo<200> EmitLogradouro;
+    Campo<50> EmitBairro;
+    Campo<50> EmitMunicipio;
+    Campo<2> EmitUF; // state letters
+    Campo<200> EmitInscricaoEstadual;
+    Campo<20> IdDest; // CPF or CNPJ punctuated, or a foreign id; empty without a consumer
+    Campo<200> DestNome;
+    Campo<200> DestLogradouro;
+    std::int32_t DestNumero = 0;
+    Campo<50> DestBairro;
+    Campo<20> DestCodMunicipio;
+    Campo<50> DestMunicipio;
+    Campo<4> DestUF;
+    Campo<20> DestCEP;
+    double ValorTotal = 0;
+    double ValorTotalTributos = 0; // approximate, as the law wants it on the receipt
+    double ValorDesconto = 0;
+    double ValorOutro = 0; // surcharge
+    Campo<14> TotalICMS;   // as written
+    Campo<10> NumeroNotaFiscal;
+    Campo<10> Serie;
+    Campo<2> CDV;
+    const std::tm *Data = nullptr; // the caller's; printing takes dates from the texts
+    Campo<4> TpAmp;                // tpAmb: "1" production, "2" homologation
+    Campo<17> ProtocoloSefaz;
+    Campo<25> DataHoraAutorizacao;
+    Campo<49> DigestValueAutorizado; // base64
+    Campo<199> LinkNFCe;             // consultation link delivered by the authorizer
+    Campo<5000> MsgPromocional;      // infCpl
+    std::vector<Item> Itens;         // in document order
+    std::vector<Pagamento> Pagamentos;
+
+    double getValorTotalPago() const;
+
+    // The access key in groups of four, each followed by a blank, the last one too.
+    std::string getChaveDeAcessoFormatado() const;
+
+    // Always empty: receipts take their dates from DataHora and DataHoraAutorizacao.
+    std::string_view getDataFormatada() const { return {}; }
+};
+
+} // namespace zel

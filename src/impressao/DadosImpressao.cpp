@@ -1,0 +1,7 @@
+#include "impressao/DadosImpressao.h"
+
+namespace zel {
+
+DadosImpressao G_stDadosImpressao;
+
+} // namespace zel

@@ -1,0 +1,134 @@
+#include "impressao/ZEL_PDF.h"
+
+#include "ZEL_FelborFramework.h"
+#include "documento/ZEL_Envio.h"
+#include "documento/ZEL_Parser.h"
+#include "documento/ZEL_Tag.h"
+#include "impressao/CupomFiscal.h"
+#include "impressao/GerenciadorImpressao.h"
+#include "impressao/PdfDanfe.h"
+#include "impressao/PdfListagem.h"
+#include "impressao/PdfPagina.h"
+#include "util/Arquivo.h"
+#include "util/Codificacao.h"
+#include "util/Diretorio.h"
+#include "util/Texto.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace zel {
+
+namespace {
+
+constexpr std::string_view kDeclaracao = "<?xml version=\"1.0\"?>";
+constexpr std::string_view kArquivoTemporario = "danfe_pdf_temp.xml";
+constexpr std::string_view kPrefixoId = "NFe";
+constexpr std::size_t kTamanhoChave = 44;
+constexpr int kColunasDanfe = 48;
+
+// The Id names a file: anything but "NFe" and the access key could lead it anywhere.
+bool ehId(std::string_view id) {
+    return id.size() == kPrefixoId.size() + kTamanhoChave && id.starts_with(kPrefixoId) &&
+           areDigit(id.substr(kPrefixoId.size()));
+}
+
+const ST_tagZEL *procurar(const ST_tagZEL &no, std::string_view nome) {
+    if (no.nome == nome) return &no;
+    if (!no.subTags) return nullptr;
+    for (const auto &filho : *no.subTags)
+        if (const ST_tagZEL *achado = procurar(filho, nome)) return achado;
+    return nullptr;
+}
+
+// The Id of a document, which may stand alone or in its envelope; none when it is no valid one.
+std::optional<std::string> idDoDocumento(const ST_tagZEL &raiz) {
+    const ST_tagZEL *infNFe = procurar(raiz, "infNFe");
+    if (infNFe == nullptr) return {};
+    for (const auto &propriedade : infNFe->propriedades)
+        if (propriedade.nome == "Id" && ehId(propriedade.valor)) return propriedade.valor;
+    return {};
+}
+
+struct Documento {
+    std::string xml; // as it came
+    ST_tagZEL raiz;
+    std::string id;
+};
+
+std::optional<Documento> lerDocumento(std::string_view base64) {
+    auto xml = fnParseBase64ToUtf8(base64);
+    if (!xml) return {};
+    ST_tagZEL raiz;
+    std::size_t posicao = 0;
+    if (fnProximaTag_ZEL(raiz, emLatin1(*xml), posicao) != ZEL_OK) return {};
+    auto id = idDoDocumento(raiz);
+    if (!id) return {};
+    return Documento{std::move(*xml), std::move(raiz), std::move(*id)};
+}
+
+int gerarListagem(std::string_view base64) {
+    const auto documento = lerDocumento(base64);
+    if (!documento) return ZEL_RECUSADO;
+    PdfPagina pagina(kMargensListagem);
+    fnEscreverTextoPDF(pagina, kDeclaracao);
+    fnEscreverTextoPDF(pagina, "\n" + documento->raiz.toPDF());
+    return pagina.salvar(fnConfigurarPath(documento->id + "_XML.pdf"));
+}
+
+// The document as a file, for the reader takes files; gone when this is.
+class CopiaTemporaria {
+public:
+    explicit CopiaTemporaria(std::string_view xml)
+        : gravada_(fnCriarArquivoEnvio(kArquivoTemporario, xml)) {}
+    ~CopiaTemporaria() { removerArquivo(caminho_); }
+    CopiaTemporaria(const CopiaTemporaria &) = delete;
+    CopiaTemporaria &operator=(const CopiaTemporaria &) = delete;
+
+    int gravada() const { return gravada_; }
+    const std::string &caminho() const { return caminho_; }
+
+private:
+    std::string caminho_ = fnConfigurarPath(kArquivoTemporario);
+    int gravada_;
+};
+
+// The receipt text of an authorized document: its own protocol stands in it, so it is its return as
+// well.
+int textoDanfe(std::string_view xml, std::string &texto) {
+    const CopiaTemporaria copia(xml);
+    if (copia.gravada() != ZEL_OK) return copia.gravada();
+    CupomFiscal cupom;
+    if (parseXMLCupomFiscal(copia.caminho(), copia.caminho(), cupom) != ZEL_OK) return ZEL_RECUSADO;
+    return layoutNFC(cupom, {}, kColunasDanfe, texto, false);
+}
+
+} // namespace
+
+int fnGerarPDF(std::string_view origem, std::string_view conteudo) {
+    if (origem == "DocXML") return gerarListagem(conteudo);
+    if (origem != "DocXMLBase64") return ZEL_RECUSADO;
+    const auto base64 = valorDoRetorno(conteudo, "DOCXMLBASE64");
+    return base64 ? gerarListagem(*base64) : ZEL_RECUSADO;
+}
+
+int fnGerarPDFDanfe(std::string_view texto, int colunas, std::string_view arquivo) {
+    if (arquivo.empty() || arquivo.find_first_of(std::string_view("/\0", 2)) != arquivo.npos)
+        return ZEL_RECUSADO;
+    PdfPagina pagina(kMargensDanfe);
+    fnEscreverTextoDanfePDF(pagina, texto, colunas);
+    return pagina.salvar(fnConfigurarPath(arquivo));
+}
+
+int fnGerarPDFDanfeDoXml(std::string_view base64) {
+    const auto documento = lerDocumento(base64);
+    if (!documento) return ZEL_RECUSADO;
+    std::string texto;
+    if (const int lido = textoDanfe(documento->xml, texto); lido != ZEL_OK) return lido;
+    return fnGerarPDFDanfe(texto, kColunasDanfe, documento->id + "_DANFE.pdf");
+}
+
+} // namespace zel

@@ -1,0 +1,121 @@
+#include "negocio/Cancelamento.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "documento/ZEL_Controle.h"
+#include "documento/ZEL_DataHora.h"
+#include "negocio/Argumento.h"
+#include "negocio/Requisicao.h"
+#include "util/Cripto.h"
+#include "util/Diretorio.h"
+#include "util/Numero.h"
+#include "util/Texto.h"
+
+namespace zel {
+
+namespace {
+
+constexpr std::string_view kJustificativa = "Cancelamento de NFCe";
+constexpr std::string_view kJustificativaOffline = "Cancelamento de NFCe em Contingencia Offline";
+
+constexpr std::size_t kDigitosDaChave = 44;
+constexpr std::time_t kAjuste = 5;
+
+bool semTextos(const DadosCancelamento &cancelado) {
+    return cancelado.numero.empty() && cancelado.serie.empty() && cancelado.chave.empty() &&
+           cancelado.protocolo.empty() && cancelado.justificativa.empty();
+}
+
+DadosCancelamento ultimoDocumento() {
+    return {.numero = valorConfig(R"(IDE\nNF)"_chave),
+            .serie = valorConfig(R"(IDE\Serie)"_chave),
+            .chave = valorConfig(R"(NFCE\ChaveDeAcesso)"_chave),
+            .protocolo = valorConfig(R"(NFCE\ProtocoloAutorizacao)"_chave),
+            .justificativa = {}};
+}
+
+void completarJustificativa(DadosCancelamento &cancelado, std::string_view padrao) {
+    if (textoSimples(cancelado.justificativa).empty()) cancelado.justificativa = padrao;
+}
+
+int cancelarCupomEmAndamento() {
+    fnDefinirEstadoCFe_ZEL(kCancelado);
+    return fnCFVerificarStatus_ZEL() == kCancelado ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+}
+
+DadosRequisicao dadosDoEvento(const DadosCancelamento &cancelado, std::time_t momento) {
+    if (lerInteiro(valorConfig(R"(CONFIGURACAO\AjustarDhCanc)"_chave)) == 1) momento += kAjuste;
+    const std::tm local = horaLocal(momento);
+    DadosRequisicao dados;
+    dados.numero = argumentoCortado(cancelado.numero, 9);
+    dados.serie = argumentoCortado(cancelado.serie, 4);
+    dados.chave = argumentoCortado(cancelado.chave, kDigitosDaChave);
+    dados.protocolo = argumentoCortado(cancelado.protocolo, 15);
+    dados.justificativa = argumentoCortado(cancelado.justificativa, 99);
+    dados.dataHora = dataHora(local);
+    dados.fusoHorario = fusoHorario(local);
+    return dados;
+}
+
+// CNPJ, series and number as they stand in the key.
+std::string nomeDoArquivoOffline(std::string_view chave) {
+    return std::string(chave.substr(6, 14))
+        .append("_")
+        .append(chave.substr(22, 3))
+        .append(chave.substr(25, 9))
+        .append(".ctgCanc");
+}
+
+} // namespace
+
+int fnCFCancelar_ZEL_Felbor(std::string_view numero, std::string_view serie, std::string_view chave,
+                            std::string_view protocolo, std::string_view justificativa) {
+    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+    if (algumNulo({numero, serie, chave, protocolo, justificativa})) return ZEL_ARGUMENTO_INVALIDO;
+    DadosCancelamento cancelado{numero, serie, chave, protocolo, justificativa};
+    if (semTextos(cancelado)) {
+        const int estado = fnCFVerificarStatus_ZEL();
+        if (estado < kEncerrado) return cancelarCupomEmAndamento();
+        if (estado != kEncerrado) return ZEL_RECUSADO;
+        cancelado = ultimoDocumento();
+    }
+    completarJustificativa(cancelado, kJustificativa);
+    const int resultado =
+        enviarRequisicao(Requisicao::kCancelamento, dadosDoEvento(cancelado, std::time(nullptr)));
+    return resultado == ZEL_OK ? int{ZEL_CANCELAMENTO_GRAVADO} : resultado;
+}
+
+int fnCFCancelarOffline_ZEL_Felbor(std::string_view numero, std::string_view serie,
+                                   std::string_view chave, std::string_view justificativa,
+                                   std::optional<std::string> &diretorios) {
+    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+    if (algumNulo({numero, serie, chave, justificativa}) || !diretorios)
+        return ZEL_ARGUMENTO_INVALIDO;
+    DadosCancelamento cancelado{numero, serie, chave, "", justificativa};
+    if (semTextos(cancelado)) cancelado = ultimoDocumento();
+    cancelado.protocolo = "";
+    completarJustificativa(cancelado, kJustificativaOffline);
+
+    // The file's name is cut out of the key.
+    const std::string chaveSimples = textoSimples(cancelado.chave);
+    if (chaveSimples.size() != kDigitosDaChave || !areDigit(chaveSimples)) return ZEL_RECUSADO;
+    const std::string nome = nomeDoArquivoOffline(chaveSimples);
+    std::string evento;
+    fnCriarLayoutXmlCanc_ZEL_Felbor(cancelado, std::time(nullptr), evento);
+
+    const std::string lista = *diretorios;
+    int resultado = 0;
+    for (const std::string_view diretorio : separarDiretorios(lista)) {
+        *diretorios = std::string(diretorio).append(nome);
+        resultado = fnCriarArquivoContigencia(*diretorios, evento);
+    }
+    return resultado;
+}
+
+int fnCriarLayoutXmlCanc_ZEL_Felbor(const DadosCancelamento &cancelado, std::time_t momento,
+                                    std::string &texto) {
+    texto += escreverRequisicao(Requisicao::kCancelamento, dadosDoEvento(cancelado, momento));
+    return ZEL_OK;
+}
+
+} // namespace zel

@@ -1,0 +1,71 @@
+#include "negocio/Consulta.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "negocio/Argumento.h"
+#include "negocio/Requisicao.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string>
+#include <tuple>
+
+namespace zel {
+
+namespace {
+
+// Where an argument goes and how many of its characters are kept; nowhere when the kind does not
+// need it.
+struct Destino {
+    std::string DadosRequisicao::*campo = nullptr;
+    std::size_t maximo = 0;
+};
+
+using Argumentos = std::array<std::string_view, 4>; // first, last, series, key
+
+struct TipoConsulta {
+    std::string_view nome;
+    bool porNumero;
+    std::array<Destino, std::tuple_size_v<Argumentos>> destinos; // in the order of Argumentos
+};
+
+using D = DadosRequisicao;
+
+constexpr std::array<TipoConsulta, 3> kTipos{{
+    {"DATA", false, {{{&D::dataInicial, 25}, {&D::dataFinal, 25}, {}, {}}}},
+    {"NUM", true, {{{&D::numeroInicial, 9}, {&D::numeroFinal, 9}, {&D::serie, 4}, {}}}},
+    {"CHAVE", false, {{{}, {}, {}, {&D::chave, 44}}}},
+}};
+
+// 1, or -99 when the kind needs an argument that is null.
+int preencher(const TipoConsulta &tipo, const Argumentos &argumentos, DadosRequisicao &dados) {
+    dados.porNumero = tipo.porNumero;
+    dados.numeroInicial = dados.numeroFinal = "0";
+    for (std::size_t i = 0; i < argumentos.size(); ++i) {
+        const auto [campo, maximo] = tipo.destinos[i];
+        if (campo == nullptr) continue;
+        if (algumNulo({argumentos[i]})) return ZEL_ARGUMENTO_INVALIDO;
+        dados.*campo = argumentoCortado(argumentos[i], maximo);
+    }
+    return ZEL_OK;
+}
+
+} // namespace
+
+int fnGeraXMLConsulta_ZEL(std::string_view tipo, std::string_view inicio, std::string_view fim,
+                          std::string_view serie, std::string_view chave) {
+    const auto achado = std::find_if(kTipos.begin(), kTipos.end(),
+                                     [&](const TipoConsulta &um) { return um.nome == tipo; });
+    if (achado == kTipos.end()) return ZEL_ARGUMENTO_INVALIDO;
+    DadosRequisicao dados;
+    if (const int resultado = preencher(*achado, {inicio, fim, serie, chave}, dados);
+        resultado != ZEL_OK)
+        return resultado;
+    if (const int resultado = garantirConfig(); resultado != ZEL_OK) return resultado;
+    if (const int resultado = enviarRequisicao(Requisicao::kConsulta, dados); resultado != ZEL_OK)
+        return resultado;
+    return enviarRequisicao(Requisicao::kParametrosConsulta, dados);
+}
+
+} // namespace zel

@@ -1,0 +1,18 @@
+// Consultation: the request for the state of issued documents, and the fixed parameters that tell
+// the sending component what to bring back.
+#pragma once
+
+#include <string_view>
+
+namespace zel {
+
+// `tipo`, matched exactly, is "DATA" (`inicio` and `fim` are dates, 25 characters), "NUM" (they
+// are numbers, 9, of the series, 4) or "CHAVE" (access key, 44); longer texts are cut, arguments
+// that the kind does not need are not looked at. Writes documentosEnvio.xml, behind it
+// parametrosEnvio.xml. Any state; works with the configuration in memory, loading it only when
+// nothing did before. 1; -99 another kind, or a null text that the kind needs; -52, with both files
+// as they were or, when only the second could not be written, the second; -40 a first load.
+int fnGeraXMLConsulta_ZEL(std::string_view tipo, std::string_view inicio, std::string_view fim,
+                          std::string_view serie, std::string_view chave);
+
+} // namespace zel

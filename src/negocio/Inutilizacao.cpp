@@ -1,0 +1,23 @@
+#include "negocio/Inutilizacao.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "negocio/Argumento.h"
+#include "negocio/Requisicao.h"
+
+namespace zel {
+
+int fnCFInutilizar_ZEL_Felbor(std::string_view numeroInicial, std::string_view numeroFinal,
+                              std::string_view serie, std::string_view justificativa) {
+    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+    if (algumNulo({numeroInicial, numeroFinal, serie, justificativa}))
+        return ZEL_ARGUMENTO_INVALIDO;
+    DadosRequisicao dados;
+    dados.numeroInicial = argumentoCortado(numeroInicial, 9);
+    dados.numeroFinal = argumentoCortado(numeroFinal, 9);
+    dados.serie = argumentoCortado(serie, 3);
+    dados.justificativa = argumentoCortado(justificativa, 60);
+    return enviarRequisicao(Requisicao::kInutilizacao, dados);
+}
+
+} // namespace zel

@@ -1,0 +1,179 @@
+#include "negocio/Requisicao.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "documento/ZEL_Envio.h"
+#include "util/Historico.h"
+#include "util/TextoXml.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <variant>
+#include <vector>
+
+namespace zel {
+
+namespace {
+
+// Holds all that follows it.
+struct Grupo {};
+
+// A fixed text, a configuration value, or what the operation gives.
+using Origem = std::variant<Grupo, std::string_view, Chave, std::string DadosRequisicao::*>;
+
+using Condicao = bool (*)(const DadosRequisicao &);
+
+bool sempre(const DadosRequisicao &) {
+    return true;
+}
+
+bool temProtocolo(const DadosRequisicao &dados) {
+    return !dados.protocolo.empty();
+}
+
+// A consultation that names no number asks for all of the issuer's state.
+bool todosOsNumeros(const DadosRequisicao &dados) {
+    return dados.porNumero && dados.numeroInicial == "0" && dados.numeroFinal == "0";
+}
+
+struct Elemento {
+    std::string_view nome;
+    Origem origem;
+    Condicao quando = sempre;
+};
+
+using D = DadosRequisicao;
+
+constexpr Chave kEmissor = R"(EMIT\CNPJ)"_chave;
+constexpr Chave kAmbiente = R"(CONFIGURACAO\TipoAmbiente)"_chave;
+
+constexpr std::array<Elemento, 18> kCancelamento{{
+    {"EnvioEvento", Grupo{}},
+    {"ModeloDocumento", "NFCe"},
+    {"Versao", "1.00"},
+    {"Evento", Grupo{}},
+    {"NtfCnpjEmissor", kEmissor},
+    {"NtfNumero", &D::numero},
+    {"NtfSerie", &D::serie},
+    {"tpAmb", kAmbiente},
+    {"ChaAcesso", &D::chave},
+    {"EveInf", Grupo{}},
+    {"EveDh", &D::dataHora},
+    {"EveFusoHorario", &D::fusoHorario},
+    {"EveTp", "110111"},
+    {"EvenSeq", "1"},
+    {"Evedet", Grupo{}},
+    {"EveDesc", "Cancelamento"},
+    {"EvenProt", &D::protocolo, temProtocolo},
+    {"EvexJust", &D::justificativa},
+}};
+
+constexpr std::array<Elemento, 9> kInutilizacao{{
+    {"Inutilizacao", Grupo{}},
+    {"ModeloDocumento", "NFCe"},
+    {"Versao", "3.10"},
+    {"CnpjEmissor", kEmissor},
+    {"tpAmb", kAmbiente},
+    {"NumeroInicial", &D::numeroInicial},
+    {"NumeroFinal", &D::numeroFinal},
+    {"Serie", &D::serie},
+    {"Justificativa", &D::justificativa},
+}};
+
+constexpr std::array<Elemento, 12> kConsulta{{
+    {"Consulta", Grupo{}},
+    {"ModeloDocumento", "NFCe"},
+    {"Versao", "3.10"},
+    {"tpAmb", kAmbiente},
+    {"CnpjEmissor", kEmissor},
+    {"NumeroInicial", &D::numeroInicial},
+    {"NumeroFinal", &D::numeroFinal},
+    {"Serie", &D::serie},
+    {"ChaveAcesso", &D::chave},
+    {"DataEmissaoInicial", &D::dataInicial},
+    {"DataEmissaoFinal", &D::dataFinal},
+    {"dhUF", R"(IDE\cUF)"_chave, todosOsNumeros},
+}};
+
+constexpr std::array<Elemento, 7> kParametros{{
+    {"ParametrosConsulta", Grupo{}},
+    {"Situacao", "S"},
+    {"XMLCompleto", "N"},
+    {"XMLLink", "S"},
+    {"PDFBase64", "N"},
+    {"PDFLink", "N"},
+    {"Eventos", "S"},
+}};
+
+struct Documento {
+    std::span<const Elemento> elementos;
+    std::string_view arquivo;
+    std::optional<TipoCopia> copia; // kind of its history copies, if it has any
+};
+
+// In the order of Requisicao.
+constexpr std::array<Documento, 4> kDocumentos{{
+    {kCancelamento, kArquivoDocumentos, TipoCopia::kCancelamento},
+    {kInutilizacao, kArquivoDocumentos, TipoCopia::kInutilizacao},
+    {kConsulta, kArquivoDocumentos, TipoCopia::kConsulta},
+    {kParametros, kArquivoParametros, std::nullopt},
+}};
+
+const Documento &documento(Requisicao qual) {
+    return kDocumentos[static_cast<std::size_t>(qual)];
+}
+
+// The value of an element, well-formed.
+struct Valor {
+    const DadosRequisicao &dados;
+
+    std::string operator()(Grupo) const { return {}; }
+    std::string operator()(std::string_view fixo) const { return std::string(fixo); }
+    std::string operator()(Chave chave) const { return valorXml(valorConfig(chave)); }
+    std::string operator()(std::string DadosRequisicao::*campo) const {
+        return escaparXml(dados.*campo);
+    }
+};
+
+void fechar(std::string &texto, std::string_view nome) {
+    texto.append("</").append(nome).append(">");
+}
+
+} // namespace
+
+std::string escreverRequisicao(Requisicao qual, const DadosRequisicao &dados) {
+    std::string texto;
+    std::vector<std::string_view> abertos;
+    for (const Elemento &elemento : documento(qual).elementos) {
+        if (!elemento.quando(dados)) continue;
+        texto.append("<").append(elemento.nome).append(">");
+        if (std::holds_alternative<Grupo>(elemento.origem)) {
+            abertos.push_back(elemento.nome);
+            continue;
+        }
+        texto += std::visit(Valor{dados}, elemento.origem);
+        fechar(texto, elemento.nome);
+    }
+    for (; !abertos.empty(); abertos.pop_back())
+        fechar(texto, abertos.back());
+    return texto;
+}
+
+int enviarRequisicao(Requisicao qual, const DadosRequisicao &dados) {
+    const std::string texto = escreverRequisicao(qual, dados);
+    const Documento &enviado = documento(qual);
+    if (const int resultado = fnCriarArquivoEnvio(enviado.arquivo, texto); resultado != ZEL_OK)
+        return resultado;
+    if (enviado.copia) fnGuardarHistorico_ZEL(*enviado.copia, texto);
+    return ZEL_OK;
+}
+
+bool algumNulo(std::initializer_list<std::string_view> textos) {
+    return std::any_of(textos.begin(), textos.end(),
+                       [](std::string_view texto) { return texto.data() == nullptr; });
+}
+
+} // namespace zel

@@ -1,0 +1,268 @@
+// What must never happen to a shop: a write that fails and half happens, a process that dies and
+// leaves a receipt that contradicts its state, a damaged file that takes the receipt with it.
+#include "blackbox/Caixa.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+int abrir(const Caixa &c) {
+    return c->aCFAbrir_ZEL("", "", "", "", "", "", "", "", "");
+}
+int vender(const Caixa &c) {
+    return c->aCFVender_ZEL("T1800", "1", "10.00", "", "", "1", "UN", "Produto");
+}
+int totalizar(const Caixa &c) {
+    return c->aCFTotalizar_ZEL("D$", "1,00");
+}
+int pagarMetade(const Caixa &c) {
+    return c->aCFEfetuarPagamento_ZEL("dinheiro", "5");
+}
+int pagar(const Caixa &c) {
+    return c->aCFEfetuarPagamento_ZEL("dinheiro", "50");
+}
+int encerrar(const Caixa &c) {
+    return c->tCFEncerrar_ZEL("obrigado");
+}
+
+using Passo = int (*)(const Caixa &);
+constexpr Passo kPassos[] = {abrir, vender, vender, totalizar, pagarMetade, pagar, encerrar};
+
+constexpr const char *kArquivos[] = {"ZEL_Framework.xml", "ArqPersist.bin", "documentosEnvio.xml"};
+constexpr std::size_t kConfiguracao = 6, kRegistros = 7; // places in a picture
+
+// All that a step may change: files, state, extended information.
+std::vector<std::string> retrato(const Caixa &caixa) {
+    std::vector<std::string> retrato{std::to_string(caixa->rCFVerificarStatus_ZEL())};
+    for (const char *indice : {"1", "2", "3", "4", "5"})
+        retrato.push_back(caixa.info(indice));
+    for (const char *nome : kArquivos)
+        retrato.push_back(caixa.existe(nome) ? caixa.lerArquivo(nome) : "(none)");
+    return retrato;
+}
+
+// Tells where two pictures differ without printing whole files.
+void compararRetratos(const std::vector<std::string> &a, const std::vector<std::string> &b) {
+    ASSERT_EQ(a.size(), b.size());
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        const auto [x, y] = std::mismatch(a[i].begin(), a[i].end(), b[i].begin(), b[i].end());
+        EXPECT_TRUE(x == a[i].end() && y == b[i].end())
+            << "part " << i << " differs: " << std::string(x, a[i].end()).substr(0, 60) << " | "
+            << std::string(y, b[i].end()).substr(0, 60);
+    }
+}
+
+// A directory where a scratch file would be written: also root cannot write there.
+constexpr const char *kObstaculos[] = {"ZEL_Framework.xml.novo", "ArqPersist.bin.novo",
+                                       "ArqPersist.tmp.novo", "documentosEnvio.xml.tmp.novo"};
+
+TEST(EscritaRecusada, nada_muda_e_a_repeticao_funciona) {
+    int recusas = 0;
+    for (const char *obstaculo : kObstaculos) {
+        Caixa caixa;
+        ASSERT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
+        for (std::size_t passo = 0; passo < std::size(kPassos); ++passo) {
+            SCOPED_TRACE(std::string(obstaculo) + ", step " + std::to_string(passo));
+            const auto antes = retrato(caixa);
+            fs::create_directory(caixa.diretorio() + obstaculo);
+            const int codigo = kPassos[passo](caixa);
+            fs::remove(caixa.diretorio() + obstaculo);
+            if (codigo == ZEL_OK) continue; // a step that does not write this file
+            ++recusas;
+            EXPECT_EQ(codigo, ZEL_ARQUIVO_INDISPONIVEL);
+            auto depois = retrato(caixa);
+            // Closing may have stored its sections; state and numbers stay.
+            if (kPassos[passo] == encerrar) depois[kRegistros] = antes[kRegistros];
+            compararRetratos(antes, depois);
+            ASSERT_EQ(kPassos[passo](caixa), ZEL_OK) << "the call after it";
+        }
+        EXPECT_EQ(elemento(caixa.lerArquivo("documentosEnvio.xml"), "vNF"), "19.00");
+        EXPECT_EQ(elemento(caixa.lerArquivo("documentosEnvio.xml"), "nNF"), "2");
+    }
+    // Configuration: open, sell, totalize, pay twice, close. Document: close (sections). Waiting
+    // document: open, sell, totalize, pay. documentosEnvio.xml: close.
+    EXPECT_EQ(recusas, 6 + 1 + 4 + 1);
+}
+
+// Every process death inside a commit leaves one of these pairs. `novo` says whether the next
+// process must find the state of after.
+struct Morte {
+    const char *descricao;
+    std::size_t passos;    // taken whole before
+    bool configuracaoNova; // the configuration was saved already
+};
+
+class MorteNoMeio : public testing::TestWithParam<Morte> {};
+
+TEST_P(MorteNoMeio, o_processo_seguinte_encontra_antes_ou_depois) {
+    const auto [descricao, passos, configuracaoNova] = GetParam();
+    SCOPED_TRACE(descricao);
+    Caixa caixa;
+    ASSERT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
+    for (std::size_t i = 0; i < passos; ++i)
+        ASSERT_EQ(kPassos[i](caixa), ZEL_OK);
+    const auto antes = retrato(caixa);
+    ASSERT_EQ(kPassos[passos](caixa), ZEL_OK);
+    const auto depois = retrato(caixa);
+    caixa.parar();
+
+    // What the dead process leaves: the waiting records beside the old file.
+    caixa.escreverArquivo("ArqPersist.tmp", depois[kRegistros]);
+    caixa.escreverArquivo("ArqPersist.bin", antes[kRegistros]);
+    caixa.escreverArquivo("ZEL_Framework.xml", (configuracaoNova ? depois : antes)[kConfiguracao]);
+    caixa.iniciar();
+    const auto encontrado = retrato(caixa);
+    compararRetratos(encontrado, configuracaoNova ? depois : antes);
+    EXPECT_FALSE(caixa.existe("ArqPersist.tmp"));
+
+    for (std::size_t i = configuracaoNova ? passos + 1 : passos; i < std::size(kPassos); ++i)
+        ASSERT_EQ(kPassos[i](caixa), ZEL_OK) << "step " << i;
+    EXPECT_EQ(elemento(caixa.lerArquivo("documentosEnvio.xml"), "vNF"), "19.00");
+}
+
+INSTANTIATE_TEST_SUITE_P(Passos, MorteNoMeio,
+                         testing::Values(Morte{"first sale, before", 1, false},
+                                         Morte{"first sale, after", 1, true},
+                                         Morte{"totalization, before", 3, false},
+                                         Morte{"totalization, after", 3, true},
+                                         Morte{"last payment, before", 5, false},
+                                         Morte{"last payment, after", 5, true}));
+
+TEST(MorteNoEncerramento, documento_e_numeracao_andam_juntos) {
+    for (const bool configuracaoNova : {false, true}) {
+        SCOPED_TRACE(configuracaoNova);
+        Caixa caixa;
+        ASSERT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
+        for (const Passo passo : kPassos) {
+            if (passo == encerrar) break;
+            ASSERT_EQ(passo(caixa), ZEL_OK);
+        }
+        const std::string antes = caixa.lerArquivo("ZEL_Framework.xml");
+        ASSERT_EQ(encerrar(caixa), ZEL_OK);
+        const std::string documento = caixa.lerArquivo("documentosEnvio.xml");
+        caixa.parar();
+        fs::rename(caixa.diretorio() + "documentosEnvio.xml",
+                   caixa.diretorio() + "documentosEnvio.xml.tmp");
+        if (!configuracaoNova) caixa.escreverArquivo("ZEL_Framework.xml", antes);
+        caixa.iniciar();
+        EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), configuracaoNova ? 5 : 4);
+        EXPECT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
+        EXPECT_FALSE(caixa.existe("documentosEnvio.xml.tmp"));
+        if (configuracaoNova) {
+            EXPECT_EQ(caixa.lerArquivo("documentosEnvio.xml"), documento);
+            continue;
+        }
+        // The document that never appeared has used no number.
+        EXPECT_FALSE(caixa.existe("documentosEnvio.xml"));
+        ASSERT_EQ(encerrar(caixa), ZEL_OK);
+        EXPECT_EQ(elemento(caixa.lerArquivo("documentosEnvio.xml"), "nNF"), "2");
+    }
+}
+
+TEST(EstadoDoAplicativo, nao_e_tocado_sem_restos) {
+    Caixa caixa;
+    ASSERT_EQ(abrir(caixa), ZEL_OK);
+    ASSERT_EQ(vender(caixa), ZEL_OK);
+    caixa.config("CONFIGURACAO\\estadoCFe", "0");
+    caixa.reiniciar();
+    EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 0);
+    EXPECT_EQ(abrir(caixa), ZEL_OK) << "a till set back by hand opens";
+}
+
+TEST(RegistrosDanificados, fica_o_que_estava_inteiro) {
+    struct Caso {
+        const char *descricao;
+        std::function<std::string(const std::string &)> danificar;
+        int itens;
+        bool copia; // the damaged original is kept when something is saved
+    };
+    const Caso casos[] = {
+        {"torn last record", [](const std::string &s) { return s.substr(0, s.size() - 40); }, 1,
+         false},
+        {"torn between groups",
+         [](const std::string &s) { return s.substr(0, s.rfind("<imposto>")); }, 1, false},
+        {"line end lost", [](const std::string &s) { return s.substr(0, s.size() - 2); }, 1, false},
+        {"unknown type in the middle",
+         [](std::string s) { return s.replace(s.find("02|1"), 2, "07"); }, 0, true},
+        {"unbalanced element", [](std::string s) { return s.replace(s.find("</prod>"), 2, "<x"); },
+         0, true},
+    };
+    for (const Caso &caso : casos) {
+        SCOPED_TRACE(caso.descricao);
+        Caixa caixa;
+        ASSERT_EQ(abrir(caixa), ZEL_OK);
+        ASSERT_EQ(vender(caixa), ZEL_OK);
+        ASSERT_EQ(vender(caixa), ZEL_OK);
+        const std::string danificado = caso.danificar(caixa.lerArquivo("ArqPersist.bin"));
+        caixa.parar();
+        caixa.escreverArquivo("ArqPersist.bin", danificado);
+        caixa.iniciar();
+        EXPECT_EQ(caixa.info("1"), std::to_string(caso.itens));
+        EXPECT_EQ(caixa.lerArquivo("ArqPersist.bin"), danificado) << "reading changes nothing";
+        ASSERT_EQ(vender(caixa), ZEL_OK);
+        EXPECT_EQ(caixa.info("1"), std::to_string(caso.itens + 1));
+        ASSERT_EQ(caixa.existe("ArqPersist.bin.danificado"), caso.copia);
+        if (caso.copia) {
+            EXPECT_EQ(caixa.lerArquivo("ArqPersist.bin.danificado"), danificado);
+        }
+        caixa.reiniciar();
+        EXPECT_EQ(caixa.info("1"), std::to_string(caso.itens + 1));
+    }
+}
+
+TEST(ConfiguracaoDanificada, a_unica_copia_nao_se_perde) {
+    Caixa caixa;
+    ASSERT_EQ(abrir(caixa), ZEL_OK);
+    caixa.config("EMIT\\xNome", "Minha Loja");
+    caixa.parar();
+    const std::string danificado = "<FRAMEWORKZEL><EMIT><xNome>Minha Loja</xNome>";
+    caixa.escreverArquivo("ZEL_Framework.xml", danificado);
+    caixa.iniciar();
+    EXPECT_EQ(vender(caixa), ZEL_CONFIG_ILEGIVEL);
+    EXPECT_EQ(caixa.lerArquivo("ZEL_Framework.xml"), danificado);
+    EXPECT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
+    EXPECT_EQ(caixa.lerArquivo("ZEL_Framework.xml.danificado"), danificado);
+    EXPECT_EQ(caixa.config("EMIT\\xNome"), "RAZAO SOCIAL");
+}
+
+TEST(ArquivoDePersistencia, trocado_por_fora_nao_perde_o_cupom) {
+    Caixa caixa;
+    ASSERT_EQ(abrir(caixa), ZEL_OK);
+    ASSERT_EQ(vender(caixa), ZEL_OK);
+    fs::remove(caixa.diretorio() + "ArqPersist.bin");
+    ASSERT_EQ(vender(caixa), ZEL_OK);
+    caixa.reiniciar();
+    EXPECT_EQ(caixa.info("1"), "2");
+    caixa.escreverArquivo("ArqPersist.bin", "01|\r\n");
+    ASSERT_EQ(vender(caixa), ZEL_OK);
+    caixa.reiniciar();
+    EXPECT_EQ(caixa.info("1"), "3") << "the process that held the receipt wrote it whole";
+}
+
+TEST(Arquivos, segredos_so_para_o_dono_e_ligacoes_ficam) {
+    Caixa caixa;
+    ASSERT_EQ(abrir(caixa), ZEL_OK);
+    const auto modo = [&](const char *nome) {
+        return fs::status(caixa.diretorio() + nome).permissions() & fs::perms::mask;
+    };
+    constexpr auto kDono = fs::perms::owner_read | fs::perms::owner_write;
+    EXPECT_EQ(modo("ZEL_Framework.xml"), kDono);
+    EXPECT_EQ(modo("ArqPersist.bin"), kDono);
+
+    const std::string real = caixa.diretorio() + "real.xml",
+                      nome = caixa.diretorio() + "ZEL_Framework.xml";
+    fs::rename(nome, real);
+    fs::create_symlink("real.xml", nome);
+    fs::permissions(real, kDono | fs::perms::group_read);
+    caixa.config("EMIT\\xNome", "Outra Loja");
+    EXPECT_TRUE(fs::is_symlink(nome));
+    EXPECT_EQ(modo("real.xml"), kDono | fs::perms::group_read);
+    EXPECT_NE(caixa.lerArquivo("real.xml").find("Outra Loja"), std::string::npos);
+}
+
+} // namespace
