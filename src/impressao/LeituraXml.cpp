@@ -63,10 +63,12 @@ std::string decodificar(std::string_view valor) {
     return textoSimples(valor, FimDeLinha::kMantido);
 }
 
-// The name of the tag that starts at the text's "<", which may be an end tag.
-std::string_view nomeDaTag(std::string_view tag) {
+// Does a start or end tag of that name begin at the text's "<"?
+bool ehTag(std::string_view tag, std::string_view nome) {
     tag.remove_prefix(tag.starts_with("</") ? 2 : 1);
-    return tag.substr(0, tag.find_first_of(" \t\r\n/>"));
+    constexpr std::string_view kFimDoNome = " \t\r\n/>";
+    return tag.starts_with(nome) && tag.size() > nome.size() &&
+           kFimDoNome.find(tag[nome.size()]) != kFimDoNome.npos;
 }
 
 } // namespace
@@ -128,13 +130,13 @@ std::optional<std::string> LeitorXml::propriedade(std::string_view abertura) {
 std::optional<LeitorXml> LeitorXml::grupo(std::string_view nome) {
     const std::string inicio = std::string("<").append(nome);
     std::size_t comeco = resto_.find(inicio);
-    while (comeco != resto_.npos && nomeDaTag(resto_.substr(comeco)) != nome)
+    while (comeco != resto_.npos && !ehTag(resto_.substr(comeco), nome))
         comeco = resto_.find(inicio, comeco + 1);
     if (comeco == resto_.npos) return {};
     resto_.remove_prefix(comeco + inicio.size());
 
     std::size_t fim = resto_.find('<');
-    while (fim != resto_.npos && nomeDaTag(resto_.substr(fim)) != nome)
+    while (fim != resto_.npos && !ehTag(resto_.substr(fim), nome))
         fim = resto_.find('<', fim + 1);
     const LeitorXml dentro(resto_.substr(0, fim));
     resto_.remove_prefix(dentro.resto_.size());
@@ -149,7 +151,8 @@ std::optional<std::string> primeiroValor(std::string_view texto,
 }
 
 std::optional<std::string> valorDoRetorno(std::string_view retorno, std::string_view nome) {
-    for (std::size_t tag = retorno.find('<'); tag != retorno.npos; tag = retorno.find('<', tag + 1)) {
+    for (std::size_t tag = retorno.find('<'); tag != retorno.npos;
+         tag = retorno.find('<', tag + 1)) {
         const std::string_view inicio = retorno.substr(tag, nome.size() + 2);
         if (inicio.ends_with('>') && igualSemCaixa(inicio.substr(1, nome.size()), nome))
             return LeitorXml(retorno.substr(tag)).valor(inicio);

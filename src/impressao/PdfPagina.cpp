@@ -5,7 +5,6 @@
 
 #include <charconv>
 #include <cstdio>
-#include <hpdf.h>
 #include <iterator>
 
 namespace zel {
@@ -60,10 +59,6 @@ void error_handler(HPDF_STATUS error_no, HPDF_STATUS detail_no, void *user_data)
 }
 
 } // namespace
-
-void PdfPagina::Liberar::operator()(void *documento) const {
-    HPDF_Free(documento);
-}
 
 PdfPagina::PdfPagina(const MargensPdf &margens)
     : margens_(margens), documento_(HPDF_New(error_handler, &falhou_)) {

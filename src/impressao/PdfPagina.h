@@ -1,15 +1,17 @@
 // Text on the pages of one PDF document: drawn line after line, broken at the right margin, a new
-// page when one is full. Owns the document; the library behind it is known to this room alone. What
-// stands on the pages, and in which file, is its users' affair.
+// page when one is full. Owns the document; the library behind it is called here and nowhere else.
+// What stands on the pages, and in which file, is its users' affair.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <hpdf.h>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace zel {
 
@@ -53,11 +55,11 @@ public:
 
 private:
     struct Fonte {
-        void *recurso = nullptr;
+        HPDF_Font recurso = nullptr;
         std::array<std::uint16_t, 256> larguras{}; // thousandths of the text size
     };
     struct Liberar {
-        void operator()(void *documento) const;
+        void operator()(HPDF_Doc documento) const { HPDF_Free(documento); }
     };
 
     const Fonte &carregar(FontePdf qual);
@@ -68,8 +70,8 @@ private:
 
     MargensPdf margens_;
     bool falhou_ = false;
-    std::unique_ptr<void, Liberar> documento_;
-    void *pagina_ = nullptr;
+    std::unique_ptr<std::remove_pointer_t<HPDF_Doc>, Liberar> documento_;
+    HPDF_Page pagina_ = nullptr;
     std::array<Fonte, 3> fontes_{};
     std::optional<EstiloPdf> estilo_; // in force on the page
     float topo_ = 0;                  // height of a page's first line

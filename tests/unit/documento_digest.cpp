@@ -9,9 +9,10 @@ using namespace zel;
 // The signature hashed with the document, or the document taken from the wrong place. The digest
 // was computed apart, over the UTF-8 text of infNFe with xmlns in front and nItem in double quotes.
 TEST(Digest, is_the_same_however_the_document_is_wrapped) {
-    const std::string nfe(
+    constexpr std::string_view kNfe =
         "<NFe xmlns=\"urn:n\"><infNFe Id=\"NFe1\" versao=\"3.10\"><emit><xNome>Pão &amp; Cia"
-        "</xNome></emit><det nItem='1'><a>1</a></det></infNFe>"_l1);
+        "</xNome></emit><det nItem='1'><a>1</a></det></infNFe>"_l1;
+    const std::string nfe(kNfe);
     const std::string assinatura = "<Signature><x>1</x></Signature></NFe>";
     for (const std::string &xml :
          {nfe + "</NFe>", nfe + assinatura, "<?xml version=\"1.0\"?>" + nfe + assinatura,

@@ -2,6 +2,7 @@
 #include "util/Historico.h"
 
 #include <gtest/gtest.h>
+#include <tuple>
 
 using namespace zel;
 
@@ -20,23 +21,15 @@ int copiar(Direcao direcao, TipoCopia tipo, const std::string &diretorios, bool 
 } // namespace
 
 TEST(Historico, names_tell_direction_kind_and_time) {
-    const struct {
-        Direcao direcao;
-        TipoCopia tipo;
-        bool carimbado;
-        std::string_view nome;
-    } casos[] = {
+    const std::tuple<Direcao, TipoCopia, bool, std::string_view> casos[] = {
         {Direcao::kEnvio, TipoCopia::kNFCe, true, "EnvioNFCe20140131_235959.xml"},
-        {Direcao::kEnvio, TipoCopia::kCancelamento, true, "EnvioCanc20140131_235959.xml"},
-        {Direcao::kEnvio, TipoCopia::kConsulta, true, "EnvioCons20140131_235959.xml"},
         {Direcao::kRetorno, TipoCopia::kInutilizacao, true, "RetornoInut20140131_235959.xml"},
         {Direcao::kEnvio, TipoCopia::kConsulta, false, "documentosEnvio.xml"},
-        {Direcao::kRetorno, TipoCopia::kNFCe, false, "documentosRetorno.xml"},
         {Direcao::kCompleto, TipoCopia::kNFCe, false, "documentosCompleto.xml"}};
-    for (const auto &caso : casos) {
+    for (const auto &[direcao, tipo, carimbado, nome] : casos) {
         const PastaTemporaria pasta;
-        EXPECT_EQ(copiar(caso.direcao, caso.tipo, pasta / "", caso.carimbado), 1);
-        EXPECT_EQ(pasta.ler(caso.nome), "novo") << caso.nome;
+        EXPECT_EQ(copiar(direcao, tipo, pasta / "", carimbado), 1);
+        EXPECT_EQ(pasta.ler(nome), "novo") << nome;
     }
 }
 

@@ -2,18 +2,11 @@
 #include "util/Quebra.h"
 
 #include <gtest/gtest.h>
+#include <tuple>
 
 using namespace zel;
 
-namespace {
-
-struct Largura {
-    std::string_view texto;
-    std::size_t largura;
-    std::string_view esperado;
-};
-
-} // namespace
+using Largura = std::tuple<std::string_view, std::size_t, std::string_view>;
 
 // The tolerance of one character lost, or the text behind the last line end broken.
 TEST(Quebra, lines_break_after_the_width) {
@@ -23,8 +16,8 @@ TEST(Quebra, lines_break_after_the_width) {
                              {"abcdefgh\nabcdefgh", 3, "abc\ndef\ngh\nabcdefgh"},
                              {"\nabcd\nabcde\n", 3, "\nabcd\nabc\nde\n"},
                              {"abcdef", 0, "abcdef"}};
-    for (const auto &caso : casos)
-        EXPECT_EQ(fnQuabraLinhaLayout(caso.texto, caso.largura), caso.esperado) << caso.texto;
+    for (const auto &[texto, largura, esperado] : casos)
+        EXPECT_EQ(fnQuabraLinhaLayout(texto, largura), esperado) << texto;
 }
 
 TEST(Quebra, every_line_is_centred_on_its_own) {
@@ -32,14 +25,9 @@ TEST(Quebra, every_line_is_centred_on_its_own) {
                              {"123456789012", 10, "1234567890\n    12"},
                              {"12345678901", 10, "12345678901"},
                              {"a\n\n", 5, "  a\n  \n"}};
-    for (const auto &caso : casos)
-        EXPECT_EQ(fnCentralizarLayout(caso.texto, caso.largura), caso.esperado) << caso.texto;
+    for (const auto &[texto, largura, esperado] : casos)
+        EXPECT_EQ(fnCentralizarLayout(texto, largura), esperado) << texto;
     EXPECT_EQ(fnCentralizarLayout("x", 1000), std::string(99, ' ') + "x");
-}
-
-TEST(Marcacao, brackets_are_exchanged_both_ways) {
-    EXPECT_EQ(fnRetornarFormatado2Representantes("<b>a[1]</b>"), "[b]a[1][/b]");
-    EXPECT_EQ(fnRetornarRepresentantes2Formatado("[b]a>b[/b]"), "<b>a>b</b>");
 }
 
 // A tag of the wrong table, a text without end, mark-up that eats the message around it.

@@ -1,0 +1,282 @@
+#include "impressao/GerenciadorImpressao.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "documento/ZEL_Digest.h"
+#include "imposto/TotalImposto.h"
+#include "impressao/ColunasLayout.h"
+#include "impressao/DadosImpressao.h"
+#include "impressao/LayoutImpressao.h"
+#include "impressao/LeituraXml.h"
+#include "impressao/Linha.h"
+#include "impressao/Setores.h"
+#include "util/Codigos.h"
+#include "util/Latin1.h"
+#include "util/Numero.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace zel {
+
+namespace {
+
+constexpr int kLido = 1;
+constexpr int kNaoLido = 0;
+
+constexpr std::size_t kTamanhoPrefixoId = 3; // "NFe"
+constexpr std::size_t kTamanhoChave = 44;
+constexpr std::size_t kTamanhoCNPJ = 14;
+
+constexpr std::string_view kSeparadorCancelamento =
+    "------------------------------------------------\r\n";
+constexpr EspacoEmitente kCancelamentoComLogotipo{"\r\n\r\n", "\r\n", "\r\n"};
+
+template <std::size_t N>
+void guardar(Campo<N> &destino, std::string_view valor) {
+    destino = valor;
+}
+
+void guardar(double &destino, std::string_view valor) {
+    destino = lerDecimal(valor);
+}
+
+void guardar(std::int32_t &destino, std::string_view valor) {
+    using Limites = std::numeric_limits<std::int32_t>;
+    destino = static_cast<std::int32_t>(
+        std::clamp<long long>(lerInteiro(valor), Limites::min(), Limites::max()));
+}
+
+template <class Destino>
+bool ler(LeitorXml &leitor, std::string_view marca, Destino &destino) {
+    const auto valor = leitor.valor(marca);
+    if (valor) guardar(destino, *valor);
+    return valor.has_value();
+}
+
+template <class Destino>
+bool lerPrimeiro(std::string_view texto, std::initializer_list<std::string_view> marcas,
+                 Destino &destino) {
+    const auto valor = primeiroValor(texto, marcas);
+    if (valor) guardar(destino, *valor);
+    return valor.has_value();
+}
+
+bool lerProtocolo(std::string_view retorno, CupomFiscal &cf) {
+    return lerPrimeiro(retorno, {"<DocProtocolo>", "<ProtocoloSefaz>", "<nProt>"},
+                       cf.ProtocoloSefaz);
+}
+
+bool lerIdentificacao(std::string_view documento, CupomFiscal &cf) {
+    LeitorXml leitor(documento);
+    const auto id = leitor.propriedade("Id=\"");
+    if (!id || id->size() < kTamanhoPrefixoId + kTamanhoChave) return false;
+    cf.ChaveDeAcesso = id->substr(kTamanhoPrefixoId, kTamanhoChave);
+    LeitorXml doInicio(documento);
+    return ler(leitor, "<cUF>", cf.UF) && ler(leitor, "<serie>", cf.Serie) &&
+           ler(leitor, "<nNF>", cf.NumeroNotaFiscal) && ler(leitor, "<dhEmi>", cf.DataHora) &&
+           ler(leitor, "<tpEmis>", cf.TipoEmissao) && ler(doInicio, "<cDV>", cf.CDV) &&
+           ler(doInicio, "<tpAmb>", cf.TpAmp);
+}
+
+bool lerEmitente(std::string_view documento, CupomFiscal &cf) {
+    auto emit = LeitorXml(documento).grupo("emit");
+    return emit && (ler(*emit, "<CNPJ>", cf.CnpjCpf) || ler(*emit, "<CPF>", cf.CnpjCpf)) &&
+           ler(*emit, "<xNome>", cf.Nome) && emit->avancar("<enderEmit>") &&
+           ler(*emit, "<xLgr>", cf.EmitLogradouro) && ler(*emit, "<nro>", cf.EmitNumero) &&
+           ler(*emit, "<xBairro>", cf.EmitBairro) && ler(*emit, "<xMun>", cf.EmitMunicipio) &&
+           ler(*emit, "<UF>", cf.EmitUF) && ler(*emit, "<IE>", cf.EmitInscricaoEstadual);
+}
+
+bool lerConsumidor(std::string_view documento, CupomFiscal &cf) {
+    auto dest = LeitorXml(documento).grupo("dest");
+    if (!dest) return true;
+    auto numero = dest->valor("<CPF>");
+    if (!numero) numero = dest->valor("<CNPJ>");
+    if (numero)
+        cf.IdDest = fnFormatarCPFCNPJ(*numero);
+    else if (!ler(*dest, "<idEstrangeiro>", cf.IdDest))
+        return false;
+    // Each is optional, but the first one that is missing ends the consumer's data.
+    static_cast<void>(
+        ler(*dest, "<xNome>", cf.DestNome) && ler(*dest, "<xLgr>", cf.DestLogradouro) &&
+        ler(*dest, "<nro>", cf.DestNumero) && ler(*dest, "<xBairro>", cf.DestBairro) &&
+        ler(*dest, "<cMun>", cf.DestCodMunicipio) && ler(*dest, "<xMun>", cf.DestMunicipio) &&
+        ler(*dest, "<UF>", cf.DestUF) && ler(*dest, "<CEP>", cf.DestCEP));
+    return true;
+}
+
+bool lerTotais(std::string_view documento, CupomFiscal &cf) {
+    auto total = LeitorXml(documento).grupo("total");
+    if (!total || !ler(*total, "<vICMS>", cf.TotalICMS) ||
+        !ler(*total, "<vDesc>", cf.ValorDesconto) || !ler(*total, "<vOutro>", cf.ValorOutro) ||
+        !ler(*total, "<vNF>", cf.ValorTotal))
+        return false;
+    if (!ler(*total, "<vTotTrib>", cf.ValorTotalTributos))
+        cf.ValorTotalTributos = lerDecimal(trocarVirgula(G_szTotalImposto));
+    return true;
+}
+
+bool lerItem(LeitorXml &det, Item &item) {
+    auto numero = det.propriedade("nItem='");
+    if (!numero) numero = det.propriedade("nItem=\"");
+    if (!numero) return false;
+    guardar(item.NumeroItem, *numero);
+    return ler(det, "<cProd>", item.CodigoProduto) && ler(det, "<xProd>", item.DescricaoProduto) &&
+           ler(det, "<uCom>", item.Unidade) && ler(det, "<qCom>", item.Quantidade) &&
+           ler(det, "<vUnCom>", item.ValorUnitario);
+}
+
+bool lerItens(std::string_view documento, CupomFiscal &cf) {
+    LeitorXml leitor(documento);
+    while (auto det = leitor.grupo("det"))
+        if (!lerItem(*det, cf.Itens.emplace_back())) return false;
+    return !cf.Itens.empty();
+}
+
+bool lerPagamentos(std::string_view documento, CupomFiscal &cf) {
+    LeitorXml leitor(documento);
+    while (auto pag = leitor.grupo("pag")) {
+        Pagamento &pagamento = cf.Pagamentos.emplace_back();
+        if (!ler(*pag, "<tPag>", pagamento.FormaPgto) || !ler(*pag, "<vPag>", pagamento.ValorPgto))
+            return false;
+    }
+    return !cf.Pagamentos.empty();
+}
+
+bool lerDocumento(std::string_view documento, CupomFiscal &cf) {
+    if (!lerIdentificacao(documento, cf) || !lerEmitente(documento, cf) ||
+        !lerConsumidor(documento, cf) || !lerTotais(documento, cf) || !lerItens(documento, cf) ||
+        !lerPagamentos(documento, cf))
+        return false;
+    if (auto infAdic = LeitorXml(documento).grupo("infAdic"))
+        ler(*infAdic, "<infCpl>", cf.MsgPromocional);
+    return true;
+}
+
+// The digest that a signature brought, or that of the file's own text.
+bool lerDigest(const ArquivoXml &documento, CupomFiscal &cf) {
+    if (lerPrimeiro(documento.texto, {"<DigestValue>"}, cf.DigestValueAutorizado)) return true;
+    std::string digest;
+    if (fnGerarDigestValue(documento.original, digest) != ZEL_OK) return false;
+    cf.DigestValueAutorizado = digest;
+    return true;
+}
+
+// Two vocabularies: the sending component's own, and the authorizer's record.
+bool lerAutorizacao(std::string_view retorno, CupomFiscal &cf) {
+    const bool normal = cf.TipoEmissao == kEmissaoNormal;
+    if (normal && !lerProtocolo(retorno, cf)) return false;
+    if (lerPrimeiro(retorno, {"<LinkXML>", "<LinkNFCe>"}, cf.LinkNFCe)) {
+        G_stDadosImpressao.TipoAmbiente = formatarInteiro(kLinkPronto);
+        return true;
+    }
+    G_stDadosImpressao.TipoAmbiente = cf.TpAmp.texto();
+    return (!normal ||
+            lerPrimeiro(retorno, {"<DocDhAut>", "<dhRecbto>"}, cf.DataHoraAutorizacao)) &&
+           lerPrimeiro(retorno, {"<DocDigestValue>", "<digVal>"}, cf.DigestValueAutorizado);
+}
+
+std::optional<ArquivoXml> lerComMarca(std::string_view caminho, std::string_view marca) {
+    return lerArquivoXml(caminho,
+                         caminho.find(marca) != caminho.npos ? Forma::kEmbaralhada : Forma::kClara);
+}
+
+std::string documentoDoEmitente() {
+    const std::string_view cnpj = valorConfig(R"(EMIT\CNPJ)"_chave);
+    return (cnpj.size() == kTamanhoCNPJ ? "CNPJ-" : "CPF- ") + fnFormatarCPFCNPJ(cnpj);
+}
+
+void imprimirEmitenteConfigurado(std::string &texto) {
+    const std::string documento = documentoDoEmitente();
+    const Emitente emitente{valorConfig(R"(EMIT\xNome)"_chave),
+                            documento,
+                            valorConfig(R"(EMIT\IE)"_chave),
+                            valorConfig(R"(EMIT\ENDEREMIT\xLgr)"_chave),
+                            valorConfig(R"(EMIT\ENDEREMIT\Nro)"_chave),
+                            valorConfig(R"(EMIT\ENDEREMIT\xBairro)"_chave),
+                            valorConfig(R"(EMIT\ENDEREMIT\xMun)"_chave),
+                            valorConfig(R"(EMIT\ENDEREMIT\UF)"_chave)};
+    imprimirEmitente(emitente, logotipoSeparado() ? kCancelamentoComLogotipo : kEmitenteCorrido, "",
+                     "", texto);
+}
+
+} // namespace
+
+int parseXMLCupomFiscal(std::string_view xmlPath, std::string_view returnPath, CupomFiscal &cf) {
+    const auto documento = lerComMarca(xmlPath, ".ctg");
+    if (!documento || !lerDocumento(documento->texto, cf)) return kNaoLido;
+
+    const bool offline = returnPath == kOffline;
+    const auto retorno = offline ? std::nullopt : lerArquivoXml(returnPath, Forma::kClara);
+    if (offline ? !lerDigest(*documento, cf) : !retorno) return kNaoLido;
+
+    const bool conhecida =
+        cf.TipoEmissao == kEmissaoNormal || cf.TipoEmissao == kEmissaoContingencia;
+    if (!offline && conhecida) return lerAutorizacao(retorno->texto, cf) ? kLido : kNaoLido;
+    G_stDadosImpressao.TipoAmbiente = cf.TpAmp.texto();
+    return kLido;
+}
+
+int parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view returnPath,
+                                    CupomFiscal &cf) {
+    const auto pedido = lerComMarca(xmlPath, "ctgCanc");
+    if (!pedido) return kNaoLido;
+    const bool offline = returnPath == kOffline;
+    const auto retorno = offline ? std::nullopt : lerArquivoXml(returnPath, Forma::kClara);
+    if (!offline && !retorno) return kNaoLido;
+
+    if (!lerPrimeiro(pedido->texto, {"<ChaAcesso>", "<chNFe>"}, cf.ChaveDeAcesso) ||
+        cf.ChaveDeAcesso.tamanho() < kTamanhoChave)
+        return kNaoLido;
+    cf.Serie = cf.ChaveDeAcesso.texto().substr(22, 3);
+    cf.NumeroNotaFiscal = cf.ChaveDeAcesso.texto().substr(25, 9);
+    return offline || lerProtocolo(retorno->texto, cf) ? kLido : kNaoLido;
+}
+
+int layoutNFC(const CupomFiscal &cf, std::string_view urlQrcode, int colunas, std::string &texto,
+              bool viaEstabelecimento) {
+    const ColunasLayout *layout = createLayout(colunas);
+    if (layout == nullptr) return ZEL_RECUSADO;
+    const int ambiente = G_stDadosImpressao.ambiente();
+    std::string enderecoChave;
+    // Without an address the receipt is printed with the place empty.
+    retornarEnderecoConsulta(cf, ambiente, enderecoChave, true);
+    const bool resumo = valorConfig(R"(CONFIGURACAO\ImpressaoCompleta)"_chave) == "0" &&
+                        cf.TipoEmissao != kEmissaoContingencia;
+
+    imprimirSetor_I(*layout, cf, texto);
+    imprimirSetor_II(*layout, texto);
+    if (!resumo) imprimirSetor_III(*layout, cf.Itens, texto);
+    imprimirSetor_IV(*layout, cf, texto);
+    imprimirSetor_V(*layout, cf, valorConfig(R"(NFCE\MsgLeiDoImposto)"_chave), texto);
+    imprimirSetor_Va(*layout, cf, texto);
+    imprimirSetor_VI(*layout, cf, enderecoChave, ambiente, viaEstabelecimento, texto);
+    imprimirSetor_VII(*layout, cf, texto);
+    if (urlQrcode.empty())
+        imprimirSetor_VIII(*layout, cf, gerarUrlQrcode(cf) + "<lmodulo>3</lmodulo>", texto);
+    else
+        imprimirSetor_VIII(*layout, cf, urlQrcode, texto);
+    imprimirMsgPromocional(*layout, cf, texto);
+    anexar(texto, "<sl>4</sl><gui></gui>");
+    G_szTotalImposto.limpar();
+    return ZEL_OK;
+}
+
+int layoutCancNFC(const CupomFiscal &cf, bool online, int /*colunas*/, std::string &texto) {
+    texto.clear();
+    imprimirEmitenteConfigurado(texto);
+    anexar(texto, kSeparadorCancelamento, kSeparadorCancelamento,
+           online ? "              CANCELAMENTO NFC-e\r\n"
+                  : "CANCELAMENTO NFC-e EM CONTINGÊNCIA OFF-LINE\r\n"_l1,
+           kSeparadorCancelamento);
+    anexar(texto, "<c>Número NFCe Cancelada: "_l1, cf.NumeroNotaFiscal, "    Série: "_l1, cf.Serie,
+           "\r\n                 CHAVE DE ACESSO NFCe CANCELADA\r\n",
+           cf.getChaveDeAcessoFormatado(), "</c>\r\n");
+    if (online)
+        anexar(texto, "Protocolo de Autorização Cancelamento:"_l1, cf.ProtocoloSefaz, "\r\n");
+    anexar(texto, "<sl>4</sl><gui></gui>");
+    return ZEL_OK;
+}
+
+} // namespace zel

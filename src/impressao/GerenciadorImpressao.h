@@ -1,0 +1,36 @@
+// The print manager: reads a document and its return into the receipt model, and lays receipts out
+// as text with printer mark-up. Stores nothing on disk; the entry that does is Impressao's.
+#pragma once
+
+#include "impressao/CupomFiscal.h"
+
+#include <string>
+#include <string_view>
+
+namespace zel {
+
+// Stands for the path of a return where there is none.
+inline constexpr std::string_view kOffline = "OFFLINE";
+
+// Fills an empty receipt from the document as sent (a path with ".ctg" in it names a contingency
+// copy) and from the authorizer's return, a path or "OFFLINE". A document without an approximate
+// total of taxes takes the one that the application gave. Sets the environment of DadosImpressao.h.
+// 1; 0 a file cannot be read or lacks an element that a receipt needs, with `cf` partly filled.
+int parseXMLCupomFiscal(std::string_view xmlPath, std::string_view returnPath, CupomFiscal &cf);
+
+// Fills access key, series, number and, with a return, the protocol of the cancellation from a
+// cancellation request ("ctgCanc" in its path names a contingency copy). 1 or 0 as above.
+int parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view returnPath,
+                                    CupomFiscal &cf);
+
+// Appends a sale receipt to `texto`, with `urlQrcode` as the content of its QR code, which an empty
+// one has built, and empties the application's total of taxes. `viaEstabelecimento` names the copy
+// of a contingency receipt. 1, or -1 with nothing appended when `colunas` is neither 42 nor 48.
+int layoutNFC(const CupomFiscal &cf, std::string_view urlQrcode, int colunas, std::string &texto,
+              bool viaEstabelecimento);
+
+// Replaces `texto` by the receipt of a cancellation, with the emitter of the configuration;
+// `online` when an authorization return exists. It is the same for both widths. Always 1.
+int layoutCancNFC(const CupomFiscal &cf, bool online, int colunas, std::string &texto);
+
+} // namespace zel

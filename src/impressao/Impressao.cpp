@@ -1,0 +1,131 @@
+#include "impressao/Impressao.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "impressao/ColunasLayout.h"
+#include "impressao/DadosImpressao.h"
+#include "impressao/GerenciadorImpressao.h"
+#include "impressao/LayoutImpressao.h"
+#include "impressao/LeituraXml.h"
+#include "impressao/ZEL_PDF.h"
+#include "util/Arquivo.h"
+#include "util/Cripto.h"
+#include "util/Numero.h"
+#include "util/Texto.h"
+
+namespace zel {
+
+namespace {
+
+constexpr std::size_t kTamanhoChave = 44;
+constexpr std::size_t kMaximoParametros = 99;
+
+// Situations of a return in which the document is authorized.
+constexpr long long kAutorizado = 100;
+constexpr long long kAutorizadoForaDoPrazo = 150;
+
+// The content without the mark-up of its module size. One that the configuration cannot hold is
+// kept as none, so that the last content known is never that of another receipt.
+std::string conteudoGuardado(std::string_view conteudo) {
+    conteudo = conteudo.substr(0, conteudo.find("<lmodulo>"));
+    return conteudo.find("</") == conteudo.npos ? std::string(conteudo) : std::string{};
+}
+
+int guardarVenda(const CupomFiscal &cf, std::string_view urlQrcode) {
+    const Alteracao alteracoes[] = {
+        {R"(NFCE\ChaveDeAcesso)"_chave, std::string(cf.ChaveDeAcesso)},
+        {R"(NFCE\ProtocoloAutorizacao)"_chave, std::string(cf.ProtocoloSefaz)},
+        {R"(NFCE\UrlQrcode)"_chave,
+         urlQrcode.empty() ? conteudoGuardado(gerarUrlQrcode(cf)) : conteudoGuardado(urlQrcode)},
+    };
+    if (const int codigo = alterarConfig(alteracoes); codigo != ZEL_OK) return codigo;
+    definirAutorizacao(
+        {std::string(cf.DigestValueAutorizado), std::string(cf.DataHoraAutorizacao)});
+    return ZEL_OK;
+}
+
+bool semTexto() {
+    const std::string_view completa = valorConfig(R"(CONFIGURACAO\ImpressaoCompleta)"_chave);
+    return completa != "0" && completa != "1";
+}
+
+int imprimirVenda(const CupomFiscal &cf, std::string_view urlQrcode, int colunas,
+                  std::string &saida) {
+    if (const int codigo = guardarVenda(cf, urlQrcode); codigo != ZEL_OK) return codigo;
+    if (semTexto()) return ZEL_OK;
+    layoutNFC(cf, urlQrcode, colunas, saida, false);
+    if (cf.TipoEmissao == kEmissaoContingencia) layoutNFC(cf, urlQrcode, colunas, saida, true);
+    return fnCriarArquivoCriptUltimaDanfe(saida);
+}
+
+int imprimirCancelamento(const CupomFiscal &cf, bool online, int colunas, std::string &saida) {
+    if (semTexto()) return ZEL_OK;
+    layoutCancNFC(cf, online, colunas, saida);
+    return fnCriarArquivoCriptUltimaDanfe(saida);
+}
+
+int gravarDanfePDF(const CupomFiscal &cf, std::string_view retorno, int colunas,
+                   std::string_view texto) {
+    std::string chave = valorDoRetorno(retorno, "DOCCHAACESSO").value_or("");
+    if (chave.empty()) chave = cf.ChaveDeAcesso;
+    // It names a file: anything but digits could lead it out of its directory.
+    if (chave.size() != kTamanhoChave || !areDigit(chave)) return ZEL_RECUSADO;
+    return fnGerarPDFDanfe(texto, colunas, "NFe" + chave + "_DANFE.pdf");
+}
+
+int gravarPDFs(const CupomFiscal &cf, std::string_view returnPath, int colunas,
+               std::string_view texto) {
+    const bool listagem = valorConfig(R"(CONFIGURACAO\SalvarXMLPDF)"_chave) == "1";
+    const bool danfe = valorConfig(R"(CONFIGURACAO\SalvarDanfePDF)"_chave) == "1";
+    if (!listagem && !danfe) return ZEL_OK;
+    std::string retorno;
+    if (lerArquivo(std::string(returnPath), retorno) != Leitura::kLido) return ZEL_RECUSADO;
+    const long long situacao = lerInteiro(valorDoRetorno(retorno, "SITCODIGO").value_or(""));
+    if (situacao != kAutorizado && situacao != kAutorizadoForaDoPrazo) return ZEL_FALHA_IMPRESSAO;
+    if (listagem)
+        if (const int codigo = fnGerarPDF("DocXMLBase64", retorno); codigo != ZEL_OK) return codigo;
+    return danfe ? gravarDanfePDF(cf, retorno, colunas, texto) : int{ZEL_OK};
+}
+
+} // namespace
+
+int fnGerarArquivoFormatadoNF(std::string_view xmlPath, std::string_view returnPath,
+                              std::string_view urlQrcode, int colunas, int tipoDocumento,
+                              std::string_view /*reservado*/, std::string &saida) {
+    saida.clear();
+    const TipoDocumento tipo{tipoDocumento};
+    const bool venda = tipo == TipoDocumento::kVenda;
+    if (xmlPath.data() == nullptr || returnPath.data() == nullptr ||
+        (!venda && tipo != TipoDocumento::kCancelamento) ||
+        (venda && createLayout(colunas) == nullptr))
+        return ZEL_RECUSADO;
+    // The QR code kept and the one printed must come from the same configuration.
+    if (const int codigo = fnXML_CarregarXML_ZEL(); codigo != ZEL_OK) return codigo;
+
+    CupomFiscal cf;
+    const auto parse = venda ? parseXMLCupomFiscal : parseXMLCupomFiscalCancelamento;
+    if (parse(xmlPath, returnPath, cf) != ZEL_OK) return ZEL_RECUSADO;
+    const int codigo = venda ? imprimirVenda(cf, urlQrcode, colunas, saida)
+                             : imprimirCancelamento(cf, returnPath != kOffline, colunas, saida);
+    return codigo == ZEL_OK ? gravarPDFs(cf, returnPath, colunas, saida) : codigo;
+}
+
+int fnAnalisarParametrosImpressao(const CupomFiscal &cf, int modo, std::string_view parametros) {
+    constexpr std::string_view kEntrada = "VALORPGTO=";
+    const std::string texto = toUpperCase(parametros.substr(0, kMaximoParametros));
+    const std::size_t entrada = texto.find(kEntrada);
+    if (entrada == texto.npos) return ZEL_OK;
+    const std::size_t inicio = entrada + kEntrada.size();
+    const std::size_t fim = texto.find(';', inicio);
+    if (fim == texto.npos || fim == inicio) return ZEL_OK;
+
+    const bool comTroco = modo == 1;
+    const std::string valor = trocarVirgula(texto.substr(inicio, fim - inicio));
+    const Alteracao troco{R"(CONFIGURACAO\TrocoUltimaNFCe)"_chave,
+                          formatarMoeda(comTroco ? lerDecimal(valor) - cf.ValorTotal : 0)};
+    if (const int codigo = alterarConfig({&troco, 1}); codigo != ZEL_OK) return codigo;
+    G_stDadosImpressao.IndicadorTroco = comTroco;
+    return ZEL_OK;
+}
+
+} // namespace zel

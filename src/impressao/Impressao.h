@@ -1,0 +1,36 @@
+// The entry of printing: from files to the text that the application sends to its printer, to what
+// the library keeps of it (key, protocol, QR-code content, last receipt) and to the PDFs.
+#pragma once
+
+#include "impressao/CupomFiscal.h"
+
+#include <string>
+#include <string_view>
+
+namespace zel {
+
+enum class TipoDocumento { kVenda = 1, kCancelamento = 5 };
+
+// Lays out the document at `xmlPath` with its return, a path or "OFFLINE", into `saida`.
+//   urlQrcode      QR-code content to print as it stands; empty to have it built
+//   colunas        42 or 48; a cancellation prints the same in any width
+//   tipoDocumento  see above
+//   reservado      not used
+// A sale stores key, protocol and QR-code content in one save; while "ImpressaoCompleta" is "0"
+// (sales without their items) or "1" the text is kept as the last receipt, otherwise there is none
+// and the earlier one stays. A contingency sale prints twice, the consumer's copy first. PDFs are
+// written when configured.
+// 1; -1 a null path, an unknown `tipoDocumento`, a sale in other columns, files that cannot be read
+// or lack an element (also the return, for a PDF); -24 PDF of a document whose return has neither
+// "SITCODIGO" 100 nor 150; -22, -23; -40, -52. From the first failure on nothing more is done, and
+// `saida` holds the text that was laid out before it.
+int fnGerarArquivoFormatadoNF(std::string_view xmlPath, std::string_view returnPath,
+                              std::string_view urlQrcode, int colunas, int tipoDocumento,
+                              std::string_view reservado, std::string &saida);
+
+// Reads "VALORPGTO=value;" out of the first 99 characters of `parametros`, in any case: with `modo`
+// 1 the change of the receipt is that value less its total and will be printed, with another there
+// is none. Without such an entry nothing changes. 1, or -40, -52 when the change cannot be stored.
+int fnAnalisarParametrosImpressao(const CupomFiscal &cf, int modo, std::string_view parametros);
+
+} // namespace zel

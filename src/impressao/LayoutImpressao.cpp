@@ -1,0 +1,93 @@
+#include "impressao/LayoutImpressao.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "impressao/DadosImpressao.h"
+#include "impressao/Linha.h"
+#include "util/Codificacao.h"
+#include "util/Codigos.h"
+#include "util/Numero.h"
+#include "util/Texto.h"
+
+#include <algorithm>
+
+namespace zel {
+
+namespace {
+
+// Keys of a state's addresses under "URLS\UF".
+struct ChavesEndereco {
+    std::string_view portal;
+    std::string_view porChave;
+};
+
+constexpr ChavesEndereco kChavesProducao{"Producao", "ChaveConsultaProducao"};
+constexpr ChavesEndereco kChavesHomologacao{"Homologacao", "ChaveConsultaHomologacao"};
+
+// These states publish the hash over the parameters alone.
+constexpr std::string_view kUFsSemInterrogacao[] = {"SP", "RS", "MT"};
+
+constexpr std::size_t kTamanhoMinimoCNPJ = 16; // punctuated
+
+int lerEndereco(std::string_view uf, std::string_view chave, std::string &endereco) {
+    endereco.clear();
+    std::string caminho;
+    anexar(caminho, R"(URLS\)", uf, R"(\)", chave);
+    return fnRegRetornarValor_ZEL(caminho, endereco);
+}
+
+} // namespace
+
+int retornarEnderecoConsulta(const CupomFiscal &cf, int ambiente, std::string &endereco,
+                             bool consultaPorChave) {
+    if (ambiente != kProducao && ambiente != kHomologacao) {
+        endereco = cf.LinkNFCe;
+        return ZEL_OK;
+    }
+    const auto &[portal, porChave] = ambiente == kProducao ? kChavesProducao : kChavesHomologacao;
+    if (consultaPorChave) {
+        const int lido = lerEndereco(cf.EmitUF, porChave, endereco);
+        if (!endereco.empty()) return lido;
+    }
+    return lerEndereco(cf.EmitUF, portal, endereco);
+}
+
+std::string gerarUrlQrcode(const CupomFiscal &cf, std::string_view baseUrl, int ambiente) {
+    if (ambiente == kLinkPronto) return std::string(baseUrl);
+    std::string parametros;
+    anexar(parametros, "chNFe=", cf.ChaveDeAcesso,
+           "&nVersao=100&tpAmb=", G_stDadosImpressao.TipoAmbiente);
+    if (!cf.IdDest.vazio()) anexar(parametros, "&cDest=", fnRetirarCaracter(cf.IdDest));
+    anexar(parametros, "&dhEmi=", fnConverterParaHexa(cf.DataHora),
+           "&vNF=", formatarMoeda(cf.ValorTotal), "&vICMS=", cf.TotalICMS,
+           "&digVal=", fnConverterParaHexa(cf.DigestValueAutorizado),
+           "&cIdToken=", valorConfig(R"(CONFIGURACAO\IDTokenSefaz)"_chave));
+    std::string url;
+    anexar(url, baseUrl, "?", parametros,
+           "&cHashQRCode=", calcularHashCodeFromURL(parametros, cf.EmitUF));
+    return url;
+}
+
+std::string gerarUrlQrcode(const CupomFiscal &cf) {
+    const int ambiente = G_stDadosImpressao.ambiente();
+    std::string endereco;
+    // Without an address the receipt shows the parameters alone.
+    retornarEnderecoConsulta(cf, ambiente, endereco, false);
+    return gerarUrlQrcode(cf, endereco, ambiente);
+}
+
+std::string calcularHashCodeFromURL(std::string_view parametros, std::string_view uf) {
+    const bool semInterrogacao =
+        std::ranges::find(kUFsSemInterrogacao, uf) != std::end(kUFsSemInterrogacao);
+    std::string texto;
+    anexar(texto, semInterrogacao ? "" : "?", parametros,
+           valorConfig(R"(CONFIGURACAO\TokenSefaz)"_chave));
+    return fnConvertSHA1_HEXA(fnConvertToSHA1(fnParseToUtf8(texto)));
+}
+
+std::string retornaCnpjCpfFormatado(std::string_view digitos) {
+    const std::string formatado = fnFormatarCPFCNPJ(digitos);
+    return (formatado.size() < kTamanhoMinimoCNPJ ? "CPF- " : "CNPJ-") + formatado;
+}
+
+} // namespace zel

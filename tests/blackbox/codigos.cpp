@@ -1,0 +1,313 @@
+// Every refusal answers its own code and changes nothing: an application decides by these numbers.
+#include "blackbox/Caixa.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+
+namespace {
+
+int abrir(const Caixa &c, const char *documento = "") {
+    return c->aCFAbrir_ZEL(documento, "", "", "", "", "", "", "", "");
+}
+int vender(const Caixa &c, const char *preco = "10.00") {
+    return c->aCFVender_ZEL("T1800", "1", preco, "", "", "1", "UN", "Produto");
+}
+
+// A till brought to a state by the calls that lead there.
+void levarAoEstado(const Caixa &c, int estado) {
+    ASSERT_EQ(c->aCFInicializar_ZEL(), ZEL_OK);
+    if (estado == 6) return c.config("CONFIGURACAO\\estadoCFe", "6");
+    const std::function<int()> passos[] = {
+        [&] { return abrir(c); },
+        [&] { return vender(c); },
+        [&] { return c->aCFTotalizar_ZEL("", ""); },
+        [&] { return c->aCFEfetuarPagamento_ZEL("dinheiro", ""); },
+        [&] { return c->tCFEncerrar_ZEL(""); },
+    };
+    for (int passo = 0; passo < estado; ++passo)
+        ASSERT_EQ(passos[passo](), ZEL_OK) << "step " << passo;
+    ASSERT_EQ(c->rCFVerificarStatus_ZEL(), estado);
+}
+
+// One operation, and what it answers in each state 0 to 6.
+struct LinhaDeEstados {
+    const char *operacao;
+    std::function<int(const Caixa &)> fazer;
+    std::array<int, 7> esperado;
+};
+
+const LinhaDeEstados kLinhas[] = {
+    {"open", [](const Caixa &c) { return abrir(c); }, {1, -130, -130, -130, -130, 1, 1}},
+    {"open with number",
+     [](const Caixa &c) {
+         return c->aCFAbrirNumSerie_ZEL(7, 1, "", "", "", "", "", "", "", "", "");
+     },
+     {1, -130, -130, -130, -130, 1, 1}},
+    {"sell", [](const Caixa &c) { return vender(c); }, {-131, 1, 1, -132, -132, -132, -132}},
+    {"totalize",
+     [](const Caixa &c) { return c->aCFTotalizar_ZEL("", ""); },
+     {-131, -133, 1, -133, -133, -133, -133}},
+    {"pay",
+     [](const Caixa &c) { return c->aCFEfetuarPagamento_ZEL("dinheiro", "1"); },
+     {-131, -134, -134, 1, -34, -134, -134}},
+    {"close",
+     [](const Caixa &c) { return c->tCFEncerrar_ZEL(""); },
+     {-131, -135, -135, -135, 1, -135, -135}},
+    {"close with both",
+     [](const Caixa &c) { return c->tCFEncerrarConfigMsg_ZEL("a", "b"); },
+     {-131, -135, -135, -135, 1, -135, -135}},
+    {"item discount",
+     [](const Caixa &c) { return c->aCFLancarDescontoItem_ZEL(1, "D$", "1"); },
+     {-100, -100, 1, -100, -100, -100, -100}},
+    {"item surcharge",
+     [](const Caixa &c) { return c->aCFLancarAcrescimoItem_ZEL(1, "A$", "1"); },
+     {-100, -100, 1, -100, -100, -100, -100}},
+    {"cancel item",
+     [](const Caixa &c) { return c->aCFCancelarItem_ZEL(1); },
+     {-100, -100, 1, -100, -100, -100, -100}},
+    {"partial cancel",
+     [](const Caixa &c) { return c->aCFCancelarItemParcial_ZEL(1, "0.5"); },
+     {-100, -100, 1, -100, -100, -100, -100}},
+    {"drop discount",
+     [](const Caixa &c) { return c->aCFCancelarDescontoItem_ZEL(1); },
+     {-100, -100, -21, -100, -100, -100, -100}},
+    {"correct payment",
+     [](const Caixa &c) { return c->aCFEstornarPagamento_ZEL("dinheiro", "cheque", "10.00"); },
+     {-100, -100, -100, -100, 1, -100, -100}},
+    {"preset",
+     [](const Caixa &c) { return c->aCFConfPisNT_ZEL("07"); },
+     {-100, 1, 1, 1, -100, -100, -100}},
+    {"carrier, no delivery",
+     [](const Caixa &c) { return c->aCFIdentificarTransportadora_ZEL("", "", "", "", "", ""); },
+     {-109, -109, -109, -109, -109, -100, -100}},
+    // No state check: the consumer is identified at any point, once there is a document.
+    {"consumer",
+     [](const Caixa &c) {
+         return c->aCFIdentificarConsumidor_ZEL("12345678909", "", "", "", "", "", "", "", "", "");
+     },
+     {-52, 1, 1, 1, 1, 1, -52}},
+};
+
+TEST(Estados, cada_operacao_em_cada_estado) {
+    for (int estado = 0; estado <= 6; ++estado)
+        for (const LinhaDeEstados &linha : kLinhas) {
+            Caixa caixa;
+            ASSERT_NO_FATAL_FAILURE(levarAoEstado(caixa, estado));
+            EXPECT_EQ(linha.fazer(caixa), linha.esperado[static_cast<std::size_t>(estado)])
+                << linha.operacao << " in state " << estado;
+        }
+}
+
+TEST(Estados, um_digito_danificado_nao_trava_o_caixa) {
+    Caixa caixa;
+    for (const char *valor : {"7", "9", "x", ""}) {
+        caixa.config("CONFIGURACAO\\estadoCFe", valor);
+        EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 0) << valor;
+    }
+    EXPECT_EQ(abrir(caixa), ZEL_OK);
+}
+
+// Refusals with a receipt of two items (10.00 and 20.00, the second with a discount) in state 2.
+struct Recusa {
+    const char *descricao;
+    std::function<int(const Funcoes &)> fazer;
+    int esperado;
+};
+
+int venda(const Funcoes &f, const char *quantidade, const char *preco, const char *tipo = "",
+          const char *valor = "", const char *codigo = "1", const char *descricao = "Produto") {
+    return f.aCFVender_ZEL("T1800", quantidade, preco, tipo, valor, codigo, "UN", descricao);
+}
+
+const Recusa kRecusas[] = {
+    {"quantity below zero", [](const Funcoes &f) { return venda(f, "-1", "1"); }, -99},
+    {"price below zero", [](const Funcoes &f) { return venda(f, "1", "-1"); }, -99},
+    {"price with a letter", [](const Funcoes &f) { return venda(f, "1", "1O"); }, -99},
+    {"price with two points", [](const Funcoes &f) { return venda(f, "1", "1.0.0"); }, -99},
+    {"adjustment below zero", [](const Funcoes &f) { return venda(f, "1", "1", "D$", "-1"); }, -99},
+    {"no price", [](const Funcoes &f) { return venda(f, "1", ""); }, -120},
+    {"whole discount", [](const Funcoes &f) { return venda(f, "1", "1", "D%", "100"); }, -35},
+    {"surcharge at the bound", [](const Funcoes &f) { return venda(f, "1", "1", "A$", "1"); }, -35},
+    {"written amount decides", [](const Funcoes &f) { return venda(f, "1", "1", "D%", "99,6"); },
+     -35},
+    {"no product code", [](const Funcoes &f) { return venda(f, "1", "1", "", "", ""); }, -120},
+    {"null texts",
+     [](const Funcoes &f) {
+         return f.aCFVender_ZEL(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                nullptr);
+     },
+     -120},
+    {"tag text without elements", [](const Funcoes &f) { return f.aCFVenderXml_ZEL("x"); }, -121},
+    {"null tag text", [](const Funcoes &f) { return f.aCFVenderXml_ZEL(nullptr); }, -121},
+    {"tag text torn", [](const Funcoes &f) { return f.aCFVenderXml_ZEL("<prod><cProd>"); }, -1},
+    {"tag text with a comment",
+     [](const Funcoes &f) { return f.aCFVenderXml_ZEL("<!-- x --><prod></prod>"); }, -1},
+    {"tag text without taxes", [](const Funcoes &f) { return f.aCFVenderXml_ZEL("<prod></prod>"); },
+     -122},
+    {"item above the last",
+     [](const Funcoes &f) { return f.aCFLancarDescontoItem_ZEL(3, "D$", "1"); }, -11},
+    {"negative item", [](const Funcoes &f) { return f.aCFLancarDescontoItem_ZEL(-1, "D$", "1"); },
+     -99},
+    {"no type", [](const Funcoes &f) { return f.aCFLancarDescontoItem_ZEL(1, "", "1"); }, -99},
+    {"null value", [](const Funcoes &f) { return f.aCFLancarAcrescimoItem_ZEL(1, "A$", nullptr); },
+     -99},
+    {"value below zero",
+     [](const Funcoes &f) { return f.aCFLancarAcrescimoItem_ZEL(1, "A$", "-0,01"); }, -99},
+    {"second adjustment",
+     [](const Funcoes &f) { return f.aCFLancarAcrescimoItem_ZEL(2, "A$", "1"); }, -20},
+    {"last item has one already",
+     [](const Funcoes &f) { return f.aCFLancarDescontoItem_ZEL(0, "D$", "1"); }, -20},
+    {"discount of all", [](const Funcoes &f) { return f.aCFLancarDescontoItem_ZEL(1, "D$", "10"); },
+     -35},
+    {"surcharge of all",
+     [](const Funcoes &f) { return f.aCFLancarAcrescimoItem_ZEL(1, "A%", "100"); }, -35},
+    {"cancel item 0", [](const Funcoes &f) { return f.aCFCancelarItem_ZEL(0); }, -99},
+    {"cancel item 3", [](const Funcoes &f) { return f.aCFCancelarItem_ZEL(3); }, -99},
+    {"cancel a whole quantity",
+     [](const Funcoes &f) { return f.aCFCancelarItemParcial_ZEL(1, "1,0000"); }, -31},
+    {"cancel nothing given", [](const Funcoes &f) { return f.aCFCancelarItemParcial_ZEL(1, ""); },
+     -99},
+    {"cancel a negative quantity",
+     [](const Funcoes &f) { return f.aCFCancelarItemParcial_ZEL(1, "-1"); }, -99},
+    {"cancel of item 3", [](const Funcoes &f) { return f.aCFCancelarItemParcial_ZEL(3, "0.1"); },
+     -11},
+    {"no discount to drop", [](const Funcoes &f) { return f.aCFCancelarDescontoItem_ZEL(1); }, -21},
+    {"no surcharge to drop", [](const Funcoes &f) { return f.aCFCancelarAcrescimoItem_ZEL(0); },
+     -21},
+    {"total discount of all", [](const Funcoes &f) { return f.aCFTotalizar_ZEL("D%", "100"); },
+     -35},
+    {"street without number",
+     [](const Funcoes &f) {
+         return f.aCFIdentificarConsumidor_ZEL("1", "", "Rua", "", "", "", "", "", "", "");
+     },
+     -1},
+    {"CPF of ten digits",
+     [](const Funcoes &f) {
+         return f.aCFIdentificarConsumidor_ZEL("1234567890", "", "", "", "", "", "", "", "", "");
+     },
+     -120},
+    {"unknown key", [](const Funcoes &f) { return f.regAlterarValor_ZEL("IDE\\nada", "1"); }, -1},
+    {"value that ends its element",
+     [](const Funcoes &f) { return f.regAlterarValor_ZEL("EMIT\\xNome", "a</b"); }, -1},
+    {"null result buffer",
+     [](const Funcoes &f) { return f.regRetornarValor_ZEL("IDE\\nNF", nullptr); }, -99},
+    {"unknown preset length", [](const Funcoes &f) { return f.aCFConfPisNT_ZEL("1"); }, -99},
+    {"blank tax amount", [](const Funcoes &f) { return f.aCFValorLeiImposto_ZEL("  "); }, -99},
+    {"unknown information",
+     [](const Funcoes &f) {
+         char saida[ZEL_TAMANHO_INFO];
+         return f.rInfoEstendida_ZEL("8", saida);
+     },
+     -99},
+    {"file to scramble is missing",
+     [](const Funcoes &f) { return f.eCriptografarArquivo_ZEL("/nada/aqui", "/nada/la", "k"); },
+     -52},
+    {"contingency without a directory",
+     [](const Funcoes &f) { return f.aCFContingenciaUltimaNota_ZEL(4, nullptr); }, -1},
+    {"unknown kind of reissue",
+     [](const Funcoes &f) { return f.aCFContingenciaUltimaNota_ZEL(9, nullptr); }, -1},
+};
+
+TEST(Recusas, respondem_seu_codigo_e_nada_muda) {
+    Caixa caixa;
+    ASSERT_NO_FATAL_FAILURE(levarAoEstado(caixa, 2));
+    ASSERT_EQ(caixa->aCFVender_ZEL("T1800", "2", "10", "D$", "1", "2", "UN", "Outro"), ZEL_OK);
+    const std::string registros = caixa.lerArquivo("ArqPersist.bin");
+    const std::string configuracao = caixa.lerArquivo("ZEL_Framework.xml");
+    for (const Recusa &recusa : kRecusas) {
+        EXPECT_EQ(recusa.fazer(caixa.funcoes()), recusa.esperado) << recusa.descricao;
+        EXPECT_EQ(caixa.lerArquivo("ArqPersist.bin"), registros) << recusa.descricao;
+        EXPECT_EQ(caixa.lerArquivo("ZEL_Framework.xml"), configuracao) << recusa.descricao;
+    }
+    EXPECT_EQ(caixa.info("1"), "2");
+}
+
+TEST(Limite, milesimo_item) {
+    Caixa caixa;
+    ASSERT_NO_FATAL_FAILURE(levarAoEstado(caixa, 1));
+    std::string registros = "01|\r\n";
+    const std::string item =
+        "|<prod><cProd>1</cProd><cEAN> </cEAN><xProd>P</xProd><NCM>22011000</NCM><CFOP>5102</CFOP>"
+        "<uCom>U</uCom><qCom>1.0000</qCom><vUnCom>1</vUnCom><vProd>1.00</vProd><cEANTrib> "
+        "</cEANTrib><uTrib>U</uTrib><qTrib>1.0000</qTrib><vUnTrib>1</vUnTrib><indTot>1</indTot>"
+        "</prod><imposto><ICMS></ICMS></imposto>\r\n";
+    for (int i = 1; i <= 998; ++i)
+        registros += "02|" + std::to_string(i) + item;
+    caixa.parar();
+    caixa.escreverArquivo("ArqPersist.bin", registros);
+    caixa.iniciar();
+    caixa.config("CONFIGURACAO\\estadoCFe", "2");
+    EXPECT_EQ(vender(caixa), ZEL_OK);
+    EXPECT_EQ(vender(caixa), ZEL_RECUSADO);
+    caixa.config("CONFIGURACAO\\estadoCFe", "3");
+    EXPECT_EQ(vender(caixa), ZEL_RECUSADO) << "looked at before the state";
+    EXPECT_EQ(caixa.lerArquivo("ArqPersist.bin").find("02|1000"), std::string::npos);
+}
+
+TEST(ConsumidorObrigatorio, acima_do_limite) {
+    struct Caso {
+        const char *documento;
+        const char *preco;
+        int simples, comDuasMensagens;
+    };
+    for (const Caso &caso :
+         {Caso{"", "10000.00", 1, 1}, Caso{"", "10000.01", -108, -108},
+          Caso{"12345678909", "10000.01", 1, 1}, Caso{"11222333000181", "10000.01", 1, -108},
+          Caso{"123456", "10000.01", 1, -108}}) {
+        for (const bool ambas : {false, true}) {
+            Caixa caixa;
+            ASSERT_EQ(abrir(caixa, caso.documento), ZEL_OK);
+            ASSERT_EQ(vender(caixa, caso.preco), ZEL_OK);
+            ASSERT_EQ(caixa->aCFTotalizar_ZEL("", ""), ZEL_OK);
+            ASSERT_EQ(caixa->aCFEfetuarPagamento_ZEL("01", "0"), ZEL_OK);
+            EXPECT_EQ(ambas ? caixa->tCFEncerrarConfigMsg_ZEL("", "") : caixa->tCFEncerrar_ZEL(""),
+                      ambas ? caso.comDuasMensagens : caso.simples)
+                << caso.documento << " " << caso.preco;
+        }
+    }
+}
+
+TEST(Pagamento, troco_estorno_e_informacoes) {
+    Caixa caixa;
+    ASSERT_NO_FATAL_FAILURE(levarAoEstado(caixa, 3));
+    EXPECT_EQ(caixa.info("1"), "10.00");
+    EXPECT_EQ(caixa.info("2"), "");
+    EXPECT_EQ(caixa->aCFEfetuarPagamento_ZEL("dinheiro", "-1"), -99);
+    ASSERT_EQ(caixa->aCFEfetuarPagamento_ZEL("vale presente", "4"), ZEL_OK);
+    EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 3);
+    EXPECT_EQ(caixa.info("1"), "+");
+    EXPECT_EQ(caixa.info("2"), "6.00");
+    ASSERT_EQ(caixa->aCFEfetuarPagamento_ZEL("dinheiro", "20,00"), ZEL_OK);
+    EXPECT_EQ(caixa.config("CONFIGURACAO\\TrocoUltimaNFCe"), "14.00");
+    EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 4);
+    // The last line is looked for by what the customer gave.
+    EXPECT_EQ(caixa->aCFEstornarPagamento_ZEL("dinheiro", "cheque", "6.00"), -12);
+    EXPECT_EQ(caixa->aCFEstornarPagamento_ZEL("dinheiro", "", "20"), -99);
+    EXPECT_EQ(caixa->aCFEstornarPagamento_ZEL("dinheiro", "cheque", "20"), ZEL_OK);
+    EXPECT_NE(caixa.lerArquivo("ArqPersist.bin").find("<tPag>02</tPag><vPag>6.00</vPag>"),
+              std::string::npos);
+    EXPECT_EQ(caixa->aCFEfetuarPagamento_ZEL("01", "1"), -34);
+    EXPECT_EQ(caixa.config("CONFIGURACAO\\TrocoUltimaNFCe"), "0");
+}
+
+TEST(InformacaoEstendida, vendendo_e_encerrado) {
+    Caixa caixa;
+    EXPECT_EQ(caixa.info("9"), "") << "no index is wrong before the first sale";
+    ASSERT_NO_FATAL_FAILURE(levarAoEstado(caixa, 1));
+    ASSERT_EQ(caixa->aCFVender_ZEL("T1800", "1", "7.50", "A%", "10", "1", "UN", "P"), ZEL_OK);
+    EXPECT_EQ(caixa.info("1"), "1");
+    EXPECT_EQ(caixa.info("2"), "A%");
+    EXPECT_EQ(caixa.info("3"), "7.50");
+    EXPECT_EQ(caixa.info("4"), "");
+    ASSERT_EQ(caixa->aCFTotalizar_ZEL("", ""), ZEL_OK);
+    ASSERT_EQ(caixa->aCFEfetuarPagamento_ZEL("01", "8.25"), ZEL_OK);
+    ASSERT_EQ(caixa->tCFEncerrar_ZEL(""), ZEL_OK);
+    EXPECT_EQ(caixa.info("1"), "8.25");
+    EXPECT_EQ(caixa.info("2"), "2");
+    EXPECT_EQ(caixa.info("3"), caixa.config("NFCE\\ChaveDeAcesso"));
+    EXPECT_EQ(caixa.info("5"), "1");
+}
+
+} // namespace

@@ -1,0 +1,235 @@
+// What leaves the library: reissues, contingency files, history copies, the text of values and the
+// configuration as another process sees it.
+#include "blackbox/Caixa.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <clocale>
+#include <cstdlib>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void fecharCupom(const Caixa &c, const char *texto = "", const char *descricao = "Produto") {
+    ASSERT_EQ(c->aCFAbrir_ZEL("", "", "", "", "", "", "", "", ""), ZEL_OK);
+    ASSERT_EQ(c->aCFVender_ZEL("T1800", "1", "10.00", "", "", "1", "UN", descricao), ZEL_OK);
+    ASSERT_EQ(c->aCFTotalizar_ZEL("", ""), ZEL_OK);
+    ASSERT_EQ(c->aCFEfetuarPagamento_ZEL("dinheiro", ""), ZEL_OK);
+    ASSERT_EQ(c->tCFEncerrar_ZEL(texto), ZEL_OK);
+}
+
+struct Numeros {
+    std::string nNF, cNF;
+    bool operator==(const Numeros &) const = default;
+};
+Numeros numeros(const Caixa &c) {
+    return {c.config("IDE\\nNF"), c.config("IDE\\cNF")};
+}
+
+TEST(Reemissao, numeracao_de_cada_tipo) {
+    struct Caso {
+        int tipo;
+        Numeros esperado;
+        bool contingencia; // dhCont and xJust
+    };
+    for (const Caso &caso : {Caso{1, {"3", "17102546"}, false}, Caso{3, {"3", "17102546"}, true},
+                             Caso{5, {"2", "17102545"}, true}}) {
+        SCOPED_TRACE(caso.tipo);
+        Caixa caixa;
+        ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+        caixa.config("NFCE\\ProtocoloAutorizacao", "143000000000001");
+        std::vector<char> texto(100000);
+        caixa.reiniciar(); // the sections come from the file
+        ASSERT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(caso.tipo, texto.data()), ZEL_OK);
+        const std::string documento = caixa.lerArquivo("documentosEnvio.xml");
+        EXPECT_EQ(documento, texto.data());
+        EXPECT_EQ(numeros(caixa), caso.esperado);
+        EXPECT_EQ(elemento(documento, "nNF"), caso.esperado.nNF);
+        EXPECT_EQ(documento.find("<dhCont>") != std::string::npos, caso.contingencia);
+        EXPECT_NE(documento.find(caixa.config("NFCE\\ChaveDeAcesso")), std::string::npos);
+        EXPECT_EQ(caixa.config("NFCE\\ProtocoloAutorizacao"), "") << "of an older document";
+        EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 5);
+        ASSERT_EQ(caixa.existe("parametrosEnvio.xml"), caso.tipo == 3);
+        if (caso.tipo == 3) {
+            EXPECT_EQ(caixa.lerArquivo("parametrosEnvio.xml"),
+                      "<SubstituirDocumento><nNF>2</nNF><serie>1</serie></SubstituirDocumento>");
+        }
+    }
+}
+
+TEST(Reemissao, recusas_nao_gastam_numeros) {
+    Caixa caixa;
+    EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(1, nullptr), -1) << "no document at all";
+    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+    const Numeros antes = numeros(caixa);
+    char vazio[ZEL_TAMANHO_DIRETORIOS] = "";
+    for (const int tipo : {0, 2, 4, 6, -1})
+        EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(tipo, vazio), -1) << tipo;
+    char nenhures[ZEL_TAMANHO_DIRETORIOS] = "/nao/existe/";
+    EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(4, nenhures), -52);
+    EXPECT_EQ(numeros(caixa), antes);
+
+    caixa.config("IDE\\nNF", "999999999");
+    const std::string documento = caixa.lerArquivo("documentosEnvio.xml");
+    EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(1, nullptr), -1) << "no number left";
+    EXPECT_EQ(caixa.config("IDE\\nNF"), "999999999");
+    EXPECT_EQ(caixa.lerArquivo("documentosEnvio.xml"), documento);
+    caixa.config("IDE\\nNF", "0041");
+    caixa.config("IDE\\cNF", "99999999");
+    ASSERT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(1, nullptr), ZEL_OK);
+    EXPECT_EQ(numeros(caixa), (Numeros{"42", "1"})) << "codes start again, zeros are dropped";
+}
+
+TEST(Reemissao, sem_uma_secao_gasta_o_numero_e_nao_escreve) {
+    Caixa caixa;
+    ASSERT_EQ(caixa->aCFAbrir_ZEL("", "", "", "", "", "", "", "", ""), ZEL_OK);
+    EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(3, nullptr), -1);
+    EXPECT_EQ(numeros(caixa), (Numeros{"2", "17102545"}));
+    EXPECT_FALSE(caixa.existe("documentosEnvio.xml"));
+    EXPECT_FALSE(caixa.existe("parametrosEnvio.xml"));
+}
+
+TEST(Contingencia, arquivos_embaralhados_em_cada_diretorio) {
+    Caixa caixa;
+    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+    const std::string a = caixa.diretorio() + "a/", b = caixa.diretorio() + "b/";
+    fs::create_directory(a);
+    fs::create_directory(b);
+    char texto[ZEL_TAMANHO_DIRETORIOS];
+    const std::string lista = a + "||" + b;
+    texto[lista.copy(texto, lista.size())] = '\0';
+    ASSERT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(4, texto), ZEL_OK);
+    const std::string chave = caixa.config("NFCE\\ChaveDeAcesso");
+    EXPECT_EQ(texto, b + chave + ".ctg");
+    EXPECT_EQ(numeros(caixa), (Numeros{"2", "17102546"})) << "the number stays";
+    EXPECT_EQ(caixa.lerArquivo("a/" + chave + ".ctg"), caixa.lerArquivo("b/" + chave + ".ctg"));
+
+    // The exported functions undo it; the terminating zero of the text is part of the file.
+    ASSERT_EQ(caixa->eDescriptografarArquivo_ZEL(texto, (a + "claro.xml").c_str(), "rkv804mtq217"),
+              ZEL_OK);
+    std::string claro = caixa.lerArquivo("a/claro.xml");
+    ASSERT_FALSE(claro.empty());
+    EXPECT_EQ(claro.back(), '\0');
+    claro.pop_back();
+    EXPECT_NE(claro.find("Id=\"NFe" + chave), std::string::npos);
+    EXPECT_TRUE(claro.ends_with("</infNFe></NFe>"));
+    EXPECT_NE(claro.find("<xJust>"), std::string::npos);
+
+    const std::string arquivo = a + "claro.xml";
+    ASSERT_EQ(caixa->eCriptografarArquivo_ZEL(arquivo.c_str(), arquivo.c_str(), "x"), ZEL_OK);
+    ASSERT_EQ(caixa->eDescriptografarArquivo_ZEL(arquivo.c_str(), arquivo.c_str(), "x"), ZEL_OK);
+    EXPECT_EQ(caixa.lerArquivo("a/claro.xml"), claro + '\0') << "onto itself";
+}
+
+TEST(Historico, copias_carimbadas_ou_simples) {
+    Caixa caixa;
+    for (const char *nome : {"simples/", "carimbo/"})
+        fs::create_directory(caixa.diretorio() + nome);
+    caixa.config("CONFIGURACAO\\PathXMLEnvio", (caixa.diretorio() + "simples/").c_str());
+    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+    EXPECT_EQ(caixa.lerArquivo("simples/documentosEnvio.xml"),
+              caixa.lerArquivo("documentosEnvio.xml"));
+    caixa.config("CONFIGURACAO\\PathXMLEnvio", (caixa.diretorio() + "carimbo/").c_str());
+    caixa.config("CONFIGURACAO\\HistoricoXML", "1");
+    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+    std::vector<std::string> nomes;
+    for (const auto &entrada : fs::directory_iterator(caixa.diretorio() + "carimbo"))
+        nomes.push_back(entrada.path().filename());
+    ASSERT_EQ(nomes.size(), 1U);
+    EXPECT_TRUE(nomes[0].starts_with("EnvioNFCe20") && nomes[0].size() == 28) << nomes[0];
+}
+
+TEST(Fuso, a_oeste_configurado_e_a_leste) {
+    struct Caso {
+        const char *zona, *utilizar, *valor, *fim;
+    };
+    for (const Caso &caso : {Caso{"BRT3", "0", "0", "-03:00"}, Caso{"UTC0", "0", "0", "-00:00"},
+                             Caso{"XXX-5:30", "0", "0", "-00:00"}, Caso{"BRT3", "1", "4", "-04:00"},
+                             Caso{"BRT3", "1", "-2", "-00:00"}}) {
+        const char *antes = getenv("TZ");
+        const std::string zonaAnterior = antes != nullptr ? antes : "";
+        setenv("TZ", caso.zona, 1);
+        tzset();
+        Caixa caixa;
+        caixa.config("CONFIGURACAO\\TIMEZONESERVIDOR\\Utilizar", caso.utilizar);
+        caixa.config("CONFIGURACAO\\TIMEZONESERVIDOR\\Valor", caso.valor);
+        ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+        antes != nullptr ? setenv("TZ", zonaAnterior.c_str(), 1) : unsetenv("TZ");
+        tzset();
+        const std::string emissao = elemento(caixa.lerArquivo("documentosEnvio.xml"), "dhEmi");
+        EXPECT_TRUE(emissao.ends_with(caso.fim)) << caso.zona << " " << emissao;
+    }
+}
+
+TEST(Textos, chegam_bem_formados_e_uma_vez) {
+    struct Caso {
+        const char *dado, *escrito;
+    };
+    for (const Caso &caso : {Caso{"A & B < C > D", "A &amp; B &lt; C &gt; D"},
+                             Caso{"A &amp; B &#233; &lt;", "A &amp; B \xE9 &lt;"},
+                             Caso{"&amp;lt;", "&amp;lt;"}, Caso{"&quot;x&apos;\"'", "\"x'\"'"},
+                             Caso{"&nada; &#300; &", "&amp;nada; &amp;#300; &amp;"},
+                             Caso{"a\r\nb\nc\rd\te", "a b c d e"},
+                             Caso{"a\x01\x1F\x7F"
+                                  "b",
+                                  "a\x7F"
+                                  "b"},
+                             Caso{"a&#10;b&#x0D;&#0;c", "a b c"}}) {
+        Caixa caixa;
+        ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa, caso.dado, caso.dado));
+        const std::string documento = caixa.lerArquivo("documentosEnvio.xml");
+        EXPECT_EQ(elemento(documento, "xProd"), caso.escrito) << caso.dado;
+        EXPECT_EQ(documento.find_first_of("\r\n"), std::string::npos);
+    }
+}
+
+TEST(Textos, cortes_contam_caracteres) {
+    Caixa caixa;
+    std::string cento_e_vinte_um;
+    for (int i = 0; i < 121; ++i)
+        cento_e_vinte_um += "&amp;";
+    ASSERT_NO_FATAL_FAILURE(
+        fecharCupom(caixa, std::string(6000, 'x').c_str(), cento_e_vinte_um.c_str()));
+    const std::string documento = caixa.lerArquivo("documentosEnvio.xml");
+    EXPECT_EQ(elemento(documento, "xProd").size(), 120U * 5);
+    EXPECT_EQ(elemento(documento, "infCpl").size(), 5000U);
+}
+
+TEST(Encerramento, so_marcas_e_brancos_nao_deixam_infAdic) {
+    Caixa caixa;
+    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa, " <b></b> <qrcode>http://x</qrcode>\r\n"));
+    EXPECT_EQ(caixa.lerArquivo("documentosEnvio.xml").find("infAdic"), std::string::npos);
+    EXPECT_NE(caixa.lerArquivo("ArqPersist.bin").find("[qrcode]"), std::string::npos);
+}
+
+TEST(Configuracao, outro_processo_e_visto_na_operacao_seguinte) {
+    Caixa caixa;
+    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+    std::string arquivo = caixa.lerArquivo("ZEL_Framework.xml");
+    const auto trocar = [&](const std::string &de, const std::string &para) {
+        arquivo.replace(arquivo.find(de), de.size(), para);
+        caixa.escreverArquivo("ZEL_Framework.xml", arquivo); // same size, same instant
+    };
+    trocar("<natOP>Venda<", "<natOP>Troca<");
+    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+    EXPECT_EQ(elemento(caixa.lerArquivo("documentosEnvio.xml"), "natOp"), "Troca");
+    EXPECT_EQ(caixa.config("IDE\\nNF"), "3") << "numbers go on from the file";
+}
+
+// An application that works in Portuguese must not change one byte of a document.
+TEST(Localidade, virgula_decimal_do_processo_nao_chega_ao_documento) {
+    const char *aceita = setlocale(LC_ALL, "pt_BR.UTF-8");
+    if (aceita == nullptr) aceita = setlocale(LC_ALL, "de_DE.UTF-8");
+    if (aceita == nullptr) GTEST_SKIP() << "no locale with a decimal comma is installed";
+    Caixa caixa;
+    fecharCupom(caixa);
+    setlocale(LC_ALL, "C");
+    const std::string documento = caixa.lerArquivo("documentosEnvio.xml");
+    EXPECT_EQ(elemento(documento, "vNF"), "10.00");
+    EXPECT_EQ(elemento(documento, "qCom"), "1.0000");
+    EXPECT_EQ(elemento(documento, "vICMS"), "1.80");
+}
+
+} // namespace
