@@ -21,6 +21,9 @@ install(FILES
     ${PROJECT_BINARY_DIR}/ZEL_FelborFrameworkConfigVersion.cmake
     DESTINATION ${zel_pacote_cmake})
 
+# The prefix is told from where the file stands: `cmake --install --prefix` may choose another.
+file(RELATIVE_PATH zel_ao_prefixo
+    ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(${PROJECT_SOURCE_DIR}/cmake/zel-felborframework.pc.in
     ${PROJECT_BINARY_DIR}/zel-felborframework.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zel-felborframework.pc

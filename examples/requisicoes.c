@@ -19,8 +19,9 @@ static int cancelar(Argumentos a) {
 static int cancelarOffline(Argumentos a) {
     char diretorios[ZEL_TAMANHO_DIRETORIOS] = "";
     int codigo;
-    if (strlen(a[0]) >= sizeof diretorios) return ZEL_ARGUMENTO_INVALIDO;
-    strcpy(diretorios, a[0]);
+    const size_t tamanho = strlen(a[0]);
+    if (tamanho >= sizeof diretorios) return ZEL_ARGUMENTO_INVALIDO;
+    memcpy(diretorios, a[0], tamanho);
     codigo = tCFCancelarOffline_ZEL(a[1], a[2], a[3], a[4], diretorios);
     if (codigo == ZEL_OK) printf("last file: %s\n", diretorios);
     return codigo;
@@ -52,7 +53,7 @@ static const struct {
     {"cancelar-offline", 1, 5, "DIR/[|DIR/[|DIR/]] [NUMBER SERIES KEY REASON]", cancelarOffline},
     {"inutilizar", 4, 4, "FIRST LAST SERIES REASON", inutilizar},
     {"consultar-data", 2, 2, "FIRST LAST", consultarData},
-    {"consultar-numero", 3, 3, "FIRST LAST SERIES (0 0: all of the state)", consultarNumero},
+    {"consultar-numero", 3, 3, "FIRST LAST SERIES", consultarNumero},
     {"consultar-chave", 1, 1, "KEY", consultarChave},
 };
 

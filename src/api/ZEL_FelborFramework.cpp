@@ -12,8 +12,11 @@
 #include "imposto/TotalImposto.h"
 #include "negocio/Abertura.h"
 #include "negocio/AjusteItem.h"
+#include "negocio/Cancelamento.h"
+#include "negocio/Consulta.h"
 #include "negocio/Encerramento.h"
 #include "negocio/Inicializacao.h"
+#include "negocio/Inutilizacao.h"
 #include "negocio/Pagamento.h"
 #include "negocio/Totalizacao.h"
 #include "negocio/Transporte.h"
@@ -21,6 +24,7 @@
 #include "util/Cripto.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -51,6 +55,15 @@ template <typename Funcao>
 int quadro(Funcao funcao) noexcept {
     return semExcecao([&] {
         fnInicializarVariaveis_ZEL();
+        return funcao();
+    });
+}
+
+// Functions without the frame do without the document in progress, not without their files.
+template <typename Funcao>
+int semQuadro(Funcao funcao) noexcept {
+    return semExcecao([&] {
+        fnPrepararArquivos_ZEL();
         return funcao();
     });
 }
@@ -229,20 +242,40 @@ int tCFEncerrarConfigMsg_ZEL(const char *informacoes, const char *informacoesFis
     });
 }
 
-int tCFCancelar_ZEL(const char *, const char *, const char *, const char *, const char *) {
-    return aindaNaoDisponivel();
+int tCFCancelar_ZEL(const char *numero, const char *serie, const char *chave, const char *protocolo,
+                    const char *justificativa) {
+    return quadro([&] {
+        return fnCFCancelar_ZEL_Felbor(texto(numero), texto(serie), texto(chave), texto(protocolo),
+                                       texto(justificativa));
+    });
 }
 
-int tCFCancelarOffline_ZEL(const char *, const char *, const char *, const char *, char *) {
-    return aindaNaoDisponivel();
+int tCFCancelarOffline_ZEL(const char *numero, const char *serie, const char *chave,
+                           const char *justificativa, char *diretorios) {
+    return quadro([&] {
+        std::optional<std::string> lista;
+        if (diretorios != nullptr) lista = diretorios;
+        const int codigo = fnCFCancelarOffline_ZEL_Felbor(texto(numero), texto(serie), texto(chave),
+                                                          texto(justificativa), lista);
+        if (lista && *lista != diretorios) copiarResultado(*lista, diretorios);
+        return codigo;
+    });
 }
 
-int tCFInutilizar_ZEL(const char *, const char *, const char *, const char *) {
-    return aindaNaoDisponivel();
+int tCFInutilizar_ZEL(const char *numeroInicial, const char *numeroFinal, const char *serie,
+                      const char *justificativa) {
+    return quadro([&] {
+        return fnCFInutilizar_ZEL_Felbor(texto(numeroInicial), texto(numeroFinal), texto(serie),
+                                         texto(justificativa));
+    });
 }
 
-int GeraXMLConsulta_ZEL(const char *, const char *, const char *, const char *, const char *) {
-    return aindaNaoDisponivel();
+int GeraXMLConsulta_ZEL(const char *tipo, const char *inicio, const char *fim, const char *serie,
+                        const char *chave) {
+    return semQuadro([&] {
+        return fnGeraXMLConsulta_ZEL(texto(tipo), texto(inicio), texto(fim), texto(serie),
+                                     texto(chave));
+    });
 }
 
 // ---- Taxes of the next item ---------------------------------------------------------------------
@@ -319,11 +352,8 @@ int regRetornarValor_ZEL(const char *chave, char *valor) {
 }
 
 int rCFVerificarStatus_ZEL() {
-    return semExcecao([] {
-        // An unreadable file leaves the state in memory, 0 in a new process.
-        garantirConfig();
-        return fnCFVerificarStatus_ZEL();
-    });
+    // An unreadable file leaves the state in memory, 0 in a new process.
+    return semQuadro([] { return fnCFVerificarStatus_ZEL(); });
 }
 
 int rInfoEstendida_ZEL(const char *indice, char *valor) {

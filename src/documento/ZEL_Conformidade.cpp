@@ -7,7 +7,6 @@
 #include "util/TextoXml.h"
 
 #include <algorithm>
-#include <array>
 #include <span>
 #include <string>
 #include <utility>
@@ -15,10 +14,6 @@
 namespace zel {
 
 namespace {
-
-// Names of the section roots, in the order of the section numbers.
-constexpr std::array<std::string_view, 6> kSecoes{"ABERTURA",  "VENDA",      "TOTALIZACAO",
-                                                  "PAGAMENTO", "TRANSPORTE", "ENCERRAMENTO"};
 
 std::span<const ST_tagZEL> filhosDe(const ST_tagZEL &no) {
     return no.subTags ? std::span<const ST_tagZEL>(*no.subTags) : std::span<const ST_tagZEL>();
@@ -93,7 +88,7 @@ int fnVerificarFormatarTAG_ZEL(Secao secao, std::string_view texto, ST_tagZEL &r
     if (!molde) return ZEL_RECUSADO;
     std::string limpo;
     if (std::any_of(texto.begin(), texto.end(), ehControle)) texto = limpo = semControles(texto);
-    ST_tagZEL raiz = newST_tagZEL(false, kSecoes[static_cast<std::size_t>(secao)]);
+    ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(secao));
     if (const int codigo = fnParseToTag_ZEL(raiz, texto); codigo != ZEL_OK) return codigo;
     const int codigo = fnVerificaConformidade_base_raiz(*molde, raiz);
     if (codigo == ZEL_OK) resultado = std::move(raiz);
@@ -101,7 +96,7 @@ int fnVerificarFormatarTAG_ZEL(Secao secao, std::string_view texto, ST_tagZEL &r
 }
 
 int fnVerificarFormatarTAG_ZEL(int secao, std::string_view texto, ST_tagZEL &resultado) {
-    if (secao < 0 || std::cmp_greater_equal(secao, kSecoes.size())) return ZEL_RECUSADO;
+    if (secao < 0 || std::cmp_greater_equal(secao, kNomesDasSecoes.size())) return ZEL_RECUSADO;
     return fnVerificarFormatarTAG_ZEL(static_cast<Secao>(secao), texto, resultado);
 }
 

@@ -10,23 +10,30 @@ namespace zel {
 
 namespace {
 
+bool arquivosProntos = false;
 bool documentoCarregado = false;
 
 } // namespace
 
+void fnPrepararArquivos_ZEL() {
+    // What waits is judged by the configuration, so that comes first.
+    if (!arquivosProntos)
+        arquivosProntos = garantirConfig() == ZEL_OK && fnConcluirEnvio_ZEL() == ZEL_OK;
+}
+
 void fnInicializarVariaveis_ZEL() {
     if (documentoCarregado) return;
     construirMoldes();
-    // A waiting change is judged by the configuration, so the document is read only behind it.
-    if (garantirConfig() != ZEL_OK) return;
+    fnPrepararArquivos_ZEL();
+    if (!arquivosProntos) return;
     bool passageira = false;
     fnCarregaEstrutura_ZEL(&passageira);
-    documentoCarregado = !passageira && fnConcluirEnvio_ZEL() == ZEL_OK;
+    documentoCarregado = !passageira;
 }
 
 void fnFinalizarVariaveis_ZEL() {
     liberarMoldes();
-    documentoCarregado = false;
+    arquivosProntos = documentoCarregado = false;
 }
 
 } // namespace zel

@@ -3,8 +3,6 @@
 #include "ZEL_FelborFramework.h"
 #include "util/Numero.h"
 
-#include <array>
-
 namespace zel {
 
 ST_PersitenceXML_ZEL G_stXML_Persistencia;
@@ -52,12 +50,6 @@ void ST_PersitenceXML_ZEL::fnLimpar() {
 ST_tagZEL *ST_PersitenceXML_ZEL::item(int numero) {
     if (numero < 1 || numero > quantidadeItens()) return nullptr;
     return &(*vendas)[static_cast<std::size_t>(numero - 1)];
-}
-
-std::string_view nomeSecao(Secao secao) {
-    static constexpr std::array<std::string_view, 6> kNomes{
-        "ABERTURA", "VENDA", "TOTALIZACAO", "PAGAMENTO", "TRANSPORTE", "ENCERRAMENTO"};
-    return kNomes[static_cast<std::size_t>(secao)];
 }
 
 } // namespace zel

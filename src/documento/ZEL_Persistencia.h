@@ -41,9 +41,6 @@ struct ST_PersitenceXML_ZEL {
 
 extern ST_PersitenceXML_ZEL G_stXML_Persistencia;
 
-// The name of a section's root, "ABERTURA" to "ENCERRAMENTO".
-std::string_view nomeSecao(Secao secao);
-
 // Runs an operation that changes `alvo` and saves it; when it does not answer 1, `alvo` is put
 // back as it was before the call.
 template <class Alvo, class Acao>

@@ -1,11 +1,13 @@
 #include "impressao/ZEL_PDF.h"
 
 #include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
 #include "documento/ZEL_Envio.h"
 #include "documento/ZEL_Parser.h"
 #include "documento/ZEL_Tag.h"
 #include "impressao/CupomFiscal.h"
 #include "impressao/GerenciadorImpressao.h"
+#include "impressao/LeituraXml.h"
 #include "impressao/PdfDanfe.h"
 #include "impressao/PdfListagem.h"
 #include "impressao/PdfPagina.h"
@@ -99,6 +101,8 @@ private:
 // The receipt text of an authorized document: its own protocol stands in it, so it is its return as
 // well.
 int textoDanfe(std::string_view xml, std::string &texto) {
+    // The QR code is hashed with the taxpayer's token, which another program may have changed.
+    if (const int codigo = fnXML_CarregarXML_ZEL(); codigo != ZEL_OK) return codigo;
     const CopiaTemporaria copia(xml);
     if (copia.gravada() != ZEL_OK) return copia.gravada();
     CupomFiscal cupom;

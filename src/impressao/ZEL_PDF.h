@@ -17,8 +17,9 @@ int fnGerarPDF(std::string_view origem, std::string_view conteudo);
 int fnGerarPDFDanfe(std::string_view texto, int colunas, std::string_view arquivo);
 
 // Writes the receipt, in 48 columns, of an authorized document (with its protocol) given in base64.
-// 1; -1 as fnGerarPDF, or a document from which no receipt can be read; -52 the working copy
-// "danfe_pdf_temp.xml" could not be written; -22; -23. The working copy is gone in every case.
+// 1; -1 as fnGerarPDF, or a document from which no receipt can be read; -40, -52 the configuration
+// could not be loaded; -52 the working copy "danfe_pdf_temp.xml" could not be written; -22; -23.
+// The working copy is gone in every case.
 int fnGerarPDFDanfeDoXml(std::string_view base64);
 
 } // namespace zel

@@ -37,9 +37,8 @@ int fnCFCancelarOffline_ZEL_Felbor(std::string_view numero, std::string_view ser
                                    std::string_view chave, std::string_view justificativa,
                                    std::optional<std::string> &diretorios);
 
-// Appends to `texto` the event of a cancellation at `momento`, five seconds later when
-// "CONFIGURACAO\AjustarDhCanc" is 1, so that it does not precede an authorization given by a clock
-// ahead of ours. Always 1.
+// Appends to `texto` the event of a cancellation at `momento`, which it puts five seconds later
+// when "CONFIGURACAO\AjustarDhCanc" is 1. Always 1.
 int fnCriarLayoutXmlCanc_ZEL_Felbor(const DadosCancelamento &cancelado, std::time_t momento,
                                     std::string &texto);
 

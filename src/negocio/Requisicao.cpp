@@ -34,8 +34,8 @@ bool temProtocolo(const DadosRequisicao &dados) {
     return !dados.protocolo.empty();
 }
 
-// A consultation that names no number asks for all of the issuer's state.
-bool todosOsNumeros(const DadosRequisicao &dados) {
+// A consultation by number from 0 to 0 names the issuer's state instead.
+bool semIntervalo(const DadosRequisicao &dados) {
     return dados.porNumero && dados.numeroInicial == "0" && dados.numeroFinal == "0";
 }
 
@@ -95,7 +95,7 @@ constexpr std::array<Elemento, 12> kConsulta{{
     {"ChaveAcesso", &D::chave},
     {"DataEmissaoInicial", &D::dataInicial},
     {"DataEmissaoFinal", &D::dataFinal},
-    {"dhUF", R"(IDE\cUF)"_chave, todosOsNumeros},
+    {"dhUF", R"(IDE\cUF)"_chave, semIntervalo},
 }};
 
 constexpr std::array<Elemento, 7> kParametros{{

@@ -1,6 +1,5 @@
 #include "util/Codificacao.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <nettle/base64.h>

@@ -123,6 +123,9 @@ TEST_F(ConfigRegistro, veOqueOutroProcessoMudou) {
     editar("<nNF>2<", "<nNF>9<");
     ASSERT_EQ(fnRegAlterarValor_ZEL(R"(IDE\nNF)", "2"), ZEL_OK);
     EXPECT_TRUE(noArquivo("<nNF>2<"));
+    // Begun anew from the defaults, although the file's bytes are those known.
+    EXPECT_EQ(inicializarConfig(), ZEL_OK);
+    EXPECT_EQ(valorConfig(kNNF), "1");
 }
 
 TEST_F(ConfigRegistro, falhaDeGravacaoNadaMuda) {

@@ -6,7 +6,7 @@
 
 using namespace zel;
 
-// The signature hashed with the document, or the document taken from the wrong place. The digest
+// The document taken from the wrong place, or its bytes changed on the way. The digest
 // was computed apart, over the UTF-8 text of infNFe with xmlns in front and nItem in double quotes.
 TEST(Digest, is_the_same_however_the_document_is_wrapped) {
     constexpr std::string_view kNfe =

@@ -99,6 +99,14 @@ TEST_P(ContribuicaoTest, GrupoDoPresetComTaxaDaVenda) {
               nomes("imposto(#(#Outr(CST=99 vBC=10.00 p#=0.00 v#=1.00)))"));
 }
 
+TEST_P(ContribuicaoTest, PresetSemTaxaComElementosDaTaxa) {
+    // No operation leaves the rate empty; the record itself can.
+    (ehPis() ? G_stTagImpostoConfTemp.pis : G_stTagImpostoConfTemp.cofins) = {
+        ehPis() ? "PISOutr" : "COFINSOutr", {{{"CST", {"99"}}, {"vAliqProd", {"25.00"}}}}};
+    EXPECT_EQ(vendido("10.00", "4.0000"),
+              nomes("imposto(#(#Outr(CST=99 qBCProd=4.0000 vAliqProd=25.00 v#=1.00)))"));
+}
+
 TEST_P(ContribuicaoTest, PresetDeQuantidadeComValorQuebraOXml) {
     const auto qtde = ehPis() ? fnCFConfPisQtde_ZEL_Felbor : fnCFConfCofinsQtde_ZEL_Felbor;
     ASSERT_EQ(qtde("03", "1<2&amp;"), 1);
