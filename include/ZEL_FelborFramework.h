@@ -271,7 +271,7 @@ ZEL_API int aCFValorLeiImposto_ZEL(const char *valor);
  * the history copies under CONFIGURACAO\PathXMLEnvio. State 4; then 5. `informacoes` for the
  * consumer, up to 5000; printer mark-up in angle brackets is kept in square ones. Number and
  * numeric code advance; NFCE\ChaveDeAcesso receives the key. A document that could not be written
- * leaves state 4, the closing can be repeated and takes a new number.
+ * leaves state 4, and the closing can be repeated.
  * Codes: ZEL_NENHUM_CUPOM, ZEL_ENCERRAMENTO_FORA_DE_ORDEM; ZEL_CONSUMIDOR_OBRIGATORIO, no CPF, CNPJ
  * or foreign id; ZEL_RECUSADO, the document cannot be assembled (IDE\nNF would pass 999999999).
  * Loads the configuration. Files: ArqPersist.bin, ZEL_Framework.xml, documentosEnvio.xml, the
@@ -289,7 +289,7 @@ ZEL_API int tCFEncerrarConfigMsg_ZEL(const char *informacoes, const char *inform
  * `justificativa` up to 99 (empty: "Cancelamento de NFCe"), in any state. A closed document's event
  * goes to documentosEnvio.xml, with history copies: ZEL_CANCELAMENTO_GRAVADO.
  * Codes: ZEL_ARGUMENTO_INVALIDO, a null argument; ZEL_RECUSADO, state 6 and five empty texts. Loads
- * the configuration. Not available in this version: answers ZEL_RECUSADO. */
+ * the configuration. */
 ZEL_API int tCFCancelar_ZEL(const char *numero, const char *serie, const char *chave,
                             const char *protocolo, const char *justificativa);
 
@@ -299,22 +299,20 @@ ZEL_API int tCFCancelar_ZEL(const char *numero, const char *serie, const char *c
  * 300 characters with their final "/", separated by "|"; receives the path of the last file. It
  * must have room for the longest directory and 64 bytes more. Any state; the state stays.
  * Codes: ZEL_ARGUMENTO_INVALIDO, a null argument; ZEL_RECUSADO, a key without 44 digits; 0, no
- * directory given. Loads the configuration. Files: CNPJ_SERIENUMERO.ctgCanc in each directory. Not
- * available in this version: answers ZEL_RECUSADO. */
+ * directory given. Loads the configuration. Files: CNPJ_SERIENUMERO.ctgCanc in each directory. */
 ZEL_API int tCFCancelarOffline_ZEL(const char *numero, const char *serie, const char *chave,
                                    const char *justificativa, char *diretorios);
 
 /* Requests that a range of numbers be voided: `numeroInicial` and `numeroFinal` up to 9, `serie` up
  * to 3, `justificativa` up to 60. Any state. Code: ZEL_ARGUMENTO_INVALIDO, a null argument. Loads
- * the configuration. Files: documentosEnvio.xml, history copies. Not available in this version:
- * answers ZEL_RECUSADO. */
+ * the configuration. Files: documentosEnvio.xml, history copies. */
 ZEL_API int tCFInutilizar_ZEL(const char *numeroInicial, const char *numeroFinal, const char *serie,
                               const char *justificativa);
 
 /* Requests a consultation. `tipo` is "DATA" (`inicial` and `final` are dates), "NUM" (they are
- * numbers, with `serie`) or "CHAVE" (by the access key). Any state. Code: ZEL_ARGUMENTO_INVALIDO,
- * another `tipo`, or a null argument that it needs. Files: documentosEnvio.xml,
- * parametrosEnvio.xml, history copies. Not available in this version: answers ZEL_RECUSADO. */
+ * numbers, with `serie`) or "CHAVE" (by the access key): dates up to 25, numbers up to 9, series up
+ * to 4, key up to 44. Any state. Code: ZEL_ARGUMENTO_INVALIDO, another `tipo`, or a null argument
+ * that it needs. Files: documentosEnvio.xml, parametrosEnvio.xml, history copies. */
 ZEL_API int GeraXMLConsulta_ZEL(const char *tipo, const char *inicial, const char *final,
                                 const char *serie, const char *chave);
 
@@ -409,8 +407,7 @@ ZEL_API int aCFContingenciaUltimaNota_ZEL(int tipo, char *texto);
  *                   copies being 2 in contingency and 1 otherwise; ZEL_TAMANHO_CUPOM usually
  * Any state. Codes: ZEL_ARGUMENTO_INVALIDO, `saida` null; ZEL_RECUSADO, unknown kind or columns, or
  * files that cannot be read; ZEL_FALHA_IMPRESSAO, ZEL_FALHA_PDF, ZEL_FALHA_GRAVACAO_PDF. Files:
- * ultimadanfe.bin, ZEL_Framework.xml, the PDFs. Not available in this version: answers
- * ZEL_RECUSADO. */
+ * ultimadanfe.bin, ZEL_Framework.xml, the PDFs. */
 ZEL_API int GerarArquivoFormatadoNF_ZEL(const char *arquivoXml, const char *arquivoRetorno,
                                         const char *urlQrcode, int colunas, int tipoDocumento,
                                         const char *reservado, char *saida);
@@ -421,12 +418,11 @@ ZEL_API int GerarArquivoFormatadoNF_ZEL(const char *arquivoXml, const char *arqu
 ZEL_API int RetornarUltimoBufferFormatadoNF_ZEL(char *saida);
 
 /* Writes NFeKEY_XML.pdf, the listing of a document given as base64 text. Any state. Codes:
- * ZEL_RECUSADO, text that is no document; ZEL_FALHA_PDF, ZEL_FALHA_GRAVACAO_PDF. Not available in
- * this version: answers ZEL_RECUSADO. */
+ * ZEL_RECUSADO, text that is no document; ZEL_FALHA_PDF, ZEL_FALHA_GRAVACAO_PDF. */
 ZEL_API int GeraPDF_ZEL(const char *xmlBase64);
 
 /* Writes NFeKEY_DANFE.pdf, the receipt of an authorized document given as base64 text. Any state.
- * Codes as GeraPDF_ZEL. Not available in this version: answers ZEL_RECUSADO. */
+ * Codes as GeraPDF_ZEL. */
 ZEL_API int GeraPDF_DANFE_ZEL(const char *xmlBase64);
 
 /* Scrambles, respectively unscrambles, the file `origem` into the file `destino`; they may be the

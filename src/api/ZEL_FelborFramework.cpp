@@ -10,6 +10,8 @@
 #include "documento/ZEL_Inicializacao.h"
 #include "imposto/Presets.h"
 #include "imposto/TotalImposto.h"
+#include "impressao/Impressao.h"
+#include "impressao/ZEL_PDF.h"
 #include "negocio/Abertura.h"
 #include "negocio/AjusteItem.h"
 #include "negocio/Cancelamento.h"
@@ -68,22 +70,27 @@ int semQuadro(Funcao funcao) noexcept {
     });
 }
 
-// The frame of a read: the operation fills a text, empty where there is nothing to tell.
+// Hands over the text that a read fills, empty where there is nothing to tell.
+template <typename Leitura>
+int entregar(char *saida, Leitura leitura) {
+    std::string resultado;
+    const int codigo = leitura(resultado);
+    copiarResultado(resultado, saida);
+    return codigo;
+}
+
 template <typename Leitura>
 int quadroLeitura(char *saida, Leitura leitura) noexcept {
     if (saida == nullptr) return ZEL_ARGUMENTO_INVALIDO;
     *saida = '\0';
-    return quadro([&] {
-        std::string resultado;
-        const int codigo = leitura(resultado);
-        copiarResultado(resultado, saida);
-        return codigo;
-    });
+    return quadro([&] { return entregar(saida, leitura); });
 }
 
-// What the functions answer whose operations this version does not have.
-int aindaNaoDisponivel() {
-    return ZEL_RECUSADO;
+template <typename Leitura>
+int leituraSemQuadro(char *saida, Leitura leitura) noexcept {
+    if (saida == nullptr) return ZEL_ARGUMENTO_INVALIDO;
+    *saida = '\0';
+    return semQuadro([&] { return entregar(saida, leitura); });
 }
 
 } // namespace
@@ -382,28 +389,26 @@ int aCFContingenciaUltimaNota_ZEL(int tipo, char *textoDocumento) {
     });
 }
 
-int GerarArquivoFormatadoNF_ZEL(const char *, const char *, const char *, int, int, const char *,
-                                char *) {
-    return aindaNaoDisponivel();
-}
-
-int RetornarUltimoBufferFormatadoNF_ZEL(char *saida) {
-    if (saida == nullptr) return ZEL_ARGUMENTO_INVALIDO;
-    *saida = '\0';
-    return semExcecao([&] {
-        std::string resultado;
-        const int codigo = fnLerArquivoCriptUltimaDanfe(resultado);
-        copiarResultado(resultado, saida);
-        return codigo;
+int GerarArquivoFormatadoNF_ZEL(const char *caminhoXml, const char *caminhoRetorno,
+                                const char *urlQrcode, int colunas, int tipoDocumento,
+                                const char *reservado, char *saida) {
+    return leituraSemQuadro(saida, [&](std::string &resultado) {
+        return fnGerarArquivoFormatadoNF(texto(caminhoXml), texto(caminhoRetorno), texto(urlQrcode),
+                                         colunas, tipoDocumento, texto(reservado), resultado);
     });
 }
 
-int GeraPDF_ZEL(const char *) {
-    return aindaNaoDisponivel();
+int RetornarUltimoBufferFormatadoNF_ZEL(char *saida) {
+    return leituraSemQuadro(
+        saida, [](std::string &resultado) { return fnLerArquivoCriptUltimaDanfe(resultado); });
 }
 
-int GeraPDF_DANFE_ZEL(const char *) {
-    return aindaNaoDisponivel();
+int GeraPDF_ZEL(const char *documentoBase64) {
+    return semQuadro([&] { return fnGerarPDF("DocXML", texto(documentoBase64)); });
+}
+
+int GeraPDF_DANFE_ZEL(const char *documentoBase64) {
+    return semQuadro([&] { return fnGerarPDFDanfeDoXml(texto(documentoBase64)); });
 }
 
 int eCriptografarArquivo_ZEL(const char *origem, const char *destino, const char *chave) {

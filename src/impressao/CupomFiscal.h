@@ -5,6 +5,7 @@
 
 #include "util/Campo.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <string>
@@ -17,11 +18,26 @@ namespace zel {
 inline constexpr std::int32_t kEmissaoNormal = 1;
 inline constexpr std::int32_t kEmissaoContingencia = 9;
 
+// A text of bounded length that is nearly always far shorter than its bound, or there in hundreds.
+template <std::size_t Capacidade>
+class TextoLongo {
+public:
+    TextoLongo &operator=(std::string_view texto) {
+        texto_ = texto.substr(0, Capacidade);
+        return *this;
+    }
+    operator std::string_view() const { return texto_; }
+    bool vazio() const { return texto_.empty(); }
+
+private:
+    std::string texto_;
+};
+
 // One sold line.
 struct Item {
     std::int32_t NumeroItem = 0; // attribute nItem
     Campo<20> CodigoProduto;
-    Campo<1023> DescricaoProduto;
+    TextoLongo<1023> DescricaoProduto;
     Campo<20> Quantidade; // as the document writes it
     Campo<9> Unidade;
     double ValorUnitario = 0;
@@ -69,7 +85,7 @@ struct CupomFiscal {
     Campo<25> DataHoraAutorizacao;
     Campo<49> DigestValueAutorizado; // base64
     Campo<199> LinkNFCe;             // consultation link delivered by the authorizer
-    Campo<5000> MsgPromocional;      // infCpl
+    TextoLongo<5000> MsgPromocional; // infCpl
     std::vector<Item> Itens;         // in document order
     std::vector<Pagamento> Pagamentos;
 

@@ -32,8 +32,8 @@ constexpr std::string_view kSeparadorCancelamento =
     "------------------------------------------------\r\n";
 constexpr EspacoEmitente kCancelamentoComLogotipo{"\r\n\r\n", "\r\n", "\r\n"};
 
-template <std::size_t N>
-void guardar(Campo<N> &destino, std::string_view valor) {
+template <class Texto>
+void guardar(Texto &destino, std::string_view valor) {
     destino = valor;
 }
 

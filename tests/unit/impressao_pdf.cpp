@@ -191,7 +191,10 @@ TEST_F(Pdf, listing_of_a_document) {
     const std::string arquivo = kId + "_XML.pdf";
     const std::string utf8 =
         "<NFe><infNFe versao='3.10' Id=' " + kId + " '><xNome>Pão</xNome></infNFe></NFe>";
-    const std::pair<std::string, std::string_view> casos[] = {
+    const struct {
+        std::string xml;
+        std::string_view linha;
+    } casos[] = {
         {nota, "\n            <xNome>Pão &amp; Cia Ltda</xNome>\n"_l1},
         {autorizada(Nota{}), "\n                <xNome>Pão &amp; Cia Ltda</xNome>\n"_l1},
         {"<?xml version=\"1.0\"?><!-- x -->" + utf8, "\n        <xNome>Pão</xNome>\n"_l1},
