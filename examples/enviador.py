@@ -63,10 +63,12 @@ def verificar_totais(inf):
 
 
 def digest(documento):
-    """SHA-1 over the canonical form of infNFe, as the signature of the document would hold it."""
+    """SHA-1 over the canonical form of infNFe, as the signature of the document would hold it; the
+    blank between two tags that stands for a missing EAN is closed up first."""
     abre = documento.index("<infNFe ")
     fecha = documento.index("</infNFe>") + len("</infNFe>")
     assinado = f'<infNFe xmlns="{NS}" ' + documento[abre + len("<infNFe "):fecha]
+    assinado = assinado.replace("> <", "><")
     canonico = ET.canonicalize(assinado).encode("utf-8")
     return base64.b64encode(hashlib.sha1(canonico).digest()).decode("ascii")
 

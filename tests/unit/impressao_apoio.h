@@ -118,11 +118,18 @@ protected:
 // The text has the piece exactly `vezes` times.
 inline testing::AssertionResult contem(std::string_view texto, std::string_view trecho,
                                        int vezes = 1) {
-    int achadas = 0;
     for (std::size_t i = 0; (i = texto.find(trecho, i)) != texto.npos; i += trecho.size())
-        ++achadas;
-    if (achadas == vezes) return testing::AssertionSuccess();
-    return testing::AssertionFailure() << achadas << " times \"" << trecho << "\" in\n" << texto;
+        --vezes;
+    if (vezes == 0) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << -vezes << " too many of " << trecho << " in\n" << texto;
+}
+
+// Fields side by side, to be compared at once.
+inline std::string juntar(std::initializer_list<std::string_view> campos) {
+    std::string texto;
+    for (const std::string_view campo : campos)
+        texto.append(campo).append("|");
+    return texto;
 }
 
 } // namespace impressao

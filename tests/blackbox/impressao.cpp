@@ -1,0 +1,180 @@
+// From a sale to paper, and to its cancellation: the documents that the library wrote are the ones
+// that it prints, requests and cancels.
+#include "blackbox/Caixa.h"
+
+#include <gtest/gtest.h>
+
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void fecharCupom(const Caixa &c) {
+    ASSERT_EQ(c->aCFAbrir_ZEL("12345678909", "Jos\xE9 & Filhos", "", "", "", "", "", "", ""),
+              ZEL_OK);
+    ASSERT_EQ(c->aCFVender_ZEL("T1800", "2", "5.25", "", "", "1", "UN", "P\xE3o <doce>"), ZEL_OK);
+    ASSERT_EQ(c->aCFTotalizar_ZEL("D$", "0,50"), ZEL_OK);
+    ASSERT_EQ(c->aCFEfetuarPagamento_ZEL("dinheiro", "20"), ZEL_OK);
+    ASSERT_EQ(c->tCFEncerrar_ZEL("Volte <b>sempre</b>\nsim"), ZEL_OK);
+}
+
+std::string retorno(const Caixa &c) {
+    return "<Retorno><SitCodigo>100</SitCodigo><DocChaAcesso>" + c.config("NFCE\\ChaveDeAcesso") +
+           "</DocChaAcesso><DocProtocolo>143260000000001</DocProtocolo><DocDhAut>"
+           "2026-11-24T10:20:30-03:00</DocDhAut><DocDigestValue>abc=</DocDigestValue></Retorno>";
+}
+
+std::string imprimir(const Caixa &c, const std::string &xml, const std::string &ret, int colunas,
+                     int tipo = 1, int esperado = ZEL_OK) {
+    std::vector<char> saida(ZEL_TAMANHO_CUPOM, '?');
+    const std::string caminho = c.diretorio() + xml;
+    const std::string volta = ret == "OFFLINE" ? ret : c.diretorio() + ret;
+    EXPECT_EQ(c->GerarArquivoFormatadoNF_ZEL(caminho.c_str(), volta.c_str(), "", colunas, tipo, "",
+                                             saida.data()),
+              esperado);
+    return saida.data();
+}
+
+// What the clock decides, and what follows from it, replaced by fixed text.
+std::string mascararCupom(std::string texto, const Caixa &c) {
+    std::string chave = c.config("NFCE\\ChaveDeAcesso"), grupos;
+    for (std::size_t i = 0; i < chave.size(); i += 4)
+        grupos += chave.substr(i, 4) + " ";
+    const std::size_t emissao = texto.find("Emiss\xE3o:");
+    if (emissao != std::string::npos) texto.replace(emissao + 8, 19, "dd/mm/aaaa hh:mm:ss");
+    for (const auto &[de, para] : {std::pair{grupos, std::string("CHAVE ")}, {chave, "CHAVE"}})
+        for (std::size_t i; (i = texto.find(de)) != std::string::npos;)
+            texto.replace(i, de.size(), para);
+    for (const char *campo : {"&dhEmi=", "&cHashQRCode="}) {
+        const std::size_t i = texto.find(campo);
+        if (i == std::string::npos) continue;
+        const std::size_t inicio = i + std::string_view(campo).size();
+        texto.replace(inicio, texto.find_first_of("&<", inicio) - inicio, "HEX");
+    }
+    return texto;
+}
+
+TEST(Impressao, do_documento_ao_papel) {
+    Caixa caixa;
+    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+    caixa.escreverArquivo("retorno.xml", retorno(caixa));
+    ASSERT_EQ(caixa->aCFValorLeiImposto_ZEL("1,23"), ZEL_OK);
+    std::string vias;
+    for (const int colunas : {42, 48}) {
+        const std::string cupom = imprimir(caixa, "documentosEnvio.xml", "retorno.xml", colunas);
+        vias += mascararCupom(cupom, caixa) + "\n";
+        std::vector<char> ultimo(ZEL_TAMANHO_CUPOM);
+        EXPECT_EQ(caixa->RetornarUltimoBufferFormatadoNF_ZEL(ultimo.data()), ZEL_OK);
+        EXPECT_EQ(cupom, ultimo.data());
+        char url[ZEL_TAMANHO_VALOR];
+        EXPECT_EQ(caixa->rURLQrcode_ZEL(url), ZEL_OK);
+        EXPECT_NE(cupom.find("<qrcode>" + std::string(url) + "<lmodulo>"), std::string::npos);
+    }
+    compararComOuro("cupom.txt", vias);
+    EXPECT_EQ(caixa.info("4"), "143260000000001");
+    EXPECT_EQ(caixa.info("6"), "2026-11-24T10:20:30-03:00");
+    EXPECT_EQ(caixa.info("7"), "abc=");
+    EXPECT_EQ(caixa.config("CONFIGURACAO\\TipoAmbiente"), "3") << "the file keeps its own";
+}
+
+TEST(Impressao, contingencia_imprime_duas_vias_do_arquivo_embaralhado) {
+    Caixa caixa;
+    caixa.config("IDE\\tpEmis", "9");
+    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+    char texto[ZEL_TAMANHO_DIRETORIOS];
+    texto[caixa.diretorio().copy(texto, ZEL_TAMANHO_DIRETORIOS)] = '\0';
+    ASSERT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(4, texto), ZEL_OK);
+    const std::string nome = fs::path(texto).filename();
+    const std::string cupom = imprimir(caixa, nome, "OFFLINE", 42);
+    std::size_t vias = 0;
+    for (std::size_t i = 0; (i = cupom.find("<sl>4</sl><gui></gui>", i)) != std::string::npos; ++i)
+        ++vias;
+    EXPECT_EQ(vias, 2U);
+    EXPECT_LT(cupom.find("consumidor</c>"), cupom.find("Estabelecimento</c>"));
+    EXPECT_EQ(cupom.find("Protocolo"), std::string::npos);
+}
+
+TEST(Impressao, recusas) {
+    Caixa caixa;
+    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+    caixa.escreverArquivo("retorno.xml", retorno(caixa));
+    const std::string chave = caixa.config("NFCE\\ChaveDeAcesso");
+    imprimir(caixa, "documentosEnvio.xml", "retorno.xml", 40, 1, -1);
+    imprimir(caixa, "documentosEnvio.xml", "retorno.xml", 48, 2, -1);
+    imprimir(caixa, "nada.xml", "retorno.xml", 48, 1, -1);
+    imprimir(caixa, "documentosEnvio.xml", "nada.xml", 48, 1, -1);
+    EXPECT_EQ(caixa->GerarArquivoFormatadoNF_ZEL("", "OFFLINE", "", 48, 1, "", nullptr), -99);
+    char saida[8];
+    EXPECT_EQ(caixa->GerarArquivoFormatadoNF_ZEL(nullptr, "OFFLINE", "", 48, 1, "", saida), -1);
+    EXPECT_EQ(caixa->RetornarUltimoBufferFormatadoNF_ZEL(saida), -52);
+    EXPECT_EQ(caixa->GeraPDF_ZEL("###"), -1);
+    EXPECT_EQ(caixa->GeraPDF_DANFE_ZEL(nullptr), -1);
+    // The PDF of a document that was not authorized, after its text.
+    std::string negado = retorno(caixa);
+    negado.replace(negado.find(">100<"), 5, ">204<");
+    caixa.escreverArquivo("negado.xml", negado);
+    caixa.config("CONFIGURACAO\\SalvarDanfePDF", "1");
+    EXPECT_NE(imprimir(caixa, "documentosEnvio.xml", "negado.xml", 48, 1, -24), "");
+    imprimir(caixa, "documentosEnvio.xml", "retorno.xml", 48);
+    EXPECT_TRUE(caixa.lerArquivo("NFe" + chave + "_DANFE.pdf").starts_with("%PDF-"));
+}
+
+TEST(Cancelamento, do_cupom_em_andamento_e_do_ultimo_documento) {
+    Caixa caixa;
+    EXPECT_EQ(caixa->tCFCancelar_ZEL(nullptr, "", "", "", ""), -99);
+    ASSERT_EQ(caixa->aCFAbrir_ZEL("", "", "", "", "", "", "", "", ""), ZEL_OK);
+    EXPECT_EQ(caixa->tCFCancelar_ZEL("", "", "", "", ""), ZEL_OK);
+    EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 6);
+    EXPECT_EQ(caixa->tCFCancelar_ZEL("", "", "", "", ""), -1) << "cancelled already";
+    EXPECT_FALSE(caixa.existe("documentosEnvio.xml"));
+
+    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+    caixa.escreverArquivo("retorno.xml", retorno(caixa));
+    imprimir(caixa, "documentosEnvio.xml", "retorno.xml", 48); // learns the protocol
+    caixa.reiniciar();
+    EXPECT_EQ(caixa->tCFCancelar_ZEL("", "", "", "", ""), ZEL_CANCELAMENTO_GRAVADO);
+    const std::string evento = caixa.lerArquivo("documentosEnvio.xml");
+    EXPECT_EQ(elemento(evento, "ChaAcesso"), caixa.config("NFCE\\ChaveDeAcesso"));
+    EXPECT_EQ(elemento(evento, "EvenProt"), "143260000000001");
+    EXPECT_EQ(elemento(evento, "NtfNumero"), "2");
+    EXPECT_EQ(elemento(evento, "EvexJust"), "Cancelamento de NFCe");
+    EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 5);
+
+    const std::string cupom = imprimir(caixa, "documentosEnvio.xml", "retorno.xml", 48, 5);
+    EXPECT_NE(cupom.find("Cancelamento:143260000000001\r\n"), std::string::npos);
+    EXPECT_NE(imprimir(caixa, "documentosEnvio.xml", "OFFLINE", 42, 5).find("OFF-LINE"),
+              std::string::npos);
+}
+
+TEST(Cancelamento, offline_em_cada_diretorio) {
+    Caixa caixa;
+    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+    fs::create_directory(caixa.diretorio() + "b");
+    const std::string lista = caixa.diretorio() + "|" + caixa.diretorio() + "b/";
+    char texto[ZEL_TAMANHO_DIRETORIOS];
+    texto[lista.copy(texto, lista.size())] = '\0';
+    ASSERT_EQ(caixa->tCFCancelarOffline_ZEL("", "", "", "", texto), ZEL_OK);
+    const std::string nome = "11111111111111_001000000002.ctgCanc";
+    EXPECT_EQ(texto, caixa.diretorio() + "b/" + nome);
+    EXPECT_EQ(caixa.lerArquivo(nome), caixa.lerArquivo("b/" + nome));
+    EXPECT_NE(imprimir(caixa, nome, "OFFLINE", 48, 5).find("S\xE9rie: 001"), std::string::npos);
+    char vazio[ZEL_TAMANHO_DIRETORIOS] = "";
+    EXPECT_EQ(caixa->tCFCancelarOffline_ZEL("", "", "", "", vazio), 0);
+    EXPECT_EQ(caixa->tCFCancelarOffline_ZEL("1", "1", "123", "", texto), -1);
+}
+
+TEST(Requisicoes, inutilizacao_e_consultas) {
+    Caixa caixa;
+    EXPECT_EQ(caixa->GeraXMLConsulta_ZEL("NUM", "0", "0", "1", nullptr), ZEL_OK) << "first call";
+    EXPECT_EQ(elemento(caixa.lerArquivo("documentosEnvio.xml"), "dhUF"), "43");
+    EXPECT_EQ(elemento(caixa.lerArquivo("parametrosEnvio.xml"), "Situacao"), "S");
+    EXPECT_EQ(caixa->GeraXMLConsulta_ZEL("num", "0", "0", "1", nullptr), -99);
+    EXPECT_EQ(caixa->GeraXMLConsulta_ZEL("CHAVE", nullptr, nullptr, nullptr, nullptr), -99);
+    EXPECT_EQ(caixa->tCFInutilizar_ZEL("7", "9", "1", "queda & volta"), ZEL_OK);
+    const std::string pedido = caixa.lerArquivo("documentosEnvio.xml");
+    EXPECT_EQ(elemento(pedido, "Justificativa"), "queda &amp; volta");
+    EXPECT_EQ(elemento(pedido, "tpAmb"), "3");
+    EXPECT_EQ(caixa->tCFInutilizar_ZEL("7", nullptr, "1", ""), -99);
+}
+
+} // namespace
