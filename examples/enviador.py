@@ -5,8 +5,9 @@
 
 Reads the NFC-e that the library wrote, checks what an authority would refuse at once (well-formed,
 key and check digit, header against key, items against totals) and writes a return that authorizes
-it: protocol, date and time, digest of the document, the authorized document in base64. Exits with 1
-and the reason when the document is refused.
+it: protocol, date and time, digest of the document, the authorized document in base64. A
+cancellation event is answered with a protocol of its own. Exits with 1 and the reason when the
+document is refused.
 """
 import base64
 import datetime
@@ -37,10 +38,14 @@ def exigir(condicao, motivo):
         sys.exit(f"refused: {motivo}")
 
 
-def verificar_chave(inf):
-    chave = inf.get("Id")[3:]
+def exigir_chave(chave):
     exigir(len(chave) == 44 and chave.isdigit(), "key is not 44 digits")
     exigir(digito(chave[:43]) == chave[43], "check digit of the key")
+
+
+def verificar_chave(inf):
+    chave = inf.get("Id")[3:]
+    exigir_chave(chave)
     ide = lambda nome: texto(inf, "ide/" + nome)
     partes = (ide("cUF").zfill(2) + ide("dhEmi")[2:4] + ide("dhEmi")[5:7]
               + texto(inf, "emit/CNPJ").zfill(14) + ide("mod").zfill(2) + ide("serie").zfill(3)
@@ -73,33 +78,48 @@ def digest(documento):
     return base64.b64encode(hashlib.sha1(canonico).digest()).decode("ascii")
 
 
+def autorizar(documento, inf, agora):
+    chave = verificar_chave(inf)
+    verificar_totais(inf)
+    protocolo = "1" + texto(inf, "ide/cUF") + agora[2:4] + "0000000001"
+    valor = digest(documento)
+    autorizado = (f'<nfeProc xmlns="{NS}" versao="3.10">{documento}<protNFe versao="3.10"><infProt>'
+                  f"<chNFe>{chave}</chNFe><dhRecbto>{agora}</dhRecbto><nProt>{protocolo}</nProt>"
+                  f"<digVal>{valor}</digVal><cStat>100</cStat></infProt></protNFe></nfeProc>")
+    base64_ = base64.b64encode(autorizado.encode("latin-1")).decode("ascii")
+    print(f"authorized: key {chave}, protocol {protocolo}, digest {valor}")
+    return (f"<SitCodigo>100</SitCodigo><DocChaAcesso>{chave}</DocChaAcesso>"
+            f"<DocProtocolo>{protocolo}</DocProtocolo><DocDhAut>{agora}</DocDhAut>"
+            f"<DocDigestValue>{valor}</DocDigestValue><DocXMLBase64>{base64_}</DocXMLBase64>")
+
+
+def cancelar(evento):
+    chave = evento.findtext("Evento/ChaAcesso", "")
+    exigir_chave(chave)
+    exigir(evento.findtext("Evento/EveInf/Evedet/EvenProt"), "event without a protocol")
+    protocolo = "1" + chave[:4] + "0000000002"
+    print(f"cancelled: key {chave}, protocol {protocolo}")
+    return f"<SitCodigo>135</SitCodigo><DocProtocolo>{protocolo}</DocProtocolo>"
+
+
 def main():
     if len(sys.argv) != 3:
         sys.exit(__doc__)
     with open(sys.argv[1], "rb") as arquivo:
         documento = arquivo.read().decode("latin-1")
     try:
-        inf = ET.fromstring(documento).find(f"{{{NS}}}infNFe")
+        raiz = ET.fromstring(documento)
     except ET.ParseError as erro:
         sys.exit(f"refused: {erro}")
-    exigir(inf is not None, "no infNFe")
-    chave = verificar_chave(inf)
-    verificar_totais(inf)
-
-    agora = datetime.datetime.now().astimezone().replace(microsecond=0).isoformat()
-    protocolo = "1" + texto(inf, "ide/cUF") + agora[2:4] + "0000000001"
-    valor = digest(documento)
-    autorizado = (f'<nfeProc xmlns="{NS}" versao="3.10">{documento}<protNFe versao="3.10"><infProt>'
-                  f"<chNFe>{chave}</chNFe><dhRecbto>{agora}</dhRecbto><nProt>{protocolo}</nProt>"
-                  f"<digVal>{valor}</digVal><cStat>100</cStat></infProt></protNFe></nfeProc>")
-    retorno = (f"<Retorno><SitCodigo>100</SitCodigo><DocChaAcesso>{chave}</DocChaAcesso>"
-               f"<DocProtocolo>{protocolo}</DocProtocolo><DocDhAut>{agora}</DocDhAut>"
-               f"<DocDigestValue>{valor}</DocDigestValue><DocXMLBase64>"
-               f"{base64.b64encode(autorizado.encode('latin-1')).decode('ascii')}"
-               f"</DocXMLBase64></Retorno>")
+    if raiz.tag == "EnvioEvento":
+        retorno = cancelar(raiz)
+    else:
+        inf = raiz.find(f"{{{NS}}}infNFe")
+        exigir(inf is not None, "no infNFe")
+        agora = datetime.datetime.now().astimezone().replace(microsecond=0).isoformat()
+        retorno = autorizar(documento, inf, agora)
     with open(sys.argv[2], "wb") as arquivo:
-        arquivo.write(retorno.encode("latin-1"))
-    print(f"authorized: {chave}, protocol {protocolo}, digest {valor}")
+        arquivo.write(f"<Retorno>{retorno}</Retorno>".encode("latin-1"))
 
 
 if __name__ == "__main__":

@@ -47,7 +47,7 @@
 #define ZEL_FELBORFRAMEWORK_H
 
 #if defined(__GNUC__)
-#define ZEL_API __attribute__((visibility("default"), nothrow))
+#define ZEL_API __attribute__((visibility("default")))
 #else
 #define ZEL_API
 #endif
@@ -403,11 +403,12 @@ ZEL_API int aCFContingenciaUltimaNota_ZEL(int tipo, char *texto);
  *   tipoDocumento   1 sale, 5 cancellation
  *   reservado       accepted and ignored
  *   saida           receives the text: copies x (8192 + 2 for each character of the closing text
- *                   + (300 + the longest description) for each item + 100 for each payment) bytes,
- *                   copies being 2 in contingency and 1 otherwise; ZEL_TAMANHO_CUPOM usually
+ *                   + 1 for each of `urlQrcode` + (300 + the longest description) for each item
+ *                   + 100 for each payment) bytes, copies being 2 in contingency and 1 otherwise;
+ *                   ZEL_TAMANHO_CUPOM usually
  * Any state. Codes: ZEL_ARGUMENTO_INVALIDO, `saida` null; ZEL_RECUSADO, unknown kind or columns, or
- * files that cannot be read; ZEL_FALHA_IMPRESSAO, ZEL_FALHA_PDF, ZEL_FALHA_GRAVACAO_PDF. Files:
- * ultimadanfe.bin, ZEL_Framework.xml, the PDFs. */
+ * files that cannot be read; ZEL_FALHA_IMPRESSAO, ZEL_FALHA_PDF, ZEL_FALHA_GRAVACAO_PDF. Loads the
+ * configuration. Files: ultimadanfe.bin, ZEL_Framework.xml, the PDFs. */
 ZEL_API int GerarArquivoFormatadoNF_ZEL(const char *arquivoXml, const char *arquivoRetorno,
                                         const char *urlQrcode, int colunas, int tipoDocumento,
                                         const char *reservado, char *saida);
@@ -422,7 +423,7 @@ ZEL_API int RetornarUltimoBufferFormatadoNF_ZEL(char *saida);
 ZEL_API int GeraPDF_ZEL(const char *xmlBase64);
 
 /* Writes NFeKEY_DANFE.pdf, the receipt of an authorized document given as base64 text. Any state.
- * Codes as GeraPDF_ZEL. */
+ * Codes as GeraPDF_ZEL. Loads the configuration; danfe_pdf_temp.xml is written and removed. */
 ZEL_API int GeraPDF_DANFE_ZEL(const char *xmlBase64);
 
 /* Scrambles, respectively unscrambles, the file `origem` into the file `destino`; they may be the

@@ -43,7 +43,7 @@ void copiarResultado(std::string_view resultado, char *saida) {
     *std::copy(resultado.begin(), resultado.end(), saida) = '\0';
 }
 
-// Exceptions end here; only exhausted memory raises one, and nothing has been committed then.
+// Exceptions end here; only exhausted memory raises one.
 template <typename Funcao>
 int semExcecao(Funcao funcao) noexcept {
     try {

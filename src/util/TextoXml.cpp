@@ -29,8 +29,9 @@ struct Referencia {
 
 // The reference at the start of the text, if one of those that a Latin-1 document can hold.
 std::optional<Referencia> lerReferencia(std::string_view texto) {
+    if (!texto.starts_with('&')) return {};
     const std::size_t fim = texto.substr(0, kMaiorReferencia).find(';');
-    if (texto.empty() || texto.front() != '&' || fim == texto.npos) return {};
+    if (fim == texto.npos) return {};
     std::string_view nome = texto.substr(1, fim - 1);
     for (const auto &nomeada : kNomeadas)
         if (nome == nomeada.nome) return Referencia{nomeada.caracter, fim + 1};

@@ -13,19 +13,8 @@ namespace {
 
 using Leitura = Teste;
 
-// The text with the first `tag` behind `marco` renamed.
-std::string sem(std::string xml, std::string_view marco, std::string_view tag) {
-    const std::size_t lugar = xml.find(tag, xml.find(marco));
-    EXPECT_NE(lugar, xml.npos) << marco << tag;
-    return xml.replace(lugar, tag.size(), "<x>");
-}
-
-Nota completa() {
-    Nota nota;
-    nota.dest = kConsumidor;
-    nota.itens += item(2, "790", "Lápis"_l1, "1", "CX", "3.1");
-    nota.infCpl = "Volte &lt;sempre&gt;&#10;[b]sim[/b]";
-    return nota;
+std::string sem(const std::string &xml, std::string_view tag, std::string_view marco = "") {
+    return trocar(xml, tag, "<x>", marco);
 }
 
 } // namespace
@@ -33,41 +22,39 @@ Nota completa() {
 // Fields that no receipt shows, and those that a neighbour has too.
 TEST_F(Leitura, fields_from_their_places) {
     CupomFiscal cf;
-    ASSERT_EQ(ler(completa().xml(), kRetornoEnvio, cf), 1);
+    ASSERT_EQ(ler(cheia, retornoEnvio, cf), 1);
     EXPECT_EQ(juntar({cf.UF, cf.CDV, cf.TpAmp, cf.DestCodMunicipio, cf.DestUF, cf.DestCEP}),
-              "35|6|1|3550308|SP|01001000|");
+              "35|6|1|3550308|SP|01002000|");
     EXPECT_EQ(cf.TotalICMS.texto(), "1.80"); // the total's, not an item's
-    EXPECT_EQ(std::string_view(cf.MsgPromocional), "Volte <sempre>\n[b]sim[/b]");
-    ASSERT_EQ(cf.Itens.size(), 2U);
+    EXPECT_EQ(std::string_view(cf.MsgPromocional), "Volte <sempre>");
+    EXPECT_EQ(cf.Itens.size(), 3U);
     EXPECT_EQ(cf.Itens[1].NumeroItem, 2);
     EXPECT_EQ(juntar({cf.Itens[1].CodigoProduto, cf.Itens[1].Quantidade, cf.Itens[1].Unidade}),
-              "790|1|CX|");
+              "7891000100103|1.5000|CX|");
 }
 
 // A receipt printed with a hole in it, or with the neighbour's value in the hole.
 TEST_F(Leitura, a_required_element_is_missing) {
     const std::pair<std::string_view, std::string_view> casos[] = {
-        {"", "Id=\""},         {"", "<cUF>"},          {"", "<serie>"},    {"", "<nNF>"},
-        {"", "<dhEmi>"},       {"", "<tpEmis>"},       {"", "<cDV>"},      {"", "<tpAmb>"},
-        {"", "<emit>"},        {"<emit", "<CNPJ>"},    {"", "<xNome>"},    {"", "<enderEmit>"},
-        {"<enderE", "<xLgr>"}, {"<enderE", "<nro>"},   {"", "<xBairro>"},  {"<enderE", "<xMun>"},
-        {"<enderE", "<UF>"},   {"", "<IE>"},           {"<dest", "<CPF>"}, {"", "<total>"},
-        {"<total", "<vICMS>"}, {"", "<vDesc>"},        {"", "<vOutro>"},   {"", "<vNF>"},
-        {"", "nItem='"},       {"<det", "<cProd>"},    {"", "<xProd>"},    {"", "<uCom>"},
-        {"", "<qCom>"},        {"", "<vUnCom>"},       {"", "<pag>"},      {"", "<tPag>"},
-        {"", "<vPag>"},        {"Lápis"_l1, "<uCom>"},
+        {"Id=\"", ""},   {"<cUF>", ""},          {"<serie>", ""},         {"<nNF>", ""},
+        {"<dhEmi>", ""}, {"<tpEmis>", ""},       {"<cDV>", ""},           {"<tpAmb>", ""},
+        {"<emit>", ""},  {"<CNPJ>", ""},         {"<xNome>", ""},         {"<enderEmit>", ""},
+        {"<xLgr>", ""},  {"<nro>", ""},          {"<xBairro>", ""},       {"<xMun>", ""},
+        {"<UF>", ""},    {"<IE>", ""},           {"<CPF>", ""},           {"<total>", ""},
+        {"<vDesc>", ""}, {"<vICMS>", "<total>"}, {"<vOutro>", ""},        {"<vNF>", ""},
+        {"nItem='", ""}, {"<cProd>", ""},        {"<xProd>", ""},         {"<uCom>", ""},
+        {"<qCom>", ""},  {"<vUnCom>", ""},       {"<vUnCom>", "Caderno"}, {"<tPag>", ""},
+        {"<vPag>", ""},
     };
-    const std::string xml = completa().xml();
-    for (const auto &[marco, tag] : casos) {
+    for (const auto &[tag, marco] : casos) {
         CupomFiscal cf;
-        EXPECT_EQ(ler(sem(xml, marco, tag), kRetornoEnvio, cf), 0) << marco << " " << tag;
+        EXPECT_EQ(ler(sem(cheia, tag, marco), retornoEnvio, cf), 0) << tag << marco;
     }
-    Nota semItens = completa();
-    semItens.itens.clear();
     CupomFiscal cf;
-    EXPECT_EQ(ler(semItens.xml(), kRetornoEnvio, cf), 0);
+    for (const std::string_view unico : {"<det ", "<pag>"})
+        EXPECT_EQ(ler(sem(simples, unico), retornoEnvio, cf), 0) << unico;
     EXPECT_EQ(parseXMLCupomFiscal(pasta / "nenhuma.xml", kOffline, cf), 0);
-    EXPECT_EQ(parseXMLCupomFiscal(pasta / "nota.xml", pasta / "nenhum.xml", cf), 0);
+    EXPECT_EQ(parseXMLCupomFiscal(gravar("nota.xml", simples), pasta / "nenhum.xml", cf), 0);
 }
 
 // A consumer's address that goes on behind a hole; an id taken from the emitter.
@@ -81,10 +68,11 @@ TEST_F(Leitura, consumer_ends_at_the_first_missing_element) {
         {"<CPF>1</CPF><xNome>A</xNome><xLgr>B</xLgr><xBairro>C</xBairro>", "000.000.000-01|A|B||"},
     };
     for (const auto &[dest, esperado] : casos) {
-        Nota nota;
-        if (!dest.empty()) nota.dest = "<dest>" + std::string(dest) + "</dest>";
+        std::string xml = simples;
+        if (!dest.empty())
+            xml = trocar(xml, "</emit>", "</emit><dest>" + std::string(dest) + "</dest>");
         CupomFiscal cf;
-        EXPECT_EQ(ler(nota.xml(), kRetornoSefaz, cf), 1) << dest;
+        EXPECT_EQ(ler(xml, retornoSefaz, cf), 1) << dest;
         EXPECT_EQ(juntar({cf.IdDest, cf.DestNome, cf.DestLogradouro, cf.DestBairro}), esperado);
     }
 }
@@ -104,9 +92,9 @@ TEST_F(Leitura, returns_of_both_vocabularies) {
         {"1", sefaz + "<ProtocoloSefaz>q</ProtocoloSefaz><DocProtocolo>p</DocProtocolo>", 1,
          "2|p|D|V||"},
         {"1", sefaz + "<DocDigestValue>v</DocDigestValue>", 1, "2|P|D|v||"},
-        {"1", sem(sefaz, "", "<nProt>"), 0, "|||||"},
-        {"1", sem(sefaz, "", "<dhRecbto>"), 0, "2|P||||"},
-        {"1", sem(sefaz, "", "<digVal>"), 0, "2|P|D|||"},
+        {"1", sem(sefaz, "<nProt>"), 0, "|||||"},
+        {"1", sem(sefaz, "<dhRecbto>"), 0, "2|P||||"},
+        {"1", sem(sefaz, "<digVal>"), 0, "2|P|D|||"},
         {"1", sefaz + link, 1, "3|P|||http://x/?a=1&b=2|"},
         {"1", sefaz + link + "<LinkXML>y</LinkXML>", 1, "3|P|||y|"},
         {"9", sefaz, 1, "2|||V||"},
@@ -116,11 +104,9 @@ TEST_F(Leitura, returns_of_both_vocabularies) {
     };
     for (const auto &caso : casos) {
         G_stDadosImpressao = {};
-        Nota nota;
-        nota.tpEmis = caso.tpEmis;
-        nota.tpAmb = "2";
+        const std::string xml = trocar(simples, "<tpEmis>1", "<tpEmis>" + caso.tpEmis);
         CupomFiscal cf;
-        EXPECT_EQ(ler(nota.xml(), caso.retorno, cf), caso.resultado) << caso.retorno;
+        EXPECT_EQ(ler(trocar(xml, "<tpAmb>1", "<tpAmb>2"), caso.retorno, cf), caso.resultado);
         EXPECT_EQ(juntar({G_stDadosImpressao.TipoAmbiente, cf.ProtocoloSefaz,
                           cf.DataHoraAutorizacao, cf.DigestValueAutorizado, cf.LinkNFCe}),
                   caso.esperado)
@@ -131,52 +117,40 @@ TEST_F(Leitura, returns_of_both_vocabularies) {
 
 // The digest of a document that no return describes: its signature's, or computed.
 TEST_F(Leitura, offline_digest) {
-    Nota nota;
+    std::string xml = simples;
+    std::erase(xml, '\n');
     CupomFiscal calculado;
-    ASSERT_EQ(ler(nota.xml(), "", calculado), 1);
+    ASSERT_EQ(ler(xml, "", calculado), 1);
     // Made apart: the canonical form of infNFe in UTF-8, sha1sum, base64.
-    EXPECT_EQ(calculado.DigestValueAutorizado.texto(), "PMgaNu06ywfZaVH8pbL8/+xDnoE=");
-    std::string assinada = nota.xml();
-    assinada.insert(assinada.find("</NFe>"),
-                    "<Signature><DigestValue>abc=</DigestValue></Signature>");
+    EXPECT_EQ(calculado.DigestValueAutorizado.texto(), "8RgLvAiCMECGVaxEVKste2bIVO8=");
     CupomFiscal assinado;
-    ASSERT_EQ(ler(assinada, "", assinado), 1);
+    ASSERT_EQ(ler(trocar(simples, "</NFe>", "<DigestValue>abc=</DigestValue></NFe>"), "", assinado),
+              1);
     EXPECT_EQ(assinado.DigestValueAutorizado.texto(), "abc=");
 }
 
-// A number or text from elsewhere that its field cannot hold.
 TEST_F(Leitura, values_are_cut_to_their_fields) {
-    Nota nota;
-    nota.itens = item(1, std::string(30, 'c'), std::string(1100, 'd'), "1", "UN", "1");
-    std::string xml = nota.xml();
-    xml.replace(xml.find(">100<"), 5, ">99999999999<");
+    const std::string longa(1100, 'd');
+    const std::string link = "<LinkXML>" + longa + "</LinkXML>";
+    const std::string xml = trocar(simples, "Caneta azul", longa);
     CupomFiscal cf;
-    ASSERT_EQ(ler(xml, kRetornoEnvio + "<LinkNFCe>" + std::string(300, 'l') + "</LinkNFCe>", cf),
-              1);
-    EXPECT_EQ(cf.Itens.at(0).CodigoProduto.texto(), std::string(20, 'c'));
-    EXPECT_EQ(std::string_view(cf.Itens[0].DescricaoProduto), std::string(1023, 'd'));
-    EXPECT_EQ(cf.LinkNFCe.texto(), std::string(199, 'l'));
+    ASSERT_EQ(ler(trocar(xml, ">100<", ">99999999999<"), retornoSefaz + link, cf), 1);
+    EXPECT_EQ(std::string_view(cf.Itens.at(0).DescricaoProduto), longa.substr(0, 1023));
+    EXPECT_EQ(cf.LinkNFCe.texto(), longa.substr(0, 199));
     EXPECT_EQ(cf.EmitNumero, 2147483647);
 }
 
-// A contingency copy read as it lies there, attribute quotes of another writer, a read-only file.
+// A contingency copy that may only be read, another writer's quotes, another encoding.
 TEST_F(Leitura, other_forms_of_the_same_document) {
-    const std::string xml = completa().xml();
-    ASSERT_EQ(fnCriarArquivoContigencia(pasta / "nota.ctg", xml), ZEL_OK);
+    ASSERT_EQ(fnCriarArquivoContigencia(pasta / "nota.ctg", simples), ZEL_OK);
     std::filesystem::permissions(pasta / "nota.ctg", std::filesystem::perms::owner_read);
     CupomFiscal cf;
     EXPECT_EQ(parseXMLCupomFiscal(pasta / "nota.ctg", kOffline, cf), 1);
-    EXPECT_EQ(cf.Itens.size(), 2U);
-
-    std::string aspas = xml;
-    for (std::size_t i; (i = aspas.find('\'')) != aspas.npos;)
-        aspas[i] = '"';
     CupomFiscal comAspas;
-    EXPECT_EQ(ler(aspas, kRetornoEnvio, comAspas), 1);
-    EXPECT_EQ(comAspas.Itens.at(1).NumeroItem, 2);
-
+    EXPECT_EQ(ler(trocar(simples, "nItem='1'", "nItem=\"1\""), retornoEnvio, comAspas), 1);
+    EXPECT_EQ(comAspas.Itens.at(0).NumeroItem, 1);
     CupomFiscal utf8;
-    EXPECT_EQ(ler(fnParseToUtf8(xml), kRetornoEnvio, utf8), 1);
+    EXPECT_EQ(ler(fnParseToUtf8(cheia), retornoEnvio, utf8), 1);
     EXPECT_EQ(utf8.DestNome.texto(), "José da Silva"_l1);
 }
 

@@ -20,8 +20,14 @@ namespace {
 
 const std::string kId = "NFe" + std::string(kChave);
 
-std::string autorizada(const Nota &nota) {
-    return "<nfeProc versao=\"3.10\">" + nota.xml() + kRetornoSefaz + "</nfeProc>";
+// The document on one line: line ends between its tags are text to the listing.
+std::string nota() {
+    return substituirAll(dado("nota_simples.xml"), "\n", "");
+}
+
+std::string autorizada(std::string_view documento = nota()) {
+    return "<nfeProc versao=\"3.10\">" + std::string(documento) +
+           substituirAll(dado("retorno_sefaz.xml"), "\n", "") + "</nfeProc>";
 }
 
 // What a PDF draws: each piece as "size|text" and as "font colour|text", and all of it with a "\n"
@@ -187,7 +193,6 @@ TEST_F(Pdf, listing_roles) {
 
 // Caught: a document that is found only in one wrapping, attribute order or encoding.
 TEST_F(Pdf, listing_of_a_document) {
-    const std::string nota = Nota{}.xml();
     const std::string arquivo = kId + "_XML.pdf";
     const std::string utf8 =
         "<NFe><infNFe versao='3.10' Id=' " + kId + " '><xNome>Pão</xNome></infNFe></NFe>";
@@ -195,8 +200,8 @@ TEST_F(Pdf, listing_of_a_document) {
         std::string xml;
         std::string_view linha;
     } casos[] = {
-        {nota, "\n            <xNome>Pão &amp; Cia Ltda</xNome>\n"_l1},
-        {autorizada(Nota{}), "\n                <xNome>Pão &amp; Cia Ltda</xNome>\n"_l1},
+        {nota(), "\n            <xNome>Pão &amp; Cia Ltda</xNome>\n"_l1},
+        {autorizada(), "\n                <xNome>Pão &amp; Cia Ltda</xNome>\n"_l1},
         {"<?xml version=\"1.0\"?><!-- x -->" + utf8, "\n        <xNome>Pão</xNome>\n"_l1},
         {substituirAll(utf8, "Pão", "Pão"_l1), "\n        <xNome>Pão</xNome>\n"_l1},
     };
@@ -210,7 +215,7 @@ TEST_F(Pdf, listing_of_a_document) {
 }
 
 TEST_F(Pdf, listing_of_the_document_in_a_return) {
-    const std::string base64 = codificarBase64(autorizada(Nota{}));
+    const std::string base64 = codificarBase64(autorizada());
     for (const std::string tag : {"DOCXMLBASE64", "DocXmlBase64"}) {
         std::filesystem::remove(pasta / (kId + "_XML.pdf"));
         EXPECT_EQ(fnGerarPDF("DocXMLBase64", "<R><" + tag + ">" + base64 + "</" + tag + "></R>"),
@@ -224,16 +229,16 @@ TEST_F(Pdf, listing_of_the_document_in_a_return) {
 
 // Caught: a file written outside the data directory, or for what is no document.
 TEST_F(Pdf, refused_documents_write_nothing) {
-    const std::string nota = autorizada(Nota{});
+    const std::string inteira = autorizada();
     const std::string casos[] = {
-        substituirAll(nota, kId, "NFe../../../tmp/x"),
-        substituirAll(nota, kId, kId.substr(1)),
-        substituirAll(nota, kId, kId.substr(0, 46)),
-        substituirAll(nota, kId, kId + "0"),
-        substituirAll(nota, kId, kId.substr(0, 46) + "/"),
-        substituirAll(nota, " Id=", " id="),
-        substituirAll(nota, "infNFe", "outro"),
-        nota.substr(0, nota.size() / 2),
+        substituirAll(inteira, kId, "NFe../../../tmp/x"),
+        substituirAll(inteira, kId, kId.substr(1)),
+        substituirAll(inteira, kId, kId.substr(0, 46)),
+        substituirAll(inteira, kId, kId + "0"),
+        substituirAll(inteira, kId, kId.substr(0, 46) + "/"),
+        substituirAll(inteira, " Id=", " id="),
+        substituirAll(inteira, "infNFe", "outro"),
+        inteira.substr(0, inteira.size() / 2),
         "no document",
         "",
     };
@@ -242,7 +247,7 @@ TEST_F(Pdf, refused_documents_write_nothing) {
         EXPECT_EQ(fnGerarPDF("DocXML", codificarBase64(xml)), ZEL_RECUSADO) << xml;
         EXPECT_EQ(fnGerarPDFDanfeDoXml(codificarBase64(xml)), ZEL_RECUSADO) << xml;
     }
-    EXPECT_EQ(fnGerarPDFDanfeDoXml("*" + codificarBase64(nota)), ZEL_RECUSADO);
+    EXPECT_EQ(fnGerarPDFDanfeDoXml("*" + codificarBase64(inteira)), ZEL_RECUSADO);
     for (const std::string_view nome : {"../x.pdf", "/tmp/x.pdf", ""})
         EXPECT_EQ(fnGerarPDFDanfe("a", 48, nome), ZEL_RECUSADO) << nome;
     EXPECT_EQ(arquivos(), antes);
@@ -250,10 +255,11 @@ TEST_F(Pdf, refused_documents_write_nothing) {
 
 // Caught: a working copy left behind, a receipt without the document's own protocol.
 TEST_F(Pdf, receipt_of_an_authorized_document) {
-    Nota nota;
-    nota.dest = kConsumidor;
-    nota.infCpl = "[b]Volte[/b] sempre";
-    ASSERT_EQ(fnGerarPDFDanfeDoXml(codificarBase64(autorizada(nota))), ZEL_OK);
+    const std::string documento =
+        trocar(trocar(nota(), "<det ",
+                      "<dest><CPF>12345678909</CPF><xNome>José da Silva</xNome></dest><det "_l1),
+               "</infNFe>", "<infAdic><infCpl>[b]Volte[/b] sempre</infCpl></infAdic></infNFe>");
+    ASSERT_EQ(fnGerarPDFDanfeDoXml(codificarBase64(autorizada(documento))), ZEL_OK);
     const std::string texto = lerDesenho(pasta.ler(kId + "_DANFE.pdf")).texto;
     for (const std::string_view trecho :
          {"\nPão & Cia Ltda\n"_l1, "135140000000001"_l1, "José da Silva\n"_l1, "Volte sempre"_l1,
@@ -263,18 +269,23 @@ TEST_F(Pdf, receipt_of_an_authorized_document) {
     EXPECT_FALSE(existe("danfe_pdf_temp.xml"));
 
     // Not authorized: no protocol in it.
-    EXPECT_EQ(fnGerarPDFDanfeDoXml(codificarBase64(nota.xml())), ZEL_RECUSADO);
+    EXPECT_EQ(fnGerarPDFDanfeDoXml(codificarBase64(documento)), ZEL_RECUSADO);
     EXPECT_FALSE(existe("danfe_pdf_temp.xml"));
 }
 
 // Caught: a PDF that only our own reading finds right.
 TEST_F(Pdf, another_reader_reads_the_receipt) {
     if (std::system("command -v pdftotext > /dev/null") != 0) GTEST_SKIP() << "no pdftotext";
-    Nota nota;
-    nota.itens.clear();
-    for (int i = 1; i <= 999; ++i)
-        nota.itens += item(i, std::to_string(i), "Açúcar"_l1, "1.0000", "UN", "2.00");
-    ASSERT_EQ(fnGerarPDFDanfeDoXml(codificarBase64(autorizada(nota))), ZEL_OK);
+    const std::string simples = nota();
+    const std::size_t inicio = simples.find("<det "), fim = simples.find("<total>");
+    std::string itens;
+    for (int i = 1; i <= 999; ++i) {
+        const std::string numero = std::to_string(i);
+        itens += trocar(trocar(simples.substr(inicio, fim - inicio), "'1'", "'" + numero + "'"),
+                        "<cProd>789<", "<cProd>" + numero + "<");
+    }
+    const std::string documento = simples.substr(0, inicio) + itens + simples.substr(fim);
+    ASSERT_EQ(fnGerarPDFDanfeDoXml(codificarBase64(autorizada(documento))), ZEL_OK);
 
     const std::string lido = pasta / "lido.txt";
     const std::string pdf = pasta / (kId + "_DANFE.pdf");
@@ -282,18 +293,18 @@ TEST_F(Pdf, another_reader_reads_the_receipt) {
     const std::string texto = trim(pasta.ler("lido.txt"));
     std::size_t posicao = 0;
     for (const std::string_view trecho :
-         {"Pão & Cia Ltda"_l1, "\n001 1 Açúcar 1.0000 UN X 2.00 2.00\n"_l1,
-          "\n999 999 Açúcar 1.0000 UN X 2.00 2.00\n"_l1, "QTD. TOTAL DE ITENS 999"_l1,
+         {"Pão & Cia Ltda"_l1, "\n001 1 Caneta azul 2.0000 UN X 5.25 10.50\n"_l1,
+          "\n999 999 Caneta azul 2.0000 UN X 5.25 10.50\n"_l1, "QTD. TOTAL DE ITENS 999"_l1,
           "Protocolo de Autorização: 135140000000001"_l1}) {
         posicao = texto.find(trecho, posicao);
         ASSERT_NE(posicao, texto.npos) << trecho;
     }
-    EXPECT_TRUE(contem(texto, "Açúcar"_l1, 999));
+    EXPECT_TRUE(contem(texto, "Caneta azul", 999));
 }
 
 // Caught: a failure that is answered as success, leaves half a file, or forgets the working copy.
 TEST_F(Pdf, failures_of_the_file) {
-    const std::string base64 = codificarBase64(autorizada(Nota{}));
+    const std::string base64 = codificarBase64(autorizada());
     std::filesystem::create_directory(pasta / (kId + "_DANFE.pdf"));
     std::filesystem::create_directory(pasta / (kId + "_XML.pdf"));
     EXPECT_EQ(fnGerarPDF("DocXML", base64), ZEL_FALHA_GRAVACAO_PDF);

@@ -17,7 +17,7 @@ CupomFiscal cupom(std::string_view uf, std::string_view consumidor) {
     cf.DataHora = "2014-01-31T23:59:59-02:00";
     cf.ValorTotal = 10.5;
     cf.TotalICMS = "1.80";
-    cf.DigestValueAutorizado = kDigest;
+    cf.DigestValueAutorizado = "FBFUQdZijVXNc2cxuJ9xHnx0Chc=";
     return cf;
 }
 
@@ -28,30 +28,26 @@ CupomFiscal cupom(std::string_view uf, std::string_view consumidor) {
 // in a UTF-8 terminal, for every state but SP, RS and MT with "?" in front.
 TEST_F(Qrcode, parameters_and_hash) {
     configurar({{R"(CONFIGURACAO\TokenSefaz)", "senha-é-01"_l1}});
-    const std::string chave(kChave);
-    const std::string meio = "&dhEmi=323031342d30312d33315432333a35393a35392d30323a3030&vNF=10.50"
-                             "&vICMS=1.80&digVal="
-                             "4642465551645a696a56584e63326378754a3978486e78304368633d"
-                             "&cIdToken=000001&cHashQRCode=";
+    const std::string inicio = "http://a?chNFe=" + std::string(kChave) + "&nVersao=100&tpAmb=";
+    const std::string fim = "&dhEmi=323031342d30312d33315432333a35393a35392d30323a3030&vNF=10.50"
+                            "&vICMS=1.80&digVal="
+                            "4642465551645a696a56584e63326378754a3978486e78304368633d"
+                            "&cIdToken=000001&cHashQRCode=";
     const struct {
-        std::string_view uf, consumidor, ambiente;
+        std::string_view uf, consumidor;
+        int ambiente;
         std::string esperado;
     } casos[] = {
-        {"SP", "123.456.789-09", "1",
-         "http://a?chNFe=" + chave + "&nVersao=100&tpAmb=1&cDest=12345678909" + meio +
-             "A99EF63C9D71DB0A05AB04ED58DB17471694B0A1"},
-        {"AM", "123.456.789-09", "1",
-         "http://a?chNFe=" + chave + "&nVersao=100&tpAmb=1&cDest=12345678909" + meio +
-             "70FA52EBB0E2F8017AB2F55E66120E4B0D6F4908"},
-        {"AM", "", "2",
-         "http://a?chNFe=" + chave + "&nVersao=100&tpAmb=2" + meio +
-             "2327C696A0888B5052D4E46338BA2CA739C31984"},
-        {"AM", "", "3", "http://a"},
+        {"SP", "123.456.789-09", kProducao,
+         inicio + "1&cDest=12345678909" + fim + "A99EF63C9D71DB0A05AB04ED58DB17471694B0A1"},
+        {"AM", "123.456.789-09", kProducao,
+         inicio + "1&cDest=12345678909" + fim + "70FA52EBB0E2F8017AB2F55E66120E4B0D6F4908"},
+        {"AM", "", kHomologacao, inicio + "2" + fim + "2327C696A0888B5052D4E46338BA2CA739C31984"},
+        {"AM", "", kLinkPronto, "http://a"},
     };
     for (const auto &caso : casos) {
-        G_stDadosImpressao.TipoAmbiente = caso.ambiente;
-        EXPECT_EQ(gerarUrlQrcode(cupom(caso.uf, caso.consumidor), "http://a",
-                                 G_stDadosImpressao.ambiente()),
+        G_stDadosImpressao.TipoAmbiente = std::to_string(caso.ambiente);
+        EXPECT_EQ(gerarUrlQrcode(cupom(caso.uf, caso.consumidor), "http://a", caso.ambiente),
                   caso.esperado);
     }
     // Only the three states hash the parameters alone.

@@ -51,19 +51,6 @@ TEST_F(Setores, item_line_at_the_border_of_its_width) {
     EXPECT_EQ(linhaDoItem(48, 57), duas(32, "</c>\r\n<c>", 19));
 }
 
-// A line's total follows the shop's money rule.
-TEST_F(Setores, item_total_is_cut_as_configured) {
-    Item item;
-    item.Quantidade = "3.0000";
-    item.ValorUnitario = 0.6666;
-    for (const auto &[regra, total] : {std::pair{"A", " 2.00<"}, std::pair{"T", " 1.99<"}}) {
-        configurar({{R"(CONFIGURACAO\ArredondarTruncar)", regra}});
-        std::string texto;
-        imprimirSetor_III(layout(42), {&item, 1}, texto);
-        EXPECT_TRUE(contem(texto, total));
-    }
-}
-
 // Known forms stand in the golden receipts.
 TEST_F(Setores, unknown_payment_form_keeps_the_label_before) {
     CupomFiscal cf;
@@ -134,8 +121,6 @@ TEST_F(Setores, promotional_text_and_its_switch) {
 
     G_stXML_Persistencia.encerramento.emplace("ENCERRAMENTO");
     EXPECT_TRUE(contem(imprimir(48), "do [cupom]"));
-    ST_tagZEL infAdic("infAdic");
-    infAdic.addSubTag("infCpl", "[b]A &amp; B[/b]&#10;fim");
-    G_stXML_Persistencia.encerramento->addSubTag(infAdic);
+    encerrarCom("[b]A &amp; B[/b]&#10;fim");
     EXPECT_TRUE(contem(imprimir(48), "</ce>\r\n<b>A & B</b>\nfim"));
 }
