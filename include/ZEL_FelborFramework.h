@@ -177,7 +177,8 @@ ZEL_API int aCFIdentificarTransportadora_ZEL(const char *documento, const char *
  *   quantidade     number; null or empty sells zero
  *   valorUnitario  number of nothing but digits and one comma or point: it stands in the document
  *                  as given, without its leading zeros
- *   tipoAjuste     adjustment type, up to 2; another type adjusts nothing
+ *   tipoAjuste     adjustment type, up to 2; another type adjusts nothing, but with a value that
+ *                  is not zero it leaves the item without a tax base (0.00)
  *   valorAjuste    number; empty or zero is no adjustment; an amount ("$") stands in the document
  *                  as given, too
  *   codigo         product code, 1 to 60
@@ -328,8 +329,9 @@ ZEL_API int GeraXMLConsulta_ZEL(const char *tipo, const char *inicial, const cha
  *   aliquota        ICMS: 2 to 5, always with two decimals, "18,00" or "1800"; PIS and COFINS: 1 to
  *                   6, in percent
  *   valorDesonerado, baseRetida, valorRetido  up to 15
- *   motivo          up to 1
- *   valorUnidade    tax per unit, 1 to 14 */
+ *   motivo          1; a longer one makes the sale answer ZEL_TAG_NAO_CONFORME
+ *   valorUnidade    hundredths (centavos) of tax per unit sold, 1 to 14: the tax is quantity
+ *                   x valorUnidade / 100 */
 ZEL_API int aCFConfICMS00_ZEL(const char *origem, const char *cst, const char *modBC,
                               const char *aliquota);
 ZEL_API int aCFConfICMS40_ZEL(const char *origem, const char *cst, const char *valorDesonerado,
@@ -343,8 +345,8 @@ ZEL_API int aCFConfCofinsAliq_ZEL(const char *cst, const char *aliquota);
 ZEL_API int aCFConfCofinsQtde_ZEL(const char *cst, const char *valorUnidade);
 ZEL_API int aCFConfCofinsNT_ZEL(const char *cst);
 
-/* The "other" groups: `valorUnidade` is looked at only when `aliquota` is empty or longer than 6.
- */
+/* The "other" groups. The length of `valorUnidade` is checked only when `aliquota` is empty or
+ * longer than 6; the tax is quantity x valorUnidade / 100 in any case, 0.00 without it. */
 ZEL_API int aCFConfPisOutr_ZEL(const char *cst, const char *aliquota, const char *valorUnidade);
 ZEL_API int aCFConfCofinsOutr_ZEL(const char *cst, const char *aliquota, const char *valorUnidade);
 

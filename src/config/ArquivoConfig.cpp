@@ -1,6 +1,7 @@
 #include "config/ArquivoConfig.h"
 
 #include "config/VarreduraConfig.h"
+#include "util/TextoXml.h"
 
 #include <algorithm>
 #include <vector>
@@ -95,7 +96,7 @@ ValoresConfig::ValoresConfig() {
 }
 
 void ValoresConfig::definir(Chave chave, std::string_view valor) {
-    textos_[donaDoValor(chave).indice] = valor.substr(0, stZELTAGs[chave.indice].tamanho);
+    textos_[donaDoValor(chave).indice] = cortarBytes(valor, stZELTAGs[chave.indice].tamanho);
 }
 
 std::string fnXML_CriarArquivo(const ValoresConfig &valores) {

@@ -3,6 +3,7 @@
 #include "ZEL_FelborFramework.h"
 #include "util/Arquivo.h"
 #include "util/Diretorio.h"
+#include "util/TextoXml.h"
 
 #include <algorithm>
 #include <optional>
@@ -42,32 +43,46 @@ void assumir(CargaConfig carga) {
     G_stRegistroZEL_AUX.inteiro = carga.inteira;
 }
 
-int fnXML_CriarArquivo_Felbor_ZEL(const ValoresConfig &valores) {
+int fnXML_CriarArquivo_Felbor_ZEL() {
+    const ValoresConfig &valores = G_stRegistroZEL_AUX.valores;
     CargaConfig carga{valores, fnXML_CriarArquivo(valores), true};
     if (const int codigo = gravar(carga.texto); codigo != ZEL_OK) return codigo;
     assumir(std::move(carga));
     return ZEL_OK;
 }
 
-// Takes over what the file holds, with what it lacks from `base`; a missing file is created from
-// `base`. Bytes that are `conhecidos` are not read again. `texto` receives the file's bytes.
-int carregar(const ValoresConfig &base, const std::optional<std::string> &conhecidos,
-             std::string &texto) {
+// Takes over what the file holds, unless its bytes are known already; a missing file is created
+// from the values in memory. `texto` receives the file's bytes.
+int carregar(std::string &texto) {
     switch (lerArquivo(caminhoArquivo(), texto)) {
     case Leitura::kInexistente:
-        return fnXML_CriarArquivo_Felbor_ZEL(base);
+        return fnXML_CriarArquivo_Felbor_ZEL();
     case Leitura::kFalha:
         return ZEL_ARQUIVO_INDISPONIVEL;
     case Leitura::kLido:
         break;
     }
-    if (conhecidos == texto) return ZEL_OK;
-    auto carga = fnXML_CarregarXML(texto, base);
+    if (G_stRegistroZEL_AUX.arquivo == texto) return ZEL_OK;
+    auto carga = fnXML_CarregarXML(texto, G_stRegistroZEL_AUX.valores);
     if (!carga) return ZEL_CONFIG_ILEGIVEL;
     if (carga->texto != texto)
         if (const int codigo = gravar(carga->texto); codigo != ZEL_OK) return codigo;
     assumir(std::move(*carga));
     return ZEL_OK;
+}
+
+// The defaults in memory and the file over them; one without its root tags makes way for a new one.
+int carregarSobrePadroes() {
+    fnInicializarEstruturaDadosZEL_AUX();
+    std::string texto;
+    const int codigo = carregar(texto);
+    if (codigo != ZEL_CONFIG_ILEGIVEL) return codigo;
+    // It may be the only copy of the taxpayer's settings.
+    if (const int copia =
+            substituirArquivo(caminhoArquivo() + ".danificado", texto, Acesso::kPrivado);
+        copia != ZEL_OK)
+        return copia;
+    return fnXML_CriarArquivo_Felbor_ZEL();
 }
 
 } // namespace
@@ -78,7 +93,7 @@ std::string_view valorConfig(Chave chave) {
 
 int fnXML_CarregarXML_ZEL() {
     std::string texto;
-    return carregar(G_stRegistroZEL_AUX.valores, G_stRegistroZEL_AUX.arquivo, texto);
+    return carregar(texto);
 }
 
 int garantirConfig() {
@@ -86,23 +101,17 @@ int garantirConfig() {
 }
 
 int inicializarConfig() {
-    const ValoresConfig padroes;
-    std::string texto;
-    const int codigo = carregar(padroes, std::nullopt, texto);
-    if (codigo != ZEL_CONFIG_ILEGIVEL) return codigo;
-    // It may be the only copy of the taxpayer's settings.
-    if (const int copia =
-            substituirArquivo(caminhoArquivo() + ".danificado", texto, Acesso::kPrivado);
-        copia != ZEL_OK)
-        return copia;
-    return fnXML_CriarArquivo_Felbor_ZEL(padroes);
+    Registro anterior = G_stRegistroZEL_AUX;
+    const int codigo = carregarSobrePadroes();
+    if (codigo != ZEL_OK) G_stRegistroZEL_AUX = std::move(anterior);
+    return codigo;
 }
 
 int alterarConfig(std::span<const Alteracao> alteracoes) {
     std::vector<Alteracao> cortadas(alteracoes.begin(), alteracoes.end());
     for (Alteracao &alteracao : cortadas) {
         const std::size_t maximo = stZELTAGs[alteracao.chave.indice].tamanho;
-        if (alteracao.valor.size() > maximo) alteracao.valor.resize(maximo);
+        alteracao.valor.resize(cortarBytes(alteracao.valor, maximo).size());
         // It would end the value in the file.
         if (alteracao.valor.find("</") != std::string::npos) return ZEL_RECUSADO;
     }

@@ -42,9 +42,7 @@ void escreverRegistro(std::string &texto, Secao secao, const ST_tagZEL &raiz) {
     texto += formatarInteiro(tipo - kSecaoDoTipo.begin() + 1, 2);
     texto += '|';
     if (ehLista(secao)) texto.append(raiz.valor.value_or("")) += '|';
-    if (raiz.subTags)
-        for (const ST_tagZEL &filho : *raiz.subTags)
-            filho.escrever(texto);
+    raiz.escreverEstrutura(texto);
     texto += "\r\n";
 }
 

@@ -19,12 +19,6 @@ namespace zel {
 
 namespace {
 
-void escreverFilhos(std::string &texto, const ST_tagZEL &raiz) {
-    if (raiz.subTags)
-        for (const ST_tagZEL &filho : *raiz.subTags)
-            filho.escrever(texto);
-}
-
 // Of the closing section only the consumer's text reaches the document, without its printer marks
 // and on one line.
 void escreverEncerramento(std::string &texto, const ST_tagZEL &encerramento) {
@@ -43,16 +37,16 @@ int escreverCorpo(std::string &texto, const ST_PersitenceXML_ZEL &documento) {
                           documento.totalizacao && documento.transporte && documento.pagamentos &&
                           !documento.pagamentos->empty() && documento.encerramento;
     if (!completo) return ZEL_RECUSADO;
-    escreverFilhos(texto, *documento.abertura);
+    documento.abertura->escreverEstrutura(texto);
     for (const ST_tagZEL &item : *documento.vendas) {
         texto.append("<det nItem='").append(item.valor.value_or("")).append("'>");
-        escreverFilhos(texto, item);
+        item.escreverEstrutura(texto);
         texto += "</det>";
     }
-    escreverFilhos(texto, *documento.totalizacao);
-    escreverFilhos(texto, *documento.transporte);
+    documento.totalizacao->escreverEstrutura(texto);
+    documento.transporte->escreverEstrutura(texto);
     for (const ST_tagZEL &pagamento : *documento.pagamentos)
-        escreverFilhos(texto, pagamento);
+        pagamento.escreverEstrutura(texto);
     escreverEncerramento(texto, *documento.encerramento);
     texto += "</infNFe></NFe>";
     return ZEL_OK;

@@ -71,16 +71,6 @@ void ST_tagZEL::setValor(std::string_view texto) {
     if (!texto.empty()) valor.emplace(texto);
 }
 
-ST_tagZEL ST_tagZEL::clone() const {
-    ST_tagZEL copia(nome);
-    copia.ehGrupo = ehGrupo;
-    copia.obrigatorio = obrigatorio;
-    copia.tamanhoMinimo = tamanhoMinimo;
-    copia.tamanhoMaximo = tamanhoMaximo;
-    if (valor) copia.setValor(*valor);
-    return copia;
-}
-
 ST_tagZEL &ST_tagZEL::addSubTag(std::string_view nomeFilho, std::string_view valorFilho) {
     return addSubTag(ST_tagZEL(nomeFilho, valorFilho));
 }
@@ -125,15 +115,6 @@ std::string_view ST_tagZEL::valorDe(std::string_view nomeFilho) const {
     return filho != nullptr && filho->valor ? std::string_view(*filho->valor) : std::string_view();
 }
 
-std::optional<ST_tagZEL> ST_tagZEL::removerSubTag(int indice) {
-    if (indice == -1 && subTags) indice = static_cast<int>(subTags->size()) - 1;
-    ST_tagZEL *filho = getSubTag(indice);
-    if (filho == nullptr) return std::nullopt;
-    std::optional<ST_tagZEL> removido(std::move(*filho));
-    subTags->erase(subTags->begin() + indice);
-    return removido;
-}
-
 bool ST_tagZEL::removerSubTag(std::string_view nomeFilho) {
     const ST_tagZEL *filho = getSubTag(nomeFilho);
     if (filho == nullptr) return false;
@@ -149,12 +130,10 @@ std::string ST_tagZEL::toString() const {
 
 void ST_tagZEL::escrever(std::string &texto) const {
     escreverInicio(texto, *this);
-    if (subTags) {
-        for (const auto &filho : *subTags)
-            filho.escrever(texto);
-    } else if (valor) {
+    if (subTags)
+        escreverEstrutura(texto);
+    else if (valor)
         texto.append(*valor);
-    }
     escreverFim(texto, *this);
 }
 
@@ -166,10 +145,14 @@ std::string ST_tagZEL::toPDF(int nivel) const {
 
 std::string ST_tagZEL::getEstrutura() const {
     std::string texto;
-    if (subTags)
-        for (const auto &filho : *subTags)
-            filho.escrever(texto);
+    escreverEstrutura(texto);
     return texto;
+}
+
+void ST_tagZEL::escreverEstrutura(std::string &texto) const {
+    if (!subTags) return;
+    for (const auto &filho : *subTags)
+        filho.escrever(texto);
 }
 
 std::optional<std::string> ST_tagZEL::canonicalizeNFSubTree() const {

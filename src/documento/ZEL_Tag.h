@@ -36,9 +36,6 @@ struct ST_tagZEL {
     // Stores the text; an empty one changes nothing, so a value cannot be cleared through it.
     void setValor(std::string_view texto);
 
-    // A copy of the node alone: flags, sizes, name and value; no children, no attributes.
-    ST_tagZEL clone() const;
-
     // Append a child; each returns this node. An empty value leaves the child without one.
     ST_tagZEL &addSubTag(std::string_view nomeFilho, std::string_view valorFilho);
     ST_tagZEL &addSubTag(ST_tagZEL filho);
@@ -59,9 +56,6 @@ struct ST_tagZEL {
     // The value of the first child of that name; empty when there is none.
     std::string_view valorDe(std::string_view nomeFilho) const;
 
-    // Takes out the child at the zero-based index, -1 for the last; none when there is no such.
-    std::optional<ST_tagZEL> removerSubTag(int indice);
-
     // Takes out the first child of that name; false when there is none.
     bool removerSubTag(std::string_view nomeFilho);
 
@@ -74,6 +68,7 @@ struct ST_tagZEL {
 
     // toString of every child, without the node's own tags.
     std::string getEstrutura() const;
+    void escreverEstrutura(std::string &texto) const; // getEstrutura, appended
 
     // The first child in the form that the digest signs: this node's xmlns carried onto its start
     // tag, "> <" closed up inside its children. None when the node has no list of children.

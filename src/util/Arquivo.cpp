@@ -79,31 +79,40 @@ std::string seguirLigacoes(std::string caminho) {
     return caminho;
 }
 
-// Puts `de` in the place of `para`. The two change places where the system can do that, so that the
-// old file comes back should the directory refuse to be flushed.
+bool trocarDeLugar(const std::string &a, const std::string &b) {
+    return ::renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE) == 0;
+}
+
+// Puts `de` in the place of `para`, keeping the old file at hand until the directory is flushed:
+// the two change places where the system can do that, elsewhere the old file gets a second name
+// (where it can). Should the directory refuse to be flushed, the old file comes back.
 bool tomarLugar(const std::string &de, const std::string &para) {
     const Descritor diretorio(diretorioDe(para).c_str(), O_RDONLY | O_DIRECTORY);
     // A directory that may be written but not read cannot be flushed by this process.
     if (!diretorio.aberto() && errno != EACCES) return false;
 
-    const auto trocar = [&] {
-        return ::renameat2(AT_FDCWD, de.c_str(), AT_FDCWD, para.c_str(), RENAME_EXCHANGE) == 0;
-    };
     const bool existia = existeArquivo(para);
-    const bool trocados = existia && trocar();
-    if (!trocados && ::rename(de.c_str(), para.c_str()) != 0) return false;
-
+    const std::string antigo = de + ".antigo";
+    const bool trocados = existia && trocarDeLugar(de, para);
+    if (!trocados) {
+        removerArquivo(antigo);
+        if (existia && ::link(para.c_str(), antigo.c_str()) != 0 && errno == ENOSPC) return false;
+        if (::rename(de.c_str(), para.c_str()) != 0) {
+            removerArquivo(antigo);
+            return false;
+        }
+    }
     // Some network file systems cannot flush a directory and say so with EINVAL.
     const bool gravado = !diretorio.aberto() ||
                          insistir([&] { return ::fsync(diretorio.fd()); }) == 0 || errno == EINVAL;
     if (gravado) {
-        if (trocados) ::unlink(de.c_str());
+        if (existia) removerArquivo(trocados ? de : antigo);
         return true;
     }
     if (trocados)
-        trocar();
-    else if (!existia)
-        ::rename(para.c_str(), de.c_str());
+        trocarDeLugar(de, para);
+    else
+        ::rename(existia ? antigo.c_str() : para.c_str(), existia ? para.c_str() : de.c_str());
     return false;
 }
 

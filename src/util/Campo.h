@@ -12,8 +12,6 @@ namespace zel {
 template <std::size_t Capacidade>
 class Campo {
 public:
-    static constexpr std::size_t kCapacidade = Capacidade;
-
     constexpr Campo() = default;
     constexpr Campo(std::string_view texto) { *this = texto; }
 

@@ -65,7 +65,11 @@ std::string formatarDecimal(double valor, int casas) {
     std::array<char, 352> texto;
     const auto [fim, erro] = std::to_chars(texto.data(), texto.data() + texto.size(), valor,
                                            std::chars_format::fixed, casas);
-    return erro == std::errc{} ? std::string(texto.data(), fim) : std::string{};
+    if (erro != std::errc{}) return {};
+    const bool negativo = texto.front() == '-';
+    const bool ehZero = std::all_of(texto.data() + (negativo ? 1 : 0), fim,
+                                    [](char c) { return c == '0' || c == '.'; });
+    return std::string(texto.data() + (negativo && ehZero ? 1 : 0), fim);
 }
 
 std::string formatarInteiro(long long valor, int largura) {

@@ -15,7 +15,8 @@ double lerDecimal(std::string_view texto);
 // character. No digits reads as 0; a number beyond the range of long long stays at its bound.
 long long lerInteiro(std::string_view texto);
 
-// Writes with exactly `casas` decimals, correctly rounded from the binary value ("%.*f").
+// Writes with exactly `casas` decimals, correctly rounded from the binary value. A value that is
+// written as zero has no sign: the authority knows no "-0.00".
 std::string formatarDecimal(double valor, int casas);
 
 // Money: two decimals ("%0.2f").

@@ -118,4 +118,13 @@ std::string_view cortarXml(std::string_view valor, std::size_t maximo) {
     return valor.substr(0, valor.size() - resto.size());
 }
 
+std::string_view cortarBytes(std::string_view texto, std::size_t maximo) {
+    if (texto.size() <= maximo) return texto;
+    const std::size_t ultima = texto.rfind('&', maximo);
+    const auto referencia =
+        ultima == texto.npos ? std::nullopt : lerReferencia(texto.substr(ultima));
+    const bool partida = referencia && ultima + referencia->tamanho > maximo;
+    return texto.substr(0, partida ? ultima : maximo);
+}
+
 } // namespace zel

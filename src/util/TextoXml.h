@@ -31,4 +31,7 @@ std::size_t comprimentoXml(std::string_view valor);
 // The first `maximo` characters of an XML value; no reference is cut in two.
 std::string_view cortarXml(std::string_view valor, std::size_t maximo);
 
+// The first `maximo` bytes of a text, or fewer where that would cut a reference in two.
+std::string_view cortarBytes(std::string_view texto, std::size_t maximo);
+
 } // namespace zel

@@ -204,6 +204,21 @@ TEST(Encerramento, so_marcas_e_brancos_nao_deixam_infAdic) {
     EXPECT_NE(caixa.lerArquivo("ArqPersist.bin").find("[qrcode]"), std::string::npos);
 }
 
+// A key renamed, moved or lost, a default changed: every shop's file would be completed wrongly.
+TEST(Configuracao, arquivo_novo_traz_todo_o_catalogo) {
+    Caixa caixa;
+    ASSERT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
+    compararComOuro("ZEL_Framework.xml", caixa.lerArquivo("ZEL_Framework.xml"));
+}
+
+TEST(Configuracao, valor_cortado_nunca_parte_uma_referencia) {
+    Caixa caixa;
+    caixa.config("EMIT\\xNome", (std::string(57, 'x') + "&amp;Y").c_str());
+    EXPECT_EQ(caixa.config("EMIT\\xNome"), std::string(57, 'x'));
+    caixa.config("EMIT\\xNome", (std::string(55, 'x') + "&amp;Y").c_str());
+    EXPECT_EQ(caixa.config("EMIT\\xNome"), std::string(55, 'x') + "&amp;");
+}
+
 TEST(Configuracao, outro_processo_e_visto_na_operacao_seguinte) {
     Caixa caixa;
     ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));

@@ -276,15 +276,15 @@ TEST_F(Pdf, receipt_of_an_authorized_document) {
 // Caught: a PDF that only our own reading finds right.
 TEST_F(Pdf, another_reader_reads_the_receipt) {
     if (std::system("command -v pdftotext > /dev/null") != 0) GTEST_SKIP() << "no pdftotext";
-    const std::string simples = nota();
-    const std::size_t inicio = simples.find("<det "), fim = simples.find("<total>");
+    const std::string modelo = nota();
+    const std::size_t inicio = modelo.find("<det "), fim = modelo.find("<total>");
     std::string itens;
     for (int i = 1; i <= 999; ++i) {
         const std::string numero = std::to_string(i);
-        itens += trocar(trocar(simples.substr(inicio, fim - inicio), "'1'", "'" + numero + "'"),
+        itens += trocar(trocar(modelo.substr(inicio, fim - inicio), "'1'", "'" + numero + "'"),
                         "<cProd>789<", "<cProd>" + numero + "<");
     }
-    const std::string documento = simples.substr(0, inicio) + itens + simples.substr(fim);
+    const std::string documento = modelo.substr(0, inicio) + itens + modelo.substr(fim);
     ASSERT_EQ(fnGerarPDFDanfeDoXml(codificarBase64(autorizada(documento))), ZEL_OK);
 
     const std::string lido = pasta / "lido.txt";
