@@ -41,7 +41,6 @@ void trocarEntre(std::string &texto, std::string_view antes, char depois, std::s
 } // namespace
 
 Funcoes::Simbolo Funcoes::procurar(const char *nome) {
-    nomes_.emplace_back(nome);
     void *endereco = dlsym(biblioteca_, nome);
     EXPECT_NE(endereco, nullptr) << nome << " is not exported";
     return {endereco};
@@ -79,13 +78,6 @@ void Caixa::parar() {
 
 void Caixa::reiniciar() {
     parar();
-    iniciar();
-}
-
-void Caixa::limpar() {
-    parar();
-    for (const auto &entrada : fs::directory_iterator(diretorio_))
-        fs::remove_all(entrada);
     iniciar();
 }
 

@@ -16,8 +16,6 @@ class Funcoes {
 public:
     explicit Funcoes(void *biblioteca) : biblioteca_(biblioteca) {}
 
-    const std::vector<std::string> &nomes() const { return nomes_; }
-
 private:
     // Converts to whichever function pointer it initialises.
     struct Simbolo {
@@ -31,7 +29,6 @@ private:
     Simbolo procurar(const char *nome);
 
     void *biblioteca_;
-    std::vector<std::string> nomes_;
 
 public:
     // clang-format off
@@ -120,9 +117,6 @@ public:
 
     // The extended information of an index, asked with a buffer of exactly the documented size.
     std::string info(const char *indice) const;
-
-    // Removes every file that the library wrote and starts anew, as after a fresh installation.
-    void limpar();
 
 private:
     std::filesystem::path diretorio_;

@@ -8,6 +8,9 @@
 
 namespace {
 
+using C = const Caixa &;
+using F = const Funcoes &;
+
 int abrir(const Caixa &c, const char *documento = "") {
     return c->aCFAbrir_ZEL(documento, "", "", "", "", "", "", "", "");
 }
@@ -39,52 +42,46 @@ struct LinhaDeEstados {
 };
 
 const LinhaDeEstados kLinhas[] = {
-    {"open", [](const Caixa &c) { return abrir(c); }, {1, -130, -130, -130, -130, 1, 1}},
+    {"open", [](C c) { return abrir(c); }, {1, -130, -130, -130, -130, 1, 1}},
     {"open with number",
-     [](const Caixa &c) {
-         return c->aCFAbrirNumSerie_ZEL(7, 1, "", "", "", "", "", "", "", "", "");
-     },
+     [](C c) { return c->aCFAbrirNumSerie_ZEL(7, 1, "", "", "", "", "", "", "", "", ""); },
      {1, -130, -130, -130, -130, 1, 1}},
-    {"sell", [](const Caixa &c) { return vender(c); }, {-131, 1, 1, -132, -132, -132, -132}},
+    {"sell", [](C c) { return vender(c); }, {-131, 1, 1, -132, -132, -132, -132}},
     {"totalize",
-     [](const Caixa &c) { return c->aCFTotalizar_ZEL("", ""); },
+     [](C c) { return c->aCFTotalizar_ZEL("", ""); },
      {-131, -133, 1, -133, -133, -133, -133}},
     {"pay",
-     [](const Caixa &c) { return c->aCFEfetuarPagamento_ZEL("dinheiro", "1"); },
+     [](C c) { return c->aCFEfetuarPagamento_ZEL("dinheiro", "1"); },
      {-131, -134, -134, 1, -34, -134, -134}},
-    {"close",
-     [](const Caixa &c) { return c->tCFEncerrar_ZEL(""); },
-     {-131, -135, -135, -135, 1, -135, -135}},
+    {"close", [](C c) { return c->tCFEncerrar_ZEL(""); }, {-131, -135, -135, -135, 1, -135, -135}},
     {"close with both",
-     [](const Caixa &c) { return c->tCFEncerrarConfigMsg_ZEL("a", "b"); },
+     [](C c) { return c->tCFEncerrarConfigMsg_ZEL("a", "b"); },
      {-131, -135, -135, -135, 1, -135, -135}},
     {"item discount",
-     [](const Caixa &c) { return c->aCFLancarDescontoItem_ZEL(1, "D$", "1"); },
+     [](C c) { return c->aCFLancarDescontoItem_ZEL(1, "D$", "1"); },
      {-100, -100, 1, -100, -100, -100, -100}},
     {"item surcharge",
-     [](const Caixa &c) { return c->aCFLancarAcrescimoItem_ZEL(1, "A$", "1"); },
+     [](C c) { return c->aCFLancarAcrescimoItem_ZEL(1, "A$", "1"); },
      {-100, -100, 1, -100, -100, -100, -100}},
     {"cancel item",
-     [](const Caixa &c) { return c->aCFCancelarItem_ZEL(1); },
+     [](C c) { return c->aCFCancelarItem_ZEL(1); },
      {-100, -100, 1, -100, -100, -100, -100}},
     {"partial cancel",
-     [](const Caixa &c) { return c->aCFCancelarItemParcial_ZEL(1, "0.5"); },
+     [](C c) { return c->aCFCancelarItemParcial_ZEL(1, "0.5"); },
      {-100, -100, 1, -100, -100, -100, -100}},
     {"drop discount",
-     [](const Caixa &c) { return c->aCFCancelarDescontoItem_ZEL(1); },
+     [](C c) { return c->aCFCancelarDescontoItem_ZEL(1); },
      {-100, -100, -21, -100, -100, -100, -100}},
     {"correct payment",
-     [](const Caixa &c) { return c->aCFEstornarPagamento_ZEL("dinheiro", "cheque", "10.00"); },
+     [](C c) { return c->aCFEstornarPagamento_ZEL("dinheiro", "cheque", "10.00"); },
      {-100, -100, -100, -100, 1, -100, -100}},
-    {"preset",
-     [](const Caixa &c) { return c->aCFConfPisNT_ZEL("07"); },
-     {-100, 1, 1, 1, -100, -100, -100}},
+    {"preset", [](C c) { return c->aCFConfPisNT_ZEL("07"); }, {-100, 1, 1, 1, -100, -100, -100}},
     {"carrier, no delivery",
-     [](const Caixa &c) { return c->aCFIdentificarTransportadora_ZEL("", "", "", "", "", ""); },
+     [](C c) { return c->aCFIdentificarTransportadora_ZEL("", "", "", "", "", ""); },
      {-109, -109, -109, -109, -109, -100, -100}},
     // No state check: the consumer is identified at any point, once there is a document.
     {"consumer",
-     [](const Caixa &c) {
+     [](C c) {
          return c->aCFIdentificarConsumidor_ZEL("12345678909", "", "", "", "", "", "", "", "", "");
      },
      {-52, 1, 1, 1, 1, 1, -52}},
@@ -122,92 +119,77 @@ int venda(const Funcoes &f, const char *quantidade, const char *preco, const cha
 }
 
 const Recusa kRecusas[] = {
-    {"quantity below zero", [](const Funcoes &f) { return venda(f, "-1", "1"); }, -99},
-    {"price below zero", [](const Funcoes &f) { return venda(f, "1", "-1"); }, -99},
-    {"price with a letter", [](const Funcoes &f) { return venda(f, "1", "1O"); }, -99},
-    {"price with two points", [](const Funcoes &f) { return venda(f, "1", "1.0.0"); }, -99},
-    {"adjustment below zero", [](const Funcoes &f) { return venda(f, "1", "1", "D$", "-1"); }, -99},
-    {"no price", [](const Funcoes &f) { return venda(f, "1", ""); }, -120},
-    {"whole discount", [](const Funcoes &f) { return venda(f, "1", "1", "D%", "100"); }, -35},
-    {"surcharge at the bound", [](const Funcoes &f) { return venda(f, "1", "1", "A$", "1"); }, -35},
-    {"written amount decides", [](const Funcoes &f) { return venda(f, "1", "1", "D%", "99,6"); },
-     -35},
-    {"no product code", [](const Funcoes &f) { return venda(f, "1", "1", "", "", ""); }, -120},
+    {"quantity below zero", [](F f) { return venda(f, "-1", "1"); }, -99},
+    {"price below zero", [](F f) { return venda(f, "1", "-1"); }, -99},
+    {"price with a letter", [](F f) { return venda(f, "1", "1O"); }, -99},
+    {"price with two points", [](F f) { return venda(f, "1", "1.0.0"); }, -99},
+    {"adjustment below zero", [](F f) { return venda(f, "1", "1", "D$", "-1"); }, -99},
+    {"no price", [](F f) { return venda(f, "1", ""); }, -120},
+    {"whole discount", [](F f) { return venda(f, "1", "1", "D%", "100"); }, -35},
+    {"surcharge at the bound", [](F f) { return venda(f, "1", "1", "A$", "1"); }, -35},
+    {"written amount decides", [](F f) { return venda(f, "1", "1", "D%", "99,6"); }, -35},
+    {"no product code", [](F f) { return venda(f, "1", "1", "", "", ""); }, -120},
     {"null texts",
-     [](const Funcoes &f) {
+     [](F f) {
          return f.aCFVender_ZEL(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                                 nullptr);
      },
      -120},
-    {"tag text without elements", [](const Funcoes &f) { return f.aCFVenderXml_ZEL("x"); }, -121},
-    {"null tag text", [](const Funcoes &f) { return f.aCFVenderXml_ZEL(nullptr); }, -121},
-    {"tag text torn", [](const Funcoes &f) { return f.aCFVenderXml_ZEL("<prod><cProd>"); }, -1},
-    {"tag text with a comment",
-     [](const Funcoes &f) { return f.aCFVenderXml_ZEL("<!-- x --><prod></prod>"); }, -1},
-    {"tag text without taxes", [](const Funcoes &f) { return f.aCFVenderXml_ZEL("<prod></prod>"); },
-     -122},
-    {"item above the last",
-     [](const Funcoes &f) { return f.aCFLancarDescontoItem_ZEL(3, "D$", "1"); }, -11},
-    {"negative item", [](const Funcoes &f) { return f.aCFLancarDescontoItem_ZEL(-1, "D$", "1"); },
-     -99},
-    {"no type", [](const Funcoes &f) { return f.aCFLancarDescontoItem_ZEL(1, "", "1"); }, -99},
-    {"null value", [](const Funcoes &f) { return f.aCFLancarAcrescimoItem_ZEL(1, "A$", nullptr); },
-     -99},
-    {"value below zero",
-     [](const Funcoes &f) { return f.aCFLancarAcrescimoItem_ZEL(1, "A$", "-0,01"); }, -99},
-    {"second adjustment",
-     [](const Funcoes &f) { return f.aCFLancarAcrescimoItem_ZEL(2, "A$", "1"); }, -20},
-    {"last item has one already",
-     [](const Funcoes &f) { return f.aCFLancarDescontoItem_ZEL(0, "D$", "1"); }, -20},
-    {"discount of all", [](const Funcoes &f) { return f.aCFLancarDescontoItem_ZEL(1, "D$", "10"); },
-     -35},
-    {"surcharge of all",
-     [](const Funcoes &f) { return f.aCFLancarAcrescimoItem_ZEL(1, "A%", "100"); }, -35},
-    {"cancel item 0", [](const Funcoes &f) { return f.aCFCancelarItem_ZEL(0); }, -99},
-    {"cancel item 3", [](const Funcoes &f) { return f.aCFCancelarItem_ZEL(3); }, -99},
-    {"cancel a whole quantity",
-     [](const Funcoes &f) { return f.aCFCancelarItemParcial_ZEL(1, "1,0000"); }, -31},
-    {"cancel nothing given", [](const Funcoes &f) { return f.aCFCancelarItemParcial_ZEL(1, ""); },
-     -99},
-    {"cancel a negative quantity",
-     [](const Funcoes &f) { return f.aCFCancelarItemParcial_ZEL(1, "-1"); }, -99},
-    {"cancel of item 3", [](const Funcoes &f) { return f.aCFCancelarItemParcial_ZEL(3, "0.1"); },
-     -11},
-    {"no discount to drop", [](const Funcoes &f) { return f.aCFCancelarDescontoItem_ZEL(1); }, -21},
-    {"no surcharge to drop", [](const Funcoes &f) { return f.aCFCancelarAcrescimoItem_ZEL(0); },
-     -21},
-    {"total discount of all", [](const Funcoes &f) { return f.aCFTotalizar_ZEL("D%", "100"); },
-     -35},
+    {"tag text without elements", [](F f) { return f.aCFVenderXml_ZEL("x"); }, -121},
+    {"null tag text", [](F f) { return f.aCFVenderXml_ZEL(nullptr); }, -121},
+    {"tag text torn", [](F f) { return f.aCFVenderXml_ZEL("<prod><cProd>"); }, -1},
+    {"tag text with a comment", [](F f) { return f.aCFVenderXml_ZEL("<!-- x --><prod></prod>"); },
+     -1},
+    {"tag text without taxes", [](F f) { return f.aCFVenderXml_ZEL("<prod></prod>"); }, -122},
+    {"item above the last", [](F f) { return f.aCFLancarDescontoItem_ZEL(3, "D$", "1"); }, -11},
+    {"negative item", [](F f) { return f.aCFLancarDescontoItem_ZEL(-1, "D$", "1"); }, -99},
+    {"no type", [](F f) { return f.aCFLancarDescontoItem_ZEL(1, "", "1"); }, -99},
+    {"null value", [](F f) { return f.aCFLancarAcrescimoItem_ZEL(1, "A$", nullptr); }, -99},
+    {"value below zero", [](F f) { return f.aCFLancarAcrescimoItem_ZEL(1, "A$", "-0,01"); }, -99},
+    {"second adjustment", [](F f) { return f.aCFLancarAcrescimoItem_ZEL(2, "A$", "1"); }, -20},
+    {"last item has one already", [](F f) { return f.aCFLancarDescontoItem_ZEL(0, "D$", "1"); },
+     -20},
+    {"discount of all", [](F f) { return f.aCFLancarDescontoItem_ZEL(1, "D$", "10"); }, -35},
+    {"surcharge of all", [](F f) { return f.aCFLancarAcrescimoItem_ZEL(1, "A%", "100"); }, -35},
+    {"cancel item 0", [](F f) { return f.aCFCancelarItem_ZEL(0); }, -99},
+    {"cancel item 3", [](F f) { return f.aCFCancelarItem_ZEL(3); }, -99},
+    {"cancel a whole quantity", [](F f) { return f.aCFCancelarItemParcial_ZEL(1, "1,0000"); }, -31},
+    {"cancel nothing given", [](F f) { return f.aCFCancelarItemParcial_ZEL(1, ""); }, -99},
+    {"cancel a negative quantity", [](F f) { return f.aCFCancelarItemParcial_ZEL(1, "-1"); }, -99},
+    {"cancel of item 3", [](F f) { return f.aCFCancelarItemParcial_ZEL(3, "0.1"); }, -11},
+    {"no discount to drop", [](F f) { return f.aCFCancelarDescontoItem_ZEL(1); }, -21},
+    {"no surcharge to drop", [](F f) { return f.aCFCancelarAcrescimoItem_ZEL(0); }, -21},
+    {"total discount of all", [](F f) { return f.aCFTotalizar_ZEL("D%", "100"); }, -35},
     {"street without number",
-     [](const Funcoes &f) {
-         return f.aCFIdentificarConsumidor_ZEL("1", "", "Rua", "", "", "", "", "", "", "");
-     },
+     [](F f) { return f.aCFIdentificarConsumidor_ZEL("1", "", "Rua", "", "", "", "", "", "", ""); },
      -1},
     {"CPF of ten digits",
-     [](const Funcoes &f) {
+     [](F f) {
          return f.aCFIdentificarConsumidor_ZEL("1234567890", "", "", "", "", "", "", "", "", "");
      },
      -120},
-    {"unknown key", [](const Funcoes &f) { return f.regAlterarValor_ZEL("IDE\\nada", "1"); }, -1},
+    {"unknown key", [](F f) { return f.regAlterarValor_ZEL("IDE\\nada", "1"); }, -1},
     {"value that ends its element",
-     [](const Funcoes &f) { return f.regAlterarValor_ZEL("EMIT\\xNome", "a</b"); }, -1},
-    {"null result buffer",
-     [](const Funcoes &f) { return f.regRetornarValor_ZEL("IDE\\nNF", nullptr); }, -99},
-    {"unknown preset length", [](const Funcoes &f) { return f.aCFConfPisNT_ZEL("1"); }, -99},
-    {"blank tax amount", [](const Funcoes &f) { return f.aCFValorLeiImposto_ZEL("  "); }, -99},
+     [](F f) { return f.regAlterarValor_ZEL("EMIT\\xNome", "a</b"); }, -1},
+    {"null value buffer", [](F f) { return f.regRetornarValor_ZEL("IDE\\nNF", nullptr); }, -99},
+    {"null information buffer", [](F f) { return f.rInfoEstendida_ZEL("1", nullptr); }, -99},
+    {"null address buffer", [](F f) { return f.rURLQrcode_ZEL(nullptr); }, -99},
+    {"null receipt buffer", [](F f) { return f.RetornarUltimoBufferFormatadoNF_ZEL(nullptr); },
+     -99},
+    {"unknown preset length", [](F f) { return f.aCFConfPisNT_ZEL("1"); }, -99},
+    {"blank tax amount", [](F f) { return f.aCFValorLeiImposto_ZEL("  "); }, -99},
     {"unknown information",
-     [](const Funcoes &f) {
+     [](F f) {
          char saida[ZEL_TAMANHO_INFO];
          return f.rInfoEstendida_ZEL("8", saida);
      },
      -99},
     {"file to scramble is missing",
-     [](const Funcoes &f) { return f.eCriptografarArquivo_ZEL("/nada/aqui", "/nada/la", "k"); },
-     -52},
+     [](F f) { return f.eCriptografarArquivo_ZEL("/nada/aqui", "/nada/la", "k"); }, -52},
     {"contingency without a directory",
-     [](const Funcoes &f) { return f.aCFContingenciaUltimaNota_ZEL(4, nullptr); }, -1},
-    {"unknown kind of reissue",
-     [](const Funcoes &f) { return f.aCFContingenciaUltimaNota_ZEL(9, nullptr); }, -1},
+     [](F f) { return f.aCFContingenciaUltimaNota_ZEL(4, nullptr); }, -1},
+    {"unknown kind of reissue", [](F f) { return f.aCFContingenciaUltimaNota_ZEL(9, nullptr); },
+     -1},
 };
 
 TEST(Recusas, respondem_seu_codigo_e_nada_muda) {
@@ -222,6 +204,23 @@ TEST(Recusas, respondem_seu_codigo_e_nada_muda) {
         EXPECT_EQ(caixa.lerArquivo("ZEL_Framework.xml"), configuracao) << recusa.descricao;
     }
     EXPECT_EQ(caixa.info("1"), "2");
+}
+
+// A size constant smaller than the longest value, a read that fails and leaves what the buffer
+// held, a write to a text that is a result only on success: callers pass constants.
+TEST(Buffers, tamanhos_bastam_e_recusas_nao_deixam_restos) {
+    Caixa caixa;
+    const std::string url(600, 'u');
+    caixa.config("NFCE\\UrlQrcode", url.c_str());
+    std::vector<char> lida(ZEL_TAMANHO_VALOR, '?'); // on the heap, for the sanitizer to see
+    EXPECT_EQ(caixa->rURLQrcode_ZEL(lida.data()), ZEL_OK);
+    EXPECT_EQ(lida.data(), url.substr(0, ZEL_TAMANHO_VALOR - 1));
+    EXPECT_EQ(caixa->regRetornarValor_ZEL("IDE\\naoExiste", lida.data()), ZEL_RECUSADO);
+    EXPECT_STREQ(lida.data(), "");
+    static const char kDiretorios[] = "/tmp/|/var/";
+    char *constante = const_cast<char *>(kDiretorios);
+    EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(4, constante), ZEL_RECUSADO) << "no document";
+    EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(9, constante), ZEL_RECUSADO) << "no such kind";
 }
 
 TEST(Limite, milesimo_item) {

@@ -9,6 +9,8 @@
 
 namespace {
 
+using C = const Caixa &;
+
 struct Chamada {
     const char *descricao;
     int esperado;
@@ -22,30 +24,27 @@ struct Venda {
 
 // Short forms of the calls that most sales make.
 Chamada abrir(const char *documento = "", const char *nome = "") {
-    return {"open", ZEL_OK, [=](const Caixa &c) {
-                return c->aCFAbrir_ZEL(documento, nome, "", "", "", "", "", "", "");
-            }};
+    return {"open", ZEL_OK,
+            [=](C c) { return c->aCFAbrir_ZEL(documento, nome, "", "", "", "", "", "", ""); }};
 }
 Chamada vender(const char *aliquota, const char *quantidade, const char *preco,
                const char *tipo = "", const char *valor = "", const char *descricao = "Produto") {
-    return {"sell", ZEL_OK, [=](const Caixa &c) {
+    return {"sell", ZEL_OK, [=](C c) {
                 return c->aCFVender_ZEL(aliquota, quantidade, preco, tipo, valor, "001", "UN",
                                         descricao);
             }};
 }
 Chamada totalizar(const char *tipo = "", const char *valor = "") {
-    return {"totalize", ZEL_OK, [=](const Caixa &c) { return c->aCFTotalizar_ZEL(tipo, valor); }};
+    return {"totalize", ZEL_OK, [=](C c) { return c->aCFTotalizar_ZEL(tipo, valor); }};
 }
 Chamada pagar(const char *forma, const char *valor = "") {
-    return {"pay", ZEL_OK,
-            [=](const Caixa &c) { return c->aCFEfetuarPagamento_ZEL(forma, valor); }};
+    return {"pay", ZEL_OK, [=](C c) { return c->aCFEfetuarPagamento_ZEL(forma, valor); }};
 }
 Chamada encerrar(const char *texto = "") {
-    return {"close", ZEL_OK, [=](const Caixa &c) { return c->tCFEncerrar_ZEL(texto); }};
+    return {"close", ZEL_OK, [=](C c) { return c->tCFEncerrar_ZEL(texto); }};
 }
 Chamada configurar(const char *chave, const char *valor) {
-    return {"configure", ZEL_OK,
-            [=](const Caixa &c) { return c->regAlterarValor_ZEL(chave, valor); }};
+    return {"configure", ZEL_OK, [=](C c) { return c->regAlterarValor_ZEL(chave, valor); }};
 }
 Chamada chamar(const char *descricao, std::function<int(const Caixa &)> fazer) {
     return {descricao, ZEL_OK, std::move(fazer)};
@@ -57,14 +56,14 @@ std::vector<Venda> vendas() {
          {abrir(), vender("T1800", "1", "10.00"), totalizar(), pagar("dinheiro"), encerrar()}},
         {"consumidor_completo",
          {chamar("open with address",
-                 [](const Caixa &c) {
+                 [](C c) {
                      return c->aCFAbrir_ZEL("123.456.789-09", "Jo\xE3o & Maria <Ltda>", "Rua A, 1",
                                             "12-B", "Centro", "4321808", "Cidade", "RS",
                                             "95000000");
                  }),
           vender("T1800", "2,5", "1,999", "D%", "10", "\xC1gua &amp; g\xE1s"),
           chamar("identify",
-                 [](const Caixa &c) {
+                 [](C c) {
                      return c->aCFIdentificarConsumidor_ZEL("11.222.333/0001-81", "Loja", "", "",
                                                             "", "", "", "", "", "a@b.com.br");
                  }),
@@ -80,24 +79,18 @@ std::vector<Venda> vendas() {
          {abrir(), vender("T1800", "1", "10.00"), vender("T0700", "2", "20.00", "A$", "1,50"),
           vender("F", "1.2345", "7.77"), vender("T1800", "4", "5"),
           chamar("item discount",
-                 [](const Caixa &c) { return c->aCFLancarDescontoItem_ZEL(1, "D$", "0,99"); }),
+                 [](C c) { return c->aCFLancarDescontoItem_ZEL(1, "D$", "0,99"); }),
           chamar("last item surcharge",
-                 [](const Caixa &c) { return c->aCFLancarAcrescimoItem_ZEL(0, "A%", "12,5"); }),
-          chamar("partial cancel",
-                 [](const Caixa &c) { return c->aCFCancelarItemParcial_ZEL(2, "0,5"); }),
-          chamar("drop surcharge",
-                 [](const Caixa &c) { return c->aCFCancelarAcrescimoItem_ZEL(4); }),
+                 [](C c) { return c->aCFLancarAcrescimoItem_ZEL(0, "A%", "12,5"); }),
+          chamar("partial cancel", [](C c) { return c->aCFCancelarItemParcial_ZEL(2, "0,5"); }),
+          chamar("drop surcharge", [](C c) { return c->aCFCancelarAcrescimoItem_ZEL(4); }),
           vender("T1800", "1", "99.90"),
-          chamar("cancel item", [](const Caixa &c) { return c->aCFCancelarItem_ZEL(3); }),
+          chamar("cancel item", [](C c) { return c->aCFCancelarItem_ZEL(3); }),
           totalizar("D$", "12,34"), pagar("vale refeicao", "10"), pagar("05"),
           chamar("correct the form",
-                 [](const Caixa &c) {
-                     return c->aCFEstornarPagamento_ZEL("vale refeicao", "12", "10,00");
-                 }),
+                 [](C c) { return c->aCFEstornarPagamento_ZEL("vale refeicao", "12", "10,00"); }),
           chamar("close with both messages",
-                 [](const Caixa &c) {
-                     return c->tCFEncerrarConfigMsg_ZEL("ao consumidor", "ao fisco");
-                 })}},
+                 [](C c) { return c->tCFEncerrarConfigMsg_ZEL("ao consumidor", "ao fisco"); })}},
         {"servico",
          {configurar("IMPOSTO\\ISSQN\\cMunFG", "12"),
           configurar("IMPOSTO\\ISSQN\\cListServ", "101"),
@@ -106,7 +99,7 @@ std::vector<Venda> vendas() {
         {"transportadora",
          {configurar("IDE\\indPres", "4"), abrir("12345678909"), vender("T1800", "1", "10.00"),
           chamar("carrier",
-                 [](const Caixa &c) {
+                 [](C c) {
                      return c->aCFIdentificarTransportadora_ZEL("11222333000181", "Transportes",
                                                                 "12", "Rua B", "Cidade", "SP");
                  }),
@@ -122,7 +115,7 @@ std::vector<Venda> vendas() {
           pagar("dinheiro"), encerrar()}},
         {"numero_dado",
          {chamar("open with number and series",
-                 [](const Caixa &c) {
+                 [](C c) {
                      return c->aCFAbrirNumSerie_ZEL(41, 3, "", "", "", "", "", "", "", "", "");
                  }),
           vender("T1800", "1", "1.00"), totalizar(), pagar("dinheiro"), encerrar()}},
@@ -130,7 +123,7 @@ std::vector<Venda> vendas() {
          {abrir(),
           chamar(
               "sell tag text",
-              [](const Caixa &c) {
+              [](C c) {
                   return c->aCFVenderXml_ZEL(
                       "<PROD><cProd>7</cProd><cEAN>7891234567895</cEAN><xProd>A &amp; B</xProd>\r\n"
                       "<NCM>22011000</NCM><CFOP>5405</CFOP><uCom>UN</uCom><qCom>2</qCom>"
@@ -144,21 +137,17 @@ std::vector<Venda> vendas() {
           totalizar(), pagar("dinheiro"), encerrar()}},
         {"presets",
          {abrir(),
-          chamar("ICMS00",
-                 [](const Caixa &c) { return c->aCFConfICMS00_ZEL("1", "00", "0", "12,00"); }),
-          chamar("PIS", [](const Caixa &c) { return c->aCFConfPisAliq_ZEL("01", "1,65"); }),
-          chamar("COFINS", [](const Caixa &c) { return c->aCFConfCofinsAliq_ZEL("01", "7.6"); }),
+          chamar("ICMS00", [](C c) { return c->aCFConfICMS00_ZEL("1", "00", "0", "12,00"); }),
+          chamar("PIS", [](C c) { return c->aCFConfPisAliq_ZEL("01", "1,65"); }),
+          chamar("COFINS", [](C c) { return c->aCFConfCofinsAliq_ZEL("01", "7.6"); }),
           vender("T1800", "1", "200.00"),
-          chamar("ICMS40", [](const Caixa &c) { return c->aCFConfICMS40_ZEL("0", "41", "", ""); }),
-          chamar("PIS by unit", [](const Caixa &c) { return c->aCFConfPisQtde_ZEL("03", "0,50"); }),
-          chamar("COFINS not taxed", [](const Caixa &c) { return c->aCFConfCofinsNT_ZEL("06"); }),
+          chamar("ICMS40", [](C c) { return c->aCFConfICMS40_ZEL("0", "41", "", ""); }),
+          chamar("PIS by unit", [](C c) { return c->aCFConfPisQtde_ZEL("03", "0,50"); }),
+          chamar("COFINS not taxed", [](C c) { return c->aCFConfCofinsNT_ZEL("06"); }),
           vender("N", "4", "2.50"),
-          chamar("ICMS60",
-                 [](const Caixa &c) { return c->aCFConfICMS60_ZEL("0", "60", "10,00", "1,80"); }),
-          chamar("PIS other",
-                 [](const Caixa &c) { return c->aCFConfPisOutr_ZEL("99", "1,00", ""); }),
-          chamar("COFINS other",
-                 [](const Caixa &c) { return c->aCFConfCofinsOutr_ZEL("99", "2,00", ""); }),
+          chamar("ICMS60", [](C c) { return c->aCFConfICMS60_ZEL("0", "60", "10,00", "1,80"); }),
+          chamar("PIS other", [](C c) { return c->aCFConfPisOutr_ZEL("99", "1,00", ""); }),
+          chamar("COFINS other", [](C c) { return c->aCFConfCofinsOutr_ZEL("99", "2,00", ""); }),
           vender("T0000", "1", "50.00"), totalizar("D%", "10"), pagar("13"), encerrar()}},
     };
 }
