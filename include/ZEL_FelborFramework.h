@@ -10,8 +10,9 @@
  *     ("&amp;", "&#38;") counts as the character that it stands for; "&", "<" and ">" reach the
  *     document as references. Control bytes are dropped, a tab or a line end becomes one blank (the
  *     closing messages keep their line ends). Tag text, given whole, keeps what it holds.
- *  2. Lengths are in characters. "Up to n" means that longer text is cut, "n to m, else left out"
- *     that text of another length is not written, "exactly n" that it is refused.
+ *  2. Lengths are in characters. "Up to n" means that longer text is cut, "n to m" that a longer one
+ *     is cut and a shorter one refused, "n to m, else left out" that text of another length is not
+ *     written, "exactly n" that it is refused.
  *  3. Numbers are decimal texts of up to 15 characters: optional blanks, digits, at most one comma
  *     or point; reading ends at the first other character and no digits count as zero. Neither
  *     reading nor writing depends on the process locale. Money has two decimals, a sold quantity
@@ -135,7 +136,8 @@ ZEL_API int aCFAbrir_ZEL(const char *documento, const char *nome, const char *lo
 /* aCFAbrir_ZEL after storing receipt number and series in IDE\nNF and IDE\Serie, where they stay
  * even if the opening then fails. The number is stored as given, and automatic numbering then adds
  * one at the close: the document carries numeroCupom + 1, unless CONFIGURACAO\NumeracaoAutomatica
- * is "0". Codes: ZEL_CUPOM_EM_ANDAMENTO (first, nothing stored), then those of aCFAbrir_ZEL. */
+ * is "0". Nine and three digits are kept; a document is refused with a number below zero or above
+ * 999999999. Codes: ZEL_CUPOM_EM_ANDAMENTO (first, nothing stored), then those of aCFAbrir_ZEL. */
 ZEL_API int aCFAbrirNumSerie_ZEL(int numeroCupom, int serie, const char *documento,
                                  const char *nome, const char *logradouro, const char *numero,
                                  const char *bairro, const char *codigoMunicipio,
@@ -206,8 +208,9 @@ ZEL_API int aCFVenderCompleto_ZEL(const char *aliquota, const char *quantidade,
 /* Sells one item given as tag text: the elements `prod` and `imposto` with all that they hold, in
  * the order of the layout; names in any case. Neither uses nor drops a preset. States 1 and 2; then
  * 2. Codes: ZEL_RECUSADO, a thousandth item; ZEL_NENHUM_CUPOM, ZEL_VENDA_FORA_DE_ORDEM;
- * ZEL_RECUSADO, text that is no XML; ZEL_TAG_NAO_CONFORME, ZEL_TAG_SEM_ELEMENTOS,
- * ZEL_TAG_OBRIGATORIA. Files: ArqPersist.bin, ZEL_Framework.xml when the state changes. */
+ * ZEL_RECUSADO, tags that do not nest; ZEL_TAG_NAO_CONFORME, ZEL_TAG_SEM_ELEMENTOS,
+ * ZEL_TAG_OBRIGATORIA. What stands between the tags is written as given: a bare "&" is the caller's
+ * to avoid. Files: ArqPersist.bin, ZEL_Framework.xml when the state changes. */
 ZEL_API int aCFVenderXml_ZEL(const char *xmlItem);
 
 /* Gives an item a discount, or a surcharge; one adjustment per item. `item` 1 to 999, 0 = the last
@@ -272,7 +275,8 @@ ZEL_API int aCFValorLeiImposto_ZEL(const char *valor);
  * the history copies under CONFIGURACAO\PathXMLEnvio. State 4; then 5. `informacoes` for the
  * consumer, up to 5000; printer mark-up in angle brackets is kept in square ones. Number and
  * numeric code advance; NFCE\ChaveDeAcesso receives the key. A document that could not be written
- * leaves state 4, and the closing can be repeated.
+ * leaves state 4, and the closing can be repeated; a history copy that cannot be written fails
+ * nothing.
  * Codes: ZEL_NENHUM_CUPOM, ZEL_ENCERRAMENTO_FORA_DE_ORDEM; ZEL_CONSUMIDOR_OBRIGATORIO, no CPF, CNPJ
  * or foreign id; ZEL_RECUSADO, the document cannot be assembled (IDE\nNF would pass 999999999).
  * Loads the configuration. Files: ArqPersist.bin, ZEL_Framework.xml, documentosEnvio.xml, the
@@ -361,7 +365,8 @@ ZEL_API int regAlterarValor_ZEL(const char *chave, const char *valor);
  * ZEL_ARGUMENTO_INVALIDO, `valor` null; ZEL_RECUSADO, no such key, with an empty text. */
 ZEL_API int regRetornarValor_ZEL(const char *chave, char *valor);
 
-/* Answers the receipt state, 0 to 6, as stored in ZEL_Framework.xml. */
+/* Answers the receipt state, 0 to 6, as stored in ZEL_Framework.xml when this process last loaded or
+ * changed it. */
 ZEL_API int rCFVerificarStatus_ZEL(void);
 
 /* Reads what the state has to tell into `valor`, ZEL_TAMANHO_INFO bytes; empty where the table has
@@ -390,10 +395,12 @@ ZEL_API int rURLQrcode_ZEL(char *url);
  * `texto` in and out. Kind 4: ZEL_TAMANHO_DIRETORIOS bytes; directories of up to 300 characters
  * with their final "/", separated by "|"; receives the path of the last file. Other kinds: null, or
  * a buffer that receives the document: ZEL_TAMANHO_DOCUMENTO bytes, or 16384 + 3072 for each item
- * + 80 for each payment + 5 for each character of the closing text.
+ * + 80 for each payment + 5 for each character of the closing text; an item sold as tag text takes
+ * the length of its text and 64 bytes more.
  * Codes: ZEL_RECUSADO, another kind, no document, a section missing (a number may be used up), or
- * kind 4 without a directory. Loads the configuration. Files: documentosEnvio.xml and history
- * copies, or KEY.ctg; parametrosEnvio.xml for kind 3; ZEL_Framework.xml. */
+ * kind 4 without a directory. Of several directories of kind 4 the last one gives the answer; files
+ * written to the others, code and key stay. Loads the configuration. Files: documentosEnvio.xml and
+ * history copies, or KEY.ctg; parametrosEnvio.xml for kind 3; ZEL_Framework.xml. */
 ZEL_API int aCFContingenciaUltimaNota_ZEL(int tipo, char *texto);
 
 /* Lays a receipt out as text with printer mark-up, keeps it as the last receipt and, when

@@ -19,38 +19,62 @@ std::string ArquivoPendente::caminhoPendente() const {
     return fnConfigurarPath(nomePendente_);
 }
 
-int ArquivoPendente::confirmar(std::string_view conteudo, std::span<const Alteracao> alteracoes) {
-    if (limpar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
-    if (substituirArquivo(caminhoPendente(), conteudo, acesso_) != ZEL_OK)
-        return ZEL_ARQUIVO_INDISPONIVEL;
-
-    const std::vector<Alteracao> anteriores = valoresAtuais(alteracoes);
-    if (const int resultado = alterarConfig(alteracoes); resultado != ZEL_OK) {
+int ArquivoPendente::confirmar(std::string_view conteudo, std::span<const Alteracao> alteracoes,
+                               ArquivoPendente *segundo) {
+    const auto abandonarTodos = [&] {
         abandonar();
+        if (segundo != nullptr) segundo->abandonar();
+    };
+    const std::vector<Alteracao> anteriores = valoresAtuais(alteracoes);
+    int resultado = preparar(conteudo);
+    if (resultado == ZEL_OK) resultado = alterarConfig(alteracoes);
+    if (resultado != ZEL_OK) {
+        abandonarTodos();
         return resultado;
     }
-    if (renomearArquivo(caminhoPendente(), caminho()) == ZEL_OK) return ZEL_OK;
+    if ((segundo == nullptr || segundo->concluir() == ZEL_OK) && concluir() == ZEL_OK)
+        return ZEL_OK;
     if (alterarConfig(anteriores) == ZEL_OK) {
-        abandonar();
+        abandonarTodos();
         return ZEL_ARQUIVO_INDISPONIVEL;
     }
     // The new configuration stands on disk beside the content that belongs to it: the change has
     // happened, and the next save or the next process puts the file in place.
-    restou_ = Resto::kConfirmado;
     return ZEL_OK;
 }
 
-int ArquivoPendente::limpar() {
-    int resultado = ZEL_OK;
-    if (restou_ == Resto::kAbandonado) resultado = removerArquivo(caminhoPendente());
-    if (restou_ == Resto::kConfirmado) resultado = renomearArquivo(caminhoPendente(), caminho());
-    if (resultado == ZEL_OK) restou_ = Resto::kNada;
-    return resultado;
+int ArquivoPendente::preparar(std::string_view conteudo) {
+    if (limpar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    return substituirArquivo(caminhoPendente(), conteudo, acesso_);
+}
+
+std::optional<std::string> ArquivoPendente::esperando() const {
+    std::string conteudo;
+    if (lerArquivo(caminhoPendente(), conteudo) != Leitura::kLido) return std::nullopt;
+    return conteudo;
+}
+
+int ArquivoPendente::concluir() {
+    resto_ = Resto::kConfirmado;
+    limpar();
+    // Once renamed, the file is as good as in place: should power fail before the directory is
+    // flushed, the waiting name comes back and the next process puts it in place again.
+    return resto_ == Resto::kConfirmado ? ZEL_ARQUIVO_INDISPONIVEL : ZEL_OK;
 }
 
 void ArquivoPendente::abandonar() {
-    restou_ = Resto::kAbandonado;
+    resto_ = Resto::kAbandonado;
     limpar();
+}
+
+int ArquivoPendente::limpar() {
+    if (resto_ == Resto::kAbandonado && removerArquivo(caminhoPendente()) == ZEL_OK)
+        resto_ = Resto::kNada;
+    if (resto_ == Resto::kConfirmado && renomearArquivo(caminhoPendente(), caminho()) == ZEL_OK)
+        resto_ = Resto::kADescarregar;
+    if (resto_ == Resto::kADescarregar && descarregarDiretorio(caminho()) == ZEL_OK)
+        resto_ = Resto::kNada;
+    return resto_ == Resto::kNada ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
 }
 
 } // namespace zel

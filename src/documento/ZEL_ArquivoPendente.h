@@ -9,6 +9,7 @@
 #include "config/Registro.h"
 #include "util/Arquivo.h"
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -27,11 +28,20 @@ public:
 
     std::string caminho() const;
 
-    // Changes file and configuration together. 1; -1, -40, -52 with both as they were.
-    int confirmar(std::string_view conteudo, std::span<const Alteracao> alteracoes);
+    // Changes file and configuration together. A second file, prepared before, goes with them: it
+    // is put in place first, so that a later process can judge it by this one. 1; -1, -40, -52 with
+    // all of it as it was.
+    int confirmar(std::string_view conteudo, std::span<const Alteracao> alteracoes,
+                  ArquivoPendente *segundo = nullptr);
 
-    // Clears away what an earlier failure of this process left waiting; call before any other
-    // change of the file. 1 or -52.
+    // Writes the waiting content. 1 or -52.
+    int preparar(std::string_view conteudo);
+
+    // What waits, if anything does.
+    std::optional<std::string> esperando() const;
+
+    // Finishes what an earlier failure of this process left; call before any other change of the
+    // file. 1 or -52.
     int limpar();
 
     // Settles what a dead process left: `pertence(conteudo)` tells whether the waiting content
@@ -40,23 +50,24 @@ public:
     int resolver(Pertence pertence) {
         std::string conteudo;
         const Leitura leitura = lerArquivo(caminhoPendente(), conteudo);
-        restou_ = Resto::kNada;
         if (leitura == Leitura::kInexistente) return ZEL_OK;
         if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
-        restou_ = pertence(conteudo) ? Resto::kConfirmado : Resto::kAbandonado;
+        resto_ = pertence(conteudo) ? Resto::kConfirmado : Resto::kAbandonado;
         return limpar();
     }
 
 private:
-    enum class Resto { kNada, kAbandonado, kConfirmado };
+    // What is left to do: drop the waiting file, put it in place, flush the directory behind that.
+    enum class Resto { kNada, kAbandonado, kConfirmado, kADescarregar };
 
     std::string caminhoPendente() const;
+    int concluir();
     void abandonar();
 
     std::string_view nome_;
     std::string_view nomePendente_;
     Acesso acesso_;
-    Resto restou_ = Resto::kNada;
+    Resto resto_ = Resto::kNada;
 };
 
 } // namespace zel

@@ -28,6 +28,7 @@ constexpr bool ehLista(Secao secao) {
 
 // What this process knows of the file.
 struct EstadoDoArquivo {
+    bool lido = false; // or found missing; what could not be read must not be written over
     std::optional<std::size_t> tamanho; // none: the next save writes the whole document
     bool danificado = false;            // keep a copy before it is replaced
 };
@@ -145,7 +146,7 @@ bool ehUltimoRegistro(Secao secao) {
 } // namespace
 
 int fnPersistEstrutura_ZEL() {
-    if (prepararGravacao() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!arquivo.lido || prepararGravacao() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
     const std::string texto = escreverDocumento(G_stXML_Persistencia);
     if (substituirArquivo(persistencia.caminho(), texto, Acesso::kPrivado) != ZEL_OK)
         return ZEL_ARQUIVO_INDISPONIVEL;
@@ -172,7 +173,7 @@ int fnPersistComConfig_ZEL(std::span<const Alteracao> alteracoes) {
     if (prepararGravacao() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
     const std::string texto = escreverDocumento(G_stXML_Persistencia);
     const int resultado = persistencia.confirmar(texto, alteracoes);
-    if (resultado == ZEL_OK) arquivo.tamanho = texto.size();
+    if (resultado == ZEL_OK) arquivo = {.lido = true, .tamanho = texto.size()};
     return resultado;
 }
 
@@ -190,7 +191,7 @@ int fnCarregaEstrutura_ZEL(bool *passageira) {
 
     if (passageira != nullptr) *passageira = false;
     G_stXML_Persistencia.fnLimpar();
-    arquivo = {};
+    arquivo = {.lido = true, .tamanho = {}};
     if (leitura == Leitura::kInexistente) return ZEL_ARQUIVO_INDISPONIVEL;
     std::size_t inteiro = 0;
     const int resultado = percorrerLinhas(texto, inteiro, [](std::string_view linha) {

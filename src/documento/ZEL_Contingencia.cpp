@@ -4,7 +4,6 @@
 #include "config/Registro.h"
 #include "documento/ZEL_ArquivoPersistencia.h"
 #include "documento/ZEL_Cabecalho.h"
-#include "documento/ZEL_Envio.h"
 #include "documento/ZEL_Montagem.h"
 #include "documento/ZEL_Persistencia.h"
 #include "util/Numero.h"
@@ -18,14 +17,16 @@ int fnGerarXMLContingencia(int tipo, std::string &texto) {
     if (passageira) return carga;
     if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_RECUSADO;
 
-    const std::string substituido = formatarInteiro(lerInteiro(valorConfig(R"(IDE\nNF)"_chave)));
-    const std::string serie = formatarInteiro(lerInteiro(valorConfig(R"(IDE\Serie)"_chave)));
-    const int resultado = fnXMLFormatado_ZEL(tipo, texto);
-    if (resultado == 0) return ZEL_RECUSADO;
-    if (resultado != ZEL_OK || tipo != kSubstituicao) return resultado;
-    return fnCriarArquivoEnvio(kArquivoParametros, "<SubstituirDocumento><nNF>" + substituido +
-                                                       "</nNF><serie>" + serie +
-                                                       "</serie></SubstituirDocumento>");
+    std::string parametros;
+    if (tipo == kSubstituicao) {
+        const auto numero = [](Chave chave) {
+            return formatarInteiro(lerInteiro(valorConfig(chave)));
+        };
+        parametros = "<SubstituirDocumento><nNF>" + numero(R"(IDE\nNF)"_chave) + "</nNF><serie>" +
+                     numero(R"(IDE\Serie)"_chave) + "</serie></SubstituirDocumento>";
+    }
+    const int resultado = fnXMLFormatado_ZEL(tipo, texto, {}, parametros);
+    return resultado == 0 ? int{ZEL_RECUSADO} : resultado;
 }
 
 } // namespace zel

@@ -10,6 +10,7 @@ namespace zel {
 namespace {
 
 ArquivoPendente envio(kArquivoDocumentos, "documentosEnvio.xml.tmp", Acesso::kUmask);
+ArquivoPendente parametrosDoEnvio(kArquivoParametros, "parametrosEnvio.xml.tmp", Acesso::kUmask);
 
 // A waiting document was committed when the configuration names its key.
 bool pertenceAConfiguracao(std::string_view documento) {
@@ -21,12 +22,16 @@ bool pertenceAConfiguracao(std::string_view documento) {
 } // namespace
 
 int fnCriarArquivoEnvio(std::string_view nome, std::string_view texto) {
-    if (envio.limpar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (envio.limpar() != ZEL_OK || parametrosDoEnvio.limpar() != ZEL_OK)
+        return ZEL_ARQUIVO_INDISPONIVEL;
     return substituirArquivo(fnConfigurarPath(nome), texto, Acesso::kUmask);
 }
 
-int fnGravarDocumento_ZEL(std::string_view documento, std::span<const Alteracao> alteracoes) {
-    return envio.confirmar(documento, alteracoes);
+int fnGravarDocumento_ZEL(std::string_view documento, std::span<const Alteracao> alteracoes,
+                          std::string_view parametros) {
+    if (parametros.empty()) return envio.confirmar(documento, alteracoes);
+    if (parametrosDoEnvio.preparar(parametros) != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    return envio.confirmar(documento, alteracoes, &parametrosDoEnvio);
 }
 
 void fnGuardarHistorico_ZEL(TipoCopia tipo, std::string_view texto) {
@@ -36,7 +41,12 @@ void fnGuardarHistorico_ZEL(TipoCopia tipo, std::string_view texto) {
 }
 
 int fnConcluirEnvio_ZEL() {
-    return envio.resolver(pertenceAConfiguracao);
+    // Parameters wait only while their document does.
+    const int parametros = parametrosDoEnvio.resolver([](std::string_view) {
+        const auto documento = envio.esperando();
+        return documento && pertenceAConfiguracao(*documento);
+    });
+    return parametros == ZEL_OK ? envio.resolver(pertenceAConfiguracao) : parametros;
 }
 
 } // namespace zel

@@ -17,9 +17,10 @@ inline constexpr std::string_view kArquivoParametros = "parametrosEnvio.xml";
 int fnCriarArquivoEnvio(std::string_view nome, std::string_view texto);
 
 // Writes an issued document to documentosEnvio.xml together with the configuration that belongs to
-// it, which must hold its key: either both change or neither does, also when the process dies.
-// 1; -40 or -52.
-int fnGravarDocumento_ZEL(std::string_view documento, std::span<const Alteracao> alteracoes);
+// it, which must hold its key, and with parametrosEnvio.xml when `parametros` is not empty: either
+// all of it changes or nothing does, also when the process dies. 1; -40 or -52.
+int fnGravarDocumento_ZEL(std::string_view documento, std::span<const Alteracao> alteracoes,
+                          std::string_view parametros);
 
 // Keeps a history copy of a sent text in the directories of "CONFIGURACAO\PathXMLEnvio". A copy
 // that cannot be written fails nothing.

@@ -52,33 +52,33 @@ int escreverCorpo(std::string &texto, const ST_PersitenceXML_ZEL &documento) {
     return ZEL_OK;
 }
 
-// What the configuration remembers of a document that was written: a cancellation without
-// arguments must never name an older one.
+// What the configuration remembers of a document that was written: its number and numeric code, its
+// key, and no protocol yet. A cancellation without arguments must never name an older one.
 std::vector<Alteracao> doUltimoDocumento(const Cabecalho &cabecalho) {
-    return {{R"(NFCE\ChaveDeAcesso)"_chave, cabecalho.chave},
-            {R"(NFCE\ProtocoloAutorizacao)"_chave, ""}};
+    std::vector<Alteracao> alteracoes = cabecalho.numeracao;
+    alteracoes.push_back({R"(NFCE\ChaveDeAcesso)"_chave, cabecalho.chave});
+    alteracoes.push_back({R"(NFCE\ProtocoloAutorizacao)"_chave, ""});
+    return alteracoes;
 }
 
 int gravarEnvio(const Cabecalho &cabecalho, std::string documento, std::string &texto,
-                std::span<const Alteracao> alteracoes) {
-    std::vector<Alteracao> todas = cabecalho.numeracao;
-    for (Alteracao &alteracao : doUltimoDocumento(cabecalho))
-        todas.push_back(std::move(alteracao));
+                std::span<const Alteracao> alteracoes, std::string_view parametros) {
+    std::vector<Alteracao> todas = doUltimoDocumento(cabecalho);
     todas.insert(todas.end(), alteracoes.begin(), alteracoes.end());
-    if (const int resultado = fnGravarDocumento_ZEL(documento, todas); resultado != ZEL_OK)
+    if (const int resultado = fnGravarDocumento_ZEL(documento, todas, parametros);
+        resultado != ZEL_OK)
         return resultado;
     fnGuardarHistorico_ZEL(TipoCopia::kNFCe, documento);
     texto = std::move(documento);
     return ZEL_OK;
 }
 
-// The numeric code is on disk before the first file appears, the key only behind it: the
-// configuration never names a document that does not exist.
+// Code and key are on disk before the first file appears: no code is ever in two documents.
 int gravarContingencia(const Cabecalho &cabecalho, const std::string &documento,
                        std::string &texto) {
-    const std::vector<Alteracao> anteriores = valoresAtuais(cabecalho.numeracao);
-    if (const int resultado = alterarConfig(cabecalho.numeracao); resultado != ZEL_OK)
-        return resultado;
+    const std::vector<Alteracao> alteracoes = doUltimoDocumento(cabecalho);
+    const std::vector<Alteracao> anteriores = valoresAtuais(alteracoes);
+    if (const int resultado = alterarConfig(alteracoes); resultado != ZEL_OK) return resultado;
     int resultado = ZEL_RECUSADO;
     bool algum = false;
     std::string ultimo;
@@ -88,17 +88,14 @@ int gravarContingencia(const Cabecalho &cabecalho, const std::string &documento,
         algum = algum || resultado == ZEL_OK;
     }
     texto = std::move(ultimo);
-    if (!algum) {
-        alterarConfig(anteriores);
-        return resultado;
-    }
-    const int lembrado = alterarConfig(doUltimoDocumento(cabecalho));
-    return resultado == ZEL_OK ? lembrado : resultado;
+    if (!algum) alterarConfig(anteriores);
+    return resultado;
 }
 
 } // namespace
 
-int fnXMLFormatado_ZEL(int tipo, std::string &texto, std::span<const Alteracao> alteracoes) {
+int fnXMLFormatado_ZEL(int tipo, std::string &texto, std::span<const Alteracao> alteracoes,
+                       std::string_view parametros) {
     if (tipo == kContingencia && separarDiretorios(texto).empty()) return ZEL_RECUSADO;
     Cabecalho cabecalho;
     if (const int resultado = cabecalhoZEL(tipo, std::time(nullptr), cabecalho);
@@ -111,7 +108,7 @@ int fnXMLFormatado_ZEL(int tipo, std::string &texto, std::span<const Alteracao> 
     }
     documento = fnAdequarCaracteres(documento);
     if (tipo == kContingencia) return gravarContingencia(cabecalho, documento, texto);
-    return gravarEnvio(cabecalho, std::move(documento), texto, alteracoes);
+    return gravarEnvio(cabecalho, std::move(documento), texto, alteracoes, parametros);
 }
 
 } // namespace zel

@@ -41,14 +41,25 @@ struct ST_PersitenceXML_ZEL {
 
 extern ST_PersitenceXML_ZEL G_stXML_Persistencia;
 
-// Runs an operation that changes `alvo` and saves it; when it does not answer 1, `alvo` is put
-// back as it was before the call.
+// Runs an operation; when it does not answer 1, or memory runs out in it, runs `desfazer`.
+template <class Acao, class Desfazer>
+int ouDesfaz(Acao acao, Desfazer desfazer) {
+    int resultado = 0;
+    try {
+        resultado = acao();
+    } catch (...) {
+        desfazer();
+        throw;
+    }
+    if (resultado != 1) desfazer();
+    return resultado;
+}
+
+// Runs an operation that changes `alvo` and saves it; on failure `alvo` is put back as it was.
 template <class Alvo, class Acao>
 int desfazendoNaFalha(Alvo &alvo, Acao acao) {
     Alvo antes = alvo;
-    const int resultado = acao();
-    if (resultado != 1) alvo = std::move(antes);
-    return resultado;
+    return ouDesfaz(acao, [&] { alvo = std::move(antes); });
 }
 
 } // namespace zel

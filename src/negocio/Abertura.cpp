@@ -33,12 +33,6 @@ std::string_view identificacaoNaAbertura(std::size_t digitos) {
     return digitos >= 5 && digitos <= kMaiorDocumento ? "idEstrangeiro" : "";
 }
 
-// The same for a later identification, which knows no foreign ids and leaves out 12 digits.
-std::string_view identificacaoPosterior(std::size_t digitos) {
-    if (digitos == 0 || digitos == 12) return "";
-    return digitos <= 11 ? "CPF" : "CNPJ";
-}
-
 // The address group, without children when no street was accepted. 1, or -1 when the street lacks
 // the rest of its address.
 int montarEndereco(const DadosConsumidor &consumidor, ST_tagZEL &endereco) {
@@ -109,8 +103,7 @@ int fnCFIdentificarConsumidor_ZEL_Felbor(const DadosConsumidor &consumidor,
     if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
     const std::size_t digitos = digitosDoDocumento(consumidor.documento).size();
     std::string texto;
-    if (montarAbertura(consumidor, identificacaoPosterior(digitos), email, texto) != ZEL_OK)
-        return ZEL_RECUSADO;
+    if (montarAbertura(consumidor, cpfOuCnpj(digitos), email, texto) != ZEL_OK) return ZEL_RECUSADO;
     return fnCFIdentificarConsumidorTAG_ZEL(texto);
 }
 
@@ -123,9 +116,11 @@ int fnCFeAbrirTAG_ZEL(std::string_view texto) {
     ST_PersitenceXML_ZEL anterior = std::exchange(G_stXML_Persistencia, {});
     G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kAbertura, std::move(raiz));
     const Alteracao estado = alteracaoEstado(kAberto);
-    const int resultado = fnPersistComConfig_ZEL({&estado, 1});
-    if (resultado != ZEL_OK) G_stXML_Persistencia = std::move(anterior);
-    return resultado;
+    return ouDesfaz(
+        [&] {
+            return fnPersistComConfig_ZEL({&estado, 1});
+        },
+        [&] { G_stXML_Persistencia = std::move(anterior); });
 }
 
 int fnCFIdentificarConsumidorTAG_ZEL(std::string_view texto) {

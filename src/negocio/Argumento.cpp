@@ -28,6 +28,11 @@ std::string argumentoDecimal(std::string_view argumento) {
         retirarEspacos(retirarEspacos(textoSimples(argumento)).substr(0, kMaiorDecimal)));
 }
 
+std::string_view cpfOuCnpj(std::size_t caracteres) {
+    if (caracteres == 0 || caracteres == 12) return "";
+    return caracteres <= 11 ? "CPF" : "CNPJ";
+}
+
 void addSeAceito(ST_tagZEL &grupo, std::string_view nome, std::string_view simples) {
     if (!simples.empty()) grupo.addSubTag(nome, escaparXml(simples));
 }

@@ -21,6 +21,10 @@ std::string argumentoAceito(std::string_view argumento, std::size_t minimo, std:
 // Decimal text of at most 15 characters with the comma as a point, without blanks around it.
 std::string argumentoDecimal(std::string_view argumento);
 
+// The element that a document of that many characters is written as: "CPF" up to 11, "CNPJ" from 13
+// on, none for 12 or an empty one.
+std::string_view cpfOuCnpj(std::size_t caracteres);
+
 // Appends the element when the plain text is not empty.
 void addSeAceito(ST_tagZEL &grupo, std::string_view nome, std::string_view simples);
 

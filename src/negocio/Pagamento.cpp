@@ -17,15 +17,10 @@ namespace zel {
 
 namespace {
 
-constexpr std::size_t kMaiorForma = 49;
 constexpr Chave kTroco = R"(CONFIGURACAO\TrocoUltimaNFCe)"_chave;
 
 std::string codigoDaForma(std::string_view forma) {
-    return fnRetornaCodigoFormaPgto(argumentoCortado(forma, kMaiorForma));
-}
-
-double comoMoeda(double valor) {
-    return lerDecimal(formatarMoeda(valor));
+    return fnRetornaCodigoFormaPgto(textoSimples(forma));
 }
 
 double totalAPagar() {
@@ -34,7 +29,7 @@ double totalAPagar() {
 
 // True when the stored payments, in cents, reach the total.
 bool totalCoberto() {
-    return comoMoeda(totalPago(G_stXML_Persistencia)) >= totalAPagar();
+    return emCentavos(totalPago(G_stXML_Persistencia)) >= totalAPagar();
 }
 
 // Saves the payment line last added. Only a line that completes the total changes the state, and is
@@ -58,7 +53,7 @@ int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view val
     if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kPagar); resultado != ZEL_OK)
         return resultado;
     if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
-    double pagamento = comoMoeda(lerDecimal(argumentoDecimal(valor)));
+    double pagamento = emCentavos(lerDecimal(argumentoDecimal(valor)));
     if (pagamento < 0) return ZEL_ARGUMENTO_INVALIDO;
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
 
@@ -71,7 +66,7 @@ int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view val
     }
     if (pagamento == 0) pagamento = total - pago;
     // A change that is binary dust is no change.
-    if (const double excesso = comoMoeda(pagamento + pago - total); excesso > 0) {
+    if (const double excesso = emCentavos(pagamento + pago - total); excesso > 0) {
         troco.valor = formatarMoeda(excesso);
         pagamento -= excesso;
     }
@@ -115,9 +110,8 @@ int fnCFeEfetuarPagamentoTAG_ZEL(std::string_view texto, std::span<const Alterac
     const std::size_t sequencia = pagamentos ? pagamentos->size() : 0;
     raiz.valor = formatarInteiro(static_cast<long long>(sequencia), 3);
     G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kPagamento, std::move(raiz));
-    const int resultado = salvarPagamento(alteracoes);
-    if (resultado != ZEL_OK) G_stXML_Persistencia.pagamentos->pop_back();
-    return resultado;
+    return ouDesfaz([&] { return salvarPagamento(alteracoes); },
+                    [] { G_stXML_Persistencia.pagamentos->pop_back(); });
 }
 
 } // namespace zel

@@ -37,21 +37,17 @@ std::vector<ST_StructItemAux> listarItens() {
     return lista;
 }
 
-double comoEscrito(double valor) {
-    return lerDecimal(formatarMoeda(valor));
-}
-
 // Fills in the shares; what truncation leaves of the amount goes to the first of the largest.
 void ratear(std::vector<ST_StructItemAux> &lista, double taxa, double quantia) {
     double soma = 0;
     ST_StructItemAux *maior = nullptr;
     for (ST_StructItemAux &parte : lista) {
-        parte.parcela = comoEscrito(std::trunc(100 * (parte.bruto * taxa / 100)) / 100);
+        parte.parcela = emCentavos(std::trunc(100 * (parte.bruto * taxa / 100)) / 100);
         soma += parte.parcela;
         if (parte.parcela > (maior != nullptr ? maior->parcela : 0)) maior = &parte;
     }
     if (maior != nullptr && quantia > soma)
-        maior->parcela = comoEscrito(maior->parcela + (quantia - soma));
+        maior->parcela = emCentavos(maior->parcela + (quantia - soma));
 }
 
 // What the item would carry afterwards must stay below its gross value, a surcharge too.
@@ -74,7 +70,7 @@ bool cabe(const ST_StructItemAux &parte, char operacao) {
 void aplicar(const ST_StructItemAux &parte, char operacao) {
     const double sinal = operacao == 'A' ? 1 : -1;
     const double atual = parte.temAcrescimo ? parte.ajuste : parte.temDesconto ? -parte.ajuste : 0;
-    const double liquido = comoEscrito(atual + sinal * parte.parcela);
+    const double liquido = emCentavos(atual + sinal * parte.parcela);
     if (parte.temAcrescimo) removerAjuste(Ajuste::kAcrescimo, parte.item);
     if (parte.temDesconto) removerAjuste(Ajuste::kDesconto, parte.item);
     const bool contrario = operacao == 'A' ? parte.temDesconto : parte.temAcrescimo;

@@ -16,17 +16,11 @@ namespace {
 constexpr std::size_t kMaiorDocumento = 14;
 constexpr std::size_t kMaiorTexto = 60;
 
-// What identifies the carrier is told from the text as given, so a CPF with points and dash (14
-// characters) is taken for a CNPJ.
-std::string_view identificacao(std::size_t caracteres) {
-    if (caracteres == 0 || caracteres == 12) return "";
-    return caracteres <= 11 ? "CPF" : "CNPJ";
-}
-
 ST_tagZEL montarTransporte(const DadosTransportadora &dados) {
     ST_tagZEL transporta("transporta");
     const std::string documento = argumentoAceito(dados.documento, 1, kMaiorDocumento);
-    if (const std::string_view nome = identificacao(documento.size()); !nome.empty())
+    // Told from the text as given, so that a CPF with points and dash (14) is taken for a CNPJ.
+    if (const std::string_view nome = cpfOuCnpj(documento.size()); !nome.empty())
         transporta.addSubTag(nome, fnRetirarCaracter(documento));
     addSeAceito(transporta, "xNome", argumentoAceito(dados.nome, 1, kMaiorTexto));
     addSeAceito(transporta, "IE", argumentoAceito(dados.inscricaoEstadual, 2, 2));

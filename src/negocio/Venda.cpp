@@ -101,8 +101,8 @@ int fnCFVender_ZEL_Felbor(const DadosVenda &dados) {
     const std::string base = fnCalcularValorBC(numeros.quantidade, numeros.valorUnitario,
                                                numeros.tipo, numeros.valorAjuste);
     ST_tagZEL imposto("imposto");
-    const int tributado =
-        fnTratarImposto(argumentoDecimal(dados.aliquota), base, numeros.quantidade, imposto);
+    const int tributado = fnTratarImposto(trocarVirgula(argumentoCortado(dados.aliquota, 15)), base,
+                                          numeros.quantidade, imposto);
     if (tributado != ZEL_OK) return tributado;
 
     const int resultado =
@@ -132,10 +132,12 @@ int fnCFeVenderTAG_ZEL(std::string_view texto) {
     raiz.valor = formatarInteiro(G_stXML_Persistencia.quantidadeItens() + 1);
     G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kVenda, std::move(raiz));
     const Alteracao estado = alteracaoEstado(kVendendo);
-    const int resultado = G_EstadoCFe == kVendendo ? fnPersistUltimo_ZEL(Secao::kVenda)
-                                                   : fnPersistComConfig_ZEL({&estado, 1});
-    if (resultado != ZEL_OK) G_stXML_Persistencia.vendas->pop_back();
-    return resultado;
+    return ouDesfaz(
+        [&] {
+            return G_EstadoCFe == kVendendo ? fnPersistUltimo_ZEL(Secao::kVenda)
+                                            : fnPersistComConfig_ZEL({&estado, 1});
+        },
+        [] { G_stXML_Persistencia.vendas->pop_back(); });
 }
 
 } // namespace zel

@@ -83,12 +83,18 @@ bool trocarDeLugar(const std::string &a, const std::string &b) {
     return ::renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE) == 0;
 }
 
+// Flushes a directory. Some network file systems cannot do that and say so with EINVAL; a directory
+// that may be written but not read cannot be opened for it by this process.
+bool descarregar(const Descritor &diretorio) {
+    return !diretorio.aberto() || insistir([&] { return ::fsync(diretorio.fd()); }) == 0 ||
+           errno == EINVAL;
+}
+
 // Puts `de` in the place of `para`, keeping the old file at hand until the directory is flushed:
 // the two change places where the system can do that, elsewhere the old file gets a second name
 // (where it can). Should the directory refuse to be flushed, the old file comes back.
 bool tomarLugar(const std::string &de, const std::string &para) {
     const Descritor diretorio(diretorioDe(para).c_str(), O_RDONLY | O_DIRECTORY);
-    // A directory that may be written but not read cannot be flushed by this process.
     if (!diretorio.aberto() && errno != EACCES) return false;
 
     const bool existia = existeArquivo(para);
@@ -102,10 +108,7 @@ bool tomarLugar(const std::string &de, const std::string &para) {
             return false;
         }
     }
-    // Some network file systems cannot flush a directory and say so with EINVAL.
-    const bool gravado = !diretorio.aberto() ||
-                         insistir([&] { return ::fsync(diretorio.fd()); }) == 0 || errno == EINVAL;
-    if (gravado) {
+    if (descarregar(diretorio)) {
         if (existia) removerArquivo(trocados ? de : antigo);
         return true;
     }
@@ -177,7 +180,13 @@ int substituirArquivo(const std::string &caminho, std::string_view conteudo, Ace
 }
 
 int renomearArquivo(const std::string &de, const std::string &para) {
-    return tomarLugar(de, para) ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+    return ::rename(de.c_str(), para.c_str()) == 0 ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+}
+
+int descarregarDiretorio(const std::string &caminho) {
+    const Descritor diretorio(diretorioDe(caminho).c_str(), O_RDONLY | O_DIRECTORY);
+    if (!diretorio.aberto() && errno != EACCES) return ZEL_ARQUIVO_INDISPONIVEL;
+    return descarregar(diretorio) ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
 }
 
 int removerArquivo(const std::string &caminho) {
@@ -196,13 +205,11 @@ int acrescentarArquivo(const std::string &caminho, std::size_t tamanho, std::str
     if (!S_ISREG(dados.st_mode) || static_cast<std::size_t>(dados.st_size) != tamanho)
         return ZEL_RECUSADO;
 
-    const auto descarregar = [&] {
-        return insistir([&] { return ::fdatasync(arquivo.fd()); }) == 0;
-    };
-    if (escreverTudo(arquivo.fd(), conteudo) && descarregar()) return ZEL_OK;
+    const auto gravar = [&] { return insistir([&] { return ::fdatasync(arquivo.fd()); }) == 0; };
+    if (escreverTudo(arquivo.fd(), conteudo) && gravar()) return ZEL_OK;
     // Half a record would be dropped by the next process, a whole one would come back to life.
     if (insistir([&] { return ::ftruncate(arquivo.fd(), static_cast<off_t>(tamanho)); }) == 0)
-        descarregar();
+        gravar();
     return ZEL_ARQUIVO_INDISPONIVEL;
 }
 

@@ -25,9 +25,12 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo);
 // 1, or -52 with the old file whole.
 int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso);
 
-// Puts the file `de` in the place of `para`, in the same directory, and flushes the directory.
-// 1, or -52 with both as they were.
+// Renames `de` over `para`, in one step. Whoever needs it flushed asks for that. 1, or -52 with
+// both as they were.
 int renomearArquivo(const std::string &de, const std::string &para);
+
+// Flushes the directory that the file stands in, and with it earlier renames. 1 or -52.
+int descarregarDiretorio(const std::string &caminho);
 
 // Removes a file; one that does not exist is removed already. 1 or -52.
 int removerArquivo(const std::string &caminho);

@@ -107,7 +107,7 @@ bool ehDecimalPuro(std::string_view texto) {
 
 double arredondarOuTruncar(double valor, bool truncar) {
     if (truncar) return std::trunc(valor * 100) / 100;
-    return lerDecimal(formatarMoeda(valor));
+    return emCentavos(valor);
 }
 
 } // namespace zel

@@ -24,6 +24,11 @@ inline std::string formatarMoeda(double valor) {
     return formatarDecimal(valor, 2);
 }
 
+// The value that formatarMoeda writes.
+inline double emCentavos(double valor) {
+    return lerDecimal(formatarMoeda(valor));
+}
+
 // Writes a whole number with zeros on the left up to `largura` digits, the sign in front ("%0*d").
 std::string formatarInteiro(long long valor, int largura = 0);
 

@@ -133,6 +133,48 @@ INSTANTIATE_TEST_SUITE_P(Passos, MorteNoMeio,
                                          Morte{"last payment, before", 5, false},
                                          Morte{"last payment, after", 5, true}));
 
+// The old records must not come back for looking like those that the state belongs to.
+TEST(MorteNaAbertura, depois_de_outra_abertura_cancelada) {
+    for (const bool configuracaoNova : {false, true}) {
+        Caixa caixa;
+        const auto abrirPara = [&](const char *nome) {
+            return caixa->aCFAbrir_ZEL("12345678909", nome, "", "", "", "", "", "", "");
+        };
+        ASSERT_EQ(abrirPara("Maria"), ZEL_OK);
+        ASSERT_EQ(caixa->tCFCancelar_ZEL("", "", "", "", ""), ZEL_OK);
+        const auto antes = retrato(caixa);
+        ASSERT_EQ(abrirPara("Joao"), ZEL_OK);
+        const auto depois = retrato(caixa);
+        EXPECT_FALSE(caixa.existe("ArqPersist.tmp")) << "nothing waits behind a success";
+        caixa.parar();
+        caixa.escreverArquivo("ArqPersist.tmp", depois[kRegistros]);
+        caixa.escreverArquivo("ArqPersist.bin", antes[kRegistros]);
+        caixa.escreverArquivo("ZEL_Framework.xml",
+                              (configuracaoNova ? depois : antes)[kConfiguracao]);
+        caixa.iniciar();
+        compararRetratos(retrato(caixa), configuracaoNova ? depois : antes);
+    }
+}
+
+// A document that cannot be read now may be readable later: nothing may be written over it.
+TEST(RegistrosIlegiveis, nao_sao_sobrescritos) {
+    Caixa caixa;
+    for (std::size_t i = 0; i + 1 < std::size(kPassos); ++i)
+        ASSERT_EQ(kPassos[i](caixa), ZEL_OK);
+    const std::string registros = caixa.lerArquivo("ArqPersist.bin"),
+                      nome = caixa.diretorio() + "ArqPersist.bin";
+    caixa.parar();
+    fs::remove(nome);
+    fs::create_directory(nome); // unreadable as a file, also for root
+    caixa.iniciar();
+    EXPECT_EQ(vender(caixa), ZEL_VENDA_FORA_DE_ORDEM);
+    EXPECT_EQ(encerrar(caixa), -52);
+    EXPECT_EQ(caixa->tCFEncerrarConfigMsg_ZEL("a", "b"), -52);
+    fs::remove(nome);
+    caixa.escreverArquivo("ArqPersist.bin", registros);
+    EXPECT_EQ(encerrar(caixa), ZEL_OK) << "the next call reads it";
+}
+
 TEST(MorteNoEncerramento, documento_e_numeracao_andam_juntos) {
     for (const bool configuracaoNova : {false, true}) {
         SCOPED_TRACE(configuracaoNova);
