@@ -3,25 +3,20 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <stdlib.h>
 #include <string>
-#include <string_view>
 
 class PastaTemporaria {
 public:
-    PastaTemporaria() : caminho_(std::filesystem::temp_directory_path() / "zel_XXXXXX") {
+    PastaTemporaria() {
         if (::mkdtemp(caminho_.data()) == nullptr) throw std::runtime_error("mkdtemp");
     }
     ~PastaTemporaria() { std::filesystem::remove_all(caminho_); }
     PastaTemporaria(const PastaTemporaria &) = delete;
     PastaTemporaria &operator=(const PastaTemporaria &) = delete;
 
-    std::string operator/(std::string_view nome) const {
-        return caminho_ + "/" + std::string(nome);
-    }
-
+    std::string operator/(std::string_view nome) const { return (caminho_ + "/").append(nome); }
     std::string ler(std::string_view nome) const {
         std::ifstream arquivo(*this / nome, std::ios::binary);
         return {std::istreambuf_iterator<char>(arquivo), {}};
@@ -31,5 +26,5 @@ public:
     }
 
 private:
-    std::string caminho_;
+    std::string caminho_ = std::filesystem::temp_directory_path() / "zel_XXXXXX";
 };

@@ -1,0 +1,72 @@
+// The files that leave the library scrambled, and the history copies.
+#include "PastaTemporaria.h"
+#include "ZEL_FelborFramework.h"
+#include "util/Cripto.h"
+#include "util/Historico.h"
+
+#include <ctime>
+#include <gtest/gtest.h>
+
+using namespace zel;
+
+TEST(Cripto, bytes_move_by_key_and_constant_and_wrap_around) {
+    EXPECT_EQ(fnCriptografar(std::string("A\0", 2), kChaveFixa), "\x07\xBF");
+    EXPECT_EQ(fnCriptografar(std::string(13, '\0'), kChaveFixa).back(), '\x72' + 84 - 256);
+    EXPECT_EQ(fnCriptografar("AB", ""), "\x95\x96");
+    EXPECT_EQ(fnCriptografar("\xFF\x01", "\xFF"), "\x52\x54");
+}
+
+TEST(Cripto, stream_ends_at_its_first_ff_and_buffer_before_its_last_byte) {
+    const std::string oculto = fnCriptografar("antes\xFF...", kChaveFixa);
+    EXPECT_EQ(fnDescriptografar(oculto, kChaveFixa), "antes");
+    EXPECT_EQ(fnDescriptBufferContingencia(oculto), "antes\xFF..");
+    EXPECT_EQ(fnDescriptBufferContingencia(oculto.substr(0, 1)), "a");
+    EXPECT_EQ(fnDescriptBufferContingencia(""), "");
+}
+
+TEST(Cripto, key_is_cut_to_its_limit) {
+    const PastaTemporaria pasta;
+    const std::string texto(2 * kMaximaChave, 't'), chave(kMaximaChave, 'k');
+    pasta.gravar("a", texto);
+    ASSERT_EQ(fnCriptografarArquivo(pasta / "a", pasta / "b", chave + "z"), ZEL_OK);
+    EXPECT_EQ(pasta.ler("b"), fnCriptografar(texto, chave));
+}
+
+TEST(Cripto, last_receipt_is_private_and_comes_back_without_its_terminator) {
+    const PastaTemporaria pasta;
+    ASSERT_EQ(::setenv("ZEL_DIRETORIO", (pasta / "").c_str(), 1), 0);
+    std::string lido = "intacto";
+    EXPECT_EQ(fnLerArquivoCriptUltimaDanfe(lido), ZEL_ARQUIVO_INDISPONIVEL);
+    EXPECT_EQ(lido, "intacto");
+    EXPECT_EQ(fnCriarArquivoCriptUltimaDanfe("danfe\r\n"), ZEL_OK);
+    EXPECT_EQ(fnLerArquivoCriptUltimaDanfe(lido), ZEL_OK);
+    ::unsetenv("ZEL_DIRETORIO");
+    EXPECT_EQ(lido, "danfe\r\n");
+    EXPECT_EQ(pasta.ler("ultimadanfe.bin").size(), 8U);
+    EXPECT_EQ(std::filesystem::status(pasta / "ultimadanfe.bin").permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+// Names, a fourth copy, a directory put between prefix and name, copies behind one that failed.
+TEST(Historico, copies_go_to_three_prefixes_under_their_names) {
+    const PastaTemporaria pasta;
+    std::tm momento{};
+    ::strptime("2014-01-31 23:59:09", "%Y-%m-%d %H:%M:%S", &momento);
+    const auto copiar = [&](Direcao direcao, bool carimbado, const std::string &diretorios) {
+        return fnReplicarDados(direcao, TipoCopia::kInutilizacao, diretorios, "novo", carimbado,
+                               momento);
+    };
+    pasta.gravar("a_documentosEnvio.xml", "um texto velho e mais comprido");
+    const std::string quatro = pasta / "a_|" + pasta / "b_|" + pasta / "c_|" + pasta / "d_";
+    EXPECT_EQ(copiar(Direcao::kEnvio, false, quatro), 1);
+    EXPECT_EQ(copiar(Direcao::kEnvio, false, pasta / "e_|" + pasta / "falta/|" + pasta / "f_"), 0);
+    EXPECT_EQ(copiar(Direcao::kRetorno, true, pasta / ""), 1);
+    EXPECT_EQ(copiar(Direcao::kCompleto, false, pasta / ""), 1);
+    EXPECT_EQ(copiar(Direcao::kEnvio, false, ""), 0);
+    for (const std::string nome :
+         {"a_documentosEnvio.xml", "b_documentosEnvio.xml", "c_documentosEnvio.xml",
+          "e_documentosEnvio.xml", "RetornoInut20140131_235909.xml", "documentosCompleto.xml"})
+        EXPECT_EQ(pasta.ler(nome), "novo") << nome;
+    for (const std::string nome : {"d_documentosEnvio.xml", "f_documentosEnvio.xml"})
+        EXPECT_EQ(pasta.ler(nome), "") << nome;
+}

@@ -1,0 +1,120 @@
+// Encodings, codes, accents and layouts: tables of what goes in and what has to come out.
+#include "util/Acentuacao.h"
+#include "util/Codificacao.h"
+#include "util/Codigos.h"
+#include "util/Latin1.h"
+#include "util/Marcacao.h"
+#include "util/Quebra.h"
+
+#include <gtest/gtest.h>
+
+using namespace zel;
+
+namespace {
+
+using Casos = std::initializer_list<std::pair<std::string_view, std::string_view>>;
+
+template <class Funcao>
+void conferir(Funcao funcao, Casos casos) {
+    for (const auto &[entrada, esperado] : casos)
+        EXPECT_EQ(funcao(entrada), esperado) << entrada;
+}
+
+} // namespace
+
+// RFC 3174 and RFC 4648.
+TEST(Codificacao, published_vectors_of_sha1_and_base64) {
+    const auto sha1 = [](std::string_view t) { return fnConvertSHA1_HEXA(fnConvertToSHA1(t)); };
+    conferir(sha1, {{"abc", "A9993E364706816ABA3E25717850C26C9CD0D89D"},
+                    {"abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq",
+                     "84983E441C3BD26EBAAE4AA1F95129E5E54670F1"},
+                    {"", "DA39A3EE5E6B4B0D3255BFEF95601890AFD80709"}});
+    conferir(codificarBase64, {{"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foobar", "Zm9vYmFy"}});
+}
+
+TEST(Codificacao, wrapped_base64_is_read_and_torn_base64_refused) {
+    conferir(fnParseBase64ToUtf8, {{"", ""}, {"Zm8=", "fo"}, {" Zm9v\r\nYm Fy\n", "foobar"}});
+    for (const std::string_view mau : {"Zg", "Zg=", "Z", "Zm9v!", "Zg==Zg==", "====", "Zm9\xE9"})
+        EXPECT_EQ(fnParseBase64ToUtf8(mau), std::nullopt) << mau;
+}
+
+TEST(Codificacao, high_bytes_are_encoded) {
+    EXPECT_EQ(fnParseToUtf8("\xE3 \x80 \xBF \xC0 \xFF"), "ã \xC2\x80 \xC2\xBF \xC3\x80 \xC3\xBF");
+    EXPECT_EQ(fnConverterParaHexa("-\x0A\x7F\x80\xFF"), "2d0a7fffffff80ffffffff");
+    EXPECT_EQ(fnConverterParaHexa(std::string(120, 'a')).size(), 2U * 99);
+}
+
+// The long key is the worked example of the taxpayer manual; remainders 0 and 1 give one digit.
+TEST(Codigos, check_digit_has_its_weights_and_remainders) {
+    conferir(fnCalcula_cDV, {{"5206043300991100250655012000000780026730161", "5"}});
+    conferir(fnCalcula_cDV, {{"6", "0"}, {"1", "9"}, {"10000000", "2"}, {"1x", "8"}});
+}
+
+TEST(Codigos, cpf_and_cnpj_keep_zeros_and_lose_digits_beyond_the_mask) {
+    conferir(fnFormatarCPFCNPJ, {{"12345678909", "123.456.789-09"},
+                                 {"11222333000181", "11.222.333/0001-81"},
+                                 {"191", "000.000.001-91"},
+                                 {"012345678-90", "012.345.678-90"},
+                                 {"122233300018", "00.122.233/3000-18"},
+                                 {"112223330001819", "11.222.333/0001-81"},
+                                 {"1122233300018190", "1122233300018190"},
+                                 {"a-b", ""}});
+}
+
+TEST(Codigos, payment_is_filed_under_its_form) {
+    conferir(fnRetornaCodigoFormaPgto,
+             {{"Cartão de Crédito"_l1, "03"}, {"13", "13"}, {"1", "99"}, {"06", "99"}});
+}
+
+TEST(Acentuacao, letters_and_escapes_become_plain_at_the_same_length) {
+    conferir(fnRetiraAcentuacao,
+             {{"àáâãäª òóôõöº èéêë ìíîï ùúûü ç"_l1, "aaaaaa oooooo eeee iiii uuuu c"},
+              {"ÀÁÂÃÄ ÒÓÔÕÖ ÈÉÊË ÌÍÎÏ ÙÚÛÜ Ç"_l1, "AAAAA OOOOO EEEE IIII UUUU C"},
+              {"ÑñÝýÿåÅØøß§"_l1, "ÑñÝýÿåÅØøß§"_l1},
+              {"\x1B\x61\x31Z\xE7", "   Zc"},
+              {"x\x1By", "x  "}});
+}
+
+TEST(Acentuacao, first_state_decides_on_the_accents) {
+    conferir(fnAdequarCaracteres, {{"<UF>MT</UF>ção<UF>RS</UF>"_l1, "<UF>MT</UF>cao<UF>RS</UF>"},
+                                   {"<UF>RS</UF>ção<UF>MT</UF>"_l1, "<UF>RS</UF>ção<UF>MT</UF>"_l1},
+                                   {"<UFST>MT</UFST>ção<UF>M"_l1, "<UFST>MT</UFST>ção<UF>M"_l1}});
+}
+
+TEST(Quebra, one_character_too_many_and_the_last_line_stay_whole) {
+    const auto em = [](std::size_t largura) {
+        return [=](std::string_view texto) { return fnQuabraLinhaLayout(texto, largura); };
+    };
+    conferir(em(10), {{"12345678901", "12345678901"}, {"123456789012", "1234567890\n12"}});
+    conferir(em(3), {{"abcdefgh\nabcdefgh", "abc\ndef\ngh\nabcdefgh"},
+                     {"\nabcd\nabcde\n", "\nabcd\nabc\nde\n"}});
+    conferir(em(0), {{"abcdef", "abcdef"}});
+}
+
+TEST(Quebra, every_line_is_centred_on_its_own) {
+    conferir([](std::string_view texto) { return fnCentralizarLayout(texto, 10); },
+             {{"abc\nabcd", "   abc\n   abcd"}, {"123456789012", "1234567890\n    12"}, {"", ""}});
+    EXPECT_EQ(fnCentralizarLayout("x", 1000), std::string(99, ' ') + "x");
+}
+
+TEST(Marcacao, unclosed_and_unknown_markers_do_not_eat_the_message) {
+    conferir(fnRetornarTextoSemRepresentantes,
+             {{"[ce][b]Volte[/b] [b]sempre[/b][/ce][qrcode]http://x[/qrcode]", "Volte sempre"},
+              {"a[upc-a]1[/upc-a]b[code128]2[/code128]c[s2of5]3[/s2of5]", "abc"},
+              {"[b]a[g]b[b]c[/b][/g]d[/b]e", "ade"},
+              {"a[l]b[g]c[b]d", "abcd"}, // never closed: the marker alone
+              {"[/b]a[/g][b]c[/b][/b]", "[/b]a[/g]c[/b]"},
+              {"[x]a[/x] [B]b[/B] [confguix]", "[x]a[/x] [B]b[/B] [confguix]"},
+              {"] [ b][] [[b]a[/b]] [b", "] [ b][] [a] [b"},
+              {"[nome comprido demais [i]a[/i]]", "[nome comprido demais a]"}});
+}
+
+// Searching the whole rest at every bracket: minutes at this size, until the run's time limit.
+TEST(Marcacao, time_grows_with_the_length_alone) {
+    for (const std::string_view parte : {"[", "[g]", "[b]", "[qrcode][/l]"}) {
+        std::string texto;
+        while (texto.size() < 200'000)
+            texto += parte;
+        EXPECT_LE(fnRetornarTextoSemRepresentantes(texto).size(), texto.size());
+    }
+}
