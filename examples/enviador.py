@@ -44,7 +44,7 @@ def exigir_chave(chave):
 
 
 def verificar_chave(inf):
-    chave = inf.get("Id")[3:]
+    chave = (inf.get("Id") or "")[3:]
     exigir_chave(chave)
     ide = lambda nome: texto(inf, "ide/" + nome)
     partes = (ide("cUF").zfill(2) + ide("dhEmi")[2:4] + ide("dhEmi")[5:7]
@@ -62,6 +62,9 @@ def verificar_totais(inf):
     total = lambda nome: Decimal(texto(inf, "total/ICMSTot/" + nome))
     for nome in ("vProd", "vDesc", "vOutro"):
         exigir(soma(nome) == total(nome), f"items add up to {soma(nome)} in {nome}")
+    for nome in ("vICMS", "vPIS", "vCOFINS"):
+        imposto = sum((Decimal(v.text) for i in itens for v in i.iter(f"{{{NS}}}{nome}")), Decimal(0))
+        exigir(imposto == total(nome), f"items add up to {imposto} in {nome}")
     exigir(total("vProd") + total("vOutro") - total("vDesc") - total("vST") == total("vNF"), "vNF")
     pago = sum(Decimal(p.text) for p in inf.iter(f"{{{NS}}}vPag"))
     exigir(pago == total("vNF"), f"payments add up to {pago}")

@@ -10,8 +10,8 @@
  *     ("&amp;", "&#38;") counts as the character that it stands for; "&", "<" and ">" reach the
  *     document as references. Control bytes are dropped, a tab or a line end becomes one blank (the
  *     closing messages keep their line ends). Tag text, given whole, keeps what it holds.
- *  2. Lengths are in characters. "Up to n" means that longer text is cut, "n to m" that a longer one
- *     is cut and a shorter one refused, "n to m, else left out" that text of another length is not
+ *  2. Lengths are in characters. "Up to n" means that longer text is cut, "n to m" that a longer
+ * one is cut and a shorter one refused, "n to m, else left out" that text of another length is not
  *     written, "exactly n" that it is refused.
  *  3. Numbers are decimal texts of up to 15 characters: optional blanks, digits, at most one comma
  *     or point; reading ends at the first other character and no digits count as zero. Neither
@@ -21,7 +21,8 @@
  *     is a percentage of the gross value) or "$" (the value is an amount).
  *  5. The application owns every buffer. The library keeps no pointer after a call and writes only
  *     to arguments declared `char *`: results, copied with their terminator without knowing the
- *     buffer's size. The constants below give the sizes that always suffice.
+ *     buffer's size. The constants below give sizes that suffice, ZEL_TAMANHO_CUPOM within its
+ *     limits.
  *  6. A null text counts as an empty one, except where ZEL_ARGUMENTO_INVALIDO is documented for it.
  *     A null result buffer answers ZEL_ARGUMENTO_INVALIDO.
  *  7. Every function answers ZEL_OK or the negative code of the first failure that it meets, in the
@@ -265,8 +266,9 @@ ZEL_API int aCFEfetuarPagamento_ZEL(const char *forma, const char *valor);
 ZEL_API int aCFEstornarPagamento_ZEL(const char *formaAtual, const char *formaNova,
                                      const char *valor);
 
-/* Sets the approximate total of taxes that the next receipt prints: up to 19, blanks around taken
- * off. Kept in memory alone. Any state. Code: ZEL_ARGUMENTO_INVALIDO, null or blank. */
+/* Sets the approximate total of taxes that the next receipt prints when its document carries no
+ * vTotTrib: up to 19, blanks around taken off. Kept in memory alone, until that receipt. Any state.
+ * Code: ZEL_ARGUMENTO_INVALIDO, null or blank. */
 ZEL_API int aCFValorLeiImposto_ZEL(const char *valor);
 
 /* ---- Closing, cancellation and requests ----------------------------------------------------- */
@@ -288,23 +290,27 @@ ZEL_API int tCFEncerrar_ZEL(const char *informacoes);
  * only a CPF identifies the consumer. Codes and files as tCFEncerrar_ZEL. */
 ZEL_API int tCFEncerrarConfigMsg_ZEL(const char *informacoes, const char *informacoesFisco);
 
-/* Cancels. With five empty texts: below state 5 the receipt in progress (state 6, ZEL_OK, nothing
- * written); in state 5 the last closed document, by its stored values. Otherwise the document that
+/* Cancels. With five empty texts: below state 5 the receipt in progress (state 6, ZEL_OK, no
+ * request); in state 5 the last closed document, by its stored values. Otherwise the document that
  * the texts name: `numero` up to 9, `serie` up to 4, `chave` up to 44, `protocolo` up to 15,
  * `justificativa` up to 99 (empty: "Cancelamento de NFCe"), in any state. A closed document's event
  * goes to documentosEnvio.xml, with history copies: ZEL_CANCELAMENTO_GRAVADO.
- * Codes: ZEL_ARGUMENTO_INVALIDO, a null argument; ZEL_RECUSADO, state 6 and five empty texts. Loads
- * the configuration. */
+ * Codes: ZEL_ARGUMENTO_INVALIDO, a null argument; ZEL_RECUSADO, five empty texts in state 6, or
+ * while the stored key is not that of the stored number and series (an older document was printed
+ * since: name the document). Loads the configuration. Files: documentosEnvio.xml and history
+ * copies; for the receipt in progress ZEL_Framework.xml. */
 ZEL_API int tCFCancelar_ZEL(const char *numero, const char *serie, const char *chave,
                             const char *protocolo, const char *justificativa);
 
 /* Writes the cancellation event into scrambled files for a till without connection. `numero`,
  * `serie`, `chave` (44 digits) and `justificativa` as in tCFCancelar_ZEL, all empty for the last
  * document. `diretorios` in and out, ZEL_TAMANHO_DIRETORIOS bytes: up to three directories of up to
- * 300 characters with their final "/", separated by "|"; receives the path of the last file. It
- * must have room for the longest directory and 64 bytes more. Any state; the state stays.
- * Codes: ZEL_ARGUMENTO_INVALIDO, a null argument; ZEL_RECUSADO, a key without 44 digits; 0, no
- * directory given. Loads the configuration. Files: CNPJ_SERIENUMERO.ctgCanc in each directory. */
+ * 300 characters with their final "/", separated by "|"; receives the path of the last file,
+ * written or not. It must have room for the longest directory and 64 bytes more. Of several
+ * directories the last one gives the answer. Any state; the state stays.
+ * Codes: ZEL_ARGUMENTO_INVALIDO, a null argument; ZEL_RECUSADO, a key without 44 digits, or four
+ * empty texts while the stored key is that of another document; 0, no directory given. Loads the
+ * configuration. Files: CNPJ_SERIENUMERO.ctgCanc in each directory. */
 ZEL_API int tCFCancelarOffline_ZEL(const char *numero, const char *serie, const char *chave,
                                    const char *justificativa, char *diretorios);
 
@@ -317,7 +323,8 @@ ZEL_API int tCFInutilizar_ZEL(const char *numeroInicial, const char *numeroFinal
 /* Requests a consultation. `tipo` is "DATA" (`inicial` and `final` are dates), "NUM" (they are
  * numbers, with `serie`) or "CHAVE" (by the access key): dates up to 25, numbers up to 9, series up
  * to 4, key up to 44. Any state. Code: ZEL_ARGUMENTO_INVALIDO, another `tipo`, or a null argument
- * that it needs. Files: documentosEnvio.xml, parametrosEnvio.xml, history copies. */
+ * that it needs. Files: documentosEnvio.xml, history copies, then parametrosEnvio.xml: when only
+ * that one cannot be written the answer is ZEL_ARQUIVO_INDISPONIVEL. */
 ZEL_API int GeraXMLConsulta_ZEL(const char *tipo, const char *inicial, const char *final,
                                 const char *serie, const char *chave);
 
@@ -365,8 +372,8 @@ ZEL_API int regAlterarValor_ZEL(const char *chave, const char *valor);
  * ZEL_ARGUMENTO_INVALIDO, `valor` null; ZEL_RECUSADO, no such key, with an empty text. */
 ZEL_API int regRetornarValor_ZEL(const char *chave, char *valor);
 
-/* Answers the receipt state, 0 to 6, as stored in ZEL_Framework.xml when this process last loaded or
- * changed it. */
+/* Answers the receipt state, 0 to 6, as stored in ZEL_Framework.xml when this process last loaded
+ * or changed it. */
 ZEL_API int rCFVerificarStatus_ZEL(void);
 
 /* Reads what the state has to tell into `valor`, ZEL_TAMANHO_INFO bytes; empty where the table has
@@ -383,7 +390,8 @@ ZEL_API int rCFVerificarStatus_ZEL(void);
 ZEL_API int rInfoEstendida_ZEL(const char *indice, char *valor);
 
 /* Reads the QR-code content of the last receipt (NFCE\UrlQrcode) into `url`, ZEL_TAMANHO_VALOR
- * bytes. Any state. Code: ZEL_ARGUMENTO_INVALIDO, `url` null. */
+ * bytes: at most 499 characters, without the mark-up of the module size, empty for a content that
+ * the configuration cannot hold ("</"). Any state. Code: ZEL_ARGUMENTO_INVALIDO, `url` null. */
 ZEL_API int rURLQrcode_ZEL(char *url);
 
 /* ---- Contingency, printing and files -------------------------------------------------------- */
@@ -411,20 +419,26 @@ ZEL_API int aCFContingenciaUltimaNota_ZEL(int tipo, char *texto);
  *   colunas         42 or 48
  *   tipoDocumento   1 sale, 5 cancellation
  *   reservado       accepted and ignored
- *   saida           receives the text: copies x (8192 + 2 for each character of the closing text
- *                   + 1 for each of `urlQrcode` + (300 + the longest description) for each item
- *                   + 100 for each payment) bytes, copies being 2 in contingency and 1 otherwise;
+ *   saida           receives the text: copies x (8192 + 2 for each character of the closing text,
+ *                   the document's or that of the document in progress, whichever is longer, + 1
+ *                   for each of `urlQrcode` + (300 + the longest description) for each item + 100
+ *                   for each payment) bytes, copies being 2 in contingency and 1 otherwise;
  *                   ZEL_TAMANHO_CUPOM usually
- * Any state. Codes: ZEL_ARGUMENTO_INVALIDO, `saida` null; ZEL_RECUSADO, unknown kind or columns, or
+ * A sale stores its key, protocol and QR-code content in the configuration. While
+ * CONFIGURACAO\ImpressaoCompleta is neither "0" nor "1" there is no text and the last receipt
+ * stays. CONFIGURACAO\SalvarXMLPDF and SalvarDanfePDF, "1" each, ask for the PDFs, which need a
+ * return: with "OFFLINE" they answer ZEL_RECUSADO. A failure of the PDFs leaves what came before it
+ * done: the values stored, the last receipt kept, the text in `saida`. Any state. Codes:
+ * ZEL_ARGUMENTO_INVALIDO, `saida` null; ZEL_RECUSADO, an unknown kind, a sale in other columns, or
  * files that cannot be read; ZEL_FALHA_IMPRESSAO, ZEL_FALHA_PDF, ZEL_FALHA_GRAVACAO_PDF. Loads the
- * configuration. Files: ultimadanfe.bin, ZEL_Framework.xml, the PDFs. */
+ * configuration. Files: ZEL_Framework.xml, ultimadanfe.bin, the PDFs. */
 ZEL_API int GerarArquivoFormatadoNF_ZEL(const char *arquivoXml, const char *arquivoRetorno,
                                         const char *urlQrcode, int colunas, int tipoDocumento,
                                         const char *reservado, char *saida);
 
 /* Reads the last receipt text from ultimadanfe.bin into `saida`, of the size that
- * GerarArquivoFormatadoNF_ZEL asks for. Any state. Codes: ZEL_ARGUMENTO_INVALIDO, `saida` null;
- * ZEL_ARQUIVO_INDISPONIVEL, there is no last receipt. */
+ * GerarArquivoFormatadoNF_ZEL asks for; it ends in front of a byte 0xFF. Any state. Codes:
+ * ZEL_ARGUMENTO_INVALIDO, `saida` null; ZEL_ARQUIVO_INDISPONIVEL, there is no last receipt. */
 ZEL_API int RetornarUltimoBufferFormatadoNF_ZEL(char *saida);
 
 /* Writes NFeKEY_XML.pdf, the listing of a document given as base64 text. Any state. Codes:

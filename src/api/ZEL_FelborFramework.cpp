@@ -73,24 +73,12 @@ int semQuadro(Funcao funcao) noexcept {
 // Hands over the text that a read fills, empty where there is nothing to tell.
 template <typename Leitura>
 int entregar(char *saida, Leitura leitura) {
+    if (saida == nullptr) return ZEL_ARGUMENTO_INVALIDO;
+    *saida = '\0';
     std::string resultado;
     const int codigo = leitura(resultado);
     copiarResultado(resultado, saida);
     return codigo;
-}
-
-template <typename Leitura>
-int quadroLeitura(char *saida, Leitura leitura) noexcept {
-    if (saida == nullptr) return ZEL_ARGUMENTO_INVALIDO;
-    *saida = '\0';
-    return quadro([&] { return entregar(saida, leitura); });
-}
-
-template <typename Leitura>
-int leituraSemQuadro(char *saida, Leitura leitura) noexcept {
-    if (saida == nullptr) return ZEL_ARGUMENTO_INVALIDO;
-    *saida = '\0';
-    return semQuadro([&] { return entregar(saida, leitura); });
 }
 
 } // namespace
@@ -353,8 +341,10 @@ int regAlterarValor_ZEL(const char *chave, const char *valor) {
 }
 
 int regRetornarValor_ZEL(const char *chave, char *valor) {
-    return quadroLeitura(valor, [&](std::string &resultado) {
-        return fnRegRetornarValor_ZEL(texto(chave), resultado);
+    return quadro([&] {
+        return entregar(valor, [&](std::string &resultado) {
+            return fnRegRetornarValor_ZEL(texto(chave), resultado);
+        });
     });
 }
 
@@ -364,14 +354,18 @@ int rCFVerificarStatus_ZEL() {
 }
 
 int rInfoEstendida_ZEL(const char *indice, char *valor) {
-    return quadroLeitura(valor, [&](std::string &resultado) {
-        return fnInfoEstendida_ZEL(texto(indice), resultado);
+    return quadro([&] {
+        return entregar(valor, [&](std::string &resultado) {
+            return fnInfoEstendida_ZEL(texto(indice), resultado);
+        });
     });
 }
 
 int rURLQrcode_ZEL(char *url) {
-    return quadroLeitura(url, [](std::string &resultado) {
-        return fnRegRetornarValor_ZEL(R"(NFCE\UrlQrcode)", resultado);
+    return quadro([&] {
+        return entregar(url, [](std::string &resultado) {
+            return fnRegRetornarValor_ZEL(R"(NFCE\UrlQrcode)", resultado);
+        });
     });
 }
 
@@ -392,15 +386,20 @@ int aCFContingenciaUltimaNota_ZEL(int tipo, char *textoDocumento) {
 int GerarArquivoFormatadoNF_ZEL(const char *caminhoXml, const char *caminhoRetorno,
                                 const char *urlQrcode, int colunas, int tipoDocumento,
                                 const char *reservado, char *saida) {
-    return leituraSemQuadro(saida, [&](std::string &resultado) {
-        return fnGerarArquivoFormatadoNF(texto(caminhoXml), texto(caminhoRetorno), texto(urlQrcode),
-                                         colunas, tipoDocumento, texto(reservado), resultado);
+    return semQuadro([&] {
+        return entregar(saida, [&](std::string &resultado) {
+            return fnGerarArquivoFormatadoNF(texto(caminhoXml), texto(caminhoRetorno),
+                                             texto(urlQrcode), colunas, tipoDocumento,
+                                             texto(reservado), resultado);
+        });
     });
 }
 
 int RetornarUltimoBufferFormatadoNF_ZEL(char *saida) {
-    return leituraSemQuadro(
-        saida, [](std::string &resultado) { return fnLerArquivoCriptUltimaDanfe(resultado); });
+    return semQuadro([&] {
+        return entregar(
+            saida, [](std::string &resultado) { return fnLerArquivoCriptUltimaDanfe(resultado); });
+    });
 }
 
 int GeraPDF_ZEL(const char *documentoBase64) {

@@ -25,7 +25,6 @@ constexpr int kLido = 1;
 constexpr int kNaoLido = 0;
 
 constexpr std::size_t kTamanhoPrefixoId = 3; // "NFe"
-constexpr std::size_t kTamanhoChave = 44;
 constexpr std::size_t kTamanhoCNPJ = 14;
 
 constexpr std::string_view kSeparadorCancelamento =
@@ -70,8 +69,9 @@ bool lerProtocolo(std::string_view retorno, CupomFiscal &cf) {
 bool lerIdentificacao(std::string_view documento, CupomFiscal &cf) {
     LeitorXml leitor(documento);
     const auto id = leitor.propriedade("Id=\"");
-    if (!id || id->size() < kTamanhoPrefixoId + kTamanhoChave) return false;
-    cf.ChaveDeAcesso = id->substr(kTamanhoPrefixoId, kTamanhoChave);
+    if (!id || id->size() < kTamanhoPrefixoId + kDigitosDaChave) return false;
+    cf.ChaveDeAcesso = id->substr(kTamanhoPrefixoId, kDigitosDaChave);
+    if (!ehChave(cf.ChaveDeAcesso)) return false;
     LeitorXml doInicio(documento);
     return ler(leitor, "<cUF>", cf.UF) && ler(leitor, "<serie>", cf.Serie) &&
            ler(leitor, "<nNF>", cf.NumeroNotaFiscal) && ler(leitor, "<dhEmi>", cf.DataHora) &&
@@ -227,7 +227,7 @@ int parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view r
     if (!offline && !retorno) return kNaoLido;
 
     if (!lerPrimeiro(pedido->texto, {"<ChaAcesso>", "<chNFe>"}, cf.ChaveDeAcesso) ||
-        cf.ChaveDeAcesso.tamanho() < kTamanhoChave)
+        cf.ChaveDeAcesso.tamanho() < kDigitosDaChave)
         return kNaoLido;
     cf.Serie = cf.ChaveDeAcesso.texto().substr(22, 3);
     cf.NumeroNotaFiscal = cf.ChaveDeAcesso.texto().substr(25, 9);

@@ -9,6 +9,7 @@
 #include "impressao/LeituraXml.h"
 #include "impressao/ZEL_PDF.h"
 #include "util/Arquivo.h"
+#include "util/Codigos.h"
 #include "util/Cripto.h"
 #include "util/Numero.h"
 #include "util/Texto.h"
@@ -17,7 +18,6 @@ namespace zel {
 
 namespace {
 
-constexpr std::size_t kTamanhoChave = 44;
 constexpr std::size_t kMaximoParametros = 99;
 
 // Situations of a return in which the document is authorized.
@@ -69,7 +69,7 @@ int gravarDanfePDF(const CupomFiscal &cf, std::string_view retorno, int colunas,
     std::string chave = valorDoRetorno(retorno, "DOCCHAACESSO").value_or("");
     if (chave.empty()) chave = cf.ChaveDeAcesso;
     // It names a file: anything but digits could lead it out of its directory.
-    if (chave.size() != kTamanhoChave || !areDigit(chave)) return ZEL_RECUSADO;
+    if (!ehChave(chave)) return ZEL_RECUSADO;
     return fnGerarPDFDanfe(texto, colunas, "NFe" + chave + "_DANFE.pdf");
 }
 

@@ -134,6 +134,9 @@ std::optional<LeitorXml> LeitorXml::grupo(std::string_view nome) {
         comeco = resto_.find(inicio, comeco + 1);
     if (comeco == resto_.npos) return {};
     resto_.remove_prefix(comeco + inicio.size());
+    // An element closed in its own start tag holds nothing, and what follows is not its.
+    const std::size_t fimDoInicio = resto_.find('>');
+    if (fimDoInicio != resto_.npos && resto_.substr(0, fimDoInicio).ends_with('/')) return {};
 
     std::size_t fim = resto_.find('<');
     while (fim != resto_.npos && !ehTag(resto_.substr(fim), nome))

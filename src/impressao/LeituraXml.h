@@ -42,8 +42,9 @@ public:
     // behind it.
     std::optional<std::string> propriedade(std::string_view abertura);
 
-    // A reader of the next group of that name, its attributes included. The group ends at its end
-    // tag, or where the next one of its name begins. Goes to that end.
+    // A reader of the next group of that name, its attributes included; none for an empty element
+    // ("<dest/>"). The group ends at its end tag, or where the next one of its name begins. Goes to
+    // that end.
     std::optional<LeitorXml> grupo(std::string_view nome);
 
 private:

@@ -13,6 +13,7 @@
 #include "impressao/PdfPagina.h"
 #include "util/Arquivo.h"
 #include "util/Codificacao.h"
+#include "util/Codigos.h"
 #include "util/Diretorio.h"
 #include "util/Texto.h"
 
@@ -29,13 +30,11 @@ namespace {
 constexpr std::string_view kDeclaracao = "<?xml version=\"1.0\"?>";
 constexpr std::string_view kArquivoTemporario = "danfe_pdf_temp.xml";
 constexpr std::string_view kPrefixoId = "NFe";
-constexpr std::size_t kTamanhoChave = 44;
 constexpr int kColunasDanfe = 48;
 
 // The Id names a file: anything but "NFe" and the access key could lead it anywhere.
 bool ehId(std::string_view id) {
-    return id.size() == kPrefixoId.size() + kTamanhoChave && id.starts_with(kPrefixoId) &&
-           areDigit(id.substr(kPrefixoId.size()));
+    return id.starts_with(kPrefixoId) && ehChave(id.substr(kPrefixoId.size()));
 }
 
 const ST_tagZEL *procurar(const ST_tagZEL &no, std::string_view nome) {
@@ -56,20 +55,19 @@ std::optional<std::string> idDoDocumento(const ST_tagZEL &raiz) {
 }
 
 struct Documento {
-    std::string xml; // as it came
     ST_tagZEL raiz;
     std::string id;
 };
 
 std::optional<Documento> lerDocumento(std::string_view base64) {
-    auto xml = fnParseBase64ToUtf8(base64);
+    const auto xml = fnParseBase64ToUtf8(base64);
     if (!xml) return {};
     ST_tagZEL raiz;
     std::size_t posicao = 0;
     if (fnProximaTag_ZEL(raiz, emLatin1(*xml), posicao) != ZEL_OK) return {};
     auto id = idDoDocumento(raiz);
     if (!id) return {};
-    return Documento{std::move(*xml), std::move(raiz), std::move(*id)};
+    return Documento{std::move(raiz), std::move(*id)};
 }
 
 int gerarListagem(std::string_view base64) {
@@ -81,7 +79,8 @@ int gerarListagem(std::string_view base64) {
     return pagina.salvar(fnConfigurarPath(documento->id + "_XML.pdf"));
 }
 
-// The document as a file, for the reader takes files; gone when this is.
+// The document as a file, for the reader takes files, in the plain form of its tree: the reader
+// looks for attributes in double quotes. Gone when this is.
 class CopiaTemporaria {
 public:
     explicit CopiaTemporaria(std::string_view xml)
@@ -131,7 +130,7 @@ int fnGerarPDFDanfeDoXml(std::string_view base64) {
     const auto documento = lerDocumento(base64);
     if (!documento) return ZEL_RECUSADO;
     std::string texto;
-    if (const int lido = textoDanfe(documento->xml, texto); lido != ZEL_OK) return lido;
+    if (const int lido = textoDanfe(documento->raiz.toString(), texto); lido != ZEL_OK) return lido;
     return fnGerarPDFDanfe(texto, kColunasDanfe, documento->id + "_DANFE.pdf");
 }
 

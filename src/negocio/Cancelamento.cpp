@@ -6,6 +6,7 @@
 #include "documento/ZEL_DataHora.h"
 #include "negocio/Argumento.h"
 #include "negocio/Requisicao.h"
+#include "util/Codigos.h"
 #include "util/Cripto.h"
 #include "util/Diretorio.h"
 #include "util/Numero.h"
@@ -18,7 +19,6 @@ namespace {
 constexpr std::string_view kJustificativa = "Cancelamento de NFCe";
 constexpr std::string_view kJustificativaOffline = "Cancelamento de NFCe em Contingencia Offline";
 
-constexpr std::size_t kDigitosDaChave = 44;
 constexpr std::time_t kAjuste = 5;
 
 bool semTextos(const DadosCancelamento &cancelado) {
@@ -32,6 +32,15 @@ DadosCancelamento ultimoDocumento() {
             .chave = valorConfig(R"(NFCE\ChaveDeAcesso)"_chave),
             .protocolo = valorConfig(R"(NFCE\ProtocoloAutorizacao)"_chave),
             .justificativa = {}};
+}
+
+// Printing an older document stores its key: the event must not void one document under the number
+// of another. Only a sound key can tell.
+bool ehDeOutroDocumento(const DadosCancelamento &ultimo) {
+    const std::string_view chave = ultimo.chave;
+    if (!ehChave(chave) || fnCalcula_cDV(chave.substr(0, 43)) != chave.substr(43)) return false;
+    return lerInteiro(chave.substr(22, 3)) != lerInteiro(ultimo.serie) ||
+           lerInteiro(chave.substr(25, 9)) != lerInteiro(ultimo.numero);
 }
 
 void completarJustificativa(DadosCancelamento &cancelado, std::string_view padrao) {
@@ -78,6 +87,7 @@ int fnCFCancelar_ZEL_Felbor(std::string_view numero, std::string_view serie, std
         if (estado < kEncerrado) return cancelarCupomEmAndamento();
         if (estado != kEncerrado) return ZEL_RECUSADO;
         cancelado = ultimoDocumento();
+        if (ehDeOutroDocumento(cancelado)) return ZEL_RECUSADO;
     }
     completarJustificativa(cancelado, kJustificativa);
     const int resultado =
@@ -92,13 +102,16 @@ int fnCFCancelarOffline_ZEL_Felbor(std::string_view numero, std::string_view ser
     if (algumNulo({numero, serie, chave, justificativa}) || !diretorios)
         return ZEL_ARGUMENTO_INVALIDO;
     DadosCancelamento cancelado{numero, serie, chave, "", justificativa};
-    if (semTextos(cancelado)) cancelado = ultimoDocumento();
+    if (semTextos(cancelado)) {
+        cancelado = ultimoDocumento();
+        if (ehDeOutroDocumento(cancelado)) return ZEL_RECUSADO;
+    }
     cancelado.protocolo = "";
     completarJustificativa(cancelado, kJustificativaOffline);
 
     // The file's name is cut out of the key.
     const std::string chaveSimples = textoSimples(cancelado.chave);
-    if (chaveSimples.size() != kDigitosDaChave || !areDigit(chaveSimples)) return ZEL_RECUSADO;
+    if (!ehChave(chaveSimples)) return ZEL_RECUSADO;
     const std::string nome = nomeDoArquivoOffline(chaveSimples);
     std::string evento;
     fnCriarLayoutXmlCanc_ZEL_Felbor(cancelado, std::time(nullptr), evento);

@@ -48,6 +48,10 @@ constexpr std::size_t kMaximoForma = 49; // of a name, in characters
 
 } // namespace
 
+bool ehChave(std::string_view texto) {
+    return texto.size() == kDigitosDaChave && areDigit(texto);
+}
+
 std::string fnCalcula_cDV(std::string_view chave) {
     std::size_t soma = 0;
     std::size_t peso = 2;

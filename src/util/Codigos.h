@@ -3,10 +3,16 @@
 // valid one is nobody's question here.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace zel {
+
+inline constexpr std::size_t kDigitosDaChave = 44;
+
+// 44 digits: what an access key looks like, and nothing that could lead a file name elsewhere.
+bool ehChave(std::string_view texto);
 
 // Check digit ("0" to "9") of an access key given without it (43 digits), modulo 11 with weights 2
 // to 9 from the right. A character that is no digit counts as 0.

@@ -128,6 +128,8 @@ TEST(Cancelamento, do_cupom_em_andamento_e_do_ultimo_documento) {
     EXPECT_FALSE(caixa.existe("documentosEnvio.xml"));
 
     ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+    const std::string antiga = caixa.lerArquivo("documentosEnvio.xml");
+    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
     caixa.escreverArquivo("retorno.xml", retorno(caixa));
     imprimir(caixa, "documentosEnvio.xml", "retorno.xml", 48); // learns the protocol
     caixa.reiniciar();
@@ -135,9 +137,14 @@ TEST(Cancelamento, do_cupom_em_andamento_e_do_ultimo_documento) {
     const std::string evento = caixa.lerArquivo("documentosEnvio.xml");
     EXPECT_EQ(elemento(evento, "ChaAcesso"), caixa.config("NFCE\\ChaveDeAcesso"));
     EXPECT_EQ(elemento(evento, "EvenProt"), "143260000000001");
-    EXPECT_EQ(elemento(evento, "NtfNumero"), "2");
+    EXPECT_EQ(elemento(evento, "NtfNumero"), "3");
     EXPECT_EQ(elemento(evento, "EvexJust"), "Cancelamento de NFCe");
     EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 5);
+
+    // A reprint of an older document stores its key: nothing may be voided without naming it.
+    caixa.escreverArquivo("antiga.xml", antiga);
+    imprimir(caixa, "antiga.xml", "OFFLINE", 48);
+    EXPECT_EQ(caixa->tCFCancelar_ZEL("", "", "", "", ""), -1);
 
     const std::string cupom = imprimir(caixa, "documentosEnvio.xml", "retorno.xml", 48, 5);
     EXPECT_NE(cupom.find("Cancelamento:143260000000001\r\n"), std::string::npos);
