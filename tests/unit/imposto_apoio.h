@@ -3,60 +3,65 @@
 #pragma once
 
 #include "PastaTemporaria.h"
+#include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ZEL_Controle.h"
 #include "documento/ZEL_Persistencia.h"
 #include "imposto/Presets.h"
 #include "util/Texto.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
-#include <string>
-#include <string_view>
-#include <vector>
-
 namespace zel {
+
+// The group "ICMS40 orig=0 CST=41".
+inline ST_tagZEL grupo(std::string_view texto) {
+    const auto partes = split(texto, ' ', 20);
+    ST_tagZEL tag(partes.front());
+    for (const auto parte : std::span(partes).subspan(1))
+        tag.addSubTag(parte.substr(0, parte.find('=')), parte.substr(parte.find('=') + 1));
+    return tag;
+}
+
+// A tag in one line: "ICMS(ICMS40(orig=0 CST=41))".
+inline std::string resumo(const ST_tagZEL &tag) {
+    if (!tag.subTags) return tag.nome + "=" + tag.valor.value_or("");
+    std::string filhos;
+    for (const auto &filho : *tag.subTags)
+        filhos += (filhos.empty() ? "" : " ") + resumo(filho);
+    return tag.nome + "(" + filhos + ")";
+}
 
 class ImpostoTest : public testing::Test {
 protected:
     void SetUp() override {
         setenv("ZEL_DIRETORIO", (pasta_ / "").c_str(), 1);
-        ASSERT_EQ(inicializarConfig(), 1);
+        ASSERT_EQ(inicializarConfig(), ZEL_OK);
         configurar(R"(IMPOSTO\ICMS\ICMS00)", "Orig= CST= modBC=");
         configurar("CONFIGURACAO", "estadoCFe=1");
         G_stXML_Persistencia = {};
         G_stTagImpostoConfTemp = {};
     }
-    void TearDown() override {
-        unsetenv("ZEL_DIRETORIO");
-        G_stXML_Persistencia = {};
-        G_stTagImpostoConfTemp = {};
-    }
+    void TearDown() override { unsetenv("ZEL_DIRETORIO"); }
 
     // Sets the keys of a section: "Orig=0 CST=20 modBC=".
     static void configurar(const std::string &secao, std::string_view valores) {
-        std::vector<Alteracao> alteracoes;
         for (const auto par : split(valores, ' ', 20)) {
-            const auto igual = par.find('=');
-            const auto chave = procurarChave(secao + "\\" + std::string(par.substr(0, igual)));
-            ASSERT_TRUE(chave) << secao << ' ' << par;
-            alteracoes.push_back({*chave, std::string(par.substr(igual + 1))});
+            const std::string chave(par.substr(0, par.find('=')));
+            const auto valor = par.substr(chave.size() + 1);
+            ASSERT_EQ(fnRegAlterarValor_ZEL(secao + "\\" + chave, valor), ZEL_OK) << par;
         }
-        ASSERT_EQ(alterarConfig(alteracoes), 1);
+    }
+
+    // What an operation adds to an empty `imposto`, or the code with which it refuses.
+    static std::string resultado(const std::function<int(ST_tagZEL &)> &operacao) {
+        ST_tagZEL imposto("imposto");
+        const int codigo = operacao(imposto);
+        return codigo == ZEL_OK ? resumo(imposto) : std::to_string(codigo);
     }
 
 private:
     PastaTemporaria pasta_;
 };
-
-// A tag in one line, in the order of its children: "ICMS(ICMS40(orig=0 CST=41))".
-inline std::string resumo(const ST_tagZEL &tag) {
-    if (!tag.subTags) return tag.nome + "=" + tag.valor.value_or("");
-    std::string texto = tag.nome + "(";
-    for (const auto &filho : *tag.subTags)
-        texto += (texto.back() == '(' ? "" : " ") + resumo(filho);
-    return texto + ")";
-}
 
 } // namespace zel

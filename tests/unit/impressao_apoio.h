@@ -1,5 +1,4 @@
-// Documents and returns for the tests of printing (files beside the golden receipts), and a till of
-// its own for each test.
+// Documents and returns (files beside the golden receipts), and a till of its own for each test.
 #pragma once
 
 #include "PastaTemporaria.h"
@@ -13,16 +12,16 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <initializer_list>
-#include <string>
-#include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace impressao {
 
 using namespace zel;
+using Pares = std::initializer_list<std::pair<std::string_view, std::string_view>>;
 
-inline constexpr std::string_view kChave = "35140111222333000181650010000001231171025446";
+inline const std::string kChave = "35140111222333000181650010000001231171025446";
+inline const std::string kId = "NFe" + kChave;
 
 inline std::filesystem::path ouro(std::string_view nome) {
     return std::filesystem::path(__FILE__).parent_path() / "golden" / nome;
@@ -33,7 +32,7 @@ inline std::string dado(std::string_view nome) {
     return {std::istreambuf_iterator<char>(arquivo), {}};
 }
 
-// The text with the first `de` behind `marco`, which must be there, replaced.
+// Replaces the first `de` behind `marco`; both must be there.
 inline std::string trocar(std::string texto, std::string_view de, std::string_view para,
                           std::string_view marco = "") {
     const std::size_t lugar = texto.find(de, texto.find(marco));
@@ -68,27 +67,18 @@ protected:
         G_szTotalImposto.limpar();
     }
 
-    using Valores = std::initializer_list<std::pair<std::string_view, std::string_view>>;
-    static void configurar(Valores valores) {
+    static void configurar(Pares valores) {
         for (const auto &[caminho, valor] : valores)
             ASSERT_EQ(fnRegAlterarValor_ZEL(caminho, valor), ZEL_OK) << caminho;
     }
-
+    bool existe(std::string_view nome) const { return std::filesystem::exists(pasta / nome); }
     // The path of a file with that text; "OFFLINE" for none.
     std::string gravar(std::string_view nome, std::string_view texto) const {
         pasta.gravar(nome, texto);
         return texto.empty() ? std::string(kOffline) : pasta / nome;
     }
-
     int ler(std::string_view xml, std::string_view retorno, CupomFiscal &cf) const {
         return parseXMLCupomFiscal(gravar("nota.xml", xml), gravar("retorno.xml", retorno), cf);
-    }
-
-    // The closing text of the document in progress.
-    static void encerrarCom(std::string_view infCpl) {
-        ST_tagZEL infAdic("infAdic");
-        infAdic.addSubTag("infCpl", infCpl);
-        G_stXML_Persistencia.encerramento.emplace("ENCERRAMENTO").addSubTag(infAdic);
     }
 
     const std::string cheia = dado("nota_cheia.xml");

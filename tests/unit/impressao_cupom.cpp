@@ -4,8 +4,6 @@
 #include "impressao_apoio.h"
 #include "util/Cripto.h"
 
-#include <tuple>
-
 using namespace impressao;
 
 namespace {
@@ -17,7 +15,7 @@ protected:
         return fnGerarArquivoFormatadoNF(gravar("nota.xml", xml), gravar("retorno.xml", retorno),
                                          urlQrcode, colunas, 1, "", saida);
     }
-    std::string guardado(std::string_view caminho) const {
+    static std::string guardado(std::string_view caminho) {
         std::string valor;
         EXPECT_EQ(fnRegRetornarValor_ZEL(caminho, valor), ZEL_OK);
         return valor;
@@ -35,131 +33,84 @@ protected:
         EXPECT_EQ(ultima(), saida);
     }
 
-    const std::string contingencia = trocar(simples, "<tpEmis>1", "<tpEmis>9");
     std::string saida = "earlier";
 };
 
 } // namespace
 
-// A literal, a width or an order that changes unnoticed.
-TEST_F(Cupons, golden_receipts) {
+TEST_F(Cupons, receipts_are_the_golden_ones) {
     configurar({{R"(CONFIGURACAO\TokenSefaz)", "segredo"},
                 {R"(CONFIGURACAO\ArredondarTruncar)", "T"},
                 {R"(URLS\SP\Producao)", "http://qr.sp"},
                 {R"(NFCE\MsgLeiDoImposto)", "Tributos: | (Lei 12.741)"}});
-    const struct {
-        std::string nome, xml, retorno;
-        std::string_view completa, logotipo, promocional, troco;
-    } casos[] = {
+    const std::string link = "<LinkNFCe>http://l?a=1&amp;b=2</LinkNFCe>";
+    const std::string homologacao = trocar(simples, "<tpAmb>1", "<tpAmb>2");
+    const std::string estrangeiro = "</emit><dest><idEstrangeiro>AB-12</idEstrangeiro></dest>";
+    const std::string emContingencia =
+        trocar(trocar(simples, "<tpEmis>1", "<tpEmis>9"), "</emit>", estrangeiro);
+    using Texto = std::string_view;
+    const std::tuple<std::string, std::string, std::string, Texto, Texto, Texto, Texto> casos[] = {
         {"normal", cheia, retornoEnvio, "1", "", "1", "3.00"},
-        {"resumo_homologacao", trocar(simples, "<tpAmb>1", "<tpAmb>2"), retornoSefaz, "0", "L", "0",
-         "0"},
-        {"contingencia",
-         trocar(contingencia, "</emit>",
-                "</emit><dest><idEstrangeiro>AB-12</idEstrangeiro></dest>"),
-         "", "0", "", "0", "0.00"},
-        {"link", simples, retornoSefaz + "<LinkNFCe>http://l?a=1&amp;b=2</LinkNFCe>", "1", "L", "0",
-         ""},
+        {"resumo_homologacao", homologacao, retornoSefaz, "0", "L", "0", "0"},
+        {"contingencia", emContingencia, "", "0", "", "0", "0.00"},
+        {"link", simples, retornoSefaz + link, "1", "L", "0", ""},
         {"offline", simples, "", "1", "", "0", ""}, // blanks where there is no authorization
     };
-    for (const auto &caso : casos) {
-        configurar({{R"(CONFIGURACAO\ImpressaoCompleta)", caso.completa},
-                    {R"(NFCE\Logotipo)", caso.logotipo},
-                    {R"(NFCE\MSGPROMOCIONAL\Imprimir)", caso.promocional},
-                    {R"(CONFIGURACAO\TrocoUltimaNFCe)", caso.troco}});
-        G_stDadosImpressao.IndicadorTroco = caso.nome == "normal";
+    for (const auto &[nome, xml, retorno, completa, logotipo, promocional, troco] : casos) {
+        configurar({{R"(CONFIGURACAO\ImpressaoCompleta)", completa},
+                    {R"(NFCE\Logotipo)", logotipo},
+                    {R"(NFCE\MSGPROMOCIONAL\Imprimir)", promocional},
+                    {R"(CONFIGURACAO\TrocoUltimaNFCe)", troco}});
+        G_stDadosImpressao.IndicadorTroco = nome == "normal";
         G_stXML_Persistencia.fnLimpar();
-        if (caso.nome == "normal") encerrarCom("[ce][b]Volte[/b] sempre[/ce]");
+        if (nome == "normal") {
+            ST_tagZEL infAdic("infAdic");
+            infAdic.addSubTag("infCpl", "[ce][b]Volte[/b] sempre[/ce]");
+            G_stXML_Persistencia.encerramento.emplace("ENCERRAMENTO").addSubTag(infAdic);
+        }
         for (const int colunas : {42, 48}) {
-            ASSERT_EQ(imprimir(caso.xml, caso.retorno, colunas), ZEL_OK) << caso.nome;
-            compararComOuro("cupom_" + caso.nome + "_" + std::to_string(colunas) + ".txt");
+            ASSERT_EQ(imprimir(xml, retorno, colunas), ZEL_OK) << nome;
+            compararComOuro("cupom_" + nome + "_" + std::to_string(colunas) + ".txt");
         }
     }
 }
 
-TEST_F(Cupons, golden_cancellations) {
-    const std::string pedido =
-        gravar("p.xml", "<ChaAcesso>" + std::string(kChave) + "</ChaAcesso>");
+TEST_F(Cupons, cancellations_are_the_golden_ones) {
+    const std::string pedido = gravar("p.xml", "<ChaAcesso>" + kChave + "</ChaAcesso>");
     const std::string retorno = gravar("r.xml", "<nProt>135140000000077</nProt>");
-    const struct {
-        std::string nome, retorno;
-        std::string_view cnpj, logotipo;
-        int colunas; // the text is the same for all
-    } casos[] = {{"online", retorno, "11222333000181", "", 42},
-                 {"online", retorno, "11222333000181", "", 7},
-                 {"online_logotipo", retorno, "12345678909", "L", 48},
-                 {"offline", "OFFLINE", "11222333000181", "", 48},
-                 {"offline_logotipo", "OFFLINE", "12345678909", "L", 42}};
-    for (const auto &caso : casos) {
-        configurar({{R"(EMIT\CNPJ)", caso.cnpj}, {R"(NFCE\Logotipo)", caso.logotipo}});
-        ASSERT_EQ(fnGerarArquivoFormatadoNF(pedido, caso.retorno, "", caso.colunas, 5, "", saida),
-                  ZEL_OK);
-        compararComOuro("cancelamento_" + caso.nome + ".txt");
+    const std::tuple<std::string, std::string, std::string_view, std::string_view, int> casos[] = {
+        {"online", retorno, "11222333000181", "", 7},
+        {"online_logotipo", retorno, "12345678909", "L", 48},
+        {"offline", "OFFLINE", "11222333000181", "", 48},
+        {"offline_logotipo", "OFFLINE", "12345678909", "L", 42}};
+    for (const auto &[nome, volta, cnpj, logotipo, colunas] : casos) {
+        configurar({{R"(EMIT\CNPJ)", cnpj}, {R"(NFCE\Logotipo)", logotipo}});
+        ASSERT_EQ(fnGerarArquivoFormatadoNF(pedido, volta, "", colunas, 5, "", saida), ZEL_OK);
+        compararComOuro("cancelamento_" + nome + ".txt");
     }
 }
 
-TEST_F(Cupons, stored_with_the_receipt) {
-    ASSERT_EQ(imprimir(cheia, retornoEnvio, 48), ZEL_OK);
-    EXPECT_EQ(guardado(R"(NFCE\ChaveDeAcesso)"), kChave);
-    EXPECT_EQ(guardado(R"(NFCE\ProtocoloAutorizacao)"), "135140000000001");
-    EXPECT_EQ(autorizacaoUltimoDocumento().digest, "FBFUQdZijVXNc2cxuJ9xHnx0Chc=");
-    EXPECT_EQ(autorizacaoUltimoDocumento().dataHora, "2014-02-01T00:00:03-02:00");
-    const std::string url = guardado(R"(NFCE\UrlQrcode)");
-    EXPECT_TRUE(contem(url, "&cHashQRCode="));
-    EXPECT_TRUE(contem(saida, "<qrcode>" + url + "<lmodulo>3</lmodulo></qrcode>"));
-
-    const std::string longo(600, 'q');
-    const std::pair<std::string, std::string> dados[] = {
-        {"http://x?2<lmodulo>4</lmodulo>", "http://x?2"},
-        {"<a></a>", ""}, // cannot be kept
-        {longo, longo.substr(0, 499)},
-    };
-    for (const auto &[conteudo, esperado] : dados) {
+TEST_F(Cupons, qrcode_and_protocol_are_stored_with_the_receipt) {
+    // The second cannot be kept.
+    for (const auto &[conteudo, esperado] :
+         Pares{{"http://x?2<lmodulo>4</lmodulo>", "http://x?2"}, {"<a></a>", ""}}) {
         ASSERT_EQ(imprimir(cheia, retornoEnvio, 42, conteudo), ZEL_OK) << conteudo;
-        EXPECT_TRUE(contem(saida, "<qrcode>" + conteudo + "</qrcode>"));
+        EXPECT_TRUE(contem(saida, "<qrcode>" + std::string(conteudo) + "</qrcode>"));
         EXPECT_EQ(guardado(R"(NFCE\UrlQrcode)"), esperado);
     }
+    EXPECT_EQ(guardado(R"(NFCE\ChaveDeAcesso)"), kChave);
+    EXPECT_EQ(guardado(R"(NFCE\ProtocoloAutorizacao)"), "135140000000001");
     ASSERT_EQ(imprimir(simples, "", 42), ZEL_OK);
     EXPECT_EQ(guardado(R"(NFCE\ProtocoloAutorizacao)"), ""); // not the sale's before
 }
 
-// The application's total of taxes prints in both copies, and never on the next receipt.
-TEST_F(Cupons, taxes_given_by_the_application) {
-    const std::tuple<std::string, std::string_view, int> casos[] = {
-        {contingencia, "7,5", 2}, {simples, "", 0}, {cheia, "7.5", 0}};
-    for (const auto &[xml, texto, vezes] : casos) {
-        G_szTotalImposto = texto;
-        ASSERT_EQ(imprimir(xml, retornoEnvio, 48), ZEL_OK);
-        EXPECT_TRUE(contem(saida, "12.741/2012) 7.50</c>", vezes));
-        EXPECT_TRUE(G_szTotalImposto.vazio());
-    }
-}
-
-TEST_F(Cupons, refusals_store_nothing) {
-    const std::string nota = gravar("nota.xml", simples);
-    const std::string retorno = gravar("retorno.xml", retornoEnvio);
-    const std::string nenhum = pasta / "nenhum.xml";
-    const std::string antes = pasta.ler("ZEL_Framework.xml");
-    const struct {
-        std::string_view xml, retorno;
-        int colunas, tipo;
-    } casos[] = {
-        {nota, retorno, 40, 1}, {nota, retorno, 42, 2}, {{}, retorno, 42, 1},
-        {nota, {}, 42, 1},      {nota, nenhum, 42, 1},  {nota, retorno, 42, 5},
-    };
-    for (const auto &[xml, doRetorno, colunas, tipo] : casos) {
-        saida = "earlier";
-        EXPECT_EQ(fnGerarArquivoFormatadoNF(xml, doRetorno, "", colunas, tipo, "", saida),
-                  ZEL_RECUSADO);
-        EXPECT_EQ(saida, "");
-    }
-    EXPECT_EQ(pasta.ler("ZEL_Framework.xml"), antes);
-    EXPECT_EQ(ultima(), "none");
-}
-
-TEST_F(Cupons, without_text_the_last_receipt_stays) {
+TEST_F(Cupons, refused_or_empty_receipt_leaves_the_last_one) {
     ASSERT_EQ(imprimir(simples, retornoEnvio, 48), ZEL_OK);
-    const std::string antes = saida;
+    const std::string antes = saida, config = pasta.ler("ZEL_Framework.xml");
+    EXPECT_EQ(imprimir(cheia, retornoEnvio, 40), ZEL_RECUSADO);
+    EXPECT_EQ(imprimir(cheia, "<nProt>1</nProt>", 48), ZEL_RECUSADO);
+    EXPECT_EQ(saida, "");
+    EXPECT_EQ(pasta.ler("ZEL_Framework.xml"), config);
     configurar({{R"(CONFIGURACAO\ImpressaoCompleta)", "2"}});
     EXPECT_EQ(imprimir(cheia, retornoEnvio, 48), ZEL_OK);
     EXPECT_EQ(saida, "");
@@ -171,39 +122,33 @@ TEST_F(Cupons, without_text_the_last_receipt_stays) {
     EXPECT_EQ(imprimir(simples, retornoEnvio, 48), ZEL_ARQUIVO_INDISPONIVEL);
 }
 
-// A PDF of a document that was refused, or written where the return's key leads.
-TEST_F(Cupons, pdf_depends_on_the_return) {
+TEST_F(Cupons, pdf_of_a_refused_document_or_an_unsafe_key_is_not_written) {
     configurar({{R"(CONFIGURACAO\SalvarDanfePDF)", "1"}});
-    const std::string outra = "9" + std::string(kChave.substr(1));
-    const auto pdf = [this](std::string_view chave) {
-        return pasta / ("NFe" + std::string(chave) + "_DANFE.pdf");
-    };
-    const struct {
-        std::string_view de, para; // in the return
-        int codigo;
-        std::string_view chave; // of the file
-    } casos[] = {
+    const std::string outra = "9" + kChave.substr(1), letra = "x" + kChave.substr(1);
+    // What is replaced in the return, by what, the answer and the key in the file's name.
+    const std::tuple<std::string_view, std::string_view, int, std::string> casos[] = {
         {">100<", ">150<", ZEL_OK, kChave},
         {">100<", ">204<", ZEL_FALHA_IMPRESSAO, kChave},
-        {"SitCodigo", "Outro", ZEL_FALHA_IMPRESSAO, kChave},
+        {"<SitCodigo>", "<SitCodigos>204</SitCodigos><SitCodigo>", ZEL_OK, kChave},
         {"DocChaAcesso>", "docCHAACESSO>", ZEL_OK, kChave},
         {"<DocChaAcesso>", "<Outra>", ZEL_OK, kChave},
         {kChave, outra, ZEL_OK, outra},
-        {kChave, "../fora", ZEL_RECUSADO, "../fora"},
+        {kChave, letra, ZEL_RECUSADO, letra},
     };
     for (const auto &[de, para, codigo, chave] : casos) {
         EXPECT_EQ(imprimir(simples, trocar(retornoEnvio, de, para), 48), codigo) << para;
         EXPECT_TRUE(contem(saida, "<gui></gui>"));
-        EXPECT_EQ(std::filesystem::remove(pdf(chave)), codigo == ZEL_OK) << para;
+        const bool gravado = std::filesystem::remove(pasta / ("NFe" + chave + "_DANFE.pdf"));
+        EXPECT_EQ(gravado, codigo == ZEL_OK) << para;
     }
     EXPECT_EQ(imprimir(simples, "", 48), ZEL_RECUSADO); // "OFFLINE" names no file
     // The listing comes first, and its failure is answered at once.
     configurar({{R"(CONFIGURACAO\SalvarXMLPDF)", "1"}});
     EXPECT_EQ(imprimir(simples, retornoEnvio, 48), ZEL_RECUSADO);
-    EXPECT_FALSE(std::filesystem::exists(pdf(kChave)));
+    EXPECT_FALSE(existe(kId + "_DANFE.pdf"));
 }
 
-TEST_F(Cupons, print_parameters) {
+TEST_F(Cupons, print_parameters_set_change_only_when_complete) {
     CupomFiscal cf;
     cf.ValorTotal = 10.5;
     const struct {
