@@ -95,9 +95,4 @@ int fnVerificarFormatarTAG_ZEL(Secao secao, std::string_view texto, ST_tagZEL &r
     return codigo;
 }
 
-int fnVerificarFormatarTAG_ZEL(int secao, std::string_view texto, ST_tagZEL &resultado) {
-    if (secao < 0 || std::cmp_greater_equal(secao, kNomesDasSecoes.size())) return ZEL_RECUSADO;
-    return fnVerificarFormatarTAG_ZEL(static_cast<Secao>(secao), texto, resultado);
-}
-
 } // namespace zel

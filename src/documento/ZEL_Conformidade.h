@@ -18,9 +18,7 @@ int fnVerificaConformidade_base_raiz(const ST_tagZEL &molde, ST_tagZEL &entrada)
 
 // Parses and checks a caller's text; `resultado` becomes a root named after the section ("VENDA")
 // and is untouched on failure. Line ends and tabs in the text count as blanks, other control bytes
-// as nothing. 1; -1 malformed text, a section that does not exist, or templates that are not built;
-// -120 to -122 as above.
+// as nothing. 1; -1 malformed text, or templates that are not built; -120 to -122 as above.
 int fnVerificarFormatarTAG_ZEL(Secao secao, std::string_view texto, ST_tagZEL &resultado);
-int fnVerificarFormatarTAG_ZEL(int secao, std::string_view texto, ST_tagZEL &resultado);
 
 } // namespace zel

@@ -11,11 +11,7 @@ namespace {
 
 using C = const Caixa &;
 
-struct Chamada {
-    const char *descricao;
-    int esperado;
-    std::function<int(const Caixa &)> fazer;
-};
+using Chamada = std::function<int(C)>;
 
 struct Venda {
     const char *nome;
@@ -24,30 +20,25 @@ struct Venda {
 
 // Short forms of the calls that most sales make.
 Chamada abrir(const char *documento = "", const char *nome = "") {
-    return {"open", ZEL_OK,
-            [=](C c) { return c->aCFAbrir_ZEL(documento, nome, "", "", "", "", "", "", ""); }};
+    return [=](C c) { return c->aCFAbrir_ZEL(documento, nome, "", "", "", "", "", "", ""); };
 }
 Chamada vender(const char *aliquota, const char *quantidade, const char *preco,
-               const char *tipo = "", const char *valor = "", const char *descricao = "Produto") {
-    return {"sell", ZEL_OK, [=](C c) {
-                return c->aCFVender_ZEL(aliquota, quantidade, preco, tipo, valor, "001", "UN",
-                                        descricao);
-            }};
+               const char *tipo = "", const char *valor = "", const char *nome = "Produto") {
+    return [=](C c) {
+        return c->aCFVender_ZEL(aliquota, quantidade, preco, tipo, valor, "001", "UN", nome);
+    };
 }
 Chamada totalizar(const char *tipo = "", const char *valor = "") {
-    return {"totalize", ZEL_OK, [=](C c) { return c->aCFTotalizar_ZEL(tipo, valor); }};
+    return [=](C c) { return c->aCFTotalizar_ZEL(tipo, valor); };
 }
 Chamada pagar(const char *forma, const char *valor = "") {
-    return {"pay", ZEL_OK, [=](C c) { return c->aCFEfetuarPagamento_ZEL(forma, valor); }};
+    return [=](C c) { return c->aCFEfetuarPagamento_ZEL(forma, valor); };
 }
 Chamada encerrar(const char *texto = "") {
-    return {"close", ZEL_OK, [=](C c) { return c->tCFEncerrar_ZEL(texto); }};
+    return [=](C c) { return c->tCFEncerrar_ZEL(texto); };
 }
 Chamada configurar(const char *chave, const char *valor) {
-    return {"configure", ZEL_OK, [=](C c) { return c->regAlterarValor_ZEL(chave, valor); }};
-}
-Chamada chamar(const char *descricao, std::function<int(const Caixa &)> fazer) {
-    return {descricao, ZEL_OK, std::move(fazer)};
+    return [=](C c) { return c->regAlterarValor_ZEL(chave, valor); };
 }
 
 std::vector<Venda> vendas() {
@@ -55,18 +46,15 @@ std::vector<Venda> vendas() {
         {"simples",
          {abrir(), vender("T1800", "1", "10.00"), totalizar(), pagar("dinheiro"), encerrar()}},
         {"consumidor_completo",
-         {chamar("open with address",
-                 [](C c) {
-                     return c->aCFAbrir_ZEL("123.456.789-09", "Jo\xE3o & Maria <Ltda>", "Rua A, 1",
-                                            "12-B", "Centro", "4321808", "Cidade", "RS",
-                                            "95000000");
-                 }),
+         {[](C c) {
+              return c->aCFAbrir_ZEL("123.456.789-09", "Jo\xE3o & Maria <Ltda>", "Rua A, 1", "12-B",
+                                     "Centro", "4321808", "Cidade", "RS", "95000000");
+          },
           vender("T1800", "2,5", "1,999", "D%", "10", "\xC1gua &amp; g\xE1s"),
-          chamar("identify",
-                 [](C c) {
-                     return c->aCFIdentificarConsumidor_ZEL("11.222.333/0001-81", "Loja", "", "",
-                                                            "", "", "", "", "", "a@b.com.br");
-                 }),
+          [](C c) {
+              return c->aCFIdentificarConsumidor_ZEL("11.222.333/0001-81", "Loja", "", "", "", "",
+                                                     "", "", "", "a@b.com.br");
+          },
           totalizar(),
           pagar("Cart\xE3o de Cr\xE9"
                 "dito",
@@ -78,19 +66,14 @@ std::vector<Venda> vendas() {
         {"ajustes",
          {abrir(), vender("T1800", "1", "10.00"), vender("T0700", "2", "20.00", "A$", "1,50"),
           vender("F", "1.2345", "7.77"), vender("T1800", "4", "5"),
-          chamar("item discount",
-                 [](C c) { return c->aCFLancarDescontoItem_ZEL(1, "D$", "0,99"); }),
-          chamar("last item surcharge",
-                 [](C c) { return c->aCFLancarAcrescimoItem_ZEL(0, "A%", "12,5"); }),
-          chamar("partial cancel", [](C c) { return c->aCFCancelarItemParcial_ZEL(2, "0,5"); }),
-          chamar("drop surcharge", [](C c) { return c->aCFCancelarAcrescimoItem_ZEL(4); }),
-          vender("T1800", "1", "99.90"),
-          chamar("cancel item", [](C c) { return c->aCFCancelarItem_ZEL(3); }),
-          totalizar("D$", "12,34"), pagar("vale refeicao", "10"), pagar("05"),
-          chamar("correct the form",
-                 [](C c) { return c->aCFEstornarPagamento_ZEL("vale refeicao", "12", "10,00"); }),
-          chamar("close with both messages",
-                 [](C c) { return c->tCFEncerrarConfigMsg_ZEL("ao consumidor", "ao fisco"); })}},
+          [](C c) { return c->aCFLancarDescontoItem_ZEL(1, "D$", "0,99"); },
+          [](C c) { return c->aCFLancarAcrescimoItem_ZEL(0, "A%", "12,5"); },
+          [](C c) { return c->aCFCancelarItemParcial_ZEL(2, "0,5"); },
+          [](C c) { return c->aCFCancelarAcrescimoItem_ZEL(4); }, vender("T1800", "1", "99.90"),
+          [](C c) { return c->aCFCancelarItem_ZEL(3); }, totalizar("D$", "12,34"),
+          pagar("vale refeicao", "10"), pagar("05"),
+          [](C c) { return c->aCFEstornarPagamento_ZEL("vale refeicao", "12", "10,00"); },
+          [](C c) { return c->tCFEncerrarConfigMsg_ZEL("ao consumidor", "ao fisco"); }}},
         {"servico",
          {configurar("IMPOSTO\\ISSQN\\cMunFG", "12"),
           configurar("IMPOSTO\\ISSQN\\cListServ", "101"),
@@ -98,11 +81,10 @@ std::vector<Venda> vendas() {
           totalizar(), pagar("99", "30"), pagar("dinheiro", "100"), encerrar()}},
         {"transportadora",
          {configurar("IDE\\indPres", "4"), abrir("12345678909"), vender("T1800", "1", "10.00"),
-          chamar("carrier",
-                 [](C c) {
-                     return c->aCFIdentificarTransportadora_ZEL("11222333000181", "Transportes",
-                                                                "12", "Rua B", "Cidade", "SP");
-                 }),
+          [](C c) {
+              return c->aCFIdentificarTransportadora_ZEL("11222333000181", "Transportes", "12",
+                                                         "Rua B", "Cidade", "SP");
+          },
           vender("T1800", "1", "5.00"), totalizar(), pagar("dinheiro"), encerrar()}},
         {"estado_mt_sem_acentos",
          {configurar("EMIT\\ENDEREMIT\\UF", "MT"), configurar("EMIT\\xNome", "Caf\xE9 & P\xE3o"),
@@ -114,40 +96,32 @@ std::vector<Venda> vendas() {
           vender("T1800", "3", "0.333"), vender("T1800", "1", "0.29"), totalizar(),
           pagar("dinheiro"), encerrar()}},
         {"numero_dado",
-         {chamar("open with number and series",
-                 [](C c) {
-                     return c->aCFAbrirNumSerie_ZEL(41, 3, "", "", "", "", "", "", "", "", "");
-                 }),
+         {[](C c) { return c->aCFAbrirNumSerie_ZEL(41, 3, "", "", "", "", "", "", "", "", ""); },
           vender("T1800", "1", "1.00"), totalizar(), pagar("dinheiro"), encerrar()}},
         {"item_em_xml",
          {abrir(),
-          chamar(
-              "sell tag text",
-              [](C c) {
-                  return c->aCFVenderXml_ZEL(
-                      "<PROD><cProd>7</cProd><cEAN>7891234567895</cEAN><xProd>A &amp; B</xProd>\r\n"
-                      "<NCM>22011000</NCM><CFOP>5405</CFOP><uCom>UN</uCom><qCom>2</qCom>"
-                      "<vUnCom>3.50</vUnCom><vProd>7.00</vProd><cEANTrib>7891234567895</cEANTrib>"
-                      "<uTrib>UN</uTrib><qTrib>2</qTrib><vUnTrib>3.50</vUnTrib><indTot>1</indTot>"
-                      "</PROD><imposto><ICMS><ICMS10><orig>0</orig><CST>10</CST><modBC>3</modBC>"
-                      "<vBC>7.00</vBC><pICMS>18.00</pICMS><vICMS>1.26</vICMS><modBCST>4</modBCST>"
-                      "<pMVAST>0.40</pMVAST><pRedBCST>0.00</pRedBCST><vBCST>9.80</vBCST>"
-                      "<pICMSST>0.18</pICMSST><vICMSST>0.50</vICMSST></ICMS10></ICMS></imposto>");
-              }),
+          [](C c) {
+              return c->aCFVenderXml_ZEL(
+                  "<PROD><cProd>7</cProd><cEAN>7891234567895</cEAN><xProd>A &amp; B</xProd>\r\n"
+                  "<NCM>22011000</NCM><CFOP>5405</CFOP><uCom>UN</uCom><qCom>2</qCom>"
+                  "<vUnCom>3.50</vUnCom><vProd>7.00</vProd><cEANTrib>7891234567895</cEANTrib>"
+                  "<uTrib>UN</uTrib><qTrib>2</qTrib><vUnTrib>3.50</vUnTrib><indTot>1</indTot>"
+                  "</PROD><imposto><ICMS><ICMS10><orig>0</orig><CST>10</CST><modBC>3</modBC>"
+                  "<vBC>7.00</vBC><pICMS>18.00</pICMS><vICMS>1.26</vICMS><modBCST>4</modBCST>"
+                  "<pMVAST>0.40</pMVAST><pRedBCST>0.00</pRedBCST><vBCST>9.80</vBCST>"
+                  "<pICMSST>0.18</pICMSST><vICMSST>0.50</vICMSST></ICMS10></ICMS></imposto>");
+          },
           totalizar(), pagar("dinheiro"), encerrar()}},
         {"presets",
-         {abrir(),
-          chamar("ICMS00", [](C c) { return c->aCFConfICMS00_ZEL("1", "00", "0", "12,00"); }),
-          chamar("PIS", [](C c) { return c->aCFConfPisAliq_ZEL("01", "1,65"); }),
-          chamar("COFINS", [](C c) { return c->aCFConfCofinsAliq_ZEL("01", "7.6"); }),
-          vender("T1800", "1", "200.00"),
-          chamar("ICMS40", [](C c) { return c->aCFConfICMS40_ZEL("0", "41", "", ""); }),
-          chamar("PIS by unit", [](C c) { return c->aCFConfPisQtde_ZEL("03", "0,50"); }),
-          chamar("COFINS not taxed", [](C c) { return c->aCFConfCofinsNT_ZEL("06"); }),
-          vender("N", "4", "2.50"),
-          chamar("ICMS60", [](C c) { return c->aCFConfICMS60_ZEL("0", "60", "10,00", "1,80"); }),
-          chamar("PIS other", [](C c) { return c->aCFConfPisOutr_ZEL("99", "1,00", ""); }),
-          chamar("COFINS other", [](C c) { return c->aCFConfCofinsOutr_ZEL("99", "2,00", ""); }),
+         {abrir(), [](C c) { return c->aCFConfICMS00_ZEL("1", "00", "0", "12,00"); },
+          [](C c) { return c->aCFConfPisAliq_ZEL("01", "1,65"); },
+          [](C c) { return c->aCFConfCofinsAliq_ZEL("01", "7.6"); }, vender("T1800", "1", "200.00"),
+          [](C c) { return c->aCFConfICMS40_ZEL("0", "41", "", ""); },
+          [](C c) { return c->aCFConfPisQtde_ZEL("03", "0,50"); },
+          [](C c) { return c->aCFConfCofinsNT_ZEL("06"); }, vender("N", "4", "2.50"),
+          [](C c) { return c->aCFConfICMS60_ZEL("0", "60", "10,00", "1,80"); },
+          [](C c) { return c->aCFConfPisOutr_ZEL("99", "1,00", ""); },
+          [](C c) { return c->aCFConfCofinsOutr_ZEL("99", "2,00", ""); },
           vender("T0000", "1", "50.00"), totalizar("D%", "10"), pagar("13"), encerrar()}},
     };
 }
@@ -168,22 +142,21 @@ class Vendas : public testing::TestWithParam<Venda> {};
 
 TEST_P(Vendas, documento_e_registros_como_o_ouro) {
     Caixa caixa;
-    for (const Chamada &chamada : GetParam().chamadas)
-        ASSERT_EQ(chamada.fazer(caixa), chamada.esperado) << chamada.descricao;
+    for (std::size_t i = 0; i < GetParam().chamadas.size(); ++i)
+        ASSERT_EQ(GetParam().chamadas[i](caixa), ZEL_OK) << "call " << i;
     compararComOuro(std::string(GetParam().nome) + ".txt", estadoFinal(caixa));
 }
 
 TEST_P(Vendas, nada_vive_so_na_memoria) {
     if (temPresets(GetParam())) return;
     Caixa direta, reiniciada;
-    for (const Chamada &chamada : GetParam().chamadas) {
-        ASSERT_EQ(chamada.fazer(direta), chamada.esperado) << chamada.descricao;
+    for (std::size_t i = 0; i < GetParam().chamadas.size(); ++i) {
+        SCOPED_TRACE("call " + std::to_string(i));
+        ASSERT_EQ(GetParam().chamadas[i](direta), ZEL_OK);
         reiniciada.reiniciar();
-        ASSERT_EQ(chamada.fazer(reiniciada), chamada.esperado)
-            << chamada.descricao << " in a new process";
+        ASSERT_EQ(GetParam().chamadas[i](reiniciada), ZEL_OK) << "in a new process";
         EXPECT_EQ(direta.lerArquivo("ZEL_Framework.xml"),
-                  reiniciada.lerArquivo("ZEL_Framework.xml"))
-            << chamada.descricao;
+                  reiniciada.lerArquivo("ZEL_Framework.xml"));
     }
     EXPECT_EQ(estadoFinal(direta), estadoFinal(reiniciada));
 }
@@ -199,7 +172,7 @@ TEST(ChaveDeAcesso, partes_e_digito) {
     caixa.config("IDE\\Serie", "001");
     for (const Chamada &chamada :
          {abrir(), vender("T1800", "1", "10.00"), totalizar(), pagar("dinheiro"), encerrar()})
-        ASSERT_EQ(chamada.fazer(caixa), ZEL_OK) << chamada.descricao;
+        ASSERT_EQ(chamada(caixa), ZEL_OK);
     const std::string documento = caixa.lerArquivo("documentosEnvio.xml");
     const std::string chave = caixa.config("NFCE\\ChaveDeAcesso");
     ASSERT_EQ(chave.size(), 44U);
