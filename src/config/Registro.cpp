@@ -125,10 +125,13 @@ int alterarConfig(std::span<const Alteracao> alteracoes) {
         return ZEL_OK;
     auto texto = fnXML_AlterarArquivo(*registro.arquivo, cortadas);
     if (!texto) return ZEL_CONFIG_ILEGIVEL;
+    // Ready before the save: behind it nothing may fail.
+    ValoresConfig valores = registro.valores;
+    for (const Alteracao &alteracao : cortadas)
+        valores.definir(alteracao.chave, alteracao.valor);
     if (*texto != *registro.arquivo)
         if (const int codigo = gravar(*texto); codigo != ZEL_OK) return codigo;
-    for (const Alteracao &alteracao : cortadas)
-        registro.valores.definir(alteracao.chave, alteracao.valor);
+    registro.valores = std::move(valores);
     registro.arquivo = std::move(*texto);
     return ZEL_OK;
 }

@@ -32,14 +32,19 @@ int ArquivoPendente::confirmar(std::string_view conteudo, std::span<const Altera
         abandonarTodos();
         return resultado;
     }
-    if ((segundo == nullptr || segundo->concluir() == ZEL_OK) && concluir() == ZEL_OK)
-        return ZEL_OK;
-    if (alterarConfig(anteriores) == ZEL_OK) {
-        abandonarTodos();
-        return ZEL_ARQUIVO_INDISPONIVEL;
+    // The saved configuration is the commit. Memory running out behind it undoes nothing.
+    try {
+        const bool segundoPronto = segundo != nullptr && segundo->concluir() == ZEL_OK;
+        if ((segundo == nullptr || segundoPronto) && concluir() == ZEL_OK) return ZEL_OK;
+        if (!segundoPronto && alterarConfig(anteriores) == ZEL_OK) {
+            abandonarTodos();
+            return ZEL_ARQUIVO_INDISPONIVEL;
+        }
+    } catch (...) {
     }
     // The new configuration stands on disk beside the content that belongs to it: the change has
     // happened, and the next save or the next process puts the file in place.
+    if (resto_ == Resto::kNada) resto_ = Resto::kConfirmado;
     return ZEL_OK;
 }
 
@@ -48,10 +53,8 @@ int ArquivoPendente::preparar(std::string_view conteudo) {
     return substituirArquivo(caminhoPendente(), conteudo, acesso_);
 }
 
-std::optional<std::string> ArquivoPendente::esperando() const {
-    std::string conteudo;
-    if (lerArquivo(caminhoPendente(), conteudo) != Leitura::kLido) return std::nullopt;
-    return conteudo;
+Leitura ArquivoPendente::lerPendente(std::string &conteudo) const {
+    return lerArquivo(caminhoPendente(), conteudo);
 }
 
 int ArquivoPendente::concluir() {

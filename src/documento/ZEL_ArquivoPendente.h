@@ -9,7 +9,6 @@
 #include "config/Registro.h"
 #include "util/Arquivo.h"
 
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -37,8 +36,10 @@ public:
     // Writes the waiting content. 1 or -52.
     int preparar(std::string_view conteudo);
 
-    // What waits, if anything does.
-    std::optional<std::string> esperando() const;
+    Leitura lerPendente(std::string &conteudo) const;
+
+    // What waits could not be read: until `resolver` has, nothing may be written over it.
+    void duvidar() { resto_ = Resto::kDesconhecido; }
 
     // Finishes what an earlier failure of this process left; call before any other change of the
     // file. 1 or -52.
@@ -49,16 +50,23 @@ public:
     template <class Pertence>
     int resolver(Pertence pertence) {
         std::string conteudo;
-        const Leitura leitura = lerArquivo(caminhoPendente(), conteudo);
-        if (leitura == Leitura::kInexistente) return ZEL_OK;
-        if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
-        resto_ = pertence(conteudo) ? Resto::kConfirmado : Resto::kAbandonado;
+        switch (lerPendente(conteudo)) {
+        case Leitura::kInexistente:
+            resto_ = Resto::kNada;
+            break;
+        case Leitura::kFalha:
+            duvidar();
+            break;
+        case Leitura::kLido:
+            resto_ = pertence(conteudo) ? Resto::kConfirmado : Resto::kAbandonado;
+        }
         return limpar();
     }
 
 private:
-    // What is left to do: drop the waiting file, put it in place, flush the directory behind that.
-    enum class Resto { kNada, kAbandonado, kConfirmado, kADescarregar };
+    // What is left to do: find out, drop the waiting file, put it in place, flush the directory
+    // behind that.
+    enum class Resto { kNada, kDesconhecido, kAbandonado, kConfirmado, kADescarregar };
 
     std::string caminhoPendente() const;
     int concluir();

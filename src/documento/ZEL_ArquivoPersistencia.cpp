@@ -179,14 +179,18 @@ int fnPersistComConfig_ZEL(std::span<const Alteracao> alteracoes) {
 
 int fnCarregaEstrutura_ZEL(bool *passageira) {
     if (passageira != nullptr) *passageira = true;
+    std::string texto;
+    Leitura leitura = lerArquivo(persistencia.caminho(), texto);
+    if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
     // With no file beside it, a waiting document is the only copy there is.
-    const int pendencia = persistencia.resolver([](std::string_view texto) {
-        return !existeArquivo(persistencia.caminho()) ||
-               estadoDosRegistros(texto) == fnCFVerificarStatus_ZEL();
+    bool trocado = false;
+    const int pendencia = persistencia.resolver([&](std::string_view esperando) {
+        trocado = leitura == Leitura::kInexistente ||
+                  estadoDosRegistros(esperando) == fnCFVerificarStatus_ZEL();
+        return trocado;
     });
     if (pendencia != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
-    std::string texto;
-    const Leitura leitura = lerArquivo(persistencia.caminho(), texto);
+    if (trocado) leitura = lerArquivo(persistencia.caminho(), texto);
     if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
 
     if (passageira != nullptr) *passageira = false;

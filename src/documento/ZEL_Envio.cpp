@@ -34,18 +34,26 @@ int fnGravarDocumento_ZEL(std::string_view documento, std::span<const Alteracao>
     return envio.confirmar(documento, alteracoes, &parametrosDoEnvio);
 }
 
-void fnGuardarHistorico_ZEL(TipoCopia tipo, std::string_view texto) {
-    const bool carimbado = lerInteiro(valorConfig(R"(CONFIGURACAO\HistoricoXML)"_chave)) != 0;
-    fnReplicarDados(Direcao::kEnvio, tipo, valorConfig(R"(CONFIGURACAO\PathXMLEnvio)"_chave), texto,
-                    carimbado);
+void fnGuardarHistorico_ZEL(TipoCopia tipo, std::string_view texto) noexcept {
+    try {
+        const bool carimbado = lerInteiro(valorConfig(R"(CONFIGURACAO\HistoricoXML)"_chave)) != 0;
+        fnReplicarDados(Direcao::kEnvio, tipo, valorConfig(R"(CONFIGURACAO\PathXMLEnvio)"_chave),
+                        texto, carimbado);
+    } catch (...) {
+        // Memory ran out for a copy; what it copies has happened.
+    }
 }
 
 int fnConcluirEnvio_ZEL() {
+    std::string documento;
+    if (envio.lerPendente(documento) == Leitura::kFalha) {
+        envio.duvidar();
+        parametrosDoEnvio.duvidar();
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    }
     // Parameters wait only while their document does.
-    const int parametros = parametrosDoEnvio.resolver([](std::string_view) {
-        const auto documento = envio.esperando();
-        return documento && pertenceAConfiguracao(*documento);
-    });
+    const int parametros = parametrosDoEnvio.resolver(
+        [&](std::string_view) { return pertenceAConfiguracao(documento); });
     return parametros == ZEL_OK ? envio.resolver(pertenceAConfiguracao) : parametros;
 }
 

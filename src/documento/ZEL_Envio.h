@@ -24,7 +24,7 @@ int fnGravarDocumento_ZEL(std::string_view documento, std::span<const Alteracao>
 
 // Keeps a history copy of a sent text in the directories of "CONFIGURACAO\PathXMLEnvio". A copy
 // that cannot be written fails nothing.
-void fnGuardarHistorico_ZEL(TipoCopia tipo, std::string_view texto);
+void fnGuardarHistorico_ZEL(TipoCopia tipo, std::string_view texto) noexcept;
 
 // Puts in place, or drops, a document that a dead process left waiting. 1 or -52.
 int fnConcluirEnvio_ZEL();

@@ -51,10 +51,16 @@ std::string diretorioDe(const std::string &caminho) {
     return barra == caminho.npos ? "./" : caminho.substr(0, barra + 1);
 }
 
+// What stands under a name; none when nothing does, or when that cannot be told (errno).
 std::optional<struct stat> situacao(const std::string &caminho) {
     struct stat dados {};
     if (::lstat(caminho.c_str(), &dados) != 0) return {};
     return dados;
+}
+
+// Whether the last call failed because there is no such file.
+bool naoExiste() {
+    return errno == ENOENT || errno == ENOTDIR;
 }
 
 bool escreverTudo(int fd, std::string_view conteudo) {
@@ -169,6 +175,7 @@ int substituirArquivo(const std::string &caminho, std::string_view conteudo, Ace
     const std::string destino =
         acesso == Acesso::kPrivado ? seguirLigacoes(caminho) : std::string(caminho);
     const auto antigo = situacao(destino);
+    if (!antigo && !naoExiste()) return ZEL_ARQUIVO_INDISPONIVEL;
     if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode))
         return ZEL_ARQUIVO_INDISPONIVEL;
 
@@ -194,7 +201,7 @@ int removerArquivo(const std::string &caminho) {
 }
 
 bool existeArquivo(const std::string &caminho) {
-    return situacao(caminho).has_value();
+    return situacao(caminho).has_value() || !naoExiste();
 }
 
 int acrescentarArquivo(const std::string &caminho, std::size_t tamanho, std::string_view conteudo) {

@@ -35,6 +35,7 @@ int descarregarDiretorio(const std::string &caminho);
 // Removes a file; one that does not exist is removed already. 1 or -52.
 int removerArquivo(const std::string &caminho);
 
+// False only when it is known that there is none.
 bool existeArquivo(const std::string &caminho);
 
 // Appends `conteudo` to an existing file of exactly `tamanho` bytes and flushes it. 1; -1 there is
