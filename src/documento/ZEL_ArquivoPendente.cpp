@@ -26,9 +26,12 @@ int ArquivoPendente::confirmar(std::string_view conteudo, std::span<const Altera
         if (segundo != nullptr) segundo->abandonar();
     };
     const std::vector<Alteracao> anteriores = valoresAtuais(alteracoes);
-    int resultado = preparar(conteudo);
-    if (resultado == ZEL_OK) resultado = alterarConfig(alteracoes);
-    if (resultado != ZEL_OK) {
+    if (preparar(conteudo) != ZEL_OK) {
+        // What an earlier change left waiting is not this one's to drop.
+        if (segundo != nullptr) segundo->abandonar();
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    }
+    if (const int resultado = alterarConfig(alteracoes); resultado != ZEL_OK) {
         abandonarTodos();
         return resultado;
     }

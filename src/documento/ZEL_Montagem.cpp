@@ -11,7 +11,6 @@
 #include "util/Marcacao.h"
 #include "util/Texto.h"
 
-#include <algorithm>
 #include <ctime>
 #include <vector>
 

@@ -1,9 +1,11 @@
 #include "imposto/GruposContribuicao.h"
 
 #include "ZEL_FelborFramework.h"
+#include "imposto/Grupo.h"
 #include "util/Numero.h"
 #include "util/TextoXml.h"
 
+#include <span>
 #include <utility>
 
 namespace zel {
@@ -127,14 +129,6 @@ int atualizar(const Tributo &t, std::span<const Grupo> grupos, const ST_tagZEL &
 }
 
 } // namespace
-
-std::span<const Grupo> gruposPIS() {
-    return kGruposPIS;
-}
-
-std::span<const Grupo> gruposCOFINS() {
-    return kGruposCOFINS;
-}
 
 int fnTratarPIS(std::string_view aliquotaVenda, std::string_view base, std::string_view quantidade,
                 ST_tagZEL &imposto) {

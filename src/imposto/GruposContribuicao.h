@@ -4,16 +4,10 @@
 #pragma once
 
 #include "documento/ZEL_Tag.h"
-#include "imposto/Grupo.h"
 
-#include <span>
 #include <string_view>
 
 namespace zel {
-
-// The rows of a tax; a group that preset and configuration fill differently has one for each.
-std::span<const Grupo> gruposPIS();
-std::span<const Grupo> gruposCOFINS();
 
 // Add the `PIS` or `COFINS` tag with the group in force to `imposto`; when no group is in force
 // they add nothing. 1; -1 when a required value of the group is missing.

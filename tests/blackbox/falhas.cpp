@@ -206,6 +206,31 @@ TEST(MorteNoEncerramento, documento_e_numeracao_andam_juntos) {
     }
 }
 
+// A committed document that cannot take its place, or cannot be read, must wait until it can.
+TEST(EnvioQueEspera, nada_o_sobrescreve_nem_o_apaga) {
+    Caixa caixa;
+    for (const Passo passo : kPassos)
+        ASSERT_EQ(passo(caixa), ZEL_OK);
+    const std::string nome = caixa.diretorio() + "documentosEnvio.xml", espera = nome + ".tmp";
+    fs::remove(nome);
+    fs::create_directory(nome); // no file can be renamed over it
+    // The parameters of a substitution are in place: there is no way back from that.
+    ASSERT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(3, nullptr), ZEL_OK);
+    const std::string chave = caixa.config("NFCE\\ChaveDeAcesso");
+    EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(1, nullptr), -52);
+    EXPECT_EQ(caixa.config("NFCE\\ChaveDeAcesso"), chave);
+    ASSERT_TRUE(fs::exists(espera));
+    fs::remove(nome);
+    caixa.reiniciar();
+    EXPECT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
+    EXPECT_NE(caixa.lerArquivo("documentosEnvio.xml").find(chave), std::string::npos);
+
+    fs::create_symlink("documentosEnvio.xml.tmp", espera); // a loop: unreadable, also for root
+    caixa.reiniciar();
+    EXPECT_EQ(caixa->tCFInutilizar_ZEL("1", "2", "1", "x"), -52);
+    EXPECT_TRUE(fs::is_symlink(espera));
+}
+
 TEST(EstadoDoAplicativo, nao_e_tocado_sem_restos) {
     Caixa caixa;
     ASSERT_EQ(abrir(caixa), ZEL_OK);
