@@ -13,3 +13,8 @@ if(ZEL_SANITIZE)
         -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(zel_opcoes INTERFACE -fsanitize=address,undefined)
 endif()
+if(ZEL_FUZZ)
+    # The libraries tell the fuzzer where they have been; only the targets link its main.
+    target_compile_options(zel_opcoes INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(zel_opcoes INTERFACE -fsanitize=fuzzer-no-link)
+endif()

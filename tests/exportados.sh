@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # What the shared object shows to the loader: exactly the 47 functions of the header, so that nothing
-# of ours collides with an application's names, and no library that a till would have to install.
+# of ours collides with an application's names, no library that a till would have to install, and no
+# file function that the fault tests do not stand in for (tools/disco/Vigia.cpp).
 #   exportados.sh LIBRARY HEADER
 set -euo pipefail
 falhar() { echo "$1" >&2; exit 1; }
@@ -14,4 +15,8 @@ prometidas='^(libc|libm|libstdc\+\+|libgcc_s|ld-linux.*|libnettle|libhpdf.*|lib(
 for precisa in $(readelf -d "$1" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'); do
     [[ $precisa =~ $prometidas || $precisa == libhpdf-* ]] || falhar "needs $precisa"
 done
+passam='openat|creat|fopen|freopen|fdopen|fputs|fprintf|writev|pwritev|sendfile|copy_file_range'
+passam+='|truncate|renameat|linkat|unlinkat|remove|symlink|mkdir|rmdir|mknod|chmod|chown|mmap|msync'
+escapam=$(nm -D --undefined-only "$1" | awk '{print $NF}' | grep -E "^($passam)(64)?(@|$)" || true)
+[[ -z $escapam ]] || falhar "file functions that no test can refuse: $escapam"
 echo "47 exports, no library beyond the promised ones"

@@ -129,8 +129,10 @@ int alterarConfig(std::span<const Alteracao> alteracoes) {
     ValoresConfig valores = registro.valores;
     for (const Alteracao &alteracao : cortadas)
         valores.definir(alteracao.chave, alteracao.valor);
-    if (*texto != *registro.arquivo)
-        if (const int codigo = gravar(*texto); codigo != ZEL_OK) return codigo;
+    // Most changes are one digit: the receipt state.
+    int codigo = alterarNoLugar(caminhoArquivo(), *registro.arquivo, *texto);
+    if (codigo == ZEL_RECUSADO) codigo = gravar(*texto);
+    if (codigo != ZEL_OK) return codigo;
     registro.valores = std::move(valores);
     registro.arquivo = std::move(*texto);
     return ZEL_OK;

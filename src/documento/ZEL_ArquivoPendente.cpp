@@ -19,68 +19,89 @@ std::string ArquivoPendente::caminhoPendente() const {
     return fnConfigurarPath(nomePendente_);
 }
 
-int ArquivoPendente::confirmar(std::string_view conteudo, std::span<const Alteracao> alteracoes,
-                               ArquivoPendente *segundo) {
-    const auto abandonarTodos = [&] {
-        abandonar();
-        if (segundo != nullptr) segundo->abandonar();
-    };
-    const std::vector<Alteracao> anteriores = valoresAtuais(alteracoes);
-    if (preparar(conteudo) != ZEL_OK) {
-        // What an earlier change left waiting is not this one's to drop.
-        if (segundo != nullptr) segundo->abandonar();
-        return ZEL_ARQUIVO_INDISPONIVEL;
-    }
-    if (const int resultado = alterarConfig(alteracoes); resultado != ZEL_OK) {
-        abandonarTodos();
-        return resultado;
-    }
-    // The saved configuration is the commit. Memory running out behind it undoes nothing.
-    try {
-        const bool segundoPronto = segundo != nullptr && segundo->concluir() == ZEL_OK;
-        if ((segundo == nullptr || segundoPronto) && concluir() == ZEL_OK) return ZEL_OK;
-        if (!segundoPronto && alterarConfig(anteriores) == ZEL_OK) {
-            abandonarTodos();
-            return ZEL_ARQUIVO_INDISPONIVEL;
-        }
-    } catch (...) {
-    }
-    // The new configuration stands on disk beside the content that belongs to it: the change has
-    // happened, and the next save or the next process puts the file in place.
-    if (resto_ == Resto::kNada) resto_ = Resto::kConfirmado;
-    return ZEL_OK;
-}
-
-int ArquivoPendente::preparar(std::string_view conteudo) {
-    if (limpar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
-    return substituirArquivo(caminhoPendente(), conteudo, acesso_);
-}
-
 Leitura ArquivoPendente::lerPendente(std::string &conteudo) const {
     return lerArquivo(caminhoPendente(), conteudo);
 }
 
-int ArquivoPendente::concluir() {
-    resto_ = Resto::kConfirmado;
-    limpar();
-    // Once renamed, the file is as good as in place: should power fail before the directory is
-    // flushed, the waiting name comes back and the next process puts it in place again.
+int ArquivoPendente::tomarLugar() {
+    if (resto_ == Resto::kConfirmado && renomearArquivo(caminhoPendente(), caminho()) == ZEL_OK)
+        resto_ = Resto::kADescarregar;
     return resto_ == Resto::kConfirmado ? ZEL_ARQUIVO_INDISPONIVEL : ZEL_OK;
-}
-
-void ArquivoPendente::abandonar() {
-    resto_ = Resto::kAbandonado;
-    limpar();
 }
 
 int ArquivoPendente::limpar() {
     if (resto_ == Resto::kAbandonado && removerArquivo(caminhoPendente()) == ZEL_OK)
         resto_ = Resto::kNada;
-    if (resto_ == Resto::kConfirmado && renomearArquivo(caminhoPendente(), caminho()) == ZEL_OK)
-        resto_ = Resto::kADescarregar;
+    tomarLugar();
     if (resto_ == Resto::kADescarregar && descarregarDiretorio(caminho()) == ZEL_OK)
         resto_ = Resto::kNada;
     return resto_ == Resto::kNada ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+}
+
+int ArquivoPendente::escrever(std::string_view conteudo) {
+    // Dropped, unless the configuration that belongs to it is saved.
+    resto_ = Resto::kAbandonado;
+    return escreverArquivo(caminhoPendente(), conteudo, acesso_);
+}
+
+int ArquivoPendente::escreverTodos(std::span<const Espera> esperas) {
+    for (const Espera &espera : esperas)
+        if (espera.arquivo.escrever(espera.conteudo) != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    return descarregarDiretorio(fnConfigurarPath(""));
+}
+
+void ArquivoPendente::concluirTodos(std::span<const Espera> esperas) {
+    // What hinders it once may not hinder it twice.
+    constexpr int kTentativas = 2;
+    for (int tentativa = 0; tentativa < kTentativas; ++tentativa) {
+        for (const Espera &espera : esperas) {
+            const int lugar =
+                espera.julgadoPeloSeguinte ? espera.arquivo.limpar() : espera.arquivo.tomarLugar();
+            if (lugar != ZEL_OK) break;
+        }
+        if (descarregarDiretorio(fnConfigurarPath("")) != ZEL_OK) continue;
+        bool todos = true;
+        for (const Espera &espera : esperas) {
+            if (espera.arquivo.resto_ == Resto::kADescarregar) espera.arquivo.resto_ = Resto::kNada;
+            todos = todos && espera.arquivo.resto_ == Resto::kNada;
+        }
+        if (todos) return;
+    }
+}
+
+void ArquivoPendente::julgarTodos(std::span<const Espera> esperas, Resto resto) {
+    for (const Espera &espera : esperas) {
+        espera.arquivo.resto_ = resto;
+        if (resto == Resto::kAbandonado) espera.arquivo.limpar();
+    }
+}
+
+int confirmarJuntos(std::span<const Espera> esperas, std::span<const Alteracao> alteracoes) {
+    using Resto = ArquivoPendente::Resto;
+    // What an earlier change left waiting is not this one's to drop.
+    for (const Espera &espera : esperas)
+        if (espera.arquivo.limpar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+
+    const std::vector<Alteracao> anteriores = valoresAtuais(alteracoes);
+    int resultado = ArquivoPendente::escreverTodos(esperas);
+    if (resultado == ZEL_OK) resultado = alterarConfig(alteracoes);
+    if (resultado != ZEL_OK) {
+        ArquivoPendente::julgarTodos(esperas, Resto::kAbandonado);
+        return resultado;
+    }
+    // The saved configuration is the commit. Memory running out behind it undoes nothing.
+    ArquivoPendente::julgarTodos(esperas, Resto::kConfirmado);
+    try {
+        if (esperas.front().arquivo.tomarLugar() != ZEL_OK && alterarConfig(anteriores) == ZEL_OK) {
+            ArquivoPendente::julgarTodos(esperas, Resto::kAbandonado);
+            return ZEL_ARQUIVO_INDISPONIVEL;
+        }
+        ArquivoPendente::concluirTodos(esperas);
+    } catch (...) {
+    }
+    // The new configuration stands on disk beside the content that belongs to it: the change has
+    // happened, and the next save or the next process puts in place what is not.
+    return ZEL_OK;
 }
 
 } // namespace zel

@@ -19,6 +19,8 @@ namespace zel {
 // The values that the changed keys hold now, for putting them back.
 std::vector<Alteracao> valoresAtuais(std::span<const Alteracao> alteracoes);
 
+struct Espera;
+
 class ArquivoPendente {
 public:
     // File names in the data directory.
@@ -26,15 +28,6 @@ public:
         : nome_(nome), nomePendente_(nomePendente), acesso_(acesso) {}
 
     std::string caminho() const;
-
-    // Changes file and configuration together. A second file, prepared before, goes with them: it
-    // is put in place first, so that a later process can judge it by this one. 1; -1, -40, -52 with
-    // all of it as it was.
-    int confirmar(std::string_view conteudo, std::span<const Alteracao> alteracoes,
-                  ArquivoPendente *segundo = nullptr);
-
-    // Writes the waiting content. 1 or -52.
-    int preparar(std::string_view conteudo);
 
     Leitura lerPendente(std::string &conteudo) const;
 
@@ -64,18 +57,36 @@ public:
     }
 
 private:
+    friend int confirmarJuntos(std::span<const Espera> esperas,
+                               std::span<const Alteracao> alteracoes);
+
     // What is left to do: find out, drop the waiting file, put it in place, flush the directory
     // behind that.
     enum class Resto { kNada, kDesconhecido, kAbandonado, kConfirmado, kADescarregar };
 
     std::string caminhoPendente() const;
-    int concluir();
-    void abandonar();
+    int escrever(std::string_view conteudo);
+    int tomarLugar();
+    static int escreverTodos(std::span<const Espera> esperas);
+    static void concluirTodos(std::span<const Espera> esperas);
+    static void julgarTodos(std::span<const Espera> esperas, Resto resto);
 
     std::string_view nome_;
     std::string_view nomePendente_;
     Acesso acesso_;
     Resto resto_ = Resto::kNada;
 };
+
+// A file and what it is to hold.
+struct Espera {
+    ArquivoPendente &arquivo;
+    std::string_view conteudo;
+    // A later process judges it by the next one of the commit: in place before that one is.
+    bool julgadoPeloSeguinte = false;
+};
+
+// Changes files and configuration together; the files take their places in the order given. 1; -1,
+// -40, -52 with all of it as it was.
+int confirmarJuntos(std::span<const Espera> esperas, std::span<const Alteracao> alteracoes);
 
 } // namespace zel

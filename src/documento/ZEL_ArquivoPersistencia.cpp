@@ -1,7 +1,6 @@
 #include "documento/ZEL_ArquivoPersistencia.h"
 
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_ArquivoPendente.h"
 #include "documento/ZEL_Controle.h"
 #include "documento/ZEL_Parser.h"
 #include "documento/ZEL_Persistencia.h"
@@ -11,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 namespace zel {
 
@@ -41,7 +41,11 @@ void escreverRegistro(std::string &texto, Secao secao, const ST_tagZEL &raiz) {
     const auto tipo = std::find(kSecaoDoTipo.begin(), kSecaoDoTipo.end(), secao);
     texto += formatarInteiro(tipo - kSecaoDoTipo.begin() + 1, 2);
     texto += '|';
-    if (ehLista(secao)) texto.append(raiz.valor.value_or("")) += '|';
+    if (ehLista(secao)) {
+        // A damaged payment's number was read together with what stood behind it.
+        const std::string_view numero = raiz.valor ? std::string_view(*raiz.valor) : "";
+        texto.append(numero.substr(0, numero.find('|'))) += '|';
+    }
     raiz.escreverEstrutura(texto);
     texto += "\r\n";
 }
@@ -51,7 +55,7 @@ std::string escreverDocumento(const ST_PersitenceXML_ZEL &documento) {
     const auto uma = [&](Secao secao, const std::optional<ST_tagZEL> &raiz) {
         if (raiz) escreverRegistro(texto, secao, *raiz);
     };
-    const auto lista = [&](Secao secao, const std::optional<std::deque<ST_tagZEL>> &raizes) {
+    const auto lista = [&](Secao secao, const std::optional<std::vector<ST_tagZEL>> &raizes) {
         if (raizes)
             for (const ST_tagZEL &raiz : *raizes)
                 escreverRegistro(texto, secao, raiz);
@@ -104,7 +108,8 @@ int lerRegistro(ST_PersitenceXML_ZEL &documento, std::string_view linha) {
 }
 
 // The receipt state that belongs to the records of a waiting file; none when they are damaged.
-// Only a payment that completes the total is committed with its state.
+// Only a payment that completes the total is committed with its state, and a closing section with
+// the issued document.
 std::optional<int> estadoDosRegistros(std::string_view texto) {
     int estado = kAberto;
     std::size_t inteiro = 0;
@@ -114,6 +119,7 @@ std::optional<int> estadoDosRegistros(std::string_view texto) {
         if (*secao == Secao::kVenda) estado = std::max<int>(estado, kVendendo);
         if (*secao == Secao::kTotalizacao) estado = std::max<int>(estado, kTotalizado);
         if (*secao == Secao::kPagamento) estado = std::max<int>(estado, kPagamento);
+        if (*secao == Secao::kEncerramento) estado = kEncerrado;
         return static_cast<int>(ZEL_OK);
     });
     if (resultado != ZEL_OK || inteiro != texto.size()) return {};
@@ -144,6 +150,10 @@ bool ehUltimoRegistro(Secao secao) {
 
 } // namespace
 
+bool fnEstruturaLida_ZEL() {
+    return arquivo.lido;
+}
+
 int fnPersistEstrutura_ZEL() {
     if (!arquivo.lido || prepararGravacao() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
     const std::string texto = escreverDocumento(G_stXML_Persistencia);
@@ -168,11 +178,14 @@ int fnPersistUltimo_ZEL(Secao secao) {
     return resultado;
 }
 
-int fnPersistComConfig_ZEL(std::span<const Alteracao> alteracoes) {
-    if (prepararGravacao() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+int fnPersistComConfig_ZEL(std::span<const Alteracao> alteracoes, std::span<const Espera> outros) {
+    if (!arquivo.lido || prepararGravacao() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
     const std::string texto = escreverDocumento(G_stXML_Persistencia);
-    const int resultado = persistencia.confirmar(texto, alteracoes);
-    if (resultado == ZEL_OK) arquivo = {.lido = true, .tamanho = texto.size()};
+    // Others wait for theirs; the document in progress is in memory until the next save.
+    std::vector<Espera> esperas(outros.begin(), outros.end());
+    esperas.push_back({persistencia, texto});
+    const int resultado = confirmarJuntos(esperas, alteracoes);
+    if (resultado == ZEL_OK) arquivo.tamanho = texto.size();
     return resultado;
 }
 

@@ -8,11 +8,16 @@
 
 #include "config/Registro.h"
 #include "documento/Secao.h"
+#include "documento/ZEL_ArquivoPendente.h"
 
 #include <span>
 #include <string_view>
 
 namespace zel {
+
+// Whether what is in memory is the whole document: false while its file could not be read. Until
+// then nothing is written over it.
+bool fnEstruturaLida_ZEL();
 
 // Writes the document whole in the place of the file. 1, or -52 with the old file whole. A file
 // that was found damaged is first kept beside as ArqPersist.bin.danificado.
@@ -22,12 +27,14 @@ int fnPersistEstrutura_ZEL();
 // item 999 costs what the first one did; otherwise the whole document. 1 or -52.
 int fnPersistUltimo_ZEL(Secao secao);
 
-// Commits the document together with a change of the receipt state: the complete new records wait
-// in ArqPersist.tmp while the configuration is saved, then take the file's place. A process that
-// dies in between leaves both files; the next one completes the change when the configuration holds
-// the state that belongs to the waiting records and drops them otherwise. `alteracoes` must change
-// the state. 1; -40 or -52 with file and configuration as before.
-int fnPersistComConfig_ZEL(std::span<const Alteracao> alteracoes);
+// Commits the document together with a change of the receipt state, and with `outros` files that
+// belong to it: the complete new records wait in ArqPersist.tmp while the configuration is saved,
+// then take the file's place. A process that dies in between leaves both files; the next one
+// completes the change when the configuration holds the state that belongs to the waiting records
+// and drops them otherwise. `alteracoes` must change the state. 1; -40 or -52 with files and
+// configuration as before.
+int fnPersistComConfig_ZEL(std::span<const Alteracao> alteracoes,
+                           std::span<const Espera> outros = {});
 
 // Reads the document back into G_stXML_Persistencia, from ArqPersist.bin or, when there is none,
 // ArqPersist.tmp, after settling a commit that a dead process left. A torn last record is dropped.

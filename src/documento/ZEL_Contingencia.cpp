@@ -25,7 +25,7 @@ int fnGerarXMLContingencia(int tipo, std::string &texto) {
         parametros = "<SubstituirDocumento><nNF>" + numero(R"(IDE\nNF)"_chave) + "</nNF><serie>" +
                      numero(R"(IDE\Serie)"_chave) + "</serie></SubstituirDocumento>";
     }
-    const int resultado = fnXMLFormatado_ZEL(tipo, texto, {}, parametros);
+    const int resultado = fnXMLFormatado_ZEL(tipo, texto, {.parametros = parametros});
     return resultado == 0 ? int{ZEL_RECUSADO} : resultado;
 }
 

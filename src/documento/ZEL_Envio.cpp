@@ -2,8 +2,11 @@
 
 #include "ZEL_FelborFramework.h"
 #include "documento/ZEL_ArquivoPendente.h"
+#include "documento/ZEL_ArquivoPersistencia.h"
 #include "util/Diretorio.h"
 #include "util/Numero.h"
+
+#include <vector>
 
 namespace zel {
 
@@ -27,11 +30,12 @@ int fnCriarArquivoEnvio(std::string_view nome, std::string_view texto) {
     return substituirArquivo(fnConfigurarPath(nome), texto, Acesso::kUmask);
 }
 
-int fnGravarDocumento_ZEL(std::string_view documento, std::span<const Alteracao> alteracoes,
-                          std::string_view parametros) {
-    if (parametros.empty()) return envio.confirmar(documento, alteracoes);
-    if (parametrosDoEnvio.preparar(parametros) != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
-    return envio.confirmar(documento, alteracoes, &parametrosDoEnvio);
+int fnGravarDocumento_ZEL(std::string_view documento, const JuntoDoDocumento &junto) {
+    std::vector<Espera> esperas;
+    if (!junto.parametros.empty()) esperas.push_back({parametrosDoEnvio, junto.parametros, true});
+    esperas.push_back({envio, documento});
+    return junto.estrutura ? fnPersistComConfig_ZEL(junto.alteracoes, esperas)
+                           : confirmarJuntos(esperas, junto.alteracoes);
 }
 
 void fnGuardarHistorico_ZEL(TipoCopia tipo, std::string_view texto) noexcept {

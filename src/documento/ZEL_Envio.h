@@ -16,11 +16,16 @@ inline constexpr std::string_view kArquivoParametros = "parametrosEnvio.xml";
 // Replaces a file of the data directory whole. 1 or -52.
 int fnCriarArquivoEnvio(std::string_view nome, std::string_view texto);
 
-// Writes an issued document to documentosEnvio.xml together with the configuration that belongs to
-// it, which must hold its key, and with parametrosEnvio.xml when `parametros` is not empty: either
-// all of it changes or nothing does, also when the process dies. 1; -40 or -52.
-int fnGravarDocumento_ZEL(std::string_view documento, std::span<const Alteracao> alteracoes,
-                          std::string_view parametros);
+// What is committed together with an issued document.
+struct JuntoDoDocumento {
+    std::span<const Alteracao> alteracoes{}; // configuration; must hold the document's key
+    std::string_view parametros{};           // of parametrosEnvio.xml; empty leaves it alone
+    bool estrutura = false; // the document in progress, too; the state must change with it
+};
+
+// Writes an issued document to documentosEnvio.xml: either all of it changes or nothing does, also
+// when the process dies. 1; -40 or -52.
+int fnGravarDocumento_ZEL(std::string_view documento, const JuntoDoDocumento &junto);
 
 // Keeps a history copy of a sent text in the directories of "CONFIGURACAO\PathXMLEnvio". A copy
 // that cannot be written fails nothing.

@@ -3,7 +3,6 @@
 #include "ZEL_FelborFramework.h"
 #include "documento/ZEL_ArquivoPendente.h"
 #include "documento/ZEL_Cabecalho.h"
-#include "documento/ZEL_Envio.h"
 #include "documento/ZEL_Persistencia.h"
 #include "util/Acentuacao.h"
 #include "util/Cripto.h"
@@ -61,11 +60,11 @@ std::vector<Alteracao> doUltimoDocumento(const Cabecalho &cabecalho) {
 }
 
 int gravarEnvio(const Cabecalho &cabecalho, std::string documento, std::string &texto,
-                std::span<const Alteracao> alteracoes, std::string_view parametros) {
+                JuntoDoDocumento junto) {
     std::vector<Alteracao> todas = doUltimoDocumento(cabecalho);
-    todas.insert(todas.end(), alteracoes.begin(), alteracoes.end());
-    if (const int resultado = fnGravarDocumento_ZEL(documento, todas, parametros);
-        resultado != ZEL_OK)
+    todas.insert(todas.end(), junto.alteracoes.begin(), junto.alteracoes.end());
+    junto.alteracoes = todas;
+    if (const int resultado = fnGravarDocumento_ZEL(documento, junto); resultado != ZEL_OK)
         return resultado;
     fnGuardarHistorico_ZEL(TipoCopia::kNFCe, documento);
     texto = std::move(documento);
@@ -93,8 +92,7 @@ int gravarContingencia(const Cabecalho &cabecalho, const std::string &documento,
 
 } // namespace
 
-int fnXMLFormatado_ZEL(int tipo, std::string &texto, std::span<const Alteracao> alteracoes,
-                       std::string_view parametros) {
+int fnXMLFormatado_ZEL(int tipo, std::string &texto, const JuntoDoDocumento &junto) {
     if (tipo == kContingencia && separarDiretorios(texto).empty()) return ZEL_RECUSADO;
     Cabecalho cabecalho;
     if (const int resultado = cabecalhoZEL(tipo, std::time(nullptr), cabecalho);
@@ -107,7 +105,7 @@ int fnXMLFormatado_ZEL(int tipo, std::string &texto, std::span<const Alteracao> 
     }
     documento = fnAdequarCaracteres(documento);
     if (tipo == kContingencia) return gravarContingencia(cabecalho, documento, texto);
-    return gravarEnvio(cabecalho, std::move(documento), texto, alteracoes, parametros);
+    return gravarEnvio(cabecalho, std::move(documento), texto, junto);
 }
 
 } // namespace zel

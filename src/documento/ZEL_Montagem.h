@@ -3,9 +3,8 @@
 // directories given. Leaves the receipt state to the closing operation.
 #pragma once
 
-#include "config/Registro.h"
+#include "documento/ZEL_Envio.h"
 
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -14,12 +13,10 @@ namespace zel {
 // Builds and writes the document in progress as kind `tipo` (ZEL_Cabecalho.h). `texto` carries the
 // target directories of kind 4 on entry ("dirA/|dirB/", at most three of 300 characters, each with
 // its own separator at the end), and on success the path last written (kind 4) or the document.
-// `alteracoes` are saved, and `parametros` written to parametrosEnvio.xml unless empty, in the same
-// step as number, code and key (not for kind 4).
+// What goes `junto` is saved in the same step as number, code and key (not for kind 4).
 // 1; 0 an unknown kind; -1 kind 2, a section that is missing, a number or key that cannot be built,
 // kind 4 without a directory; -40, -52. A document refused for a missing section has still consumed
 // its number and numeric code; otherwise a failure leaves everything as it was.
-int fnXMLFormatado_ZEL(int tipo, std::string &texto, std::span<const Alteracao> alteracoes = {},
-                       std::string_view parametros = {});
+int fnXMLFormatado_ZEL(int tipo, std::string &texto, const JuntoDoDocumento &junto);
 
 } // namespace zel

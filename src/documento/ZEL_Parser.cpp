@@ -94,16 +94,22 @@ int lerElemento(ST_tagZEL &no, std::string_view texto, std::size_t &posicao, int
     bool vazio = false;
     if (const int lido = lerInicio(no, texto, posicao, vazio); lido != ZEL_OK) return lido;
     if (vazio) return ZEL_OK;
-    std::string coletado;
+    std::string coletado; // where children part it
+    std::string_view trecho;
     while (true) {
         const std::size_t inicio = posicao + 1;
         posicao = texto.find('<', inicio);
         if (posicao == texto.npos) return ZEL_RECUSADO;
-        coletado.append(texto.substr(inicio, posicao - inicio));
+        trecho = texto.substr(inicio, posicao - inicio);
         if (texto.substr(posicao + 1).starts_with('/')) break;
+        coletado.append(trecho);
         if (const int lido = lerFilho(no, texto, posicao, nivel + 1); lido != ZEL_OK) return lido;
     }
-    no.setValor(coletado.size() > kMaximoTexto ? cortarXml(coletado, kMaximoTexto) : coletado);
+    if (!coletado.empty()) trecho = coletado.append(trecho);
+    if (trecho.size() > kMaximoTexto)
+        no.setValor(cortarXml(trecho, kMaximoTexto));
+    else
+        no.setValor(trecho);
     return lerFim(no, texto, posicao);
 }
 

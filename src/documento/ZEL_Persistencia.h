@@ -6,9 +6,9 @@
 #include "documento/Secao.h"
 #include "documento/ZEL_Tag.h"
 
-#include <deque>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace zel {
 
@@ -18,9 +18,11 @@ inline constexpr int kMaximoItens = 999;
 // sequence number, as decimal text.
 struct ST_PersitenceXML_ZEL {
     std::optional<ST_tagZEL> abertura;
-    std::optional<std::deque<ST_tagZEL>> vendas; // none until a first section is stored
+    // None until a first section is stored; then with room for every item there can be, so that no
+    // sale moves those before it.
+    std::optional<std::vector<ST_tagZEL>> vendas;
     std::optional<ST_tagZEL> totalizacao;
-    std::optional<std::deque<ST_tagZEL>> pagamentos; // none until a first section is stored
+    std::optional<std::vector<ST_tagZEL>> pagamentos; // none until a first section is stored
     std::optional<ST_tagZEL> encerramento;
     std::optional<ST_tagZEL> transporte;
 

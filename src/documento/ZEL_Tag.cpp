@@ -38,15 +38,18 @@ void escreverPropriedade(std::string &texto, const ST_tagXMLPropriedade &proprie
 // The start tag; `herdada` is an attribute of the parent that goes in front of the node's own.
 void escreverInicio(std::string &texto, const ST_tagZEL &no,
                     const ST_tagXMLPropriedade *herdada = nullptr) {
-    texto.append("<").append(no.nome);
+    texto += '<';
+    texto += no.nome;
     if (herdada != nullptr) escreverPropriedade(texto, *herdada);
     for (const auto &propriedade : no.propriedades)
         escreverPropriedade(texto, propriedade);
-    texto.append(">");
+    texto += '>';
 }
 
 void escreverFim(std::string &texto, const ST_tagZEL &no) {
-    texto.append("</").append(no.nome).append(">");
+    texto += "</";
+    texto += no.nome;
+    texto += '>';
 }
 
 void escreverIndentado(std::string &texto, const ST_tagZEL &no, std::size_t nivel) {

@@ -26,6 +26,9 @@ constexpr int kNaoLido = 0;
 
 constexpr std::size_t kTamanhoPrefixoId = 3; // "NFe"
 constexpr std::size_t kTamanhoCNPJ = 14;
+// No value of a document has more than 15 characters. A file of somebody else's with hundreds of
+// digits must not outgrow the buffer that the caller was told to bring.
+constexpr double kMaiorValor = 1e15;
 
 constexpr std::string_view kSeparadorCancelamento =
     "------------------------------------------------\r\n";
@@ -37,7 +40,7 @@ void guardar(Texto &destino, std::string_view valor) {
 }
 
 void guardar(double &destino, std::string_view valor) {
-    destino = lerDecimal(valor);
+    destino = std::clamp(lerDecimal(valor), -kMaiorValor, kMaiorValor);
 }
 
 void guardar(std::int32_t &destino, std::string_view valor) {

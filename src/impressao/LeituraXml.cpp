@@ -65,9 +65,10 @@ std::string decodificar(std::string_view valor) {
 
 // Does a start or end tag of that name begin at the text's "<"?
 bool ehTag(std::string_view tag, std::string_view nome) {
-    tag.remove_prefix(tag.starts_with("</") ? 2 : 1);
+    tag.remove_prefix(tag.size() > 1 && tag[1] == '/' ? 2 : 1);
     constexpr std::string_view kFimDoNome = " \t\r\n/>";
-    return tag.starts_with(nome) && tag.size() > nome.size() &&
+    // Of the many tags of a document most begin with another letter.
+    return tag.size() > nome.size() && tag.front() == nome.front() && tag.starts_with(nome) &&
            kFimDoNome.find(tag[nome.size()]) != kFimDoNome.npos;
 }
 

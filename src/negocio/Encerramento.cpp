@@ -58,21 +58,6 @@ std::string montarEncerramento(std::string_view infAdFisco, std::string_view inf
     return infAdic.subTags ? infAdic.toString() : std::string{};
 }
 
-// Puts the closing section, and a transport section where there is none, into the document.
-int guardarSecoes(ST_tagZEL encerramento) {
-    ST_PersitenceXML_ZEL &documento = G_stXML_Persistencia;
-    return desfazendoNaFalha(documento.transporte, [&] {
-        if (!documento.transporte) {
-            const int resultado = adicionarTransporte(kSemTransporte);
-            if (resultado != ZEL_OK) return resultado;
-        }
-        return desfazendoNaFalha(documento.encerramento, [&] {
-            documento.fnAdicionarTagZEL(Secao::kEncerramento, std::move(encerramento));
-            return fnPersistEstrutura_ZEL();
-        });
-    });
-}
-
 } // namespace
 
 int fnCFEncerrar_ZEL_Felbor(std::string_view infoConsumidor) {
@@ -94,15 +79,27 @@ int fnCFEncerrarConfigMsg_ZEL_Felbor(std::string_view infoConsumidor, std::strin
 }
 
 int fnCFeEncerrarTAG_ZEL(std::string_view texto) {
+    // A document that is not whole would be refused, and a number lost.
+    if (!fnEstruturaLida_ZEL()) return ZEL_ARQUIVO_INDISPONIVEL;
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kEncerramento));
     if (!texto.empty()) {
         const int resultado = fnVerificarFormatarTAG_ZEL(Secao::kEncerramento, texto, raiz);
         if (resultado != ZEL_OK) return resultado;
     }
-    if (const int resultado = guardarSecoes(std::move(raiz)); resultado != ZEL_OK) return resultado;
-    const Alteracao estado = alteracaoEstado(kEncerrado);
-    std::string documento;
-    return fnXMLFormatado_ZEL(kNormal, documento, {&estado, 1});
+    ST_PersitenceXML_ZEL &documento = G_stXML_Persistencia;
+    return desfazendoNaFalha(documento.transporte, [&] {
+        if (!documento.transporte) {
+            const int resultado = adicionarTransporte(kSemTransporte);
+            if (resultado != ZEL_OK) return resultado;
+        }
+        return desfazendoNaFalha(documento.encerramento, [&] {
+            documento.fnAdicionarTagZEL(Secao::kEncerramento, std::move(raiz));
+            const Alteracao estado = alteracaoEstado(kEncerrado);
+            std::string emitido;
+            return fnXMLFormatado_ZEL(kNormal, emitido,
+                                      {.alteracoes = {&estado, 1}, .estrutura = true});
+        });
+    });
 }
 
 } // namespace zel

@@ -84,7 +84,7 @@ int fnCFEstornarPagamento_ZEL_Felbor(std::string_view forma, std::string_view no
     if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
     if (!G_stXML_Persistencia.pagamentos) return ZEL_SEM_LISTA;
 
-    std::deque<ST_tagZEL> &pagamentos = *G_stXML_Persistencia.pagamentos;
+    std::vector<ST_tagZEL> &pagamentos = *G_stXML_Persistencia.pagamentos;
     const std::string codigo = codigoDaForma(forma);
     const double troco = lerDecimal(valorConfig(kTroco));
     for (ST_tagZEL &pagamento : pagamentos) {

@@ -63,12 +63,16 @@ bool naoExiste() {
     return errno == ENOENT || errno == ENOTDIR;
 }
 
-bool escreverTudo(int fd, std::string_view conteudo) {
+// Writes at the place given, or behind what was written last.
+bool escreverTudo(int fd, std::string_view conteudo, std::optional<off_t> lugar = {}) {
     while (!conteudo.empty()) {
-        const ssize_t escritos =
-            insistir([&] { return ::write(fd, conteudo.data(), conteudo.size()); });
+        const ssize_t escritos = insistir([&] {
+            return lugar ? ::pwrite(fd, conteudo.data(), conteudo.size(), *lugar)
+                         : ::write(fd, conteudo.data(), conteudo.size());
+        });
         if (escritos <= 0) return false;
         conteudo.remove_prefix(static_cast<std::size_t>(escritos));
+        if (lugar) *lugar += escritos;
     }
     return true;
 }
@@ -118,11 +122,10 @@ bool tomarLugar(const std::string &de, const std::string &para) {
         if (existia) removerArquivo(trocados ? de : antigo);
         return true;
     }
-    if (trocados)
-        trocarDeLugar(de, para);
-    else
-        ::rename(existia ? antigo.c_str() : para.c_str(), existia ? para.c_str() : de.c_str());
-    return false;
+    // What cannot be taken back either has happened.
+    if (trocados) return !trocarDeLugar(de, para);
+    return ::rename(existia ? antigo.c_str() : para.c_str(), existia ? para.c_str() : de.c_str()) !=
+           0;
 }
 
 bool escreverNovo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
@@ -186,6 +189,15 @@ int substituirArquivo(const std::string &caminho, std::string_view conteudo, Ace
     return ZEL_ARQUIVO_INDISPONIVEL;
 }
 
+int escreverArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso) {
+    const std::string novo = caminho + ".novo";
+    removerArquivo(novo); // left by a process that died
+    if (escreverNovo(novo, conteudo, acesso, {}) && renomearArquivo(novo, caminho) == ZEL_OK)
+        return ZEL_OK;
+    removerArquivo(novo);
+    return ZEL_ARQUIVO_INDISPONIVEL;
+}
+
 int renomearArquivo(const std::string &de, const std::string &para) {
     return ::rename(de.c_str(), para.c_str()) == 0 ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
 }
@@ -204,6 +216,38 @@ bool existeArquivo(const std::string &caminho) {
     return situacao(caminho).has_value() || !naoExiste();
 }
 
+int alterarNoLugar(const std::string &caminho, std::string_view antes, std::string_view depois) {
+    constexpr std::size_t kSetor = 512;
+    if (antes.size() != depois.size()) return ZEL_RECUSADO;
+    const auto diferem = [&](std::size_t i) { return antes[i] != depois[i]; };
+    std::size_t inicio = 0, fim = antes.size();
+    while (inicio < fim && !diferem(inicio))
+        ++inicio;
+    if (inicio == fim) return ZEL_OK;
+    while (!diferem(fim - 1))
+        --fim;
+    if (inicio / kSetor != (fim - 1) / kSetor) return ZEL_RECUSADO;
+
+    const Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK);
+    struct stat dados {};
+    if (!arquivo.aberto() || ::fstat(arquivo.fd(), &dados) != 0 || !S_ISREG(dados.st_mode) ||
+        static_cast<std::size_t>(dados.st_size) != antes.size())
+        return ZEL_RECUSADO;
+    const auto escrever = [&](std::string_view texto) {
+        return escreverTudo(arquivo.fd(), texto.substr(inicio, fim - inicio),
+                            static_cast<off_t>(inicio));
+    };
+    const auto gravar = [&] { return insistir([&] { return ::fdatasync(arquivo.fd()); }) == 0; };
+    const bool inteiro = escrever(depois);
+    if (inteiro && gravar()) return ZEL_OK;
+    if (escrever(antes)) {
+        gravar();
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    }
+    // What cannot be taken back has happened.
+    return inteiro ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+}
+
 int acrescentarArquivo(const std::string &caminho, std::size_t tamanho, std::string_view conteudo) {
     const Descritor arquivo(caminho.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK);
     if (!arquivo.aberto()) return errno == ENOENT ? ZEL_RECUSADO : ZEL_ARQUIVO_INDISPONIVEL;
@@ -213,11 +257,15 @@ int acrescentarArquivo(const std::string &caminho, std::size_t tamanho, std::str
         return ZEL_RECUSADO;
 
     const auto gravar = [&] { return insistir([&] { return ::fdatasync(arquivo.fd()); }) == 0; };
-    if (escreverTudo(arquivo.fd(), conteudo) && gravar()) return ZEL_OK;
+    const bool inteiro = escreverTudo(arquivo.fd(), conteudo);
+    if (inteiro && gravar()) return ZEL_OK;
     // Half a record would be dropped by the next process, a whole one would come back to life.
-    if (insistir([&] { return ::ftruncate(arquivo.fd(), static_cast<off_t>(tamanho)); }) == 0)
+    if (insistir([&] { return ::ftruncate(arquivo.fd(), static_cast<off_t>(tamanho)); }) == 0) {
         gravar();
-    return ZEL_ARQUIVO_INDISPONIVEL;
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    }
+    // What cannot be taken back has happened.
+    return inteiro ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
 }
 
 } // namespace zel

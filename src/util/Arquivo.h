@@ -1,7 +1,9 @@
 // Every file call of the library stands in this room. A file is read whole, replaced whole or not
-// at all, or extended by one record; success means that the change is on the disk (written,
+// at all, changed within one sector, or extended by one record; success means that the change is on the disk (written,
 // flushed, renamed, directory flushed). Interrupted calls are repeated, errno is turned into a
-// return code once. The room knows nothing of what the files hold.
+// return code once. Should a disk that refuses to be flushed refuse the way back as well, the change
+// stands, and is answered as done: a refused sale must not come back to life with the next process.
+// The room knows nothing of what the files hold.
 #pragma once
 
 #include <cstddef>
@@ -25,6 +27,10 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo);
 // 1, or -52 with the old file whole.
 int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso);
 
+// The same for a file that no one relies on yet: the directory is left for the caller to flush, and
+// a file that was there before may be lost. 1 or -52.
+int escreverArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso);
+
 // Renames `de` over `para`, in one step. Whoever needs it flushed asks for that. 1, or -52 with
 // both as they were.
 int renomearArquivo(const std::string &de, const std::string &para);
@@ -37,6 +43,11 @@ int removerArquivo(const std::string &caminho);
 
 // False only when it is known that there is none.
 bool existeArquivo(const std::string &caminho);
+
+// Changes a file that holds `antes` into `depois` where it stands, when they are equally long and
+// differ within one sector only: a disk writes that whole or not at all, and no name changes. 1; -1
+// it cannot be done so; -52 it could not be written, and holds `antes` again.
+int alterarNoLugar(const std::string &caminho, std::string_view antes, std::string_view depois);
 
 // Appends `conteudo` to an existing file of exactly `tamanho` bytes and flushes it. 1; -1 there is
 // no such file of that size; -52 it could not be written, and was cut back to `tamanho`.

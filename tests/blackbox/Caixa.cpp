@@ -40,12 +40,6 @@ void trocarEntre(std::string &texto, std::string_view antes, char depois, std::s
 
 } // namespace
 
-Funcoes::Simbolo Funcoes::procurar(const char *nome) {
-    void *endereco = dlsym(biblioteca_, nome);
-    EXPECT_NE(endereco, nullptr) << nome << " is not exported";
-    return {endereco};
-}
-
 Caixa::Caixa() {
     // A developer's own till must not be touched.
     unsetenv("ZEL_DIRETORIO");

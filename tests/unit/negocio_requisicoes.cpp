@@ -109,11 +109,7 @@ TEST_F(Requisicoes, cancellation_is_of_the_document_named_or_else_closed_last) {
 }
 
 TEST_F(Requisicoes, failed_request_changes_nothing) {
-    fnDefinirEstadoCFe_ZEL(kVendendo);
     configurar(R"(CONFIGURACAO\PathXMLEnvio)", pasta / "copia_");
-    impedir("ZEL_Framework.xml");
-    EXPECT_EQ(fnCFCancelar_ZEL_Felbor("", "", "", "", ""), ZEL_ARQUIVO_INDISPONIVEL);
-    EXPECT_EQ(fnCFVerificarStatus_ZEL(), kVendendo);
     pasta.gravar("documentosEnvio.xml", "antigo");
     impedir("documentosEnvio.xml");
     EXPECT_EQ(fnCFCancelar_ZEL_Felbor("1", "1", kChave, "", ""), ZEL_ARQUIVO_INDISPONIVEL);

@@ -1,0 +1,55 @@
+// The floor: what the disk alone costs. For each operation of a receipt that must be durable it
+// writes the bytes which that operation changed, with one flush, and does nothing else.
+//
+// Which bytes: the receipt is issued once through the library, and after each operation the till's
+// files are compared with what they were. Of a file that only grew, the new tail counts (a sale:
+// its record); of a file that changed otherwise, the whole new content counts, for it can only be
+// replaced whole (an opening: record and configuration). An operation that changed nothing has no
+// flush. The floor then appends these bytes to one plain file that is opened once: per operation
+// one write and one fdatasync. No name changes, no directory is flushed, nothing is read: a library
+// that survives a crash at every moment cannot do as little.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+// The bytes of each durable operation of a receipt, in order, as the library leaves them in a till
+// below `base`.
+std::vector<std::string> gravacoesDoCupom(const std::filesystem::path &base, int itens);
+
+// The plain file, open while this lives.
+class Piso {
+public:
+    explicit Piso(const std::filesystem::path &base);
+    ~Piso();
+    Piso(const Piso &) = delete;
+    Piso &operator=(const Piso &) = delete;
+
+    void gravar(const std::vector<std::string> &gravacoes) const;
+
+private:
+    std::string caminho_;
+    int fd_;
+};
+
+// The system calls of one sale behind the first, bare: the configuration is opened, measured and
+// read (a change by another program must be seen), the document's file is opened, measured,
+// extended by the record and flushed. Files in a directory of its own.
+class ChamadasDeVenda {
+public:
+    // `registros`: the records of the sales to come; the document holds `documento` before them.
+    ChamadasDeVenda(const std::filesystem::path &base, const std::string &configuracao,
+                    const std::string &documento);
+    ~ChamadasDeVenda();
+    ChamadasDeVenda(const ChamadasDeVenda &) = delete;
+    ChamadasDeVenda &operator=(const ChamadasDeVenda &) = delete;
+
+    void vender(const std::string &registro);
+
+private:
+    std::string diretorio_;
+    std::string configuracao_;
+    std::string documento_;
+    std::vector<char> lido_;
+};

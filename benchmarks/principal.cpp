@@ -1,0 +1,41 @@
+// The benchmarks of the library, loaded as an application loads it, on a real file system and on
+// tmpfs in one run:
+//   zel_bench DIRECTORY_ON_DISK DIRECTORY_IN_MEMORY [Google Benchmark's own arguments]
+#include "Bancada.h"
+
+#include <iostream>
+#include <linux/magic.h>
+#include <sys/vfs.h>
+
+namespace {
+
+// A "disk" in memory would compare nothing.
+bool ehTmpfs(const char *diretorio) {
+    struct statfs dados {};
+    return statfs(diretorio, &dados) == 0 && dados.f_type == TMPFS_MAGIC;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    if (argc < 3) {
+        std::cerr << "usage: zel_bench DIRECTORY_ON_DISK DIRECTORY_IN_MEMORY [--benchmark_...]\n";
+        return 2;
+    }
+    if (ehTmpfs(argv[1]) || !ehTmpfs(argv[2])) {
+        std::cerr << argv[1] << " must be on a disk and " << argv[2] << " on tmpfs\n";
+        return 2;
+    }
+    for (const Base &base : {Base{"disco", argv[1], false}, Base{"memoria", argv[2], true}}) {
+        registrarOperacoes(base);
+        registrarCupons(base);
+    }
+    argc -= 2;
+    argv[2] = argv[0];
+    argv += 2;
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

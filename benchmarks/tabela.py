@@ -1,0 +1,196 @@
+#!/usr/bin/env python3
+"""Turns the results of one run into a Markdown table, with the goals beside the figures:
+
+    tabela.py BENCH.json VENDA.json PICO.json > bench.md
+
+Ends with 1 when a benchmark failed; a goal that is not reached is a result, not a failure.
+"""
+import json
+import sys
+
+OPERACOES = {
+    "abertura": "Abertura",
+    "venda_1": "Venda 1 (muda o estado)",
+    "venda_2": "Venda 2",
+    "venda_10": "Venda 10",
+    "venda_999": "Venda 999",
+    "desconto_item": "Desconto em item, de 10",
+    "desconto_item_de_999": "Desconto em item, de 999",
+    "cancelamento_parcial": "Cancelamento parcial de item, de 10",
+    "cancelamento_parcial_de_999": "Cancelamento parcial de item, de 999",
+    "cancelamento_item": "Cancelamento de item, de 10",
+    "totalizacao": "Totalização, 10 itens",
+    "totalizacao_rateio": "Totalização com rateio, 10 itens",
+    "totalizacao_999": "Totalização, 999 itens",
+    "totalizacao_rateio_999": "Totalização com rateio, 999 itens",
+    "pagamento_parte": "Pagamento parcial",
+    "pagamento": "Pagamento que completa o total",
+    "correcao_pagamento": "Correção de pagamento",
+    "encerramento": "Encerramento, 10 itens",
+    "contingencia_parametros": "Reemissão em contingência (tipo 3)",
+    "contingencia_arquivo": "Reemissão em contingência (tipo 4)",
+    "cancelamento_documento": "Pedido de cancelamento",
+    "cancelamento_offline": "Cancelamento sem conexão",
+    "inutilizacao": "Inutilização",
+    "consulta": "Consulta",
+    "estado": "Estado do cupom",
+    "informacao": "Informação estendida",
+    "config_leitura": "Leitura de um valor da configuração",
+    "config_alteracao": "Alteração de um valor da configuração",
+    "config_sem_mudanca": "Alteração para o mesmo valor",
+    "preset_icms": "ICMS do próximo item",
+    "preset_pis": "PIS do próximo item",
+    "url_qrcode": "Endereço do QR-code",
+    "ultimo_cupom": "Último cupom impresso",
+    "impressao/1": "Impressão em 48 colunas, 1 item",
+    "impressao/10": "Impressão em 48 colunas, 10 itens",
+    "impressao/100": "Impressão em 48 colunas, 100 itens",
+    "impressao/999": "Impressão em 48 colunas, 999 itens",
+    "pdf_danfe": "PDF do cupom, 10 itens",
+    "pdf_listagem": "PDF da listagem, 10 itens",
+    "criptografar": "Embaralhar um documento",
+    "descriptografar": "Desembaralhar um documento",
+    "carga/1": "Carga com cupom de 1 item em andamento",
+    "carga/999": "Carga com cupom de 999 itens em andamento",
+}
+BASES = ("disco", "memoria")
+
+
+def ler(caminho):
+    with open(caminho, encoding="utf-8") as arquivo:
+        return json.load(arquivo)
+
+
+def medianas(resultado):
+    """The median over the repetitions of each benchmark, by "base/name"."""
+    valores = {}
+    for medida in resultado["benchmarks"]:
+        if medida.get("error_occurred"):
+            sys.exit(f"{medida['name']}: {medida['error_message']}")
+        if medida.get("aggregate_name") == "median":
+            valores[medida["run_name"].split("/iterations:")[0]] = medida
+    return valores
+
+
+def numero(valor, casas=None):
+    """With a decimal comma and three significant digits, unless told how many decimals."""
+    if casas is None:
+        casas = 0 if valor >= 100 else 1 if valor >= 10 else 2
+    return f"{valor:,.{casas}f}".replace(",", " ").replace(".", ",")
+
+
+def us(segundos):
+    return numero(segundos * 1e6)
+
+
+def linha(*celulas):
+    print("| " + " | ".join(celulas) + " |")
+
+
+def cabecalho(*titulos):
+    linha(*titulos)
+    linha(*(["---"] + ["---:"] * (len(titulos) - 1)))
+
+
+def operacoes(valores):
+    print("\n## Cada operação\n")
+    cabecalho("Operação", "disco µs", "tmpfs µs", "processador µs", "bytes escritos")
+    for nome, titulo in OPERACOES.items():
+        disco, memoria = (valores[f"{base}/{nome}"] for base in BASES)
+        linha(titulo, us(disco["mediana"]), us(memoria["mediana"]), us(memoria["processador"]),
+              numero(memoria["escrito"], 0))
+    print("\nTempo por chamada (mediana); o processador, com as chamadas de sistema, em tmpfs.")
+
+
+def cupons(valores):
+    print("\n## Cupons inteiros e o piso\n")
+    print("O piso: um programa que, para o mesmo cupom, acrescenta a um arquivo comum, aberto uma\n"
+          "vez, os bytes que cada operação durável mudou (o que um arquivo cresceu; um arquivo que\n"
+          "mudou de outro modo, inteiro), com um `write` e um `fdatasync` por operação, e mais\n"
+          "nada. Biblioteca e piso são medidos alternadamente; a razão é a mediana dos pares.\n")
+    cabecalho("Cupom", "disco µs", "piso µs", "razão", "tmpfs µs", "piso µs", "razão",
+              "bytes escritos", "no piso")
+    for itens in (1, 10, 100, 999):
+        disco, memoria = (valores[f"{base}/cupom/{itens}"] for base in BASES)
+        celulas = []
+        for medida in (disco, memoria):
+            celulas += [us(medida["mediana"]), us(medida["par_mediana"]),
+                        numero(medida["razao"], 2)]
+        linha(f"{itens} itens" if itens > 1 else "1 item", *celulas,
+              numero(memoria["escrito"], 0), numero(memoria["par_escrito"], 0))
+
+
+def listar_metas(valores, venda):
+    """What is asked, the figure, its bound, and the unit."""
+    mem = lambda nome, campo="mediana": valores[f"memoria/{nome}"][campo]
+    linear = 999 / 100
+    carga = max(valores[f"{base}/carga/999"]["mediana"] for base in BASES)
+    return [
+        ("Cupom de 10 itens sobre o piso, em disco", valores["disco/cupom/10"]["razao"], 1.3, "×"),
+        ("Cupom de 10 itens sobre o piso, em tmpfs", mem("cupom/10", "razao"), 3, "×"),
+        ("Venda 999 sobre a venda 1, processador",
+         mem("venda_999", "processador") / mem("venda_1", "processador"), 1.5, "×"),
+        ("Venda 999 sobre a venda 1, bytes escritos",
+         mem("venda_999", "escrito") / mem("venda_1", "escrito"), 1.5, "×"),
+        ("Venda 999 sobre a venda 2 (nenhuma muda o estado), processador",
+         mem("venda_999", "processador") / mem("venda_2", "processador"), 1.5, "×"),
+        ("Venda 999 sobre a venda 2, bytes escritos",
+         mem("venda_999", "escrito") / mem("venda_2", "escrito"), 1.5, "×"),
+        ("Processador de uma venda além das suas chamadas de sistema",
+         mem("venda_seguida", "excesso") * 1e6, 25, "µs"),
+        ("Impressão de 999 itens sobre 9,99 vezes a de 100, processador",
+         mem("impressao/999", "processador") / (mem("impressao/100", "processador") * linear),
+         1.2, "×"),
+        ("Carga de um processo com cupom de 999 itens, a mais lenta", carga * 1e3, 10, "ms"),
+        ("Bytes alocados por venda, média das vendas 904 a 999 menos a das vendas 104 a 199",
+         venda["media_904_a_999"] - venda["media_104_a_199"], 1, "bytes"),
+        (f"Bytes alocados na venda que mais aloca (a {venda['maior_em']}) sobre os da venda 2",
+         venda["maior"] / venda["venda_2"], 1.5, "×"),
+    ]
+
+
+def metas(valores, venda):
+    print("\n## Metas\n")
+    linha("Meta", "medido", "no máximo", "")
+    linha("---", "---:", "---:", "---")
+    for titulo, medido, maximo, unidade in listar_metas(valores, venda):
+        casas = 0 if unidade == "bytes" else 2
+        linha(titulo, f"{numero(medido, casas)} {unidade}", f"{numero(maximo, casas)} {unidade}",
+              "atingida" if medido <= maximo else "**não atingida**")
+    print("\nA meta de 25 µs vale numa máquina em que montar um item do documento com a biblioteca\n"
+          "JavaScript que se usaria em lugar desta leva 33 µs; essa não é medida aqui.")
+
+
+def memoria(venda, pico):
+    print("\n## Memória\n")
+    itens = pico["itens"]
+    linha(f"Cupom de {itens} itens, da abertura ao texto impresso", "bytes", "por item")
+    linha("---", "---:", "---:")
+    for titulo, bytes_ in (
+            ("Documento", pico["documento"]),
+            ("Pico de `operator new` até o encerramento", pico["heap_emissao"]),
+            ("Pico de `operator new` na impressão", pico["heap_impressao"]),
+            ("Pico do processo (VmHWM) acima do de um cupom de 1 item",
+             pico["residente"])):
+        linha(titulo, numero(bytes_, 0), numero(bytes_ / itens, 0))
+    print(f"\nUma venda aloca, ao todo, {numero(venda['venda_2'], 0)} bytes (venda 2), "
+          f"{numero(venda['venda_999'], 0)} bytes (venda 999).")
+
+
+def main():
+    if len(sys.argv) != 4:
+        sys.exit(__doc__)
+    resultado, venda, pico = map(ler, sys.argv[1:])
+    valores = medianas(resultado)
+    contexto = resultado["context"]
+    print("# Medidas de uma execução\n")
+    print(f"{contexto['date'][:10]}, {contexto['num_cpus']} processadores de "
+          f"{contexto['mhz_per_cpu']} MHz. Tempos absolutos são desta máquina; valem as razões.")
+    metas(valores, venda)
+    cupons(valores)
+    operacoes(valores)
+    memoria(venda, pico)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,46 @@
+// What the fuzz targets share: a data directory of their own, which is the working directory too
+// and gone at the end, and the check of what must hold. Cerca.cpp keeps them inside it.
+#pragma once
+
+#include "unit/PastaTemporaria.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho);
+
+inline void exigir(bool vale) {
+    if (!vale) std::abort();
+}
+
+inline std::string_view textoDe(const std::uint8_t *dados, std::size_t tamanho) {
+    return {reinterpret_cast<const char *>(dados), tamanho};
+}
+
+// The first byte of the text as a number below `limite`; it is taken off.
+inline int tirarNumero(std::string_view &texto, int limite) {
+    if (texto.empty()) return 0;
+    const int numero = static_cast<unsigned char>(texto.front()) % limite;
+    texto.remove_prefix(1);
+    return numero;
+}
+
+// What stands before the first `separador`, which goes with it; everything when there is none.
+inline std::string_view tirarAte(std::string_view &texto, char separador) {
+    const std::string_view parte = texto.substr(0, texto.find(separador));
+    texto.remove_prefix(std::min(parte.size() + 1, texto.size()));
+    return parte;
+}
+
+class PastaDoAlvo : public PastaTemporaria {
+public:
+    PastaDoAlvo() {
+        exigir(::setenv("ZEL_DIRETORIO", (*this / "").c_str(), 1) == 0);
+        std::filesystem::current_path(*this / "");
+    }
+    void esvaziar() const {
+        for (const auto &entrada : std::filesystem::directory_iterator(*this / ""))
+            std::filesystem::remove_all(entrada);
+    }
+};

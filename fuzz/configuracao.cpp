@@ -1,0 +1,28 @@
+// Configuration file: whatever stands in it, the library starts; what it completed is complete the
+// next time, and a change is found again by the next process.
+#include "Alvo.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+
+using namespace zel;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho) {
+    static const PastaDoAlvo pasta;
+    const std::string_view texto = textoDe(dados, tamanho);
+    const auto carga = fnXML_CarregarXML(texto, ValoresConfig{});
+    const auto relida = fnXML_CarregarXML(carga ? carga->texto : "", ValoresConfig{});
+    exigir(!carga || (relida->texto == carga->texto && relida->inteira >= carga->inteira));
+    if (tamanho % 4 != 0) return 0; // the rest is slow
+
+    pasta.esvaziar();
+    pasta.gravar("ZEL_Framework.xml", texto);
+    exigir(inicializarConfig() == ZEL_OK);
+    const std::string antes(valorConfig(R"(IDE\nNF)"_chave));
+    const int codigo = fnRegAlterarValor_ZEL(R"(IDE\nNF)", "7654321");
+    exigir(valorConfig(R"(IDE\nNF)"_chave) == (codigo == ZEL_OK ? "7654321" : antes));
+    if (carga && !carga->inteira) return 0;
+    exigir(codigo == ZEL_OK && inicializarConfig() == ZEL_OK);
+    exigir(valorConfig(R"(IDE\nNF)"_chave) == "7654321");
+    return 0;
+}

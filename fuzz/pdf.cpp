@@ -1,0 +1,35 @@
+// Base64 and PDF. The first byte chooses: text as base64, a document (encoded here), or a receipt
+// text in some width. No file but the PDF of a sound key is left behind.
+#include "Alvo.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "impressao/PdfDanfe.h"
+#include "impressao/ZEL_PDF.h"
+#include "util/Codificacao.h"
+#include "util/Codigos.h"
+
+using namespace zel;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho) {
+    static const PastaDoAlvo pasta;
+    static const int pronta = inicializarConfig();
+    std::string_view texto = textoDe(dados, tamanho);
+    const int escolha = tirarNumero(texto, 5);
+    const std::string base64 = escolha == 0 ? std::string(texto) : codificarBase64(texto);
+    exigir(pronta == ZEL_OK && (escolha == 0 || fnParseBase64ToUtf8(base64) == texto));
+    pasta.esvaziar();
+    if (escolha > 1) {
+        PdfPagina pagina(kMargensDanfe);
+        fnEscreverTextoDanfePDF(pagina, texto, escolha == 2 ? 0 : 42 + 6 * (escolha - 3));
+        exigir(pagina.salvar(pasta / "cupom.pdf") == ZEL_OK);
+        return 0;
+    }
+    for (const int codigo : {fnGerarPDF("DocXML", base64), fnGerarPDF("DocXMLBase64", texto),
+                             fnGerarPDFDanfeDoXml(base64)})
+        exigir(codigo == ZEL_OK || codigo == ZEL_RECUSADO);
+    for (const auto &entrada : std::filesystem::directory_iterator("."))
+        if (const std::string nome = entrada.path().filename(); nome != "ZEL_Framework.xml")
+            exigir(nome.starts_with("NFe") && ehChave(nome.substr(3, 44)) && nome[47] == '_');
+    return 0;
+}

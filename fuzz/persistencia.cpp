@@ -1,0 +1,29 @@
+// The file of the document in progress, and behind the first zero byte one that waits to take its
+// place; the first byte is the receipt state. What could be read is saved and read whole again.
+#include "Alvo.h"
+
+#include "ZEL_FelborFramework.h"
+#include "config/Registro.h"
+#include "documento/ZEL_ArquivoPersistencia.h"
+#include "documento/ZEL_Controle.h"
+
+using namespace zel;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho) {
+    static const PastaDoAlvo pasta;
+    static const int pronta = inicializarConfig();
+    std::string_view texto = textoDe(dados, tamanho);
+    exigir(pronta == ZEL_OK && fnDefinirEstadoCFe_ZEL(tirarNumero(texto, 7)) == ZEL_OK);
+    std::filesystem::remove(pasta / "ArqPersist.bin.danificado");
+    pasta.gravar("ArqPersist.bin", tirarAte(texto, '\0'));
+    if (!texto.empty()) pasta.gravar("ArqPersist.tmp", texto);
+
+    const int codigo = fnCarregaEstrutura_ZEL();
+    exigir(codigo == ZEL_OK || codigo == ZEL_RECUSADO);
+    exigir(fnPersistEstrutura_ZEL() == ZEL_OK && !std::filesystem::exists("ArqPersist.tmp"));
+    exigir(std::filesystem::exists("ArqPersist.bin.danificado") == (codigo != ZEL_OK));
+    const std::string gravado = pasta.ler("ArqPersist.bin");
+    exigir(fnCarregaEstrutura_ZEL() == ZEL_OK && fnPersistEstrutura_ZEL() == ZEL_OK);
+    exigir(pasta.ler("ArqPersist.bin") == gravado);
+    return 0;
+}

@@ -1,0 +1,224 @@
+#include "fault/Ensaio.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <stdexcept>
+#include <unistd.h>
+#include <utility>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr long kAgora = 1795600000;
+constexpr int kPassoFalhou = 1;
+
+} // namespace
+
+// Loaded once and never called by this process, so that each process that forks off finds it as
+// new; to load it again for each of them would take most of the time.
+const Biblioteca &Biblioteca::nova() {
+    static const Biblioteca biblioteca(ZEL_BIBLIOTECA);
+    return biblioteca;
+}
+
+Biblioteca::Biblioteca(const std::string &caminho)
+    : endereco_(dlopen(caminho.c_str(), RTLD_NOW | RTLD_LOCAL)) {
+    if (endereco_ == nullptr) throw std::runtime_error(dlerror());
+}
+
+Biblioteca::~Biblioteca() {
+    dlclose(endereco_);
+}
+
+namespace {
+
+const pid_t kPrimeiroProcesso = getpid();
+bool usada = false; // by this process; the first one never does
+
+// Another file is another library to the loader.
+class Copia {
+public:
+    Copia() : diretorio_((fs::temp_directory_path() / "zel-copia-XXXXXX").string()) {
+        if (mkdtemp(diretorio_.data()) == nullptr) throw std::runtime_error("no directory");
+        fs::copy_file(ZEL_BIBLIOTECA, caminho());
+    }
+    ~Copia() { fs::remove_all(diretorio_); }
+    Copia(const Copia &) = delete;
+    Copia &operator=(const Copia &) = delete;
+
+    std::string caminho() const { return diretorio_ + "/lib.so"; }
+
+private:
+    std::string diretorio_;
+};
+
+const Copia &copia() {
+    static const Copia copia;
+    return copia;
+}
+
+} // namespace
+
+Processo::Processo(const std::string &diretorio, bool frio) {
+    setenv("ZEL_DIRETORIO", diretorio.c_str(), 1);
+    const Biblioteca &nova = Biblioteca::nova();
+    const std::string caminho = copia().caminho();
+    if (getpid() == kPrimeiroProcesso || std::exchange(usada, true)) {
+        if (dlopen(caminho.c_str(), RTLD_NOW | RTLD_NOLOAD) != nullptr)
+            throw std::runtime_error("the library of an earlier process is still loaded");
+        carregada_ = std::make_unique<Biblioteca>(caminho);
+    }
+    funcoes_ = std::make_unique<Funcoes>((carregada_ ? *carregada_ : nova).endereco());
+    char info[ZEL_TAMANHO_INFO];
+    if (!frio) funcoes_->rInfoEstendida_ZEL("1", info);
+}
+
+Retrato retratar(const Funcoes &funcoes, const std::string &diretorio) {
+    Retrato retrato;
+    char texto[ZEL_TAMANHO_VALOR];
+    for (const char *indice : {"1", "3"}) {
+        funcoes.rInfoEstendida_ZEL(indice, texto);
+        retrato.memoria.push_back(texto);
+    }
+    retrato.memoria.push_back(std::to_string(funcoes.rCFVerificarStatus_ZEL()));
+    for (const char *chave : {"IDE\\nNF", "NFCE\\ChaveDeAcesso", "CONFIGURACAO\\TrocoUltimaNFCe"}) {
+        funcoes.regRetornarValor_ZEL(chave, texto);
+        retrato.memoria.push_back(texto);
+    }
+    retrato.arquivos = disco::fotografar(diretorio);
+    // A record without its line end was not written.
+    if (const auto registros = retrato.arquivos.find("ArqPersist.bin");
+        registros != retrato.arquivos.end())
+        registros->second.resize(registros->second.rfind('\n') + 1);
+    // Behind its root tag a changed configuration ends, a created one has a line end.
+    if (const auto config = retrato.arquivos.find("ZEL_Framework.xml");
+        config != retrato.arquivos.end())
+        config->second.resize(config->second.find_last_not_of("\r\n") + 1);
+    // Scratch files of a dead process: nobody reads them, the next save removes them. The return is
+    // the sending component's.
+    std::erase_if(retrato.arquivos, [](const auto &arquivo) {
+        return arquivo.first.ends_with(".novo") || arquivo.first.ends_with(".antigo") ||
+               arquivo.first == "retorno.xml";
+    });
+    return retrato;
+}
+
+std::string diferenca(const Retrato &achado, const Retrato &esperado) {
+    std::string texto;
+    for (std::size_t i = 0; i < achado.memoria.size(); ++i)
+        if (achado.memoria[i] != esperado.memoria[i])
+            texto += "told " + achado.memoria[i] + " for " + esperado.memoria[i] + "; ";
+    for (const auto &[nome, bytes] : achado.arquivos) {
+        const auto outro = esperado.arquivos.find(nome);
+        if (outro == esperado.arquivos.end()) {
+            texto += nome + " is too much; ";
+        } else if (bytes != outro->second) {
+            const auto [x, y] = std::mismatch(bytes.begin(), bytes.end(), outro->second.begin(),
+                                              outro->second.end());
+            texto += nome + " has \"" + std::string(x, bytes.end()).substr(0, 40) + "\" for \"" +
+                     std::string(y, outro->second.end()).substr(0, 40) + "\"; ";
+        }
+    }
+    for (const auto &[nome, bytes] : esperado.arquivos)
+        if (!achado.arquivos.contains(nome)) texto += nome + " is missing; ";
+    return texto;
+}
+
+void recusarSe(const char *quando, const std::string &diferenca) {
+    if (!diferenca.empty()) ADD_FAILURE() << quando << ": " << diferenca;
+}
+
+Ensaio::Ensaio(const Roteiro &roteiro) : roteiro_(roteiro), meios_(roteiro.passos.size()) {
+    disco::fixarRelogio(kAgora);
+    std::string modelo = (fs::temp_directory_path() / "zel-falhas-XXXXXX").string();
+    if (mkdtemp(modelo.data()) == nullptr) throw std::runtime_error("no temporary directory");
+    diretorio_ = modelo + "/";
+    const auto tocar = [&](std::size_t passo, auto acao) {
+        const Processo processo(diretorio_);
+        const int codigo = acao(processo.funcoes(), diretorio_);
+        if (codigo <= 0)
+            throw std::runtime_error(std::string(nome(passo)) + ": " + std::to_string(codigo));
+        return retratar(processo.funcoes(), diretorio_);
+    };
+    retratos_.push_back(tocar(0, [](const Funcoes &, const std::string &) { return 1; }));
+    for (std::size_t passo = 0; passo < passos(); ++passo) {
+        if (const auto meio = roteiro_.passos[passo].meio; meio != nullptr) {
+            meios_[passo] = tocar(passo, meio).arquivos;
+            preparar(passo);
+        }
+        retratos_.push_back(tocar(passo, roteiro_.passos[passo].fazer));
+    }
+}
+
+Ensaio::~Ensaio() {
+    disco::fixarRelogio(0);
+    std::error_code ignorado;
+    fs::remove_all(diretorio_, ignorado);
+}
+
+int Ensaio::chamadas(std::size_t passo, bool soMudancas) const {
+    preparar(passo);
+    const Processo processo(diretorio_);
+    const disco::Vigia vigia({.soMudancas = soMudancas});
+    EXPECT_GT(fazer(passo, processo.funcoes()), 0);
+    return vigia.contadas();
+}
+
+int Ensaio::sob(std::size_t passo, const disco::Plano &plano) const {
+    preparar(passo);
+    return disco::emOutroProcesso([&] {
+        const Processo processo(diretorio_);
+        const disco::Vigia vigia(plano);
+        return fazer(passo, processo.funcoes()) > 0 ? 0 : kPassoFalhou;
+    });
+}
+
+std::string Ensaio::foraDoLugar(std::size_t passo, const Retrato &achado) const {
+    const Retrato &antes = retrato(passo), &depois = retrato(passo + 1);
+    if (achado == antes || achado == depois) return {};
+    if (!roteiro_.passos[passo].porPartes) return diferenca(achado, antes);
+    for (const auto &[nome, bytes] : achado.arquivos) {
+        const auto em = [&, chave = nome, conteudo = bytes](const disco::Fotografia &arquivos) {
+            const auto um = arquivos.find(chave);
+            return um != arquivos.end() && um->second == conteudo;
+        };
+        if (!em(antes.arquivos) && !em(depois.arquivos) && !em(meios_[passo]))
+            return nome + " is neither that of before nor of after: " + diferenca(achado, antes);
+    }
+    for (const auto &[nome, bytes] : antes.arquivos)
+        if (!achado.arquivos.contains(nome) && depois.arquivos.contains(nome))
+            return nome + " is missing";
+    return {};
+}
+
+std::string Ensaio::diferencaNoFim(std::size_t passo, const Retrato &achado) const {
+    if (outroCodigo(passo)) return {};
+    return diferenca(achado, retrato(passo + 1));
+}
+
+void Ensaio::conferirSucessor(std::size_t passo, bool feito) const {
+    // To the end of the roteiro is long: in a selection, one of four goes there.
+    const std::size_t fim = tudo() || ++conferidos_ % 4 == 0 ? passos() : passo + 1;
+    const int resposta = disco::emOutroProcesso([&] {
+        const Processo processo(diretorio_);
+        const Retrato achado = retratar(processo.funcoes(), diretorio_);
+        const bool depois = achado == retrato(passo + 1);
+        if (feito) recusarSe("after it", diferenca(achado, retrato(passo + 1)));
+        recusarSe("found", foraDoLugar(passo, achado));
+        for (std::size_t i = depois ? passo + 1 : passo; i < fim; ++i)
+            EXPECT_GT(fazer(i, processo.funcoes()), 0) << nome(i);
+        if (depois || !outroCodigo(passo))
+            recusarSe("at the end",
+                      diferenca(retratar(processo.funcoes(), diretorio_), retrato(fim)));
+        return testing::Test::HasFailure() ? 1 : 0;
+    });
+    EXPECT_EQ(resposta, 0);
+}
+
+bool tudo() {
+    return std::getenv("ZEL_FALHAS_TUDO") != nullptr;
+}

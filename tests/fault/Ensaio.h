@@ -1,0 +1,108 @@
+// A roteiro played once without disturbance, so that any step can be played again from the files
+// that it found and compared with what it should leave. Each step runs as a process of its own
+// would: the library is loaded, finds its files, works. The clock stands still.
+#pragma once
+
+#include "disco/Processo.h"
+#include "disco/Vigia.h"
+#include "fault/Roteiro.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+class Biblioteca {
+public:
+    explicit Biblioteca(const std::string &caminho);
+    ~Biblioteca();
+    Biblioteca(const Biblioteca &) = delete;
+    Biblioteca &operator=(const Biblioteca &) = delete;
+
+    void *endereco() const { return endereco_; }
+    static const Biblioteca &nova();
+
+private:
+    void *endereco_;
+};
+
+// The library as a new process finds it, over a directory, with the receipt in progress in memory
+// unless `frio`.
+class Processo {
+public:
+    explicit Processo(const std::string &diretorio, bool frio = false);
+    Processo(const Processo &) = delete;
+    Processo &operator=(const Processo &) = delete;
+
+    const Funcoes &funcoes() const { return *funcoes_; }
+
+private:
+    std::unique_ptr<Biblioteca> carregada_;
+    std::unique_ptr<Funcoes> funcoes_;
+};
+
+// What an operation may change: what the library tells, and the files of the till.
+struct Retrato {
+    std::vector<std::string> memoria;
+    disco::Fotografia arquivos;
+    bool operator==(const Retrato &) const = default;
+};
+Retrato retratar(const Funcoes &funcoes, const std::string &diretorio);
+
+// Where two pictures differ, in a few words; empty when they do not.
+std::string diferenca(const Retrato &achado, const Retrato &esperado);
+
+// Fails the test unless the difference is empty.
+void recusarSe(const char *quando, const std::string &diferenca);
+
+class Ensaio {
+public:
+    explicit Ensaio(const Roteiro &roteiro);
+    ~Ensaio();
+    Ensaio(const Ensaio &) = delete;
+    Ensaio &operator=(const Ensaio &) = delete;
+
+    std::size_t passos() const { return roteiro_.passos.size(); }
+    const char *nome(std::size_t passo) const { return roteiro_.passos[passo].nome; }
+    bool outroCodigo(std::size_t passo) const { return roteiro_.passos[passo].outroCodigo; }
+    const std::string &diretorio() const { return diretorio_; }
+
+    // Before step `passo`; behind the last one with passos().
+    const Retrato &retrato(std::size_t passo) const { return retratos_[passo]; }
+
+    // The files before the step, put into the directory.
+    void preparar(std::size_t passo) const {
+        disco::revelar(diretorio_, retratos_[passo].arquivos);
+    }
+
+    int fazer(std::size_t passo, const Funcoes &funcoes) const {
+        return roteiro_.passos[passo].fazer(funcoes, diretorio_);
+    }
+
+    // How many calls the step makes when nothing disturbs it.
+    int chamadas(std::size_t passo, bool soMudancas) const;
+
+    // The step in a process that lives under the plan. Its exit status.
+    int sob(std::size_t passo, const disco::Plano &plano) const;
+
+    // Whether a picture is one that the step may leave; of before or of after it, or mixed where
+    // the step may happen in parts. Empty, or how it differs.
+    std::string foraDoLugar(std::size_t passo, const Retrato &achado) const;
+
+    // The same for a step that is done, however often it took: a repetition may have taken another
+    // numeric code.
+    std::string diferencaNoFim(std::size_t passo, const Retrato &achado) const;
+
+    // In a process of its own: what is found is before or after the step (after it, when `feito`),
+    // and the rest of the roteiro ends as it should. Anything else fails the test.
+    void conferirSucessor(std::size_t passo, bool feito) const;
+
+private:
+    const Roteiro &roteiro_;
+    std::string diretorio_;
+    std::vector<Retrato> retratos_;
+    std::vector<disco::Fotografia> meios_; // empty where a step has none
+    mutable std::size_t conferidos_ = 0;
+};
+
+// Whether the whole is asked for (scripts/test-faults), or the selection that every test run makes.
+bool tudo();

@@ -1,0 +1,60 @@
+// Power that fails, which is worse than a process that dies: what was not flushed may be lost, torn
+// or there, in any mixture. The calls of an operation are recorded, and behind each of them every
+// disk that a power cut could leave is given to a new process.
+#include "fault/Ensaio.h"
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <set>
+
+namespace {
+
+class Queda : public testing::TestWithParam<Roteiro> {};
+
+std::vector<disco::Evento> gravar(const Ensaio &ensaio, std::size_t passo) {
+    ensaio.preparar(passo);
+    const Processo processo(ensaio.diretorio());
+    const disco::Vigia vigia;
+    EXPECT_GT(ensaio.fazer(passo, processo.funcoes()), 0);
+    return vigia.eventos();
+}
+
+int conferirPasso(const Ensaio &ensaio, std::size_t passo) {
+    const std::vector<disco::Evento> eventos = gravar(ensaio, passo);
+    disco::Imagens imagens(ensaio.diretorio(), ensaio.retrato(passo).arquivos);
+    std::set<disco::Fotografia> antes, depois;
+    for (const disco::Evento &evento : eventos) {
+        antes.merge(imagens.possiveis());
+        imagens.aplicar(evento);
+    }
+    depois = imagens.possiveis();
+    for (const std::string &violacao : imagens.violacoes())
+        ADD_FAILURE() << violacao;
+    for (const std::string &pendencia : imagens.pendencias())
+        ADD_FAILURE() << "success is answered while " << pendencia;
+    const auto religar = [&](const disco::Fotografia &imagem, bool feito) {
+        disco::revelar(ensaio.diretorio(), imagem);
+        ensaio.conferirSucessor(passo, feito);
+    };
+    for (const disco::Fotografia &imagem : antes)
+        if (!depois.contains(imagem)) religar(imagem, false);
+    for (const disco::Fotografia &imagem : depois)
+        religar(imagem, true);
+    return static_cast<int>(antes.size() + depois.size());
+}
+
+TEST_P(Queda, nada_que_foi_respondido_se_perde) {
+    const Ensaio ensaio(GetParam());
+    int discos = 0;
+    for (std::size_t passo = 0; passo < ensaio.passos(); ++passo) {
+        SCOPED_TRACE(ensaio.nome(passo));
+        discos += conferirPasso(ensaio, passo);
+    }
+    std::cout << "[ falhas ] discos depois de uma queda " << discos << '\n';
+}
+
+INSTANTIATE_TEST_SUITE_P(Roteiros, Queda, testing::ValuesIn(roteiros()),
+                         [](const auto &caso) { return std::string(caso.param.nome); });
+
+} // namespace

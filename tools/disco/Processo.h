@@ -1,0 +1,22 @@
+// Other processes and their directory, for programs that watch what a process leaves behind.
+#pragma once
+
+#include "disco/Imagens.h"
+
+#include <functional>
+#include <string>
+
+namespace disco {
+
+// The regular files of a directory whose path ends in "/".
+Fotografia fotografar(const std::string &diretorio);
+
+// Makes the directory hold these files and nothing else.
+void revelar(const std::string &diretorio, const Fotografia &fotografia);
+
+// Runs `acao` in a process of its own. Its answer (0 to 125), kMorto where a plan ended it, or
+// kSemResposta when it fell, or said nothing for a minute.
+inline constexpr int kSemResposta = 126;
+int emOutroProcesso(const std::function<int()> &acao);
+
+} // namespace disco
