@@ -22,13 +22,29 @@ void escreverEDescarregar(int fd, const std::string &bytes) {
     exigirBytes(fdatasync(fd), 0);
 }
 
+// From the first byte that differs to the last one, in texts of one length.
+std::string_view trechoMudado(std::string_view antes, std::string_view depois) {
+    std::size_t inicio = 0, fim = depois.size();
+    while (inicio < fim && antes[inicio] == depois[inicio])
+        ++inicio;
+    while (fim > inicio && antes[fim - 1] == depois[fim - 1])
+        --fim;
+    return depois.substr(inicio, fim - inicio);
+}
+
 std::string mudancas(const std::map<std::string, std::string> &antes,
                      const std::map<std::string, std::string> &depois) {
     std::string bytes;
     for (const auto &[nome, conteudo] : depois) {
         const auto anterior = antes.find(nome);
-        const bool cresceu = anterior != antes.end() && conteudo.starts_with(anterior->second);
-        bytes += cresceu ? conteudo.substr(anterior->second.size()) : conteudo;
+        if (anterior == antes.end())
+            bytes += conteudo;
+        else if (anterior->second.size() == conteudo.size())
+            bytes += trechoMudado(anterior->second, conteudo);
+        else
+            bytes += conteudo.starts_with(anterior->second)
+                         ? conteudo.substr(anterior->second.size())
+                         : conteudo;
     }
     return bytes;
 }

@@ -3,11 +3,11 @@
 //
 // Which bytes: the receipt is issued once through the library, and after each operation the till's
 // files are compared with what they were. Of a file that only grew, the new tail counts (a sale:
-// its record); of a file that changed otherwise, the whole new content counts, for it can only be
-// replaced whole (an opening: record and configuration). An operation that changed nothing has no
-// flush. The floor then appends these bytes to one plain file that is opened once: per operation
-// one write and one fdatasync. No name changes, no directory is flushed, nothing is read: a library
-// that survives a crash at every moment cannot do as little.
+// its record); of one that kept its length, what differs (the digit of the state); of a file that
+// changed otherwise, the whole new content counts, for it can only be replaced whole. An operation
+// that changed nothing has no flush. The floor then appends these bytes to one plain file that is
+// opened once: per operation one write and one fdatasync. No name changes, no directory is flushed,
+// nothing is read: a library that survives a crash at every moment cannot do as little.
 #pragma once
 
 #include <filesystem>
