@@ -70,10 +70,11 @@ void ArquivoPendente::concluirTodos(std::span<const Espera> esperas) {
 }
 
 void ArquivoPendente::julgarTodos(std::span<const Espera> esperas, Resto resto) {
-    for (const Espera &espera : esperas) {
+    for (const Espera &espera : esperas)
         espera.arquivo.resto_ = resto;
-        if (resto == Resto::kAbandonado) espera.arquivo.limpar();
-    }
+    if (resto != Resto::kAbandonado) return;
+    for (const Espera &espera : esperas)
+        espera.arquivo.limpar();
 }
 
 int confirmarJuntos(std::span<const Espera> esperas, std::span<const Alteracao> alteracoes) {

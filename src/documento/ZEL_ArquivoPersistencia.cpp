@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 #include <vector>
 
 namespace zel {
@@ -69,10 +70,11 @@ std::string escreverDocumento(const ST_PersitenceXML_ZEL &documento) {
     return texto;
 }
 
-std::optional<Secao> secaoDaLinha(std::string_view linha) {
+// The place of a line's record type in kSecaoDoTipo.
+std::optional<std::size_t> tipoDaLinha(std::string_view linha) {
     const long long tipo = lerInteiro(linha.substr(0, 2));
-    if (tipo < 1 || tipo > 6) return {};
-    return kSecaoDoTipo[static_cast<std::size_t>(tipo - 1)];
+    if (tipo < 1 || tipo > static_cast<long long>(kSecaoDoTipo.size())) return {};
+    return static_cast<std::size_t>(tipo - 1);
 }
 
 // Calls `ler` with each complete line until it answers something other than 1. Returns that answer,
@@ -89,41 +91,70 @@ int percorrerLinhas(std::string_view texto, std::size_t &inteiro, Ler ler) {
 }
 
 int lerRegistro(ST_PersitenceXML_ZEL &documento, std::string_view linha) {
-    const auto secao = secaoDaLinha(linha);
-    if (!secao) return ZEL_RECUSADO;
+    const auto tipo = tipoDaLinha(linha);
+    if (!tipo) return ZEL_RECUSADO;
+    const Secao secao = kSecaoDoTipo[*tipo];
     std::string_view conteudo = linha.substr(std::min<std::size_t>(3, linha.size()));
-    ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(*secao));
-    if (ehLista(*secao)) {
+    ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(secao));
+    if (ehLista(secao)) {
         const std::size_t barra = conteudo.find('|');
         if (barra == conteudo.npos) return ZEL_RECUSADO;
         // A payment's number is the three characters behind the type, whatever they are.
-        raiz.valor = *secao == Secao::kPagamento
+        raiz.valor = secao == Secao::kPagamento
                          ? conteudo.substr(0, 3)
                          : conteudo.substr(0, std::min<std::size_t>(barra, 4));
         conteudo.remove_prefix(barra + 1);
     }
     if (const int resultado = fnParseToTag_ZEL(raiz, conteudo); resultado != ZEL_OK)
         return resultado;
-    return documento.fnAdicionarTagZEL(*secao, std::move(raiz));
+    return documento.fnAdicionarTagZEL(secao, std::move(raiz));
 }
 
-// The receipt state that belongs to the records of a waiting file; none when they are damaged.
-// Only a payment that completes the total is committed with its state, and a closing section with
-// the issued document.
-std::optional<int> estadoDosRegistros(std::string_view texto) {
-    int estado = kAberto;
+// How many records of each type there are, "01" first; none when a line is damaged or the last one
+// has no end.
+std::optional<std::array<int, 6>> contarRegistros(std::string_view texto) {
+    std::array<int, 6> quantos{};
     std::size_t inteiro = 0;
     const int resultado = percorrerLinhas(texto, inteiro, [&](std::string_view linha) {
-        const auto secao = secaoDaLinha(linha);
-        if (!secao) return static_cast<int>(ZEL_RECUSADO);
-        if (*secao == Secao::kVenda) estado = std::max<int>(estado, kVendendo);
-        if (*secao == Secao::kTotalizacao) estado = std::max<int>(estado, kTotalizado);
-        if (*secao == Secao::kPagamento) estado = std::max<int>(estado, kPagamento);
-        if (*secao == Secao::kEncerramento) estado = kEncerrado;
-        return static_cast<int>(ZEL_OK);
+        const auto tipo = tipoDaLinha(linha);
+        if (tipo) ++quantos[*tipo];
+        return static_cast<int>(tipo ? ZEL_OK : ZEL_RECUSADO);
     });
     if (resultado != ZEL_OK || inteiro != texto.size()) return {};
-    return estado;
+    return quantos;
+}
+
+// The first line of a record type; empty when there is none.
+std::string_view linhaDoTipo(std::string_view texto, std::size_t tipo) {
+    std::size_t inteiro = 0;
+    std::string_view achada;
+    percorrerLinhas(texto, inteiro, [&](std::string_view linha) {
+        if (tipoDaLinha(linha) == tipo) achada = linha;
+        return static_cast<int>(achada.empty() ? ZEL_OK : ZEL_RECUSADO);
+    });
+    return achada;
+}
+
+// Whether waiting records were committed: they are those of the state that the configuration holds,
+// and the file in place lacks the record that led there. Only a payment that completes the total is
+// committed with its state, and a closing section with the issued document.
+bool pertencem(std::string_view esperando, std::string_view noLugar) {
+    constexpr std::pair<Estado, std::size_t> kUltimoRegistro[] = {
+        {kEncerrado, 5}, {kPagamento, 4}, {kTotalizado, 2}, {kVendendo, 1}, {kAberto, 0}};
+    const auto novos = contarRegistros(esperando);
+    if (!novos) return false;
+    for (const auto &[estado, tipo] : kUltimoRegistro) {
+        if ((*novos)[tipo] == 0) continue;
+        if (estado != fnCFVerificarStatus_ZEL()) return false;
+        // Any receipt begins with the same record.
+        if (estado == kAberto) return true;
+        // A till that was set back may have totalized before, with another result.
+        if (!ehLista(kSecaoDoTipo[tipo]))
+            return linhaDoTipo(esperando, tipo) != linhaDoTipo(noLugar, tipo);
+        const auto antigos = contarRegistros(noLugar);
+        return !antigos || (*antigos)[tipo] + 1 == (*novos)[tipo];
+    }
+    return false;
 }
 
 // Before any save: no waiting file, and a damaged original kept beside. 1 or -52.
@@ -197,22 +228,22 @@ int fnCarregaEstrutura_ZEL(bool *passageira) {
     // With no file beside it, a waiting document is the only copy there is.
     bool trocado = false;
     const int pendencia = persistencia.resolver([&](std::string_view esperando) {
-        trocado = leitura == Leitura::kInexistente ||
-                  estadoDosRegistros(esperando) == fnCFVerificarStatus_ZEL();
+        trocado = leitura == Leitura::kInexistente || pertencem(esperando, texto);
         return trocado;
     });
     if (pendencia != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
     if (trocado) leitura = lerArquivo(persistencia.caminho(), texto);
     if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
 
+    // Read apart, for memory may run out on the way.
+    ST_PersitenceXML_ZEL documento;
+    std::size_t inteiro = 0;
+    const int resultado = percorrerLinhas(
+        texto, inteiro, [&](std::string_view linha) { return lerRegistro(documento, linha); });
     if (passageira != nullptr) *passageira = false;
-    G_stXML_Persistencia.fnLimpar();
+    G_stXML_Persistencia = std::move(documento);
     arquivo = {.lido = true, .tamanho = {}};
     if (leitura == Leitura::kInexistente) return ZEL_ARQUIVO_INDISPONIVEL;
-    std::size_t inteiro = 0;
-    const int resultado = percorrerLinhas(texto, inteiro, [](std::string_view linha) {
-        return lerRegistro(G_stXML_Persistencia, linha);
-    });
     arquivo.danificado = resultado != ZEL_OK;
     if (inteiro == texto.size()) arquivo.tamanho = inteiro;
     return resultado;

@@ -31,8 +31,8 @@ int fnPersistUltimo_ZEL(Secao secao);
 // belong to it: the complete new records wait in ArqPersist.tmp while the configuration is saved,
 // then take the file's place. A process that dies in between leaves both files; the next one
 // completes the change when the configuration holds the state that belongs to the waiting records
-// and drops them otherwise. `alteracoes` must change the state. 1; -40 or -52 with files and
-// configuration as before.
+// and the file in place lacks them, and drops them otherwise. `alteracoes` must change the state.
+// 1; -40 or -52 with files and configuration as before.
 int fnPersistComConfig_ZEL(std::span<const Alteracao> alteracoes,
                            std::span<const Espera> outros = {});
 

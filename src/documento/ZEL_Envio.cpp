@@ -15,22 +15,29 @@ namespace {
 ArquivoPendente envio(kArquivoDocumentos, "documentosEnvio.xml.tmp", Acesso::kUmask);
 ArquivoPendente parametrosDoEnvio(kArquivoParametros, "parametrosEnvio.xml.tmp", Acesso::kUmask);
 
-// A waiting document was committed when the configuration names its key.
+// A waiting document was committed when the configuration names its key, with no protocol yet: a
+// reissue may have the key of a document that was authorized.
 bool pertenceAConfiguracao(std::string_view documento) {
     const std::string_view chave = valorConfig(R"(NFCE\ChaveDeAcesso)"_chave);
-    return !chave.empty() && documento.ends_with("</NFe>") &&
+    return !chave.empty() && valorConfig(R"(NFCE\ProtocoloAutorizacao)"_chave).empty() &&
+           documento.ends_with("</NFe>") &&
            documento.find("Id=\"NFe" + std::string(chave) + "\"") != documento.npos;
 }
 
 } // namespace
 
+int fnLimparEnvio() {
+    const int parametros = parametrosDoEnvio.limpar();
+    return parametros == ZEL_OK ? envio.limpar() : parametros;
+}
+
 int fnCriarArquivoEnvio(std::string_view nome, std::string_view texto) {
-    if (envio.limpar() != ZEL_OK || parametrosDoEnvio.limpar() != ZEL_OK)
-        return ZEL_ARQUIVO_INDISPONIVEL;
+    if (const int limpo = fnLimparEnvio(); limpo != ZEL_OK) return limpo;
     return substituirArquivo(fnConfigurarPath(nome), texto, Acesso::kUmask);
 }
 
 int fnGravarDocumento_ZEL(std::string_view documento, const JuntoDoDocumento &junto) {
+    if (const int limpo = fnLimparEnvio(); limpo != ZEL_OK) return limpo;
     std::vector<Espera> esperas;
     if (!junto.parametros.empty()) esperas.push_back({parametrosDoEnvio, junto.parametros, true});
     esperas.push_back({envio, documento});

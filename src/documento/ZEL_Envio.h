@@ -27,6 +27,10 @@ struct JuntoDoDocumento {
 // when the process dies. 1; -40 or -52.
 int fnGravarDocumento_ZEL(std::string_view documento, const JuntoDoDocumento &junto);
 
+// Puts in place what an earlier failure left waiting: before anything else changes the key by which
+// it is judged. 1 or -52.
+int fnLimparEnvio();
+
 // Keeps a history copy of a sent text in the directories of "CONFIGURACAO\PathXMLEnvio". A copy
 // that cannot be written fails nothing.
 void fnGuardarHistorico_ZEL(TipoCopia tipo, std::string_view texto) noexcept;

@@ -74,6 +74,7 @@ int gravarEnvio(const Cabecalho &cabecalho, std::string documento, std::string &
 // Code and key are on disk before the first file appears: no code is ever in two documents.
 int gravarContingencia(const Cabecalho &cabecalho, const std::string &documento,
                        std::string &texto) {
+    if (const int limpo = fnLimparEnvio(); limpo != ZEL_OK) return limpo;
     const std::vector<Alteracao> alteracoes = doUltimoDocumento(cabecalho);
     const std::vector<Alteracao> anteriores = valoresAtuais(alteracoes);
     if (const int resultado = alterarConfig(alteracoes); resultado != ZEL_OK) return resultado;

@@ -18,8 +18,8 @@ inline constexpr int kMaximoItens = 999;
 // sequence number, as decimal text.
 struct ST_PersitenceXML_ZEL {
     std::optional<ST_tagZEL> abertura;
-    // None until a first section is stored; then with room for every item there can be, so that no
-    // sale moves those before it.
+    // None until a first section is stored; then with room for every item there can be, so that a
+    // sale does not move those before it.
     std::optional<std::vector<ST_tagZEL>> vendas;
     std::optional<ST_tagZEL> totalizacao;
     std::optional<std::vector<ST_tagZEL>> pagamentos; // none until a first section is stored

@@ -2,6 +2,7 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
+#include "documento/ZEL_Envio.h"
 #include "impressao/ColunasLayout.h"
 #include "impressao/DadosImpressao.h"
 #include "impressao/GerenciadorImpressao.h"
@@ -38,6 +39,7 @@ int guardarVenda(const CupomFiscal &cf, std::string_view urlQrcode) {
         {R"(NFCE\UrlQrcode)"_chave,
          urlQrcode.empty() ? conteudoGuardado(gerarUrlQrcode(cf)) : conteudoGuardado(urlQrcode)},
     };
+    if (const int codigo = fnLimparEnvio(); codigo != ZEL_OK) return codigo;
     if (const int codigo = alterarConfig(alteracoes); codigo != ZEL_OK) return codigo;
     definirAutorizacao(
         {std::string(cf.DigestValueAutorizado), std::string(cf.DataHoraAutorizacao)});

@@ -114,10 +114,10 @@ int fnCFeAbrirTAG_ZEL(std::string_view texto) {
     if (const int resultado = verificarAbertura(texto, raiz); resultado != ZEL_OK) return resultado;
 
     ST_PersitenceXML_ZEL anterior = std::exchange(G_stXML_Persistencia, {});
-    G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kAbertura, std::move(raiz));
     const Alteracao estado = alteracaoEstado(kAberto);
     return ouDesfaz(
         [&] {
+            G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kAbertura, std::move(raiz));
             return fnPersistComConfig_ZEL({&estado, 1});
         },
         [&] { G_stXML_Persistencia = std::move(anterior); });

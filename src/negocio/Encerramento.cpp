@@ -79,7 +79,7 @@ int fnCFEncerrarConfigMsg_ZEL_Felbor(std::string_view infoConsumidor, std::strin
 }
 
 int fnCFeEncerrarTAG_ZEL(std::string_view texto) {
-    // A document that is not whole would be refused, and a number lost.
+    // A document that could not be read would be refused, and a number lost.
     if (!fnEstruturaLida_ZEL()) return ZEL_ARQUIVO_INDISPONIVEL;
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kEncerramento));
     if (!texto.empty()) {

@@ -17,8 +17,8 @@ int fnCFEncerrar_ZEL_Felbor(std::string_view infoConsumidor);
 int fnCFEncerrarConfigMsg_ZEL_Felbor(std::string_view infoConsumidor, std::string_view infoFisco);
 
 // Stores a closing section given as tag text (an empty one stands for an empty section), has the
-// document written and sets state 5, all in one step. When the document cannot be written nothing has
-// changed, and closing can be repeated.
+// document written and sets state 5, all in one step. When the document cannot be written nothing
+// has changed, and closing can be repeated.
 int fnCFeEncerrarTAG_ZEL(std::string_view texto);
 
 } // namespace zel

@@ -123,9 +123,11 @@ bool tomarLugar(const std::string &de, const std::string &para) {
         return true;
     }
     // What cannot be taken back either has happened.
-    if (trocados) return !trocarDeLugar(de, para);
-    return ::rename(existia ? antigo.c_str() : para.c_str(), existia ? para.c_str() : de.c_str()) !=
-           0;
+    const bool voltou = trocados ? trocarDeLugar(de, para)
+                                 : ::rename(existia ? antigo.c_str() : para.c_str(),
+                                            existia ? para.c_str() : de.c_str()) == 0;
+    if (voltou) descarregar(diretorio);
+    return !voltou;
 }
 
 bool escreverNovo(const std::string &caminho, std::string_view conteudo, Acesso acesso,

@@ -1,9 +1,9 @@
 // Every file call of the library stands in this room. A file is read whole, replaced whole or not
-// at all, changed within one sector, or extended by one record; success means that the change is on the disk (written,
-// flushed, renamed, directory flushed). Interrupted calls are repeated, errno is turned into a
-// return code once. Should a disk that refuses to be flushed refuse the way back as well, the change
-// stands, and is answered as done: a refused sale must not come back to life with the next process.
-// The room knows nothing of what the files hold.
+// at all, changed within one sector, or extended by one record; success means that the change is on
+// the disk (written, flushed, renamed, directory flushed). Interrupted calls are repeated, errno is
+// turned into a return code once. Where a disk that refuses to be flushed refuses the way back as
+// well, the change stands and is answered as done: a refused sale must not come back to life with
+// the next process. The room knows nothing of what the files hold.
 #pragma once
 
 #include <cstddef>
@@ -46,7 +46,8 @@ bool existeArquivo(const std::string &caminho);
 
 // Changes a file that holds `antes` into `depois` where it stands, when they are equally long and
 // differ within one sector only: a disk writes that whole or not at all, and no name changes. 1; -1
-// it cannot be done so; -52 it could not be written, and holds `antes` again.
+// it cannot be done so; -52 it could not be written, and holds `antes` again (where the disk
+// refuses that too, what was written stands).
 int alterarNoLugar(const std::string &caminho, std::string_view antes, std::string_view depois);
 
 // Appends `conteudo` to an existing file of exactly `tamanho` bytes and flushes it. 1; -1 there is

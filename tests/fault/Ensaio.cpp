@@ -128,6 +128,14 @@ std::string diferenca(const Retrato &achado, const Retrato &esperado) {
     return texto;
 }
 
+NovasFalhas::NovasFalhas()
+    : antes_(testing::UnitTest::GetInstance()->current_test_info()->result()->total_part_count()) {}
+
+int NovasFalhas::codigo() const {
+    const NovasFalhas agora;
+    return agora.antes_ > antes_ ? 1 : 0;
+}
+
 void recusarSe(const char *quando, const std::string &diferenca) {
     if (!diferenca.empty()) ADD_FAILURE() << quando << ": " << diferenca;
 }
@@ -204,6 +212,7 @@ void Ensaio::conferirSucessor(std::size_t passo, bool feito) const {
     // To the end of the roteiro is long: in a selection, one of four goes there.
     const std::size_t fim = tudo() || ++conferidos_ % 4 == 0 ? passos() : passo + 1;
     const int resposta = disco::emOutroProcesso([&] {
+        const NovasFalhas falhas;
         const Processo processo(diretorio_);
         const Retrato achado = retratar(processo.funcoes(), diretorio_);
         const bool depois = achado == retrato(passo + 1);
@@ -214,7 +223,7 @@ void Ensaio::conferirSucessor(std::size_t passo, bool feito) const {
         if (depois || !outroCodigo(passo))
             recusarSe("at the end",
                       diferenca(retratar(processo.funcoes(), diretorio_), retrato(fim)));
-        return testing::Test::HasFailure() ? 1 : 0;
+        return falhas.codigo();
     });
     EXPECT_EQ(resposta, 0);
 }

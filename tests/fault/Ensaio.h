@@ -51,6 +51,16 @@ Retrato retratar(const Funcoes &funcoes, const std::string &diretorio);
 // Where two pictures differ, in a few words; empty when they do not.
 std::string diferenca(const Retrato &achado, const Retrato &esperado);
 
+// Whether the test failed since: a process that forks off has the failures of before in its books.
+class NovasFalhas {
+public:
+    NovasFalhas();
+    int codigo() const; // 0 or 1
+
+private:
+    int antes_;
+};
+
 // Fails the test unless the difference is empty.
 void recusarSe(const char *quando, const std::string &diferenca);
 

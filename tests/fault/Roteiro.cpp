@@ -62,6 +62,7 @@ const std::vector<Roteiro> kRoteiros{
      {
          {"inicializar", [](F f, D) { return f.aCFInicializar_ZEL(); }},
          {"alterar um valor", [](F f, D) { return f.regAlterarValor_ZEL("IDE\\indPres", "4"); }},
+         {"alterar dois bytes", [](F f, D) { return f.regAlterarValor_ZEL("PROD\\CFOP", "5403"); }},
          // Without a file in place the waiting records are the only ones there are.
          {"abrir", abrir, true},
          {"identificar consumidor",
@@ -137,6 +138,7 @@ const std::vector<Roteiro> kRoteiros{
          {"pedir o PDF",
           [](F f, D) { return f.regAlterarValor_ZEL("CONFIGURACAO\\SalvarDanfePDF", "1"); }},
          {"imprimir com PDF", [](F f, D d) { return imprimir(f, d); }, true},
+         {"reemitir o autorizado", [](F f, D) { return reemitir(f, 5); }},
          {"reemitir com outro numero", [](F f, D) { return reemitir(f, 1); }},
          {"substituir", [](F f, D) { return reemitir(f, 3); }},
          {"reemitir com o mesmo numero", [](F f, D) { return reemitir(f, 5); }},

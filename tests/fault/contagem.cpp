@@ -73,7 +73,7 @@ TEST(Contagem, chamadas_de_cada_operacao) {
 // Loading, too, is an operation that may be killed; here it is only counted.
 TEST(Contagem, um_processo_que_so_le_nao_escreve) {
     const Ensaio ensaio(roteiros().front());
-    ensaio.preparar(7);
+    ensaio.preparar(8);
     const disco::Vigia vigia;
     const Processo processo(ensaio.diretorio());
     for (const disco::Evento &evento : vigia.eventos())

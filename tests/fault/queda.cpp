@@ -1,6 +1,7 @@
-// Power that fails, which is worse than a process that dies: what was not flushed may be lost, torn
-// or there, in any mixture. The calls of an operation are recorded, and behind each of them every
-// disk that a power cut could leave is given to a new process.
+// Power that fails, which is worse than a process that dies: the bytes that were not flushed may be
+// lost, torn or there, and each change of a name that was not flushed happened or did not. The
+// calls of an operation are recorded, and behind each of them every disk that a power cut could
+// leave is given to a new process.
 #include "fault/Ensaio.h"
 
 #include <gtest/gtest.h>
@@ -33,7 +34,9 @@ int conferirPasso(const Ensaio &ensaio, std::size_t passo) {
         ADD_FAILURE() << violacao;
     for (const std::string &pendencia : imagens.pendencias())
         ADD_FAILURE() << "success is answered while " << pendencia;
+    int discos = 0;
     const auto religar = [&](const disco::Fotografia &imagem, bool feito) {
+        ++discos;
         disco::revelar(ensaio.diretorio(), imagem);
         ensaio.conferirSucessor(passo, feito);
     };
@@ -41,7 +44,7 @@ int conferirPasso(const Ensaio &ensaio, std::size_t passo) {
         if (!depois.contains(imagem)) religar(imagem, false);
     for (const disco::Fotografia &imagem : depois)
         religar(imagem, true);
-    return static_cast<int>(antes.size() + depois.size());
+    return discos;
 }
 
 TEST_P(Queda, nada_que_foi_respondido_se_perde) {
