@@ -106,8 +106,9 @@ def cupons(valores):
     print("\n## Cupons inteiros e o piso\n")
     print("O piso: um programa que, para o mesmo cupom, acrescenta a um arquivo comum, aberto uma\n"
           "vez, os bytes que cada operação durável mudou (o que um arquivo cresceu; o trecho que\n"
-          "mudou num do mesmo tamanho; um arquivo que mudou de outro modo, inteiro), com um `write` e um `fdatasync` por operação, e mais\n"
-          "nada. Biblioteca e piso são medidos alternadamente; a razão é a mediana dos pares.\n")
+          "mudou num do mesmo tamanho; um arquivo que mudou de outro modo, inteiro), com um `write` e\n"
+          "um `fdatasync` por operação, e mais nada. Biblioteca e piso são medidos\n"
+          "alternadamente; a razão é a mediana dos pares.\n")
     cabecalho("Cupom", "disco µs", "piso µs", "razão", "tmpfs µs", "piso µs", "razão",
               "bytes escritos", "no piso")
     for itens in (1, 10, 100, 999):
