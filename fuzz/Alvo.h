@@ -36,7 +36,7 @@ inline std::string_view tirarAte(std::string_view &texto, char separador) {
 class PastaDoAlvo : public PastaTemporaria {
 public:
     PastaDoAlvo() {
-        exigir(::setenv("ZEL_DIRETORIO", (*this / "").c_str(), 1) == 0);
+        serDiretorioDeDados();
         std::filesystem::current_path(*this / "");
     }
     void esvaziar() const {

@@ -24,6 +24,7 @@
 #include "negocio/Transporte.h"
 #include "negocio/Venda.h"
 #include "util/Cripto.h"
+#include "util/Trava.h"
 
 #include <algorithm>
 #include <optional>
@@ -53,6 +54,7 @@ int semExcecao(Funcao funcao) noexcept {
     }
 }
 
+// Reads: whatever another process does, they go on.
 template <typename Funcao>
 int quadro(Funcao funcao) noexcept {
     return semExcecao([&] {
@@ -68,6 +70,39 @@ int semQuadro(Funcao funcao) noexcept {
         fnPrepararArquivos_ZEL();
         return funcao();
     });
+}
+
+// Changes of files other than the receipt: one process after the other.
+template <typename Funcao>
+int naVez(Funcao funcao) {
+    const Vez vez;
+    return vez ? funcao() : int{ZEL_ARQUIVO_INDISPONIVEL};
+}
+
+template <typename Funcao>
+int quadroDeMudanca(Funcao funcao) noexcept {
+    return semExcecao([&] {
+        return naVez([&] {
+            fnInicializarVariaveis_ZEL();
+            return funcao();
+        });
+    });
+}
+
+template <typename Funcao>
+int mudancaSemQuadro(Funcao funcao) noexcept {
+    return semExcecao([&] {
+        return naVez([&] {
+            fnPrepararArquivos_ZEL();
+            return funcao();
+        });
+    });
+}
+
+// Changes of the receipt: the process that made the first of them, to its end.
+template <typename Funcao>
+int quadroDoCupom(Funcao funcao) noexcept {
+    return semExcecao([&] { return naVez([&] { return fnComPosseDoCupom_ZEL(funcao); }); });
 }
 
 // Hands over the text that a read fills, empty where there is nothing to tell.
@@ -89,7 +124,7 @@ using namespace zel;
 // ---- Initialization -----------------------------------------------------------------------------
 
 int aCFInicializar_ZEL() {
-    return semExcecao([] { return fnCFInicializar_ZEL_Felbor(); });
+    return semExcecao([] { return naVez([] { return fnCFInicializar_ZEL_Felbor(); }); });
 }
 
 // ---- Opening and identification -----------------------------------------------------------------
@@ -97,7 +132,7 @@ int aCFInicializar_ZEL() {
 int aCFAbrir_ZEL(const char *documento, const char *nome, const char *logradouro,
                  const char *numero, const char *bairro, const char *codigoMunicipio,
                  const char *municipio, const char *uf, const char *cep) {
-    return quadro([&] {
+    return quadroDoCupom([&] {
         return fnCFAbrir_ZEL_Felbor({texto(documento), texto(nome), texto(logradouro),
                                      texto(numero), texto(bairro), texto(codigoMunicipio),
                                      texto(municipio), texto(uf), texto(cep)});
@@ -108,7 +143,7 @@ int aCFAbrirNumSerie_ZEL(int numeroCupom, int serie, const char *documento, cons
                          const char *logradouro, const char *numero, const char *bairro,
                          const char *codigoMunicipio, const char *municipio, const char *uf,
                          const char *cep) {
-    return quadro([&] {
+    return quadroDoCupom([&] {
         return fnCFAbrirNumSerie_ZEL_Felbor(numeroCupom, serie,
                                             {texto(documento), texto(nome), texto(logradouro),
                                              texto(numero), texto(bairro), texto(codigoMunicipio),
@@ -120,7 +155,7 @@ int aCFIdentificarConsumidor_ZEL(const char *documento, const char *nome, const 
                                  const char *numero, const char *bairro,
                                  const char *codigoMunicipio, const char *municipio, const char *uf,
                                  const char *cep, const char *email) {
-    return quadro([&] {
+    return quadroDoCupom([&] {
         return fnCFIdentificarConsumidor_ZEL_Felbor(
             {texto(documento), texto(nome), texto(logradouro), texto(numero), texto(bairro),
              texto(codigoMunicipio), texto(municipio), texto(uf), texto(cep)},
@@ -131,7 +166,7 @@ int aCFIdentificarConsumidor_ZEL(const char *documento, const char *nome, const 
 int aCFIdentificarTransportadora_ZEL(const char *documento, const char *nome,
                                      const char *inscricaoEstadual, const char *endereco,
                                      const char *municipio, const char *uf) {
-    return quadro([&] {
+    return quadroDoCupom([&] {
         return fnCFIdentificarTransportadora_ZEL_Felbor({texto(documento), texto(nome),
                                                          texto(inscricaoEstadual), texto(endereco),
                                                          texto(municipio), texto(uf)});
@@ -143,7 +178,7 @@ int aCFIdentificarTransportadora_ZEL(const char *documento, const char *nome,
 int aCFVender_ZEL(const char *aliquota, const char *quantidade, const char *valorUnitario,
                   const char *tipoAjuste, const char *valorAjuste, const char *codigo,
                   const char *unidade, const char *descricao) {
-    return quadro([&] {
+    return quadroDoCupom([&] {
         return fnCFVender_ZEL_Felbor({.aliquota = texto(aliquota),
                                       .quantidade = texto(quantidade),
                                       .valorUnitario = texto(valorUnitario),
@@ -161,7 +196,7 @@ int aCFVenderCompleto_ZEL(const char *aliquota, const char *quantidade, const ch
                           const char *tipoAjuste, const char *valorAjuste, const char *codigo,
                           const char *ncm, const char *cfop, const char *unidade,
                           const char *descricao, const char *) {
-    return quadro([&] {
+    return quadroDoCupom([&] {
         return fnCFVender_ZEL_Felbor({.aliquota = texto(aliquota),
                                       .quantidade = texto(quantidade),
                                       .valorUnitario = texto(valorUnitario),
@@ -176,47 +211,49 @@ int aCFVenderCompleto_ZEL(const char *aliquota, const char *quantidade, const ch
 }
 
 int aCFVenderXml_ZEL(const char *xmlItem) {
-    return quadro([&] { return fnCFVenderXml_ZEL_Felbor(texto(xmlItem)); });
+    return quadroDoCupom([&] { return fnCFVenderXml_ZEL_Felbor(texto(xmlItem)); });
 }
 
 int aCFLancarDescontoItem_ZEL(int item, const char *tipo, const char *valor) {
-    return quadro(
+    return quadroDoCupom(
         [&] { return fnCFLancarDescontoItem_ZEL_Felbor(item, texto(tipo), texto(valor)); });
 }
 
 int aCFLancarAcrescimoItem_ZEL(int item, const char *tipo, const char *valor) {
-    return quadro(
+    return quadroDoCupom(
         [&] { return fnCFLancarAcrescimoItem_ZEL_Felbor(item, texto(tipo), texto(valor)); });
 }
 
 int aCFCancelarItem_ZEL(int item) {
-    return quadro([&] { return fnCFCancelarItem_ZEL_Felbor(item); });
+    return quadroDoCupom([&] { return fnCFCancelarItem_ZEL_Felbor(item); });
 }
 
 int aCFCancelarItemParcial_ZEL(int item, const char *quantidade) {
-    return quadro([&] { return fnCFCancelarItemParcial_ZEL_Felbor(item, texto(quantidade)); });
+    return quadroDoCupom(
+        [&] { return fnCFCancelarItemParcial_ZEL_Felbor(item, texto(quantidade)); });
 }
 
 int aCFCancelarDescontoItem_ZEL(int item) {
-    return quadro([&] { return fnCFCancelarDescontoItem_ZEL_Felbor(item); });
+    return quadroDoCupom([&] { return fnCFCancelarDescontoItem_ZEL_Felbor(item); });
 }
 
 int aCFCancelarAcrescimoItem_ZEL(int item) {
-    return quadro([&] { return fnCFCancelarAcrescimoItem_ZEL_Felbor(item); });
+    return quadroDoCupom([&] { return fnCFCancelarAcrescimoItem_ZEL_Felbor(item); });
 }
 
 // ---- Totalization and payment -------------------------------------------------------------------
 
 int aCFTotalizar_ZEL(const char *tipo, const char *valor) {
-    return quadro([&] { return fnCFTotalizar_ZEL_Felbor(texto(tipo), texto(valor)); });
+    return quadroDoCupom([&] { return fnCFTotalizar_ZEL_Felbor(texto(tipo), texto(valor)); });
 }
 
 int aCFEfetuarPagamento_ZEL(const char *forma, const char *valor) {
-    return quadro([&] { return fnCFEfetuarPagamento_ZEL_Felbor(texto(forma), texto(valor)); });
+    return quadroDoCupom(
+        [&] { return fnCFEfetuarPagamento_ZEL_Felbor(texto(forma), texto(valor)); });
 }
 
 int aCFEstornarPagamento_ZEL(const char *formaAtual, const char *formaNova, const char *valor) {
-    return quadro([&] {
+    return quadroDoCupom([&] {
         return fnCFEstornarPagamento_ZEL_Felbor(texto(formaAtual), texto(formaNova), texto(valor));
     });
 }
@@ -228,18 +265,18 @@ int aCFValorLeiImposto_ZEL(const char *valor) {
 // ---- Closing, cancellation and requests ---------------------------------------------------------
 
 int tCFEncerrar_ZEL(const char *informacoes) {
-    return quadro([&] { return fnCFEncerrar_ZEL_Felbor(texto(informacoes)); });
+    return quadroDoCupom([&] { return fnCFEncerrar_ZEL_Felbor(texto(informacoes)); });
 }
 
 int tCFEncerrarConfigMsg_ZEL(const char *informacoes, const char *informacoesFisco) {
-    return quadro([&] {
+    return quadroDoCupom([&] {
         return fnCFEncerrarConfigMsg_ZEL_Felbor(texto(informacoes), texto(informacoesFisco));
     });
 }
 
 int tCFCancelar_ZEL(const char *numero, const char *serie, const char *chave, const char *protocolo,
                     const char *justificativa) {
-    return quadro([&] {
+    return quadroDeMudanca([&] {
         return fnCFCancelar_ZEL_Felbor(texto(numero), texto(serie), texto(chave), texto(protocolo),
                                        texto(justificativa));
     });
@@ -247,7 +284,7 @@ int tCFCancelar_ZEL(const char *numero, const char *serie, const char *chave, co
 
 int tCFCancelarOffline_ZEL(const char *numero, const char *serie, const char *chave,
                            const char *justificativa, char *diretorios) {
-    return quadro([&] {
+    return quadroDeMudanca([&] {
         std::optional<std::string> lista;
         if (diretorios != nullptr) lista = diretorios;
         const int codigo = fnCFCancelarOffline_ZEL_Felbor(texto(numero), texto(serie), texto(chave),
@@ -259,7 +296,7 @@ int tCFCancelarOffline_ZEL(const char *numero, const char *serie, const char *ch
 
 int tCFInutilizar_ZEL(const char *numeroInicial, const char *numeroFinal, const char *serie,
                       const char *justificativa) {
-    return quadro([&] {
+    return quadroDeMudanca([&] {
         return fnCFInutilizar_ZEL_Felbor(texto(numeroInicial), texto(numeroFinal), texto(serie),
                                          texto(justificativa));
     });
@@ -267,7 +304,7 @@ int tCFInutilizar_ZEL(const char *numeroInicial, const char *numeroFinal, const 
 
 int GeraXMLConsulta_ZEL(const char *tipo, const char *inicio, const char *fim, const char *serie,
                         const char *chave) {
-    return semQuadro([&] {
+    return mudancaSemQuadro([&] {
         return fnGeraXMLConsulta_ZEL(texto(tipo), texto(inicio), texto(fim), texto(serie),
                                      texto(chave));
     });
@@ -337,7 +374,7 @@ int aCFConfCofinsOutr_ZEL(const char *cst, const char *aliquota, const char *val
 // ---- Configuration and information --------------------------------------------------------------
 
 int regAlterarValor_ZEL(const char *chave, const char *valor) {
-    return quadro([&] { return fnRegAlterarValor_ZEL(texto(chave), texto(valor)); });
+    return quadroDeMudanca([&] { return fnRegAlterarValor_ZEL(texto(chave), texto(valor)); });
 }
 
 int regRetornarValor_ZEL(const char *chave, char *valor) {
@@ -372,7 +409,7 @@ int rURLQrcode_ZEL(char *url) {
 // ---- Contingency, printing and files ------------------------------------------------------------
 
 int aCFContingenciaUltimaNota_ZEL(int tipo, char *textoDocumento) {
-    return quadro([&] {
+    return quadroDoCupom([&] {
         const std::string_view entrada = texto(textoDocumento);
         std::string resultado(entrada);
         const int codigo = fnGerarXMLContingencia(tipo, resultado);
@@ -386,7 +423,7 @@ int aCFContingenciaUltimaNota_ZEL(int tipo, char *textoDocumento) {
 int GerarArquivoFormatadoNF_ZEL(const char *caminhoXml, const char *caminhoRetorno,
                                 const char *urlQrcode, int colunas, int tipoDocumento,
                                 const char *reservado, char *saida) {
-    return semQuadro([&] {
+    return mudancaSemQuadro([&] {
         return entregar(saida, [&](std::string &resultado) {
             return fnGerarArquivoFormatadoNF(texto(caminhoXml), texto(caminhoRetorno),
                                              texto(urlQrcode), colunas, tipoDocumento,
@@ -403,11 +440,11 @@ int RetornarUltimoBufferFormatadoNF_ZEL(char *saida) {
 }
 
 int GeraPDF_ZEL(const char *documentoBase64) {
-    return semQuadro([&] { return fnGerarPDF("DocXML", texto(documentoBase64)); });
+    return mudancaSemQuadro([&] { return fnGerarPDF("DocXML", texto(documentoBase64)); });
 }
 
 int GeraPDF_DANFE_ZEL(const char *documentoBase64) {
-    return semQuadro([&] { return fnGerarPDFDanfeDoXml(texto(documentoBase64)); });
+    return mudancaSemQuadro([&] { return fnGerarPDFDanfeDoXml(texto(documentoBase64)); });
 }
 
 int eCriptografarArquivo_ZEL(const char *origem, const char *destino, const char *chave) {

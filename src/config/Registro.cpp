@@ -34,7 +34,7 @@ std::string caminhoArquivo() {
 }
 
 int gravar(std::string_view texto) {
-    return substituirArquivo(caminhoArquivo(), texto, Acesso::kPrivado);
+    return substituirArquivo(caminhoArquivo(), texto, Acesso::kPrivado, Ligacao::kSeguida);
 }
 
 void assumir(CargaConfig carga) {

@@ -20,7 +20,7 @@ std::string ArquivoPendente::caminhoPendente() const {
 }
 
 Leitura ArquivoPendente::lerPendente(std::string &conteudo) const {
-    return lerArquivo(caminhoPendente(), conteudo);
+    return lerArquivo(caminhoPendente(), conteudo, Ligacao::kNaoSeguida);
 }
 
 int ArquivoPendente::tomarLugar() {

@@ -7,6 +7,7 @@
 #include "util/Arquivo.h"
 #include "util/Diretorio.h"
 #include "util/Numero.h"
+#include "util/Trava.h"
 
 #include <algorithm>
 #include <array>
@@ -162,7 +163,7 @@ int prepararGravacao() {
     if (persistencia.limpar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
     if (!arquivo.danificado) return ZEL_OK;
     std::string original;
-    const Leitura leitura = lerArquivo(persistencia.caminho(), original);
+    const Leitura leitura = lerArquivo(persistencia.caminho(), original, Ligacao::kNaoSeguida);
     if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
     if (leitura == Leitura::kLido &&
         substituirArquivo(fnConfigurarPath(kNomeDanificado), original, Acesso::kPrivado) != ZEL_OK)
@@ -171,18 +172,24 @@ int prepararGravacao() {
     return ZEL_OK;
 }
 
-// True when a record of the section, written last, stands where the file's order wants it.
+// True when a record of the section, written last, is read back in its place. A carrier's record in
+// front of it changes nothing: items are counted among themselves.
 bool ehUltimoRegistro(Secao secao) {
     const ST_PersitenceXML_ZEL &documento = G_stXML_Persistencia;
     if (documento.encerramento) return false;
     if (secao == Secao::kPagamento) return true;
-    return !documento.totalizacao && !documento.transporte && documento.pagamentos->empty();
+    return !documento.totalizacao && documento.pagamentos->empty();
 }
 
 } // namespace
 
 bool fnEstruturaLida_ZEL() {
     return arquivo.lido;
+}
+
+void fnEsquecerEstrutura_ZEL() {
+    G_stXML_Persistencia.fnLimpar();
+    arquivo = {};
 }
 
 int fnPersistEstrutura_ZEL() {
@@ -223,16 +230,19 @@ int fnPersistComConfig_ZEL(std::span<const Alteracao> alteracoes, std::span<cons
 int fnCarregaEstrutura_ZEL(bool *passageira) {
     if (passageira != nullptr) *passageira = true;
     std::string texto;
-    Leitura leitura = lerArquivo(persistencia.caminho(), texto);
+    Leitura leitura = lerArquivo(persistencia.caminho(), texto, Ligacao::kNaoSeguida);
     if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
-    // With no file beside it, a waiting document is the only copy there is.
     bool trocado = false;
-    const int pendencia = persistencia.resolver([&](std::string_view esperando) {
-        trocado = leitura == Leitura::kInexistente || pertencem(esperando, texto);
+    const auto pertence = [&](std::string_view esperando) {
+        // With no file beside it, a waiting document is the only copy there is; in state 0 it is
+        // that of an opening that did not happen.
+        trocado = leitura == Leitura::kInexistente ? fnCFVerificarStatus_ZEL() != kNenhum
+                                                   : pertencem(esperando, texto);
         return trocado;
-    });
-    if (pendencia != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
-    if (trocado) leitura = lerArquivo(persistencia.caminho(), texto);
+    };
+    if (const PosseDoCupom posse; posse && persistencia.resolver(pertence) != ZEL_OK)
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    if (trocado) leitura = lerArquivo(persistencia.caminho(), texto, Ligacao::kNaoSeguida);
     if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
 
     // Read apart, for memory may run out on the way.

@@ -19,6 +19,9 @@ namespace zel {
 // then nothing is written over it.
 bool fnEstruturaLida_ZEL();
 
+// Empties the memory, as in a new process: nothing is written until the file has been read again.
+void fnEsquecerEstrutura_ZEL();
+
 // Writes the document whole in the place of the file. 1, or -52 with the old file whole. A file
 // that was found damaged is first kept beside as ArqPersist.bin.danificado.
 int fnPersistEstrutura_ZEL();
@@ -37,7 +40,9 @@ int fnPersistComConfig_ZEL(std::span<const Alteracao> alteracoes,
                            std::span<const Espera> outros = {});
 
 // Reads the document back into G_stXML_Persistencia, from ArqPersist.bin or, when there is none,
-// ArqPersist.tmp, after settling a commit that a dead process left. A torn last record is dropped.
+// ArqPersist.tmp (unless the state is 0: nothing was opened), after settling a commit that a dead
+// process left; while another process has the receipt that is left to it. A torn last record is
+// dropped.
 // 1; -52 there is no document or it cannot be read (`passageira` tells which); -1 a record is
 // malformed: what was read before it is kept.
 int fnCarregaEstrutura_ZEL(bool *passageira = nullptr);

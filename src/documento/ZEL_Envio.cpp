@@ -5,6 +5,7 @@
 #include "documento/ZEL_ArquivoPersistencia.h"
 #include "util/Diretorio.h"
 #include "util/Numero.h"
+#include "util/Trava.h"
 
 #include <vector>
 
@@ -57,11 +58,15 @@ void fnGuardarHistorico_ZEL(TipoCopia tipo, std::string_view texto) noexcept {
 
 int fnConcluirEnvio_ZEL() {
     std::string documento;
-    if (envio.lerPendente(documento) == Leitura::kFalha) {
+    const Leitura leitura = envio.lerPendente(documento);
+    // What waits is settled by the process that has the receipt.
+    const PosseDoCupom posse;
+    if (leitura == Leitura::kFalha || (leitura == Leitura::kLido && !posse)) {
         envio.duvidar();
         parametrosDoEnvio.duvidar();
         return ZEL_ARQUIVO_INDISPONIVEL;
     }
+    if (!posse) return ZEL_OK;
     // Parameters wait only while their document does.
     const int parametros = parametrosDoEnvio.resolver(
         [&](std::string_view) { return pertenceAConfiguracao(documento); });

@@ -5,6 +5,14 @@
 #include "documento/ZEL_ArquivoPersistencia.h"
 #include "documento/ZEL_Envio.h"
 #include "documento/ZEL_Moldes.h"
+#include "util/Arquivo.h"
+#include "util/Codigos.h"
+#include "util/Diretorio.h"
+#include "util/Texto.h"
+#include "util/Trava.h"
+
+#include <algorithm>
+#include <string_view>
 
 namespace zel {
 
@@ -13,22 +21,64 @@ namespace {
 bool arquivosProntos = false;
 bool documentoCarregado = false;
 
+constexpr std::string_view kNomesDosArquivos[] = {
+    "ZEL_Framework.xml",       "ZEL_Framework.xml.danificado",
+    "ArqPersist.bin",          "ArqPersist.bin.danificado",
+    "ArqPersist.tmp",          "documentosEnvio.xml",
+    "documentosEnvio.xml.tmp", "parametrosEnvio.xml",
+    "parametrosEnvio.xml.tmp", "ultimadanfe.bin",
+    "danfe_pdf_temp.xml",
+};
+
+// A file that the library writes in its data directory, where other programs may have theirs.
+bool ehDaBiblioteca(std::string_view nome) {
+    if (std::ranges::find(kNomesDosArquivos, nome) != std::end(kNomesDosArquivos)) return true;
+    constexpr std::string_view kPrefixo = "NFe", kContingencia = ".ctg", kCancelamento = ".ctgCanc";
+    if (nome.ends_with(".pdf") && nome.starts_with(kPrefixo))
+        return ehChave(nome.substr(kPrefixo.size(), kDigitosDaChave));
+    if (nome.ends_with(kContingencia))
+        return ehChave(nome.substr(0, nome.size() - kContingencia.size()));
+    // CNPJ, series and number.
+    return nome.ends_with(kCancelamento) && nome.size() == 27 + kCancelamento.size() &&
+           nome[14] == '_' && areDigit(nome.substr(0, 14)) && areDigit(nome.substr(15, 12));
+}
+
+// What a process that died left: nobody reads it, and some of it holds personal data.
+void removerSobras() {
+    const std::string diretorio = fnConfigurarPath("");
+    removerRascunhos(diretorio, ehDaBiblioteca);
+    removerArquivo(diretorio + "danfe_pdf_temp.xml");
+}
+
 } // namespace
 
 void fnPrepararArquivos_ZEL() {
+    if (arquivosProntos) return;
+    const Vez vez; // another process's change is seen whole or not at all
+    const PosseDoCupom posse;
     // What waits is judged by the configuration, so that comes first.
-    if (!arquivosProntos)
-        arquivosProntos = garantirConfig() == ZEL_OK && fnConcluirEnvio_ZEL() == ZEL_OK;
+    arquivosProntos = garantirConfig() == ZEL_OK && fnConcluirEnvio_ZEL() == ZEL_OK;
+    if (posse) removerSobras();
 }
 
 void fnInicializarVariaveis_ZEL() {
     if (documentoCarregado) return;
+    const Vez vez;
+    const PosseDoCupom posse;
     construirMoldes();
     fnPrepararArquivos_ZEL();
     if (!arquivosProntos) return;
     bool passageira = false;
     fnCarregaEstrutura_ZEL(&passageira);
     documentoCarregado = !passageira;
+}
+
+void fnRecarregarVariaveis_ZEL() {
+    fnEsquecerEstrutura_ZEL();
+    arquivosProntos = documentoCarregado = false;
+    // A configuration that cannot be read is the operation's to answer.
+    fnXML_CarregarXML_ZEL();
+    fnInicializarVariaveis_ZEL();
 }
 
 void fnFinalizarVariaveis_ZEL() {

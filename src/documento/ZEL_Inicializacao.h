@@ -2,6 +2,9 @@
 // dead process left settled, document in progress in memory. Cheap when all of it stands.
 #pragma once
 
+#include "ZEL_FelborFramework.h"
+#include "util/Trava.h"
+
 namespace zel {
 
 // All of it. A step that fails for a passing reason is tried again by the next call.
@@ -10,6 +13,22 @@ void fnInicializarVariaveis_ZEL();
 // Configuration and output files alone, for functions that do without the document in progress: the
 // first call of a process, whichever it is, sees the file. A failure is tried again as above.
 void fnPrepararArquivos_ZEL();
+
+// All of it anew, for a process that goes on where another one may have worked: what it had in
+// memory must not be saved over that.
+void fnRecarregarVariaveis_ZEL();
+
+// Runs a change of the receipt, within a turn: -52 while another process has the receipt. The first
+// change that succeeds keeps it for this process.
+template <class Funcao>
+int fnComPosseDoCupom_ZEL(Funcao funcao) {
+    PosseDoCupom posse;
+    if (!posse) return ZEL_ARQUIVO_INDISPONIVEL;
+    posse.nova() ? fnRecarregarVariaveis_ZEL() : fnInicializarVariaveis_ZEL();
+    const int resultado = funcao();
+    if (resultado > 0) posse.manter();
+    return resultado;
+}
 
 // Frees the templates; the next fnInicializarVariaveis_ZEL starts anew, as in a new process.
 void fnFinalizarVariaveis_ZEL();

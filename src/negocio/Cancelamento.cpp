@@ -4,6 +4,7 @@
 #include "config/Registro.h"
 #include "documento/ZEL_Controle.h"
 #include "documento/ZEL_DataHora.h"
+#include "documento/ZEL_Inicializacao.h"
 #include "negocio/Argumento.h"
 #include "negocio/Requisicao.h"
 #include "util/Codigos.h"
@@ -48,8 +49,10 @@ void completarJustificativa(DadosCancelamento &cancelado, std::string_view padra
 }
 
 int cancelarCupomEmAndamento() {
-    fnDefinirEstadoCFe_ZEL(kCancelado);
-    return fnCFVerificarStatus_ZEL() == kCancelado ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+    return fnComPosseDoCupom_ZEL([] {
+        fnDefinirEstadoCFe_ZEL(kCancelado);
+        return fnCFVerificarStatus_ZEL() == kCancelado ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+    });
 }
 
 DadosRequisicao dadosDoEvento(const DadosCancelamento &cancelado, std::time_t momento) {

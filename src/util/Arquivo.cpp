@@ -1,10 +1,13 @@
 #include "util/Arquivo.h"
 
 #include "ZEL_FelborFramework.h"
+#include "util/Descritor.h"
 
 #include <cerrno>
 #include <cstdio>
+#include <dirent.h>
 #include <fcntl.h>
+#include <memory>
 #include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -13,38 +16,9 @@ namespace zel {
 
 namespace {
 
-// Repeats a call that a signal interrupted.
-template <class Chamada>
-auto insistir(Chamada chamada) {
-    decltype(chamada()) resultado;
-    do {
-        resultado = chamada();
-    } while (resultado < 0 && errno == EINTR);
-    return resultado;
-}
-
-// An open file, closed when it goes out of sight.
-class Descritor {
-public:
-    Descritor(const char *caminho, int modo, mode_t permissoes = 0)
-        : fd_(insistir([&] { return ::open(caminho, modo | O_CLOEXEC, permissoes); })) {}
-    ~Descritor() { fechar(); }
-    Descritor(const Descritor &) = delete;
-    Descritor &operator=(const Descritor &) = delete;
-
-    bool aberto() const { return fd_ >= 0; }
-    int fd() const { return fd_; }
-
-    // A failed close may have lost bytes (network file systems); the descriptor is gone either way.
-    bool fechar() {
-        const int resultado = fd_ >= 0 ? ::close(fd_) : 0;
-        fd_ = -1;
-        return resultado == 0 || errno == EINTR;
-    }
-
-private:
-    int fd_;
-};
+// What stands beside a file while it is replaced: the new one, and the second name of the old one.
+constexpr std::string_view kRascunho = ".novo";
+constexpr std::string_view kAntigo = ".antigo";
 
 std::string diretorioDe(const std::string &caminho) {
     const std::size_t barra = caminho.rfind('/');
@@ -89,6 +63,10 @@ std::string seguirLigacoes(std::string caminho) {
     return caminho;
 }
 
+constexpr int naoSeguir(Ligacao ligacao) {
+    return ligacao == Ligacao::kSeguida ? 0 : O_NOFOLLOW;
+}
+
 bool trocarDeLugar(const std::string &a, const std::string &b) {
     return ::renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE) == 0;
 }
@@ -108,7 +86,7 @@ bool tomarLugar(const std::string &de, const std::string &para) {
     if (!diretorio.aberto() && errno != EACCES) return false;
 
     const bool existia = existeArquivo(para);
-    const std::string antigo = de + ".antigo";
+    const std::string antigo = std::string(de).append(kAntigo);
     const bool trocados = existia && trocarDeLugar(de, para);
     if (!trocados) {
         removerArquivo(antigo);
@@ -130,30 +108,56 @@ bool tomarLugar(const std::string &de, const std::string &para) {
     return !voltou;
 }
 
+// Mode and owner of the file that is replaced. Only root may give a file away; anyone else keeps it
+// as his own.
+bool herdarPermissoes(const Descritor &arquivo, const struct stat &antigo) {
+    if ((antigo.st_uid != ::geteuid() || antigo.st_gid != ::getegid()) &&
+        ::fchown(arquivo.fd(), antigo.st_uid, antigo.st_gid) != 0 && errno != EPERM)
+        return false;
+    return ::fchmod(arquivo.fd(), antigo.st_mode & 07777) == 0;
+}
+
 bool escreverNovo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
                   const std::optional<struct stat> &antigo) {
-    const mode_t permissoes = acesso == Acesso::kPrivado ? 0600 : 0666;
+    const mode_t permissoes = acesso == Acesso::kUmask ? 0666 : 0600;
     Descritor arquivo(caminho.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, permissoes);
     if (!arquivo.aberto()) return false;
-    if (acesso == Acesso::kPrivado && antigo) {
-        // Only root may give a file away; anyone else keeps it as his own.
-        if (antigo->st_uid != ::geteuid() || antigo->st_gid != ::getegid()) {
-            if (::fchown(arquivo.fd(), antigo->st_uid, antigo->st_gid) != 0 && errno != EPERM)
-                return false;
-        }
-        if (::fchmod(arquivo.fd(), antigo->st_mode & 07777) != 0) return false;
-    }
+    if (acesso != Acesso::kUmask && antigo && !herdarPermissoes(arquivo, *antigo)) return false;
     if (!escreverTudo(arquivo.fd(), conteudo)) return false;
     if (insistir([&] { return ::fsync(arquivo.fd()); }) != 0) return false;
     return arquivo.fechar();
 }
 
+// Writes into what is no file (a device, a pipe with a reader), without waiting for it.
+int escreverAtraves(const std::string &caminho, std::string_view conteudo) {
+    const Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK);
+    return arquivo.aberto() && escreverTudo(arquivo.fd(), conteudo) ? ZEL_OK
+                                                                    : ZEL_ARQUIVO_INDISPONIVEL;
+}
+
+// Writes a regular file over where it stands, and back when that fails.
+int sobrescrever(const std::string &caminho, std::string_view conteudo) {
+    std::string antigo;
+    if (lerArquivo(caminho, antigo) != Leitura::kLido) return ZEL_ARQUIVO_INDISPONIVEL;
+    const Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK);
+    if (!arquivo.aberto()) return ZEL_ARQUIVO_INDISPONIVEL;
+    const auto escrever = [&](std::string_view texto) {
+        const auto tamanho = static_cast<off_t>(texto.size());
+        return escreverTudo(arquivo.fd(), texto, 0) &&
+               insistir([&] { return ::ftruncate(arquivo.fd(), tamanho); }) == 0 &&
+               insistir([&] { return ::fsync(arquivo.fd()); }) == 0;
+    };
+    if (escrever(conteudo)) return ZEL_OK;
+    escrever(antigo);
+    return ZEL_ARQUIVO_INDISPONIVEL;
+}
+
 } // namespace
 
-Leitura lerArquivo(const std::string &caminho, std::string &conteudo) {
+Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao ligacao) {
     conteudo.clear();
     // Not blocking: a pipe in the place of a file must not hold up the till.
-    const Descritor arquivo(caminho.c_str(), O_RDONLY | O_NONBLOCK);
+    const Descritor arquivo(caminho.c_str(), O_RDONLY | O_NONBLOCK | naoSeguir(ligacao));
     if (!arquivo.aberto()) return errno == ENOENT ? Leitura::kInexistente : Leitura::kFalha;
     struct stat dados {};
     if (::fstat(arquivo.fd(), &dados) != 0 || !S_ISREG(dados.st_mode)) return Leitura::kFalha;
@@ -176,23 +180,63 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo) {
     return Leitura::kLido;
 }
 
-int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso) {
+int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
+                      Ligacao ligacao) {
     const std::string destino =
-        acesso == Acesso::kPrivado ? seguirLigacoes(caminho) : std::string(caminho);
+        ligacao == Ligacao::kSeguida ? seguirLigacoes(caminho) : std::string(caminho);
     const auto antigo = situacao(destino);
     if (!antigo && !naoExiste()) return ZEL_ARQUIVO_INDISPONIVEL;
     if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode))
         return ZEL_ARQUIVO_INDISPONIVEL;
-
-    const std::string novo = destino + ".novo";
+    const std::string novo = std::string(destino).append(kRascunho);
     removerArquivo(novo); // left by a process that died
-    if (escreverNovo(novo, conteudo, acesso, antigo) && tomarLugar(novo, destino)) return ZEL_OK;
+    // The mode of a link says nothing.
+    const bool herda = antigo && S_ISREG(antigo->st_mode);
+    if (escreverNovo(novo, conteudo, acesso, herda ? antigo : std::nullopt) &&
+        tomarLugar(novo, destino))
+        return ZEL_OK;
+    const int erro = errno;
     removerArquivo(novo);
+    errno = erro;
     return ZEL_ARQUIVO_INDISPONIVEL;
 }
 
+int criarArquivo(const std::string &caminho, std::string_view conteudo) {
+    const std::string novo = std::string(caminho).append(kRascunho);
+    if (existeArquivo(caminho) || existeArquivo(novo)) return ZEL_RECUSADO;
+    if (!escreverNovo(novo, conteudo, Acesso::kUmask, {})) {
+        // Somebody else's in this instant is not ours to remove.
+        const bool alheio = errno == EEXIST;
+        if (!alheio) removerArquivo(novo);
+        return alheio ? ZEL_RECUSADO : ZEL_ARQUIVO_INDISPONIVEL;
+    }
+    int resultado = ::link(novo.c_str(), caminho.c_str()) == 0 ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+    if (resultado != ZEL_OK && errno == EEXIST) resultado = ZEL_RECUSADO;
+    if (resultado == ZEL_ARQUIVO_INDISPONIVEL && (errno == EPERM || errno == EOPNOTSUPP))
+        resultado = renomearArquivo(novo, caminho); // a file system without links
+    removerArquivo(novo);
+    return resultado == ZEL_OK ? descarregarDiretorio(caminho) : resultado;
+}
+
+int gravarDestino(const std::string &caminho, std::string_view conteudo) {
+    const std::string destino = seguirLigacoes(caminho);
+    const auto antigo = situacao(destino);
+    if (!antigo)
+        return naoExiste() ? substituirArquivo(destino, conteudo, Acesso::kUmask)
+                           : int{ZEL_ARQUIVO_INDISPONIVEL};
+    if (!S_ISREG(antigo->st_mode)) return escreverAtraves(destino, conteudo);
+    // A file that only another owner may have in a directory that only he may change is written in
+    // its place.
+    const bool nosso = antigo->st_uid == ::geteuid() && antigo->st_nlink == 1;
+    if (nosso) {
+        const int resultado = substituirArquivo(destino, conteudo, Acesso::kHerdado);
+        if (resultado == ZEL_OK || (errno != EACCES && errno != EPERM)) return resultado;
+    }
+    return sobrescrever(destino, conteudo);
+}
+
 int escreverArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso) {
-    const std::string novo = caminho + ".novo";
+    const std::string novo = std::string(caminho).append(kRascunho);
     removerArquivo(novo); // left by a process that died
     if (escreverNovo(novo, conteudo, acesso, {}) && renomearArquivo(novo, caminho) == ZEL_OK)
         return ZEL_OK;
@@ -212,6 +256,19 @@ int descarregarDiretorio(const std::string &caminho) {
 
 int removerArquivo(const std::string &caminho) {
     return ::unlink(caminho.c_str()) == 0 || errno == ENOENT ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+}
+
+void removerRascunhos(const std::string &diretorio, bool (*nosso)(std::string_view nome)) {
+    const std::unique_ptr<DIR, decltype([](DIR *aberto) { ::closedir(aberto); })> aberto(
+        ::opendir(diretorio.c_str()));
+    if (!aberto) return;
+    while (const dirent *entrada = ::readdir(aberto.get())) {
+        std::string_view nome = entrada->d_name;
+        if (nome.ends_with(kAntigo)) nome.remove_suffix(kAntigo.size());
+        if (!nome.ends_with(kRascunho)) continue;
+        nome.remove_suffix(kRascunho.size());
+        if (nosso(nome)) removerArquivo(diretorio + entrada->d_name);
+    }
 }
 
 bool existeArquivo(const std::string &caminho) {
@@ -251,7 +308,7 @@ int alterarNoLugar(const std::string &caminho, std::string_view antes, std::stri
 }
 
 int acrescentarArquivo(const std::string &caminho, std::size_t tamanho, std::string_view conteudo) {
-    const Descritor arquivo(caminho.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK);
+    const Descritor arquivo(caminho.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK | O_NOFOLLOW);
     if (!arquivo.aberto()) return errno == ENOENT ? ZEL_RECUSADO : ZEL_ARQUIVO_INDISPONIVEL;
     struct stat dados {};
     if (::fstat(arquivo.fd(), &dados) != 0) return ZEL_ARQUIVO_INDISPONIVEL;

@@ -1,9 +1,9 @@
-// Every file call of the library stands in this room. A file is read whole, replaced whole or not
-// at all, changed within one sector, or extended by one record; success means that the change is on
-// the disk (written, flushed, renamed, directory flushed). Interrupted calls are repeated, errno is
-// turned into a return code once. Where a disk that refuses to be flushed refuses the way back as
-// well, the change stands and is answered as done: a refused sale must not come back to life with
-// the next process. The room knows nothing of what the files hold.
+// The files of the library, and those that the application names. A file is read whole, replaced
+// whole or not at all, changed within one sector, or extended by one record; success means that the
+// change is on the disk (written, flushed, renamed, directory flushed). Interrupted calls are
+// repeated, errno is turned into a return code once. Where a disk that refuses to be flushed
+// refuses the way back as well, the change stands and is answered as done: a refused sale must not
+// come back to life with the next process. The room knows nothing of what the files hold.
 #pragma once
 
 #include <cstddef>
@@ -13,19 +13,37 @@
 namespace zel {
 
 // Who may read a file: its owner alone (it holds the taxpayer's secret), or whoever the process's
-// umask lets. A private file that is replaced keeps its mode and, where allowed, its owner.
-enum class Acesso { kPrivado, kUmask };
+// umask lets. A private file that is replaced keeps its mode and, where allowed, its owner; so does
+// one that takes over (kHerdado) whatever its predecessor had.
+enum class Acesso { kPrivado, kUmask, kHerdado };
+
+// What becomes of a symbolic link in the place of a file. Not followed, it cannot be read, and a
+// new file takes its place: whoever may write in the directory must not be able to send a host with
+// more rights elsewhere.
+enum class Ligacao { kNaoSeguida, kSeguida };
 
 enum class Leitura { kLido, kInexistente, kFalha };
 
 // Reads a whole regular file into `conteudo` (emptied first). Only a missing file is kInexistente.
-Leitura lerArquivo(const std::string &caminho, std::string &conteudo);
+Leitura lerArquivo(const std::string &caminho, std::string &conteudo,
+                   Ligacao ligacao = Ligacao::kSeguida);
 
 // Writes `conteudo` beside the file (its name with ".novo" behind), flushes it, puts it in the
-// file's place and flushes the directory. A private file that is a symbolic link stays one: the
-// file it points to is replaced. The target must be a regular file, a link, or not exist.
-// 1, or -52 with the old file whole.
-int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso);
+// file's place and flushes the directory. With a link that is followed, the file it points to is
+// replaced. The target must be a regular file, a link, or not exist. 1, or -52 with the old file
+// whole.
+int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
+                      Ligacao ligacao = Ligacao::kNaoSeguida);
+
+// Writes a file that does not exist yet, in a directory where others may write at the same time. 1;
+// -1 the name, or that of its scratch file, is taken: try another one; -52.
+int criarArquivo(const std::string &caminho, std::string_view conteudo);
+
+// Writes the file that the application named: links are followed, a device or pipe is written
+// through, a file keeps its mode. It is replaced whole; where that cannot be (a file of somebody
+// else's, one with several names, a directory that may not be written) it is written over in its
+// place. 1, or -52 with the old content where it could be kept.
+int gravarDestino(const std::string &caminho, std::string_view conteudo);
 
 // The same for a file that no one relies on yet: the directory is left for the caller to flush, and
 // a file that was there before may be lost. 1 or -52.
@@ -40,6 +58,10 @@ int descarregarDiretorio(const std::string &caminho);
 
 // Removes a file; one that does not exist is removed already. 1 or -52.
 int removerArquivo(const std::string &caminho);
+
+// Removes the scratch files that a dead process left in a directory (its path ends in "/"), those
+// of files whose name `nosso` takes. Nothing else there is touched.
+void removerRascunhos(const std::string &diretorio, bool (*nosso)(std::string_view nome));
 
 // False only when it is known that there is none.
 bool existeArquivo(const std::string &caminho);

@@ -35,8 +35,8 @@ int transformarArquivo(std::string_view origem, std::string_view destino, std::s
     std::string conteudo;
     if (lerArquivo(std::string(origem.substr(0, kMaximoCaminho)), conteudo) != Leitura::kLido)
         return ZEL_ARQUIVO_INDISPONIVEL;
-    return substituirArquivo(std::string(destino.substr(0, kMaximoCaminho)),
-                             transformar(conteudo, chave.substr(0, kMaximaChave)), Acesso::kUmask);
+    return gravarDestino(std::string(destino.substr(0, kMaximoCaminho)),
+                         transformar(conteudo, chave.substr(0, kMaximaChave)));
 }
 
 // The library's own files: a text with its terminating zero, both under the fixed key.
@@ -83,7 +83,8 @@ int fnCriarArquivoCriptUltimaDanfe(std::string_view texto) {
 
 int fnLerArquivoCriptUltimaDanfe(std::string &texto) {
     std::string conteudo;
-    if (lerArquivo(fnConfigurarPath(kUltimaDanfe), conteudo) != Leitura::kLido)
+    if (lerArquivo(fnConfigurarPath(kUltimaDanfe), conteudo, Ligacao::kNaoSeguida) !=
+        Leitura::kLido)
         return ZEL_ARQUIVO_INDISPONIVEL;
     texto = fnDescriptografar(conteudo, kChaveFixa);
     texto.resize(std::min(texto.find('\0'), texto.size()));

@@ -30,14 +30,27 @@ std::string diretorioDaBiblioteca() {
 // Found while the library is loaded, before the application can change its working directory.
 const std::string kDiretorioDaBiblioteca = diretorioDaBiblioteca();
 
-} // namespace
-
-std::string fnConfigurarPath(std::string_view nome) {
-    const char *escolhido = std::getenv("ZEL_DIRETORIO");
+// A host with more rights than its user takes no directory from him.
+std::string escolherDiretorio() {
+    const char *escolhido = ::secure_getenv("ZEL_DIRETORIO");
     std::string diretorio =
         escolhido != nullptr && escolhido[0] == '/' ? escolhido : kDiretorioDaBiblioteca;
     if (!diretorio.ends_with('/')) diretorio.push_back('/');
-    return diretorio.append(nome);
+    return diretorio;
+}
+
+// Chosen by the first call that needs it; empty until then.
+std::string diretorioDeDados;
+
+} // namespace
+
+std::string fnConfigurarPath(std::string_view nome) {
+    if (diretorioDeDados.empty()) diretorioDeDados = escolherDiretorio();
+    return std::string(diretorioDeDados).append(nome);
+}
+
+void esquecerDiretorio() {
+    diretorioDeDados.clear();
 }
 
 std::vector<std::string_view> separarDiretorios(std::string_view lista) {

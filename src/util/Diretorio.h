@@ -9,9 +9,13 @@
 
 namespace zel {
 
-// The data directory, ending in "/", with `nome` behind it. ZEL_DIRETORIO counts when it is an
-// absolute path; a relative one would follow the application's working directory about.
+// The data directory, ending in "/", followed by `nome`. ZEL_DIRETORIO is read once per process, by
+// the first call, and counts when it is an absolute path (a relative one would follow the
+// application's working directory about) and the process has no more rights than its user.
 std::string fnConfigurarPath(std::string_view nome);
+
+// Chooses the data directory anew at the next call, as a new process would.
+void esquecerDiretorio();
 
 // The directories of a list "dirA/|dirB/": at most three, each cut to 300 characters and used as
 // given, so that it ends with its own "/". Empty places are skipped.

@@ -31,13 +31,25 @@ std::string carimbo(const std::tm &momento) {
         .append(formatarInteiro(momento.tm_sec, 2));
 }
 
+// Without ".xml".
 std::string nomeDaCopia(Direcao direcao, TipoCopia tipo, bool carimbado, const std::tm &momento) {
     const auto qual = static_cast<std::size_t>(direcao);
-    if (!carimbado) return std::string(kSimples[qual]).append(".xml");
+    if (!carimbado) return std::string(kSimples[qual]);
     return std::string(kCarimbados[qual])
         .append(kTipos[static_cast<std::size_t>(tipo)])
-        .append(carimbo(momento))
-        .append(".xml");
+        .append(carimbo(momento));
+}
+
+// A stamp has steps of one second: the second document of the same one, of this till or of another
+// that copies to the same place, gets "_2" after its name, and so on.
+int gravarCarimbada(const std::string &caminho, std::string_view conteudo) {
+    constexpr int kMaximoPorSegundo = 1000;
+    int resultado = ZEL_RECUSADO;
+    for (int vez = 1; resultado == ZEL_RECUSADO && vez <= kMaximoPorSegundo; ++vez) {
+        const std::string sufixo = vez == 1 ? "" : "_" + formatarInteiro(vez);
+        resultado = criarArquivo(std::string(caminho).append(sufixo).append(".xml"), conteudo);
+    }
+    return resultado;
 }
 
 } // namespace
@@ -56,7 +68,10 @@ int fnReplicarDados(Direcao direcao, TipoCopia tipo, std::string_view diretorios
     const std::string nome = nomeDaCopia(direcao, tipo, carimbado, momento);
     for (const auto prefixo : separarDiretorios(diretorios)) {
         const std::string caminho = std::string(prefixo).append(nome);
-        if (substituirArquivo(caminho, conteudo, Acesso::kUmask) != ZEL_OK) return 0;
+        const int resultado = carimbado
+                                  ? gravarCarimbada(caminho, conteudo)
+                                  : substituirArquivo(caminho + ".xml", conteudo, Acesso::kUmask);
+        if (resultado != ZEL_OK) return 0;
     }
     return 1;
 }

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <iterator>
@@ -49,15 +50,23 @@ Caixa::Caixa() {
     iniciar();
 }
 
+Caixa::Caixa(const Caixa &daMesmaLoja) : diretorio_(daMesmaLoja.diretorio_), dono_(false) {
+    iniciar();
+}
+
 Caixa::~Caixa() {
     parar();
+    if (!dono_) return;
     std::error_code ignorado;
     fs::remove_all(diretorio_, ignorado);
 }
 
 void Caixa::iniciar() {
     // Another file name is another library to the loader, with globals of its own.
-    const fs::path copia = diretorio_ / (std::string(kPrefixo) + std::to_string(++copia_) + ".so");
+    static int copias = 0;
+    const std::string nome =
+        std::string(kPrefixo) + std::to_string(getpid()) + "_" + std::to_string(++copias) + ".so";
+    const fs::path copia = diretorio_ / nome;
     fs::copy_file(ZEL_BIBLIOTECA, copia);
     biblioteca_ = dlopen(copia.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (biblioteca_ == nullptr) throw std::runtime_error(dlerror());

@@ -15,8 +15,9 @@ class Caixa {
 public:
     // Loads the library from a fresh, empty directory.
     Caixa();
+    // A second process over the files of another till: a copy of the library of its own.
+    explicit Caixa(const Caixa &daMesmaLoja);
     ~Caixa();
-    Caixa(const Caixa &) = delete;
     Caixa &operator=(const Caixa &) = delete;
 
     const Funcoes *operator->() const { return funcoes_.get(); }
@@ -49,7 +50,7 @@ public:
 
 private:
     std::filesystem::path diretorio_;
-    int copia_ = 0;
+    bool dono_ = true; // of the directory
     void *biblioteca_ = nullptr;
     std::unique_ptr<Funcoes> funcoes_;
 };

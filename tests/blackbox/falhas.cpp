@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -151,10 +152,11 @@ TEST(ArquivoDePersistencia, trocado_por_fora_nao_perde_o_cupom) {
     ASSERT_EQ(vender(caixa), ZEL_OK);
     caixa.reiniciar();
     EXPECT_EQ(caixa.info("1"), "2");
+    ASSERT_EQ(vender(caixa), ZEL_OK);
     caixa.escreverArquivo("ArqPersist.bin", "01|\r\n");
     ASSERT_EQ(vender(caixa), ZEL_OK);
     caixa.reiniciar();
-    EXPECT_EQ(caixa.info("1"), "3") << "the process that held the receipt wrote it whole";
+    EXPECT_EQ(caixa.info("1"), "4") << "the process that held the receipt wrote it whole";
 }
 
 TEST(Arquivos, segredos_so_para_o_dono_e_ligacoes_ficam) {
@@ -176,6 +178,125 @@ TEST(Arquivos, segredos_so_para_o_dono_e_ligacoes_ficam) {
     EXPECT_TRUE(fs::is_symlink(nome));
     EXPECT_EQ(modo("real.xml"), kDono | fs::perms::group_read);
     EXPECT_NE(caixa.lerArquivo("real.xml").find("Outra Loja"), std::string::npos);
+}
+
+// Whoever may write in the directory must not be able to send a host with more rights elsewhere.
+TEST(Arquivos, ligacao_so_a_configuracao_segue) {
+    Caixa caixa;
+    caixa.config("CONFIGURACAO\\SalvarDanfePDF", "1");
+    const std::string fora = caixa.diretorio() + "fora";
+    const auto ligar = [&](const char *nome) {
+        fs::remove(caixa.diretorio() + nome);
+        fs::create_symlink("fora", caixa.diretorio() + nome);
+    };
+    caixa.escreverArquivo("fora", "01|\r\n");
+    ligar("ArqPersist.bin");
+    EXPECT_EQ(abrir(caixa), ZEL_ARQUIVO_INDISPONIVEL);
+    fs::remove(caixa.diretorio() + "ArqPersist.bin");
+    for (const char *nome : {"documentosEnvio.xml", "ArqPersist.tmp", "documentosEnvio.xml.tmp"})
+        if (nome != std::string_view("documentosEnvio.xml")) fs::remove(caixa.diretorio() + nome);
+    ligar("documentosEnvio.xml");
+    ligar("ultimadanfe.bin");
+    for (const Passo passo : kPassos)
+        ASSERT_EQ(passo(caixa), ZEL_OK);
+    const std::string nota = caixa.diretorio() + "documentosEnvio.xml";
+    std::vector<char> cupom(ZEL_TAMANHO_CUPOM);
+    caixa.config("CONFIGURACAO\\SalvarDanfePDF", "0");
+    ASSERT_EQ(
+        caixa->GerarArquivoFormatadoNF_ZEL(nota.c_str(), "OFFLINE", "", 48, 1, "", cupom.data()),
+        ZEL_OK);
+    EXPECT_EQ(caixa.lerArquivo("fora"), "01|\r\n");
+    EXPECT_FALSE(fs::is_symlink(nota));
+    EXPECT_FALSE(fs::is_symlink(caixa.diretorio() + "ultimadanfe.bin"));
+}
+
+TEST(Arquivos, rascunhos_de_um_processo_morto_somem) {
+    Caixa caixa;
+    ASSERT_EQ(abrir(caixa), ZEL_OK);
+    caixa.parar();
+    const std::string chave(44, '7');
+    const std::string nossos[] = {"ZEL_Framework.xml.novo",          "ArqPersist.tmp.novo",
+                                  "documentosEnvio.xml.novo.antigo", "danfe_pdf_temp.xml",
+                                  "NFe" + chave + "_DANFE.pdf.novo", chave + ".ctg.novo"};
+    const std::string alheios[] = {"relatorio.novo", "NFe.pdf.novo", "novo", "x.ctg.novo"};
+    for (const std::string &nome : nossos)
+        caixa.escreverArquivo(nome, "dados de alguem");
+    for (const std::string &nome : alheios)
+        caixa.escreverArquivo(nome, "de outro programa");
+    caixa.iniciar();
+    EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 1);
+    for (const std::string &nome : nossos)
+        EXPECT_FALSE(caixa.existe(nome)) << nome;
+    for (const std::string &nome : alheios)
+        EXPECT_TRUE(caixa.existe(nome)) << nome;
+}
+
+// The file that the application names is its own: it stays what it is.
+TEST(Embaralhar, o_destino_continua_o_que_era) {
+    const Caixa caixa;
+    const std::string origem = caixa.diretorio() + "origem",
+                      destino = caixa.diretorio() + "destino",
+                      ligacao = caixa.diretorio() + "ligacao",
+                      fechado = caixa.diretorio() + "fechado";
+    constexpr auto kDono = fs::perms::owner_read | fs::perms::owner_write;
+    const auto embaralhar = [&](const std::string &para) {
+        return caixa->eCriptografarArquivo_ZEL(origem.c_str(), para.c_str(), "chave");
+    };
+    caixa.escreverArquivo("origem", "texto");
+    ASSERT_EQ(embaralhar(destino), ZEL_OK);
+    const std::string embaralhado = caixa.lerArquivo("destino");
+
+    caixa.escreverArquivo("destino", "um texto mais comprido");
+    fs::permissions(destino, kDono);
+    fs::create_symlink("destino", ligacao);
+    EXPECT_EQ(embaralhar(ligacao), ZEL_OK);
+    EXPECT_EQ(fs::status(destino).permissions(), kDono);
+    EXPECT_TRUE(fs::is_symlink(ligacao));
+    EXPECT_EQ(caixa.lerArquivo("destino"), embaralhado);
+    EXPECT_EQ(embaralhar("/dev/null"), ZEL_OK);
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+    EXPECT_EQ(embaralhar("/dev/full"), ZEL_ARQUIVO_INDISPONIVEL);
+    EXPECT_EQ(embaralhar(caixa.diretorio()), ZEL_ARQUIVO_INDISPONIVEL);
+
+    // A directory that may not be written, by a user to whom that matters.
+    fs::create_directory(fechado);
+    caixa.escreverArquivo("fechado/meu", "um texto mais comprido");
+    constexpr uid_t kNinguem = 65534;
+    const bool root = geteuid() == 0;
+    if (root) {
+        ASSERT_EQ(chown((fechado + "/meu").c_str(), kNinguem, kNinguem), 0);
+        fs::permissions(caixa.diretorio(), fs::perms::all);
+        ASSERT_EQ(seteuid(kNinguem), 0);
+    } else {
+        fs::permissions(fechado, fs::perms::owner_read | fs::perms::owner_exec);
+    }
+    EXPECT_EQ(embaralhar(fechado + "/meu"), ZEL_OK);
+    EXPECT_EQ(embaralhar(fechado + "/outro"), ZEL_ARQUIVO_INDISPONIVEL);
+    if (root) {
+        ASSERT_EQ(seteuid(0), 0);
+    } else {
+        fs::permissions(fechado, fs::perms::owner_all);
+    }
+    EXPECT_EQ(caixa.lerArquivo("fechado/meu"), embaralhado);
+}
+
+TEST(VendaComTransportadora, acrescenta_um_registro_so) {
+    Caixa caixa;
+    caixa.config("IDE\\indPres", "4");
+    ASSERT_EQ(abrir(caixa), ZEL_OK);
+    ASSERT_EQ(
+        caixa->aCFIdentificarTransportadora_ZEL("11222333000181", "Transportes", "", "", "", ""),
+        ZEL_OK);
+    ASSERT_EQ(vender(caixa), ZEL_OK);
+    const std::string antes = caixa.lerArquivo("ArqPersist.bin");
+    ASSERT_EQ(vender(caixa), ZEL_OK);
+    const std::string depois = caixa.lerArquivo("ArqPersist.bin");
+    EXPECT_TRUE(depois.starts_with(antes) && depois.find("02|2|", antes.size()) == antes.size());
+    caixa.reiniciar();
+    EXPECT_EQ(caixa.info("1"), "2");
+    ASSERT_EQ(caixa->aCFTotalizar_ZEL("", ""), ZEL_OK);
+    const std::string registros = caixa.lerArquivo("ArqPersist.bin");
+    EXPECT_LT(registros.find("\r\n03|"), registros.find("\r\n04|")) << "in their order again";
 }
 
 } // namespace

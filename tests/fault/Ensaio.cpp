@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -15,6 +16,28 @@ namespace {
 
 constexpr long kAgora = 1795600000;
 constexpr int kPassoFalhou = 1;
+constexpr const char *kTrava = "ZEL_Framework.trava";
+
+// A process that forks off another one to come after its death is still alive: what it holds locked
+// is released through the descriptor that the other one inherits.
+void soltarTravasHerdadas() {
+    for (const fs::directory_entry &entrada : fs::directory_iterator("/proc/self/fd")) {
+        std::error_code fechado;
+        const std::string alvo = fs::read_symlink(entrada.path(), fechado).string();
+        if (alvo.find(kTrava) == alvo.npos) continue;
+        struct flock tudo {};
+        tudo.l_type = F_UNLCK;
+        fcntl(std::stoi(entrada.path().filename()), F_OFD_SETLK, &tudo);
+    }
+}
+
+// Beside a file of the library's; those beside a file that the application named are its own.
+bool temRascunho(const disco::Fotografia &arquivos) {
+    return std::any_of(arquivos.begin(), arquivos.end(), [](const auto &arquivo) {
+        return arquivo.first.ends_with(".novo") && !arquivo.first.starts_with("embaralhado") &&
+               !arquivo.first.starts_with("claro");
+    });
+}
 
 } // namespace
 
@@ -98,8 +121,8 @@ Retrato retratar(const Funcoes &funcoes, const std::string &diretorio) {
     if (const auto config = retrato.arquivos.find("ZEL_Framework.xml");
         config != retrato.arquivos.end())
         config->second.resize(config->second.find_last_not_of("\r\n") + 1);
-    // Scratch files of a dead process: nobody reads them, the next save removes them. The return is
-    // the sending component's.
+    // Scratch files: nobody reads them, the next process removes them. The return is the sending
+    // component's.
     std::erase_if(retrato.arquivos, [](const auto &arquivo) {
         return arquivo.first.ends_with(".novo") || arquivo.first.ends_with(".antigo") ||
                arquivo.first == "retorno.xml";
@@ -213,7 +236,10 @@ void Ensaio::conferirSucessor(std::size_t passo, bool feito) const {
     const std::size_t fim = tudo() || ++conferidos_ % 4 == 0 ? passos() : passo + 1;
     const int resposta = disco::emOutroProcesso([&] {
         const NovasFalhas falhas;
+        soltarTravasHerdadas();
         const Processo processo(diretorio_);
+        EXPECT_FALSE(temRascunho(disco::fotografar(diretorio_)))
+            << "scratch files of a dead process";
         const Retrato achado = retratar(processo.funcoes(), diretorio_);
         const bool depois = achado == retrato(passo + 1);
         if (feito) recusarSe("after it", diferenca(achado, retrato(passo + 1)));

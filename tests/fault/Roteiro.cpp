@@ -63,8 +63,7 @@ const std::vector<Roteiro> kRoteiros{
          {"inicializar", [](F f, D) { return f.aCFInicializar_ZEL(); }},
          {"alterar um valor", [](F f, D) { return f.regAlterarValor_ZEL("IDE\\indPres", "4"); }},
          {"alterar dois bytes", [](F f, D) { return f.regAlterarValor_ZEL("PROD\\CFOP", "5403"); }},
-         // Without a file in place the waiting records are the only ones there are.
-         {"abrir", abrir, true},
+         {"abrir", abrir},
          {"identificar consumidor",
           [](F f, D) {
               return f.aCFIdentificarConsumidor_ZEL("11222333000181", "Empresa", "", "", "", "", "",
@@ -129,8 +128,7 @@ const std::vector<Roteiro> kRoteiros{
      }},
     {"contingencia",
      {
-         // Without a file in place the waiting records are the only ones there are.
-         {"abrir", abrir, true},
+         {"abrir", abrir},
          {"vender", vender},
          {"totalizar", totalizar},
          {"pagar", pagar},
@@ -156,7 +154,7 @@ const std::vector<Roteiro> kRoteiros{
      }},
     {"fora_da_linha",
      {
-         {"abrir", abrir, true},
+         {"abrir", abrir},
          {"vender", vender},
          {"totalizar", totalizar},
          {"pagar", pagar},

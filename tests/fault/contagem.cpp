@@ -1,5 +1,5 @@
-// What each operation asks of the disk, as a table that is read when it changes: a save too many, a
-// flush too many or a file written twice shows here.
+// What each operation of one process asks of the disk, as a table that is read when it changes: a
+// save too many, a flush too many or a file written twice shows here.
 #include "fault/Ensaio.h"
 
 #include <gtest/gtest.h>
@@ -27,6 +27,7 @@ const Coluna kColunas[] = {
     {"descarrega", {Chamada::kDescarregar}},
     {"troca de nome", {Chamada::kRenomear, Chamada::kTrocar, Chamada::kLigar}},
     {"remove", {Chamada::kRemover}},
+    {"trava", {Chamada::kTravar}},
 };
 
 std::string linha(const char *nome, const std::vector<disco::Evento> &eventos) {
@@ -52,12 +53,12 @@ TEST(Contagem, chamadas_de_cada_operacao) {
     for (const Coluna &coluna : kColunas)
         tabela << " | " << coluna.nome;
     tabela << " | bytes |\n|---|"
-           << "---:|---:|---:|---:|---:|---:|---:|---:|\n";
+           << "---:|---:|---:|---:|---:|---:|---:|---:|---:|\n";
     for (const Roteiro &roteiro : roteiros()) {
         const Ensaio ensaio(roteiro);
+        ensaio.preparar(0);
+        const Processo processo(ensaio.diretorio());
         for (std::size_t passo = 0; passo < ensaio.passos(); ++passo) {
-            ensaio.preparar(passo);
-            const Processo processo(ensaio.diretorio());
             const disco::Vigia vigia;
             ASSERT_GT(ensaio.fazer(passo, processo.funcoes()), 0);
             tabela << linha(ensaio.nome(passo), vigia.eventos());

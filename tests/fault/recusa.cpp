@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <iostream>
 
 namespace {
@@ -27,6 +28,7 @@ constexpr Falha kFalhas[] = {
     {"EACCES", Ato::kErro, EACCES},
     {"EROFS", Ato::kErro, EROFS},
     {"EMFILE", Ato::kErro, EMFILE},
+    {"ENOLCK", Ato::kErro, ENOLCK},
     {"ENOSPC and on", Ato::kErroSempre, ENOSPC},
     {"EIO and on", Ato::kErroSempre, EIO},
 };
@@ -115,6 +117,30 @@ TEST_P(Recusa, nada_muda_ou_tudo_esta_feito) {
         }
     }
     std::cout << "[ falhas ] chamadas recusadas " << falhas << '\n';
+}
+
+// A file system without locks: the till works, and whoever reads the log knows.
+TEST(SemTravas, funciona_e_o_log_diz) {
+    constexpr std::size_t kVenda = 6;
+    const Ensaio ensaio(roteiros().front());
+    const std::string log = ensaio.diretorio() + "log";
+    int avisos = 0;
+    for (int n = 1; n <= ensaio.chamadas(kVenda, false); ++n) {
+        ensaio.preparar(kVenda);
+        const int resposta = disco::emOutroProcesso([&] {
+            setenv("ZEL_LOG", log.c_str(), 1);
+            const Processo processo(ensaio.diretorio());
+            const disco::Vigia vigia({.ato = Ato::kErro, .em = n, .erro = ENOLCK});
+            return ensaio.fazer(kVenda, processo.funcoes()) > 0 ? 0 : 1;
+        });
+        const disco::Fotografia arquivos = disco::fotografar(ensaio.diretorio());
+        const auto escrito = arquivos.find("log");
+        if (escrito == arquivos.end()) continue;
+        ++avisos;
+        EXPECT_NE(escrito->second.find(" travas"), std::string::npos) << escrito->second;
+        EXPECT_EQ(resposta, 0);
+    }
+    EXPECT_GT(avisos, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Roteiros, Recusa, testing::ValuesIn(roteiros()),

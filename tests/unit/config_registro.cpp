@@ -18,7 +18,7 @@ constexpr Chave kNNF = R"(IDE\nNF)"_chave;
 class ConfigRegistro : public testing::Test {
 protected:
     void SetUp() override {
-        ::setenv("ZEL_DIRETORIO", (pasta_ / "").c_str(), 1);
+        pasta_.serDiretorioDeDados();
         ASSERT_EQ(inicializarConfig(), ZEL_OK);
     }
     void TearDown() override { ::unsetenv("ZEL_DIRETORIO"); }

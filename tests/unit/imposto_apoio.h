@@ -35,7 +35,7 @@ inline std::string resumo(const ST_tagZEL &tag) {
 class ImpostoTest : public testing::Test {
 protected:
     void SetUp() override {
-        setenv("ZEL_DIRETORIO", (pasta_ / "").c_str(), 1);
+        pasta_.serDiretorioDeDados();
         ASSERT_EQ(inicializarConfig(), ZEL_OK);
         configurar(R"(IMPOSTO\ICMS\ICMS00)", "Orig= CST= modBC=");
         configurar("CONFIGURACAO", "estadoCFe=1");

@@ -24,7 +24,7 @@ inline const std::string kChave = "35140111222333000181650010000001231171025446"
 inline const std::string kId = "NFe" + kChave;
 
 inline std::filesystem::path ouro(std::string_view nome) {
-    return std::filesystem::path(__FILE__).parent_path() / "golden" / nome;
+    return std::filesystem::path(ZEL_OURO) / nome;
 }
 
 inline std::string dado(std::string_view nome) {
@@ -60,7 +60,7 @@ inline std::string juntar(std::initializer_list<std::string_view> campos) {
 class Teste : public testing::Test {
 protected:
     void SetUp() override {
-        ::setenv("ZEL_DIRETORIO", (pasta / "").c_str(), 1);
+        pasta.serDiretorioDeDados();
         ASSERT_EQ(inicializarConfig(), ZEL_OK);
         G_stXML_Persistencia.fnLimpar();
         G_stDadosImpressao = {};

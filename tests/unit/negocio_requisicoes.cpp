@@ -30,7 +30,7 @@ using Textos = std::array<std::string_view, N>;
 class Requisicoes : public testing::Test {
 protected:
     void SetUp() override {
-        setenv("ZEL_DIRETORIO", (pasta / "").c_str(), 1);
+        pasta.serDiretorioDeDados();
         ASSERT_EQ(inicializarConfig(), ZEL_OK);
         configurar(R"(EMIT\CNPJ)", "11222333000181");
         configurar(R"(IDE\nNF)", "123");

@@ -34,7 +34,7 @@ TEST(Cripto, key_is_cut_to_its_limit) {
 
 TEST(Cripto, last_receipt_is_private_and_comes_back_without_its_terminator) {
     const PastaTemporaria pasta;
-    ASSERT_EQ(::setenv("ZEL_DIRETORIO", (pasta / "").c_str(), 1), 0);
+    pasta.serDiretorioDeDados();
     std::string lido = "intacto";
     EXPECT_EQ(fnLerArquivoCriptUltimaDanfe(lido), ZEL_ARQUIVO_INDISPONIVEL);
     EXPECT_EQ(lido, "intacto");
@@ -61,11 +61,14 @@ TEST(Historico, copies_go_to_three_prefixes_under_their_names) {
     EXPECT_EQ(copiar(Direcao::kEnvio, false, quatro), 1);
     EXPECT_EQ(copiar(Direcao::kEnvio, false, pasta / "e_|" + pasta / "falta/|" + pasta / "f_"), 0);
     EXPECT_EQ(copiar(Direcao::kRetorno, true, pasta / ""), 1);
+    pasta.gravar("RetornoInut20140131_235909_2.xml.novo", "de outro caixa neste instante");
+    EXPECT_EQ(copiar(Direcao::kRetorno, true, pasta / ""), 1);
     EXPECT_EQ(copiar(Direcao::kCompleto, false, pasta / ""), 1);
     EXPECT_EQ(copiar(Direcao::kEnvio, false, ""), 0);
     for (const std::string nome :
          {"a_documentosEnvio.xml", "b_documentosEnvio.xml", "c_documentosEnvio.xml",
-          "e_documentosEnvio.xml", "RetornoInut20140131_235909.xml", "documentosCompleto.xml"})
+          "e_documentosEnvio.xml", "RetornoInut20140131_235909.xml",
+          "RetornoInut20140131_235909_3.xml", "documentosCompleto.xml"})
         EXPECT_EQ(pasta.ler(nome), "novo") << nome;
     for (const std::string nome : {"d_documentosEnvio.xml", "f_documentosEnvio.xml"})
         EXPECT_EQ(pasta.ler(nome), "") << nome;

@@ -96,6 +96,7 @@ void Imagens::aplicar(const Evento &evento) {
     case Chamada::kLer:
     case Chamada::kSituacao:
     case Chamada::kPermissao:
+    case Chamada::kTravar:
         break;
     }
 }

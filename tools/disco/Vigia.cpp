@@ -54,7 +54,8 @@ auto passar(Chamada chamada, Fazer fazer, Narrar narrar) {
 } // namespace
 
 bool muda(Chamada chamada) {
-    return chamada != Chamada::kLer && chamada != Chamada::kSituacao && chamada != Chamada::kFechar;
+    return chamada != Chamada::kLer && chamada != Chamada::kSituacao &&
+           chamada != Chamada::kFechar && chamada != Chamada::kTravar;
 }
 
 Vigia::Vigia(Plano plano) : plano_(plano) {
@@ -189,6 +190,16 @@ int close(int fd) {
     const int fechado = real(fd);
     // A refused close has closed all the same.
     return comDescritor(Chamada::kFechar, fd, [&] { return fechado; });
+}
+
+int fcntl(int fd, int comando, ...) {
+    static const auto real = proxima<int(int, int, void *)>("fcntl");
+    va_list argumentos;
+    va_start(argumentos, comando);
+    void *argumento = va_arg(argumentos, void *);
+    va_end(argumentos);
+    if (comando != F_OFD_SETLK) return real(fd, comando, argumento);
+    return comDescritor(Chamada::kTravar, fd, [&] { return real(fd, comando, argumento); });
 }
 
 int fchmod(int fd, mode_t modo) noexcept {

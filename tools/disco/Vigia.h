@@ -25,8 +25,9 @@ enum class Chamada {
     kRemover,
     kPermissao, // fchmod, fchown
     kFechar,
+    kTravar, // fcntl with F_OFD_SETLK
 };
-inline constexpr std::size_t kChamadas = 12;
+inline constexpr std::size_t kChamadas = 13;
 
 // Does it change what a later process finds?
 bool muda(Chamada chamada);

@@ -1,0 +1,55 @@
+#include "util/Descritor.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+#include <utility>
+
+namespace zel {
+
+namespace {
+
+constexpr int kPrimeiroLivre = 3; // after standard input, output and error
+
+// Fills the standard numbers that the host left free, so that no file is opened there even for the
+// time until it is moved.
+void ocuparPadroes() {
+    for (int fd = 0; fd < kPrimeiroLivre; ++fd) {
+        if (::fcntl(fd, F_GETFD) >= 0) continue;
+        const int nulo = insistir([] { return ::open("/dev/null", O_RDONLY | O_CLOEXEC); });
+        if (nulo >= kPrimeiroLivre) ::close(nulo);
+        if (nulo < 0 || nulo >= kPrimeiroLivre) return;
+    }
+}
+
+// Without /dev/null, or when another thread closed one of them this instant.
+int acimaDosPadroes(int fd) {
+    if (fd < 0 || fd >= kPrimeiroLivre) return fd;
+    const int acima = ::fcntl(fd, F_DUPFD_CLOEXEC, kPrimeiroLivre);
+    const int erro = errno;
+    ::close(fd);
+    errno = erro;
+    return acima;
+}
+
+} // namespace
+
+Descritor::Descritor(const char *caminho, int modo, mode_t permissoes) {
+    ocuparPadroes();
+    fd_ = acimaDosPadroes(insistir([&] { return ::open(caminho, modo | O_CLOEXEC, permissoes); }));
+}
+
+Descritor &Descritor::operator=(Descritor &&outro) noexcept {
+    if (this != &outro) {
+        fechar();
+        fd_ = std::exchange(outro.fd_, -1);
+    }
+    return *this;
+}
+
+bool Descritor::fechar() {
+    const int resultado = fd_ >= 0 ? ::close(fd_) : 0;
+    fd_ = -1;
+    return resultado == 0 || errno == EINTR;
+}
+
+} // namespace zel

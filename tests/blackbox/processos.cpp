@@ -1,0 +1,255 @@
+// Two processes over the files of one till, which is a till started twice, a till and a tool that
+// configures or prints, or a till that forked: no sale that was answered is lost, no key is in two
+// documents, and the one that goes on after the other works with what that one left.
+#include "../../fuzz/Chamadas.h"
+#include "blackbox/Caixa.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+int abrir(const Caixa &c) {
+    return c->aCFAbrir_ZEL("", "", "", "", "", "", "", "", "");
+}
+int vender(const Caixa &c) {
+    return c->aCFVender_ZEL("T1800", "1", "10.00", "", "", "1", "UN", "Produto");
+}
+int fechar(const Caixa &c) {
+    EXPECT_EQ(c->aCFTotalizar_ZEL("", ""), ZEL_OK);
+    EXPECT_EQ(c->aCFEfetuarPagamento_ZEL("01", ""), ZEL_OK);
+    return c->tCFEncerrar_ZEL("");
+}
+
+// The exit status of a process that forks off here and does that.
+int emFilho(const std::function<int()> &fazer) {
+    const pid_t filho = fork();
+    if (filho == 0) _exit(fazer());
+    int situacao = 0;
+    waitpid(filho, &situacao, 0);
+    return WIFEXITED(situacao) ? WEXITSTATUS(situacao) : -1;
+}
+
+// Functions that change the receipt; only the process that has it may.
+const std::set<std::string_view> kDoCupom{
+    "aCFAbrir_ZEL",
+    "aCFAbrirNumSerie_ZEL",
+    "aCFIdentificarConsumidor_ZEL",
+    "aCFIdentificarTransportadora_ZEL",
+    "aCFVender_ZEL",
+    "aCFVenderCompleto_ZEL",
+    "aCFVenderXml_ZEL",
+    "aCFLancarDescontoItem_ZEL",
+    "aCFLancarAcrescimoItem_ZEL",
+    "aCFCancelarItem_ZEL",
+    "aCFCancelarItemParcial_ZEL",
+    "aCFCancelarDescontoItem_ZEL",
+    "aCFCancelarAcrescimoItem_ZEL",
+    "aCFTotalizar_ZEL",
+    "aCFEfetuarPagamento_ZEL",
+    "aCFEstornarPagamento_ZEL",
+    "tCFEncerrar_ZEL",
+    "tCFEncerrarConfigMsg_ZEL",
+    "aCFContingenciaUltimaNota_ZEL",
+};
+
+TEST(DoisProcessos, o_segundo_le_e_configura_mas_nao_muda_o_cupom) {
+    Caixa primeiro;
+    ASSERT_EQ(abrir(primeiro), ZEL_OK);
+    ASSERT_EQ(vender(primeiro), ZEL_OK);
+    const Caixa segundo(primeiro);
+    EXPECT_EQ(segundo.info("1"), "1");
+    fs::current_path(primeiro.diretorio());
+    const std::string registros = primeiro.lerArquivo("ArqPersist.bin");
+    for (const Chamada &chamada : chamadas()) {
+        SCOPED_TRACE(chamada.nome);
+        const std::string config = primeiro.lerArquivo("ZEL_Framework.xml");
+        std::vector<Texto> textos;
+        for (const Argumento &argumento : chamada.argumentos)
+            textos.emplace_back(argumento.plausivel);
+        const int codigo = chamada.chamar(segundo.funcoes(), textos);
+        EXPECT_TRUE(chamada.responde(codigo)) << codigo;
+        EXPECT_EQ(primeiro.lerArquivo("ArqPersist.bin"), registros);
+        if (!kDoCupom.contains(chamada.nome)) continue;
+        EXPECT_EQ(codigo, ZEL_ARQUIVO_INDISPONIVEL);
+        EXPECT_TRUE(primeiro.lerArquivo("ZEL_Framework.xml") == config);
+    }
+    fs::current_path("/");
+    EXPECT_EQ(segundo->tCFCancelar_ZEL("", "", "", "", ""), ZEL_ARQUIVO_INDISPONIVEL)
+        << "of the receipt in progress";
+    EXPECT_EQ(segundo->rCFVerificarStatus_ZEL(), 2);
+    segundo.config("PROD\\CFOP", "5403");
+    ASSERT_EQ(vender(primeiro), ZEL_OK);
+    ASSERT_EQ(fechar(primeiro), ZEL_OK);
+    const std::string documento = primeiro.lerArquivo("documentosEnvio.xml");
+    EXPECT_NE(documento.find("<vNF>20.00</vNF>"), std::string::npos);
+    EXPECT_NE(documento.find("<CFOP>5403</CFOP>"), std::string::npos) << "seen from the next sale";
+}
+
+TEST(DoisProcessos, quem_continua_parte_do_que_o_outro_deixou) {
+    Caixa primeiro;
+    ASSERT_EQ(abrir(primeiro), ZEL_OK);
+    ASSERT_EQ(vender(primeiro), ZEL_OK);
+    Caixa segundo(primeiro);
+    ASSERT_EQ(segundo.info("1"), "1");
+    ASSERT_EQ(vender(primeiro), ZEL_OK);
+    primeiro.parar();
+    ASSERT_EQ(vender(segundo), ZEL_OK);
+    EXPECT_EQ(segundo.info("1"), "3");
+    primeiro.iniciar();
+    EXPECT_EQ(primeiro.info("1"), "3");
+    EXPECT_EQ(vender(primeiro), ZEL_ARQUIVO_INDISPONIVEL);
+    segundo.parar();
+    ASSERT_EQ(vender(primeiro), ZEL_OK);
+    EXPECT_EQ(fechar(primeiro), ZEL_OK);
+    EXPECT_NE(primeiro.lerArquivo("documentosEnvio.xml").find("<vNF>40.00</vNF>"),
+              std::string::npos);
+}
+
+// A call that is refused changes nothing, so it keeps nobody out.
+TEST(DoisProcessos, uma_recusa_nao_toma_o_cupom) {
+    Caixa primeiro;
+    EXPECT_EQ(vender(primeiro), ZEL_NENHUM_CUPOM);
+    Caixa segundo(primeiro);
+    EXPECT_EQ(abrir(segundo), ZEL_OK);
+    EXPECT_EQ(abrir(primeiro), ZEL_ARQUIVO_INDISPONIVEL);
+}
+
+// Removed with the files of an old test, or by somebody who took it for a leftover.
+TEST(DoisProcessos, trava_removida_e_tomada_de_novo) {
+    Caixa primeiro;
+    ASSERT_EQ(abrir(primeiro), ZEL_OK);
+    fs::remove(primeiro.diretorio() + "ZEL_Framework.trava");
+    ASSERT_EQ(vender(primeiro), ZEL_OK);
+    Caixa segundo(primeiro);
+    EXPECT_EQ(vender(segundo), ZEL_ARQUIVO_INDISPONIVEL);
+    EXPECT_EQ(primeiro.info("1"), "1");
+}
+
+TEST(ProcessoFilho, e_um_segundo_enquanto_o_pai_vive) {
+    Caixa caixa;
+    ASSERT_EQ(abrir(caixa), ZEL_OK);
+    ASSERT_EQ(vender(caixa), ZEL_OK);
+    EXPECT_EQ(emFilho([&] { return vender(caixa) == ZEL_ARQUIVO_INDISPONIVEL ? 0 : 1; }), 0);
+    ASSERT_EQ(vender(caixa), ZEL_OK);
+    // Its own child outlives this one, which has the receipt when it forks.
+    caixa.parar();
+    int fim[2];
+    ASSERT_EQ(pipe(fim), 0);
+    ASSERT_EQ(emFilho([&] {
+                  caixa.iniciar();
+                  const int vendido = vender(caixa);
+                  const pid_t pai = getpid();
+                  if (fork() != 0) return vendido == ZEL_OK ? 0 : 1;
+                  while (getppid() == pai)
+                      usleep(1000);
+                  const char resposta =
+                      vender(caixa) == ZEL_OK && caixa.info("1") == "4" ? 's' : 'n';
+                  _exit(write(fim[1], &resposta, 1) == 1 ? 0 : 1);
+              }),
+              0);
+    char resposta = 0;
+    EXPECT_EQ(read(fim[0], &resposta, 1), 1);
+    EXPECT_EQ(resposta, 's') << "a dead process holds nothing";
+    close(fim[0]);
+    close(fim[1]);
+    caixa.iniciar();
+    EXPECT_EQ(caixa.info("1"), "4");
+}
+
+// Processes that come and go, each with a whole receipt: one key a document.
+TEST(DoisProcessos, nenhuma_chave_em_dois_documentos) {
+    constexpr int kCupons = 15;
+    Caixa caixa;
+    caixa.config("CONFIGURACAO\\HistoricoXML", "1");
+    caixa.config("CONFIGURACAO\\PathXMLEnvio", caixa.diretorio().c_str());
+    const auto emitir = [&](int quantos) {
+        while (quantos > 0) {
+            const Caixa processo(caixa);
+            if (abrir(processo) != ZEL_OK) continue; // the other one has it
+            if (vender(processo) != ZEL_OK || fechar(processo) != ZEL_OK) return 1;
+            --quantos;
+        }
+        return 0;
+    };
+    caixa.parar();
+    const pid_t outro = fork();
+    if (outro == 0) _exit(emitir(kCupons));
+    EXPECT_EQ(emitir(kCupons), 0);
+    int situacao = 0;
+    ASSERT_EQ(waitpid(outro, &situacao, 0), outro);
+    EXPECT_EQ(situacao, 0);
+    std::set<std::string> chaves;
+    std::size_t copias = 0;
+    for (const auto &entrada : fs::directory_iterator(caixa.diretorio())) {
+        const std::string nome = entrada.path().filename();
+        if (!nome.starts_with("EnvioNFCe")) continue;
+        ++copias;
+        const std::string documento = caixa.lerArquivo(nome);
+        chaves.insert(documento.substr(documento.find("Id=\"NFe") + 7, 44));
+    }
+    EXPECT_EQ(copias, 2 * kCupons) << "documents of the same second are kept";
+    EXPECT_EQ(chaves.size(), 2 * kCupons);
+}
+
+// Each changes a value of its own: nobody's change is undone by the other one's.
+TEST(DoisProcessos, nenhuma_mudanca_da_configuracao_se_perde) {
+    Caixa caixa;
+    ASSERT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
+    const auto mudar = [](const Caixa &c, const char *chave, const std::string &inicial) {
+        for (int vez = 0; vez < 100; ++vez) {
+            const std::string valor = inicial + std::string(static_cast<std::size_t>(vez % 7), 'x');
+            if (c->regAlterarValor_ZEL(chave, valor.c_str()) != ZEL_OK) return 1;
+            if (c->aCFInicializar_ZEL() != ZEL_OK || c.config(chave) != valor) return 1;
+        }
+        return 0;
+    };
+    const pid_t outro = fork();
+    if (outro == 0) _exit(mudar(Caixa(caixa), "EMIT\\xNome", "Loja"));
+    EXPECT_EQ(mudar(caixa, "IDE\\natOP", "Venda"), 0);
+    int situacao = 0;
+    ASSERT_EQ(waitpid(outro, &situacao, 0), outro);
+    EXPECT_EQ(situacao, 0);
+}
+
+TEST(DiretorioDeDados, e_escolhido_uma_vez) {
+    const Caixa caixa;
+    ASSERT_EQ(abrir(caixa), ZEL_OK);
+    setenv("ZEL_DIRETORIO", "/nao/existe", 1);
+    EXPECT_EQ(vender(caixa), ZEL_OK);
+    unsetenv("ZEL_DIRETORIO");
+    EXPECT_NE(caixa.lerArquivo("ArqPersist.bin").find("Produto"), std::string::npos);
+}
+
+// What a host prints after it closed a standard stream must not land in a file of the library's.
+TEST(DescritoresPadrao, nenhum_arquivo_os_usa) {
+    for (const int fechado : {0, 1, 2}) {
+        SCOPED_TRACE(fechado);
+        Caixa caixa;
+        caixa.parar();
+        const int resposta = emFilho([&] {
+            close(fechado);
+            std::jthread impressora([&](const std::stop_token &parar) {
+                while (!parar.stop_requested())
+                    static_cast<void>(write(fechado, "LINHA DE LOG\n", 13) > 0);
+            });
+            caixa.iniciar();
+            for (int cupom = 0; cupom < 3; ++cupom)
+                if (abrir(caixa) != ZEL_OK || vender(caixa) != ZEL_OK || fechar(caixa) != ZEL_OK)
+                    return 2;
+            return 0;
+        });
+        EXPECT_EQ(resposta, 0);
+        for (const char *nome : {"ZEL_Framework.xml", "ArqPersist.bin", "documentosEnvio.xml"})
+            EXPECT_EQ(caixa.lerArquivo(nome).find("LINHA"), std::string::npos) << nome;
+    }
+}
+
+} // namespace
