@@ -11,8 +11,8 @@
  *     document as references. Control bytes are dropped, a tab or a line end becomes one blank (the
  *     closing messages keep their line ends). Tag text, given whole, keeps what it holds.
  *  2. Lengths are in characters. "Up to n" means that longer text is cut, "n to m" that a longer
- * one is cut and a shorter one refused, "n to m, else left out" that text of another length is not
- *     written, "exactly n" that it is refused.
+ *     one is cut and a shorter one refused, "n to m, else left out" that text of another length is
+ *     not written, "exactly n" that it is refused.
  *  3. Numbers are decimal texts of up to 15 characters: optional blanks, digits, at most one comma
  *     or point; reading ends at the first other character and no digits count as zero. Neither
  *     reading nor writing depends on the process locale. Money has two decimals, a sold quantity
@@ -30,15 +30,23 @@
  *     state, tCFCancelar_ZEL also ZEL_CANCELAMENTO_GRAVADO). A failure leaves document, state and
  *     files as they were, except where a function says otherwise. Two general codes are not
  *     repeated with each function: ZEL_ARQUIVO_INDISPONIVEL, a file cannot be read or written (no
- *     permission, disk full, directory gone), memory is short, or there is no document in progress
- *     where one is needed; and ZEL_CONFIG_ILEGIVEL, a function that loads the configuration finds
+ *     permission, disk full, directory gone), another process has the receipt (8), memory is short,
+ *     or there is no document in progress where one is needed; and ZEL_CONFIG_ILEGIVEL, a function that loads the configuration finds
  *     the file without its root tags. No exception leaves the library.
- *  8. The library has no threads and no locks: serialise the calls of a process, and let one
- *     process at a time use a directory. Any function may be the first one called.
+ *  8. The library has no threads: serialise the calls of a process. One process at a time has the
+ *     receipt of a data directory: from its first change of the receipt that succeeds to its end,
+ *     the functions of the groups "Opening", "Items", "Totalization and payment" and the closings,
+ *     reissues and the cancellation of the receipt in progress answer ZEL_ARQUIVO_INDISPONIVEL to
+ *     every other process (a forked child is one) and change nothing. Reading, configuring,
+ *     requesting and printing stay possible there; two changes of files wait for each other, three
+ *     seconds at most. The lock file ZEL_Framework.trava holds nothing and may stay. Any function
+ *     may be the first one called.
  *  9. Files stand in the data directory: that of the loaded library, or the absolute path in the
- *     environment variable ZEL_DIRETORIO. ZEL_Framework.xml holds configuration and state (created
- *     with its defaults when missing, readable by its owner alone), ArqPersist.bin the document in
- *     progress. "Loads the configuration" means that a change made by another program is seen.
+ *     environment variable ZEL_DIRETORIO, which is read once, by the first call of the process (a
+ *     process with more rights than its user ignores it). ZEL_Framework.xml holds configuration and
+ *     state (created with its defaults when missing, readable by its owner alone), ArqPersist.bin
+ *     the document in progress. "Loads the configuration" means that a change made by another
+ *     program is seen. A symbolic link is followed in the place of ZEL_Framework.xml alone.
  * 10. Success means on disk: written, flushed, renamed. A process that dies between two calls, or
  *     within one, leaves a receipt that the next process goes on with.
  *
@@ -187,7 +195,9 @@ ZEL_API int aCFIdentificarTransportadora_ZEL(const char *documento, const char *
  *   codigo         product code, 1 to 60
  *   unidade        1 to 6
  *   descricao      1 to 120
- * NCM, CFOP and indTot come from PROD\NCM, PROD\CFOP and PROD\indTot.
+ * NCM, CFOP and indTot come from PROD\NCM, PROD\CFOP and PROD\indTot. While a value that ICMS00,
+ * ICMS40 or ICMS60 requires (its CST; modBC of ICMS00) is empty in the configuration, the item is
+ * sold with an empty ICMS group, which the tax authority refuses: configure the group whole.
  * Codes: ZEL_ARGUMENTO_INVALIDO, a negative number, or a malformed unit price or amount;
  * ZEL_AJUSTE_EXCESSIVO; ZEL_RECUSADO, no ICMS group configured or one without a required value, or
  * a thousandth item (before the state is looked at); ZEL_NENHUM_CUPOM, ZEL_VENDA_FORA_DE_ORDEM;
@@ -280,8 +290,9 @@ ZEL_API int aCFValorLeiImposto_ZEL(const char *valor);
  * leaves state 4, and the closing can be repeated; a history copy that cannot be written fails
  * nothing.
  * Codes: ZEL_NENHUM_CUPOM, ZEL_ENCERRAMENTO_FORA_DE_ORDEM; ZEL_CONSUMIDOR_OBRIGATORIO, no CPF, CNPJ
- * or foreign id; ZEL_RECUSADO, the document cannot be assembled (IDE\nNF would pass 999999999).
- * Loads the configuration. Files: ArqPersist.bin, ZEL_Framework.xml, documentosEnvio.xml, the
+ * or foreign id; ZEL_RECUSADO, the document cannot be assembled: IDE\nNF would pass 999999999, or
+ * the values of the access key are not digits (IDE\cUF, Mod, Serie and tpEmis, EMIT\CNPJ). Put the
+ * value right with regAlterarValor_ZEL and close again: the receipt waits in state 4. Loads the configuration. Files: ArqPersist.bin, ZEL_Framework.xml, documentosEnvio.xml, the
  * history copies. */
 ZEL_API int tCFEncerrar_ZEL(const char *informacoes);
 
@@ -450,7 +461,8 @@ ZEL_API int GeraPDF_ZEL(const char *xmlBase64);
 ZEL_API int GeraPDF_DANFE_ZEL(const char *xmlBase64);
 
 /* Scrambles, respectively unscrambles, the file `origem` into the file `destino`; they may be the
- * same. File names up to 300, used as given; `chave` up to 1023, used cyclically. A wrong key gives
+ * same. A target that exists keeps its mode, a link is followed, a device is written through. File
+ * names up to 300, used as given; `chave` up to 1023, used cyclically. A wrong key gives
  * rubbish, no failure. Unscrambling ends at a plain byte 0xFF. Any state. Code:
  * ZEL_ARQUIVO_INDISPONIVEL, either file cannot be opened or written. */
 ZEL_API int eCriptografarArquivo_ZEL(const char *origem, const char *destino, const char *chave);

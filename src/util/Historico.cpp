@@ -46,8 +46,9 @@ int gravarCarimbada(const std::string &caminho, std::string_view conteudo) {
     constexpr int kMaximoPorSegundo = 1000;
     int resultado = ZEL_RECUSADO;
     for (int vez = 1; resultado == ZEL_RECUSADO && vez <= kMaximoPorSegundo; ++vez) {
-        const std::string sufixo = vez == 1 ? "" : "_" + formatarInteiro(vez);
-        resultado = criarArquivo(std::string(caminho).append(sufixo).append(".xml"), conteudo);
+        std::string nome = caminho;
+        if (vez > 1) nome.append("_").append(formatarInteiro(vez));
+        resultado = criarArquivo(nome.append(".xml"), conteudo);
     }
     return resultado;
 }
