@@ -10,7 +10,7 @@ namespace zel {
 
 namespace {
 
-constexpr int kMaximoVoltas = 4;
+constexpr int kMaximoVoltas = 8;
 
 // A piece of the text and what takes its place.
 struct Edicao {
@@ -35,6 +35,10 @@ std::string aplicar(std::string_view texto, const Varredura &varredura,
     return resultado.append(texto.substr(copiado));
 }
 
+std::string tagDeFim(std::string_view nome) {
+    return std::string("</").append(nome).append(">");
+}
+
 // The lines of the entries from `inicio` up to and including `fim`.
 std::string escrever(std::size_t inicio, std::size_t fim, const ValoresConfig &valores) {
     std::string linhas;
@@ -42,50 +46,55 @@ std::string escrever(std::size_t inicio, std::size_t fim, const ValoresConfig &v
         const std::string_view nome = stZELTAGs[i].nome;
         linhas.append(std::size_t{2} * kLugares[i].nivel, ' ').append("<").append(nome).append(">");
         if (stZELTAGs[i].tipo == TipoEntrada::kChave)
-            linhas.append(valores[Chave{static_cast<std::uint16_t>(i)}])
-                .append("</")
-                .append(nome)
-                .append(">");
+            linhas.append(valores[Chave{static_cast<std::uint16_t>(i)}]).append(tagDeFim(nome));
         linhas.append("\r\n");
     }
     return linhas;
 }
 
 // What the text lacks.
-std::vector<Edicao> faltas(std::string_view texto, const Varredura &varredura,
-                           const ValoresConfig &valores) {
+std::vector<Edicao> faltas(const Varredura &varredura, const ValoresConfig &valores) {
     std::vector<Edicao> edicoes;
     // A value without its end tag would take in what is added behind it.
     for (const ElementoConfig &elemento : varredura.elementos)
-        if (!elemento.fechado)
+        if (elemento.forma == FormaElemento::kSemFim)
             edicoes.push_back(
-                {elemento.fim, elemento.fim,
-                 std::string("</").append(stZELTAGs[elemento.chave.indice].nome).append(">")});
+                {elemento.fim, elemento.fim, tagDeFim(stZELTAGs[elemento.chave.indice].nome)});
     for (std::size_t i = 1; i + 1 < kTotalEntradas; ++i) {
         if (stZELTAGs[i].tipo == TipoEntrada::kFechaGrupo || varredura.presentes[i]) continue;
-        const std::size_t lugar = varredura.fimDosGrupos[kLugares[i].grupo];
-        if (lugar != texto.npos) {
+        const std::uint16_t grupo = kLugares[i].grupo;
+        const FimDeGrupo &lugar = varredura.fimDosGrupos[grupo];
+        const std::size_t recuo = std::size_t{2} * kLugares[grupo].nivel;
+        if (lugar.vazio()) {
+            // It gets an end tag on a line of its own, and then what it lacks like any other.
+            const std::string fim = ">\r\n" + std::string(recuo, ' ');
+            edicoes.push_back({lugar.inicio, lugar.fim, fim + tagDeFim(stZELTAGs[grupo].nome)});
+            i = kLugares[grupo].fim;
+            continue;
+        }
+        if (lugar.existe()) {
             // The end tag's own indentation begins the new lines; another one is left for it.
-            const std::size_t recuo = std::size_t{2} * kLugares[i].nivel - 2;
             std::string linhas = escrever(i, kLugares[i].fim, valores).substr(recuo);
             linhas.append(recuo, ' ');
-            edicoes.push_back({lugar, lugar, std::move(linhas)});
+            edicoes.push_back({lugar.inicio, lugar.fim, std::move(linhas)});
         }
         i = kLugares[i].fim;
     }
     return edicoes;
 }
 
-// In a torn text, what is added may end an element that had no end and so hide others: what is
-// lacking then is looked for again.
-std::string completar(std::string texto, const ValoresConfig &valores) {
+// An empty group is opened before it is filled; in a torn text, what is added may end an element
+// that had no end and so hide others: what is lacking then is looked for again. A text that is
+// never complete stays as it is, for what one load added, the next would add again.
+std::string completar(std::string_view original, const ValoresConfig &valores) {
+    std::string texto(original);
     for (int volta = 0; volta < kMaximoVoltas; ++volta) {
         const auto varredura = varrerConfig(texto);
-        auto edicoes = faltas(texto, *varredura, valores);
-        if (edicoes.empty()) break;
+        auto edicoes = faltas(*varredura, valores);
+        if (edicoes.empty()) return texto;
         texto = aplicar(texto, *varredura, std::move(edicoes));
     }
-    return texto;
+    return std::string(original);
 }
 
 } // namespace
@@ -109,7 +118,7 @@ std::optional<CargaConfig> fnXML_CarregarXML(std::string_view texto, const Valor
     CargaConfig carga{atuais, {}, varredura->inteira()};
     for (const ElementoConfig &elemento : varredura->entendidos())
         carga.valores.definir(elemento.chave, elemento.valor(texto));
-    carga.texto = completar(std::string(texto), carga.valores);
+    carga.texto = completar(texto, carga.valores);
     return carga;
 }
 
@@ -126,8 +135,12 @@ std::optional<std::string> fnXML_AlterarArquivo(std::string_view texto,
             std::find_if(alteracoes.rbegin(), alteracoes.rend(), [&](const Alteracao &candidata) {
                 return donaDoValor(candidata.chave) == donaDoValor(elemento.chave);
             });
-        if (alteracao != alteracoes.rend() && alteracao->valor != elemento.valor(texto))
-            edicoes.push_back({elemento.inicio, elemento.fim, alteracao->valor});
+        if (alteracao == alteracoes.rend() || alteracao->valor == elemento.valor(texto)) continue;
+        const std::string_view nome = stZELTAGs[elemento.chave.indice].nome;
+        edicoes.push_back({elemento.inicio, elemento.fim,
+                           elemento.forma == FormaElemento::kVazio
+                               ? ">" + alteracao->valor + tagDeFim(nome)
+                               : alteracao->valor});
     }
     return aplicar(texto, *varredura, std::move(edicoes));
 }

@@ -44,9 +44,11 @@ struct CargaConfig {
 };
 
 // Reads the values of a file over `atuais`. An element that the catalogue does not know under the
-// groups around it ends the reading; keys behind it keep their value. Keys and groups that stand
-// nowhere in the text are added to it before the end tag of their group, if that is there, and so
-// is a key's missing end tag. None when one of the root's tags is missing.
+// groups around it ends the reading; keys behind it keep their value. A key or group written as an
+// empty element ("<key/>") is that one, empty. Keys and groups that stand nowhere in the text are
+// added to it before the end tag of their group, if that is there, and so is a key's missing end
+// tag; a text so torn that something would be lacking again stays as it is. None when one of the
+// root's tags is missing.
 std::optional<CargaConfig> fnXML_CarregarXML(std::string_view texto, const ValoresConfig &atuais);
 
 // The text with the changes made in each element of their keys, ended one character behind the

@@ -1,7 +1,7 @@
 #include "config/VarreduraConfig.h"
 
 #include <algorithm>
-#include <string>
+#include <utility>
 
 namespace zel {
 
@@ -10,14 +10,15 @@ namespace {
 constexpr std::string_view kInicioRaiz = "<FRAMEWORKZEL>";
 constexpr std::string_view kFimRaiz = "</FRAMEWORKZEL>";
 
-// Looking for the end of an unknown element may read the text to its end; a text with more of them
-// than this is not looked at further, so that none takes the square of its length.
-constexpr int kMaximoDesconhecidos = 50;
+constexpr std::string_view kBrancos = " \t\r\n";
 
 struct TagConfig {
     std::size_t inicio; // of its "<"
     std::size_t fim;    // behind its ">"
     std::string_view nome;
+    bool vazia = false; // an element without content: "<name/>"
+
+    std::size_t fimDoNome() const { return inicio + 1 + nome.size(); }
 };
 
 // The place behind the comment that begins at `posicao`.
@@ -38,18 +39,42 @@ std::optional<TagConfig> fnXML_RetornarProxTag(std::string_view texto, std::size
     if (fim == texto.npos) return std::nullopt;
     // A "<" without its ">" must not swallow the tag behind it: it is a tag without a name.
     if (texto[fim] == '<') return TagConfig{posicao, fim, {}};
-    return TagConfig{posicao, fim + 1, texto.substr(posicao + 1, fim - posicao - 1)};
+    TagConfig tag{posicao, fim + 1, texto.substr(posicao + 1, fim - posicao - 1)};
+    tag.vazia = tag.nome.ends_with('/') && !tag.nome.starts_with('/');
+    if (tag.vazia) {
+        tag.nome.remove_suffix(1);
+        tag.nome = tag.nome.substr(0, tag.nome.find_last_not_of(kBrancos) + 1);
+    }
+    return tag;
 }
 
-std::string tagDeFim(std::string_view nome) {
-    return std::string("</").append(nome).append(">");
-}
+// The end tags of a text, wherever they stand, by name: looking for the end of one unknown element
+// after another must not read the rest of the text each time.
+class TagsDeFim {
+public:
+    explicit TagsDeFim(std::string_view texto) {
+        for (std::size_t i = 0; (i = texto.find("</", i)) != texto.npos; i += 2) {
+            const std::size_t fim = texto.find_first_of("<>", i + 2);
+            if (fim == texto.npos) break;
+            if (texto[fim] == '>') tags_.emplace_back(texto.substr(i + 2, fim - i - 2), i);
+        }
+        std::sort(tags_.begin(), tags_.end());
+    }
+
+    // The place of the first one of that name from `posicao` on, npos without any.
+    std::size_t primeira(std::string_view nome, std::size_t posicao) const {
+        const auto tag = std::lower_bound(tags_.begin(), tags_.end(), std::pair(nome, posicao));
+        return tag != tags_.end() && tag->first == nome ? tag->second : nome.npos;
+    }
+
+private:
+    std::vector<std::pair<std::string_view, std::size_t>> tags_;
+};
 
 class Varredor {
 public:
     explicit Varredor(std::string_view texto)
         : texto_(texto), posicao_(texto.find(kInicioRaiz) + kInicioRaiz.size()) {
-        resultado_.fimDosGrupos.fill(Varredura::kAusente);
         abrirGrupo(0);
     }
 
@@ -74,11 +99,13 @@ private:
             if (!entrada) continue;
             if (nivel != pilha_.size()) resultado_.regular = false;
             pilha_.resize(nivel);
-            return stZELTAGs[*entrada].tipo == TipoEntrada::kChave ? lerChave(*entrada)
-                                                                   : abrirGrupo(*entrada);
+            if (stZELTAGs[*entrada].tipo == TipoEntrada::kChave) return lerChave(*entrada, tag);
+            abrirGrupo(*entrada);
+            if (tag.vazia) fecharGrupo({tag.fimDoNome(), tag.fim});
+            return;
         }
         resultado_.regular = false;
-        pularDesconhecido(tag.nome);
+        if (!tag.vazia) pularDesconhecido(tag.nome);
     }
 
     std::optional<std::uint16_t> entradaDe(std::uint16_t grupo, std::string_view nome) const {
@@ -98,7 +125,23 @@ private:
         pilha_.push_back(grupo);
     }
 
-    void lerChave(std::uint16_t chave) {
+    // Ends the innermost open group; of one that is written twice the first end counts.
+    void fecharGrupo(FimDeGrupo lugar) {
+        FimDeGrupo &fim = resultado_.fimDosGrupos[pilha_.back()];
+        if (!fim.existe()) fim = lugar;
+        pilha_.pop_back();
+    }
+
+    void anotar(const ElementoConfig &elemento) {
+        const std::size_t chave = elemento.chave.indice;
+        resultado_.presentes[chave] = lidasNoGrupo_[chave] = true;
+        resultado_.elementos.push_back(elemento);
+        if (resultado_.regular) ++resultado_.totalEntendidos;
+    }
+
+    void lerChave(std::uint16_t chave, const TagConfig &tag) {
+        if (tag.vazia)
+            return anotar({Chave{chave}, tag.fimDoNome(), tag.fim, FormaElemento::kVazio});
         const std::size_t fim = texto_.find("</", posicao_);
         if (fim == texto_.npos) {
             resultado_.regular = false;
@@ -106,12 +149,12 @@ private:
             return;
         }
         // Another end tag is judged on its own: it may be the group's.
-        const std::string fecho = tagDeFim(stZELTAGs[chave].nome);
-        const bool fechado = texto_.substr(fim).starts_with(fecho);
-        resultado_.presentes[chave] = lidasNoGrupo_[chave] = true;
-        resultado_.elementos.push_back({Chave{chave}, posicao_, fim, fechado});
-        if (resultado_.regular) ++resultado_.totalEntendidos;
-        posicao_ = fechado ? fim + fecho.size() : fim;
+        const std::string_view resto = texto_.substr(fim + 2);
+        const bool fechado =
+            resto.starts_with(tag.nome) && resto.substr(tag.nome.size()).starts_with('>');
+        anotar({Chave{chave}, posicao_, fim,
+                fechado ? FormaElemento::kCompleto : FormaElemento::kSemFim});
+        posicao_ = fechado ? fim + tag.nome.size() + 3 : fim;
     }
 
     // An end tag of a group further out ends those within; one of no open group says nothing.
@@ -121,31 +164,25 @@ private:
         });
         if (grupo != pilha_.rbegin()) resultado_.regular = false;
         if (grupo == pilha_.rend()) return;
-        std::size_t &fim = resultado_.fimDosGrupos[*grupo];
-        fim = std::min(fim, tag.inicio);
-        if (*grupo == 0) resultado_.fimDaRaiz = tag.fim;
-        pilha_.erase(std::prev(grupo.base()), pilha_.end());
+        pilha_.erase(grupo.base(), pilha_.end());
+        if (pilha_.back() == 0) resultado_.fimDaRaiz = tag.fim;
+        fecharGrupo({tag.inicio, tag.inicio});
     }
 
     // Steps over the element whole when it ends within its group, else over its start tag alone:
     // what it holds belongs to it, not to the group around it.
     void pularDesconhecido(std::string_view nome) {
-        if (++desconhecidos_ > kMaximoDesconhecidos) {
-            posicao_ = texto_.size();
-            return;
-        }
-        const std::size_t fimGrupo = texto_.find(tagDeFim(stZELTAGs[pilha_.back()].nome), posicao_);
-        if (fimGrupo == texto_.npos) return;
-        const std::string fecho = tagDeFim(nome);
-        const std::size_t fim = texto_.substr(0, fimGrupo).find(fecho, posicao_);
-        if (fim != texto_.npos) posicao_ = fim + fecho.size();
+        if (!tagsDeFim_) tagsDeFim_.emplace(texto_);
+        const std::size_t fimGrupo = tagsDeFim_->primeira(stZELTAGs[pilha_.back()].nome, posicao_);
+        const std::size_t fim = tagsDeFim_->primeira(nome, posicao_);
+        if (fimGrupo != texto_.npos && fim < fimGrupo) posicao_ = fim + nome.size() + 3;
     }
 
     std::string_view texto_;
     std::size_t posicao_;
     std::vector<std::uint16_t> pilha_; // open groups, the root first
     std::array<bool, kTotalEntradas> lidasNoGrupo_{};
-    int desconhecidos_ = 0;
+    std::optional<TagsDeFim> tagsDeFim_; // made for the first unknown element
     Varredura resultado_;
 };
 

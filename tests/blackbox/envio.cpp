@@ -235,6 +235,22 @@ TEST(Configuracao, outro_processo_e_visto_na_operacao_seguinte) {
     EXPECT_EQ(caixa.config("IDE\\nNF"), "3") << "numbers go on from the file";
 }
 
+TEST(Configuracao, encurtada_por_uma_ferramenta_vale_inteira) {
+    Caixa caixa;
+    ASSERT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
+    caixa.config("IDE\\natOP", "Troca");
+    std::string arquivo = caixa.lerArquivo("ZEL_Framework.xml");
+    for (std::size_t i; (i = arquivo.find("></")) != std::string::npos;)
+        arquivo.replace(i, arquivo.find('>', i + 1) + 1 - i, "/>");
+    caixa.escreverArquivo("ZEL_Framework.xml", arquivo);
+    caixa.reiniciar();
+    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
+    EXPECT_EQ(elemento(caixa.lerArquivo("documentosEnvio.xml"), "natOp"), "Troca");
+    caixa.reiniciar();
+    EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 5);
+    EXPECT_EQ(caixa.config("IDE\\nNF"), "2");
+}
+
 // An application that works in Portuguese must not change one byte of a document.
 TEST(Localidade, virgula_decimal_do_processo_nao_chega_ao_documento) {
     const char *aceita = setlocale(LC_ALL, "pt_BR.UTF-8");

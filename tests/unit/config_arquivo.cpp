@@ -92,6 +92,55 @@ TEST(ConfigArquivo, missing_entries_come_back_in_their_group) {
     esperarParte(alterado(aberto, {{kCUF, "35"}}), "<cUF>35<");
 }
 
+// Tools that write XML shorten what is empty: a key taken for unknown would end the reading, and
+// the shop would go on with the defaults.
+TEST(ConfigArquivo, empty_element_is_its_key) {
+    for (const std::string_view vazio : {"<cUF/>", "<cUF />", "<cUF \t\r\n/>"}) {
+        const std::string texto = com("<cUF>43</cUF>", vazio);
+        const CargaConfig carga = carregado(substituirAll(texto, "Venda", "Troca"));
+        EXPECT_EQ(carga.valores[kCUF], "") << vazio;
+        EXPECT_EQ(carga.valores[R"(IDE\natOP)"_chave], "Troca") << vazio;
+        EXPECT_TRUE(carga.inteira && carregado(texto).texto == texto) << vazio;
+        EXPECT_EQ(alterado(texto, {{kCUF, ""}}), texto);
+        EXPECT_EQ(alterado(texto, {{kCUF, "35"}}) + "\n", com("<cUF>43<", "<cUF>35<")) << vazio;
+    }
+    // Two of one name are two keys still.
+    const std::string dois = com("<dFab></dFab>", "<dFab/>");
+    esperarParte(alterado(dois, {{kSegundoDFab, "2"}}), "<dFab/>\r\n      <dVal></dVal>\r\n"
+                                                        "      <dFab>2</dFab>\r\n      <vPMC>");
+    // The root is none of them, and a stray end tag still ends the reading.
+    EXPECT_FALSE(fnXML_CarregarXML("<FRAMEWORKZEL/>", ValoresConfig{}));
+    EXPECT_FALSE(carregado(com("<cUF>43</cUF>", "<cUF/></cUF>")).inteira);
+}
+
+TEST(ConfigArquivo, empty_group_gets_its_lines) {
+    for (const std::string grupo : {"CIDE", "MED", "COMB", "PROD", "IMPOSTO", "URLS"}) {
+        const std::size_t inicio = kCriado.find("<" + grupo + ">");
+        const std::size_t fim = kCriado.find("</" + grupo + ">") + grupo.size() + 3;
+        for (const std::string_view barra : {"/>", " />"}) {
+            std::string texto = kCriado;
+            texto.replace(inicio, fim - inicio, "<" + grupo + std::string(barra));
+            const CargaConfig carga = carregado(substituirAll(texto, "Mensagem P", "M"));
+            EXPECT_EQ(carga.texto + "\n", com("Mensagem P", "M")) << grupo;
+            EXPECT_EQ(carga.valores[R"(NFCE\MSGPROMOCIONAL\Titulo)"_chave], "Mromocional");
+            EXPECT_TRUE(carga.inteira) << grupo;
+        }
+    }
+    // Of a group written twice, the one that holds its keys holds them.
+    const std::string dois = com("<COMB>", "<MED/><COMB>");
+    EXPECT_EQ(carregado(dois).texto, dois);
+}
+
+// However many of them there are, what is unknown is passed over.
+TEST(ConfigArquivo, unknown_elements_do_not_end_the_looking) {
+    std::string muitos;
+    for (int i = 0; i < 500; ++i)
+        muitos += "<n" + std::to_string(i) + (i % 3 ? ">1</n" + std::to_string(i) + ">" : "/>");
+    const std::string texto = com("<cUF>", muitos + "<cUF>");
+    EXPECT_EQ(alterado(texto, {{kCUF, "35"}}) + "\n", substituirAll(texto, "<cUF>43", "<cUF>35"));
+    EXPECT_EQ(carregado(substituirAll(texto, "<cUF>43", "<cUF>35")).valores[kCUF], "43");
+}
+
 TEST(ConfigArquivo, change_leaves_everything_else_as_it_is) {
     // The comment stays, as does what is unknown, with a key of the same name in it.
     const std::string alheio = com("<cUF>", "<!-- </cUF> --><outro><cUF>43</cUF></outro>\t<cUF>");
@@ -133,11 +182,16 @@ TEST(ConfigArquivo, torn_text_is_completed_at_once) {
             ASSERT_EQ(carregado(carga.texto).texto, carga.texto) << i;
         }
     }
-    for (const std::string_view peca : {"<a>", "<", "<!--", "</", "<IDE>", "<cUF>", "<IDE></cUF>",
-                                        "<IMPOSTO><ICMS><ICMS00>", "</IDE>", "<FRAMEWORKZEL>"}) {
+    // A search of the rest of the text for each of a million tags would not end within the time of
+    // a test, whether they share a name ("#" is a number) or not.
+    for (const std::string_view peca :
+         {"<a>", "<a#>", "<a#/>", "<a#></a", "<a#", "<a#><IDE>", "<a#></IDE>", "<", "<!--", "</",
+          "<IDE>", "<IDE/>", "<cUF>", "<cUF/>", "<IDE></cUF>", "<IMPOSTO><ICMS><ICMS00>", "</IDE>",
+          "<idDest><IDE></IDE>", "<FRAMEWORKZEL>"}) {
         std::string texto = raiz;
-        while (texto.size() < 50'000)
-            texto += peca;
-        EXPECT_TRUE(fnXML_CarregarXML(texto + "</FRAMEWORKZEL>", ValoresConfig{})) << peca;
+        for (int i = 0; texto.size() < 1'000'000; ++i)
+            texto += substituirAll(peca, "#", std::to_string(i));
+        texto = carregado(texto + "</FRAMEWORKZEL>").texto;
+        EXPECT_TRUE(carregado(texto).texto == texto) << peca;
     }
 }
