@@ -351,7 +351,8 @@ ZEL_API int GeraXMLConsulta_ZEL(const char *tipo, const char *inicial, const cha
  *   aliquota        ICMS: 2 to 5, always with two decimals, "18,00" or "1800"; PIS and COFINS: 1 to
  *                   6, in percent
  *   valorDesonerado, baseRetida, valorRetido  up to 15
- *   motivo          1; a longer one makes the sale answer ZEL_TAG_NAO_CONFORME
+ *   motivo          1; a longer one, or none beside a relieved value that is not zero, makes the
+ *                   sale answer ZEL_TAG_NAO_CONFORME
  *   valorUnidade    hundredths (centavos) of tax per unit sold, 1 to 14: the tax is quantity
  *                   x valorUnidade / 100 */
 ZEL_API int aCFConfICMS00_ZEL(const char *origem, const char *cst, const char *modBC,

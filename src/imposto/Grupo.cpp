@@ -41,6 +41,8 @@ std::string formatar(const Elemento &elemento, const std::string &conteudo) {
     case Formato::kValor:
         if (!conteudo.empty()) return escaparXml(trocarVirgula(conteudo));
         return formatarMoeda(0);
+    case Formato::kTexto:
+        return escaparXml(conteudo);
     default:
         return conteudo.empty() ? "0" : escaparXml(conteudo);
     }

@@ -164,7 +164,8 @@ const Grupo *procurarGrupo(std::span<const Grupo> grupos, std::string_view nome,
                            std::optional<Fonte> fonte = {});
 
 // Builds the group's tag from the preset or, when it is null, from the configuration. None when a
-// required value is missing. Empty optional values are written as zero.
+// required value is missing. Empty optional numbers are written as zero, an empty optional text
+// empty.
 std::optional<ST_tagZEL> montarGrupo(const Grupo &grupo, const Preset *preset,
                                      const ValoresItem &valores);
 

@@ -206,6 +206,22 @@ TEST(Recusas, respondem_seu_codigo_e_nada_muda) {
     EXPECT_EQ(caixa.info("1"), "2");
 }
 
+// A relief without its reason: an invented one would be the shop's word to the tax authority.
+TEST(Desoneracao, valor_sem_motivo_nao_vende) {
+    Caixa caixa;
+    ASSERT_NO_FATAL_FAILURE(levarAoEstado(caixa, 1));
+    ASSERT_EQ(caixa->aCFConfICMS40_ZEL("0", "40", "1,50", ""), ZEL_OK);
+    EXPECT_EQ(vender(caixa), ZEL_TAG_NAO_CONFORME);
+    ASSERT_EQ(caixa->aCFConfICMS40_ZEL("0", "40", "0,00", ""), ZEL_OK);
+    EXPECT_EQ(vender(caixa), ZEL_OK) << "without a value there is none to give reasons for";
+    caixa.config("IMPOSTO\\ICMS\\ICMS00\\Orig", "");
+    for (const auto &[chave, valor] : {std::pair("Orig", "0"), {"CST", "40"}, {"vICMS", "1.50"}})
+        caixa.config((std::string("IMPOSTO\\ICMS\\ICMS40\\") + chave).c_str(), valor);
+    EXPECT_EQ(vender(caixa), ZEL_TAG_NAO_CONFORME);
+    caixa.config("IMPOSTO\\ICMS\\ICMS40\\motDesICMS", "9");
+    EXPECT_EQ(vender(caixa), ZEL_OK);
+}
+
 // A size constant smaller than the longest value, a read that fails and leaves what the buffer
 // held, a write to a text that is a result only on success: callers pass constants.
 TEST(Buffers, tamanhos_bastam_e_recusas_nao_deixam_restos) {

@@ -67,6 +67,8 @@ TEST_F(Presets, icms_group_is_written_from_the_given_texts) {
               "imposto(ICMS(ICMS40(orig=0 CST=04)))");
     EXPECT_EQ(montado(fnCFConfICMS40_ZEL_Felbor("0", "40", "1,5", "<")),
               "imposto(ICMS(ICMS40(orig=0 CST=40 vICMSDeson=1.50 motDesICMS=&lt;)))");
+    EXPECT_EQ(montado(fnCFConfICMS40_ZEL_Felbor("0", "40", "1,5", "")),
+              "imposto(ICMS(ICMS40(orig=0 CST=40 vICMSDeson=1.50 motDesICMS=)))");
     EXPECT_EQ(montado(fnCFConfICMS60_ZEL_Felbor("0", "60", "10,5", {})),
               "imposto(ICMS(ICMS60(orig=0 CST=60 vBCSTRet=10.50 vICMSSTRet=0.00)))");
 }
