@@ -131,6 +131,10 @@ int fnCFCancelarAcrescimoItem_ZEL_Felbor(int item) {
     return removerAjusteESalvar(Ajuste::kAcrescimo, item);
 }
 
+double valorBruto(const ST_tagZEL &prod) {
+    return fnArredondarTruncar(numeroDe(prod, "qCom") * numeroDe(prod, "vUnCom"));
+}
+
 int lancarAjuste(Ajuste ajuste, int item, std::string_view tipo, std::string_view valor) {
     const int numero = numeroDoItem(item);
     ST_tagZEL *prod = produtoDo(numero);
@@ -140,7 +144,7 @@ int lancarAjuste(Ajuste ajuste, int item, std::string_view tipo, std::string_vie
 
     const std::string texto = argumentoDecimal(valor);
     const bool percentual = tipo.size() > 1 && tipo[1] == '%';
-    const double bruto = fnArredondarTruncar(numeroDe(*prod, "qCom") * numeroDe(*prod, "vUnCom"));
+    const double bruto = valorBruto(*prod);
     const double quantia = percentual ? bruto * lerDecimal(texto) / 100 : lerDecimal(texto);
     if (bruto - quantia <= 0) return ZEL_AJUSTE_EXCESSIVO;
     prod->addSubTagAt(kPosicaoDoAjuste, ST_tagZEL(elementoDo(ajuste), formatarMoeda(quantia)));

@@ -3,6 +3,8 @@
 // item's taxes are rebuilt behind each change, from the new base.
 #pragma once
 
+#include "documento/ZEL_Tag.h"
+
 #include <string_view>
 
 namespace zel {
@@ -25,6 +27,10 @@ int fnCFCancelarItemParcial_ZEL_Felbor(int item, std::string_view quantidade);
 // Takes the item's discount or surcharge away. 1; -100; -99; -52; -11; -21 there is none.
 int fnCFCancelarDescontoItem_ZEL_Felbor(int item);
 int fnCFCancelarAcrescimoItem_ZEL_Felbor(int item);
+
+// What an adjustment of the item with this product group must stay below: its quantity x unit
+// price, rounded or cut as configured.
+double valorBruto(const ST_tagZEL &prod);
 
 // The same changes in memory alone, for an operation that changes many items and saves once.
 // Neither looks at the state. Codes as above.

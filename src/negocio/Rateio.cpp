@@ -17,7 +17,8 @@ namespace {
 // One item's part in the prorating.
 struct ST_StructItemAux {
     int item;       // its number in the document, from 1
-    double bruto;   // quantity x unit price, unrounded
+    double bruto;   // quantity x unit price, unrounded: its weight
+    double limite;  // what it carries must stay below
     double parcela; // its share, as written
     bool temAcrescimo, temDesconto;
     double ajuste; // the surcharge or discount that it has already
@@ -30,9 +31,10 @@ std::vector<ST_StructItemAux> listarItens() {
         if (prod == nullptr) continue;
         const bool acrescimo = prod->getSubTag("vOutro") != nullptr;
         const bool desconto = !acrescimo && prod->getSubTag("vDesc") != nullptr;
-        lista.push_back(
-            {item, lerDecimal(prod->valorDe("qCom")) * lerDecimal(prod->valorDe("vUnCom")), 0,
-             acrescimo, desconto, lerDecimal(prod->valorDe(acrescimo ? "vOutro" : "vDesc"))});
+        lista.push_back({item,
+                         lerDecimal(prod->valorDe("qCom")) * lerDecimal(prod->valorDe("vUnCom")),
+                         valorBruto(*prod), 0, acrescimo, desconto,
+                         lerDecimal(prod->valorDe(acrescimo ? "vOutro" : "vDesc"))});
     }
     return lista;
 }
@@ -50,34 +52,37 @@ void ratear(std::vector<ST_StructItemAux> &lista, double taxa, double quantia) {
         maior->parcela = emCentavos(maior->parcela + (quantia - soma));
 }
 
-// What the item would carry afterwards must stay below its gross value, a surcharge too.
-bool cabe(const ST_StructItemAux &parte, char operacao) {
-    if (parte.temAcrescimo) {
-        if (operacao == 'A') return parte.bruto - (parte.ajuste + parte.parcela) > 0;
-        if (operacao == 'D') return parte.bruto - (parte.ajuste - parte.parcela) > 0;
-        return true;
-    }
-    if (parte.temDesconto) {
-        if (operacao == 'D') return parte.bruto - (parte.ajuste + parte.parcela) > 0;
-        if (operacao == 'A') return parte.bruto - (parte.parcela - parte.ajuste) > 0;
-        return true;
-    }
-    return parte.bruto - parte.parcela > 0;
+// What the item carries afterwards: a surcharge, or below zero a discount.
+double liquido(const ST_StructItemAux &parte, char operacao) {
+    const double atual = parte.temAcrescimo ? parte.ajuste : parte.temDesconto ? -parte.ajuste : 0;
+    return emCentavos(operacao == 'A' ? atual + parte.parcela : atual - parte.parcela);
 }
 
-// Replaces the item's adjustment by the net one. One that the receipt's adjustment cancels out
-// goes; otherwise even a share of zero is written. Results are not looked at.
-void aplicar(const ST_StructItemAux &parte, char operacao) {
-    const double sinal = operacao == 'A' ? 1 : -1;
-    const double atual = parte.temAcrescimo ? parte.ajuste : parte.temDesconto ? -parte.ajuste : 0;
-    const double liquido = emCentavos(atual + sinal * parte.parcela);
-    if (parte.temAcrescimo) removerAjuste(Ajuste::kAcrescimo, parte.item);
-    if (parte.temDesconto) removerAjuste(Ajuste::kDesconto, parte.item);
+// True when the receipt's adjustment takes the item's own away and leaves nothing.
+bool anula(const ST_StructItemAux &parte, char operacao) {
     const bool contrario = operacao == 'A' ? parte.temDesconto : parte.temAcrescimo;
-    if (contrario && liquido == 0) return;
-    const bool acrescimo = liquido != 0 ? liquido > 0 : operacao == 'A';
-    lancarAjuste(acrescimo ? Ajuste::kAcrescimo : Ajuste::kDesconto, parte.item,
-                 acrescimo ? "A$" : "D$", formatarMoeda(std::abs(liquido)));
+    return contrario && liquido(parte, operacao) == 0;
+}
+
+// A surcharge must stay below the item's gross value, too. An adjustment of another kind is not
+// written, but an item without one must be able to bear it.
+bool cabe(const ST_StructItemAux &parte, char operacao) {
+    if (operacao != 'A' && operacao != 'D')
+        return parte.temAcrescimo || parte.temDesconto || parte.parcela < parte.limite;
+    return anula(parte, operacao) || std::abs(liquido(parte, operacao)) < parte.limite;
+}
+
+// Replaces the item's adjustment by the net one, even by one of zero when it had none. 1 or the
+// code of the change that the item refuses.
+int aplicar(const ST_StructItemAux &parte, char operacao) {
+    int resultado = ZEL_OK;
+    if (parte.temAcrescimo) resultado = removerAjuste(Ajuste::kAcrescimo, parte.item);
+    if (parte.temDesconto) resultado = removerAjuste(Ajuste::kDesconto, parte.item);
+    if (resultado != ZEL_OK || anula(parte, operacao)) return resultado;
+    const double valor = liquido(parte, operacao);
+    const bool acrescimo = valor != 0 ? valor > 0 : operacao == 'A';
+    return lancarAjuste(acrescimo ? Ajuste::kAcrescimo : Ajuste::kDesconto, parte.item,
+                        acrescimo ? "A$" : "D$", formatarMoeda(std::abs(valor)));
 }
 
 } // namespace
@@ -101,7 +106,7 @@ int fnRatearDescAcresTotalizacao(std::string_view tipo, std::string_view valor) 
         if (!cabe(parte, operacao)) return ZEL_AJUSTE_EXCESSIVO;
     if (operacao != 'A' && operacao != 'D') return ZEL_OK;
     for (const ST_StructItemAux &parte : lista)
-        aplicar(parte, operacao);
+        if (aplicar(parte, operacao) != ZEL_OK) return ZEL_AJUSTE_EXCESSIVO;
     return ZEL_OK;
 }
 

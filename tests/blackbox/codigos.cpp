@@ -239,6 +239,64 @@ TEST(Buffers, tamanhos_bastam_e_recusas_nao_deixam_restos) {
     EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(9, constante), ZEL_RECUSADO) << "no such kind";
 }
 
+// A total adjustment that one item refuses: answering 1 would let part of it, or what the item
+// carried before, disappear.
+TEST(Rateio, ou_todos_os_itens_ou_nenhum) {
+    const auto comoXml = [](F f) {
+        return f.aCFVenderXml_ZEL(
+            "<prod><cProd>7</cProd><cEAN> </cEAN><xProd>A</xProd><NCM>22011000</NCM>"
+            "<CFOP>5405</CFOP><uCom>UN</uCom><qCom>1</qCom><vUnCom>9</vUnCom><vProd>9.00</vProd>"
+            "<cEANTrib> </cEANTrib><uTrib>UN</uTrib><qTrib>1</qTrib><vUnTrib>9</vUnTrib>"
+            "<vDesc>1.00</vDesc><vOutro>2.00</vOutro><indTot>1</indTot></prod><imposto></imposto>");
+    };
+    const struct {
+        const char *descricao;
+        std::function<int(F)> vender;
+        const char *tipo, *valor;
+        const char *total; // null: refused
+    } casos[] = {
+        {"0.99 of 0.994", [](F f) { return venda(f, "1", "0.994", "D$", "0.50"); }, "D$", "50.00",
+         nullptr},
+        {"0.98 of 0.994", [](F f) { return venda(f, "1", "0.994", "D$", "0.50"); }, "D$", "49.00",
+         "51.49"},
+        {"0.99 of 0.996", [](F f) { return venda(f, "1", "0.996", "D$", "0.50"); }, "D$", "50.00",
+         "50.50"},
+        {"surcharge into a discount", [](F f) { return venda(f, "1", "300", "A$", "100"); }, "D$",
+         "399.99", "100.01"},
+        {"surcharge into a discount of all",
+         [](F f) {
+             venda(f, "1", "300", "A$", "100");
+             return f.aCFCancelarItem_ZEL(1);
+         },
+         "D$", "400", nullptr},
+        {"discount beyond what is left",
+         [](F f) {
+             venda(f, "100", "3", "D$", "200");
+             return f.aCFCancelarItemParcial_ZEL(0, "50");
+         },
+         "A$", "50.00", nullptr},
+        {"item with both adjustments", comoXml, "D$", "1.00", nullptr},
+        {"item of nothing", [](F f) { return venda(f, "1", "0.004"); }, "A$", "1.00", nullptr},
+    };
+    for (const auto &caso : casos) {
+        SCOPED_TRACE(caso.descricao);
+        Caixa caixa;
+        ASSERT_NO_FATAL_FAILURE(levarAoEstado(caixa, 1));
+        ASSERT_EQ(vender(caixa, "100.00"), ZEL_OK);
+        ASSERT_EQ(caso.vender(caixa.funcoes()), ZEL_OK);
+        const std::string registros = caixa.lerArquivo("ArqPersist.bin");
+        if (caso.total != nullptr) {
+            ASSERT_EQ(caixa->aCFTotalizar_ZEL(caso.tipo, caso.valor), ZEL_OK);
+            EXPECT_EQ(caixa.info("1"), caso.total);
+            continue;
+        }
+        EXPECT_EQ(caixa->aCFTotalizar_ZEL(caso.tipo, caso.valor), ZEL_AJUSTE_EXCESSIVO);
+        EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 2);
+        EXPECT_EQ(caixa->aCFTotalizar_ZEL("", ""), ZEL_OK);
+        EXPECT_TRUE(caixa.lerArquivo("ArqPersist.bin").starts_with(registros + "03|"));
+    }
+}
+
 TEST(Limite, milesimo_item) {
     Caixa caixa;
     ASSERT_NO_FATAL_FAILURE(levarAoEstado(caixa, 1));
