@@ -3,6 +3,8 @@
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
 #include "documento/ZEL_Digest.h"
+#include "documento/ZEL_Parser.h"
+#include "documento/ZEL_Somas.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/ColunasLayout.h"
 #include "impressao/DadosImpressao.h"
@@ -109,12 +111,39 @@ bool lerConsumidor(std::string_view documento, CupomFiscal &cf) {
     return true;
 }
 
+// The totals of services, and of items without a tax that is totalled, name nothing of what a
+// receipt prints. With a part of it something was lost on the way.
+bool semValoresDoCupom(const LeitorXml &total) {
+    const auto tem = [&](std::string_view nome) {
+        return LeitorXml(total).grupo(nome).has_value();
+    };
+    constexpr std::string_view kImpressos[] = {"ICMSTot", "vICMS", "vDesc", "vOutro", "vNF"};
+    return (tem("ISSQNTot") || tem("retTrib")) && std::ranges::none_of(kImpressos, tem);
+}
+
+bool lerValoresDoCupom(LeitorXml &total, CupomFiscal &cf) {
+    return ler(total, "<vICMS>", cf.TotalICMS) && ler(total, "<vDesc>", cf.ValorDesconto) &&
+           ler(total, "<vOutro>", cf.ValorOutro) && ler(total, "<vNF>", cf.ValorTotal);
+}
+
+// What the items of the document add up to, by the rule of its totalization.
+bool somarTotais(std::string_view documento, CupomFiscal &cf) {
+    ST_tagZEL infNFe;
+    std::size_t posicao = documento.find("<infNFe");
+    if (fnProximaTag_ZEL(infNFe, documento, posicao) != ZEL_OK || !infNFe.subTags) return false;
+    const Somas somas = somarItens(*infNFe.subTags);
+    cf.TotalICMS = formatarMoeda(0);
+    guardar(cf.ValorDesconto, formatarMoeda(somas.descontos));
+    guardar(cf.ValorOutro, formatarMoeda(somas.outros));
+    guardar(cf.ValorTotal, formatarMoeda(somas.total()));
+    return true;
+}
+
 bool lerTotais(std::string_view documento, CupomFiscal &cf) {
     auto total = LeitorXml(documento).grupo("total");
-    if (!total || !ler(*total, "<vICMS>", cf.TotalICMS) ||
-        !ler(*total, "<vDesc>", cf.ValorDesconto) || !ler(*total, "<vOutro>", cf.ValorOutro) ||
-        !ler(*total, "<vNF>", cf.ValorTotal))
-        return false;
+    if (!total) return false;
+    const bool somados = semValoresDoCupom(*total);
+    if (!(somados ? somarTotais(documento, cf) : lerValoresDoCupom(*total, cf))) return false;
     if (!ler(*total, "<vTotTrib>", cf.ValorTotalTributos))
         cf.ValorTotalTributos = lerDecimal(trocarVirgula(G_szTotalImposto));
     return true;
