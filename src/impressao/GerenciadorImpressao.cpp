@@ -199,7 +199,10 @@ bool lerDigest(const ArquivoXml &documento, CupomFiscal &cf) {
 bool lerAutorizacao(std::string_view retorno, CupomFiscal &cf) {
     const bool normal = cf.TipoEmissao == kEmissaoNormal;
     if (normal && !lerProtocolo(retorno, cf)) return false;
-    if (lerPrimeiro(retorno, {"<LinkXML>", "<LinkNFCe>"}, cf.LinkNFCe)) {
+    // A link without its end leads nowhere: one that is too long is none.
+    const auto link = primeiroValor(retorno, {"<LinkXML>", "<LinkNFCe>"});
+    if (link && link->size() <= kMaximoLink) {
+        cf.LinkNFCe = *link;
         G_stDadosImpressao.TipoAmbiente = formatarInteiro(kLinkPronto);
         return true;
     }

@@ -3,6 +3,7 @@
 #include "impressao/Impressao.h"
 #include "impressao_apoio.h"
 #include "util/Cripto.h"
+#include "util/Texto.h"
 
 using namespace impressao;
 
@@ -102,6 +103,62 @@ TEST_F(Cupons, qrcode_and_protocol_are_stored_with_the_receipt) {
     EXPECT_EQ(guardado(R"(NFCE\ProtocoloAutorizacao)"), "135140000000001");
     ASSERT_EQ(imprimir(simples, "", 42), ZEL_OK);
     EXPECT_EQ(guardado(R"(NFCE\ProtocoloAutorizacao)"), ""); // not the sale's before
+}
+
+// A link without its end is worthless: what the configuration cannot hold is not kept at all.
+TEST_F(Cupons, links_and_contents_print_whole_at_any_length) {
+    const auto endereco = [](std::size_t tamanho) {
+        const std::string inicio = "http://l?p=", fim = "&hash=FIM";
+        return inicio + std::string(tamanho - inicio.size() - fim.size(), 'x') + fim;
+    };
+    for (const std::size_t tamanho : {199U, 200U, 499U, 500U, 2000U}) {
+        const std::string link = endereco(tamanho);
+        const std::string retorno =
+            retornoSefaz + "<LinkNFCe>" + substituirAll(link, "&", "&amp;") + "</LinkNFCe>";
+        for (const int colunas : {42, 48}) {
+            ASSERT_EQ(imprimir(simples, retorno, colunas), ZEL_OK);
+            EXPECT_TRUE(contem(saida, "<qrcode>" + link + "<lmodulo>")) << tamanho;
+            EXPECT_TRUE(contem(saida, "Chave de Acesso em: " + link)) << tamanho;
+            EXPECT_EQ(guardado(R"(NFCE\UrlQrcode)"), tamanho < 500 ? link : "") << tamanho;
+            ASSERT_EQ(imprimir(simples, retornoSefaz, colunas, link), ZEL_OK);
+            EXPECT_TRUE(contem(saida, "<qrcode>" + link + "</qrcode>")) << tamanho;
+            EXPECT_EQ(guardado(R"(NFCE\UrlQrcode)"), tamanho < 500 ? link : "") << tamanho;
+        }
+    }
+    // One that no QR code holds is no link: the content is built as without one.
+    ASSERT_EQ(imprimir(simples, retornoSefaz + "<LinkNFCe>" + endereco(2001), 42), ZEL_OK);
+    EXPECT_TRUE(contem(saida, "&cHashQRCode="));
+    EXPECT_TRUE(contem(saida, "http://l", 0));
+}
+
+// The caller brings the buffer: 8192 bytes without items, payments and closing text.
+TEST_F(Cupons, longest_receipt_fits_the_promised_buffer) {
+    const std::string longo(3000, 'x');
+    configurar({{R"(NFCE\MsgLeiDoImposto)", longo},
+                {R"(NFCE\MSGPROMOCIONAL\Titulo)", longo},
+                {R"(NFCE\MSGPROMOCIONAL\Imprimir)", "1"},
+                {R"(CONFIGURACAO\TrocoUltimaNFCe)", "99999999999.99"}});
+    CupomFiscal cf;
+    for (auto *campo :
+         {&cf.EmitLogradouro, &cf.EmitInscricaoEstadual, &cf.DestNome, &cf.DestLogradouro})
+        *campo = longo;
+    for (auto *campo : {&cf.EmitBairro, &cf.EmitMunicipio, &cf.DestBairro, &cf.DestMunicipio})
+        *campo = longo;
+    cf.Nome = cf.CnpjCpf = cf.IdDest = cf.DestUF = cf.EmitUF = longo;
+    cf.ChaveDeAcesso = cf.NumeroNotaFiscal = cf.Serie = cf.ProtocoloSefaz = longo;
+    cf.DataHora = cf.DataHoraAutorizacao = longo;
+    cf.LinkNFCe = std::string(kMaximoLink, 'x');
+    cf.EmitNumero = cf.DestNumero = std::numeric_limits<std::int32_t>::min();
+    cf.ValorTotal = cf.ValorTotalTributos = cf.ValorDesconto = cf.ValorOutro = 1e15;
+    G_stDadosImpressao.TipoAmbiente = "3";
+    for (const std::int32_t emissao : {kEmissaoNormal, kEmissaoContingencia})
+        for (const int colunas : {42, 48}) {
+            cf.TipoEmissao = emissao;
+            std::string texto;
+            ASSERT_EQ(layoutNFC(cf, "", colunas, texto, true), ZEL_OK);
+            EXPECT_GT(texto.size(), 2 * kMaximoLink);
+            EXPECT_LT(texto.size(), 8192U);
+        }
 }
 
 TEST_F(Cupons, refused_or_empty_receipt_leaves_the_last_one) {
