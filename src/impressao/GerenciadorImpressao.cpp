@@ -12,6 +12,7 @@
 #include "impressao/LeituraXml.h"
 #include "impressao/Linha.h"
 #include "impressao/Setores.h"
+#include "util/Codificacao.h"
 #include "util/Codigos.h"
 #include "util/Latin1.h"
 #include "util/Numero.h"
@@ -186,11 +187,16 @@ bool lerDocumento(std::string_view documento, CupomFiscal &cf) {
     return true;
 }
 
-// The digest that a signature brought, or that of the file's own text.
+// The digest that a signature brought, or that of the file's own text. Where Latin-1 has all its
+// characters that is the digest of its Latin-1 form, in which limits count characters.
 bool lerDigest(const ArquivoXml &documento, CupomFiscal &cf) {
-    if (lerPrimeiro(documento.texto, {"<DigestValue>"}, cf.DigestValueAutorizado)) return true;
+    const auto &[original, latin1] = documento;
+    if (lerPrimeiro(latin1, {"<DigestValue>"}, cf.DigestValueAutorizado)) return true;
+    const bool fiel = latin1 == original || fnParseToUtf8(latin1) == original;
     std::string digest;
-    if (fnGerarDigestValue(documento.original, digest) != ZEL_OK) return false;
+    const int gerado = fiel ? fnGerarDigestValue(latin1, digest)
+                            : fnGerarDigestValue(original, digest, Codificacao::kUtf8);
+    if (gerado != ZEL_OK) return false;
     cf.DigestValueAutorizado = digest;
     return true;
 }

@@ -4,6 +4,7 @@
 #include "impressao_apoio.h"
 #include "util/Codificacao.h"
 #include "util/Numero.h"
+#include "util/Texto.h"
 
 using namespace impressao;
 
@@ -115,6 +116,33 @@ TEST_F(Leitura, other_forms_of_a_document_are_read) {
     EXPECT_EQ(juntar({cf.Nome, cf.IdDest, cf.DestNome, cf.DestBairro, cf.DigestValueAutorizado}),
               "Pão & Cia Ltda|000.000.001-91|Ana||abc=|"_l1);
     EXPECT_EQ(cf.Itens.at(0).NumeroItem, 1);
+}
+
+// The digests were computed apart, over the UTF-8 text of the signed element. A document that was
+// converted on its way has the same one, also where its texts grow beyond a limit in bytes.
+TEST_F(Leitura, digest_does_not_depend_on_the_encoding_of_the_file) {
+    const std::string nota = substituirAll(simples, "\n", "");
+    const std::string texto = "<infAdic><infCpl>" + std::string(3000, '\xE7');
+    const std::string longa = trocar(nota, "</infNFe>", texto + "</infCpl></infAdic></infNFe>");
+    const std::string utf8 = fnParseToUtf8(nota), declaracao = "<?xml encoding=\"UTF-8\"?>";
+    const std::string digest = "8RgLvAiCMECGVaxEVKste2bIVO8=",
+                      digestLonga = "UYQsV0Le/A7OsdEanFEE/iGpam4=";
+    for (const auto &[xml, esperado] : {
+             std::pair{nota, digest},
+             {"<?xml encoding=\"ISO-8859-1\"?>" + nota, digest},
+             {utf8, digest},
+             {"\xEF\xBB\xBF" + utf8, digest},
+             {declaracao + utf8, digest},
+             {longa, digestLonga},
+             {declaracao + fnParseToUtf8(longa), digestLonga},
+             // A character that ISO-8859-1 has not is hashed as the file holds it.
+             {trocar(utf8, "Caneta azul", "Caneta \xE2\x82\xAC 1"),
+              std::string("Ha8Htj1tQxt4rEll6ksY6v8XPfo=")},
+         }) {
+        CupomFiscal cf;
+        EXPECT_EQ(ler(xml, "", cf), 1);
+        EXPECT_EQ(std::string_view(cf.DigestValueAutorizado), esperado) << xml.substr(0, 60);
+    }
 }
 
 TEST(LeituraXml, utf8_is_told_from_latin1) {
