@@ -12,6 +12,7 @@
 #include "impressao/LeituraXml.h"
 #include "impressao/Linha.h"
 #include "impressao/Setores.h"
+#include "impressao/ValorImpresso.h"
 #include "util/Codificacao.h"
 #include "util/Codigos.h"
 #include "util/Latin1.h"
@@ -224,22 +225,20 @@ std::optional<ArquivoXml> lerComMarca(std::string_view caminho, std::string_view
 }
 
 std::string documentoDoEmitente() {
-    const std::string_view cnpj = valorConfig(R"(EMIT\CNPJ)"_chave);
+    const std::string cnpj = valorImpresso(R"(EMIT\CNPJ)"_chave);
     return (cnpj.size() == kTamanhoCNPJ ? "CNPJ-" : "CPF- ") + fnFormatarCPFCNPJ(cnpj);
 }
 
 void imprimirEmitenteConfigurado(std::string &texto) {
-    const std::string documento = documentoDoEmitente();
-    const Emitente emitente{valorConfig(R"(EMIT\xNome)"_chave),
-                            documento,
-                            valorConfig(R"(EMIT\IE)"_chave),
-                            valorConfig(R"(EMIT\ENDEREMIT\xLgr)"_chave),
-                            valorConfig(R"(EMIT\ENDEREMIT\Nro)"_chave),
-                            valorConfig(R"(EMIT\ENDEREMIT\xBairro)"_chave),
-                            valorConfig(R"(EMIT\ENDEREMIT\xMun)"_chave),
-                            valorConfig(R"(EMIT\ENDEREMIT\UF)"_chave)};
-    imprimirEmitente(emitente, logotipoSeparado() ? kCancelamentoComLogotipo : kEmitenteCorrido, "",
-                     "", texto);
+    // The texts last as long as the call that views them.
+    imprimirEmitente(
+        {valorImpresso(R"(EMIT\xNome)"_chave), documentoDoEmitente(),
+         valorImpresso(R"(EMIT\IE)"_chave), valorImpresso(R"(EMIT\ENDEREMIT\xLgr)"_chave),
+         valorImpresso(R"(EMIT\ENDEREMIT\Nro)"_chave),
+         valorImpresso(R"(EMIT\ENDEREMIT\xBairro)"_chave),
+         valorImpresso(R"(EMIT\ENDEREMIT\xMun)"_chave),
+         valorImpresso(R"(EMIT\ENDEREMIT\UF)"_chave)},
+        logotipoSeparado() ? kCancelamentoComLogotipo : kEmitenteCorrido, "", "", texto);
 }
 
 } // namespace
@@ -290,7 +289,7 @@ int layoutNFC(const CupomFiscal &cf, std::string_view urlQrcode, int colunas, st
     imprimirSetor_II(*layout, texto);
     if (!resumo) imprimirSetor_III(*layout, cf.Itens, texto);
     imprimirSetor_IV(*layout, cf, texto);
-    imprimirSetor_V(*layout, cf, valorConfig(R"(NFCE\MsgLeiDoImposto)"_chave), texto);
+    imprimirSetor_V(*layout, cf, valorImpresso(R"(NFCE\MsgLeiDoImposto)"_chave), texto);
     imprimirSetor_Va(*layout, cf, texto);
     imprimirSetor_VI(*layout, cf, enderecoChave, ambiente, viaEstabelecimento, texto);
     imprimirSetor_VII(*layout, cf, texto);

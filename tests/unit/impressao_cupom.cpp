@@ -4,6 +4,7 @@
 #include "impressao_apoio.h"
 #include "util/Cripto.h"
 #include "util/Texto.h"
+#include "util/TextoXml.h"
 
 using namespace impressao;
 
@@ -103,6 +104,41 @@ TEST_F(Cupons, qrcode_and_protocol_are_stored_with_the_receipt) {
     EXPECT_EQ(guardado(R"(NFCE\ProtocoloAutorizacao)"), "135140000000001");
     ASSERT_EQ(imprimir(simples, "", 42), ZEL_OK);
     EXPECT_EQ(guardado(R"(NFCE\ProtocoloAutorizacao)"), ""); // not the sale's before
+}
+
+// Configuration values are XML text, as any tool writes them: what is printed, hashed or looked up
+// is what they stand for.
+TEST_F(Cupons, configuration_values_print_the_same_with_and_without_references) {
+    configurar({{R"(NFCE\MSGPROMOCIONAL\Imprimir)", "1"}});
+    const std::string pedido = gravar("p.xml", "<ChaAcesso>" + kChave + "</ChaAcesso>");
+    std::string cupons[2];
+    for (const bool referencias : {false, true}) {
+        for (const auto &[chave, valor] : Pares{
+                 {R"(EMIT\xNome)", "Bar & <9>"},
+                 {R"(EMIT\CNPJ)", "129"},
+                 {R"(EMIT\IE)", "I9&"},
+                 {R"(EMIT\ENDEREMIT\xLgr)", "Rua & <9>"},
+                 {R"(EMIT\ENDEREMIT\Nro)", "1&<9>"},
+                 {R"(EMIT\ENDEREMIT\xBairro)", "Bairro & <9>"},
+                 {R"(EMIT\ENDEREMIT\xMun)", "Municipio & <9>"},
+                 {R"(NFCE\MSGPROMOCIONAL\Titulo)", "Promo & <9>"},
+                 {R"(NFCE\MsgLeiDoImposto)", "Lei & <9> |"},
+                 {R"(URLS\SP\Producao)", "http://p?a&<9>"},
+                 {R"(URLS\SP\ChaveConsultaProducao)", "http://c?a&<9>"},
+                 {R"(CONFIGURACAO\TokenSefaz)", "token&<9>"},
+                 {R"(CONFIGURACAO\IDTokenSefaz)", "09"},
+             }) {
+            const std::string escapado = substituirAll(escaparXml(valor), "9", "&#57;");
+            configurar({{chave, referencias ? escapado : valor}});
+        }
+        for (const int colunas : {42, 48}) {
+            ASSERT_EQ(imprimir(cheia, retornoEnvio, colunas), ZEL_OK);
+            cupons[referencias] += saida;
+        }
+        ASSERT_EQ(fnGerarArquivoFormatadoNF(pedido, "OFFLINE", "", 48, 5, "", saida), ZEL_OK);
+        cupons[referencias] += saida;
+    }
+    EXPECT_EQ(cupons[0], cupons[1]);
 }
 
 // A link without its end is worthless: what the configuration cannot hold is not kept at all.
