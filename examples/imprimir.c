@@ -3,10 +3,12 @@
  *
  *   imprimir DOCUMENT RETURN [COLUMNS [KIND]]
  *
- * RETURN is a file or OFFLINE (then without PDFs), COLUMNS 42 or 48 (default), KIND 1 sale (default)
- * or 5 cancellation. Ends with 1 and the code on standard error when the library refuses. */
+ * RETURN is a file or OFFLINE (then without PDFs), COLUMNS 42 or 48 (default), KIND 1 sale
+ * (default) or 5 cancellation. Ends with 1 and the code on standard error when the library refuses;
+ * with 3, and nothing printed, when the return does not authorize the sale. */
 #include "ZEL_FelborFramework.h"
 
+#include <ctype.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -15,6 +17,30 @@ static int recusado(const char *operacao, int codigo) {
     if (codigo >= 0) return 0;
     fprintf(stderr, "%s: %d\n", operacao, codigo);
     return 1;
+}
+
+/* The situation that a return gives, <SitCodigo> in any case; 0 when it gives none. */
+static int lerSituacao(const char *retorno) {
+    static const char marca[] = "<sitcodigo>";
+    FILE *arquivo = fopen(retorno, "rb");
+    size_t iguais = 0;
+    int c = 0, situacao = 0;
+    if (arquivo == NULL) return 0;
+    while (marca[iguais] != '\0' && (c = fgetc(arquivo)) != EOF)
+        iguais = tolower(c) == marca[iguais] ? iguais + 1 : c == '<';
+    if (c == EOF || fscanf(arquivo, "%d", &situacao) != 1) situacao = 0;
+    fclose(arquivo);
+    return situacao;
+}
+
+/* The library lays out whatever it is given: a receipt in a customer's hand is the till's promise
+ * that the sale is authorized (100; 150 after the term). */
+static int autorizada(const char *retorno) {
+    const int situacao = lerSituacao(retorno);
+    if (situacao == 100 || situacao == 150) return 1;
+    fprintf(stderr, "%s: the sale is not authorized (SitCodigo %d), no receipt\n", retorno,
+            situacao);
+    return 0;
 }
 
 /* A receipt takes less room than the document that it is printed from, twice in contingency; the
@@ -31,11 +57,14 @@ static char *reservarCupom(const char *documento) {
 }
 
 static int imprimir(const char *documento, const char *retorno, int colunas, int tipo) {
+    const int comRetorno = tipo == 1 && strcmp(retorno, "OFFLINE") != 0;
     /* A cancellation has no document to draw, and without a return nothing is authorized. */
-    const char *pdf = tipo == 1 && strcmp(retorno, "OFFLINE") != 0 ? "1" : "0";
+    const char *pdf = comRetorno ? "1" : "0";
     char url[ZEL_TAMANHO_VALOR];
-    char *cupom = reservarCupom(documento);
+    char *cupom;
     int codigo;
+    if (comRetorno && !autorizada(retorno)) return 3;
+    cupom = reservarCupom(documento);
     if (cupom == NULL) return 1;
     cupom[0] = '\0';
     codigo = regAlterarValor_ZEL("CONFIGURACAO\\SalvarXMLPDF", pdf);

@@ -403,7 +403,8 @@ ZEL_API int rInfoEstendida_ZEL(const char *indice, char *valor);
 
 /* Reads the QR-code content of the last receipt (NFCE\UrlQrcode) into `url`, ZEL_TAMANHO_VALOR
  * bytes: at most 499 characters, without the mark-up of the module size, empty for a content that
- * the configuration cannot hold ("</"). Any state. Code: ZEL_ARGUMENTO_INVALIDO, `url` null. */
+ * the configuration cannot hold (a longer one, or one with "</" in it), which is printed whole all
+ * the same. Any state. Code: ZEL_ARGUMENTO_INVALIDO, `url` null. */
 ZEL_API int rURLQrcode_ZEL(char *url);
 
 /* ---- Contingency, printing and files -------------------------------------------------------- */
@@ -426,7 +427,8 @@ ZEL_API int aCFContingenciaUltimaNota_ZEL(int tipo, char *texto);
 /* Lays a receipt out as text with printer mark-up, keeps it as the last receipt and, when
  * configured, writes PDFs.
  *   arquivoXml      document as sent (kind 1) or cancellation request (kind 5)
- *   arquivoRetorno  return of the tax authority, or "OFFLINE"
+ *   arquivoRetorno  return of the tax authority, or "OFFLINE"; a link delivered in it counts up to
+ *                   2000 characters
  *   urlQrcode       QR-code content, empty to have it built
  *   colunas         42 or 48
  *   tipoDocumento   1 sale, 5 cancellation

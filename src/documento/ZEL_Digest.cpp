@@ -25,14 +25,15 @@ std::string recortarNFe(std::string_view xml) {
 
 } // namespace
 
-int fnGerarDigestValue(std::string_view xml, std::string &digest) {
+int fnGerarDigestValue(std::string_view xml, std::string &digest, Codificacao codificacao) {
     ST_tagZEL documento;
     std::size_t posicao = 0;
     const int lido = fnProximaTag_ZEL(documento, recortarNFe(xml), posicao);
     if (lido != ZEL_OK) return lido;
-    const auto canonico = documento.canonicalizeNFSubTree();
+    auto canonico = documento.canonicalizeNFSubTree();
     if (!canonico) return ZEL_RECUSADO;
-    digest = codificarBase64(fnConvertToSHA1(fnParseToUtf8(*canonico)));
+    if (codificacao == Codificacao::kLatin1) canonico = fnParseToUtf8(*canonico);
+    digest = codificarBase64(fnConvertToSHA1(*canonico));
     return ZEL_OK;
 }
 

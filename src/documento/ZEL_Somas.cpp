@@ -93,9 +93,12 @@ void somarImposto(Somas &somas, const ST_tagZEL &imposto) {
 } // namespace
 
 Somas somarItens(const ST_PersitenceXML_ZEL &documento) {
+    return documento.vendas ? somarItens(*documento.vendas) : Somas{};
+}
+
+Somas somarItens(std::span<const ST_tagZEL> itens) {
     Somas somas;
-    if (!documento.vendas) return somas;
-    for (const ST_tagZEL &item : *documento.vendas) {
+    for (const ST_tagZEL &item : itens) {
         if (const ST_tagZEL *prod = item.getSubTag("prod")) somarProduto(somas, *prod);
         if (const ST_tagZEL *imposto = item.getSubTag("imposto")) somarImposto(somas, *imposto);
     }

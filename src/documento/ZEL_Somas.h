@@ -1,9 +1,10 @@
-// What the items of the document in progress add up to: products, adjustments and taxes, and the
-// receipt total. Reads tag trees, changes nothing.
+// What the items of a document add up to: products, adjustments and taxes, and the receipt total.
+// Reads tag trees, changes nothing.
 #pragma once
 
 #include "documento/ZEL_Persistencia.h"
 
+#include <span>
 #include <string>
 
 namespace zel {
@@ -22,7 +23,9 @@ struct Somas {
     double total() const { return produtos + outros - (descontos + valorST); }
 };
 
+// Of the document in progress; of any elements, of which those that hold "prod" or "imposto" count.
 Somas somarItens(const ST_PersitenceXML_ZEL &documento);
+Somas somarItens(std::span<const ST_tagZEL> itens);
 
 // The receipt total as two-decimal text: vNF of the totals, or the items' total where the totals
 // have a form without it (services). Empty when the receipt is not totalized.

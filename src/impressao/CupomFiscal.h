@@ -18,6 +18,9 @@ namespace zel {
 inline constexpr std::int32_t kEmissaoNormal = 1;
 inline constexpr std::int32_t kEmissaoContingencia = 9;
 
+// Characters of a link or another content of a QR code: about what the largest code holds.
+inline constexpr std::size_t kMaximoLink = 2000;
+
 // A text of bounded length that is nearly always far shorter than its bound, or there in hundreds.
 template <std::size_t Capacidade>
 class TextoLongo {
@@ -83,10 +86,10 @@ struct CupomFiscal {
     Campo<4> TpAmp;                // tpAmb: "1" production, "2" homologation
     Campo<17> ProtocoloSefaz;
     Campo<25> DataHoraAutorizacao;
-    Campo<49> DigestValueAutorizado; // base64
-    Campo<199> LinkNFCe;             // consultation link delivered by the authorizer
-    TextoLongo<5000> MsgPromocional; // infCpl
-    std::vector<Item> Itens;         // in document order
+    Campo<49> DigestValueAutorizado;  // base64
+    TextoLongo<kMaximoLink> LinkNFCe; // consultation link delivered by the authorizer
+    TextoLongo<5000> MsgPromocional;  // infCpl
+    std::vector<Item> Itens;          // in document order
     std::vector<Pagamento> Pagamentos;
 
     double getValorTotalPago() const;

@@ -3,6 +3,8 @@
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
 #include "documento/ZEL_Digest.h"
+#include "documento/ZEL_Parser.h"
+#include "documento/ZEL_Somas.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/ColunasLayout.h"
 #include "impressao/DadosImpressao.h"
@@ -10,6 +12,8 @@
 #include "impressao/LeituraXml.h"
 #include "impressao/Linha.h"
 #include "impressao/Setores.h"
+#include "impressao/ValorImpresso.h"
+#include "util/Codificacao.h"
 #include "util/Codigos.h"
 #include "util/Latin1.h"
 #include "util/Numero.h"
@@ -109,12 +113,39 @@ bool lerConsumidor(std::string_view documento, CupomFiscal &cf) {
     return true;
 }
 
+// The totals of services, and of items without a tax that is totalled, name nothing of what a
+// receipt prints. With a part of it something was lost on the way.
+bool semValoresDoCupom(const LeitorXml &total) {
+    const auto tem = [&](std::string_view nome) {
+        return LeitorXml(total).grupo(nome).has_value();
+    };
+    constexpr std::string_view kImpressos[] = {"ICMSTot", "vICMS", "vDesc", "vOutro", "vNF"};
+    return (tem("ISSQNTot") || tem("retTrib")) && std::ranges::none_of(kImpressos, tem);
+}
+
+bool lerValoresDoCupom(LeitorXml &total, CupomFiscal &cf) {
+    return ler(total, "<vICMS>", cf.TotalICMS) && ler(total, "<vDesc>", cf.ValorDesconto) &&
+           ler(total, "<vOutro>", cf.ValorOutro) && ler(total, "<vNF>", cf.ValorTotal);
+}
+
+// What the items of the document add up to, by the rule of its totalization.
+bool somarTotais(std::string_view documento, CupomFiscal &cf) {
+    ST_tagZEL infNFe;
+    std::size_t posicao = documento.find("<infNFe");
+    if (fnProximaTag_ZEL(infNFe, documento, posicao) != ZEL_OK || !infNFe.subTags) return false;
+    const Somas somas = somarItens(*infNFe.subTags);
+    cf.TotalICMS = formatarMoeda(0);
+    guardar(cf.ValorDesconto, formatarMoeda(somas.descontos));
+    guardar(cf.ValorOutro, formatarMoeda(somas.outros));
+    guardar(cf.ValorTotal, formatarMoeda(somas.total()));
+    return true;
+}
+
 bool lerTotais(std::string_view documento, CupomFiscal &cf) {
     auto total = LeitorXml(documento).grupo("total");
-    if (!total || !ler(*total, "<vICMS>", cf.TotalICMS) ||
-        !ler(*total, "<vDesc>", cf.ValorDesconto) || !ler(*total, "<vOutro>", cf.ValorOutro) ||
-        !ler(*total, "<vNF>", cf.ValorTotal))
-        return false;
+    if (!total) return false;
+    const bool somados = semValoresDoCupom(*total);
+    if (!(somados ? somarTotais(documento, cf) : lerValoresDoCupom(*total, cf))) return false;
     if (!ler(*total, "<vTotTrib>", cf.ValorTotalTributos))
         cf.ValorTotalTributos = lerDecimal(trocarVirgula(G_szTotalImposto));
     return true;
@@ -157,11 +188,16 @@ bool lerDocumento(std::string_view documento, CupomFiscal &cf) {
     return true;
 }
 
-// The digest that a signature brought, or that of the file's own text.
+// The digest that a signature brought, or that of the file's own text. Where Latin-1 has all its
+// characters that is the digest of its Latin-1 form, in which limits count characters.
 bool lerDigest(const ArquivoXml &documento, CupomFiscal &cf) {
-    if (lerPrimeiro(documento.texto, {"<DigestValue>"}, cf.DigestValueAutorizado)) return true;
+    const auto &[original, latin1] = documento;
+    if (lerPrimeiro(latin1, {"<DigestValue>"}, cf.DigestValueAutorizado)) return true;
+    const bool fiel = latin1 == original || fnParseToUtf8(latin1) == original;
     std::string digest;
-    if (fnGerarDigestValue(documento.original, digest) != ZEL_OK) return false;
+    const int gerado = fiel ? fnGerarDigestValue(latin1, digest)
+                            : fnGerarDigestValue(original, digest, Codificacao::kUtf8);
+    if (gerado != ZEL_OK) return false;
     cf.DigestValueAutorizado = digest;
     return true;
 }
@@ -170,7 +206,10 @@ bool lerDigest(const ArquivoXml &documento, CupomFiscal &cf) {
 bool lerAutorizacao(std::string_view retorno, CupomFiscal &cf) {
     const bool normal = cf.TipoEmissao == kEmissaoNormal;
     if (normal && !lerProtocolo(retorno, cf)) return false;
-    if (lerPrimeiro(retorno, {"<LinkXML>", "<LinkNFCe>"}, cf.LinkNFCe)) {
+    // A link without its end leads nowhere: one that is too long is none.
+    const auto link = primeiroValor(retorno, {"<LinkXML>", "<LinkNFCe>"});
+    if (link && link->size() <= kMaximoLink) {
+        cf.LinkNFCe = *link;
         G_stDadosImpressao.TipoAmbiente = formatarInteiro(kLinkPronto);
         return true;
     }
@@ -186,22 +225,20 @@ std::optional<ArquivoXml> lerComMarca(std::string_view caminho, std::string_view
 }
 
 std::string documentoDoEmitente() {
-    const std::string_view cnpj = valorConfig(R"(EMIT\CNPJ)"_chave);
+    const std::string cnpj = valorImpresso(R"(EMIT\CNPJ)"_chave);
     return (cnpj.size() == kTamanhoCNPJ ? "CNPJ-" : "CPF- ") + fnFormatarCPFCNPJ(cnpj);
 }
 
 void imprimirEmitenteConfigurado(std::string &texto) {
-    const std::string documento = documentoDoEmitente();
-    const Emitente emitente{valorConfig(R"(EMIT\xNome)"_chave),
-                            documento,
-                            valorConfig(R"(EMIT\IE)"_chave),
-                            valorConfig(R"(EMIT\ENDEREMIT\xLgr)"_chave),
-                            valorConfig(R"(EMIT\ENDEREMIT\Nro)"_chave),
-                            valorConfig(R"(EMIT\ENDEREMIT\xBairro)"_chave),
-                            valorConfig(R"(EMIT\ENDEREMIT\xMun)"_chave),
-                            valorConfig(R"(EMIT\ENDEREMIT\UF)"_chave)};
-    imprimirEmitente(emitente, logotipoSeparado() ? kCancelamentoComLogotipo : kEmitenteCorrido, "",
-                     "", texto);
+    // The texts last as long as the call that views them.
+    imprimirEmitente(
+        {valorImpresso(R"(EMIT\xNome)"_chave), documentoDoEmitente(),
+         valorImpresso(R"(EMIT\IE)"_chave), valorImpresso(R"(EMIT\ENDEREMIT\xLgr)"_chave),
+         valorImpresso(R"(EMIT\ENDEREMIT\Nro)"_chave),
+         valorImpresso(R"(EMIT\ENDEREMIT\xBairro)"_chave),
+         valorImpresso(R"(EMIT\ENDEREMIT\xMun)"_chave),
+         valorImpresso(R"(EMIT\ENDEREMIT\UF)"_chave)},
+        logotipoSeparado() ? kCancelamentoComLogotipo : kEmitenteCorrido, "", "", texto);
 }
 
 } // namespace
@@ -252,7 +289,7 @@ int layoutNFC(const CupomFiscal &cf, std::string_view urlQrcode, int colunas, st
     imprimirSetor_II(*layout, texto);
     if (!resumo) imprimirSetor_III(*layout, cf.Itens, texto);
     imprimirSetor_IV(*layout, cf, texto);
-    imprimirSetor_V(*layout, cf, valorConfig(R"(NFCE\MsgLeiDoImposto)"_chave), texto);
+    imprimirSetor_V(*layout, cf, valorImpresso(R"(NFCE\MsgLeiDoImposto)"_chave), texto);
     imprimirSetor_Va(*layout, cf, texto);
     imprimirSetor_VI(*layout, cf, enderecoChave, ambiente, viaEstabelecimento, texto);
     imprimirSetor_VII(*layout, cf, texto);

@@ -14,7 +14,9 @@ inline constexpr std::string_view kOffline = "OFFLINE";
 
 // Fills an empty receipt from the document as sent (a path with ".ctg" in it names a contingency
 // copy) and from the authorizer's return, a path or "OFFLINE". A document without an approximate
-// total of taxes takes the one that the application gave. Sets the environment of DadosImpressao.h.
+// total of taxes takes the one that the application gave; one whose totals are of a form without
+// the printed values (services) has no ICMS, and the rest is what its items add up to. Sets the
+// environment of DadosImpressao.h.
 // 1; 0 a file cannot be read or lacks an element that a receipt needs, with `cf` partly filled.
 int parseXMLCupomFiscal(std::string_view xmlPath, std::string_view returnPath, CupomFiscal &cf);
 

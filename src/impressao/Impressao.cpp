@@ -25,18 +25,22 @@ constexpr std::size_t kMaximoParametros = 99;
 constexpr long long kAutorizado = 100;
 constexpr long long kAutorizadoForaDoPrazo = 150;
 
+constexpr Chave kUrlQrcode = R"(NFCE\UrlQrcode)"_chave;
+
 // The content without the mark-up of its module size. One that the configuration cannot hold is
-// kept as none, so that the last content known is never that of another receipt.
+// kept as none, so that the last content known is never that of another receipt, nor a part.
 std::string conteudoGuardado(std::string_view conteudo) {
+    constexpr std::size_t kMaximo = stZELTAGs[kUrlQrcode.indice].tamanho;
     conteudo = conteudo.substr(0, conteudo.find("<lmodulo>"));
-    return conteudo.find("</") == conteudo.npos ? std::string(conteudo) : std::string{};
+    const bool cabe = conteudo.size() <= kMaximo && conteudo.find("</") == conteudo.npos;
+    return cabe ? std::string(conteudo) : std::string{};
 }
 
 int guardarVenda(const CupomFiscal &cf, std::string_view urlQrcode) {
     const Alteracao alteracoes[] = {
         {R"(NFCE\ChaveDeAcesso)"_chave, std::string(cf.ChaveDeAcesso)},
         {R"(NFCE\ProtocoloAutorizacao)"_chave, std::string(cf.ProtocoloSefaz)},
-        {R"(NFCE\UrlQrcode)"_chave,
+        {kUrlQrcode,
          urlQrcode.empty() ? conteudoGuardado(gerarUrlQrcode(cf)) : conteudoGuardado(urlQrcode)},
     };
     if (const int codigo = fnLimparEnvio(); codigo != ZEL_OK) return codigo;

@@ -4,6 +4,7 @@
 #include "config/Registro.h"
 #include "impressao/DadosImpressao.h"
 #include "impressao/Linha.h"
+#include "impressao/ValorImpresso.h"
 #include "util/Codificacao.h"
 #include "util/Codigos.h"
 #include "util/Numero.h"
@@ -33,7 +34,9 @@ int lerEndereco(std::string_view uf, std::string_view chave, std::string &endere
     endereco.clear();
     std::string caminho;
     anexar(caminho, R"(URLS\)", uf, R"(\)", chave);
-    return fnRegRetornarValor_ZEL(caminho, endereco);
+    const int lido = fnRegRetornarValor_ZEL(caminho, endereco);
+    endereco = textoImpresso(endereco);
+    return lido;
 }
 
 } // namespace
@@ -61,7 +64,7 @@ std::string gerarUrlQrcode(const CupomFiscal &cf, std::string_view baseUrl, int 
     anexar(parametros, "&dhEmi=", fnConverterParaHexa(cf.DataHora),
            "&vNF=", formatarMoeda(cf.ValorTotal), "&vICMS=", cf.TotalICMS,
            "&digVal=", fnConverterParaHexa(cf.DigestValueAutorizado),
-           "&cIdToken=", valorConfig(R"(CONFIGURACAO\IDTokenSefaz)"_chave));
+           "&cIdToken=", valorImpresso(R"(CONFIGURACAO\IDTokenSefaz)"_chave));
     std::string url;
     anexar(url, baseUrl, "?", parametros,
            "&cHashQRCode=", calcularHashCodeFromURL(parametros, cf.EmitUF));
@@ -81,7 +84,7 @@ std::string calcularHashCodeFromURL(std::string_view parametros, std::string_vie
         std::ranges::find(kUFsSemInterrogacao, uf) != std::end(kUFsSemInterrogacao);
     std::string texto;
     anexar(texto, semInterrogacao ? "" : "?", parametros,
-           valorConfig(R"(CONFIGURACAO\TokenSefaz)"_chave));
+           valorImpresso(R"(CONFIGURACAO\TokenSefaz)"_chave));
     return fnConvertSHA1_HEXA(fnConvertToSHA1(fnParseToUtf8(texto)));
 }
 

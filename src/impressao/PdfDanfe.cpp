@@ -121,7 +121,7 @@ void fnEscreverTextoDanfePDF(PdfPagina &pagina, std::string_view texto, int colu
             fnEscreverBufferQrcodeDanfePDF(pagina, tirarAte(via, "[/qrcode]"),
                                            geometria.condensada);
         }
-        if (!resto.empty()) pagina.separar();
+        if (!resto.empty()) pagina.terminarLinha();
     }
 }
 

@@ -12,7 +12,7 @@ inline constexpr MargensPdf kMargensDanfe{10, 10, ""};
 
 // Draws a receipt text (Latin-1, mark-up in angle or square brackets) in the widths of its columns,
 // 42 or 48 (56 counts as 48); other numbers break lines at the right margin alone and centre
-// nothing. A paper cut between two receipts becomes a blank line.
+// nothing. A paper cut between two receipts ends the line.
 void fnEscreverTextoDanfePDF(PdfPagina &pagina, std::string_view texto, int colunas);
 
 } // namespace zel

@@ -156,9 +156,8 @@ void PdfPagina::escrever(std::string_view texto, const EstiloPdf &estilo) {
     desenhar(trecho, estilo);
 }
 
-void PdfPagina::separar() {
+void PdfPagina::terminarLinha() {
     if (x_ > margens_.esquerda) linhaNova();
-    linhaNova();
 }
 
 int PdfPagina::salvar(const std::string &caminho) {

@@ -46,8 +46,8 @@ public:
     // begin beyond the right margin goes to the next one. Other control bytes are not drawn.
     void escrever(std::string_view texto, const EstiloPdf &estilo);
 
-    // Leaves a blank line behind what was drawn so far.
-    void separar();
+    // What is drawn next begins a line: this one, when nothing was drawn on it.
+    void terminarLinha();
 
     // Writes the document to a file, whole or not at all, as the last thing done with it. 1; -22 it
     // could not be created or drawn; -23 it could not be saved.

@@ -6,6 +6,7 @@
 #include "impressao/DadosImpressao.h"
 #include "impressao/LayoutImpressao.h"
 #include "impressao/Linha.h"
+#include "impressao/ValorImpresso.h"
 #include "util/Latin1.h"
 #include "util/Marcacao.h"
 #include "util/Numero.h"
@@ -216,7 +217,7 @@ void imprimirMsgPromocional(const ColunasLayout &layout, const CupomFiscal &cf,
     if (!layout.promocionalSempre && valorConfig(R"(NFCE\MSGPROMOCIONAL\Imprimir)"_chave) != "1")
         return;
     anexar(texto, "\r\n", layout.separador, "<ce>",
-           valorConfig(R"(NFCE\MSGPROMOCIONAL\Titulo)"_chave), "</ce>\r\n",
+           valorImpresso(R"(NFCE\MSGPROMOCIONAL\Titulo)"_chave), "</ce>\r\n",
            mensagemPromocional(cf));
 }
 

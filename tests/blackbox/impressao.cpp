@@ -55,6 +55,81 @@ TEST(Impressao, do_documento_ao_papel) {
     EXPECT_EQ(caixa.config("CONFIGURACAO\\TipoAmbiente"), "3") << "the file keeps its own";
 }
 
+struct CupomDeServico {
+    std::string xml;                 // sold first, as tag text
+    const char *desconto;            // on the service of 100.00, which is sold last; null: not sold
+    const char *ajuste[2];           // of the receipt
+    std::string forma;               // of the totals
+    std::string desc, acresc, total; // printed; empty: no such line
+};
+
+std::vector<CupomDeServico> cuponsDeServico() {
+    const std::string produto =
+        "<PROD><cProd>7</cProd><cEAN>7891234567895</cEAN><xProd>A</xProd><NCM>22011000</NCM>"
+        "<CFOP>5405</CFOP><uCom>UN</uCom><qCom>2</qCom><vUnCom>3.50</vUnCom><vProd>7.00</vProd>"
+        "<cEANTrib>7891234567895</cEANTrib><uTrib>UN</uTrib><qTrib>2</qTrib><vUnTrib>3.50</vUnTrib>"
+        "<indTot>1</indTot></PROD><imposto>";
+    const std::string comST =
+        produto + "<ICMS><ICMS10><orig>0</orig><CST>10</CST><modBC>3</modBC><vBC>7.00</vBC><pICMS>"
+                  "18.00</pICMS><vICMS>1.26</vICMS><modBCST>4</modBCST><pMVAST>0.40</pMVAST>"
+                  "<pRedBCST>0.00</pRedBCST><vBCST>9.80</vBCST><pICMSST>0.18</pICMSST>"
+                  "<vICMSST>0.50</vICMSST></ICMS10></ICMS></imposto>";
+    const std::string semICMS = produto + "<PIS><PISNT><CST>07</CST></PISNT></PIS></imposto>";
+    return {
+        {"", "0", {"", ""}, "ISSQNTot", "", "", "100.00"},
+        {"", "2,50", {"D$", "5"}, "ISSQNTot", "7.50", "", "92.50"},
+        {comST, "2,50", {"", ""}, "ISSQNTot", "2.50", "", "104.00"},
+        {semICMS, "0", {"A$", "10,70"}, "ISSQNTot", "", "10.70", "117.70"},
+        {semICMS, nullptr, {"", ""}, "retTrib", "", "", "7.00"},
+    };
+}
+
+void fecharCupom(const Caixa &c, const CupomDeServico &cupom) {
+    c.config("IMPOSTO\\ISSQN\\cMunFG", "12");
+    c.config("IMPOSTO\\ISSQN\\cListServ", "101");
+    c.config("IMPOSTO\\ISSQN\\cSitTrib", "N");
+    ASSERT_EQ(c->aCFAbrir_ZEL("", "", "", "", "", "", "", "", ""), ZEL_OK);
+    if (!cupom.xml.empty()) {
+        ASSERT_EQ(c->aCFVenderXml_ZEL(cupom.xml.c_str()), ZEL_OK);
+    }
+    if (cupom.desconto != nullptr) {
+        ASSERT_EQ(c->aCFVender_ZEL("S0500", "1", "100", "D$", cupom.desconto, "1", "UN", "B"),
+                  ZEL_OK);
+    }
+    ASSERT_EQ(c->aCFTotalizar_ZEL(cupom.ajuste[0], cupom.ajuste[1]), ZEL_OK);
+    ASSERT_EQ(c->aCFEfetuarPagamento_ZEL("dinheiro", ""), ZEL_OK);
+    ASSERT_EQ(c->tCFEncerrar_ZEL(""), ZEL_OK);
+}
+
+// The amount behind the first such label of a line; empty when there is none.
+std::string valorDe(const std::string &cupom, const std::string &rotulo) {
+    const std::size_t inicio = cupom.find(rotulo + "  ");
+    if (inicio == cupom.npos) return {};
+    const std::size_t valor = cupom.find_first_not_of(' ', inicio + rotulo.size());
+    return cupom.substr(valor, cupom.find_first_not_of("0123456789.", valor) - valor);
+}
+
+// The totals of a receipt that ends in a service are of a form without a receipt total: it was
+// sold, paid and closed, and could not be printed. What it prints is what was paid.
+TEST(Impressao, cupom_que_termina_em_servico) {
+    for (const CupomDeServico &caso : cuponsDeServico()) {
+        Caixa caixa;
+        ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa, caso));
+        const std::string documento = caixa.lerArquivo("documentosEnvio.xml");
+        ASSERT_NE(elemento(documento, caso.forma), "");
+        EXPECT_EQ(elemento(documento, "vPag"), caso.total);
+        caixa.escreverArquivo("retorno.xml", retorno(caixa));
+        for (const int colunas : {42, 48}) {
+            caixa.escreverArquivo("nota.xml", documento);
+            const std::string cupom = imprimir(caixa, "nota.xml", "retorno.xml", colunas);
+            EXPECT_NE(cupom.find("&vNF=" + caso.total + "&vICMS=0.00&"), cupom.npos) << cupom;
+            EXPECT_EQ(valorDe(cupom, "DESCONTO"), caso.desc) << cupom;
+            EXPECT_EQ(valorDe(cupom, "ACRESCIMO"), caso.acresc) << cupom;
+            EXPECT_EQ(valorDe(cupom, "VALOR TOTAL R$"), caso.total) << cupom;
+        }
+    }
+}
+
 TEST(Impressao, contingencia_imprime_duas_vias_do_arquivo_embaralhado) {
     Caixa caixa;
     caixa.config("IDE\\tpEmis", "9");

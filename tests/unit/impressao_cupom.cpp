@@ -3,6 +3,8 @@
 #include "impressao/Impressao.h"
 #include "impressao_apoio.h"
 #include "util/Cripto.h"
+#include "util/Texto.h"
+#include "util/TextoXml.h"
 
 using namespace impressao;
 
@@ -102,6 +104,97 @@ TEST_F(Cupons, qrcode_and_protocol_are_stored_with_the_receipt) {
     EXPECT_EQ(guardado(R"(NFCE\ProtocoloAutorizacao)"), "135140000000001");
     ASSERT_EQ(imprimir(simples, "", 42), ZEL_OK);
     EXPECT_EQ(guardado(R"(NFCE\ProtocoloAutorizacao)"), ""); // not the sale's before
+}
+
+// Configuration values are XML text, as any tool writes them: what is printed, hashed or looked up
+// is what they stand for.
+TEST_F(Cupons, configuration_values_print_the_same_with_and_without_references) {
+    configurar({{R"(NFCE\MSGPROMOCIONAL\Imprimir)", "1"}});
+    const std::string pedido = gravar("p.xml", "<ChaAcesso>" + kChave + "</ChaAcesso>");
+    std::string cupons[2];
+    for (const bool referencias : {false, true}) {
+        for (const auto &[chave, valor] : Pares{
+                 {R"(EMIT\xNome)", "Bar & <9>"},
+                 {R"(EMIT\CNPJ)", "129"},
+                 {R"(EMIT\IE)", "I9&"},
+                 {R"(EMIT\ENDEREMIT\xLgr)", "Rua & <9>"},
+                 {R"(EMIT\ENDEREMIT\Nro)", "1&<9>"},
+                 {R"(EMIT\ENDEREMIT\xBairro)", "Bairro & <9>"},
+                 {R"(EMIT\ENDEREMIT\xMun)", "Municipio & <9>"},
+                 {R"(NFCE\MSGPROMOCIONAL\Titulo)", "Promo & <9>"},
+                 {R"(NFCE\MsgLeiDoImposto)", "Lei & <9> |"},
+                 {R"(URLS\SP\Producao)", "http://p?a&<9>"},
+                 {R"(URLS\SP\ChaveConsultaProducao)", "http://c?a&<9>"},
+                 {R"(CONFIGURACAO\TokenSefaz)", "token&<9>"},
+                 {R"(CONFIGURACAO\IDTokenSefaz)", "09"},
+             }) {
+            const std::string escapado = substituirAll(escaparXml(valor), "9", "&#57;");
+            configurar({{chave, referencias ? escapado : valor}});
+        }
+        for (const int colunas : {42, 48}) {
+            ASSERT_EQ(imprimir(cheia, retornoEnvio, colunas), ZEL_OK);
+            cupons[referencias] += saida;
+        }
+        ASSERT_EQ(fnGerarArquivoFormatadoNF(pedido, "OFFLINE", "", 48, 5, "", saida), ZEL_OK);
+        cupons[referencias] += saida;
+    }
+    EXPECT_EQ(cupons[0], cupons[1]);
+}
+
+// A link without its end is worthless: what the configuration cannot hold is not kept at all.
+TEST_F(Cupons, links_and_contents_print_whole_at_any_length) {
+    const auto endereco = [](std::size_t tamanho) {
+        const std::string inicio = "http://l?p=", fim = "&hash=FIM";
+        return inicio + std::string(tamanho - inicio.size() - fim.size(), 'x') + fim;
+    };
+    for (const std::size_t tamanho : {199U, 200U, 499U, 500U, 2000U}) {
+        const std::string link = endereco(tamanho);
+        const std::string retorno =
+            retornoSefaz + "<LinkNFCe>" + substituirAll(link, "&", "&amp;") + "</LinkNFCe>";
+        for (const int colunas : {42, 48}) {
+            ASSERT_EQ(imprimir(simples, retorno, colunas), ZEL_OK);
+            EXPECT_TRUE(contem(saida, "<qrcode>" + link + "<lmodulo>")) << tamanho;
+            EXPECT_TRUE(contem(saida, "Chave de Acesso em: " + link)) << tamanho;
+            EXPECT_EQ(guardado(R"(NFCE\UrlQrcode)"), tamanho < 500 ? link : "") << tamanho;
+            ASSERT_EQ(imprimir(simples, retornoSefaz, colunas, link), ZEL_OK);
+            EXPECT_TRUE(contem(saida, "<qrcode>" + link + "</qrcode>")) << tamanho;
+            EXPECT_EQ(guardado(R"(NFCE\UrlQrcode)"), tamanho < 500 ? link : "") << tamanho;
+        }
+    }
+    // One that no QR code holds is no link: the content is built as without one.
+    ASSERT_EQ(imprimir(simples, retornoSefaz + "<LinkNFCe>" + endereco(2001), 42), ZEL_OK);
+    EXPECT_TRUE(contem(saida, "&cHashQRCode="));
+    EXPECT_TRUE(contem(saida, "http://l", 0));
+}
+
+// The caller brings the buffer: 8192 bytes without items, payments and closing text.
+TEST_F(Cupons, longest_receipt_fits_the_promised_buffer) {
+    const std::string longo(3000, 'x');
+    configurar({{R"(NFCE\MsgLeiDoImposto)", longo},
+                {R"(NFCE\MSGPROMOCIONAL\Titulo)", longo},
+                {R"(NFCE\MSGPROMOCIONAL\Imprimir)", "1"},
+                {R"(CONFIGURACAO\TrocoUltimaNFCe)", "99999999999.99"}});
+    CupomFiscal cf;
+    for (auto *campo :
+         {&cf.EmitLogradouro, &cf.EmitInscricaoEstadual, &cf.DestNome, &cf.DestLogradouro})
+        *campo = longo;
+    for (auto *campo : {&cf.EmitBairro, &cf.EmitMunicipio, &cf.DestBairro, &cf.DestMunicipio})
+        *campo = longo;
+    cf.Nome = cf.CnpjCpf = cf.IdDest = cf.DestUF = cf.EmitUF = longo;
+    cf.ChaveDeAcesso = cf.NumeroNotaFiscal = cf.Serie = cf.ProtocoloSefaz = longo;
+    cf.DataHora = cf.DataHoraAutorizacao = longo;
+    cf.LinkNFCe = std::string(kMaximoLink, 'x');
+    cf.EmitNumero = cf.DestNumero = std::numeric_limits<std::int32_t>::min();
+    cf.ValorTotal = cf.ValorTotalTributos = cf.ValorDesconto = cf.ValorOutro = 1e15;
+    G_stDadosImpressao.TipoAmbiente = "3";
+    for (const std::int32_t emissao : {kEmissaoNormal, kEmissaoContingencia})
+        for (const int colunas : {42, 48}) {
+            cf.TipoEmissao = emissao;
+            std::string texto;
+            ASSERT_EQ(layoutNFC(cf, "", colunas, texto, true), ZEL_OK);
+            EXPECT_GT(texto.size(), 2 * kMaximoLink);
+            EXPECT_LT(texto.size(), 8192U);
+        }
 }
 
 TEST_F(Cupons, refused_or_empty_receipt_leaves_the_last_one) {

@@ -3,6 +3,8 @@
 #include "impressao/LeituraXml.h"
 #include "impressao_apoio.h"
 #include "util/Codificacao.h"
+#include "util/Numero.h"
+#include "util/Texto.h"
 
 using namespace impressao;
 
@@ -32,6 +34,47 @@ TEST_F(Leitura, document_without_a_required_element_is_refused) {
         EXPECT_EQ(resultado(sem(cheia, tag, marco)), 0) << tag;
     for (const std::string_view unico : {"<det ", "<pag>"})
         EXPECT_EQ(resultado(sem(simples, unico)), 0) << unico;
+}
+
+// Goods with a surcharge and tax substitution, then a service with a discount: the totals of a
+// service name none of the four values that a receipt prints.
+TEST_F(Leitura, totals_of_services_are_those_of_the_items) {
+    const std::string servico =
+        "<det nItem='2'><prod><cProd>2</cProd><xProd>Conserto</xProd><uCom>UN</uCom><qCom>1</qCom>"
+        "<vUnCom>100.00</vUnCom><vProd>100.00</vProd><vDesc>2.50</vDesc></prod><imposto><ISSQN>"
+        "<vBC>97.50</vBC></ISSQN></imposto></det><total>";
+    std::string xml =
+        trocar(simples, "</vUnCom>", "</vUnCom><vProd>10.50</vProd><vOutro>1.00</vOutro>");
+    xml = trocar(xml, "<ICMS00><vICMS>9.99</vICMS></ICMS00>",
+                 "<ICMS10><vICMS>9.99</vICMS><vICMSST>0.50</vICMSST></ICMS10>");
+    const std::size_t totais = xml.find("<total>"), depois = xml.find("</total>");
+    const std::string antes = xml.substr(0, totais) + servico;
+    const std::string soma = "0.00|2.50|1.00|108.50|";
+    const std::string todos = "<vICMS>1</vICMS><vDesc>2</vDesc><vOutro>3</vOutro><vNF>4</vNF>";
+    const std::tuple<std::string, int, std::string> casos[] = {
+        {"<ISSQNTot><vServ>0.00</vServ><vISS>5.00</vISS></ISSQNTot>", 1, soma},
+        {"<retTrib><vRetPIS>0.00</vRetPIS></retTrib>", 1, soma},
+        {"<ISSQNTot>" + todos + "</ISSQNTot>", 1, "1|2.00|3.00|4.00|"},
+        {"<ICMSTot>" + todos + "</ICMSTot><retTrib>0</retTrib>", 1, "1|2.00|3.00|4.00|"},
+        // A part of them is no form that anybody writes: something was lost.
+        {"<ISSQNTot><vNF>4.00</vNF></ISSQNTot>", 0, ""},
+        {"<ICMSTot><vBC>1.00</vBC></ICMSTot><retTrib>0</retTrib>", 0, ""},
+        {"<Outro>1</Outro>", 0, ""},
+        {"", 0, ""},
+    };
+    for (const auto &[forma, resultado, esperado] : casos) {
+        CupomFiscal cf;
+        EXPECT_EQ(ler(antes + forma + xml.substr(depois), "", cf), resultado) << forma;
+        if (resultado == 0) continue;
+        EXPECT_EQ(juntar({cf.TotalICMS, formatarMoeda(cf.ValorDesconto),
+                          formatarMoeda(cf.ValorOutro), formatarMoeda(cf.ValorTotal)}),
+                  esperado)
+            << forma;
+    }
+    // Items that do not add up to anything: the total would be that of the readable ones.
+    const std::string partido = trocar(antes, "<ISSQN>", "<ISSQN");
+    CupomFiscal cf;
+    EXPECT_EQ(ler(partido + std::get<0>(casos[0]) + xml.substr(depois), "", cf), 0);
 }
 
 // Environment, protocol, time, digest and link, of what was read before a refusal too.
@@ -73,6 +116,33 @@ TEST_F(Leitura, other_forms_of_a_document_are_read) {
     EXPECT_EQ(juntar({cf.Nome, cf.IdDest, cf.DestNome, cf.DestBairro, cf.DigestValueAutorizado}),
               "Pão & Cia Ltda|000.000.001-91|Ana||abc=|"_l1);
     EXPECT_EQ(cf.Itens.at(0).NumeroItem, 1);
+}
+
+// The digests were computed apart, over the UTF-8 text of the signed element. A document that was
+// converted on its way has the same one, also where its texts grow beyond a limit in bytes.
+TEST_F(Leitura, digest_does_not_depend_on_the_encoding_of_the_file) {
+    const std::string nota = substituirAll(simples, "\n", "");
+    const std::string texto = "<infAdic><infCpl>" + std::string(3000, '\xE7');
+    const std::string longa = trocar(nota, "</infNFe>", texto + "</infCpl></infAdic></infNFe>");
+    const std::string utf8 = fnParseToUtf8(nota), declaracao = "<?xml encoding=\"UTF-8\"?>";
+    const std::string digest = "8RgLvAiCMECGVaxEVKste2bIVO8=",
+                      digestLonga = "UYQsV0Le/A7OsdEanFEE/iGpam4=";
+    for (const auto &[xml, esperado] : {
+             std::pair{nota, digest},
+             {"<?xml encoding=\"ISO-8859-1\"?>" + nota, digest},
+             {utf8, digest},
+             {"\xEF\xBB\xBF" + utf8, digest},
+             {declaracao + utf8, digest},
+             {longa, digestLonga},
+             {declaracao + fnParseToUtf8(longa), digestLonga},
+             // A character that ISO-8859-1 has not is hashed as the file holds it.
+             {trocar(utf8, "Caneta azul", "Caneta \xE2\x82\xAC 1"),
+              std::string("Ha8Htj1tQxt4rEll6ksY6v8XPfo=")},
+         }) {
+        CupomFiscal cf;
+        EXPECT_EQ(ler(xml, "", cf), 1);
+        EXPECT_EQ(std::string_view(cf.DigestValueAutorizado), esperado) << xml.substr(0, 60);
+    }
 }
 
 TEST(LeituraXml, utf8_is_told_from_latin1) {

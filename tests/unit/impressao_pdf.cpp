@@ -7,6 +7,7 @@
 #include "util/Codificacao.h"
 #include "util/Texto.h"
 
+#include <cmath>
 #include <regex>
 
 using namespace impressao;
@@ -23,8 +24,9 @@ std::string autorizada(const std::string &documento = nota()) {
            substituirAll(dado("retorno_sefaz.xml"), "\n", "") + "</nfeProc>";
 }
 
-// What a PDF draws: "\f" where a page begins, "\n" where a line does, "{font size}" and "{colour}"
-// where they change, and the text: in the file, all but printable bytes are octal numbers.
+// What a PDF draws: "\f" where a page begins, "\n" where a line does (two behind a blank line),
+// "{font size}" and "{colour}" where they change, and the text: in the file, all but printable
+// bytes are octal numbers.
 std::string lerDesenho(const std::string &pdf) {
     std::string desenho;
     for (std::string_view linha : split(pdf, '\n', pdf.size())) {
@@ -32,7 +34,10 @@ std::string lerDesenho(const std::string &pdf) {
             linha.substr(std::min(linha.rfind(' ') + 1, linha.size()));
         const std::string operando(linha.substr(0, linha.size() - operador.size()));
         if (operador == "BT") desenho += "\f";
-        if (operador == "Td") desenho += "\n";
+        if (operador == "Td") {
+            const auto linhas = std::lround(-std::stod(operando.substr(operando.find(' '))) / 8);
+            desenho.append(static_cast<std::size_t>(std::max(linhas, 1L)), '\n');
+        }
         if (operador == "rg") desenho += "{" + trim(operando) + "}";
         if (operador == "Tf") desenho += "{" + trim(operando.substr(1)) + "}";
         if (operador != "Tj") continue;
@@ -89,7 +94,9 @@ TEST_F(Pdf, receipt_markup_and_widths_decide_size_place_and_breaks) {
         {corte(50) + "\r\na", 48, "{8}\n" + corte(48) + "\n89\na"},
         {"<c>" + corte(59) + "</c>", 48, "{6.725}\n" + corte(57) + "\n78"},
         {"<c>a\r\n<c>" + corte(58) + "\r\n</c>", 48, "{6.725}\na\n" + corte(58)},
-        {"a<gui></gui>b", 48, "{8}\na\nb"}, // a cut ends the line
+        {"a\r\n\r\nb", 48, "{8}\na\n\nb"},
+        {"a<gui></gui>b", 48, "{8}\na\nb"}, // a cut ends the line, and nothing else
+        {"a\r\n<sl>4</sl><gui></gui><bmp></bmp>b", 42, "{8}\na\nb"},
         {"<qrcode>" + cem + "</qrcode>", 42, "{6}\n" + corte(56) + "\n" + cem.substr(56)},
         // From 10 points on, 4.8 points a character: the 120th begins in front of the margin.
         {cem + cem, 0, "{8}\n" + cem + corte(20) + "\n" + cem.substr(20)},
