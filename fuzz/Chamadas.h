@@ -137,7 +137,7 @@ inline const std::vector<Chamada> &chamadas() {
         chamada<&F::aCFCancelarDescontoItem_ZEL>("aCFCancelarDescontoItem_ZEL", {-11, -21, -99, -100}, "0"),
         chamada<&F::aCFCancelarAcrescimoItem_ZEL>("aCFCancelarAcrescimoItem_ZEL", {-11, -21, -99, -100}, "1"),
         chamada<&F::aCFTotalizar_ZEL>("aCFTotalizar_ZEL", {-35, -131, -133}, "D$", "0,10"),
-        chamada<&F::aCFEfetuarPagamento_ZEL>("aCFEfetuarPagamento_ZEL", {-34, -99, -131, -134}, "dinheiro", ""),
+        chamada<&F::aCFEfetuarPagamento_ZEL>("aCFEfetuarPagamento_ZEL", {-12, -34, -99, -131, -134}, "dinheiro", ""),
         chamada<&F::aCFEstornarPagamento_ZEL>("aCFEstornarPagamento_ZEL", {-12, -99, -100}, "dinheiro", "cheque", "10.00"),
         chamada<&F::aCFValorLeiImposto_ZEL>("aCFValorLeiImposto_ZEL", {-99}, "1,23"),
         chamada<&F::tCFEncerrar_ZEL>("tCFEncerrar_ZEL", {-1, -108, -131, -135}, "Volte <b>sempre</b>"),

@@ -73,7 +73,7 @@ enum {
 
     ZEL_RECUSADO = -1,                       /* refused, or input that does not fit together */
     ZEL_ITEM_INEXISTENTE = -11,              /* no item sold, or number above their count */
-    ZEL_PAGAMENTO_INEXISTENTE = -12,         /* no payment line of that form and value */
+    ZEL_PAGAMENTO_INEXISTENTE = -12,         /* no such payment line, or change beyond its key */
     ZEL_ITEM_JA_AJUSTADO = -20,              /* the item has a discount or a surcharge */
     ZEL_NADA_A_REMOVER = -21,                /* the item has no discount, or no surcharge */
     ZEL_FALHA_PDF = -22,                     /* the PDF could not be created or drawn */
@@ -265,7 +265,8 @@ ZEL_API int aCFTotalizar_ZEL(const char *tipo, const char *valor);
  *   valor  number; empty or zero pays what is still due. What exceeds it is change: the line holds
  *          what completes the total, CONFIGURACAO\TrocoUltimaNFCe the change ("0" for none)
  * Codes: ZEL_NENHUM_CUPOM, ZEL_PAGAMENTO_FORA_DE_ORDEM; ZEL_ARGUMENTO_INVALIDO, a negative value;
- * ZEL_JA_PAGO, after TrocoUltimaNFCe was set to "0". Loads the configuration. Files:
+ * ZEL_JA_PAGO, after TrocoUltimaNFCe was set to "0"; ZEL_PAGAMENTO_INEXISTENTE, a change above
+ * 999999999999.99, as of a barcode typed as the value. Loads the configuration. Files:
  * ArqPersist.bin, ZEL_Framework.xml. */
 ZEL_API int aCFEfetuarPagamento_ZEL(const char *forma, const char *valor);
 

@@ -53,8 +53,8 @@ int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view val
     if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kPagar); resultado != ZEL_OK)
         return resultado;
     if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
-    double pagamento = emCentavos(lerDecimal(argumentoDecimal(valor)));
-    if (pagamento < 0) return ZEL_ARGUMENTO_INVALIDO;
+    const double dado = lerDecimal(argumentoDecimal(valor));
+    if (dado < 0) return ZEL_ARGUMENTO_INVALIDO;
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
 
     const double total = totalAPagar();
@@ -64,12 +64,14 @@ int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view val
         const int resultado = alterarConfig({&troco, 1});
         return resultado == ZEL_OK ? ZEL_JA_PAGO : resultado;
     }
-    if (pagamento == 0) pagamento = total - pago;
+    double pagamento = emCentavos(dado);
+    const double resto = total - pago;
     // A change that is binary dust is no change.
-    if (const double excesso = emCentavos(pagamento + pago - total); excesso > 0) {
-        troco.valor = formatarMoeda(excesso);
-        pagamento -= excesso;
-    }
+    const double excesso = pagamento == 0 ? 0 : emCentavos(pagamento + pago - total);
+    if (excesso > 0) troco.valor = formatarMoeda(excesso);
+    if (troco.valor.size() > stZELTAGs[kTroco.indice].tamanho) return ZEL_PAGAMENTO_INEXISTENTE;
+    // Not what was given less the change: of a large number there are no cents left.
+    if (pagamento == 0 || excesso > 0) pagamento = resto;
     ST_tagZEL pag("pag");
     pag.addSubTag("tPag", codigoDaForma(forma)).addSubTag("vPag", formatarMoeda(pagamento));
     return fnCFeEfetuarPagamentoTAG_ZEL(pag.toString(), {&troco, 1});

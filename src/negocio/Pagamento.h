@@ -13,7 +13,8 @@ namespace zel {
 // Form: a name or two-digit code (49 characters). Value: decimal text (15 characters), empty or
 // zero for what is still due. In states 3 and 4; state 4 when the total is covered. 1; -131, -134
 // the state; -52 no document in progress; -99 a negative value; -34 paid already, with the change
-// set to "0" all the same; -120 a value beyond its length; -40.
+// set to "0" all the same; -12 a change that its key cannot hold; -120 a value beyond its length;
+// -40.
 int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view valor);
 
 // Replaces the form of the first line with the given form and value, in state 4; the last line is

@@ -365,6 +365,49 @@ TEST(Pagamento, troco_estorno_e_informacoes) {
     EXPECT_EQ(caixa.config("CONFIGURACAO\\TrocoUltimaNFCe"), "0");
 }
 
+// A barcode typed as the value: the document must carry the total, the drawer must not owe a change
+// that no key can hold.
+TEST(Pagamento, muito_acima_do_total) {
+    const struct {
+        const char *primeiro, *valor;
+        int codigo;
+        const char *linha, *troco;
+    } casos[] = {
+        {"", "999999999999.99", ZEL_OK, "10.01", "999999999989.98"},
+        {"3.33", "999999999999.99", ZEL_OK, "6.68", "999999999993.31"},
+        {"", "1000000000009.9", ZEL_OK, "10.01", "999999999999.89"},
+        {"", "1000000000010.1", ZEL_PAGAMENTO_INEXISTENTE, "", "0"},
+        {"10.00", "99999999999999", ZEL_PAGAMENTO_INEXISTENTE, "", "0"},
+        {"", "7891234567895", ZEL_PAGAMENTO_INEXISTENTE, "", "0"},
+        {"", "10.014", ZEL_OK, "10.01", "0"},
+        {"", "-0.001", ZEL_ARGUMENTO_INVALIDO, "", "0"},
+        {"10.00", "-0,00", ZEL_OK, "0.01", "0"},
+    };
+    for (const auto &caso : casos) {
+        SCOPED_TRACE(std::string(caso.primeiro) + " then " + caso.valor);
+        Caixa caixa;
+        ASSERT_NO_FATAL_FAILURE(levarAoEstado(caixa, 1));
+        ASSERT_EQ(vender(caixa, "10.01"), ZEL_OK);
+        ASSERT_EQ(caixa->aCFTotalizar_ZEL("", ""), ZEL_OK);
+        caixa.config("CONFIGURACAO\\TrocoUltimaNFCe", "0");
+        if (*caso.primeiro != '\0') {
+            ASSERT_EQ(caixa->aCFEfetuarPagamento_ZEL("cheque", caso.primeiro), ZEL_OK);
+        }
+        const std::string antes = caixa.lerArquivo("ArqPersist.bin");
+        EXPECT_EQ(caixa->aCFEfetuarPagamento_ZEL("dinheiro", caso.valor), caso.codigo);
+        EXPECT_EQ(caixa.config("CONFIGURACAO\\TrocoUltimaNFCe"), caso.troco);
+        const std::string depois = caixa.lerArquivo("ArqPersist.bin");
+        if (caso.codigo != ZEL_OK) {
+            EXPECT_EQ(depois, antes);
+            continue;
+        }
+        EXPECT_EQ(elemento(depois.substr(antes.size()), "vPag"), caso.linha);
+        EXPECT_EQ(caixa->aCFEstornarPagamento_ZEL("dinheiro", "cheque", caso.valor),
+                  std::string_view(caso.valor) == "-0,00" ? ZEL_PAGAMENTO_INEXISTENTE : ZEL_OK);
+        EXPECT_EQ(caixa->tCFEncerrar_ZEL(""), ZEL_OK);
+    }
+}
+
 TEST(InformacaoEstendida, vendendo_e_encerrado) {
     Caixa caixa;
     EXPECT_EQ(caixa.info("9"), "") << "no index is wrong before the first sale";
