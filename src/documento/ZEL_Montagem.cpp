@@ -17,14 +17,13 @@ namespace zel {
 
 namespace {
 
-// Of the closing section only the consumer's text reaches the document, without its printer marks
-// and on one line.
+// Of the closing section only the consumer's text reaches the document: without its printer marks,
+// on one line, and with one blank where they leave several.
 void escreverEncerramento(std::string &texto, const ST_tagZEL &encerramento) {
     const ST_tagZEL *infAdic = encerramento.getSubTag("infAdic");
     if (infAdic == nullptr) return;
-    const std::string semMarcas =
-        fnRetornarTextoSemRepresentantes(substituirAll(infAdic->valorDe("infCpl"), "&#10;", " "));
-    const std::string_view infCpl = retirarEspacos(semMarcas);
+    const std::string infCpl = trim(
+        fnRetornarTextoSemRepresentantes(substituirAll(infAdic->valorDe("infCpl"), "&#10;", " ")));
     if (infCpl.empty()) return;
     texto.append("<infAdic><infCpl>").append(infCpl).append("</infCpl></infAdic>");
 }

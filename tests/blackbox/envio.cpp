@@ -206,6 +206,25 @@ TEST(Encerramento, so_marcas_e_brancos_nao_deixam_infAdic) {
     EXPECT_NE(caixa.lerArquivo("ArqPersist.bin").find("[qrcode]"), std::string::npos);
 }
 
+// What was marks or line ends leaves no double blank in the document; the printed text keeps both.
+TEST(Encerramento, mensagem_sem_brancos_dobrados_no_documento) {
+    const struct {
+        const char *dada, *noDocumento, *guardada;
+    } casos[] = {
+        {"a <b> </b> b", "a b", "a [b] [/b] b"},
+        {"a \r\n b", "a b", "a &#10; b"},
+        {" <n> a</n>  <qrcode>http://x</qrcode> \n\n b <s>", "a b",
+         "[n] a[/n] [qrcode]http://x[/qrcode] &#10;&#10; b [s]"},
+        {"a [x]  [y] &lt;b&gt;c", "a [x] [y] c", "a [x] [y] [b]c"},
+    };
+    for (const auto &caso : casos) {
+        Caixa caixa;
+        ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa, caso.dada));
+        EXPECT_EQ(elemento(caixa.lerArquivo("documentosEnvio.xml"), "infCpl"), caso.noDocumento);
+        EXPECT_EQ(elemento(caixa.lerArquivo("ArqPersist.bin"), "infCpl"), caso.guardada);
+    }
+}
+
 // A key renamed, moved or lost, a default changed: every shop's file would be completed wrongly.
 TEST(Configuracao, arquivo_novo_traz_todo_o_catalogo) {
     Caixa caixa;
