@@ -299,7 +299,8 @@ ZEL_API int tCFEncerrar_ZEL(const char *informacoes);
 
 /* tCFEncerrar_ZEL with a text for the tax authority, up to 2000 characters (above 5000 cut, above
  * 2000 ZEL_TAG_NAO_CONFORME). Texts are kept only when neither is empty; above ValorMaxIdeCliente
- * only a CPF identifies the consumer. Codes and files as tCFEncerrar_ZEL. */
+ * only a CPF identifies the consumer. Codes and files as tCFEncerrar_ZEL, but ZEL_RECUSADO where
+ * there is no document. */
 ZEL_API int tCFEncerrarConfigMsg_ZEL(const char *informacoes, const char *informacoesFisco);
 
 /* Cancels. With five empty texts: below state 5 the receipt in progress (state 6, ZEL_OK, no

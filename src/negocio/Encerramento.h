@@ -18,7 +18,7 @@ int fnCFEncerrarConfigMsg_ZEL_Felbor(std::string_view infoConsumidor, std::strin
 
 // Stores a closing section given as tag text (an empty one stands for an empty section), has the
 // document written and sets state 5, all in one step. When the document cannot be written nothing
-// has changed, and closing can be repeated.
+// has changed, and closing can be repeated. -1 where there is no document in progress.
 int fnCFeEncerrarTAG_ZEL(std::string_view texto);
 
 } // namespace zel

@@ -342,6 +342,21 @@ TEST(ConsumidorObrigatorio, acima_do_limite) {
     }
 }
 
+// A till whose document is gone: each refused closing must leave it as it was, numbers included.
+TEST(Encerrando, sem_documento_nada_muda) {
+    Caixa caixa;
+    caixa.config("CONFIGURACAO\\estadoCFe", "4");
+    const std::string configuracao = caixa.lerArquivo("ZEL_Framework.xml");
+    for (int vez = 0; vez < 2; ++vez) {
+        EXPECT_EQ(caixa->tCFEncerrarConfigMsg_ZEL("a", "b"), ZEL_RECUSADO);
+        EXPECT_EQ(caixa.lerArquivo("ZEL_Framework.xml"), configuracao);
+        EXPECT_EQ(caixa->tCFEncerrar_ZEL("a"), ZEL_ARQUIVO_INDISPONIVEL);
+        EXPECT_EQ(caixa.lerArquivo("ZEL_Framework.xml"), configuracao);
+    }
+    EXPECT_FALSE(caixa.existe("ArqPersist.bin"));
+    EXPECT_FALSE(caixa.existe("documentosEnvio.xml"));
+}
+
 TEST(Pagamento, troco_estorno_e_informacoes) {
     Caixa caixa;
     ASSERT_NO_FATAL_FAILURE(levarAoEstado(caixa, 3));
