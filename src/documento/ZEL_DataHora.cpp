@@ -7,12 +7,6 @@
 
 namespace zel {
 
-std::tm horaLocal(std::time_t momento) {
-    std::tm local{};
-    ::localtime_r(&momento, &local);
-    return local;
-}
-
 std::string dataHora(const std::tm &local) {
     return formatarInteiro(local.tm_year + 1900, 4) + '-' + formatarInteiro(local.tm_mon + 1, 2) +
            '-' + formatarInteiro(local.tm_mday, 2) + 'T' + formatarInteiro(local.tm_hour, 2) + ':' +

@@ -2,13 +2,12 @@
 // UTC: documents write it with a leading "-" whatever it is.
 #pragma once
 
+#include "util/HoraLocal.h"
+
 #include <ctime>
 #include <string>
 
 namespace zel {
-
-// The moment in the local zone.
-std::tm horaLocal(std::time_t momento);
 
 // "2026-11-24T22:05:18", local.
 std::string dataHora(const std::tm &local);

@@ -3,6 +3,7 @@
 #include "ZEL_FelborFramework.h"
 #include "util/Arquivo.h"
 #include "util/Diretorio.h"
+#include "util/HoraLocal.h"
 #include "util/Numero.h"
 
 #include <array>
@@ -57,10 +58,8 @@ int gravarCarimbada(const std::string &caminho, std::string_view conteudo) {
 
 int fnReplicarDados(Direcao direcao, TipoCopia tipo, std::string_view diretorios,
                     std::string_view conteudo, bool carimbado) {
-    const std::time_t agora = std::time(nullptr);
-    std::tm momento{};
-    localtime_r(&agora, &momento);
-    return fnReplicarDados(direcao, tipo, diretorios, conteudo, carimbado, momento);
+    return fnReplicarDados(direcao, tipo, diretorios, conteudo, carimbado,
+                           horaLocal(std::time(nullptr)));
 }
 
 int fnReplicarDados(Direcao direcao, TipoCopia tipo, std::string_view diretorios,

@@ -73,3 +73,17 @@ TEST(Historico, copies_go_to_three_prefixes_under_their_names) {
     for (const std::string nome : {"d_documentosEnvio.xml", "f_documentosEnvio.xml"})
         EXPECT_EQ(pasta.ler(nome), "") << nome;
 }
+
+// Two zones a day apart: their names can only be the same when the zone set last does not count.
+TEST(Historico, stamp_follows_the_zone_of_the_moment) {
+    const PastaTemporaria pasta;
+    const char *const antes = ::getenv("TZ");
+    const std::string zonaAnterior = antes != nullptr ? antes : "";
+    for (const char *const zona : {"AAA12", "BBB-12"}) {
+        ::setenv("TZ", zona, 1);
+        EXPECT_EQ(fnReplicarDados(Direcao::kEnvio, TipoCopia::kNFCe, pasta / "", "", true), 1);
+    }
+    antes != nullptr ? ::setenv("TZ", zonaAnterior.c_str(), 1) : ::unsetenv("TZ");
+    const std::filesystem::directory_iterator copias(pasta / "");
+    EXPECT_EQ(std::distance(begin(copias), end(copias)), 2);
+}
