@@ -291,9 +291,11 @@ ZEL_API int aCFValorLeiImposto_ZEL(const char *valor);
  * leaves state 4, and the closing can be repeated; a history copy that cannot be written fails
  * nothing.
  * Codes: ZEL_NENHUM_CUPOM, ZEL_ENCERRAMENTO_FORA_DE_ORDEM; ZEL_CONSUMIDOR_OBRIGATORIO, no CPF, CNPJ
- * or foreign id; ZEL_RECUSADO, the document cannot be assembled: IDE\nNF would pass 999999999, or
- * the values of the access key are not digits (IDE\cUF, Mod, Serie and tpEmis, EMIT\CNPJ). Put the
- * value right with regAlterarValor_ZEL and close again: the receipt waits in state 4. Loads the configuration. Files: ArqPersist.bin, ZEL_Framework.xml, documentosEnvio.xml, the
+ * or foreign id; ZEL_RECUSADO, the document cannot be assembled: IDE\nNF would pass 999999999, the
+ * values of the access key are not digits (IDE\cUF, Mod, Serie and tpEmis, EMIT\CNPJ), or the
+ * clock's year has not four digits. Put the value right with regAlterarValor_ZEL and close again:
+ * the receipt waits in state 4.
+ * Loads the configuration. Files: ArqPersist.bin, ZEL_Framework.xml, documentosEnvio.xml, the
  * history copies. */
 ZEL_API int tCFEncerrar_ZEL(const char *informacoes);
 
@@ -310,8 +312,8 @@ ZEL_API int tCFEncerrarConfigMsg_ZEL(const char *informacoes, const char *inform
  * goes to documentosEnvio.xml, with history copies: ZEL_CANCELAMENTO_GRAVADO.
  * Codes: ZEL_ARGUMENTO_INVALIDO, a null argument; ZEL_RECUSADO, five empty texts in state 6, or
  * while the stored key is not that of the stored number and series (an older document was printed
- * since: name the document). Loads the configuration. Files: documentosEnvio.xml and history
- * copies; for the receipt in progress ZEL_Framework.xml. */
+ * since: name the document), or a clock whose year has not four digits. Loads the configuration.
+ * Files: documentosEnvio.xml and history copies; for the receipt in progress ZEL_Framework.xml. */
 ZEL_API int tCFCancelar_ZEL(const char *numero, const char *serie, const char *chave,
                             const char *protocolo, const char *justificativa);
 
@@ -322,8 +324,8 @@ ZEL_API int tCFCancelar_ZEL(const char *numero, const char *serie, const char *c
  * written or not. It must have room for the longest directory and 64 bytes more. Of several
  * directories the last one gives the answer. Any state; the state stays.
  * Codes: ZEL_ARGUMENTO_INVALIDO, a null argument; ZEL_RECUSADO, a key without 44 digits, or four
- * empty texts while the stored key is that of another document; 0, no directory given. Loads the
- * configuration. Files: CNPJ_SERIENUMERO.ctgCanc in each directory. */
+ * empty texts while the stored key is that of another document, or such a clock; 0, no directory
+ * given. Loads the configuration. Files: CNPJ_SERIENUMERO.ctgCanc in each directory. */
 ZEL_API int tCFCancelarOffline_ZEL(const char *numero, const char *serie, const char *chave,
                                    const char *justificativa, char *diretorios);
 
@@ -420,10 +422,11 @@ ZEL_API int rURLQrcode_ZEL(char *url);
  * a buffer that receives the document: ZEL_TAMANHO_DOCUMENTO bytes, or 16384 + 3072 for each item
  * + 80 for each payment + 5 for each character of the closing text; an item sold as tag text takes
  * the length of its text and 64 bytes more.
- * Codes: ZEL_RECUSADO, another kind, no document, a section missing (a number may be used up), or
- * kind 4 without a directory. Of several directories of kind 4 the last one gives the answer; files
- * written to the others, code and key stay. Loads the configuration. Files: documentosEnvio.xml and
- * history copies, or KEY.ctg; parametrosEnvio.xml for kind 3; ZEL_Framework.xml. */
+ * Codes: ZEL_RECUSADO, another kind, no document, a clock whose year has not four digits, a section
+ * missing (a number may be used up), or kind 4 without a directory. Of several directories of kind
+ * 4 the last one gives the answer; files written to the others, code and key stay. Loads the
+ * configuration. Files: documentosEnvio.xml and history copies, or KEY.ctg; parametrosEnvio.xml for
+ * kind 3; ZEL_Framework.xml. */
 ZEL_API int aCFContingenciaUltimaNota_ZEL(int tipo, char *texto);
 
 /* Lays a receipt out as text with printer mark-up, keeps it as the last receipt and, when

@@ -145,7 +145,9 @@ int cabecalhoZEL(int tipo, std::time_t momento, Cabecalho &cabecalho) {
     if (tipo < kNormal || tipo > kMesmaNumeracao) return 0;
 
     Emissao emissao;
-    emissao.local = horaLocal(momento);
+    const std::optional<std::tm> local = horaLocal(momento);
+    if (!local) return ZEL_RECUSADO;
+    emissao.local = *local;
     if (numerar(tipo, emissao, cabecalho.numeracao) != ZEL_OK) return ZEL_RECUSADO;
     emissao.chave = montarChave(emissao);
     if (emissao.chave.size() != 44 || !areDigit(emissao.chave)) return ZEL_RECUSADO;

@@ -28,7 +28,8 @@ struct Cabecalho {
 };
 
 // Builds the head of a document issued at `momento`. 1; 0 an unknown kind; -1 kind 2, a number that
-// would pass 999999999, or configuration values that give no key of 44 digits.
+// would pass 999999999, a year without four digits, or configuration values that give no key of 44
+// digits.
 int cabecalhoZEL(int tipo, std::time_t momento, Cabecalho &cabecalho);
 
 } // namespace zel

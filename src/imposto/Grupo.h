@@ -45,7 +45,7 @@ enum class Formato {
     kCodigo,     // a whole number, zeros in front up to `largura` digits
     kDecimal,    // two decimals
     kTexto,      // as given
-    kValor,      // as given, its comma turned into a point
+    kValor,      // as given, its first comma turned into a point
     kAliquota,   // the rate with two decimals; a preset may bring its own
     kQuantidade, // the quantity as given
     kCalculado,  // the formula's result with two decimals

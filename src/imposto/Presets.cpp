@@ -77,7 +77,7 @@ int presetAliq(const Tributo &tributo, std::string_view cst, std::string_view al
 int presetQtde(const Tributo &tributo, std::string_view cst, std::string_view valorUnidade) {
     const std::string CST = textoSimples(cst), valor = textoSimples(valorUnidade);
     return definirPreset(tributo, tributo.qtde, cabe(CST, 2, 2) && cabe(valor, 1, 14),
-                         {{"CST", {CST}}, {"vAliqProd", {trocarVirgula(valor)}}});
+                         {{"CST", {CST}}, {"vAliqProd", {valor}}});
 }
 
 int presetNT(const Tributo &tributo, std::string_view cst) {

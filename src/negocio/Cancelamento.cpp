@@ -55,9 +55,13 @@ int cancelarCupomEmAndamento() {
     });
 }
 
-DadosRequisicao dadosDoEvento(const DadosCancelamento &cancelado, std::time_t momento) {
-    if (lerInteiro(valorConfig(R"(CONFIGURACAO\AjustarDhCanc)"_chave)) == 1) momento += kAjuste;
-    const std::tm local = horaLocal(momento);
+std::optional<std::tm> horaDoEvento(std::time_t momento) {
+    const bool ajustar = lerInteiro(valorConfig(R"(CONFIGURACAO\AjustarDhCanc)"_chave)) == 1;
+    const std::optional<std::tm> hora = horaLocal(momento);
+    return hora && ajustar ? horaLocal(momento + kAjuste) : hora;
+}
+
+DadosRequisicao dadosDoEvento(const DadosCancelamento &cancelado, const std::tm &local) {
     DadosRequisicao dados;
     dados.numero = argumentoCortado(cancelado.numero, 9);
     dados.serie = argumentoCortado(cancelado.serie, 4);
@@ -93,8 +97,10 @@ int fnCFCancelar_ZEL_Felbor(std::string_view numero, std::string_view serie, std
         if (ehDeOutroDocumento(cancelado)) return ZEL_RECUSADO;
     }
     completarJustificativa(cancelado, kJustificativa);
+    const std::optional<std::tm> hora = horaDoEvento(std::time(nullptr));
+    if (!hora) return ZEL_RECUSADO;
     const int resultado =
-        enviarRequisicao(Requisicao::kCancelamento, dadosDoEvento(cancelado, std::time(nullptr)));
+        enviarRequisicao(Requisicao::kCancelamento, dadosDoEvento(cancelado, *hora));
     return resultado == ZEL_OK ? int{ZEL_CANCELAMENTO_GRAVADO} : resultado;
 }
 
@@ -117,7 +123,8 @@ int fnCFCancelarOffline_ZEL_Felbor(std::string_view numero, std::string_view ser
     if (!ehChave(chaveSimples)) return ZEL_RECUSADO;
     const std::string nome = nomeDoArquivoOffline(chaveSimples);
     std::string evento;
-    fnCriarLayoutXmlCanc_ZEL_Felbor(cancelado, std::time(nullptr), evento);
+    const int escrito = fnCriarLayoutXmlCanc_ZEL_Felbor(cancelado, std::time(nullptr), evento);
+    if (escrito != ZEL_OK) return escrito;
 
     const std::string lista = *diretorios;
     int resultado = 0;
@@ -130,7 +137,9 @@ int fnCFCancelarOffline_ZEL_Felbor(std::string_view numero, std::string_view ser
 
 int fnCriarLayoutXmlCanc_ZEL_Felbor(const DadosCancelamento &cancelado, std::time_t momento,
                                     std::string &texto) {
-    texto += escreverRequisicao(Requisicao::kCancelamento, dadosDoEvento(cancelado, momento));
+    const std::optional<std::tm> hora = horaDoEvento(momento);
+    if (!hora) return ZEL_RECUSADO;
+    texto += escreverRequisicao(Requisicao::kCancelamento, dadosDoEvento(cancelado, *hora));
     return ZEL_OK;
 }
 

@@ -58,8 +58,10 @@ int gravarCarimbada(const std::string &caminho, std::string_view conteudo) {
 
 int fnReplicarDados(Direcao direcao, TipoCopia tipo, std::string_view diretorios,
                     std::string_view conteudo, bool carimbado) {
+    const std::optional<std::tm> momento = horaLocal(std::time(nullptr));
+    if (carimbado && !momento) return 0;
     return fnReplicarDados(direcao, tipo, diretorios, conteudo, carimbado,
-                           horaLocal(std::time(nullptr)));
+                           momento.value_or(std::tm{}));
 }
 
 int fnReplicarDados(Direcao direcao, TipoCopia tipo, std::string_view diretorios,

@@ -15,7 +15,8 @@ enum class TipoCopia { kNFCe, kCancelamento, kParametros, kConsulta, kInutilizac
 // `diretorios`; a prefix (up to 300 characters) is used as given, so it ends with its own "/". The
 // name is stamped with direction, kind and local time ("EnvioNFCe20140131_235959.xml"; where that
 // is taken, "EnvioNFCe20140131_235959_2.xml") or plain ("documentosEnvio.xml", replaced). 1; 0
-// without any directory, or when a copy cannot be written: the copies before it stay.
+// without any directory, without a time to stamp, or when a copy cannot be written: the copies
+// before it stay.
 int fnReplicarDados(Direcao direcao, TipoCopia tipo, std::string_view diretorios,
                     std::string_view conteudo, bool carimbado);
 

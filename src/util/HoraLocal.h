@@ -2,10 +2,12 @@
 #pragma once
 
 #include <ctime>
+#include <optional>
 
 namespace zel {
 
-// The moment in the local zone, the one that the application has set by now.
-std::tm horaLocal(std::time_t momento);
+// The moment in the local zone, the one that the application has set by now. None when its year has
+// not four digits: a clock that far off has no date that anybody could read.
+std::optional<std::tm> horaLocal(std::time_t momento);
 
 } // namespace zel

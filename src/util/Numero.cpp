@@ -85,7 +85,8 @@ std::string formatarInteiro(long long valor, int largura) {
 
 std::string trocarVirgula(std::string_view texto) {
     std::string resultado(texto);
-    std::replace(resultado.begin(), resultado.end(), ',', '.');
+    if (const std::size_t virgula = texto.find(','); virgula != texto.npos)
+        resultado[virgula] = '.';
     return resultado;
 }
 

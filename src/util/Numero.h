@@ -32,7 +32,7 @@ inline double emCentavos(double valor) {
 // Writes a whole number with zeros on the left up to `largura` digits, the sign in front ("%0*d").
 std::string formatarInteiro(long long valor, int largura = 0);
 
-// The text with every comma turned into a point.
+// The text with its first comma turned into a point.
 std::string trocarVirgula(std::string_view texto);
 
 // Zeros on the left up to `largura` characters; a longer text stays as it is.

@@ -53,6 +53,9 @@ TEST_F(Contribuicao, preset_group_takes_its_own_rate_before_the_configuration) {
               "imposto(COFINS(COFINSAliq(CST=01 vBC=10.00 pCOFINS=1.66 vCOFINS=0.17)))");
     EXPECT_EQ(comPreset(fnCFConfCofinsQtde_ZEL_Felbor("03", "0,50")),
               "imposto(COFINS(COFINSQtde(CST=03 qBCProd=4.00 vAliqProd=0.50 vCOFINS=0.02)))");
+    // The first comma is the one that is a point; what it leaves is written as given.
+    EXPECT_EQ(comPreset(fnCFConfCofinsQtde_ZEL_Felbor("03", "1,2,3")),
+              "imposto(COFINS(COFINSQtde(CST=03 qBCProd=4.00 vAliqProd=1.2,3 vCOFINS=0.05)))");
     EXPECT_EQ(
         comPreset(fnCFConfCofinsQtde_ZEL_Felbor("03", "1<2&amp;")),
         "imposto(COFINS(COFINSQtde(CST=03 qBCProd=4.00 vAliqProd=1&lt;2&amp; vCOFINS=0.04)))");

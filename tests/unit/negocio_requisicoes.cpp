@@ -2,6 +2,7 @@
 #include "PastaTemporaria.h"
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
+#include "documento/ZEL_Cabecalho.h"
 #include "documento/ZEL_Controle.h"
 #include "documento/ZEL_DataHora.h"
 #include "negocio/Cancelamento.h"
@@ -12,6 +13,7 @@
 
 #include <array>
 #include <gtest/gtest.h>
+#include <limits>
 #include <tuple>
 
 using namespace zel;
@@ -82,7 +84,7 @@ void ehEventoDe123(const std::string &texto, std::string_view protocolo, std::st
 TEST_F(Requisicoes, event_is_complete_and_its_texts_are_cut_whole) {
     const std::string amp = substituirAll(std::string(99, '&'), "&", "&amp;");
     const std::string chave = kChave + "0", motivo = amp + "x";
-    const std::string hora = dataHora(horaLocal(1391227203)); // adjusted by five seconds
+    const std::string hora = dataHora(horaLocal(1391227203).value()); // adjusted by five seconds
     std::string texto = "antes ";
     fnCriarLayoutXmlCanc_ZEL_Felbor({"1234567890", "00012", chave, "1351400000000019", motivo},
                                     1391227198, texto);
@@ -91,6 +93,39 @@ TEST_F(Requisicoes, event_is_complete_and_its_texts_are_cut_whole) {
     texto.clear();
     fnCriarLayoutXmlCanc_ZEL_Felbor({"", "", "", "", "a<b"}, 1391227203, texto);
     EXPECT_EQ(texto, evento({"", "", "", hora, "", "a&lt;b"}));
+}
+
+// A clock far off: a date that no reader understands must not be sent, nor wrap into another one.
+TEST_F(Requisicoes, year_without_four_digits_is_refused) {
+    using Momentos = std::numeric_limits<std::time_t>;
+    constexpr std::time_t kAno1000 = -30610224000, kAno10000 = 253402300800;
+    const struct {
+        std::time_t momento;
+        int evento; // five seconds later
+        int documento;
+    } casos[] = {
+        {0, ZEL_OK, ZEL_OK},
+        {kAno1000, ZEL_OK, ZEL_OK},
+        {kAno1000 - 1, ZEL_RECUSADO, ZEL_RECUSADO},
+        {kAno10000 - 6, ZEL_OK, ZEL_OK},
+        {kAno10000 - 5, ZEL_RECUSADO, ZEL_OK},
+        {kAno10000, ZEL_RECUSADO, ZEL_RECUSADO},
+        {Momentos::max(), ZEL_RECUSADO, ZEL_RECUSADO},
+        {Momentos::min(), ZEL_RECUSADO, ZEL_RECUSADO},
+    };
+    const char *const antes = getenv("TZ");
+    const std::string zonaAnterior = antes != nullptr ? antes : "";
+    setenv("TZ", "UTC0", 1);
+    for (const auto &caso : casos) {
+        std::string texto;
+        EXPECT_EQ(fnCriarLayoutXmlCanc_ZEL_Felbor({}, caso.momento, texto), caso.evento)
+            << caso.momento;
+        EXPECT_EQ(texto.empty(), caso.evento != ZEL_OK) << caso.momento;
+        Cabecalho cabecalho;
+        EXPECT_EQ(cabecalhoZEL(kNormal, caso.momento, cabecalho), caso.documento) << caso.momento;
+        EXPECT_EQ(cabecalho.texto.empty(), caso.documento != ZEL_OK) << caso.momento;
+    }
+    antes != nullptr ? setenv("TZ", zonaAnterior.c_str(), 1) : unsetenv("TZ");
 }
 
 TEST_F(Requisicoes, cancellation_is_of_the_document_named_or_else_closed_last) {

@@ -37,6 +37,7 @@ TEST(Numero, cents_and_leading_zeros_are_not_lost) {
     EXPECT_EQ(fnRetirarZerosLeft("000"), "0");
     EXPECT_EQ(fnRetirarZerosLeft("0.50"), "0.50");
     EXPECT_EQ(fnRetirarZerosLeft("0012.3"), "12.3");
+    EXPECT_EQ(trocarVirgula("1,2,3"), "1.2,3");
     for (const std::string_view impuro : {"", ".", "-1", "1,2", "1.2.3", "1 ", "a"})
         EXPECT_FALSE(ehDecimalPuro(impuro)) << impuro;
 }
