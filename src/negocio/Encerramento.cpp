@@ -87,7 +87,7 @@ int fnCFeEncerrarTAG_ZEL(std::string_view texto) {
         if (resultado != ZEL_OK) return resultado;
     }
     ST_PersitenceXML_ZEL &documento = G_stXML_Persistencia;
-    // Assembling nothing is refused as well, but behind a number used up and empty lists left.
+    // Assembling nothing is refused as well, but only after it used up a number.
     if (!documento.temListaDeVendas()) return ZEL_RECUSADO;
     return desfazendoNaFalha(documento.transporte, [&] {
         if (!documento.transporte) {
