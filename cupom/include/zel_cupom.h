@@ -17,14 +17,13 @@
  *     Of lines, by what is in force at the first character of the line:
  *       ce centred    ad to the right
  *     Of the paper; their content is no text of the receipt and ends on the line on which it began:
- *       <qrcode>CONTENT<lmodulo>N</lmodulo></qrcode>   QR code of CONTENT, up to 2331 bytes (what is
- *                   longer is printed as text), in modules of N dots: 1 to 16, 3 when not given
- *       <bmp></bmp> logo             <gui></gui> cut
- *       <sl>N</sl>  N blank lines, 0 to 255      <l></l> end of line
- *     A line end straight after one of these belongs to it and makes no blank line.
- *     Without meaning on paper, taken out: the markers of ad, fe, tb; with their content a, code11,
- *     code128, code39, code93, codabar, cespl, confgui, dt, dti, ean13, ean8, g, hr, hri, i2of5,
- *     ibmp, mg, msi, pdf, s2of5, slm, sn, sp, tc, upc-a.
+ *       <qrcode>CONTENT<lmodulo>N</lmodulo></qrcode>   QR code of CONTENT, up to 2331 bytes (what
+ * is longer is printed as text), in modules of N dots: 1 to 16, 3 when not given <bmp></bmp> logo
+ * <gui></gui> cut <sl>N</sl>  N blank lines, 0 to 255      <l></l> end of line A line end straight
+ * after one of these belongs to it and makes no blank line. Without meaning on paper, taken out:
+ * the markers of fe and tb; with their content a, code11, code128, code39, code93, codabar, cespl,
+ * confgui, dt, dti, ean13, ean8, g, hr, hri, i2of5, ibmp, mg, msi, pdf, s2of5, slm, sn, sp, tc,
+ * upc-a.
  *  3. Papers, at 8 dots to the millimetre (203 dpi):
  *
  *       columns  paper   printed          normal letters  condensed letters
@@ -32,16 +31,16 @@
  *       42       76 mm   63 mm, 504 dots  12 x 24 dots    9 x 17, 56 to the line
  *       42       58 mm   48 mm, 384 dots   9 x 17 dots    6.75 x 13, 56 to the line
  *
- *     A line that does not fit goes on in the next one. A QR code that does not fit gets the largest
- *     modules with which it does. A receipt of more than 50 m of paper is refused.
+ *     A line that does not fit goes on in the next one. A QR code that does not fit gets the
+ * largest modules with which it does. A receipt of more than 50 m of paper is refused.
  *  4. Every function with an int result answers ZEL_CUPOM_OK or the negative code of its failure. A
  *     failure changes nothing: neither the receipt that was read, nor the settings, nor a file.
  *  5. A file is written whole or not at all: beside its place, flushed, renamed.
  *  6. Bytes that a function gives back belong to the caller, who returns them with
  *     zel_cupom_liberar_bytes. Nothing else that the caller passes is kept.
  *  7. One thread at a time may use a zel_cupom; two threads may use two of them. There is no other
- *     state. Nothing depends on the locale or on the clock: the same text with the same settings and
- *     the same font files gives the same bytes.
+ *     state. Nothing depends on the locale or on the clock: the same text with the same settings
+ * and the same font files gives the same bytes.
  */
 #ifndef ZEL_CUPOM_H
 #define ZEL_CUPOM_H
@@ -108,25 +107,24 @@ ZEL_CUPOM_API int zel_cupom_definir_papel(zel_cupom *cupom, int colunas, int pap
  * Codes: ZEL_CUPOM_ARGUMENTO. */
 ZEL_CUPOM_API int zel_cupom_definir_escala(zel_cupom *cupom, int escala);
 
-/* Reads the logo from the PNG file `arquivo`; null takes the logo away again. Each pixel is a dot; a
- * picture that is wider than the print or higher than 40 mm is made smaller. It stands in the middle
- * of the line, wherever the receipt has its mark-up; without a logo nothing does. What is
+/* Reads the logo from the PNG file `arquivo`; null takes the logo away again. Each pixel is a dot;
+ * a picture that is wider than the print or higher than 40 mm is made smaller. It stands in the
+ * middle of the line, wherever the receipt has its mark-up; without a logo nothing does. What is
  * transparent is paper. `tons`: ZEL_CUPOM_PONTOS or ZEL_CUPOM_CINZA.
  * Codes: ZEL_CUPOM_ARGUMENTO, ZEL_CUPOM_LOGOTIPO, ZEL_CUPOM_MEMORIA. */
 ZEL_CUPOM_API int zel_cupom_definir_logotipo(zel_cupom *cupom, const char *arquivo, int tons);
 
-/* Draws with the monospaced fonts of two files (TrueType or another format that FreeType reads), for
- * instance Liberation Mono in the place of DejaVu Sans Mono, which is looked for where distributions
- * install it. `negrito` null: bold letters are drawn with strokes of the first one. `normal` null:
- * back to the font that is looked for.
- * Codes: ZEL_CUPOM_ARGUMENTO, ZEL_CUPOM_FONTE, ZEL_CUPOM_MEMORIA. */
+/* Draws with the monospaced fonts of two files (TrueType or another format that FreeType reads),
+ * for instance Liberation Mono in the place of DejaVu Sans Mono, which is looked for where
+ * distributions install it. `negrito` null: bold letters are drawn with strokes of the first one.
+ * `normal` null: back to the font that is looked for. Codes: ZEL_CUPOM_ARGUMENTO, ZEL_CUPOM_FONTE,
+ * ZEL_CUPOM_MEMORIA. */
 ZEL_CUPOM_API int zel_cupom_definir_fonte(zel_cupom *cupom, const char *normal,
                                           const char *negrito);
 
-/* The picture as a PNG file in memory, 8-bit grey, the whole width of the paper, with its resolution
- * recorded: `bytes` receives the address, `tamanho` the length.
- * Codes: ZEL_CUPOM_ARGUMENTO, ZEL_CUPOM_LONGO, ZEL_CUPOM_FONTE, ZEL_CUPOM_DESENHO,
- * ZEL_CUPOM_MEMORIA. */
+/* The picture as a PNG file in memory, 8-bit grey, the whole width of the paper, with its
+ * resolution recorded: `bytes` receives the address, `tamanho` the length. Codes:
+ * ZEL_CUPOM_ARGUMENTO, ZEL_CUPOM_LONGO, ZEL_CUPOM_FONTE, ZEL_CUPOM_DESENHO, ZEL_CUPOM_MEMORIA. */
 ZEL_CUPOM_API int zel_cupom_png(zel_cupom *cupom, unsigned char **bytes, size_t *tamanho);
 
 /* The same into a file, which is replaced when it exists. Also ZEL_CUPOM_ARQUIVO. */

@@ -45,8 +45,8 @@ struct Linha {
 };
 
 // A QR code, error correction M, byte mode. `conteudo` holds 1 to kMaiorQr bytes of any value,
-// `modulo` is the side of one module in dots, kMenorModulo to kMaiorModulo. A renderer takes smaller
-// modules when the symbol would be wider than the paper. Nothing stands beside it.
+// `modulo` is the side of one module in dots, kMenorModulo to kMaiorModulo. A renderer takes
+// smaller modules when the symbol would be wider than the paper. Nothing stands beside it.
 struct Qr {
     std::string conteudo;
     int modulo = 0;
