@@ -10,7 +10,8 @@ namespace zel::cupom {
 namespace {
 
 constexpr std::string_view kAssinatura = "\x89PNG\r\n\x1A\n";
-constexpr std::uint8_t kFiltroAcima = 2; // a byte less the one above: rows repeat, paper is zeros
+// Rows as they stand: letters repeat as runs of bytes, and a filter would make differences of them.
+constexpr std::uint8_t kSemFiltro = 0;
 
 void porNumero(std::string &onde, std::uint32_t numero) {
     for (int bits = 24; bits >= 0; bits -= 8)
@@ -20,9 +21,7 @@ void porNumero(std::string &onde, std::uint32_t numero) {
 } // namespace
 
 EscritorPng::EscritorPng(int largura, int altura, int pontosPorMetro)
-    : arquivo_(kAssinatura), fluxo_(std::make_unique<z_stream_s>()),
-      filtrada_(static_cast<std::size_t>(largura) + 1),
-      anterior_(static_cast<std::size_t>(largura)) {
+    : arquivo_(kAssinatura), fluxo_(std::make_unique<z_stream_s>()) {
     std::string dados;
     porNumero(dados, static_cast<std::uint32_t>(largura));
     porNumero(dados, static_cast<std::uint32_t>(altura));
@@ -35,8 +34,7 @@ EscritorPng::EscritorPng(int largura, int altura, int pontosPorMetro)
         dados.push_back(1); // to the metre
         porParte("pHYs", dados);
     }
-    constexpr int kNivel = 6;
-    if (deflateInit(fluxo_.get(), kNivel) != Z_OK) throw std::bad_alloc();
+    if (deflateInit(fluxo_.get(), Z_DEFAULT_COMPRESSION) != Z_OK) throw std::bad_alloc();
 }
 
 EscritorPng::~EscritorPng() {
@@ -44,24 +42,21 @@ EscritorPng::~EscritorPng() {
 }
 
 void EscritorPng::escrever(std::span<const std::uint8_t> linha) {
-    filtrada_[0] = kFiltroAcima;
-    for (std::size_t i = 0; i < anterior_.size(); ++i)
-        filtrada_[i + 1] = static_cast<std::uint8_t>(linha[i] - anterior_[i]);
-    anterior_.assign(linha.begin(), linha.end());
-    fluxo_->next_in = filtrada_.data();
-    fluxo_->avail_in = static_cast<uInt>(filtrada_.size());
-    comprimir(Z_NO_FLUSH);
+    comprimir({&kSemFiltro, 1}, Z_NO_FLUSH);
+    comprimir(linha, Z_NO_FLUSH);
 }
 
 std::string EscritorPng::terminar() {
-    comprimir(Z_FINISH);
+    comprimir({}, Z_FINISH);
     porParte("IEND", {});
     return std::move(arquivo_);
 }
 
-// Takes all input; each full buffer of output becomes a part of its own.
-void EscritorPng::comprimir(int modo) {
+// Each full buffer of output becomes a part of its own.
+void EscritorPng::comprimir(std::span<const std::uint8_t> bytes, int modo) {
     Bytef saida[32768];
+    fluxo_->next_in = const_cast<Bytef *>(bytes.data()); // zlib only reads there
+    fluxo_->avail_in = static_cast<uInt>(bytes.size());
     do {
         fluxo_->next_out = saida;
         fluxo_->avail_out = sizeof saida;

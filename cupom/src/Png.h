@@ -6,7 +6,7 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <vector>
+#include <string_view>
 
 struct z_stream_s;
 
@@ -27,13 +27,11 @@ public:
     std::string terminar();
 
 private:
-    void comprimir(int modo);
+    void comprimir(std::span<const std::uint8_t> bytes, int modo);
     void porParte(const char (&tipo)[5], std::string_view dados);
 
     std::string arquivo_;
     std::unique_ptr<z_stream_s> fluxo_;
-    std::vector<std::uint8_t> filtrada_; // filter type and row, as they are compressed
-    std::vector<std::uint8_t> anterior_;
 };
 
 } // namespace zel::cupom
