@@ -4,9 +4,11 @@
 #include "zel_cupom.h"
 
 #include <clocale>
+#include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 
@@ -128,6 +130,24 @@ TEST(Api, files_are_written_whole_or_not_at_all) {
         EXPECT_EQ(zel_cupom_gravar_png(recibo.get(), onde.c_str()), ZEL_CUPOM_ARQUIVO) << onde;
     EXPECT_EQ(arquivosEm(pasta), 2U);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+// As on a full disk: the bytes that fit are written, the rest is refused.
+TEST(Api, file_that_cannot_be_finished_is_not_begun) {
+    const PastaTemporaria pasta;
+    pasta.gravar("cupom.png", "velho");
+    const Recibo recibo = novo();
+    struct rlimit antes {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &antes), 0);
+    const auto sinal = std::signal(SIGXFSZ, SIG_IGN);
+    const struct rlimit curto { 1000, antes.rlim_max };
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &curto), 0);
+    const int codigo = zel_cupom_gravar_png(recibo.get(), (pasta / "cupom.png").c_str());
+    ::setrlimit(RLIMIT_FSIZE, &antes);
+    std::signal(SIGXFSZ, sinal);
+    EXPECT_EQ(codigo, ZEL_CUPOM_ARQUIVO);
+    EXPECT_EQ(pasta.ler("cupom.png"), "velho");
+    EXPECT_EQ(arquivosEm(pasta), 1U);
 }
 
 TEST(Api, bytes_do_not_depend_on_what_else_happens) {

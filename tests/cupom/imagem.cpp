@@ -102,6 +102,10 @@ TEST(Imagem, png_is_what_was_drawn) {
         const auto [pagina, imagem] = desenharTexto(texto, kPapeis[0], &logotipo, escala);
         const auto png = gerarPng(pagina, {fontesDoTeste(), &logotipo}, escala);
         ASSERT_TRUE(png);
+        // Pixels to the metre, in both directions.
+        const std::string metro{'\0', '\0', static_cast<char>(8000 * escala >> 8),
+                                static_cast<char>(8000 * escala & 0xFF)};
+        EXPECT_NE(png->find("pHYs" + metro + metro + '\1'), png->npos);
         pasta.gravar("cupom.png", *png);
         const ImagemCinza lida = lerLogotipo(pasta / "cupom.png").value();
         EXPECT_EQ(lida.largura, 640 * escala);

@@ -33,7 +33,9 @@ struct Notacao {
         texto.append(posicao(qr.alinhamento)).append("QR(").append(std::to_string(qr.modulo));
         texto.append(")(").append(qr.conteudo).append(")");
     }
-    void operator()(const Avanco &avanco) { texto += "+" + std::to_string(avanco.linhas); }
+    void operator()(const Avanco &avanco) {
+        texto.append("+").append(std::to_string(avanco.linhas));
+    }
     void operator()(const Corte &) { texto += '#'; }
     void operator()(const Logotipo &) { texto += '@'; }
 
