@@ -1,3 +1,4 @@
+#include "Base64.h"
 #include "Formas.h"
 #include "Imagem.h"
 #include "Png.h"
@@ -25,20 +26,6 @@ std::string numero(double valor) {
     resultado.erase(resultado.find_last_not_of('0') + 1);
     if (resultado.ends_with('.')) resultado.pop_back();
     return resultado == "-0" ? "0" : resultado;
-}
-
-std::string base64(std::string_view bytes) {
-    constexpr std::string_view kLetras =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string texto;
-    for (; !bytes.empty(); bytes.remove_prefix(std::min<std::size_t>(3, bytes.size()))) {
-        unsigned grupo = 0;
-        for (std::size_t i = 0; i < 3; ++i)
-            grupo = grupo << 8 | (i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U);
-        for (std::size_t i = 0; i < 4; ++i)
-            texto.push_back(i <= bytes.size() ? kLetras[grupo >> (18 - 6 * i) & 63] : '=');
-    }
-    return texto;
 }
 
 std::string pngDe(const ImagemCinza &imagem) {

@@ -3,6 +3,7 @@
 #include "unit/PastaTemporaria.h"
 #include "zel_cupom.h"
 
+#include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <filesystem>
@@ -111,6 +112,8 @@ TEST(Api, logo_that_is_none_is_refused) {
             zel_cupom_definir_logotipo(recibo.get(), (pasta / nome).c_str(), ZEL_CUPOM_PONTOS),
             ZEL_CUPOM_LOGOTIPO)
             << nome;
+    EXPECT_EQ(zel_cupom_definir_fonte(recibo.get(), (pasta / "cano.png").c_str(), nullptr),
+              ZEL_CUPOM_FONTE);
     EXPECT_EQ(bytesDe(zel_cupom_png, recibo.get()), comLogotipo);
     EXPECT_EQ(zel_cupom_definir_logotipo(recibo.get(), nullptr, ZEL_CUPOM_PONTOS), ZEL_CUPOM_OK);
     EXPECT_EQ(bytesDe(zel_cupom_png, recibo.get()), semLogotipo);
@@ -130,6 +133,22 @@ TEST(Api, files_are_written_whole_or_not_at_all) {
         EXPECT_EQ(zel_cupom_gravar_png(recibo.get(), onde.c_str()), ZEL_CUPOM_ARQUIVO) << onde;
     EXPECT_EQ(arquivosEm(pasta), 2U);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST(Api, logo_is_in_dots_or_in_grey) {
+    const PastaTemporaria pasta;
+    pasta.gravar("logo.png", zel::cupom::pngDaImagem(zel::cupom::logotipoDoTeste(40, 20)));
+    for (const int tons : {ZEL_CUPOM_PONTOS, ZEL_CUPOM_CINZA}) {
+        const Recibo recibo = novo("<bmp></bmp>");
+        ASSERT_EQ(zel_cupom_definir_logotipo(recibo.get(), (pasta / "logo.png").c_str(), tons),
+                  ZEL_CUPOM_OK);
+        ASSERT_EQ(zel_cupom_gravar_png(recibo.get(), (pasta / "cupom.png").c_str()), ZEL_CUPOM_OK);
+        const auto pontos = zel::cupom::lerLogotipo(pasta / "cupom.png").value().pontos;
+        const auto cinzas = std::count_if(pontos.begin(), pontos.end(),
+                                          [](int ponto) { return ponto != 0 && ponto != 255; });
+        EXPECT_EQ(cinzas > 0, tons == ZEL_CUPOM_CINZA);
+        EXPECT_GT(std::count(pontos.begin(), pontos.end(), 0), 100);
+    }
 }
 
 // As on a full disk: the bytes that fit are written, the rest is refused.

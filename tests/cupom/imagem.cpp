@@ -1,5 +1,6 @@
 // Logo, PNG and SVG.
 #include "Imagem.h"
+#include "Base64.h"
 #include "apoio.h"
 #include "unit/PastaTemporaria.h"
 
@@ -114,6 +115,28 @@ TEST(Imagem, png_is_what_was_drawn) {
     }
 }
 
+TEST(Imagem, each_dot_is_a_square_of_pixels) {
+    const ImagemCinza logotipo = logotipoDoTeste(60, 30);
+    const std::string_view texto = "<bmp></bmp><qrcode>u</qrcode><gui></gui>";
+    const ImagemCinza pontos = desenharTexto(texto, kPapeis[2], &logotipo, 1).imagem;
+    const ImagemCinza grande = desenharTexto(texto, kPapeis[2], &logotipo, 3).imagem;
+    int outros = 0;
+    for (int y = 0; y < grande.altura; ++y)
+        for (int x = 0; x < grande.largura; ++x)
+            outros += grande.em(x, y) == pontos.em(x / 3, y / 3) ? 0 : 1;
+    EXPECT_EQ(outros, 0);
+}
+
+TEST(Imagem, letters_look_as_their_mark_says) {
+    std::vector<ImagemCinza> imagens;
+    for (const std::string_view marca : {"n", "b", "i", "s", "c", "e", "da", "xl"}) {
+        const std::string texto = std::string("<").append(marca).append(">lado");
+        imagens.push_back(desenharTexto(texto, kPapeis[0]).imagem);
+        for (std::size_t i = 0; i + 1 < imagens.size(); ++i)
+            EXPECT_TRUE(imagens[i].pontos != imagens.back().pontos) << marca << i;
+    }
+}
+
 TEST(Imagem, bands_join_without_a_seam) {
     // The same lines further down cross the borders of the bands elsewhere.
     std::string linhas;
@@ -161,4 +184,12 @@ TEST(Imagem, svg_has_the_same_dots_and_every_letter) {
     const int qr = desenhado.pagina.elementos[desenhado.pagina.elementos.size() - 2].topo;
     for (int y = qr; y < desenhado.imagem.altura; ++y)
         ASSERT_EQ(fatia(pontos, y), fatia(desenhado.imagem, y)) << y;
+}
+
+TEST(Imagem, base64) {
+    // RFC 4648, section 10.
+    for (const auto &[bytes, texto] : std::initializer_list<std::pair<const char *, const char *>>{
+             {"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {"foobar", "Zm9vYmFy"}})
+        EXPECT_EQ(base64(bytes), texto);
+    EXPECT_EQ(base64("\xFB\xFF\xFE"), "+//+");
 }
