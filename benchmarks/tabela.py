@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Turns the results of one run into a Markdown table, with the goals beside the figures:
 
-    tabela.py BENCH.json VENDA.json PICO.json > bench.md
+    tabela.py BENCH.json VENDA.json PICO.json [FIGURAS.json] > bench.md
 
 Ends with 1 when a benchmark failed; a goal that is not reached is a result, not a failure.
 """
@@ -52,6 +52,13 @@ OPERACOES = {
     "descriptografar": "Desembaralhar um documento",
     "carga/1": "Carga com cupom de 1 item em andamento",
     "carga/999": "Carga com cupom de 999 itens em andamento",
+}
+FIGURAS = {
+    "png/10": "PNG, 10 itens",
+    "png_novo/10": "PNG, 10 itens, com a abertura das fontes",
+    "png/100": "PNG, 100 itens",
+    "svg/10": "SVG, 10 itens",
+    "svg/100": "SVG, 100 itens",
 }
 BASES = ("disco", "memoria")
 
@@ -162,6 +169,16 @@ def metas(valores, venda):
           "JavaScript que se usaria em lugar desta leva 33 µs; essa não é medida aqui.")
 
 
+def figuras(valores):
+    print("\n## Imagens do cupom\n")
+    cabecalho("Imagem, em 48 colunas", "processador ms")
+    for nome, titulo in FIGURAS.items():
+        linha(titulo, numero(valores[f"figura/{nome}"]["processador"] * 1e3))
+    pior = valores["figura/png_novo/10"]["processador"] * 1e3
+    print(f"\nMeta: PNG de 10 itens em até 20 ms; "
+          f"{'atingida' if pior <= 20 else '**não atingida**'}.")
+
+
 def memoria(venda, pico):
     print("\n## Memória\n")
     itens = pico["itens"]
@@ -179,9 +196,9 @@ def memoria(venda, pico):
 
 
 def main():
-    if len(sys.argv) != 4:
+    if len(sys.argv) not in (4, 5):
         sys.exit(__doc__)
-    resultado, venda, pico = map(ler, sys.argv[1:])
+    resultado, venda, pico = map(ler, sys.argv[1:4])
     valores = medianas(resultado)
     contexto = resultado["context"]
     print("# Medidas de uma execução\n")
@@ -191,6 +208,8 @@ def main():
     cupons(valores)
     operacoes(valores)
     memoria(venda, pico)
+    if len(sys.argv) == 5:
+        figuras(medianas(ler(sys.argv[4])))
 
 
 if __name__ == "__main__":

@@ -1,0 +1,150 @@
+/*
+ * libzel-cupom: shows a receipt that is written in printer mark-up as the picture of its paper (PNG
+ * or SVG), without a printer.
+ *
+ * Conventions
+ *
+ *  1. A receipt is a text in ISO-8859-1, at most ZEL_CUPOM_MAIOR_TEXTO bytes; a line ends with "\n"
+ *     or "\r\n". Other control characters are not printed (a tab is one blank).
+ *  2. Mark-up is a name in angle brackets, <b>, up to its closing marker, </b>. Names are in lower
+ *     case. Whatever is not mark-up as described here is text and is printed as it stands; no text
+ *     is refused for what it holds.
+ *
+ *     Of letters, in force over line ends until the closing marker, or the end of the receipt (one
+ *     closing marker ends it, however often it was opened):
+ *       c condensed   b bold   i italic   s underlined   e double width   da double height
+ *       xl double width and height   n normal letters: ends all of the others
+ *     Of lines, by what is in force at the first character of the line:
+ *       ce centred    ad to the right
+ *     Of the paper; their content is no text of the receipt and ends on the line on which it began:
+ *       <qrcode>CONTENT<lmodulo>N</lmodulo></qrcode>   QR code of CONTENT, up to 2331 bytes (what
+ * is longer is printed as text), in modules of N dots: 1 to 16, 3 when not given <bmp></bmp> logo
+ * <gui></gui> cut <sl>N</sl>  N blank lines, 0 to 255      <l></l> end of line A line end straight
+ * after one of these belongs to it and makes no blank line. Without meaning on paper, taken out:
+ * the markers of fe and tb; with their content a, code11, code128, code39, code93, codabar, cespl,
+ * confgui, dt, dti, ean13, ean8, g, hr, hri, i2of5, ibmp, mg, msi, pdf, s2of5, slm, sn, sp, tc,
+ * upc-a.
+ *  3. Papers, at 8 dots to the millimetre (203 dpi):
+ *
+ *       columns  paper   printed          normal letters  condensed letters
+ *       48       80 mm   72 mm, 576 dots  12 x 24 dots    9 x 17, 64 to the line
+ *       42       76 mm   63 mm, 504 dots  12 x 24 dots    9 x 17, 56 to the line
+ *       42       58 mm   48 mm, 384 dots   9 x 17 dots    6.75 x 13, 56 to the line
+ *
+ *     A line that does not fit goes on in the next one. A QR code that does not fit gets the
+ * largest modules with which it does. A receipt of more than 50 m of paper is refused.
+ *  4. Every function with an int result answers ZEL_CUPOM_OK or the negative code of its failure. A
+ *     failure changes nothing: neither the receipt that was read, nor the settings, nor a file.
+ *  5. A file is written whole or not at all: beside its place, flushed, renamed.
+ *  6. Bytes that a function gives back belong to the caller, who returns them with
+ *     zel_cupom_liberar_bytes. Nothing else that the caller passes is kept.
+ *  7. One thread at a time may use a zel_cupom; two threads may use two of them. There is no other
+ *     state. Nothing depends on the locale or on the clock: the same text with the same settings
+ * and the same font files gives the same bytes.
+ */
+#ifndef ZEL_CUPOM_H
+#define ZEL_CUPOM_H
+
+#include <stddef.h>
+
+#if defined(__GNUC__)
+#define ZEL_CUPOM_API __attribute__((visibility("default")))
+#else
+#define ZEL_CUPOM_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Results. */
+enum {
+    ZEL_CUPOM_OK = 1,
+
+    ZEL_CUPOM_ARGUMENTO = -1, /* null, or outside the values that the function names */
+    ZEL_CUPOM_MEMORIA = -2,   /* memory is short */
+    ZEL_CUPOM_LONGO = -3,     /* longer text, or more paper, than the limits above */
+    ZEL_CUPOM_FONTE = -4,     /* no font file: not found, not readable, no font */
+    ZEL_CUPOM_LOGOTIPO = -5,  /* logo not readable, no PNG picture, or larger than the limits */
+    ZEL_CUPOM_ARQUIVO = -6,   /* the file cannot be written; errno tells why */
+    ZEL_CUPOM_DESENHO = -7    /* the drawing library failed */
+};
+
+/* Limits. */
+enum {
+    ZEL_CUPOM_MAIOR_TEXTO = 1048576, /* bytes of a receipt */
+    ZEL_CUPOM_MAIOR_ESCALA = 4,
+    ZEL_CUPOM_MAIOR_LOGOTIPO = 4096 /* pixels of a side of the logo's file */
+};
+
+/* How the logo is printed. */
+enum {
+    ZEL_CUPOM_PONTOS = 0, /* in black and white dots, dithered, as a printer does */
+    ZEL_CUPOM_CINZA = 1   /* in shades of grey */
+};
+
+typedef struct zel_cupom zel_cupom;
+
+/* A receipt without text on paper of 48 columns, without a logo, in scale 1. Null when memory is
+ * short. The caller returns it with zel_cupom_liberar. */
+ZEL_CUPOM_API zel_cupom *zel_cupom_novo(void);
+
+/* Returns a receipt; null is allowed. */
+ZEL_CUPOM_API void zel_cupom_liberar(zel_cupom *cupom);
+
+/* Reads a receipt from `tamanho` bytes of `texto` (which may be null when there are none) in the
+ * place of the one that was read before; the settings stay.
+ * Codes: ZEL_CUPOM_ARGUMENTO, ZEL_CUPOM_LONGO, ZEL_CUPOM_MEMORIA. */
+ZEL_CUPOM_API int zel_cupom_ler(zel_cupom *cupom, const char *texto, size_t tamanho);
+
+/* Sets the paper. `colunas`: 48 or 42. `papel`: its width in mm, 80 with 48 columns, 76 or 58 with
+ * 42, 0 for the first of them.
+ * Codes: ZEL_CUPOM_ARGUMENTO. */
+ZEL_CUPOM_API int zel_cupom_definir_papel(zel_cupom *cupom, int colunas, int papel);
+
+/* Sets the pixels of the PNG picture to a dot of the paper: `escala` 1 (203 dpi) to
+ * ZEL_CUPOM_MAIOR_ESCALA.
+ * Codes: ZEL_CUPOM_ARGUMENTO. */
+ZEL_CUPOM_API int zel_cupom_definir_escala(zel_cupom *cupom, int escala);
+
+/* Reads the logo from the PNG file `arquivo`; null takes the logo away again. Each pixel is a dot;
+ * a picture that is wider than the print or higher than 40 mm is made smaller. It stands in the
+ * middle of the line, wherever the receipt has its mark-up; without a logo nothing does. What is
+ * transparent is paper. `tons`: ZEL_CUPOM_PONTOS or ZEL_CUPOM_CINZA.
+ * Codes: ZEL_CUPOM_ARGUMENTO, ZEL_CUPOM_LOGOTIPO, ZEL_CUPOM_MEMORIA. */
+ZEL_CUPOM_API int zel_cupom_definir_logotipo(zel_cupom *cupom, const char *arquivo, int tons);
+
+/* Draws with the monospaced fonts of two files (TrueType or another format that FreeType reads),
+ * for instance Liberation Mono in the place of DejaVu Sans Mono, which is looked for where
+ * distributions install it. `negrito` null: bold letters are drawn with strokes of the first one.
+ * `normal` null: back to the font that is looked for. Codes: ZEL_CUPOM_ARGUMENTO, ZEL_CUPOM_FONTE,
+ * ZEL_CUPOM_MEMORIA. */
+ZEL_CUPOM_API int zel_cupom_definir_fonte(zel_cupom *cupom, const char *normal,
+                                          const char *negrito);
+
+/* The picture as a PNG file in memory, 8-bit grey, the whole width of the paper, with its
+ * resolution recorded: `bytes` receives the address, `tamanho` the length. Codes:
+ * ZEL_CUPOM_ARGUMENTO, ZEL_CUPOM_LONGO, ZEL_CUPOM_FONTE, ZEL_CUPOM_DESENHO, ZEL_CUPOM_MEMORIA. */
+ZEL_CUPOM_API int zel_cupom_png(zel_cupom *cupom, unsigned char **bytes, size_t *tamanho);
+
+/* The same into a file, which is replaced when it exists. Also ZEL_CUPOM_ARQUIVO. */
+ZEL_CUPOM_API int zel_cupom_gravar_png(zel_cupom *cupom, const char *arquivo);
+
+/* The picture as SVG, in the size of the paper; letters are outlines, so that no font is needed to
+ * see it. As zel_cupom_png. */
+ZEL_CUPOM_API int zel_cupom_svg(zel_cupom *cupom, unsigned char **bytes, size_t *tamanho);
+
+/* The same into a file, which is replaced when it exists. Also ZEL_CUPOM_ARQUIVO. */
+ZEL_CUPOM_API int zel_cupom_gravar_svg(zel_cupom *cupom, const char *arquivo);
+
+/* Returns bytes that a function above gave; null is allowed. */
+ZEL_CUPOM_API void zel_cupom_liberar_bytes(unsigned char *bytes);
+
+/* A code in words, in Portuguese without accents; never null, and never to be returned. */
+ZEL_CUPOM_API const char *zel_cupom_descrever(int codigo);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,112 @@
+#include "Arquivo.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace zel::cupom {
+
+namespace {
+
+// Repeats a call that a signal interrupted.
+template <class Chamada>
+auto insistir(Chamada chamada) {
+    decltype(chamada()) resultado;
+    do {
+        resultado = chamada();
+    } while (resultado < 0 && errno == EINTR);
+    return resultado;
+}
+
+class Descritor {
+public:
+    Descritor(const std::string &caminho, int modo)
+        : fd_(insistir([&] { return ::open(caminho.c_str(), modo | O_CLOEXEC, 0666); })) {}
+    ~Descritor() { fechar(); }
+    Descritor(const Descritor &) = delete;
+    Descritor &operator=(const Descritor &) = delete;
+
+    int fd() const { return fd_; }
+    bool aberto() const { return fd_ >= 0; }
+    bool fechar() {
+        const int resultado = fd_ >= 0 ? ::close(fd_) : 0;
+        fd_ = -1;
+        return resultado == 0;
+    }
+
+private:
+    int fd_;
+};
+
+bool escrever(int fd, std::string_view conteudo) {
+    while (!conteudo.empty()) {
+        const ssize_t n = insistir([&] { return ::write(fd, conteudo.data(), conteudo.size()); });
+        if (n < 0) return false;
+        conteudo.remove_prefix(static_cast<std::size_t>(n));
+    }
+    return true;
+}
+
+// Two threads or programs that write the same picture must not write into the same file beside it.
+std::string nomeAoLado(const std::string &caminho) {
+    return caminho + "." + std::to_string(::gettid()) + ".novo";
+}
+
+bool gravarNovo(const std::string &caminho, std::string_view conteudo) {
+    // One that a thread of the same number left when it died goes first.
+    ::unlink(caminho.c_str());
+    Descritor novo(caminho, O_WRONLY | O_CREAT | O_EXCL);
+    return novo.aberto() && escrever(novo.fd(), conteudo) &&
+           insistir([&] { return ::fsync(novo.fd()); }) == 0 && novo.fechar();
+}
+
+// A file system that cannot flush a directory has renamed nonetheless.
+void descarregarDiretorio(const std::string &caminho) {
+    const std::size_t barra = caminho.rfind('/');
+    const Descritor diretorio(barra == caminho.npos ? "." : caminho.substr(0, barra + 1),
+                              O_RDONLY | O_DIRECTORY);
+    if (diretorio.aberto()) insistir([&] { return ::fsync(diretorio.fd()); });
+}
+
+} // namespace
+
+bool ehArquivo(const std::string &caminho) {
+    struct stat dados {};
+    return ::stat(caminho.c_str(), &dados) == 0 && S_ISREG(dados.st_mode);
+}
+
+std::optional<std::string> lerArquivo(const std::string &caminho, std::size_t maior) {
+    if (!ehArquivo(caminho)) return {};
+    const Descritor arquivo(caminho, O_RDONLY | O_NONBLOCK);
+    std::string conteudo;
+    char parte[65536];
+    while (arquivo.aberto()) {
+        const ssize_t n = insistir([&] { return ::read(arquivo.fd(), parte, sizeof parte); });
+        if (n == 0) return conteudo;
+        if (n < 0 || conteudo.size() + static_cast<std::size_t>(n) > maior) break;
+        conteudo.append(parte, static_cast<std::size_t>(n));
+    }
+    return {};
+}
+
+bool substituirArquivo(const std::string &caminho, std::string_view conteudo) {
+    struct stat dados {};
+    if (::lstat(caminho.c_str(), &dados) == 0 && !S_ISREG(dados.st_mode) &&
+        !S_ISLNK(dados.st_mode)) {
+        errno = EINVAL;
+        return false;
+    }
+    const std::string novo = nomeAoLado(caminho);
+    if (!gravarNovo(novo, conteudo) || ::rename(novo.c_str(), caminho.c_str()) != 0) {
+        const int motivo = errno;
+        ::unlink(novo.c_str());
+        errno = motivo;
+        return false;
+    }
+    descarregarDiretorio(caminho);
+    return true;
+}
+
+} // namespace zel::cupom

@@ -1,0 +1,22 @@
+// The file calls of the library. A file is read whole, or written whole or not at all.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zel::cupom {
+
+// True for a regular file, or a link to one: anything else (a pipe, a device) might never end.
+bool ehArquivo(const std::string &caminho);
+
+// What a regular file of up to `maior` bytes holds; none when there is no such file.
+std::optional<std::string> lerArquivo(const std::string &caminho, std::size_t maior);
+
+// Writes `conteudo` beside the file, flushes it, puts it in the file's place and flushes the
+// directory. The file must be a regular one, a link, which is replaced itself, or not exist. False,
+// with errno, when it is as it was.
+bool substituirArquivo(const std::string &caminho, std::string_view conteudo);
+
+} // namespace zel::cupom

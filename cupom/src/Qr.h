@@ -1,0 +1,27 @@
+// QR code symbols of ISO/IEC 18004: error correction M, byte mode, the smallest version that holds
+// the content.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace zel::cupom {
+
+// A square of modules, row by row, 1 for dark; the quiet zone around it is not included.
+struct SimboloQr {
+    int lado = 0;
+    std::vector<std::uint8_t> modulos;
+
+    bool escuro(int linha, int coluna) const {
+        return modulos[static_cast<std::size_t>(linha * lado + coluna)] != 0;
+    }
+};
+
+// Blank modules that must surround a symbol (ISO/IEC 18004:2015, 9.1).
+constexpr int kZonaQuieta = 4;
+
+// The symbol of 1 to kMaiorQr bytes of any value. Throws std::bad_alloc when memory is short.
+SimboloQr gerarQr(std::string_view conteudo);
+
+} // namespace zel::cupom

@@ -1,0 +1,47 @@
+// What the tests of the pictures share: a receipt drawn, a picture read, a QR code found in it.
+#pragma once
+
+#include "Desenho.h"
+#include "Fonte.h"
+#include "Leitor.h"
+#include "Logotipo.h"
+#include "Pagina.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zel::cupom {
+
+// The fonts of the system, opened once; a test without them fails.
+Fontes &fontesDoTeste();
+
+std::string lerDado(const std::string &caminho);
+
+// A logo that tells its corners apart: black frame, a grey wedge, a black square at the upper left.
+ImagemCinza logotipoDoTeste(int largura, int altura);
+
+struct Desenhado {
+    Pagina pagina;
+    ImagemCinza imagem; // the whole paper
+};
+
+Desenhado desenharTexto(std::string_view texto, const Papel &papel,
+                        const ImagemCinza *logotipo = nullptr, int escala = 1);
+
+std::string pngDaImagem(const ImagemCinza &imagem);
+
+// What each QR code in the picture says, from the top.
+std::vector<std::string> qrsDe(const ImagemCinza &imagem);
+
+// What each QR code of the model says.
+std::vector<std::string> qrsDe(const Cupom &cupom);
+
+// Where two pictures differ by more than another version of the same font explains; empty when they
+// do not. Of each field of 48 x 28 dots (four letters, one line) the ink must be the same but for a
+// sixth, which bold letters exceed; at most one pixel in eight may be black here and paper there,
+// which keeps whatever is made of dots (QR codes, logo, cut) in its place.
+std::string diferenca(const ImagemCinza &uma, const ImagemCinza &outra);
+
+} // namespace zel::cupom

@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# What libzel-cupom shows to the loader: exactly the functions of its header; and that it needs
+# nothing of the fiscal library.
+#   exportados.sh LIBRARY FOLDER_OF_THE_LIBRARY
+set -euo pipefail
+falhar() { echo "$1" >&2; exit 1; }
+
+declarados=$(grep -oE '^ZEL_CUPOM_API .*\b(zel_cupom_[a-z_]+)\(' "$2/include/zel_cupom.h" |
+    grep -oE 'zel_cupom_[a-z_]+\(' | tr -d '(' | sort)
+exportados=$(nm -D --defined-only "$1" | awk '{print $3}' | sort)
+[[ -n $declarados ]] || falhar "the header declares no function"
+diff <(echo "$declarados") <(echo "$exportados") || falhar "exports differ from the header"
+if readelf -d "$1" | grep 'NEEDED.*ZEL_Felbor'; then falhar "needs the fiscal library"; fi
+if grep -rn 'ZEL_FelborFramework' "$2"; then falhar "knows the fiscal library"; fi
+readelf -d "$1" | grep -q 'SONAME.*\[libzel-cupom.so.1\]' || falhar "another soname"
+echo "$(wc -l <<< "$declarados") exports"

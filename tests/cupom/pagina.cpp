@@ -1,0 +1,133 @@
+// Where things stand on the paper, in dots.
+#include "Pagina.h"
+#include "Leitor.h"
+
+#include <gtest/gtest.h>
+
+using namespace zel::cupom;
+
+namespace {
+
+constexpr const Papel &k80 = kPapeis[0], &k76 = kPapeis[1], &k58 = kPapeis[2];
+
+Pagina posta(std::string_view texto, const Papel &papel, TamanhoLogotipo logotipo = {}) {
+    return paginar(ler(texto), papel, logotipo).value();
+}
+
+// Lines of the paper: each run with where it begins.
+std::string linhas(const Pagina &pagina) {
+    std::string texto;
+    int base = -1;
+    for (const Elemento &elemento : pagina.elementos) {
+        const auto &posto = std::get<TextoPosto>(elemento.desenho);
+        if (base >= 0 && posto.base != base) texto += '/';
+        base = posto.base;
+        texto += std::to_string(static_cast<int>(posto.x)) + ":" + posto.texto;
+    }
+    return texto;
+}
+
+} // namespace
+
+TEST(Pagina, line_goes_on_where_the_paper_ends) {
+    const std::string n42(42, 'n'), n48(48, 'n'), c56(56, 'c'), c64(64, 'c');
+    const struct {
+        const Papel *papel;
+        std::string texto, esperado;
+    } casos[] = {
+        {&k80, n48, "0:" + n48},
+        {&k80, n48 + "x\ny", "0:" + n48 + "/0:x/0:y"},
+        {&k80, n48 + "\n" + n48, "0:" + n48 + "/0:" + n48},
+        {&k80, "<c>" + c64 + "x", "0:" + c64 + "/0:x"},
+        {&k76, n42 + "x", "0:" + n42 + "/0:x"},
+        {&k76, "<c>" + c56 + "x", "0:" + c56 + "/0:x"},
+        {&k58, n42 + "x", "3:" + n42 + "/3:x"},
+        {&k58, "<c>" + c56 + "x", "3:" + c56 + "/3:x"},
+        {&k80, "<ce>" + n48 + "xx</ce>", "0:" + n48 + "/276:xx"},
+        {&k76, "<ad>" + n42 + "xx</ad>", "0:" + n42 + "/480:xx"},
+        {&k80, "<ce>x</ce>", "282:x"},
+        {&k58, "<ad>x</ad>", "372:x"},
+        {&k80, n48.substr(1) + "<c>cc</c>", "0:" + n48.substr(1) + "564:c/0:c"},
+        {&k80, n48.substr(1) + "<e>e</e>", "0:" + n48.substr(1) + "/0:e"},
+    };
+    for (const auto &[papel, texto, esperado] : casos)
+        EXPECT_EQ(linhas(posta(texto, *papel)), esperado) << texto;
+}
+
+// Were a letter lost or a line overlapped in any mixture, this would see it.
+TEST(Pagina, nothing_is_lost_and_nothing_overlaps) {
+    const std::string texto = "<bmp></bmp>a<xl>bbb</xl><c>c</c>\r\n<da>d</da>\r\n\r\ne<sl>2</sl>f"
+                              "<qrcode>g</qrcode><gui></gui><s>h</s>\r\n";
+    for (const Papel &papel : kPapeis) {
+        const Pagina pagina = posta(texto, papel, {100, 50});
+        std::string letras;
+        int fim = 0;
+        double direita = 0;
+        for (std::size_t i = 0; i < pagina.elementos.size(); ++i) {
+            const Elemento &elemento = pagina.elementos[i];
+            const bool mesmaLinha = i > 0 && elemento.topo == pagina.elementos[i - 1].topo;
+            EXPECT_TRUE(mesmaLinha || elemento.topo >= fim);
+            fim = elemento.fim;
+            const auto *posto = std::get_if<TextoPosto>(&elemento.desenho);
+            if (posto == nullptr) continue;
+            letras += posto->texto;
+            if (mesmaLinha) {
+                EXPECT_EQ(posto->x, direita);
+            }
+            direita = posto->x + static_cast<double>(posto->texto.size()) * posto->celula.largura;
+            EXPECT_LE(direita, papel.larguraUtil);
+            EXPECT_GE(posto->base - posto->celula.base, elemento.topo);
+            EXPECT_LE(posto->base - posto->celula.base + posto->celula.altura, elemento.fim);
+        }
+        EXPECT_EQ(letras, "abbbcdefh");
+        EXPECT_GT(pagina.altura, fim);
+    }
+}
+
+TEST(Pagina, blank_lines_and_feeds_take_the_height_of_a_line) {
+    const int nada = posta("", k80).altura;
+    for (const auto &[texto, alturas] :
+         std::initializer_list<std::pair<std::string_view, int>>{{"a", 1},
+                                                                 {"\n\n", 2},
+                                                                 {"<c>a</c>\n<c>\n</c>", 2},
+                                                                 {"<sl>255</sl>", 255},
+                                                                 {"a<sl>2</sl>\r\nb", 4},
+                                                                 {"<bmp></bmp>", 0}})
+        EXPECT_EQ(posta(texto, k80).altura, nada + alturas * k80.passo) << texto;
+}
+
+TEST(Pagina, qr_code_has_its_module_or_the_largest_that_fits) {
+    // Versions 1 to 40 are 21 to 177 modules a side; the quiet zone adds 8.
+    const std::string longo(kMaiorQr, 'x');
+    const struct {
+        const Papel *papel;
+        std::string texto;
+        int x, modulo;
+    } casos[] = {
+        {&k80, "<qrcode>u<lmodulo>4</lmodulo></qrcode>", 16, 4},
+        {&k80, "<ce><qrcode>u<lmodulo>4</lmodulo></qrcode></ce>", (576 - 21 * 4) / 2, 4},
+        {&k80, "<ad><qrcode>u<lmodulo>4</lmodulo></qrcode></ad>", 576 - 25 * 4, 4},
+        {&k58, "<ce><qrcode>u<lmodulo>16</lmodulo></qrcode></ce>", 55, 13},
+        {&k76, "<ce><qrcode>" + longo + "</qrcode></ce>", 75, 2},
+    };
+    for (const auto &[papel, texto, x, modulo] : casos) {
+        const Pagina pagina = posta(texto, *papel);
+        const auto &qr = std::get<QrPosto>(pagina.elementos.at(0).desenho);
+        EXPECT_EQ(qr.modulo, modulo) << texto;
+        EXPECT_EQ(qr.x, x) << texto;
+        const int zona = kZonaQuieta * modulo;
+        EXPECT_EQ(qr.y, pagina.elementos[0].topo + zona);
+        EXPECT_EQ(qr.y + qr.simbolo.lado * modulo + zona, pagina.elementos[0].fim);
+    }
+}
+
+TEST(Pagina, paper_has_an_end) {
+    const int linhasQueCabem = kMaiorAltura / k80.passo - 1;
+    EXPECT_TRUE(paginar(ler(std::string(linhasQueCabem, '\n')), k80, {}));
+    std::string avancos;
+    for (int i = 0; i < 60; ++i)
+        avancos += "<sl>255</sl>";
+    for (const std::string &texto :
+         {std::string(kMaiorTexto, '\n'), std::string(kMaiorTexto, 'x'), avancos})
+        EXPECT_FALSE(paginar(ler(texto), k80, {}));
+}
