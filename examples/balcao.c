@@ -168,6 +168,15 @@ int autorizado(int situacao) {
     return situacao == 100 || situacao == 150;
 }
 
+int naoEnviado(int situacao) {
+    return situacao == NAO_ENVIADO || situacao == 108 || situacao == 109;
+}
+
+int duplicado(int situacao) {
+    return situacao == DUPLICIDADE || situacao == DUPLICIDADE_CANCELADA ||
+           situacao == DUPLICIDADE_OUTRA_CHAVE;
+}
+
 int denegado(int situacao) {
     return situacao == 110 || situacao == 205 || (situacao >= 301 && situacao <= 303);
 }

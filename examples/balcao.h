@@ -15,8 +15,11 @@ enum {
     CANCELADA = 101,
     INUTILIZADO = 102,
     EVENTO_REGISTRADO = 135,
+    DUPLICIDADE = 204,
     NAO_CONSTA = 217,
-    JA_INUTILIZADO = 256
+    DUPLICIDADE_CANCELADA = 218,
+    JA_INUTILIZADO = 256,
+    DUPLICIDADE_OUTRA_CHAVE = 539
 };
 
 enum { TAMANHO_CAMINHO = 400, TAMANHO_NOME = 64, TAMANHO_CHAVE = 45, TAMANHO_PROTOCOLO = 16 };
@@ -43,6 +46,12 @@ void guardar(const char *origem, const char *nome);
 int transmitir(const char *documento, const char *nome);
 
 int autorizado(int situacao);
+
+/* No connection, or the authority's service stands still: there was no document there. */
+int naoEnviado(int situacao);
+
+/* The number, or even the key, is that of another document at the authority. */
+int duplicado(int situacao);
 
 /* The number is used up, but the document is void: nothing may be printed, and it cannot be
  * cancelled. */

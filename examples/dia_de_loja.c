@@ -152,6 +152,17 @@ static void itemDoLeitor(void) {
     concluir("");
 }
 
+/* The authority knows more of a consumer than the till. The return of a denied document has all
+ * that a receipt needs: only its situation says that there must be none. */
+static void consumidorDenegado(void) {
+    puts("\n== A document that the authority denies");
+    abrir("11.444.777/0001-61", "Comercio Irregular Ltda");
+    venderPaes("20");
+    passo("totalize", aCFTotalizar_ZEL("", ""));
+    pagar("Dinheiro", "");
+    concluir("");
+}
+
 static int venderCafe(const char *ncm) {
     abrir("", "");
     passo("sell coffee", aCFVenderCompleto_ZEL("T1800", "1", "18,90", "", "", "505", ncm, "5102",
@@ -268,6 +279,7 @@ int main(int argc, char **argv) {
     mercadoriasComCpf();
     servicoComDescontos();
     itemDoLeitor();
+    consumidorDenegado();
     recusadoECorrigido();
 
     puts("\n== The connection is lost");

@@ -80,6 +80,14 @@ static void substituir(int numero) {
 
 /* ---- Answers ---- */
 
+/* What a till cannot settle by itself. */
+static void avisar(const char *nome, int situacao) {
+    char aviso[TAMANHO_NOME + 40];
+    snprintf(aviso, sizeof aviso, "%s refused with %d", nome, situacao);
+    printf("-- %s: somebody must see to it\n", aviso);
+    anotar(ATENCAO, aviso);
+}
+
 /* Only an authorized document may be printed. A return that denies or refuses one may hold all that
  * the library reads, and would be laid out as well: the till looks at the situation first. */
 static void decidir(const char *nome, int numero, int situacao) {
@@ -91,6 +99,8 @@ static void decidir(const char *nome, int numero, int situacao) {
     } else if (denegado(situacao)) {
         /* The number is used up, and there is nothing to cancel or to void. */
         printf("-- denied with %d: nothing to print, the goods stay\n", situacao);
+    } else if (duplicado(situacao)) {
+        avisar(nome, situacao);
     } else {
         /* The number was not used: a corrected document may take it, or it is voided. */
         printf("-- refused with %d: to be corrected\n", situacao);
@@ -111,7 +121,7 @@ int concluir(const char *mensagem) {
         return SEM_RESPOSTA;
     }
     situacao = transmitir(ENVIO, nome);
-    if (situacao == NAO_ENVIADO)
+    if (naoEnviado(situacao))
         emitirComMesmoNumero(nome);
     else if (situacao == SEM_RESPOSTA)
         substituir(numeroAtual());
@@ -133,7 +143,7 @@ void retomarUltima(void) {
     guardar(ENVIO, nome);
     situacao = transmitir(ENVIO, nome);
     snprintf(arquivo, sizeof arquivo, "envio/%s.xml", nome);
-    if (situacao == NAO_ENVIADO || situacao == SEM_RESPOSTA)
+    if (naoEnviado(situacao) || situacao == SEM_RESPOSTA)
         anotarPendente(nome, arquivo);
     else
         decidir(nome, numeroAtual(), situacao);
@@ -143,18 +153,15 @@ void retomarUltima(void) {
 
 /* "NAME FILE". A document in contingency was printed when it was sold. */
 static int enviarPendente(const char *linha) {
-    char nome[TAMANHO_NOME], aviso[TAMANHO_NOME + 40];
+    char nome[TAMANHO_NOME];
     const char *arquivo = strchr(linha, ' ');
     int situacao;
     if (arquivo == NULL) return 1;
     snprintf(nome, sizeof nome, "%.*s", (int)(arquivo - linha), linha);
     situacao = transmitir(arquivo + 1, nome);
-    if (situacao == SEM_RESPOSTA || situacao == NAO_ENVIADO) return 0;
-    if (!autorizado(situacao) && situacao != EVENTO_REGISTRADO) {
-        /* The customer has the receipt, so this cannot wait. */
-        snprintf(aviso, sizeof aviso, "%s refused with %d", nome, situacao);
-        anotar(ATENCAO, aviso);
-    }
+    if (situacao == SEM_RESPOSTA || naoEnviado(situacao)) return 0;
+    /* The customer has the receipt, so this cannot wait. */
+    if (!autorizado(situacao) && situacao != EVENTO_REGISTRADO) avisar(nome, situacao);
     return 1;
 }
 

@@ -21,9 +21,9 @@ DIA, DIA_DA_AUTORIDADE = (pathlib.Path(p) for p in sys.argv[1:3])
 # Of each number the status at the authority, the digit of the emission type in its key, and how
 # often the receipt was printed.
 NUMEROS = {101: ("100", "1", 1), 102: ("100", "1", 1), 103: ("100", "1", 1), 104: ("100", "1", 1),
-           105: ("102", None, 0), 106: ("100", "1", 1), 107: ("100", "9", 2), 108: ("100", "9", 2),
-           109: ("101", "9", 2), 110: ("101", "1", 0), 111: ("100", "9", 2), 112: ("101", "1", 1)}
-SEM_CONEXAO = (107, 108, 109, 111)
+           105: ("302", "1", 0), 106: ("102", None, 0), 107: ("100", "1", 1), 108: ("100", "9", 2),
+           109: ("100", "9", 2), 110: ("101", "9", 2), 111: ("101", "1", 0), 112: ("100", "9", 2),
+           113: ("101", "1", 1)}
 
 
 def ler(caminho):
@@ -74,8 +74,8 @@ class Dia(unittest.TestCase):
             self.assertEqual(texto.count("<gui></gui>"), copias, numero)
             self.assertEqual("EMITIDA EM CONTING\xcaNCIA" in texto, copias == 2, numero)
             self.assertEqual("Protocolo de Autoriza\xe7\xe3o: 1" in texto, copias == 1, numero)
-        self.assertIn("OFF-LINE", ler(DIA / "cupons" / "cancelamento-109.txt"))
-        self.assertRegex(ler(DIA / "cupons" / "cancelamento-112.txt"), "Cancelamento:1[0-9]{14}\r")
+        self.assertIn("OFF-LINE", ler(DIA / "cupons" / "cancelamento-110.txt"))
+        self.assertRegex(ler(DIA / "cupons" / "cancelamento-113.txt"), "Cancelamento:1[0-9]{14}\r")
 
     def test_both_vocabularies_print_the_same_receipts(self):
         nomes = sorted(p.name for p in (DIA / "cupons").iterdir())
@@ -99,7 +99,7 @@ class Dia(unittest.TestCase):
 
     @unittest.skipUnless(assinatura.disponivel(), "openssl and xmlsec1 are not installed")
     def test_what_was_sent_is_signed_by_the_issuer(self):
-        for numero in sorted(NUMEROS.keys() - {105, 110}):
+        for numero in sorted(NUMEROS.keys() - {105, 106, 111}):
             nfe = enviador.elemento(documento_autorizado(numero), "NFe")
             self.assertIsNone(assinatura.conferir(nfe, "infNFe", "11222333000181"), numero)
             self.assertEqual(assinatura.valor(nfe, "DigestValue"),
@@ -122,7 +122,7 @@ class Dia(unittest.TestCase):
     def test_contingency_files_are_the_same_in_both_directories(self):
         nomes = sorted(p.name for p in (DIA / "contingencia").iterdir())
         self.assertEqual(nomes, sorted(p.name for p in (DIA / "copia").iterdir()))
-        self.assertRegex(" ".join(nomes), r"^11222333000181_001000000109\.ctgCanc [0-9]{44}\.ctg$")
+        self.assertRegex(" ".join(nomes), r"^11222333000181_001000000110\.ctgCanc [0-9]{44}\.ctg$")
         for nome in nomes:
             self.assertEqual(*((DIA / d / nome).read_bytes() for d in ("copia", "contingencia")))
         evento, nota = (enviador.ler_documento(DIA / "contingencia" / nome) for nome in nomes)

@@ -92,7 +92,7 @@ class Respostas(Pasta):
         self.assertEqual(self.situacao(do_dia("nota-102")), (RECUSADO, "205"))
 
     def test_duplicates(self):
-        nota = do_dia("nota-107")
+        nota = do_dia("nota-108")
         ctg = next((DIA / "contingencia").glob("*.ctg"))
         _, primeiro = self.enviar(nota)
         _, segundo = self.enviar(nota)
@@ -122,27 +122,27 @@ class Respostas(Pasta):
         self.assertEqual(self.situacao("<Outro/>"), (RECUSADO, "225"))
 
     def test_requests(self):
-        self.enviar(do_dia("nota-112"))
-        evento = re.sub("<EvenProt>[0-9]*", "<EvenProt>" + self.protocolo(112),
-                        do_dia("cancelamento-112"))
-        inutilizacao, consulta = do_dia("inutilizacao-105"), do_dia("consulta-110")
+        self.enviar(do_dia("nota-113"))
+        evento = re.sub("<EvenProt>[0-9]*", "<EvenProt>" + self.protocolo(113),
+                        do_dia("cancelamento-113"))
+        inutilizacao, consulta = do_dia("inutilizacao-106"), do_dia("consulta-111")
         por_numero = do_dia("consulta-do-dia")
         for pedido, esperado in (
                 (consulta, (RECUSADO, "217")),
                 (evento.replace("<EvenProt>1", "<EvenProt>2"), (RECUSADO, "222")),
                 (evento.replace("Cancelamento de NFCe", "engano"), (RECUSADO, "215")),
                 (evento, (FEITO, "135")), (evento, (FEITO, "135")),
-                (do_dia("cancelamento-110"), (RECUSADO, "494")),
+                (do_dia("cancelamento-111"), (RECUSADO, "494")),
                 (inutilizacao, (FEITO, "102")), (inutilizacao, (RECUSADO, "256")),
-                (inutilizacao.replace("105", "112"), (RECUSADO, "241")),
-                (do_dia("nota-105"), (RECUSADO, "206")), (do_dia("nota-112"), (RECUSADO, "218")),
+                (inutilizacao.replace("106", "113"), (RECUSADO, "241")),
+                (do_dia("nota-106"), (RECUSADO, "206")), (do_dia("nota-113"), (RECUSADO, "218")),
                 (por_numero, (FEITO, "100"))):
             with self.subTest(pedido[:60], esperado=esperado):
                 codigo, retorno = self.enviar(pedido)
                 situacao = re.search("<SitCodigo>([0-9]*)<", retorno)[1]
                 self.assertEqual((codigo, situacao), esperado)
         self.assertEqual(re.findall("<DocNumero>([0-9]+)</DocNumero><SitCodigo>([0-9]+)", retorno),
-                         [("105", "102"), ("112", "101")])
+                         [("106", "102"), ("113", "101")])
 
     def protocolo(self, numero):
         return sefaz.Sefaz(self.pasta).relacao(1, numero, numero)[0][3]
@@ -155,7 +155,7 @@ class Respostas(Pasta):
         self.assertTrue(autorizado.startswith("<nfeProc "))
         _, da_autoridade = self.enviar(nota, "n.xml", "--forma", "autoridade")
         self.assertRegex(da_autoridade, "^<protNFe xmlns=[^>]*><infProt>.*<nProt>.*<digVal>")
-        _, evento = self.enviar(do_dia("cancelamento-110"), "n.xml", "--forma", "autoridade")
+        _, evento = self.enviar(do_dia("cancelamento-111"), "n.xml", "--forma", "autoridade")
         self.assertRegex(evento, "^<retEvento xmlns=.*<cStat>494</cStat>")
         self.assertNotIn("<nProt>", evento)
 
