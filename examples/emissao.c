@@ -59,7 +59,8 @@ static void emitirComMesmoNumero(const char *nome) {
     entrarEmContingencia();
     diretoriosDeContingencia(texto);
     passo("issue it in contingency, same number", aCFContingenciaUltimaNota_ZEL(4, texto));
-    entregarEmContingencia(nome, texto); /* the path of the last file written */
+    /* The path of the last file written. A till that dies here finds the file in its directory. */
+    entregarEmContingencia(nome, texto);
 }
 
 /* The document may have arrived, and a number must not be in two documents: the one in contingency

@@ -202,8 +202,8 @@ class Enviador:
 
     @staticmethod
     def conhecido(achado, digest):
-        """A duplicate that has the very digest of ours is our document, sent before. One issued again
-        under number and code of the first has the same key, and another digest."""
+        """A duplicate that has the very digest of ours is our document, sent before. One issued
+        again under number and code of the first has the same key, and another digest."""
         return achado if achado.digest == digest else None
 
     @staticmethod

@@ -2,7 +2,7 @@
 """The sending component of the examples before its authority: what it answers to the till in each
 case. The documents are those that a shop's day left on disk.
 
-    enviador.py DAY
+    enviador.py COMPONENTE AUTORIDADE [CLASS]
 """
 import base64
 import json
@@ -160,6 +160,18 @@ class Respostas(Pasta):
         self.assertNotIn("<nProt>", evento)
 
 
+    def test_a_document_out_of_schema_is_not_sent(self):
+        for raiz, esperado in (("NFe", (FEITO, "100")), ("Outra", (RECUSADO, "225"))):
+            (self.pasta / "nfe_v3.10.xsd").write_text(
+                '<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema" '
+                f'targetNamespace="{sefaz_regras.NS}"><xs:element name="{raiz}"/></xs:schema>')
+            sefaz.Sefaz(self.pasta).salvar()
+            codigo, retorno = self.enviar(do_dia("nota-102"), "n.xml", "--esquema", self.pasta)
+            self.assertEqual((codigo, assinatura.valor(retorno, "SitCodigo")), esperado)
+            self.assertEqual(bool(self.no_registro()), codigo == FEITO)
+            (self.pasta / "sefaz.json").unlink()
+
+
 @unittest.skipUnless(assinatura.disponivel(), "openssl and xmlsec1 are not installed")
 class Assinatura(Pasta):
     def test_digest_is_that_of_the_canonical_text(self):
@@ -185,4 +197,4 @@ class Assinatura(Pasta):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    unittest.main(argv=sys.argv[:1] + sys.argv[3:])

@@ -21,8 +21,8 @@ import sefaz_regras  # noqa: E402
 
 DIAS = dict(zip(("dia", "dia-autoridade"), map(pathlib.Path, sys.argv[1:3])))
 MANUAL = raiz / "docs" / "envio.md"
-BLOCO = re.compile(r"<!-- (dia|dia-autoridade|programa): ([^ ]+)(?: (\w+))? -->\n```\w+\n(.*?)```\n",
-                   re.DOTALL)
+BLOCO = re.compile(r"<!-- (dia|dia-autoridade|programa): ([^ ]+)(?: (\w+))? -->\n"
+                   r"```\w+\n(.*?)```\n", re.DOTALL)
 
 # In this order: a key holds what looks like a protocol.
 MASCARAS = ((r"[0-9]{44}", "CHAVE"), (r"(<cDV>)[0-9]", r"\1D"), (r"(\b1[0-9]{14}\b)", "PROTOCOLO"),
@@ -82,7 +82,7 @@ class Manual(unittest.TestCase):
                 self.assertEqual(saida.decode("latin-1"), enviador.ler_documento(caminho))
 
     def test_situations_have_the_words_of_the_authority(self):
-        linhas = re.findall(r"^\| ([0-9]{3}) \| ([^|]*) \|", MANUAL.read_text("utf-8"), re.MULTILINE)
+        linhas = re.findall(r"^\| ([0-9]{3}) \| ([^|]*) \|", MANUAL.read_text("utf-8"), re.M)
         self.assertGreater(len(linhas), 15)
         for codigo, motivo in linhas:
             if codigo in sefaz_regras.MOTIVOS:
