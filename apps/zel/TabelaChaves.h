@@ -50,7 +50,7 @@ inline constexpr LinhaChave kChaves[] = {
     {"CONFIGURACAO\\TIMEZONESERVIDOR\\Valor", 2, "0", Regra::kInteiro, "0-12", kLida,
      "número inteiro de 0 a 12", "3"},
     {"NFCE\\ChaveDeAcesso", 44, "", Regra::kChave, "", kLida,
-     "44 dígitos, o último verificador", "35150911222333000181650010000000421171025452"},
+     "44 dígitos, o último verificador", "35150911222333000181650010000000421171025455"},
     {"NFCE\\Logotipo", 1, "", Regra::kLista, "L", kLida,
      "L (logotipo em linhas próprias)", "L"},
     {"NFCE\\ProtocoloAutorizacao", 29, "", Regra::kLivre, "", kLida,
