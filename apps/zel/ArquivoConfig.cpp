@@ -190,8 +190,11 @@ ArquivoConfig::ArquivoConfig(std::string_view bytes, Relatorio &relatorio)
         conferirPresenca(relatorio);
         conferirCodificacao(bytes, relatorio);
     } else {
-        relatorio.registrar({"raiz-ausente", "ZEL_Framework.xml", 0,
-                             "não tem <FRAMEWORKZEL> e </FRAMEWORKZEL>",
+        const std::string_view oQue = bytes.empty() ? "o arquivo está vazio"
+                                      : bytes.find(kInicioRaiz) == bytes.npos
+                                          ? "não tem <FRAMEWORKZEL>: não é o arquivo da biblioteca"
+                                          : "não tem </FRAMEWORKZEL>: o arquivo está cortado";
+        relatorio.registrar({"raiz-ausente", "ZEL_Framework.xml", 0, std::string(oQue),
                              "Restaure a cópia de segurança. aCFInicializar_ZEL guarda este ao "
                              "lado e cria um novo, com os valores de fábrica."});
     }
@@ -200,6 +203,10 @@ ArquivoConfig::ArquivoConfig(std::string_view bytes, Relatorio &relatorio)
 
 const ValorConfig &ArquivoConfig::operator[](std::string_view caminho) const {
     return valores_.find(caminho)->second;
+}
+
+bool ArquivoConfig::lidaInteira() const {
+    return std::ranges::none_of(elementos_, &ElementoConfig::ignorado);
 }
 
 // The last element of a key counts; AC and RS share one value.
@@ -233,28 +240,34 @@ void ArquivoConfig::conferirPresenca(Relatorio &relatorio) const {
     if (!ignoradas.empty())
         relatorio.registrar(
             {"chave-ignorada", "ZEL_Framework.xml", 0,
-             juntar({std::to_string(ignoradas.size()),
-                     " chaves depois do primeiro erro valem o padrão: ", enumerar(ignoradas)}),
-             "Corrija o primeiro erro do arquivo; os valores voltam a valer."});
+             juntar({"depois do primeiro erro valem os valores de fábrica: ", enumerar(ignoradas)}),
+             "Corrija o primeiro erro do arquivo e confira de novo; o que uma chave diz de outra "
+             "não foi conferido."});
     if (!ausentes.empty())
         relatorio.registrar(
             {"chave-ausente", "ZEL_Framework.xml", 0,
-             juntar({"faltam ", std::to_string(ausentes.size()), " chaves: ", enumerar(ausentes)}),
-             "A biblioteca as acrescenta com o padrão ao carregar o arquivo."});
+             juntar({ausentes.size() == 1 ? "falta uma chave: " : "faltam chaves: ",
+                     enumerar(ausentes)}),
+             "A biblioteca acrescenta o que falta, com o padrão, ao carregar o arquivo."});
 }
 
 // An editor that saves in UTF-8 turns "São" into "SÃ£o".
 void ArquivoConfig::conferirCodificacao(std::string_view bytes, Relatorio &relatorio) const {
     if (ehAscii(bytes)) return;
+    std::vector<std::string_view> trocadas;
+    std::size_t linha = 0;
     for (const ElementoConfig &elemento : elementos_) {
         const auto original = latin1DeUtf8(elemento.valor);
         if (!original || ehAscii(*original) || !ehUtf8(*original)) continue;
-        relatorio.registrar({"acentos-utf8", std::string(elemento.chave->caminho), elemento.linha,
-                             "o valor foi gravado em UTF-8, os acentos saem trocados",
-                             juntar({"Salve o arquivo em ISO-8859-1, ou grave de novo: zel config "
-                                     "gravar '",
-                                     elemento.chave->caminho, "' VALOR"})});
+        if (trocadas.empty()) linha = elemento.linha;
+        trocadas.push_back(elemento.chave->caminho);
     }
+    if (!trocadas.empty())
+        relatorio.registrar({"acentos-utf8", "ZEL_Framework.xml", linha,
+                             juntar({"os acentos de ", enumerar(trocadas),
+                                     " foram gravados em UTF-8 e saem trocados"}),
+                             "Salve o arquivo na codificação ISO-8859-1 (Latin-1), ou grave estes "
+                             "valores com zel config gravar."});
 }
 
 } // namespace zel::aplicativo

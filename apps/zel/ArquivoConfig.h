@@ -35,6 +35,8 @@ public:
 
     // False when the root's tags are missing: the library refuses the file.
     bool temRaiz() const { return temRaiz_; }
+    // False when the library stops reading before the end: keys behind that have their defaults.
+    bool lidaInteira() const;
     const std::vector<ElementoConfig> &elementos() const { return elementos_; }
 
     // What the library reads for a key of the catalogue.

@@ -10,7 +10,7 @@
 
 namespace zel::aplicativo {
 
-// Each value by its own rule, then all of the following.
+// Each value by its own rule, then, when the library reads the file to its end, the following.
 void conferirConfig(const ArquivoConfig &config, Relatorio &relatorio);
 
 // State, codes of state and municipality, IE, access environment, number and emission type.

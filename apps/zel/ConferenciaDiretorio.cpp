@@ -65,7 +65,7 @@ private:
         if ((modo & kOutrosGravam) != 0 && (modo & 01000) == 0)
             achar("diretorio-aberto", diretorio_,
                   "qualquer usuário pode trocar os arquivos do caixa",
-                  juntar({"chmod o-w ", diretorio_}));
+                  juntar({"chmod o-w '", diretorio_, "'"}));
     }
 
     void conferirConfiguracao() {
@@ -95,7 +95,7 @@ private:
         if ((olhar(caminho).modo & (kOutrosLeem | kOutrosGravam)) != 0)
             achar("permissao-config", std::string(kConfig),
                   "outros usuários podem ler ou gravar o arquivo, que guarda o token",
-                  juntar({"chmod o-rwx ", caminho}));
+                  juntar({"chmod o-rwx '", caminho, "'"}));
         if (!podeGravar(caminho))
             achar("arquivo-sem-escrita", std::string(kConfig), "este usuário não pode gravá-lo",
                   "Rode o zel com o usuário do caixa, ou dê a ele o arquivo (chown, chmod u+rw).");
@@ -162,7 +162,7 @@ private:
         if (comDados && (modo & (kOutrosLeem | kOutrosGravam)) != 0)
             achar("permissao-dados", nome,
                   "outros usuários podem ler ou gravar o arquivo, que guarda dados do consumidor",
-                  juntar({"chmod o-rwx ", caminho}));
+                  juntar({"chmod o-rwx '", caminho, "'"}));
     }
 
     void relatarSobra(const std::string &nome) {

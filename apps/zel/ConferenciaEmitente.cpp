@@ -190,6 +190,8 @@ void conferirConfig(const ArquivoConfig &config, Relatorio &relatorio) {
     for (const ElementoConfig &elemento : config.elementos())
         if (!elemento.ignorado)
             conferirValor(*elemento.chave, elemento.valor, elemento.linha, relatorio);
+    // What would be said of defaults is not the shop's fault.
+    if (!config.lidaInteira()) return;
     conferirEmitente(config, relatorio);
     conferirAmbiente(config, relatorio);
     conferirImpostos(config, relatorio);

@@ -1,6 +1,6 @@
 #include "Json.h"
 
-#include <array>
+#include "Texto.h"
 
 namespace zel::aplicativo {
 
@@ -23,6 +23,8 @@ void Json::comecar(std::string_view nome) {
 }
 
 void Json::citar(std::string_view utf8) {
+    // A name of a file may be anything.
+    if (!ehUtf8(utf8)) return citar(utf8DeLatin1(utf8));
     constexpr std::string_view kHexa = "0123456789abcdef";
     escrito_ += '"';
     for (const char c : utf8) {

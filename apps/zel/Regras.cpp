@@ -5,6 +5,7 @@
 #include "Texto.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 
 namespace zel::aplicativo {
@@ -84,10 +85,10 @@ Resultado comDigito(const LinhaChave &chave, std::string_view valor, std::size_t
                     juntar({"Confira ", oQue, " dígito por dígito; há um errado ou trocado."})};
 }
 
-Resultado conferirEndereco(const LinhaChave &chave, std::string_view valor) {
+bool ehEndereco(std::string_view valor) {
     const std::string endereco = minusculas(valor);
     const bool http = endereco.starts_with("http://") || endereco.starts_with("https://");
-    return seInvalido(http && valor.find_first_of(" ?#") == valor.npos, chave, valor);
+    return http && valor.find_first_of(" ?#") == valor.npos;
 }
 
 bool ehToken(std::string_view valor) {
@@ -122,51 +123,57 @@ Resultado conferirIe(const LinhaChave &chave, std::string_view valor) {
                     "Escreva a inscrição estadual da loja."};
 }
 
-Resultado conferirRegra(const LinhaChave &chave, std::string_view valor) {
-    switch (chave.regra) {
-    case Regra::kLivre:
-        return {};
-    case Regra::kTexto:
-        return conferirTexto(chave, valor);
-    case Regra::kLista:
+bool ehCfop(std::string_view valor) {
+    return soDigitos(valor) && valor.size() == 4 && valor.front() == '5';
+}
+
+using Conferencia = Resultado (*)(const LinhaChave &, std::string_view);
+
+// A rule that is one question.
+template <auto serve>
+Resultado seServe(const LinhaChave &chave, std::string_view valor) {
+    return seInvalido(serve(valor), chave, valor);
+}
+
+// In the order of Regra.
+constexpr Conferencia kConferencias[] = {
+    /* kLivre */ [](const LinhaChave &, std::string_view) { return Resultado{}; },
+    /* kTexto */ conferirTexto,
+    /* kLista */
+    [](const LinhaChave &chave, std::string_view valor) {
         return seInvalido(estaNaLista(chave.argumento, valor), chave, valor);
-    case Regra::kDigitos:
-        return conferirDigitos(chave, valor);
-    case Regra::kInteiro:
-        return conferirInteiro(chave, valor);
-    case Regra::kDecimal:
-        return seInvalido(decimalComVirgula(valor).has_value(), chave, valor);
-    case Regra::kDecimalPonto:
-        return seInvalido(lerDecimal(valor).has_value(), chave, valor);
-    case Regra::kFator:
-        return conferirFator(chave, valor);
-    case Regra::kCnpj:
+    },
+    /* kDigitos */ conferirDigitos,
+    /* kInteiro */ conferirInteiro,
+    /* kDecimal */ seServe<[](std::string_view v) { return decimalComVirgula(v).has_value(); }>,
+    /* kDecimalPonto */ seServe<[](std::string_view v) { return lerDecimal(v).has_value(); }>,
+    /* kFator */ conferirFator,
+    /* kCnpj */
+    [](const LinhaChave &chave, std::string_view valor) {
         return comDigito(chave, valor, 14, ehCnpj, "cnpj-digito", "o CNPJ");
-    case Regra::kCpf:
+    },
+    /* kCpf */
+    [](const LinhaChave &chave, std::string_view valor) {
         return comDigito(chave, valor, 11, ehCpf, "cpf-digito", "o CPF");
-    case Regra::kMunicipio:
+    },
+    /* kIe */ conferirIe,
+    /* kUf */ seServe<[](std::string_view v) { return procurarEstado(v) != nullptr; }>,
+    /* kCuf */ seServe<[](std::string_view v) { return procurarEstadoPorCodigo(v) != nullptr; }>,
+    /* kMunicipio */
+    [](const LinhaChave &chave, std::string_view valor) {
         return comDigito(chave, valor, 7, ehMunicipio, "municipio-digito",
                          "o código do município na tabela do IBGE,");
-    case Regra::kChave:
+    },
+    /* kCfop */ seServe<ehCfop>,
+    /* kChave */
+    [](const LinhaChave &chave, std::string_view valor) {
         return comDigito(chave, valor, 44, ehChave, "chave-digito", "a chave");
-    case Regra::kIe:
-        return conferirIe(chave, valor);
-    case Regra::kUf:
-        return seInvalido(procurarEstado(valor) != nullptr, chave, valor);
-    case Regra::kCuf:
-        return seInvalido(procurarEstadoPorCodigo(valor) != nullptr, chave, valor);
-    case Regra::kCfop:
-        return seInvalido(soDigitos(valor) && valor.size() == 4 && valor.front() == '5', chave,
-                          valor);
-    case Regra::kToken:
-        return seInvalido(ehToken(valor), chave, valor);
-    case Regra::kEndereco:
-        return conferirEndereco(chave, valor);
-    case Regra::kDiretorios:
-        return conferirDiretorios(chave, valor);
-    }
-    return {};
-}
+    },
+    /* kToken */ seServe<ehToken>,
+    /* kEndereco */ seServe<ehEndereco>,
+    /* kDiretorios */ conferirDiretorios,
+};
+static_assert(std::size(kConferencias) == static_cast<std::size_t>(Regra::kDiretorios) + 1);
 
 Resultado problemaDoValor(const LinhaChave &chave, std::string_view valor) {
     if (comprimento(valor) > chave.tamanho)
@@ -181,7 +188,8 @@ Resultado problemaDoValor(const LinhaChave &chave, std::string_view valor) {
         return Problema{"padrao-nao-trocado",
                         juntar({mostrar(chave, valor), " é o valor de fábrica"}),
                         juntar({"Grave o da loja: zel config gravar '", chave.caminho, "' VALOR"})};
-    return valor.empty() ? Resultado{} : conferirRegra(chave, valor);
+    if (valor.empty()) return {};
+    return kConferencias[static_cast<std::size_t>(chave.regra)](chave, valor);
 }
 
 } // namespace

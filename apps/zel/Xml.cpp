@@ -85,10 +85,13 @@ public:
         return std::move(documento.filhos.front());
     }
 
-    std::size_t linhaDe(std::size_t lugar) const {
-        const auto fim =
-            texto_.begin() + static_cast<std::ptrdiff_t>(std::min(lugar, texto_.size()));
-        return 1 + static_cast<std::size_t>(std::count(texto_.begin(), fim, '\n'));
+    // The line, or in a document of one line the character.
+    ErroXml erroEm(std::size_t lugar, const std::string &texto) const {
+        const std::string_view antes = texto_.substr(0, lugar);
+        if (umaLinha_)
+            return {0,
+                    juntar({texto, " (no caracter ", std::to_string(comprimento(antes) + 1), ")"})};
+        return {1 + static_cast<std::size_t>(std::count(antes.begin(), antes.end(), '\n')), texto};
     }
 
 private:
@@ -308,7 +311,7 @@ std::optional<NoXml> lerXml(std::string_view bytes, ErroXml &erro) {
     try {
         return leitor.ler();
     } catch (const Parada &parada) {
-        erro = {leitor.linhaDe(parada.lugar), parada.texto};
+        erro = leitor.erroEm(parada.lugar, parada.texto);
         return {};
     }
 }

@@ -111,6 +111,14 @@ TEST_F(Documento, umaFaltaUmAchado) {
     }
 }
 
+// Documents are one line: the place is told by characters, and by lines where there are some.
+TEST_F(Documento, lugarDoErro) {
+    const Loja loja;
+    EXPECT_NE(conferir(loja, "<NFe>\xe3<b</NFe>").saida.find("no caracter 9)"), std::string::npos);
+    EXPECT_NE(conferir(loja, "<NFe>\n<b>\n</c></NFe>").saida.find(R"("linha":3)"),
+              std::string::npos);
+}
+
 // The key's check digit alone: every other digit is compared with an element.
 TEST_F(Documento, digitoDaChave) {
     const Loja loja;
