@@ -2,9 +2,9 @@
 
 #include "Texto.h"
 
+#include <clocale>
 #include <cstdlib>
 #include <langinfo.h>
-#include <locale.h>
 
 namespace zel::aplicativo {
 
@@ -29,10 +29,9 @@ bool nomeadaUtf8() {
 
 // A locale that is not installed still says by its name what the terminal shows.
 bool descobrirUtf8() {
-    const locale_t local = ::newlocale(LC_CTYPE_MASK, "", nullptr);
-    if (local == nullptr) return nomeadaUtf8();
-    const bool utf8 = ehNomeDeUtf8(::nl_langinfo_l(CODESET, local));
-    ::freelocale(local);
+    if (std::setlocale(LC_CTYPE, "") == nullptr) return nomeadaUtf8();
+    const bool utf8 = ehNomeDeUtf8(::nl_langinfo(CODESET));
+    std::setlocale(LC_CTYPE, "C");
     return utf8;
 }
 

@@ -118,7 +118,7 @@ Loja::Loja() : diretorio_(pastaNova()) {
     // The library creates the file; its text is then changed.
     const Resultado criada =
         rodar({"config", "gravar", "--diretorio", diretorio(), R"(EMIT\CRT)", "1"});
-    if (criada.codigo != 0) throw std::runtime_error(criada.erros);
+    EXPECT_EQ(criada.codigo, 0) << criada.erros;
     configurar(kLimpa);
 }
 
