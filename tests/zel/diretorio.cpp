@@ -160,6 +160,18 @@ TEST_P(CupomEmAndamento, avisoSoComOCaixaFechado) {
 
 INSTANTIATE_TEST_SUITE_P(Estados, CupomEmAndamento, testing::Range(1, 6));
 
+// What would be a dead process's leftover is a living one's work.
+TEST(Diretorio, sobraDoCaixaAberto) {
+    const Loja loja;
+    loja.comCaixaAberto([](const Funcoes &caixa) { Loja::vender(caixa, 2); },
+                        [&] {
+                            loja.escrever("documentosEnvio.xml.tmp", "x");
+                            EXPECT_TRUE(
+                                tem(achados(loja.conferir().saida), "nota gravacao-em-curso"));
+                        });
+    EXPECT_TRUE(tem(achados(loja.conferir().saida), "aviso gravacao-interrompida"));
+}
+
 TEST(Diretorio, cupomPerdidoOuEstragado) {
     const Loja loja;
     loja.noCaixa([](const Funcoes &caixa) { Loja::vender(caixa, 2); });
