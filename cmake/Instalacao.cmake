@@ -1,10 +1,12 @@
-# What `cmake --install` puts in place: header, shared object, pkg-config file and CMake package.
+# What `cmake --install` puts in place: header, shared object, the command zel, pkg-config file and
+# CMake package.
 include(CMakePackageConfigHelpers)
 
 set(zel_pacote_cmake ${CMAKE_INSTALL_LIBDIR}/cmake/ZEL_FelborFramework)
 
 install(TARGETS ZEL_FelborFramework EXPORT ZEL_FelborFrameworkTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS zel RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES ${PROJECT_SOURCE_DIR}/include/ZEL_FelborFramework.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT ZEL_FelborFrameworkTargets NAMESPACE ZEL:: DESTINATION ${zel_pacote_cmake})

@@ -1,0 +1,28 @@
+// The library as the subcommands use it: where its data directory is, values by path, state.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zel::aplicativo {
+
+// The data directory, ending in "/": the one given, made the library's own by ZEL_DIRETORIO, or
+// else the library's choice. None when the one given is no directory.
+std::optional<std::string> escolherDiretorio(const std::string &dado);
+
+// Whether the directory has a configuration file: the library would create one.
+bool temConfig(const std::string &diretorio);
+
+// The value of a key, UTF-8. None when there is no such key; `codigo` receives the library's
+// answer.
+std::optional<std::string> lerConfig(std::string_view caminho, int &codigo);
+
+// Stores a value given in ISO-8859-1; answers the library's code.
+int gravarConfig(std::string_view caminho, const std::string &latin1);
+
+// Loads the configuration: ZEL_OK, or why it cannot be.
+int carregarBiblioteca();
+int estadoDoCupom();
+
+} // namespace zel::aplicativo

@@ -1,0 +1,13 @@
+#include "Codigos.h"
+
+#include "TabelaCodigos.h"
+
+namespace zel::aplicativo {
+
+const LinhaCodigo *procurarCodigo(int codigo) {
+    for (const LinhaCodigo &linha : kCodigos)
+        if (linha.codigo == codigo) return &linha;
+    return nullptr;
+}
+
+} // namespace zel::aplicativo

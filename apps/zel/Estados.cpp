@@ -1,0 +1,82 @@
+#include "Estados.h"
+
+#include "Digitos.h"
+#include "Texto.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+
+namespace zel::aplicativo {
+
+namespace {
+
+constexpr DigitoIe kNono{8, "98765432"};
+
+// The states' rules for the IE as published for SINTEGRA. Where a state has more than one rule (AP,
+// BA, GO, MG, RO, RR, TO) only the length is checked.
+constexpr Estado kEstados[] = {
+    {"AC", "12", "13", {11, "43298765432"}, {12, "543298765432"}},
+    {"AL", "27", "9", kNono, {}},
+    {"AP", "16", "9", {}, {}},
+    {"AM", "13", "9", kNono, {}},
+    {"BA", "29", "8|9", {}, {}},
+    {"CE", "23", "9", kNono, {}},
+    {"DF", "53", "13", {11, "43298765432"}, {12, "543298765432"}},
+    {"ES", "32", "9", kNono, {}},
+    {"GO", "52", "9", {}, {}},
+    {"MA", "21", "9", kNono, {}},
+    {"MT", "51", "11", {10, "3298765432"}, {}},
+    {"MS", "50", "9", kNono, {}},
+    {"MG", "31", "13", {}, {}},
+    {"PR", "41", "10", {8, "32765432"}, {9, "432765432"}},
+    {"PB", "25", "9", kNono, {}},
+    {"PA", "15", "9", kNono, {}},
+    {"PE", "26", "9|14", {7, "8765432"}, {8, "98765432"}},
+    {"PI", "22", "9", kNono, {}},
+    {"RJ", "33", "8", {7, "2765432"}, {}},
+    {"RN", "24", "9|10", kNono, {}},
+    {"RS", "43", "10", {9, "298765432"}, {}},
+    {"RO", "11", "14", {}, {}},
+    {"RR", "14", "9", {}, {}},
+    {"SC", "42", "9", kNono, {}},
+    {"SE", "28", "9", kNono, {}},
+    {"SP", "35", "12", {8, "1345678A"}, {11, "32A98765432"}, Modulo::kResto},
+    {"TO", "17", "9|11", {}, {}},
+};
+
+template <class Casa>
+const Estado *primeiro(Casa casa) {
+    const auto achado = std::find_if(std::begin(kEstados), std::end(kEstados), casa);
+    return achado == std::end(kEstados) ? nullptr : achado;
+}
+
+bool confere(const DigitoIe &digito, Modulo modulo, std::string_view ie) {
+    if (digito.lugar == 0) return true;
+    const int resto = restoPonderado(ie.substr(0, digito.lugar), digito.pesos);
+    const int esperado = modulo == Modulo::kResto ? resto % 10 : resto < 2 ? 0 : 11 - resto;
+    return ie[digito.lugar] - '0' == esperado;
+}
+
+} // namespace
+
+const Estado *procurarEstado(std::string_view uf) {
+    return primeiro([&](const Estado &estado) { return estado.uf == uf; });
+}
+
+const Estado *procurarEstadoPorCodigo(std::string_view codigo) {
+    return primeiro([&](const Estado &estado) { return estado.codigo == codigo; });
+}
+
+bool tamanhoDeIe(const Estado &estado, std::string_view ie) {
+    const auto tamanhos = dividir(estado.tamanhos, '|');
+    return std::find(tamanhos.begin(), tamanhos.end(), std::to_string(ie.size())) != tamanhos.end();
+}
+
+bool digitosDeIe(const Estado &estado, std::string_view ie) {
+    if (std::to_string(ie.size()) != dividir(estado.tamanhos, '|').front()) return true;
+    return confere(estado.primeiro, estado.modulo, ie) &&
+           confere(estado.segundo, estado.modulo, ie);
+}
+
+} // namespace zel::aplicativo

@@ -1,0 +1,34 @@
+// The 27 states: abbreviation, IBGE code, and the form of the state registration (IE) as far as the
+// states' published rules are simple. Pure functions over a table.
+#pragma once
+
+#include <string_view>
+
+namespace zel::aplicativo {
+
+// How a check digit follows from the remainder modulo 11 of the weighted digits.
+enum class Modulo { kPadrao, kResto };
+
+struct DigitoIe {
+    std::size_t lugar = 0;  // of the check digit, 0 for none
+    std::string_view pesos; // of the digits in front of it, from the first one on
+};
+
+struct Estado {
+    std::string_view uf;
+    std::string_view codigo;    // IBGE
+    std::string_view tamanhos;  // of an IE in digits: "9|14"
+    DigitoIe primeiro, segundo; // checked when the IE has the first of these lengths
+    Modulo modulo = Modulo::kPadrao;
+};
+
+// Null when there is no such state. The abbreviation is matched as it is written, in capitals.
+const Estado *procurarEstado(std::string_view uf);
+const Estado *procurarEstadoPorCodigo(std::string_view codigo);
+
+// Whether the number of digits is one that the state uses, and the check digits are right (true
+// where the state's rule is not known here). The text holds digits alone.
+bool tamanhoDeIe(const Estado &estado, std::string_view ie);
+bool digitosDeIe(const Estado &estado, std::string_view ie);
+
+} // namespace zel::aplicativo

@@ -1,0 +1,202 @@
+// zel conferir over documents: one that the library wrote, with one fault at a time.
+#include "Loja.h"
+
+#include "blackbox/Funcoes.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// The document of a sale, and a second one signed and with its QR code, as a sending component
+// leaves it: what is signed and hashed is made up.
+class Documento : public testing::Test {
+protected:
+    static std::string vendido() {
+        const Loja loja;
+        loja.noCaixa([](const Funcoes &caixa) { Loja::vender(caixa, 5); });
+        return loja.ler("documentosEnvio.xml");
+    }
+
+    static std::string entre(const std::string &texto, const std::string &nome) {
+        const std::size_t comeco = texto.find("<" + nome + ">") + nome.size() + 2;
+        return texto.substr(comeco, texto.find("</" + nome + ">") - comeco);
+    }
+
+    static std::string emHexa(const std::string &texto) {
+        std::string hexa;
+        for (const char c : texto) {
+            hexa += "0123456789abcdef"[static_cast<unsigned char>(c) >> 4];
+            hexa += "0123456789abcdef"[static_cast<unsigned char>(c) & 15];
+        }
+        return hexa;
+    }
+
+    static std::string assinado(std::string texto) {
+        const std::string digest = "MTIzNDU2Nzg5MDEyMzQ1Njc4OTA=";
+        const std::string suplemento =
+            "<infNFeSupl><qrCode><![CDATA[http://exemplo/qr?chNFe=" +
+            texto.substr(texto.find("Id=\"NFe") + 7, 44) +
+            "&nVersao=100&tpAmb=1&cDest=12345678909" + "&dhEmi=" + emHexa(entre(texto, "dhEmi")) +
+            "&vNF=" + entre(texto, "vNF") + "&vICMS=0.00&digVal=" + emHexa(digest) +
+            "&cIdToken=000001&cHashQRCode=" + std::string(40, 'a') +
+            "]]></qrCode></infNFeSupl><Signature><DigestValue>" + digest +
+            "</DigestValue></Signature>";
+        return texto.insert(texto.find("</NFe>"), suplemento);
+    }
+
+    static Resultado conferir(const Loja &loja, std::string_view texto,
+                              const std::vector<std::string> &mais = {}) {
+        loja.escrever("nota.xml", texto);
+        std::vector<std::string> argumentos{"conferir", "--json", loja.diretorio() + "nota.xml"};
+        argumentos.insert(argumentos.end(), mais.begin(), mais.end());
+        return rodar(argumentos);
+    }
+};
+
+struct Caso {
+    std::string_view de, para;
+    std::vector<std::string> esperados;
+};
+
+const Caso kCasos[] = {
+    {"<xNome>Padaria", "<xNome>P\xe3o & Cia", {"erro xml-malformado"}},
+    {"</ide>", "", {"erro xml-malformado"}},
+    {"</NFe>", "</NFe><NFe/>", {"erro xml-malformado"}},
+    {"<NFe ", "<!DOCTYPE NFe [<!ENTITY a 'b'>]><NFe ", {"erro xml-malformado"}},
+    {"versao=\"3.10\"", "versao=\"4.00\"", {"aviso leiaute-outro"}},
+    {"Id=\"NFe", "Id=\"NF", {"erro chave-forma", "erro qrcode-difere"}},
+    {"<serie>1<", "<serie>2<", {"erro chave-difere"}},
+    {"<tpEmis>1<", "<tpEmis>9<", {"erro chave-difere"}},
+    {"<dhEmi>20", "<dhEmi>200", {"erro chave-difere", "erro qrcode-difere"}},
+    {"<CNPJ>11222333000181<", "<CNPJ>11222333000180<", {"erro chave-difere", "erro cnpj-digito"}},
+    {"<CPF>12345678909<", "<CPF>12345678900<", {"erro cpf-digito", "erro qrcode-difere"}},
+    {"<UF>SP<", "<UF>RJ<", {"erro municipio-uf", "erro uf-codigo"}},
+    {"<cMunFG>3550308<", "<cMunFG>3550309<", {"erro municipio-digito"}},
+    {"<IE>110042490114</IE>", "", {"erro elemento-ausente"}},
+    {"<CRT>1<", "<CRT>3<", {"erro crt-item"}},
+    {"<cEAN> <", "<cEAN>7891000100104<", {"erro gtin-digito"}},
+    {"<cEAN> <", "<cEAN>7891000100103<", {}},
+    {"<vUnCom>8.50<", "<vUnCom>9.50<", {"erro item-valor"}},
+    {"<vDesc>1.70<", "<vDesc>1.60<", {"erro soma-difere"}},
+    {"<vST>0.00<",
+     "<vST>0.10<",
+     {"erro soma-difere", "erro total-formula", "aviso total-substituicao"}},
+    {"<vNF>29.76<",
+     "<vNF>30.77<",
+     {"erro total-formula", "erro pagamento-difere", "erro qrcode-difere"}},
+    {"<vPag>29.76<", "<vPag>29.77<", {"erro pagamento-difere"}},
+    {"<ICMSTot>", "<ISSQNTot></ISSQNTot><Outro>", {"erro xml-malformado"}},
+    {"nVersao=100", "nVersao=200", {"erro qrcode-forma"}},
+    {"&tpAmb=1", "", {"erro qrcode-forma"}},
+    {"&tpAmb=1", "&tpAmb=2", {"erro qrcode-difere"}},
+    {"cDest=123", "cDest=124", {"erro qrcode-difere"}},
+    {"cHashQRCode=aa", "cHashQRCode=a", {"erro qrcode-forma"}},
+    {"<DigestValue>M", "<DigestValue>N", {"erro qrcode-difere"}},
+};
+
+TEST_F(Documento, umaFaltaUmAchado) {
+    const Loja loja;
+    const std::string inteiro = assinado(vendido());
+    EXPECT_EQ(achados(conferir(loja, inteiro).saida), std::vector<std::string>{});
+    for (const auto &[de, para, esperados] : kCasos) {
+        std::string texto = inteiro;
+        const std::size_t lugar = texto.find(de);
+        ASSERT_NE(lugar, std::string::npos) << de;
+        texto.replace(lugar, de.size(), para);
+        const Resultado resultado = conferir(loja, texto);
+        EXPECT_EQ(achados(resultado.saida), esperados) << para << "\n" << resultado.saida;
+        // The consumer stands in none of them.
+        for (const std::string_view dado : {"Maria", "12345678900", "12345678909"})
+            EXPECT_EQ(resultado.saida.find(dado), std::string::npos) << para;
+    }
+}
+
+// Documents are one line: the place is told by characters, and by lines where there are some.
+TEST_F(Documento, lugarDoErro) {
+    const Loja loja;
+    EXPECT_NE(conferir(loja, "<NFe>\xe3<b</NFe>").saida.find("no caracter 9)"), std::string::npos);
+    EXPECT_NE(conferir(loja, "<NFe>\n<b>\n</c></NFe>").saida.find(R"("linha":3)"),
+              std::string::npos);
+}
+
+// The key's check digit alone: every other digit is compared with an element.
+TEST_F(Documento, digitoDaChave) {
+    const Loja loja;
+    std::string texto = vendido();
+    char &digito = texto[texto.find("Id=\"NFe") + 7 + 43];
+    digito = digito == '9' ? '0' : static_cast<char>(digito + 1);
+    EXPECT_EQ(achados(conferir(loja, texto).saida),
+              (std::vector<std::string>{"erro chave-digito", "erro chave-difere",
+                                        "nota sem-assinatura"}));
+}
+
+TEST_F(Documento, codificacaoDeclarada) {
+    const Loja loja;
+    const std::string texto = vendido();
+    ASSERT_NE(texto.find("S\xe3o"), std::string::npos);
+    const std::vector<std::string> soNota{"nota sem-assinatura"};
+    EXPECT_EQ(achados(conferir(loja, texto).saida), soNota);
+    EXPECT_EQ(
+        achados(conferir(loja, R"(<?xml version="1.0" encoding="ISO-8859-1"?>)" + texto).saida),
+        soNota);
+    EXPECT_EQ(achados(conferir(loja, R"(<?xml version="1.0" encoding="UTF-8"?>)" + texto).saida),
+              std::vector<std::string>{"erro xml-malformado"});
+}
+
+TEST_F(Documento, outrosArquivos) {
+    const Loja loja;
+    EXPECT_EQ(achados(conferir(loja, loja.ler("ZEL_Framework.xml")).saida),
+              std::vector<std::string>{"nota documento-outro"});
+    loja.noCaixa([](const Funcoes &caixa) {
+        Loja::vender(caixa, 5);
+        ASSERT_EQ(caixa.tCFCancelar_ZEL("", "", "", "", ""), 2);
+    });
+    const std::string pedido = loja.ler("documentosEnvio.xml");
+    EXPECT_EQ(achados(conferir(loja, pedido).saida),
+              std::vector<std::string>{"nota documento-outro"});
+    std::string trocado = pedido;
+    trocado.replace(trocado.find("<ChaAcesso>") + 11, 2, "99");
+    EXPECT_EQ(achados(conferir(loja, trocado).saida),
+              (std::vector<std::string>{"erro chave-digito", "nota documento-outro"}));
+    EXPECT_EQ(achados(conferir(loja, "").saida), std::vector<std::string>{"erro xml-malformado"});
+}
+
+// A schema of a few lines in place of the published one.
+constexpr std::string_view kEsquema =
+    R"(<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema" elementFormDefault="qualified"
+ xmlns="http://www.portalfiscal.inf.br/nfe" targetNamespace="http://www.portalfiscal.inf.br/nfe">
+<xs:element name="NFe"><xs:complexType><xs:sequence><xs:element name="infNFe">
+<xs:complexType><xs:sequence><xs:element name="xNome" maxOccurs="9">
+<xs:simpleType><xs:restriction base="xs:string"><xs:maxLength value="5"/></xs:restriction></xs:simpleType>
+</xs:element><xs:element name="natOp" maxOccurs="9">
+<xs:simpleType><xs:restriction base="xs:string"><xs:enumeration value="Venda"/></xs:restriction></xs:simpleType>
+</xs:element></xs:sequence></xs:complexType></xs:element>
+<xs:element name="Signature"/></xs:sequence></xs:complexType></xs:element></xs:schema>)";
+
+TEST_F(Documento, esquema) {
+    const Loja loja;
+    const auto nota = [](std::string_view dentro) {
+        return R"(<NFe xmlns="http://www.portalfiscal.inf.br/nfe"><infNFe>)" + std::string(dentro) +
+               "</infNFe></NFe>";
+    };
+    const auto doEsquema = [&](std::string_view dentro) {
+        const Resultado resultado = conferir(loja, nota(dentro), {"--esquema", loja.diretorio()});
+        std::vector<std::string> lista;
+        for (const std::string &achado : achados(resultado.saida))
+            if (achado.find("esquema") != std::string::npos) lista.push_back(achado);
+        return std::pair(lista, resultado.saida);
+    };
+    EXPECT_EQ(doEsquema("<xNome>Eva</xNome>").first,
+              std::vector<std::string>{"erro esquema-indisponivel"});
+    loja.escrever("nfe_v3.10.xsd", kEsquema);
+    EXPECT_EQ(doEsquema("<xNome>Z\xe9</xNome><natOp>Venda</natOp>").first,
+              std::vector<std::string>{});
+    const auto [lista, saida] =
+        doEsquema("<xNome>Joana Segredo</xNome><natOp>Troca</natOp><natOp>Troca</natOp>");
+    EXPECT_EQ(lista, (std::vector<std::string>(2, "erro esquema")));
+    EXPECT_NE(saida.find("(2 vezes)"), std::string::npos) << saida;
+    EXPECT_NE(saida.find("Troca"), std::string::npos) << saida;
+    EXPECT_EQ(saida.find("Joana"), std::string::npos) << saida;
+}
+
+} // namespace

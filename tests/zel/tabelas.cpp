@@ -1,0 +1,149 @@
+// The tables of the command held against what they are about: the states' published examples, the
+// library's own reading of damaged files, and what the tax builders really read.
+#include "ArquivoConfig.h"
+#include "Digitos.h"
+#include "Estados.h"
+#include "TabelaChaves.h"
+#include "Texto.h"
+#include "unit/imposto_apoio.h"
+
+#include "config/ArquivoConfig.h"
+#include "imposto/GruposContribuicao.h"
+#include "imposto/GruposICMS.h"
+#include "util/TextoXml.h"
+
+#include <fstream>
+
+namespace zel {
+
+namespace {
+
+using namespace aplicativo;
+
+// Examples of the SINTEGRA pages of the states.
+TEST(Tabelas, inscricoesEstaduais) {
+    constexpr std::pair<std::string_view, std::string_view> kInscricoes[] = {
+        {"AC", "0100482300112"}, {"AL", "240000048"}, {"AM", "999999990"},    {"CE", "060000015"},
+        {"DF", "0730000100109"}, {"ES", "999999990"}, {"MA", "120000385"},    {"MT", "00130000019"},
+        {"PA", "159999995"},     {"PB", "060000015"}, {"PE", "032141840"},    {"PI", "012345679"},
+        {"PR", "1234567850"},    {"RJ", "99999993"},  {"RN", "200400401"},    {"RS", "2243658792"},
+        {"SC", "251040852"},     {"SE", "271234563"}, {"SP", "110042490114"},
+    };
+    for (const auto &[uf, inscricao] : kInscricoes) {
+        const Estado *estado = procurarEstado(uf);
+        ASSERT_NE(estado, nullptr) << uf;
+        EXPECT_TRUE(tamanhoDeIe(*estado, inscricao)) << uf;
+        EXPECT_TRUE(digitosDeIe(*estado, inscricao)) << uf;
+        std::string errada(inscricao);
+        errada.back() = errada.back() == '9' ? '0' : static_cast<char>(errada.back() + 1);
+        EXPECT_FALSE(digitosDeIe(*estado, errada)) << uf;
+    }
+}
+
+struct CasoDeDigito {
+    bool (*serve)(std::string_view);
+    std::string_view certo, errado;
+};
+
+TEST(Tabelas, digitosVerificadores) {
+    const CasoDeDigito kDigitos[] = {
+        {ehCnpj, "11222333000181", "11222333000191"},
+        {ehCnpj, "00000000000191", "00000000000000"},
+        {ehCpf, "12345678909", "12345678919"},
+        {ehCpf, "52998224725", "11111111111"},
+        {ehMunicipio, "3550308", "3550307"},
+        {ehMunicipio, "5300108", "530010"},
+        {ehMunicipio, "4305871", "4305870"}, // by law, not by the rule
+        {ehGtin, "7891000100103", "7891000100104"},
+        {ehGtin, "96385074", "96385075"},
+        {ehGtin, "036000291452", "03600029145"},
+        {aplicativo::ehChave, "52060433009911002506550120000007800267301615",
+         "52060433009911002506550120000007800267301616"},
+    };
+    for (const auto &[serve, certo, errado] : kDigitos) {
+        EXPECT_TRUE(serve(certo)) << certo;
+        EXPECT_FALSE(serve(errado)) << errado;
+        EXPECT_FALSE(serve(std::string(certo) + "x")) << certo;
+    }
+}
+
+// What the command takes for the value of a key is what the library takes, whatever the file looks
+// like: the texts that the fuzz targets gathered.
+TEST(Tabelas, leituraComoADaBiblioteca) {
+    std::size_t arquivos = 0;
+    for (const auto &entrada : std::filesystem::directory_iterator(ZEL_CORPO_CONFIG)) {
+        std::ifstream arquivo(entrada.path(), std::ios::binary);
+        const std::string texto{std::istreambuf_iterator<char>(arquivo), {}};
+        Relatorio relatorio;
+        const aplicativo::ArquivoConfig config(texto, relatorio);
+        const auto carga = fnXML_CarregarXML(texto, ValoresConfig{});
+        EXPECT_EQ(config.temRaiz(), carga.has_value()) << entrada.path();
+        ++arquivos;
+        if (!carga) continue;
+        for (const LinhaChave &chave : kChaves) {
+            // By path there is only one of the key that stands twice.
+            if (chave.nome() == "dFab") continue;
+            std::string valor = *latin1DeUtf8(config[chave.caminho].valor);
+            valor.resize(cortarBytes(valor, chave.tamanho).size());
+            EXPECT_EQ(valor, carga->valores[*zel::procurarChave(chave.caminho)])
+                << entrada.path() << " " << chave.caminho;
+        }
+    }
+    EXPECT_GT(arquivos, 20U);
+}
+
+// For each tax group of the configuration: a key that the table marks as read changes what is sold,
+// one that it does not leaves it alone; without a required one the group is not built.
+class Leitores : public ImpostoTest {
+protected:
+    static int tratar(std::string_view grupo, ST_tagZEL &imposto) {
+        if (grupo.find("\\PIS\\") != grupo.npos)
+            return fnTratarPIS("18.00", "100.00", "2", imposto);
+        if (grupo.find("\\COFINS\\") != grupo.npos)
+            return fnTratarCOFINS("18.00", "100.00", "2", imposto);
+        if (grupo.find("\\ISSQN") != grupo.npos) return fnTratarISS("18.00", "100.00", imposto);
+        return fnTratarICMS("18.00", "100.00", imposto);
+    }
+    static std::string vendido(std::string_view grupo) {
+        return resultado([&](ST_tagZEL &imposto) { return tratar(grupo, imposto); });
+    }
+    static void definir(const LinhaChave &chave, std::string_view valor) {
+        ASSERT_EQ(fnRegAlterarValor_ZEL(chave.caminho, valor), ZEL_OK);
+    }
+};
+
+TEST_F(Leitores, doImposto) {
+    std::vector<std::vector<const LinhaChave *>> grupos;
+    for (const LinhaChave &chave : kChaves) {
+        if (!chave.caminho.starts_with(R"(IMPOSTO\)")) continue;
+        if (grupos.empty() || grupos.back().front()->grupo() != chave.grupo())
+            grupos.emplace_back();
+        grupos.back().push_back(&chave);
+    }
+    ASSERT_EQ(grupos.size(), 28U);
+    for (const auto &chaves : grupos) {
+        const std::string_view nome = chaves.front()->grupo();
+        for (const LinhaChave *chave : chaves)
+            definir(*chave, "1");
+        const std::string inteiro = vendido(nome);
+        for (const LinhaChave *chave : chaves) {
+            definir(*chave, "2");
+            const bool lida = vendido(nome) != inteiro;
+            // The code of this group is another section's; its own only chooses the group.
+            const bool escolhe = nome == R"(IMPOSTO\PIS\PISQTDE)" && chave->nome() == "CST";
+            EXPECT_EQ(lida, chave->tem(kLida) && !escolhe) << chave->caminho << "\n" << inteiro;
+            definir(*chave, "");
+            const std::string sem = vendido(nome);
+            const bool naoMontado =
+                sem != inteiro && (sem == "-1" || sem == "imposto(ICMS=)" || sem == "imposto=");
+            EXPECT_EQ(naoMontado, chave->tem(kExigida)) << chave->caminho << ": " << sem;
+            definir(*chave, "1");
+        }
+        for (const LinhaChave *chave : chaves)
+            definir(*chave, "");
+    }
+}
+
+} // namespace
+
+} // namespace zel
