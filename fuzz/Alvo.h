@@ -1,12 +1,10 @@
-// What the fuzz targets share: a data directory of their own, which is the working directory too
-// and gone at the end, and the check of what must hold. Cerca.cpp keeps them inside it.
+// What the fuzz targets share: the input as text, taken apart, and the check of what must hold.
 #pragma once
-
-#include "unit/PastaTemporaria.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <string_view>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho);
 
@@ -32,15 +30,3 @@ inline std::string_view tirarAte(std::string_view &texto, char separador) {
     texto.remove_prefix(std::min(parte.size() + 1, texto.size()));
     return parte;
 }
-
-class PastaDoAlvo : public PastaTemporaria {
-public:
-    PastaDoAlvo() {
-        serDiretorioDeDados();
-        std::filesystem::current_path(*this / "");
-    }
-    void esvaziar() const {
-        for (const auto &entrada : std::filesystem::directory_iterator(*this / ""))
-            std::filesystem::remove_all(entrada);
-    }
-};

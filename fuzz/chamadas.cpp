@@ -3,7 +3,7 @@
 // as given, nothing for a plausible one, "~n" null, "~v" empty, "~l" long, "~b" every byte. A
 // refusal changes neither state nor document; a new process finds both.
 #include "Chamadas.h"
-#include "Alvo.h"
+#include "PastaDoAlvo.h"
 
 #include "config/Registro.h"
 #include "documento/ZEL_Controle.h"

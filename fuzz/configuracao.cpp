@@ -1,6 +1,6 @@
 // Configuration file: whatever stands in it, the library starts; what it completed is complete the
 // next time, and a change is found again by the next process.
-#include "Alvo.h"
+#include "PastaDoAlvo.h"
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"

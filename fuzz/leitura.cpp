@@ -1,6 +1,6 @@
 // Document reader and receipt layouts. The first byte chooses columns, form and kind, then come
 // document and return, parted by a zero byte. The receipt fits the buffer that it asks for.
-#include "Alvo.h"
+#include "PastaDoAlvo.h"
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"

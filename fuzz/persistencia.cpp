@@ -1,11 +1,12 @@
 // The file of the document in progress, and behind the first zero byte one that waits to take its
 // place; the first byte is the receipt state. What could be read is saved and read whole again.
-#include "Alvo.h"
+#include "PastaDoAlvo.h"
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
 #include "documento/ZEL_ArquivoPersistencia.h"
 #include "documento/ZEL_Controle.h"
+#include "documento/ZEL_Pendencias.h"
 
 using namespace zel;
 
@@ -18,6 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
     pasta.gravar("ArqPersist.bin", tirarAte(texto, '\0'));
     if (!texto.empty()) pasta.gravar("ArqPersist.tmp", texto);
 
+    exigir(fnResolverPendencias_ZEL() == ZEL_OK);
     const int codigo = fnCarregaEstrutura_ZEL();
     exigir(codigo == ZEL_OK || codigo == ZEL_RECUSADO);
     exigir(fnPersistEstrutura_ZEL() == ZEL_OK && !std::filesystem::exists("ArqPersist.tmp"));

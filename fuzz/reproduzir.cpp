@@ -1,6 +1,11 @@
 // Plays every file of a corpus directory through a target; without any the test must fail.
 #include "Alvo.h"
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
 #include <cstdio>
 #include <iterator>
 

@@ -24,6 +24,7 @@
 #include "negocio/Transporte.h"
 #include "negocio/Venda.h"
 #include "util/Cripto.h"
+#include "util/Gravacao.h"
 #include "util/Trava.h"
 
 #include <algorithm>
@@ -76,7 +77,7 @@ int semQuadro(Funcao funcao) noexcept {
 template <typename Funcao>
 int naVez(Funcao funcao) {
     const Vez vez;
-    return vez ? funcao() : int{ZEL_ARQUIVO_INDISPONIVEL};
+    return vez && acompanharDiario() == ZEL_OK ? funcao() : int{ZEL_ARQUIVO_INDISPONIVEL};
 }
 
 template <typename Funcao>

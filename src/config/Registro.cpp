@@ -3,7 +3,9 @@
 #include "ZEL_FelborFramework.h"
 #include "util/Arquivo.h"
 #include "util/Diretorio.h"
+#include "util/Gravacao.h"
 #include "util/TextoXml.h"
+#include "util/Trava.h"
 
 #include <algorithm>
 #include <optional>
@@ -29,12 +31,25 @@ struct Registro {
 // Holds the defaults from the moment the library is loaded.
 Registro G_stRegistroZEL_AUX;
 
+constexpr std::string_view kNomeArquivo = "ZEL_Framework.xml";
+
 std::string caminhoArquivo() {
-    return fnConfigurarPath("ZEL_Framework.xml");
+    return fnConfigurarPath(kNomeArquivo);
 }
 
-int gravar(std::string_view texto) {
-    return substituirArquivo(caminhoArquivo(), texto, Acesso::kPrivado, Ligacao::kSeguida);
+MudancaArquivo mudancaPara(std::string_view texto) {
+    MudancaArquivo mudanca{.nome = kNomeArquivo, .ligacao = Ligacao::kSeguida, .depois = texto};
+    if (G_stRegistroZEL_AUX.arquivo) mudanca.antes = *G_stRegistroZEL_AUX.arquivo;
+    return mudanca;
+}
+
+// The file's bytes are those in memory, or `lido` when they were just read.
+int gravar(std::string_view texto, std::optional<std::string_view> lido) {
+    const Vez vez;
+    if (!vez) return ZEL_ARQUIVO_INDISPONIVEL;
+    MudancaArquivo mudanca = mudancaPara(texto);
+    mudanca.antes = lido;
+    return gravarJuntos({&mudanca, 1});
 }
 
 void assumir(CargaConfig carga) {
@@ -46,7 +61,7 @@ void assumir(CargaConfig carga) {
 int fnXML_CriarArquivo_Felbor_ZEL() {
     const ValoresConfig &valores = G_stRegistroZEL_AUX.valores;
     CargaConfig carga{valores, fnXML_CriarArquivo(valores), true};
-    if (const int codigo = gravar(carga.texto); codigo != ZEL_OK) return codigo;
+    if (const int codigo = gravar(carga.texto, {}); codigo != ZEL_OK) return codigo;
     assumir(std::move(carga));
     return ZEL_OK;
 }
@@ -66,7 +81,7 @@ int carregar(std::string &texto) {
     auto carga = fnXML_CarregarXML(texto, G_stRegistroZEL_AUX.valores);
     if (!carga) return ZEL_CONFIG_ILEGIVEL;
     if (carga->texto != texto)
-        if (const int codigo = gravar(carga->texto); codigo != ZEL_OK) return codigo;
+        if (const int codigo = gravar(carga->texto, texto); codigo != ZEL_OK) return codigo;
     assumir(std::move(*carga));
     return ZEL_OK;
 }
@@ -107,7 +122,7 @@ int inicializarConfig() {
     return codigo;
 }
 
-int alterarConfig(std::span<const Alteracao> alteracoes) {
+int alterarConfig(std::span<const Alteracao> alteracoes, std::span<const MudancaArquivo> outros) {
     std::vector<Alteracao> cortadas(alteracoes.begin(), alteracoes.end());
     for (Alteracao &alteracao : cortadas) {
         const std::size_t maximo = stZELTAGs[alteracao.chave.indice].tamanho;
@@ -115,27 +130,37 @@ int alterarConfig(std::span<const Alteracao> alteracoes) {
         // It would end the value in the file.
         if (alteracao.valor.find("</") != std::string::npos) return ZEL_RECUSADO;
     }
+    const Vez vez;
+    if (!vez) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (cortadas.empty()) return outros.empty() ? int{ZEL_OK} : gravarJuntos(outros);
     if (const int codigo = fnXML_CarregarXML_ZEL(); codigo != ZEL_OK) return codigo;
 
     Registro &registro = G_stRegistroZEL_AUX;
-    if (registro.inteiro &&
+    const bool iguais =
+        registro.inteiro &&
         std::all_of(cortadas.begin(), cortadas.end(), [&](const Alteracao &alteracao) {
             return registro.valores[alteracao.chave] == alteracao.valor;
-        }))
-        return ZEL_OK;
+        });
+    if (iguais) return outros.empty() ? int{ZEL_OK} : gravarJuntos(outros);
     auto texto = fnXML_AlterarArquivo(*registro.arquivo, cortadas);
     if (!texto) return ZEL_CONFIG_ILEGIVEL;
-    // Ready before the save: behind it nothing may fail.
+    // Ready before the commit: after it nothing may fail.
     ValoresConfig valores = registro.valores;
     for (const Alteracao &alteracao : cortadas)
         valores.definir(alteracao.chave, alteracao.valor);
-    // Most changes are one digit: the receipt state.
-    int codigo = alterarNoLugar(caminhoArquivo(), *registro.arquivo, *texto);
-    if (codigo == ZEL_RECUSADO) codigo = gravar(*texto);
-    if (codigo != ZEL_OK) return codigo;
+    std::vector<MudancaArquivo> mudancas(outros.begin(), outros.end());
+    mudancas.push_back(mudancaPara(*texto));
+    if (const int codigo = gravarJuntos(mudancas); codigo != ZEL_OK) return codigo;
     registro.valores = std::move(valores);
     registro.arquivo = std::move(*texto);
     return ZEL_OK;
+}
+
+std::vector<Alteracao> valoresAtuais(std::span<const Alteracao> alteracoes) {
+    std::vector<Alteracao> atuais;
+    for (const Alteracao &alteracao : alteracoes)
+        atuais.push_back({alteracao.chave, std::string(valorConfig(alteracao.chave))});
+    return atuais;
 }
 
 int fnInicializarEstruturaDadosZEL_AUX() {

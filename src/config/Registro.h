@@ -9,18 +9,25 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zel {
+
+struct MudancaArquivo; // util/Gravacao.h
 
 // The value of a key known when the library is compiled: valorConfig(R"(IDE\nNF)"_chave).
 // The view holds until the next change or load.
 std::string_view valorConfig(Chave chave);
 
-// Changes several values in one save. Values equal to those of the file are not written; when all
-// are equal nothing is. 1; -1 a value holds "</"; -40 or -52 as fnXML_CarregarXML_ZEL, -40 also
-// when the file is so damaged that a key has no place in it. On failure file and memory are as
-// before.
-int alterarConfig(std::span<const Alteracao> alteracoes);
+// Changes several values in one commit, together with `outros` files. Values equal to those of the
+// file are not written; when all are equal and there are no other files nothing is. 1; -1 a value
+// holds "</"; -40 or -52 as fnXML_CarregarXML_ZEL, -40 also when the file is so damaged that a key
+// has no place in it. On failure files and memory are as before.
+int alterarConfig(std::span<const Alteracao> alteracoes,
+                  std::span<const MudancaArquivo> outros = {});
+
+// The values that the changed keys hold now, for putting them back.
+std::vector<Alteracao> valoresAtuais(std::span<const Alteracao> alteracoes);
 
 // Loads the file when its bytes are not those loaded last, completing it with missing keys; creates
 // a missing one from the values in memory. 1; -40 the root tags are missing; -52 it cannot be read

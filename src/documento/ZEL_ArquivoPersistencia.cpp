@@ -1,13 +1,13 @@
 #include "documento/ZEL_ArquivoPersistencia.h"
 
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_Controle.h"
 #include "documento/ZEL_Parser.h"
 #include "documento/ZEL_Persistencia.h"
+#include "documento/ZEL_Registros.h"
 #include "util/Arquivo.h"
 #include "util/Diretorio.h"
+#include "util/Gravacao.h"
 #include "util/Numero.h"
-#include "util/Trava.h"
 
 #include <algorithm>
 #include <array>
@@ -18,25 +18,21 @@ namespace zel {
 
 namespace {
 
-// The section of each record type, "01" first.
-constexpr std::array<Secao, 6> kSecaoDoTipo{Secao::kAbertura,    Secao::kVenda,
-                                            Secao::kTotalizacao, Secao::kTransporte,
-                                            Secao::kPagamento,   Secao::kEncerramento};
-
-constexpr bool ehLista(Secao secao) {
-    return secao == Secao::kVenda || secao == Secao::kPagamento;
-}
-
 // What this process knows of the file.
 struct EstadoDoArquivo {
     bool lido = false; // or found missing; what could not be read must not be written over
     std::optional<std::size_t> tamanho; // none: the next save writes the whole document
     bool danificado = false;            // keep a copy before it is replaced
+    std::size_t transporteNoFim = 0;    // bytes of the carrier's record where that is the last one
 };
 EstadoDoArquivo arquivo;
 
-ArquivoPendente persistencia("ArqPersist.bin", "ArqPersist.tmp", Acesso::kPrivado);
+constexpr std::string_view kNome = "ArqPersist.bin";
 constexpr std::string_view kNomeDanificado = "ArqPersist.bin.danificado";
+
+std::string caminho() {
+    return fnConfigurarPath(kNome);
+}
 
 // One record, from its type to its line end.
 void escreverRegistro(std::string &texto, Secao secao, const ST_tagZEL &raiz) {
@@ -71,26 +67,6 @@ std::string escreverDocumento(const ST_PersitenceXML_ZEL &documento) {
     return texto;
 }
 
-// The place of a line's record type in kSecaoDoTipo.
-std::optional<std::size_t> tipoDaLinha(std::string_view linha) {
-    const long long tipo = lerInteiro(linha.substr(0, 2));
-    if (tipo < 1 || tipo > static_cast<long long>(kSecaoDoTipo.size())) return {};
-    return static_cast<std::size_t>(tipo - 1);
-}
-
-// Calls `ler` with each complete line until it answers something other than 1. Returns that answer,
-// and in `inteiro` the bytes that complete lines take.
-template <class Ler>
-int percorrerLinhas(std::string_view texto, std::size_t &inteiro, Ler ler) {
-    inteiro = 0;
-    for (std::size_t fim; (fim = texto.find('\n', inteiro)) != texto.npos; inteiro = fim + 1) {
-        std::string_view linha = texto.substr(inteiro, fim - inteiro);
-        if (linha.ends_with('\r')) linha.remove_suffix(1);
-        if (const int resultado = ler(linha); resultado != ZEL_OK) return resultado;
-    }
-    return ZEL_OK;
-}
-
 int lerRegistro(ST_PersitenceXML_ZEL &documento, std::string_view linha) {
     const auto tipo = tipoDaLinha(linha);
     if (!tipo) return ZEL_RECUSADO;
@@ -111,59 +87,11 @@ int lerRegistro(ST_PersitenceXML_ZEL &documento, std::string_view linha) {
     return documento.fnAdicionarTagZEL(secao, std::move(raiz));
 }
 
-// How many records of each type there are, "01" first; none when a line is damaged or the last one
-// has no end.
-std::optional<std::array<int, 6>> contarRegistros(std::string_view texto) {
-    std::array<int, 6> quantos{};
-    std::size_t inteiro = 0;
-    const int resultado = percorrerLinhas(texto, inteiro, [&](std::string_view linha) {
-        const auto tipo = tipoDaLinha(linha);
-        if (tipo) ++quantos[*tipo];
-        return static_cast<int>(tipo ? ZEL_OK : ZEL_RECUSADO);
-    });
-    if (resultado != ZEL_OK || inteiro != texto.size()) return {};
-    return quantos;
-}
-
-// The first line of a record type; empty when there is none.
-std::string_view linhaDoTipo(std::string_view texto, std::size_t tipo) {
-    std::size_t inteiro = 0;
-    std::string_view achada;
-    percorrerLinhas(texto, inteiro, [&](std::string_view linha) {
-        if (tipoDaLinha(linha) == tipo) achada = linha;
-        return static_cast<int>(achada.empty() ? ZEL_OK : ZEL_RECUSADO);
-    });
-    return achada;
-}
-
-// Whether waiting records were committed: they are those of the state that the configuration holds,
-// and the file in place lacks the record that led there. Only a payment that completes the total is
-// committed with its state, and a closing section with the issued document.
-bool pertencem(std::string_view esperando, std::string_view noLugar) {
-    constexpr std::pair<Estado, std::size_t> kUltimoRegistro[] = {
-        {kEncerrado, 5}, {kPagamento, 4}, {kTotalizado, 2}, {kVendendo, 1}, {kAberto, 0}};
-    const auto novos = contarRegistros(esperando);
-    if (!novos) return false;
-    for (const auto &[estado, tipo] : kUltimoRegistro) {
-        if ((*novos)[tipo] == 0) continue;
-        if (estado != fnCFVerificarStatus_ZEL()) return false;
-        // Any receipt begins with the same record.
-        if (estado == kAberto) return true;
-        // A till that was set back may have totalized before, with another result.
-        if (!ehLista(kSecaoDoTipo[tipo]))
-            return linhaDoTipo(esperando, tipo) != linhaDoTipo(noLugar, tipo);
-        const auto antigos = contarRegistros(noLugar);
-        return !antigos || (*antigos)[tipo] + 1 == (*novos)[tipo];
-    }
-    return false;
-}
-
-// Before any save: no waiting file, and a damaged original kept beside. 1 or -52.
-int prepararGravacao() {
-    if (persistencia.limpar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+// Before any save: a damaged original is kept beside. 1 or -52.
+int guardarDanificado() {
     if (!arquivo.danificado) return ZEL_OK;
     std::string original;
-    const Leitura leitura = lerArquivo(persistencia.caminho(), original, Ligacao::kNaoSeguida);
+    const Leitura leitura = lerArquivo(caminho(), original, Ligacao::kNaoSeguida);
     if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
     if (leitura == Leitura::kLido &&
         substituirArquivo(fnConfigurarPath(kNomeDanificado), original, Acesso::kPrivado) != ZEL_OK)
@@ -172,13 +100,36 @@ int prepararGravacao() {
     return ZEL_OK;
 }
 
-// True when a record of the section, written last, is read back in its place. A carrier's record in
-// front of it changes nothing: items are counted among themselves.
-bool ehUltimoRegistro(Secao secao) {
-    const ST_PersitenceXML_ZEL &documento = G_stXML_Persistencia;
-    if (documento.encerramento) return false;
-    if (secao == Secao::kPagamento) return true;
-    return !documento.totalizacao && documento.pagamentos->empty();
+// What this process knows of a file that holds the document whole, in the order of its records.
+void assumirInteiro(const ST_PersitenceXML_ZEL &documento, std::size_t tamanho) {
+    arquivo.tamanho = tamanho;
+    const bool noFim = documento.transporte && !documento.encerramento &&
+                       (!documento.pagamentos || documento.pagamentos->empty());
+    std::string registro;
+    if (noFim) escreverRegistro(registro, Secao::kTransporte, *documento.transporte);
+    arquivo.transporteNoFim = registro.size();
+}
+
+// The record last added to the section; null for none.
+const ST_tagZEL *ultimoDe(const ST_PersitenceXML_ZEL &documento, Secao secao) {
+    const auto daLista = [](const std::optional<std::vector<ST_tagZEL>> &lista) {
+        return lista && !lista->empty() ? &lista->back() : nullptr;
+    };
+    if (secao == Secao::kVenda) return daLista(documento.vendas);
+    if (secao == Secao::kPagamento) return daLista(documento.pagamentos);
+    return documento.totalizacao ? &*documento.totalizacao : nullptr;
+}
+
+// Where a new record begins a new end of the file; none where records stand after it that would
+// have to be written anew. The carrier's goes after items and totals.
+std::optional<std::size_t> lugarDoUltimo(const ST_PersitenceXML_ZEL &documento, Secao secao) {
+    if (!arquivo.tamanho || documento.encerramento) return {};
+    if (secao == Secao::kPagamento) return arquivo.tamanho;
+    if (secao == Secao::kVenda && documento.totalizacao) return {};
+    if (documento.pagamentos && !documento.pagamentos->empty()) return {};
+    // A file that ends with something else was not written in this order.
+    if (documento.transporte.has_value() != (arquivo.transporteNoFim > 0)) return {};
+    return *arquivo.tamanho - arquivo.transporteNoFim;
 }
 
 } // namespace
@@ -192,57 +143,50 @@ void fnEsquecerEstrutura_ZEL() {
     arquivo = {};
 }
 
-int fnPersistEstrutura_ZEL() {
-    if (!arquivo.lido || prepararGravacao() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+int fnPersistEstrutura_ZEL(std::span<const Alteracao> alteracoes,
+                           std::span<const MudancaArquivo> outros) {
+    if (!arquivo.lido || guardarDanificado() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
     const std::string texto = escreverDocumento(G_stXML_Persistencia);
-    if (substituirArquivo(persistencia.caminho(), texto, Acesso::kPrivado) != ZEL_OK)
-        return ZEL_ARQUIVO_INDISPONIVEL;
-    arquivo.tamanho = texto.size();
+    std::vector<MudancaArquivo> mudancas(outros.begin(), outros.end());
+    mudancas.push_back({.nome = kNome, .depois = texto});
+    if (const int resultado = alterarConfig(alteracoes, mudancas); resultado != ZEL_OK)
+        return resultado;
+    assumirInteiro(G_stXML_Persistencia, texto.size());
     return ZEL_OK;
 }
 
-int fnPersistUltimo_ZEL(Secao secao) {
-    if (!arquivo.tamanho || arquivo.danificado || !ehUltimoRegistro(secao))
-        return fnPersistEstrutura_ZEL();
-    if (persistencia.limpar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
-    const auto &lista =
-        secao == Secao::kVenda ? G_stXML_Persistencia.vendas : G_stXML_Persistencia.pagamentos;
-    std::string registro;
-    escreverRegistro(registro, secao, lista->back());
-    const int resultado = acrescentarArquivo(persistencia.caminho(), *arquivo.tamanho, registro);
-    // Somebody replaced, cut or removed the file: what is in memory is the receipt.
-    if (resultado == ZEL_RECUSADO) return fnPersistEstrutura_ZEL();
-    if (resultado == ZEL_OK) *arquivo.tamanho += registro.size();
-    return resultado;
-}
-
-int fnPersistComConfig_ZEL(std::span<const Alteracao> alteracoes, std::span<const Espera> outros) {
-    if (!arquivo.lido || prepararGravacao() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
-    const std::string texto = escreverDocumento(G_stXML_Persistencia);
-    // Others wait for theirs; the document in progress is in memory until the next save.
-    std::vector<Espera> esperas(outros.begin(), outros.end());
-    esperas.push_back({persistencia, texto});
-    const int resultado = confirmarJuntos(esperas, alteracoes);
-    if (resultado == ZEL_OK) arquivo.tamanho = texto.size();
-    return resultado;
+int fnPersistUltimo_ZEL(Secao secao, std::span<const Alteracao> alteracoes) {
+    const ST_PersitenceXML_ZEL &documento = G_stXML_Persistencia;
+    const ST_tagZEL *novo = ultimoDe(documento, secao);
+    const auto lugar = lugarDoUltimo(documento, secao);
+    if (arquivo.danificado || novo == nullptr || !lugar) return fnPersistEstrutura_ZEL(alteracoes);
+    std::string fim;
+    escreverRegistro(fim, secao, *novo);
+    if (arquivo.transporteNoFim > 0)
+        escreverRegistro(fim, Secao::kTransporte, *documento.transporte);
+    std::optional<std::size_t> inteiro; // its size, when the file had to be written whole
+    const MudancaArquivo mudanca{
+        .nome = kNome,
+        .depois = fim,
+        .fim = MudancaArquivo::Fim{.lugar = *lugar, .tamanho = *arquivo.tamanho, .inteiro = [&] {
+                                       std::string texto = escreverDocumento(documento);
+                                       inteiro = texto.size();
+                                       return texto;
+                                   }}};
+    if (const int resultado = alterarConfig(alteracoes, {&mudanca, 1}); resultado != ZEL_OK)
+        return resultado;
+    if (inteiro)
+        assumirInteiro(documento, *inteiro);
+    else
+        arquivo.tamanho = *lugar + fim.size();
+    if (secao == Secao::kPagamento) arquivo.transporteNoFim = 0;
+    return ZEL_OK;
 }
 
 int fnCarregaEstrutura_ZEL(bool *passageira) {
     if (passageira != nullptr) *passageira = true;
     std::string texto;
-    Leitura leitura = lerArquivo(persistencia.caminho(), texto, Ligacao::kNaoSeguida);
-    if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
-    bool trocado = false;
-    const auto pertence = [&](std::string_view esperando) {
-        // With no file beside it, a waiting document is the only copy there is; in state 0 it is
-        // that of an opening that did not happen.
-        trocado = leitura == Leitura::kInexistente ? fnCFVerificarStatus_ZEL() != kNenhum
-                                                   : pertencem(esperando, texto);
-        return trocado;
-    };
-    if (const PosseDoCupom posse; posse && persistencia.resolver(pertence) != ZEL_OK)
-        return ZEL_ARQUIVO_INDISPONIVEL;
-    if (trocado) leitura = lerArquivo(persistencia.caminho(), texto, Ligacao::kNaoSeguida);
+    const Leitura leitura = lerArquivo(caminho(), texto, Ligacao::kNaoSeguida);
     if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
 
     // Read apart, for memory may run out on the way.
@@ -255,7 +199,11 @@ int fnCarregaEstrutura_ZEL(bool *passageira) {
     arquivo = {.lido = true, .tamanho = {}};
     if (leitura == Leitura::kInexistente) return ZEL_ARQUIVO_INDISPONIVEL;
     arquivo.danificado = resultado != ZEL_OK;
-    if (inteiro == texto.size()) arquivo.tamanho = inteiro;
+    if (inteiro != texto.size()) return resultado;
+    assumirInteiro(G_stXML_Persistencia, inteiro);
+    // Edited by somebody who put it elsewhere.
+    const std::size_t lugar = inteiro - std::min(arquivo.transporteNoFim, inteiro);
+    if (!texto.substr(lugar).starts_with("04|")) arquivo.transporteNoFim = 0;
     return resultado;
 }
 

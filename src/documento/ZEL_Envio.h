@@ -1,5 +1,5 @@
 // The files that the sending component picks up: documentosEnvio.xml and parametrosEnvio.xml in the
-// data directory. Owns documentosEnvio.xml and its commit together with the configuration.
+// data directory.
 #pragma once
 
 #include "config/Registro.h"
@@ -18,24 +18,17 @@ int fnCriarArquivoEnvio(std::string_view nome, std::string_view texto);
 
 // What is committed together with an issued document.
 struct JuntoDoDocumento {
-    std::span<const Alteracao> alteracoes{}; // configuration; must hold the document's key
+    std::span<const Alteracao> alteracoes{}; // of the configuration
     std::string_view parametros{};           // of parametrosEnvio.xml; empty leaves it alone
-    bool estrutura = false; // the document in progress, too; the state must change with it
+    bool estrutura = false;                  // the document in progress, too
 };
 
 // Writes an issued document to documentosEnvio.xml: either all of it changes or nothing does, also
 // when the process dies. 1; -40 or -52.
 int fnGravarDocumento_ZEL(std::string_view documento, const JuntoDoDocumento &junto);
 
-// Puts in place what an earlier failure left waiting: before anything else changes the key by which
-// it is judged. 1 or -52.
-int fnLimparEnvio();
-
 // Keeps a history copy of a sent text in the directories of "CONFIGURACAO\PathXMLEnvio". A copy
 // that cannot be written fails nothing.
 void fnGuardarHistorico_ZEL(TipoCopia tipo, std::string_view texto) noexcept;
-
-// Puts in place, or drops, a document that a dead process left waiting. 1 or -52.
-int fnConcluirEnvio_ZEL();
 
 } // namespace zel

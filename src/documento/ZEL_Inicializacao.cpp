@@ -3,11 +3,12 @@
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
 #include "documento/ZEL_ArquivoPersistencia.h"
-#include "documento/ZEL_Envio.h"
 #include "documento/ZEL_Moldes.h"
+#include "documento/ZEL_Pendencias.h"
 #include "util/Arquivo.h"
 #include "util/Codigos.h"
 #include "util/Diretorio.h"
+#include "util/Gravacao.h"
 #include "util/Texto.h"
 #include "util/Trava.h"
 
@@ -22,11 +23,11 @@ bool arquivosProntos = false;
 bool documentoCarregado = false;
 
 constexpr std::string_view kNomesDosArquivos[] = {
-    "ZEL_Framework.xml",       "ZEL_Framework.xml.danificado",
-    "ArqPersist.bin",          "ArqPersist.bin.danificado",
-    "ArqPersist.tmp",          "documentosEnvio.xml",
-    "documentosEnvio.xml.tmp", "parametrosEnvio.xml",
-    "parametrosEnvio.xml.tmp", "ultimadanfe.bin",
+    "ZEL_Framework.xml",   "ZEL_Framework.xml.danificado",
+    "ArqPersist.bin",      "ArqPersist.bin.danificado",
+    "ArqPersist.tmp",      "documentosEnvio.xml",
+    "parametrosEnvio.xml", "documentosEnvio.xml.tmp",
+    "ultimadanfe.bin",     "parametrosEnvio.xml.tmp",
     "danfe_pdf_temp.xml",
 };
 
@@ -56,8 +57,9 @@ void fnPrepararArquivos_ZEL() {
     if (arquivosProntos) return;
     const Vez vez; // another process's change is seen whole or not at all
     const PosseDoCupom posse;
-    // What waits is judged by the configuration, so that comes first.
-    arquivosProntos = garantirConfig() == ZEL_OK && fnConcluirEnvio_ZEL() == ZEL_OK;
+    // The files are put right first, and what waits is judged by the configuration.
+    arquivosProntos = (!vez || acompanharDiario() == ZEL_OK) && garantirConfig() == ZEL_OK &&
+                      (!posse || fnResolverPendencias_ZEL() == ZEL_OK);
     if (posse) removerSobras();
 }
 

@@ -1,12 +1,12 @@
 #include "documento/ZEL_Montagem.h"
 
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_ArquivoPendente.h"
 #include "documento/ZEL_Cabecalho.h"
 #include "documento/ZEL_Persistencia.h"
 #include "util/Acentuacao.h"
 #include "util/Cripto.h"
 #include "util/Diretorio.h"
+#include "util/Gravacao.h"
 #include "util/Marcacao.h"
 #include "util/Texto.h"
 
@@ -73,7 +73,6 @@ int gravarEnvio(const Cabecalho &cabecalho, std::string documento, std::string &
 // Code and key are on disk before the first file appears: no code is ever in two documents.
 int gravarContingencia(const Cabecalho &cabecalho, const std::string &documento,
                        std::string &texto) {
-    if (const int limpo = fnLimparEnvio(); limpo != ZEL_OK) return limpo;
     const std::vector<Alteracao> alteracoes = doUltimoDocumento(cabecalho);
     const std::vector<Alteracao> anteriores = valoresAtuais(alteracoes);
     if (const int resultado = alterarConfig(alteracoes); resultado != ZEL_OK) return resultado;

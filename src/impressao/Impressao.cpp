@@ -2,7 +2,6 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ZEL_Envio.h"
 #include "impressao/ColunasLayout.h"
 #include "impressao/DadosImpressao.h"
 #include "impressao/GerenciadorImpressao.h"
@@ -43,7 +42,6 @@ int guardarVenda(const CupomFiscal &cf, std::string_view urlQrcode) {
         {kUrlQrcode,
          urlQrcode.empty() ? conteudoGuardado(gerarUrlQrcode(cf)) : conteudoGuardado(urlQrcode)},
     };
-    if (const int codigo = fnLimparEnvio(); codigo != ZEL_OK) return codigo;
     if (const int codigo = alterarConfig(alteracoes); codigo != ZEL_OK) return codigo;
     definirAutorizacao(
         {std::string(cf.DigestValueAutorizado), std::string(cf.DataHoraAutorizacao)});

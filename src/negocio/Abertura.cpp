@@ -7,11 +7,13 @@
 #include "documento/ZEL_Controle.h"
 #include "documento/ZEL_Persistencia.h"
 #include "negocio/Argumento.h"
+#include "util/Gravacao.h"
 #include "util/Numero.h"
 #include "util/Texto.h"
 
 #include <array>
 #include <utility>
+#include <vector>
 
 namespace zel {
 
@@ -76,15 +78,19 @@ int verificarAbertura(std::string_view texto, ST_tagZEL &raiz) {
     return texto.empty() ? ZEL_OK : fnVerificarFormatarTAG_ZEL(Secao::kAbertura, texto, raiz);
 }
 
-} // namespace
-
-int fnCFAbrir_ZEL_Felbor(const DadosConsumidor &consumidor) {
-    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+int abrir(const DadosConsumidor &consumidor, std::span<const Alteracao> alteracoes) {
     const std::size_t digitos = digitosDoDocumento(consumidor.documento).size();
     std::string texto;
     if (montarAbertura(consumidor, identificacaoNaAbertura(digitos), "", texto) != ZEL_OK)
         return ZEL_RECUSADO;
-    return fnCFeAbrirTAG_ZEL(texto);
+    return fnCFeAbrirTAG_ZEL(texto, alteracoes);
+}
+
+} // namespace
+
+int fnCFAbrir_ZEL_Felbor(const DadosConsumidor &consumidor) {
+    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+    return abrir(consumidor, {});
 }
 
 int fnCFAbrirNumSerie_ZEL_Felbor(int numero, int serie, const DadosConsumidor &consumidor) {
@@ -93,8 +99,11 @@ int fnCFAbrirNumSerie_ZEL_Felbor(int numero, int serie, const DadosConsumidor &c
         return resultado;
     const std::array<Alteracao, 2> numeracao{{{R"(IDE\nNF)"_chave, formatarInteiro(numero)},
                                               {R"(IDE\Serie)"_chave, formatarInteiro(serie)}}};
-    if (const int resultado = alterarConfig(numeracao); resultado != ZEL_OK) return resultado;
-    return fnCFAbrir_ZEL_Felbor(consumidor);
+    const int aberto = abrir(consumidor, numeracao);
+    if (aberto == ZEL_OK || aberto == ZEL_ARQUIVO_INDISPONIVEL) return aberto;
+    // They stay, whatever the consumer's data are refused for.
+    const int guardado = alterarConfig(numeracao);
+    return guardado == ZEL_OK ? aberto : guardado;
 }
 
 int fnCFIdentificarConsumidor_ZEL_Felbor(const DadosConsumidor &consumidor,
@@ -107,18 +116,20 @@ int fnCFIdentificarConsumidor_ZEL_Felbor(const DadosConsumidor &consumidor,
     return fnCFIdentificarConsumidorTAG_ZEL(texto);
 }
 
-int fnCFeAbrirTAG_ZEL(std::string_view texto) {
+int fnCFeAbrirTAG_ZEL(std::string_view texto, std::span<const Alteracao> alteracoes) {
     if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kAbrir); resultado != ZEL_OK)
         return resultado;
     ST_tagZEL raiz;
     if (const int resultado = verificarAbertura(texto, raiz); resultado != ZEL_OK) return resultado;
 
     ST_PersitenceXML_ZEL anterior = std::exchange(G_stXML_Persistencia, {});
-    const Alteracao estado = alteracaoEstado(kAberto);
+    std::vector<Alteracao> todas(alteracoes.begin(), alteracoes.end());
+    todas.push_back(alteracaoEstado(kAberto));
+    aliviarDiario(); // between two receipts nobody waits
     return ouDesfaz(
         [&] {
             G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kAbertura, std::move(raiz));
-            return fnPersistComConfig_ZEL({&estado, 1});
+            return fnPersistEstrutura_ZEL(todas);
         },
         [&] { G_stXML_Persistencia = std::move(anterior); });
 }

@@ -1,7 +1,6 @@
 #include "negocio/Pagamento.h"
 
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_ArquivoPendente.h"
 #include "documento/ZEL_ArquivoPersistencia.h"
 #include "documento/ZEL_Conformidade.h"
 #include "documento/ZEL_Controle.h"
@@ -32,19 +31,11 @@ bool totalCoberto() {
     return emCentavos(totalPago(G_stXML_Persistencia)) >= totalAPagar();
 }
 
-// Saves the payment line last added. Only a line that completes the total changes the state, and is
-// then committed together with it.
+// Saves the payment line last added, with the state that it leads to when it completes the total.
 int salvarPagamento(std::span<const Alteracao> alteracoes) {
-    if (totalCoberto() && fnCFVerificarStatus_ZEL() != kPagamento) {
-        std::vector<Alteracao> todas(alteracoes.begin(), alteracoes.end());
-        todas.push_back(alteracaoEstado(kPagamento));
-        return fnPersistComConfig_ZEL(todas);
-    }
-    const std::vector<Alteracao> anteriores = valoresAtuais(alteracoes);
-    if (const int resultado = alterarConfig(alteracoes); resultado != ZEL_OK) return resultado;
-    const int resultado = fnPersistUltimo_ZEL(Secao::kPagamento);
-    if (resultado != ZEL_OK) alterarConfig(anteriores);
-    return resultado;
+    std::vector<Alteracao> todas(alteracoes.begin(), alteracoes.end());
+    if (totalCoberto()) todas.push_back(alteracaoEstado(kPagamento));
+    return fnPersistUltimo_ZEL(Secao::kPagamento, todas);
 }
 
 } // namespace

@@ -88,17 +88,18 @@ int fnCFTotalizar_ZEL_Felbor(std::string_view tipo, std::string_view valor) {
         return resultado;
     if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
 
+    // Without an adjustment no item changes, and none needs to be kept.
+    const bool comAjuste = lerDecimal(argumentoDecimal(valor)) > 0;
     const auto totalizar = [&] {
         const int rateio = fnRatearDescAcresTotalizacao(argumentoCortado(tipo, 2), valor);
         if (rateio != ZEL_OK) return rateio;
-        return fnCFeTotalizarTAG_ZEL(montarTotal(somarItens(G_stXML_Persistencia)).toString());
+        return fnCFeTotalizarTAG_ZEL(montarTotal(somarItens(G_stXML_Persistencia)).toString(),
+                                     comAjuste ? Itens::kMudados : Itens::kComoEstavam);
     };
-    // Without an adjustment no item changes, and none needs to be kept.
-    const bool comAjuste = lerDecimal(argumentoDecimal(valor)) > 0;
     return comAjuste ? desfazendoNaFalha(G_stXML_Persistencia.vendas, totalizar) : totalizar();
 }
 
-int fnCFeTotalizarTAG_ZEL(std::string_view texto) {
+int fnCFeTotalizarTAG_ZEL(std::string_view texto, Itens itens) {
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kTotalizacao));
     if (texto.empty())
         raiz.addSubTag("total", "");
@@ -108,7 +109,8 @@ int fnCFeTotalizarTAG_ZEL(std::string_view texto) {
     return desfazendoNaFalha(G_stXML_Persistencia.totalizacao, [&] {
         G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kTotalizacao, std::move(raiz));
         const Alteracao estado = alteracaoEstado(kTotalizado);
-        return fnPersistComConfig_ZEL({&estado, 1});
+        return itens == Itens::kMudados ? fnPersistEstrutura_ZEL({&estado, 1})
+                                        : fnPersistUltimo_ZEL(Secao::kTotalizacao, {&estado, 1});
     });
 }
 

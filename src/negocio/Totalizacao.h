@@ -12,7 +12,8 @@ namespace zel {
 int fnCFTotalizar_ZEL_Felbor(std::string_view tipo, std::string_view valor);
 
 // Stores a totals section given as tag text, and state 3, without a look at the state; an empty
-// text stands for an empty `total`.
-int fnCFeTotalizarTAG_ZEL(std::string_view texto);
+// text stands for an empty `total`. Items that changed in memory are saved with it.
+enum class Itens { kComoEstavam, kMudados };
+int fnCFeTotalizarTAG_ZEL(std::string_view texto, Itens itens = Itens::kMudados);
 
 } // namespace zel

@@ -132,10 +132,10 @@ int fnCFeVenderTAG_ZEL(std::string_view texto) {
     raiz.valor = formatarInteiro(G_stXML_Persistencia.quantidadeItens() + 1);
     G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kVenda, std::move(raiz));
     const Alteracao estado = alteracaoEstado(kVendendo);
+    const std::size_t mudancas = G_EstadoCFe == kVendendo ? 0 : 1;
     return ouDesfaz(
         [&] {
-            return G_EstadoCFe == kVendendo ? fnPersistUltimo_ZEL(Secao::kVenda)
-                                            : fnPersistComConfig_ZEL({&estado, 1});
+            return fnPersistUltimo_ZEL(Secao::kVenda, {&estado, mudancas});
         },
         [] { G_stXML_Persistencia.vendas->pop_back(); });
 }

@@ -117,15 +117,32 @@ bool herdarPermissoes(const Descritor &arquivo, const struct stat &antigo) {
     return ::fchmod(arquivo.fd(), antigo.st_mode & 07777) == 0;
 }
 
+enum class Descarga { kJa, kNenhuma };
+
 bool escreverNovo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
-                  const std::optional<struct stat> &antigo) {
+                  const std::optional<struct stat> &antigo, Descarga descarga = Descarga::kJa) {
     const mode_t permissoes = acesso == Acesso::kUmask ? 0666 : 0600;
     Descritor arquivo(caminho.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, permissoes);
     if (!arquivo.aberto()) return false;
     if (acesso != Acesso::kUmask && antigo && !herdarPermissoes(arquivo, *antigo)) return false;
     if (!escreverTudo(arquivo.fd(), conteudo)) return false;
-    if (insistir([&] { return ::fsync(arquivo.fd()); }) != 0) return false;
+    if (descarga == Descarga::kJa && insistir([&] { return ::fsync(arquivo.fd()); }) != 0)
+        return false;
     return arquivo.fechar();
+}
+
+std::string destinoDe(const std::string &caminho, Ligacao ligacao) {
+    return ligacao == Ligacao::kSeguida ? seguirLigacoes(caminho) : caminho;
+}
+
+std::string rascunhoDe(const std::string &destino) {
+    return std::string(destino).append(kRascunho);
+}
+
+Identidade identidadeDe(const struct stat &dados) {
+    constexpr std::int64_t kSegundo = 1'000'000'000;
+    return {dados.st_ino, static_cast<std::uint64_t>(dados.st_size),
+            dados.st_ctim.tv_sec * kSegundo + dados.st_ctim.tv_nsec};
 }
 
 // Writes into what is no file (a device, a pipe with a reader), without waiting for it.
@@ -242,6 +259,65 @@ int escreverArquivo(const std::string &caminho, std::string_view conteudo, Acess
         return ZEL_OK;
     removerArquivo(novo);
     return ZEL_ARQUIVO_INDISPONIVEL;
+}
+
+Leitura identificar(const std::string &caminho, Ligacao ligacao, Identidade &identidade) {
+    struct stat dados {};
+    const int resultado = ligacao == Ligacao::kSeguida ? ::stat(caminho.c_str(), &dados)
+                                                       : ::lstat(caminho.c_str(), &dados);
+    if (resultado != 0) return naoExiste() ? Leitura::kInexistente : Leitura::kFalha;
+    if (!S_ISREG(dados.st_mode)) return Leitura::kFalha;
+    identidade = identidadeDe(dados);
+    return Leitura::kLido;
+}
+
+Identidade identificarDiretorio(const std::string &caminho) {
+    struct stat dados {};
+    return ::stat(caminho.c_str(), &dados) == 0 ? identidadeDe(dados) : Identidade{};
+}
+
+bool ehLigacao(const std::string &caminho) {
+    const auto dados = situacao(caminho);
+    return dados && S_ISLNK(dados->st_mode);
+}
+
+int escreverRascunho(const std::string &caminho, std::string_view conteudo, Acesso acesso,
+                     Ligacao ligacao) {
+    const std::string destino = destinoDe(caminho, ligacao), novo = rascunhoDe(destino);
+    const auto antigo = situacao(destino);
+    if (!antigo && !naoExiste()) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode))
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    removerArquivo(novo); // left by a process that died
+    const bool herda = antigo && S_ISREG(antigo->st_mode);
+    if (escreverNovo(novo, conteudo, acesso, herda ? antigo : std::nullopt, Descarga::kNenhuma))
+        return ZEL_OK;
+    removerArquivo(novo);
+    return ZEL_ARQUIVO_INDISPONIVEL;
+}
+
+int instalarRascunho(const std::string &caminho, Ligacao ligacao) {
+    const std::string destino = destinoDe(caminho, ligacao);
+    return renomearArquivo(rascunhoDe(destino), destino);
+}
+
+void removerRascunho(const std::string &caminho, Ligacao ligacao) {
+    removerArquivo(rascunhoDe(destinoDe(caminho, ligacao)));
+}
+
+int escreverNoLugar(const std::string &caminho, std::size_t lugar, std::string_view bytes,
+                    Ligacao ligacao) {
+    const Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK | naoSeguir(ligacao));
+    return arquivo.aberto() && escreverTudo(arquivo.fd(), bytes, static_cast<off_t>(lugar))
+               ? ZEL_OK
+               : ZEL_ARQUIVO_INDISPONIVEL;
+}
+
+int descarregarArquivo(const std::string &caminho, Ligacao ligacao) {
+    const Descritor arquivo(caminho.c_str(), O_RDONLY | O_NONBLOCK | naoSeguir(ligacao));
+    return arquivo.aberto() && insistir([&] { return ::fsync(arquivo.fd()); }) == 0
+               ? ZEL_OK
+               : ZEL_ARQUIVO_INDISPONIVEL;
 }
 
 int renomearArquivo(const std::string &de, const std::string &para) {

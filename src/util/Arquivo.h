@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -23,6 +24,23 @@ enum class Acesso { kPrivado, kUmask, kHerdado };
 enum class Ligacao { kNaoSeguida, kSeguida };
 
 enum class Leitura { kLido, kInexistente, kFalha };
+
+// Which file stands under a name, and in which state: whoever writes to it or puts another one in
+// its place leaves another identity, but for changes within one tick of the system's clock.
+struct Identidade {
+    std::uint64_t no = 0; // inode
+    std::uint64_t tamanho = 0;
+    std::int64_t mudanca = 0; // of the file or its inode, nanoseconds since 1970
+    friend bool operator==(const Identidade &, const Identidade &) = default;
+};
+
+// Reads the identity of a regular file. kFalha also for what is no regular file.
+Leitura identificar(const std::string &caminho, Ligacao ligacao, Identidade &identidade);
+
+// The identity of a directory, whose path ends in "/": another one after each change of names.
+Identidade identificarDiretorio(const std::string &caminho);
+
+bool ehLigacao(const std::string &caminho);
 
 // Reads a whole regular file into `conteudo` (emptied first). Only a missing file is kInexistente.
 Leitura lerArquivo(const std::string &caminho, std::string &conteudo,
@@ -55,6 +73,22 @@ int renomearArquivo(const std::string &de, const std::string &para);
 
 // Flushes the directory that the file stands in, and with it earlier renames. 1 or -52.
 int descarregarDiretorio(const std::string &caminho);
+
+// Writes the scratch file of one that is to be replaced, without a flush. A link that is followed
+// has it beside the file it points to. 1 or -52.
+int escreverRascunho(const std::string &caminho, std::string_view conteudo, Acesso acesso,
+                     Ligacao ligacao);
+
+// Puts the scratch file in the place of its file, or removes it; without a flush. 1 or -52.
+int instalarRascunho(const std::string &caminho, Ligacao ligacao);
+void removerRascunho(const std::string &caminho, Ligacao ligacao);
+
+// Writes bytes over a file from `lugar` on, at its end for an append, without a flush. 1 or -52.
+int escreverNoLugar(const std::string &caminho, std::size_t lugar, std::string_view bytes,
+                    Ligacao ligacao);
+
+// Flushes a file's bytes. 1 or -52.
+int descarregarArquivo(const std::string &caminho, Ligacao ligacao);
 
 // Removes a file; one that does not exist is removed already. 1 or -52.
 int removerArquivo(const std::string &caminho);

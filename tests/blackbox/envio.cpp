@@ -69,7 +69,7 @@ TEST(Reemissao, recusas_nao_gastam_numeros) {
         EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(tipo, vazio), -1) << tipo;
     char nenhures[ZEL_TAMANHO_DIRETORIOS] = "/nao/existe/";
     EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(4, nenhures), -52);
-    fs::create_directory(caixa.diretorio() + "parametrosEnvio.xml.tmp.novo");
+    fs::create_directory(caixa.diretorio() + "parametrosEnvio.xml.novo");
     EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(3, nullptr), -52) << "both files or none";
     EXPECT_EQ(numeros(caixa), antes);
 

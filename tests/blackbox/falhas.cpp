@@ -1,6 +1,7 @@
 // What must never happen to a shop: a file that cannot be read for a moment, or was changed behind
 // the library's back, takes the receipt with it. Deaths, power cuts and refused calls are tried in
 // tests/fault.
+#include "../../fuzz/Chamadas.h"
 #include "blackbox/Caixa.h"
 
 #include <gtest/gtest.h>
@@ -53,29 +54,80 @@ TEST(RegistrosIlegiveis, nao_sao_sobrescritos) {
     EXPECT_EQ(encerrar(caixa), ZEL_OK) << "the next call reads it";
 }
 
-// A committed document that cannot take its place, or cannot be read, must wait until it can.
-TEST(EnvioQueEspera, nada_o_sobrescreve_nem_o_apaga) {
+// What could not take its place is refused before anything happens.
+TEST(EnvioSemLugar, nada_muda) {
     Caixa caixa;
     for (const Passo passo : kPassos)
         ASSERT_EQ(passo(caixa), ZEL_OK);
-    const std::string nome = caixa.diretorio() + "documentosEnvio.xml", espera = nome + ".tmp";
+    const std::string nome = caixa.diretorio() + "documentosEnvio.xml",
+                      config = caixa.lerArquivo("ZEL_Framework.xml");
     fs::remove(nome);
     fs::create_directory(nome); // no file can be renamed over it
-    // The parameters of a substitution are in place: there is no way back from that.
-    ASSERT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(3, nullptr), ZEL_OK);
-    const std::string chave = caixa.config("NFCE\\ChaveDeAcesso");
-    EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(1, nullptr), -52);
-    EXPECT_EQ(caixa.config("NFCE\\ChaveDeAcesso"), chave);
-    ASSERT_TRUE(fs::exists(espera));
+    EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(3, nullptr), -52);
+    EXPECT_TRUE(caixa.lerArquivo("ZEL_Framework.xml") == config);
+    EXPECT_FALSE(caixa.existe("parametrosEnvio.xml"));
     fs::remove(nome);
-    caixa.reiniciar();
-    EXPECT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
-    EXPECT_NE(caixa.lerArquivo("documentosEnvio.xml").find(chave), std::string::npos);
+    EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(3, nullptr), ZEL_OK);
+}
 
-    fs::create_symlink("documentosEnvio.xml.tmp", espera); // a loop: unreadable, also for root
+// A process of the version before this one died with contents waiting beside their files.
+TEST(VersaoAnterior, o_que_ela_deixou_esperando_e_julgado) {
+    Caixa caixa;
+    for (const Passo passo : kPassos)
+        ASSERT_EQ(passo(caixa), ZEL_OK);
+    const std::string documento = caixa.lerArquivo("documentosEnvio.xml"),
+                      registros = caixa.lerArquivo("ArqPersist.bin");
+    std::string alheio = documento;
+    alheio.replace(alheio.find("Id=\"NFe") + 7, 2, "99");
+    const std::string aberto = registros.substr(0, registros.find("02|"));
+    const struct {
+        const char *descricao, *nome;
+        std::string espera, noLugar; // in place before; empty for no file
+        std::string esperado;        // in place after
+    } casos[] = {
+        {"committed document", "documentosEnvio.xml", documento, "velho", documento},
+        {"document of another key", "documentosEnvio.xml", alheio, "velho", "velho"},
+        {"records alone", "ArqPersist.bin", registros, "", registros},
+        {"records that the file has", "ArqPersist.bin", registros, registros, registros},
+        {"records of another state", "ArqPersist.bin", aberto, registros, registros},
+    };
+    for (const auto &caso : casos) {
+        SCOPED_TRACE(caso.descricao);
+        const std::string nome = caso.nome,
+                          espera = nome == "ArqPersist.bin" ? "ArqPersist.tmp" : nome + ".tmp";
+        caixa.parar();
+        fs::remove(caixa.diretorio() + nome);
+        if (!caso.noLugar.empty()) caixa.escreverArquivo(nome, caso.noLugar);
+        caixa.escreverArquivo(espera, caso.espera);
+        caixa.iniciar();
+        EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 5);
+        EXPECT_EQ(caixa.lerArquivo(nome), caso.esperado);
+        EXPECT_FALSE(caixa.existe(espera));
+    }
+}
+
+// More than the journal holds, and one change that is larger than all of it.
+TEST(Diario, cheio_recomeca_e_cresce) {
+    Caixa caixa;
+    for (int vez = 0; vez < 3000; ++vez)
+        caixa.config("IDE\\natOP", vez % 2 == 0 ? "Venda" : "Venda ao consumidor");
+    std::string atributos;
+    for (int i = 0; i < 100; ++i)
+        atributos += " a" + std::to_string(i) + "=\"" + std::string(99, 'x') + "\"";
+    std::string item = kItem;
+    item.insert(item.find("<cProd") + 6, atributos);
+    ASSERT_EQ(abrir(caixa), ZEL_OK);
+    for (int i = 0; i < 250; ++i)
+        ASSERT_EQ(caixa->aCFVenderXml_ZEL(item.c_str()), ZEL_OK);
+    ASSERT_EQ(totalizar(caixa), ZEL_OK);
+    const std::string registros = caixa.lerArquivo("ArqPersist.bin");
+    EXPECT_GT(registros.size(), std::size_t{2} << 20);
     caixa.reiniciar();
-    EXPECT_EQ(caixa->tCFInutilizar_ZEL("1", "2", "1", "x"), -52);
-    EXPECT_TRUE(fs::is_symlink(espera));
+    EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 3);
+    EXPECT_TRUE(caixa.lerArquivo("ArqPersist.bin") == registros);
+    EXPECT_EQ(caixa.config("IDE\\natOP"), "Venda ao consumidor");
+    ASSERT_EQ(caixa->aCFEfetuarPagamento_ZEL("01", ""), ZEL_OK);
+    EXPECT_EQ(encerrar(caixa), ZEL_OK);
 }
 
 TEST(EstadoDoAplicativo, nao_e_tocado_sem_restos) {
@@ -280,7 +332,7 @@ TEST(Embaralhar, o_destino_continua_o_que_era) {
     EXPECT_EQ(caixa.lerArquivo("fechado/meu"), embaralhado);
 }
 
-TEST(VendaComTransportadora, acrescenta_um_registro_so) {
+TEST(VendaComTransportadora, poe_um_registro_so_antes_do_dela) {
     Caixa caixa;
     caixa.config("IDE\\indPres", "4");
     ASSERT_EQ(abrir(caixa), ZEL_OK);
@@ -291,12 +343,15 @@ TEST(VendaComTransportadora, acrescenta_um_registro_so) {
     const std::string antes = caixa.lerArquivo("ArqPersist.bin");
     ASSERT_EQ(vender(caixa), ZEL_OK);
     const std::string depois = caixa.lerArquivo("ArqPersist.bin");
-    EXPECT_TRUE(depois.starts_with(antes) && depois.find("02|2|", antes.size()) == antes.size());
+    const std::size_t lugar = antes.find("\r\n04|") + 2;
+    EXPECT_EQ(depois.substr(0, lugar), antes.substr(0, lugar));
+    EXPECT_EQ(depois.find("02|2|", lugar), lugar);
+    EXPECT_TRUE(depois.ends_with(antes.substr(lugar)));
     caixa.reiniciar();
     EXPECT_EQ(caixa.info("1"), "2");
     ASSERT_EQ(caixa->aCFTotalizar_ZEL("", ""), ZEL_OK);
     const std::string registros = caixa.lerArquivo("ArqPersist.bin");
-    EXPECT_LT(registros.find("\r\n03|"), registros.find("\r\n04|")) << "in their order again";
+    EXPECT_LT(registros.find("\r\n03|"), registros.find("\r\n04|"));
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <unistd.h>
@@ -16,7 +17,7 @@ namespace {
 
 constexpr long kAgora = 1795600000;
 constexpr int kPassoFalhou = 1;
-constexpr const char *kTrava = "ZEL_Framework.trava";
+constexpr const char *kTrava = "ZEL_Framework.trava", *kDiario = "ZEL_Framework.diario";
 
 // A process that forks off another one to come after its death is still alive: what it holds locked
 // is released through the descriptor that the other one inherits.
@@ -100,18 +101,10 @@ Processo::Processo(const std::string &diretorio, bool frio) {
     if (!frio) funcoes_->rInfoEstendida_ZEL("1", info);
 }
 
-Retrato retratar(const Funcoes &funcoes, const std::string &diretorio) {
+namespace {
+
+Retrato retratarArquivos(const std::string &diretorio) {
     Retrato retrato;
-    char texto[ZEL_TAMANHO_VALOR];
-    for (const char *indice : {"1", "3"}) {
-        funcoes.rInfoEstendida_ZEL(indice, texto);
-        retrato.memoria.push_back(texto);
-    }
-    retrato.memoria.push_back(std::to_string(funcoes.rCFVerificarStatus_ZEL()));
-    for (const char *chave : {"IDE\\nNF", "NFCE\\ChaveDeAcesso", "CONFIGURACAO\\TrocoUltimaNFCe"}) {
-        funcoes.regRetornarValor_ZEL(chave, texto);
-        retrato.memoria.push_back(texto);
-    }
     retrato.arquivos = disco::fotografar(diretorio);
     // A record without its line end was not written.
     if (const auto registros = retrato.arquivos.find("ArqPersist.bin");
@@ -122,11 +115,28 @@ Retrato retratar(const Funcoes &funcoes, const std::string &diretorio) {
         config != retrato.arquivos.end())
         config->second.resize(config->second.find_last_not_of("\r\n") + 1);
     // Scratch files: nobody reads them, the next process removes them. The return is the sending
-    // component's.
+    // component's. The journal is the way there, not what is there.
     std::erase_if(retrato.arquivos, [](const auto &arquivo) {
         return arquivo.first.ends_with(".novo") || arquivo.first.ends_with(".antigo") ||
-               arquivo.first == "retorno.xml";
+               arquivo.first == "retorno.xml" || arquivo.first == kDiario;
     });
+    return retrato;
+}
+
+} // namespace
+
+Retrato retratar(const Funcoes &funcoes, const std::string &diretorio) {
+    Retrato retrato = retratarArquivos(diretorio);
+    char texto[ZEL_TAMANHO_VALOR];
+    for (const char *indice : {"1", "3"}) {
+        funcoes.rInfoEstendida_ZEL(indice, texto);
+        retrato.memoria.push_back(texto);
+    }
+    retrato.memoria.push_back(std::to_string(funcoes.rCFVerificarStatus_ZEL()));
+    for (const char *chave : {"IDE\\nNF", "NFCE\\ChaveDeAcesso", "CONFIGURACAO\\TrocoUltimaNFCe"}) {
+        funcoes.regRetornarValor_ZEL(chave, texto);
+        retrato.memoria.push_back(texto);
+    }
     return retrato;
 }
 
@@ -168,17 +178,31 @@ Ensaio::Ensaio(const Roteiro &roteiro) : roteiro_(roteiro), meios_(roteiro.passo
     std::string modelo = (fs::temp_directory_path() / "zel-falhas-XXXXXX").string();
     if (mkdtemp(modelo.data()) == nullptr) throw std::runtime_error("no temporary directory");
     diretorio_ = modelo + "/";
+    // Each in a process that ends without a goodbye, so that the journal goes on.
     const auto tocar = [&](std::size_t passo, auto acao) {
-        const Processo processo(diretorio_);
-        const int codigo = acao(processo.funcoes(), diretorio_);
-        if (codigo <= 0)
-            throw std::runtime_error(std::string(nome(passo)) + ": " + std::to_string(codigo));
-        return retratar(processo.funcoes(), diretorio_);
+        const std::string memoria = modelo + ".memoria";
+        const int resposta = disco::emOutroProcesso([&] {
+            const Processo processo(diretorio_);
+            const int codigo = acao(processo.funcoes(), diretorio_);
+            std::ofstream arquivo(memoria);
+            for (const std::string &linha : retratar(processo.funcoes(), diretorio_).memoria)
+                arquivo << linha << '\n';
+            return codigo > 0 ? 0 : 1;
+        });
+        if (resposta != 0) throw std::runtime_error(nome(passo));
+        Retrato retrato = retratarArquivos(diretorio_);
+        std::ifstream arquivo(memoria);
+        for (std::string linha; std::getline(arquivo, linha);)
+            retrato.memoria.push_back(linha);
+        fs::remove(memoria);
+        fotos_.push_back(disco::fotografar(diretorio_));
+        return retrato;
     };
     retratos_.push_back(tocar(0, [](const Funcoes &, const std::string &) { return 1; }));
     for (std::size_t passo = 0; passo < passos(); ++passo) {
         if (const auto meio = roteiro_.passos[passo].meio; meio != nullptr) {
             meios_[passo] = tocar(passo, meio).arquivos;
+            fotos_.pop_back();
             preparar(passo);
         }
         retratos_.push_back(tocar(passo, roteiro_.passos[passo].fazer));

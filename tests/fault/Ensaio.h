@@ -76,13 +76,13 @@ public:
     bool outroCodigo(std::size_t passo) const { return roteiro_.passos[passo].outroCodigo; }
     const std::string &diretorio() const { return diretorio_; }
 
-    // Before step `passo`; behind the last one with passos().
+    // Before step `passo`; after the last one with passos().
     const Retrato &retrato(std::size_t passo) const { return retratos_[passo]; }
+    // The files of that moment, the journal among them.
+    const disco::Fotografia &foto(std::size_t passo) const { return fotos_[passo]; }
 
     // The files before the step, put into the directory.
-    void preparar(std::size_t passo) const {
-        disco::revelar(diretorio_, retratos_[passo].arquivos);
-    }
+    void preparar(std::size_t passo) const { disco::revelar(diretorio_, fotos_[passo]); }
 
     int fazer(std::size_t passo, const Funcoes &funcoes) const {
         return roteiro_.passos[passo].fazer(funcoes, diretorio_);
@@ -110,6 +110,7 @@ private:
     const Roteiro &roteiro_;
     std::string diretorio_;
     std::vector<Retrato> retratos_;
+    std::vector<disco::Fotografia> fotos_; // the same with the journal
     std::vector<disco::Fotografia> meios_; // empty where a step has none
     mutable std::size_t conferidos_ = 0;
 };

@@ -37,29 +37,16 @@ constexpr int kNaoDisparou = 2;
 
 class Recusa : public testing::TestWithParam<Roteiro> {};
 
-// Where every further call fails, what waits is left for the next call: to take its place when the
-// step was done, to be dropped when it was refused.
-void darLugar(Retrato &retrato, bool feito) {
-    constexpr std::string_view kEspera = ".tmp", kRegistros = "ArqPersist";
-    for (auto arquivo = retrato.arquivos.begin(); arquivo != retrato.arquivos.end();) {
-        const auto &[nome, bytes] = *arquivo;
-        if (!nome.ends_with(kEspera)) {
-            ++arquivo;
-            continue;
-        }
-        const std::string destino = nome.substr(0, nome.size() - kEspera.size());
-        if (feito) retrato.arquivos[destino == kRegistros ? destino + ".bin" : destino] = bytes;
-        arquivo = retrato.arquivos.erase(arquivo);
-    }
+// A disk that failed from some call on works again: the next call puts in place what could not be.
+void voltarADarLugar(const Processo &processo) {
+    EXPECT_EQ(processo.funcoes().regAlterarValor_ZEL("CONFIGURACAO\\Modelo", "NFC-e"), ZEL_OK);
 }
 
-// What a refused step left waiting is judged by the next process if this one goes no further.
-void julgarEspera(const Ensaio &ensaio, std::size_t passo) {
+// What the next process finds if this one goes no further.
+void julgarRecusado(const Ensaio &ensaio, std::size_t passo) {
+    static int vezes = 0;
+    if (!tudo() && ++vezes % 4 != 0) return;
     const disco::Fotografia deixado = disco::fotografar(ensaio.diretorio());
-    const bool espera = std::any_of(deixado.begin(), deixado.end(), [](const auto &arquivo) {
-        return arquivo.first.ends_with(".tmp");
-    });
-    if (!espera) return;
     ensaio.conferirSucessor(passo, false);
     disco::revelar(ensaio.diretorio(), deixado);
 }
@@ -78,13 +65,12 @@ int conferir(const Ensaio &ensaio, std::size_t passo, const disco::Plano &plano)
             if (!vigia.disparou() && codigo > 0) return kNaoDisparou;
         }
         const auto achado = [&] { return retratar(processo.funcoes(), ensaio.diretorio()); };
-        Retrato logo = achado();
-        if (plano.ato == Ato::kErroSempre) darLugar(logo, codigo > 0);
+        if (plano.ato == Ato::kErroSempre) voltarADarLugar(processo);
         if (codigo > 0) {
-            recusarSe("done", diferenca(logo, ensaio.retrato(passo + 1)));
+            recusarSe("done", diferenca(achado(), ensaio.retrato(passo + 1)));
         } else {
-            recusarSe("refused", ensaio.foraDoLugar(passo, logo));
-            julgarEspera(ensaio, passo);
+            recusarSe("refused", ensaio.foraDoLugar(passo, achado()));
+            julgarRecusado(ensaio, passo);
             EXPECT_GT(ensaio.fazer(passo, processo.funcoes()), 0) << "repeated";
             recusarSe("repeated", ensaio.diferencaNoFim(passo, achado()));
         }

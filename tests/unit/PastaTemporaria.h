@@ -1,8 +1,6 @@
 // A directory of a test's own, gone when the test ends.
 #pragma once
 
-#include "util/Diretorio.h"
-
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -25,12 +23,6 @@ public:
     }
     void gravar(std::string_view nome, std::string_view conteudo) const {
         std::ofstream(*this / nome, std::ios::binary) << conteudo;
-    }
-
-    // Makes it the data directory, as for a process that starts now.
-    void serDiretorioDeDados() const {
-        ::setenv("ZEL_DIRETORIO", caminho_.c_str(), 1);
-        zel::esquecerDiretorio();
     }
 
 private:

@@ -1,6 +1,6 @@
 // The registry and its file: what is written when, what is read again when, and that a failure
 // leaves both as they were.
-#include "PastaTemporaria.h"
+#include "DiretorioDeDados.h"
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
 #include "util/Texto.h"
@@ -18,7 +18,7 @@ constexpr Chave kNNF = R"(IDE\nNF)"_chave;
 class ConfigRegistro : public testing::Test {
 protected:
     void SetUp() override {
-        pasta_.serDiretorioDeDados();
+        serDiretorioDeDados(pasta_);
         ASSERT_EQ(inicializarConfig(), ZEL_OK);
     }
     void TearDown() override { ::unsetenv("ZEL_DIRETORIO"); }

@@ -2,7 +2,7 @@
 // tax section, an open receipt, no presets.
 #pragma once
 
-#include "PastaTemporaria.h"
+#include "DiretorioDeDados.h"
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
 #include "documento/ZEL_Persistencia.h"
@@ -35,7 +35,7 @@ inline std::string resumo(const ST_tagZEL &tag) {
 class ImpostoTest : public testing::Test {
 protected:
     void SetUp() override {
-        pasta_.serDiretorioDeDados();
+        serDiretorioDeDados(pasta_);
         ASSERT_EQ(inicializarConfig(), ZEL_OK);
         configurar(R"(IMPOSTO\ICMS\ICMS00)", "Orig= CST= modBC=");
         configurar("CONFIGURACAO", "estadoCFe=1");

@@ -1,7 +1,7 @@
 // Documents and returns (files beside the golden receipts), and a till of its own for each test.
 #pragma once
 
-#include "PastaTemporaria.h"
+#include "DiretorioDeDados.h"
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
 #include "documento/ZEL_Persistencia.h"
@@ -60,7 +60,7 @@ inline std::string juntar(std::initializer_list<std::string_view> campos) {
 class Teste : public testing::Test {
 protected:
     void SetUp() override {
-        pasta.serDiretorioDeDados();
+        serDiretorioDeDados(pasta);
         ASSERT_EQ(inicializarConfig(), ZEL_OK);
         G_stXML_Persistencia.fnLimpar();
         G_stDadosImpressao = {};

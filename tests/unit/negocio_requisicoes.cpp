@@ -1,5 +1,5 @@
 // The request documents and the operations that send them.
-#include "PastaTemporaria.h"
+#include "DiretorioDeDados.h"
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
 #include "documento/ZEL_Cabecalho.h"
@@ -32,7 +32,7 @@ using Textos = std::array<std::string_view, N>;
 class Requisicoes : public testing::Test {
 protected:
     void SetUp() override {
-        pasta.serDiretorioDeDados();
+        serDiretorioDeDados(pasta);
         ASSERT_EQ(inicializarConfig(), ZEL_OK);
         configurar(R"(EMIT\CNPJ)", "11222333000181");
         configurar(R"(IDE\nNF)", "123");

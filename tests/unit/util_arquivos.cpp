@@ -1,5 +1,5 @@
 // The files that leave the library scrambled, and the history copies.
-#include "PastaTemporaria.h"
+#include "DiretorioDeDados.h"
 #include "ZEL_FelborFramework.h"
 #include "util/Cripto.h"
 #include "util/Historico.h"
@@ -34,7 +34,7 @@ TEST(Cripto, key_is_cut_to_its_limit) {
 
 TEST(Cripto, last_receipt_is_private_and_comes_back_without_its_terminator) {
     const PastaTemporaria pasta;
-    pasta.serDiretorioDeDados();
+    serDiretorioDeDados(pasta);
     std::string lido = "intacto";
     EXPECT_EQ(fnLerArquivoCriptUltimaDanfe(lido), ZEL_ARQUIVO_INDISPONIVEL);
     EXPECT_EQ(lido, "intacto");

@@ -5,6 +5,13 @@
 
 namespace disco {
 
+namespace {
+
+constexpr std::string_view kDiario = ".diario";
+constexpr std::size_t kSetor = 512;
+
+} // namespace
+
 Imagens::Imagens(std::string diretorio, const Fotografia &antes)
     : diretorio_(std::move(diretorio)) {
     for (const auto &[nome, bytes] : antes)
@@ -33,34 +40,36 @@ void Imagens::refazer(Nomes &nomes, const Mudanca &mudanca) {
         nomes.erase(mudanca.nome);
 }
 
-void Imagens::conferirTroca(const Mudanca &mudanca) {
-    if (mudanca.chamada != Chamada::kRenomear && mudanca.chamada != Chamada::kTrocar) return;
-    const auto novo = nomes_.find(mudanca.nome);
-    if (novo != nomes_.end() && novo->second->sujo())
-        violacoes_.push_back(mudanca.nome + " takes the place of " + mudanca.outro + " unflushed");
-}
-
 void Imagens::mudarNomes(Mudanca mudanca) {
-    conferirTroca(mudanca);
     refazer(nomes_, mudanca);
     mudancas_.push_back(std::move(mudanca));
 }
 
 void Imagens::escrever(Arquivo &arquivo, const Evento &evento) {
-    constexpr std::size_t kSetor = 512;
-    if (!evento.lugar) {
-        arquivo.durante += evento.bytes;
-        return;
-    }
-    const std::size_t fim = *evento.lugar + evento.bytes.size();
-    if (*evento.lugar / kSetor != (fim - 1) / kSetor)
-        violacoes_.push_back("bytes written over in place stand in more than one sector");
-    arquivo.durante.replace(*evento.lugar, evento.bytes.size(), evento.bytes);
+    const std::size_t lugar = evento.lugar.value_or(arquivo.durante.size());
+    const std::size_t fim = lugar + evento.bytes.size();
+    if (fim > arquivo.durante.size()) arquivo.durante.resize(fim, '\0');
+    arquivo.durante.replace(lugar, evento.bytes.size(), evento.bytes);
+}
+
+// Half of what is not flushed got to the disk.
+std::string Imagens::Arquivo::rasgado() const {
+    const std::size_t comum = std::min(gravado.size(), durante.size());
+    const auto muda = static_cast<std::size_t>(
+        std::mismatch(gravado.begin(), gravado.begin() + static_cast<std::ptrdiff_t>(comum),
+                      durante.begin())
+            .first -
+        gravado.begin());
+    const std::size_t meio = muda + (durante.size() - muda) / 2;
+    return durante.substr(0, meio) + (gravado.size() > meio ? gravado.substr(meio) : "");
 }
 
 void Imagens::aplicar(const Evento &evento) {
     const auto aberto = abertos_.find(evento.fd);
-    const No no = aberto != abertos_.end() ? aberto->second : nullptr;
+    No no = aberto != abertos_.end() ? aberto->second : nullptr;
+    if (const auto antigo = nomes_.find(nome(evento.caminho));
+        aberto == abertos_.end() && evento.fd >= 0 && antigo != nomes_.end())
+        no = antigo->second; // opened before the first call that was recorded
     switch (evento.chamada) {
     case Chamada::kAbrir: {
         const std::string arquivo = nome(evento.caminho);
@@ -114,8 +123,7 @@ std::set<Fotografia> Imagens::possiveis() const {
         for (const auto &[nome, no] : nomes) {
             perdidos[nome] = no->gravado;
             inteiros[nome] = no->durante;
-            const std::size_t comum = std::min(no->gravado.size(), no->durante.size());
-            rasgados[nome] = no->durante.substr(0, comum + (no->durante.size() - comum) / 2);
+            rasgados[nome] = no->rasgado();
         }
         imagens.insert({perdidos, inteiros, rasgados});
     }
@@ -124,11 +132,14 @@ std::set<Fotografia> Imagens::possiveis() const {
 
 std::vector<std::string> Imagens::pendencias() const {
     std::vector<std::string> nomes;
-    for (const auto &[nome, no] : nomes_)
-        if (no->sujo()) nomes.push_back(nome + " has bytes that are not flushed");
-    for (const auto &[nome, no] : nomes_)
+    for (const auto &[nome, no] : nomes_) {
+        if (!nome.ends_with(kDiario)) continue;
+        // The first sector alone may be lost.
+        if (no->durante.substr(kSetor) != no->gravado.substr(std::min(kSetor, no->gravado.size())))
+            nomes.push_back(nome + " has bytes that are not flushed");
         if (!gravados_.contains(nome) || gravados_.at(nome) != no)
             nomes.push_back(nome + " stands under a name that is not flushed");
+    }
     return nomes;
 }
 

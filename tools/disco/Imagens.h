@@ -27,19 +27,14 @@ public:
     // What may be found after a power cut now.
     std::set<Fotografia> possiveis() const;
 
-    // Broken rules, in words: a file that took a live one's place before its bytes were flushed, or
-    // was written over where a cut may leave half of it.
-    const std::vector<std::string> &violacoes() const { return violacoes_; }
-
-    // Names whose bytes or place are not flushed yet; of a removal that is not flushed nothing is
-    // told, since the name will be met again and removed again.
+    // What of the journal is not flushed, in words: everything else is put right from it.
     std::vector<std::string> pendencias() const;
 
 private:
     struct Arquivo {
         std::string durante; // as the process sees it
         std::string gravado; // as flushed
-        bool sujo() const { return durante != gravado; }
+        std::string rasgado() const;
     };
     using No = std::shared_ptr<Arquivo>;
     using Nomes = std::map<std::string, No>;
@@ -55,14 +50,12 @@ private:
     void mudarNomes(Mudanca mudanca);
     static void refazer(Nomes &nomes, const Mudanca &mudanca);
     void escrever(Arquivo &arquivo, const Evento &evento);
-    void conferirTroca(const Mudanca &mudanca);
 
     std::string diretorio_;
     Nomes nomes_;
     Nomes gravados_;
     std::vector<Mudanca> mudancas_; // not flushed
     std::map<int, No> abertos_;     // null for the directory itself
-    std::vector<std::string> violacoes_;
 };
 
 } // namespace disco

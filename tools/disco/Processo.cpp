@@ -12,12 +12,39 @@ namespace disco {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+constexpr std::uintmax_t kTamanhoDiario = std::uintmax_t{2} << 20;
+
+// Its end is zeros that need not be kept.
+bool ehDiario(const std::string &nome) {
+    return nome.ends_with(".diario");
+}
+
+std::string lerTudo(const fs::path &caminho) {
+    constexpr std::size_t kPedaco = std::size_t{64} << 10;
+    std::ifstream arquivo(caminho, std::ios::binary);
+    const bool diario = ehDiario(caminho.string());
+    std::string bytes, pedaco(kPedaco, '\0');
+    while (arquivo.read(pedaco.data(), kPedaco) || arquivo.gcount() > 0) {
+        bytes.append(pedaco, 0, static_cast<std::size_t>(arquivo.gcount()));
+        if (!diario) continue;
+        const std::size_t antes = bytes.size();
+        bytes.resize(bytes.find_last_not_of('\0') + 1);
+        if (antes - bytes.size() >= kPedaco) break;
+        bytes.resize(antes, '\0');
+    }
+    if (diario) bytes.resize(bytes.find_last_not_of('\0') + 1);
+    return bytes;
+}
+
+} // namespace
+
 Fotografia fotografar(const std::string &diretorio) {
     Fotografia fotografia;
     for (const fs::directory_entry &entrada : fs::directory_iterator(diretorio)) {
         if (!entrada.is_regular_file()) continue;
-        std::ifstream arquivo(entrada.path(), std::ios::binary);
-        fotografia[entrada.path().filename()] = {std::istreambuf_iterator<char>(arquivo), {}};
+        fotografia[entrada.path().filename()] = lerTudo(entrada.path());
     }
     return fotografia;
 }
@@ -28,8 +55,11 @@ void revelar(const std::string &diretorio, const Fotografia &fotografia) {
     for (const auto &[nome, bytes] : fotografia) {
         std::ofstream arquivo(diretorio + nome, std::ios::binary);
         arquivo.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        arquivo.close();
+        if (ehDiario(nome)) fs::resize_file(diretorio + nome, kTamanhoDiario);
         fs::permissions(diretorio + nome, fs::perms::owner_read | fs::perms::owner_write);
     }
+    envelhecer(diretorio);
 }
 
 int emOutroProcesso(const std::function<int()> &acao) {

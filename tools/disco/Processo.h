@@ -8,10 +8,11 @@
 
 namespace disco {
 
-// The regular files of a directory whose path ends in "/".
+// The regular files of a directory whose path ends in "/"; of a journal without the zeros at its
+// end.
 Fotografia fotografar(const std::string &diretorio);
 
-// Makes the directory hold these files and nothing else.
+// Makes the directory hold these files and nothing else, as written long ago.
 void revelar(const std::string &diretorio, const Fotografia &fotografia);
 
 // Runs `acao` in a process of its own. Its answer (0 to 125), kMorto where a plan ended it, or

@@ -6,6 +6,8 @@
 #include <ctime>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <filesystem>
+#include <map>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -17,6 +19,21 @@ namespace {
 Vigia *vigia = nullptr;
 long relogio = 0;
 
+// By inode, when a file that was aged last changed.
+std::map<ino_t, timespec> &envelhecidos() {
+    static std::map<ino_t, timespec> mudancas;
+    return mudancas;
+}
+
+int contarIdade(int resultado, struct stat *dados) {
+    if (resultado != 0) return resultado;
+    const auto antigo = envelhecidos().find(dados->st_ino);
+    if (antigo != envelhecidos().end() && antigo->second.tv_sec == dados->st_ctim.tv_sec &&
+        antigo->second.tv_nsec == dados->st_ctim.tv_nsec)
+        dados->st_ctim = {1, 0};
+    return resultado;
+}
+
 // The C library's own function behind the one defined here.
 template <class Funcao>
 Funcao *proxima(const char *nome) {
@@ -27,6 +44,14 @@ std::string absoluto(const char *caminho) {
     if (caminho[0] == '/') return caminho;
     char atual[4096];
     return getcwd(atual, sizeof atual) == nullptr ? caminho : std::string(atual) + "/" + caminho;
+}
+
+// What a descriptor was opened for, perhaps before anybody watched.
+std::string caminhoDe(int fd) {
+    char alvo[4096];
+    const std::string ligacao = "/proc/self/fd/" + std::to_string(fd);
+    const ssize_t tamanho = readlink(ligacao.c_str(), alvo, sizeof alvo);
+    return tamanho < 0 ? "" : std::string(alvo, static_cast<std::size_t>(tamanho));
 }
 
 using Destino = Vigia::Destino;
@@ -89,6 +114,18 @@ Vigia::Destino Vigia::julgar(Chamada chamada) {
     return cortada ? Destino::kMetade : Destino::kRecusar;
 }
 
+void envelhecer(const std::string &diretorio) {
+    namespace fs = std::filesystem;
+    envelhecidos().clear();
+    std::vector<fs::path> todos{diretorio};
+    for (const fs::directory_entry &entrada : fs::directory_iterator(diretorio))
+        todos.push_back(entrada.path());
+    for (const fs::path &um : todos) {
+        struct stat dados {};
+        if (::stat(um.c_str(), &dados) == 0) envelhecidos()[dados.st_ino] = dados.st_ctim;
+    }
+}
+
 void fixarRelogio(long segundos) {
     relogio = segundos;
 }
@@ -99,7 +136,8 @@ namespace {
 template <class Real>
 int comDescritor(Chamada chamada, int fd, Real real) {
     return passar(
-        chamada, [&](Destino) { return real(); }, [&](int) { return Evento{.fd = fd}; });
+        chamada, [&](Destino) { return real(); },
+        [&](int) { return Evento{.fd = fd, .caminho = caminhoDe(fd)}; });
 }
 
 template <class Real>
@@ -117,15 +155,14 @@ ssize_t escrever(int fd, const void *dados, std::size_t tamanho, std::optional<s
                  Real real) {
     const auto fazer = [&](Destino destino) {
         if (destino == Destino::kFazer) return real(tamanho);
-        // Within a page nobody dies in the middle of a write.
-        const bool inteiro = lugar && destino == Destino::kMetadeEMorrer;
-        const ssize_t metade = real(inteiro ? tamanho : (tamanho + 1) / 2);
+        const ssize_t metade = real((tamanho + 1) / 2);
         if (destino == Destino::kMetadeEMorrer) _exit(kMorto);
         return metade;
     };
     return passar(Chamada::kEscrever, fazer, [&](ssize_t escritos) {
         return Evento{
             .fd = fd,
+            .caminho = caminhoDe(fd),
             .bytes = {static_cast<const char *>(dados), static_cast<std::size_t>(escritos)},
             .lugar = lugar};
     });
@@ -159,6 +196,15 @@ ssize_t read(int fd, void *dados, size_t tamanho) {
     static const auto real = proxima<ssize_t(int, void *, size_t)>("read");
     return passar(
         Chamada::kLer, [&](Destino) { return real(fd, dados, tamanho); },
+        [&](ssize_t lidos) {
+            return Evento{.fd = fd, .tamanho = static_cast<std::size_t>(lidos)};
+        });
+}
+
+ssize_t pread(int fd, void *dados, size_t tamanho, off_t lugar) {
+    static const auto real = proxima<ssize_t(int, void *, size_t, off_t)>("pread");
+    return passar(
+        Chamada::kLer, [&](Destino) { return real(fd, dados, tamanho, lugar); },
         [&](ssize_t lidos) {
             return Evento{.fd = fd, .tamanho = static_cast<std::size_t>(lidos)};
         });
@@ -214,12 +260,20 @@ int fchown(int fd, uid_t dono, gid_t grupo) noexcept {
 
 int fstat(int fd, struct stat *dados) noexcept {
     static const auto real = proxima<int(int, struct stat *)>("fstat");
-    return comDescritor(Chamada::kSituacao, fd, [&] { return real(fd, dados); });
+    return comDescritor(Chamada::kSituacao, fd,
+                        [&] { return contarIdade(real(fd, dados), dados); });
 }
 
 int lstat(const char *caminho, struct stat *dados) noexcept {
     static const auto real = proxima<int(const char *, struct stat *)>("lstat");
-    return comCaminhos(Chamada::kSituacao, caminho, nullptr, [&] { return real(caminho, dados); });
+    return comCaminhos(Chamada::kSituacao, caminho, nullptr,
+                       [&] { return contarIdade(real(caminho, dados), dados); });
+}
+
+int stat(const char *caminho, struct stat *dados) noexcept {
+    static const auto real = proxima<int(const char *, struct stat *)>("stat");
+    return comCaminhos(Chamada::kSituacao, caminho, nullptr,
+                       [&] { return contarIdade(real(caminho, dados), dados); });
 }
 
 int ftruncate(int fd, off_t tamanho) noexcept {

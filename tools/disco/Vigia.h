@@ -15,7 +15,7 @@ namespace disco {
 enum class Chamada {
     kAbrir,
     kLer,
-    kSituacao, // fstat, lstat
+    kSituacao, // fstat, lstat, stat
     kEscrever,
     kDescarregar, // fsync, fdatasync
     kCortar,
@@ -37,7 +37,7 @@ struct Evento {
     Chamada chamada{};
     int fd = -1;
     bool cria = false;                  // kAbrir: made a file that was not there
-    std::string caminho{};              // absolute, of the calls that take one
+    std::string caminho{};              // absolute; of a descriptor, what it was opened for
     std::string outro{};                // kRenomear, kTrocar, kLigar: the second one
     std::string bytes{};                // kEscrever
     std::optional<std::size_t> lugar{}; // kEscrever: where; none behind the end
@@ -90,6 +90,11 @@ private:
     bool cheio_ = false;
     std::vector<Evento> eventos_;
 };
+
+// The files and the directory as they stand now were written long ago: as long as nothing changes
+// one, it is told to have changed in 1970. Together with the contents of a disk image, this is what
+// a process finds after a power cut.
+void envelhecer(const std::string &diretorio);
 
 // The seconds that `time` answers from now on, so that two runs write the same bytes; 0 for the
 // real ones.

@@ -1,0 +1,53 @@
+// The journal of a data directory as a dead process, a bad sector or another till may have left it:
+// whatever it holds, the files end as it says or as they were, and the next change works.
+#include "PastaDoAlvo.h"
+
+#include "ZEL_FelborFramework.h"
+#include "util/Gravacao.h"
+#include "util/RegistroDiario.h"
+#include "util/Trava.h"
+
+using namespace zel;
+
+namespace {
+
+// The input as the journal, or as the change of a record with a right checksum.
+std::string diarioDe(std::string_view entrada) {
+    std::string bytes(kSetor, '\0');
+    if (tirarNumero(entrada, 2) == 0) return bytes.append(entrada);
+    RegistroDiario registro;
+    registro.sequencia = 1;
+    registro.lugar.caminho = 0;
+    while (!entrada.empty() && registro.mudancas.size() < 8) {
+        MudancaDiario mudanca;
+        mudanca.forma = FormaMudanca{static_cast<std::uint8_t>(tirarNumero(entrada, 5))};
+        mudanca.lugar = static_cast<std::uint64_t>(tirarNumero(entrada, 256));
+        mudanca.retirados = static_cast<std::uint64_t>(tirarNumero(entrada, 256));
+        mudanca.nome = tirarNumero(entrada, 2) == 0 ? "a" : "b";
+        mudanca.bytes = tirarAte(entrada, '\n');
+        registro.mudancas.push_back(mudanca);
+        ++registro.sequencia;
+    }
+    registro.sequencia = 1;
+    return bytes + escreverRegistroDiario(registro);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho) {
+    static const PastaDoAlvo pasta;
+    pasta.esvaziar();
+    esquecerDiario();
+    pasta.gravar("ZEL_Framework.diario", diarioDe(textoDe(dados, tamanho)));
+    pasta.gravar("a", "antes");
+    const Vez vez;
+    exigir(static_cast<bool>(vez));
+    const int codigo = acompanharDiario();
+    exigir(codigo == ZEL_OK || codigo == ZEL_ARQUIVO_INDISPONIVEL);
+    if (codigo != ZEL_OK) return 0;
+    const MudancaArquivo mudanca{.nome = "c", .depois = "depois"};
+    exigir(gravarJuntos({&mudanca, 1}) == ZEL_OK && pasta.ler("c") == "depois");
+    esquecerDiario();
+    exigir(acompanharDiario() == ZEL_OK && pasta.ler("c") == "depois");
+    return 0;
+}

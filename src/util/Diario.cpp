@@ -1,0 +1,217 @@
+#include "util/Diario.h"
+
+#include "ZEL_FelborFramework.h"
+#include "util/Diretorio.h"
+#include "util/Soma.h"
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstdlib>
+#include <ctime>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace zel {
+
+namespace {
+
+constexpr std::string_view kNome = "ZEL_Framework.diario";
+constexpr std::size_t kTamanho = std::size_t{2} << 20; // two thousand sales
+constexpr std::size_t kPedaco = std::size_t{64} << 10; // written, or read, at a time
+
+std::int64_t agora() {
+    constexpr std::int64_t kSegundo = 1'000'000'000;
+    timespec momento{};
+    ::clock_gettime(CLOCK_REALTIME, &momento);
+    return momento.tv_sec * kSegundo + momento.tv_nsec;
+}
+
+bool escreverTudo(int fd, std::string_view bytes, std::size_t lugar) {
+    while (!bytes.empty()) {
+        const ssize_t escritos = insistir(
+            [&] { return ::pwrite(fd, bytes.data(), bytes.size(), static_cast<off_t>(lugar)); });
+        if (escritos <= 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(escritos));
+        lugar += static_cast<std::size_t>(escritos);
+    }
+    return true;
+}
+
+// What there is from `lugar` on, up to `tamanho` bytes.
+bool lerTrecho(int fd, std::size_t lugar, std::size_t tamanho, std::string &bytes) {
+    bytes.resize(tamanho);
+    const ssize_t lidos =
+        insistir([&] { return ::pread(fd, bytes.data(), tamanho, static_cast<off_t>(lugar)); });
+    bytes.resize(lidos > 0 ? static_cast<std::size_t>(lidos) : 0);
+    return lidos >= 0;
+}
+
+bool descarregar(int fd) {
+    return insistir([&] { return ::fdatasync(fd); }) == 0;
+}
+
+std::uint32_t somaDoCaminho() {
+    std::array<char, PATH_MAX> absoluto{};
+    const std::string diretorio = fnConfigurarPath("");
+    const char *real = ::realpath(diretorio.c_str(), absoluto.data());
+    return somaCrc32(real != nullptr ? real : diretorio);
+}
+
+} // namespace
+
+Leitura Diario::abrir() {
+    const std::string caminho = fnConfigurarPath(kNome);
+    arquivo_ = Descritor(caminho.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK);
+    if (!arquivo_.aberto()) return errno == ENOENT ? Leitura::kInexistente : Leitura::kFalha;
+    struct stat dados {};
+    if (::fstat(arquivo_.fd(), &dados) != 0 || !S_ISREG(dados.st_mode)) {
+        arquivo_.fechar();
+        return Leitura::kFalha;
+    }
+    tamanho_ = static_cast<std::size_t>(dados.st_size);
+    fim_ = kInicio;
+    ultimo_ = {};
+    ultimo_.lugar = {somaDoCaminho(), dados.st_ino};
+    ultimo_.epoca = agora();
+    carimbos_.clear();
+    setor_.clear();
+    return Leitura::kLido;
+}
+
+int Diario::abrirOuCriar() {
+    if (arquivo_.aberto()) return ZEL_OK;
+    Leitura leitura = abrir();
+    if (leitura == Leitura::kInexistente && criar(fnConfigurarPath(kNome)) == ZEL_OK)
+        leitura = abrir();
+    if (leitura != Leitura::kLido) return ZEL_ARQUIVO_INDISPONIVEL;
+    // One that was cut short has no room that is sure.
+    if (tamanho_ >= kTamanho || ocupar(kTamanho) == ZEL_OK) return ZEL_OK;
+    arquivo_.fechar();
+    return ZEL_ARQUIVO_INDISPONIVEL;
+}
+
+// Zeros that are written take room that no other file can take, and cost less at each flush than
+// room that is only reserved.
+int Diario::ocupar(std::size_t tamanho) {
+    const std::string zeros(kPedaco, '\0');
+    for (std::size_t lugar = tamanho_ / kPedaco * kPedaco; lugar < tamanho; lugar += kPedaco)
+        if (const std::size_t inicio = std::max(lugar, tamanho_);
+            !escreverTudo(arquivo_.fd(), std::string_view(zeros).substr(inicio - lugar), inicio))
+            return ZEL_ARQUIVO_INDISPONIVEL;
+    if (insistir([&] { return ::fsync(arquivo_.fd()); }) != 0) return ZEL_ARQUIVO_INDISPONIVEL;
+    tamanho_ = (tamanho + kPedaco - 1) / kPedaco * kPedaco;
+    return ZEL_OK;
+}
+
+int Diario::criar(const std::string &caminho) {
+    arquivo_ = Descritor(caminho.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+    if (!arquivo_.aberto()) return ZEL_ARQUIVO_INDISPONIVEL;
+    tamanho_ = 0;
+    const int feito =
+        ocupar(kTamanho) == ZEL_OK ? descarregarDiretorio(caminho) : int{ZEL_ARQUIVO_INDISPONIVEL};
+    arquivo_.fechar();
+    if (feito != ZEL_OK) removerArquivo(caminho);
+    return feito;
+}
+
+Leitura Diario::ler(Conteudo &conteudo) {
+    conteudo = {};
+    if (const Leitura leitura = abrir(); leitura != Leitura::kLido) return leitura;
+    std::string &bytes = conteudo.bytes;
+    // No further than records reach: after them there are zeros.
+    for (std::size_t quanto = kPedaco;; quanto *= 2) {
+        if (!lerTrecho(arquivo_.fd(), 0, std::min(quanto, tamanho_), bytes)) return Leitura::kFalha;
+        percorrer(bytes, conteudo.registros);
+        const bool haMais = fim_ + kSetor > bytes.size() ||
+                            anunciaSeguinte(std::string_view(bytes).substr(fim_), ultimo_);
+        if (quanto >= tamanho_ || !haMais) break;
+    }
+    setor_ = bytes.substr(0, kSetor);
+    conteudo.carimbos = lerCarimbos(setor_, ultimo_);
+    conteudo.faltamUltimos = carimbosDeSeguinte(setor_, ultimo_);
+    carimbos_ = conteudo.carimbos.value_or(std::vector<CarimboDiario>{});
+    return Leitura::kLido;
+}
+
+void Diario::percorrer(std::string_view bytes, std::vector<RegistroDiario> &registros) {
+    registros.clear();
+    fim_ = kInicio;
+    ultimo_.sequencia = 0;
+    std::size_t tamanho = 0;
+    while (fim_ < bytes.size()) {
+        auto registro = lerRegistroDiario(bytes.substr(fim_), tamanho);
+        if (!registro || !segue(*registro)) break;
+        fim_ += tamanho;
+        ultimo_.epoca = registro->epoca;
+        ultimo_.sequencia = registro->sequencia;
+        registros.push_back(std::move(*registro));
+    }
+}
+
+// Whether a record is the next one after the last, of a journal that belongs here: one that was
+// copied has another inode, one that was moved away another path.
+bool Diario::segue(const RegistroDiario &registro) const {
+    const bool daqui =
+        registro.lugar.no == ultimo_.lugar.no || registro.lugar.caminho == ultimo_.lugar.caminho;
+    const bool daEpoca = ultimo_.sequencia == 0 || registro.epoca == ultimo_.epoca;
+    return daqui && daEpoca && registro.sequencia == ultimo_.sequencia + 1;
+}
+
+bool Diario::emDia() {
+    struct stat dados {};
+    if (!arquivo_.aberto() || ::fstat(arquivo_.fd(), &dados) != 0 || dados.st_nlink == 0)
+        return false;
+    std::string bytes;
+    if (!lerTrecho(arquivo_.fd(), 0, kSetor, bytes) || bytes != setor_) return false;
+    // A process that died may have left a record without its stamps.
+    if (!lerTrecho(arquivo_.fd(), fim_, kSetor, bytes)) return false;
+    return !anunciaSeguinte(bytes, ultimo_);
+}
+
+std::string Diario::preparar(std::vector<MudancaDiario> mudancas) {
+    RegistroDiario registro = ultimo_;
+    ++registro.sequencia;
+    registro.momento = agora();
+    registro.carimbos = carimbos_;
+    registro.mudancas = std::move(mudancas);
+    return escreverRegistroDiario(registro);
+}
+
+int Diario::acrescentar(const std::string &registro) {
+    const bool inteiro = escreverTudo(arquivo_.fd(), registro, fim_);
+    if (!inteiro || !descarregar(arquivo_.fd())) {
+        const bool apagado = escreverTudo(arquivo_.fd(), std::string(kSetor, '\0'), fim_);
+        if (!inteiro || (apagado && descarregar(arquivo_.fd()))) return ZEL_ARQUIVO_INDISPONIVEL;
+        // Written back where the zeros may have got to the disk: what cannot be taken back has
+        // happened.
+        if (apagado && !escreverTudo(arquivo_.fd(), registro.substr(0, kSetor), fim_))
+            return ZEL_ARQUIVO_INDISPONIVEL;
+    }
+    fim_ += registro.size();
+    ++ultimo_.sequencia;
+    carimbos_.clear();
+    return ZEL_OK;
+}
+
+void Diario::carimbar(std::vector<CarimboDiario> carimbos) {
+    carimbos_ = std::move(carimbos);
+    setor_ = escreverCarimbos(ultimo_, carimbos_);
+    escreverTudo(arquivo_.fd(), setor_, 0);
+}
+
+int Diario::esvaziar(std::size_t tamanho) {
+    if (kInicio + tamanho > tamanho_ && ocupar(kInicio + tamanho) != ZEL_OK)
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!escreverTudo(arquivo_.fd(), std::string(kSetor, '\0'), kInicio))
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    fim_ = kInicio;
+    ultimo_.sequencia = 0;
+    ultimo_.epoca = agora();
+    carimbar({});
+    return ZEL_OK;
+}
+
+} // namespace zel

@@ -1,0 +1,77 @@
+// The journal: one file of the data directory, written in order with one flush a record. What a
+// call changes in all files is in one record; once that is on the disk the call is done, and the
+// files themselves need no flush: whatever a power cut tears in them is put right from here. Knows
+// where records stand and which one is the last; what they mean for the files is Gravacao's.
+//
+//   journal = stamps of the last record (one sector) {record}
+//
+// The records of one epoch follow each other by their sequence numbers; where that breaks off, or a
+// checksum does not fit, the journal ends. Emptied, it begins again at its first record, in another
+// epoch. A record written later never touches a sector of an earlier one.
+#pragma once
+
+#include "util/Descritor.h"
+#include "util/RegistroDiario.h"
+
+#include <string>
+#include <vector>
+
+namespace zel {
+
+class Diario {
+public:
+    // Opens the journal of the data directory, if there is one.
+    Leitura abrir();
+    // The same, and makes one of zeros where there is none, flushed. 1 or -52.
+    int abrirOuCriar();
+    void fechar() { arquivo_.fechar(); }
+
+    // What stands in it.
+    struct Conteudo {
+        std::string bytes;                                  // the records' views are into these
+        std::vector<RegistroDiario> registros;              // those that belong here
+        std::optional<std::vector<CarimboDiario>> carimbos; // of the last one, where known
+        bool faltamUltimos = false; // records are damaged that others had followed
+    };
+    // Reads it; the next record will follow the last one read.
+    Leitura ler(Conteudo &conteudo);
+
+    // Whether the journal ends where this process knows it to: not when another process wrote to it
+    // since, or when it is no longer the file of its name.
+    bool emDia();
+
+    // Whether the next record, of so many bytes, has room.
+    bool cabe(std::size_t tamanho) const { return fim_ + tamanho <= tamanho_; }
+    bool passouDaMetade() const { return fim_ > tamanho_ / 2; }
+    bool vazio() const { return fim_ == kInicio; }
+
+    // The record of the changes that would come next.
+    std::string preparar(std::vector<MudancaDiario> mudancas);
+    // Appends it and flushes it. 1, or -52 without it. Where the disk refuses the flush and the way
+    // back as well, the record stands and counts as done.
+    int acrescentar(const std::string &registro);
+
+    // Notes, without a flush, how the files stand that the last record changed.
+    void carimbar(std::vector<CarimboDiario> carimbos);
+
+    // Begins anew, with room for a record of `tamanho` bytes. The files that it speaks of must be
+    // flushed before. 1 or -52.
+    int esvaziar(std::size_t tamanho = 0);
+
+private:
+    static constexpr std::size_t kInicio = kSetor;
+
+    int criar(const std::string &caminho);
+    int ocupar(std::size_t tamanho);
+    void percorrer(std::string_view bytes, std::vector<RegistroDiario> &registros);
+    bool segue(const RegistroDiario &registro) const;
+
+    Descritor arquivo_;
+    std::size_t tamanho_ = 0;
+    std::size_t fim_ = kInicio;           // of the last record
+    RegistroDiario ultimo_;               // without its changes; sequence 0 for none
+    std::vector<CarimboDiario> carimbos_; // of the last record
+    std::string setor_;                   // the first sector, as this process wrote or read it last
+};
+
+} // namespace zel

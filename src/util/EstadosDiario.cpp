@@ -1,0 +1,65 @@
+#include "util/EstadosDiario.h"
+
+namespace zel {
+
+namespace {
+
+// Between a record and the writing of its files a machine may be busy for this long; used only
+// where the stamps were lost, which takes a crash.
+constexpr std::int64_t kFolga = 60'000'000'000; // nanoseconds
+
+} // namespace
+
+bool EstadoDiario::ehDeOutro(const Identidade &achada) const {
+    if (!carimbo) return achada.mudanca > limite;
+    if (achada.mudanca != carimbo->mudanca) return achada.mudanca > carimbo->mudanca;
+    // Within one tick of the clock.
+    return achada.no != carimbo->no || achada.tamanho != carimbo->tamanho;
+}
+
+EstadosDiario::EstadosDiario(const Diario::Conteudo &conteudo) {
+    for (const RegistroDiario &registro : conteudo.registros) {
+        carimbar(registro.carimbos);
+        aplicar(registro);
+    }
+    if (conteudo.carimbos) carimbar(*conteudo.carimbos);
+    // A file may well be later than records that lost those which followed them.
+    if (conteudo.faltamUltimos) return;
+    for (auto &[nome, estado] : arquivos_)
+        estado.limite += kFolga;
+}
+
+void EstadosDiario::aplicar(const RegistroDiario &registro) {
+    for (const MudancaDiario &mudanca : registro.mudancas) {
+        const auto [lugar, nova] = arquivos_.try_emplace(std::string(mudanca.nome));
+        EstadoDiario &estado = lugar->second;
+        if (nova) estado.existia = true;
+        // Made in this journal, its name is as uncertain as its bytes.
+        if (mudanca.forma == FormaMudanca::kInteiraNova) estado.existia = false;
+        if (mudanca.forma == FormaMudanca::kTrecho) {
+            if (mudanca.lugar > estado.conteudo.size()) continue; // no record of ours
+            estado.conteudo.replace(mudanca.lugar, mudanca.retirados, mudanca.bytes);
+        } else {
+            estado.conteudo = mudanca.bytes;
+        }
+        estado.acesso = mudanca.acesso;
+        estado.ligacao = mudanca.ligacao;
+        estado.limite = registro.momento;
+        estado.carimbo.reset();
+    }
+}
+
+void EstadosDiario::carimbar(const std::vector<CarimboDiario> &carimbos) {
+    for (const CarimboDiario &carimbo : carimbos) {
+        if (carimbo.nome.empty()) diretorio_ = carimbo.identidade;
+        const auto estado = arquivos_.find(carimbo.nome);
+        if (estado != arquivos_.end()) estado->second.carimbo = carimbo.identidade;
+    }
+}
+
+bool EstadosDiario::foiRemovido(const EstadoDiario &estado, const Identidade &diretorio) const {
+    if (estado.existia) return true;
+    return estado.carimbo && diretorio_ && diretorio.mudanca > diretorio_->mudanca;
+}
+
+} // namespace zel

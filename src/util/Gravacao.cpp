@@ -1,0 +1,305 @@
+#include "util/Gravacao.h"
+
+#include "ZEL_FelborFramework.h"
+#include "util/Diario.h"
+#include "util/Diretorio.h"
+#include "util/EstadosDiario.h"
+#include "util/Trava.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace zel {
+
+namespace {
+
+// What this process knows of the journal and of the files in it.
+struct Gravador {
+    Diario diario;
+    pid_t processo = 0;
+    // Files that hold what the journal says, as they stood when that was last seen.
+    std::map<std::string, Identidade, std::less<>> cadeias;
+    bool atrasado = false; // a file lacks what the journal has
+    ~Gravador();
+};
+
+// Made by the first call that needs it, so that it goes before whatever it uses.
+Gravador &gravador() {
+    static Gravador unico;
+    return unico;
+}
+
+// One change on its way.
+struct Plano {
+    const MudancaArquivo *mudanca = nullptr;
+    std::string caminho;
+    std::string inteiro;    // a whole that took the place of an end
+    bool noLugar = false;   // written where the file stands
+    MudancaDiario trecho{}; // what is written there
+    MudancaDiario registro{};
+    std::string_view depois{}; // the whole, where it is not
+};
+
+// The bytes that differ, as one piece.
+void descreverTrecho(std::string_view antes, std::string_view depois, MudancaDiario &registro) {
+    const std::size_t comum = std::min(antes.size(), depois.size());
+    const auto inicio = static_cast<std::size_t>(
+        std::mismatch(antes.begin(), antes.begin() + static_cast<std::ptrdiff_t>(comum),
+                      depois.begin())
+            .first -
+        antes.begin());
+    std::size_t fim = 0;
+    while (fim < comum - inicio && antes[antes.size() - 1 - fim] == depois[depois.size() - 1 - fim])
+        ++fim;
+    registro.forma = FormaMudanca::kTrecho;
+    registro.lugar = inicio;
+    registro.retirados = antes.size() - fim - inicio;
+    registro.bytes = depois.substr(inicio, depois.size() - fim - inicio);
+}
+
+// Whether a file stands as the journal left it.
+bool continua(const Plano &plano, const Identidade &achada) {
+    const auto cadeia = gravador().cadeias.find(plano.mudanca->nome);
+    return cadeia != gravador().cadeias.end() && cadeia->second == achada;
+}
+
+void planejarFim(Plano &plano, const MudancaArquivo::Fim &fim) {
+    plano.noLugar = true;
+    plano.trecho.forma = FormaMudanca::kTrecho;
+    plano.trecho.lugar = fim.lugar;
+    plano.trecho.retirados = fim.tamanho - fim.lugar;
+    plano.trecho.bytes = plano.mudanca->depois;
+    plano.registro = plano.trecho;
+}
+
+int planejar(const MudancaArquivo &mudanca, Plano &plano) {
+    plano.mudanca = &mudanca;
+    plano.caminho = fnConfigurarPath(mudanca.nome);
+    plano.trecho.nome = mudanca.nome;
+    plano.trecho.acesso = mudanca.acesso;
+    plano.trecho.ligacao = mudanca.ligacao;
+    Identidade achada;
+    const Leitura leitura = identificar(plano.caminho, mudanca.ligacao, achada);
+    // A link that is not followed makes way.
+    if (leitura == Leitura::kFalha && !ehLigacao(plano.caminho)) return ZEL_ARQUIVO_INDISPONIVEL;
+    const bool seguida = leitura == Leitura::kLido && continua(plano, achada);
+    if (mudanca.fim && seguida && achada.tamanho == mudanca.fim->tamanho) {
+        planejarFim(plano, *mudanca.fim);
+        return ZEL_OK;
+    }
+    if (mudanca.fim && leitura == Leitura::kLido && achada.tamanho == mudanca.fim->tamanho) {
+        // The journal does not know it yet.
+        if (lerArquivo(plano.caminho, plano.inteiro, mudanca.ligacao) != Leitura::kLido)
+            return ZEL_ARQUIVO_INDISPONIVEL;
+        plano.inteiro.resize(std::min(plano.inteiro.size(), mudanca.fim->lugar));
+        plano.inteiro.append(mudanca.depois);
+        planejarFim(plano, *mudanca.fim);
+        plano.registro.forma = FormaMudanca::kInteira;
+        plano.registro.lugar = plano.registro.retirados = 0;
+        plano.registro.bytes = plano.inteiro;
+        return ZEL_OK;
+    }
+    if (mudanca.fim) plano.inteiro = mudanca.fim->inteiro();
+    plano.depois = mudanca.fim ? std::string_view(plano.inteiro) : mudanca.depois;
+    const bool sabido =
+        leitura == Leitura::kLido && mudanca.antes && achada.tamanho == mudanca.antes->size();
+    if (sabido) descreverTrecho(*mudanca.antes, plano.depois, plano.trecho);
+    plano.noLugar = sabido && mudanca.antes->size() == plano.depois.size();
+    plano.registro = plano.trecho;
+    if (sabido && seguida) return ZEL_OK;
+    plano.registro.forma =
+        leitura == Leitura::kInexistente ? FormaMudanca::kInteiraNova : FormaMudanca::kInteira;
+    plano.registro.lugar = plano.registro.retirados = 0;
+    plano.registro.bytes = plano.depois;
+    return ZEL_OK;
+}
+
+int planejarTodas(std::span<const MudancaArquivo> mudancas, std::vector<Plano> &planos) {
+    planos.assign(mudancas.size(), {});
+    for (std::size_t i = 0; i < mudancas.size(); ++i)
+        if (const int resultado = planejar(mudancas[i], planos[i]); resultado != ZEL_OK)
+            return resultado;
+    return ZEL_OK;
+}
+
+std::string registroDe(const std::vector<Plano> &planos) {
+    std::vector<MudancaDiario> mudancas;
+    for (const Plano &plano : planos)
+        mudancas.push_back(plano.registro);
+    return gravador().diario.preparar(std::move(mudancas));
+}
+
+void abandonar(const std::vector<Plano> &planos) {
+    for (const Plano &plano : planos)
+        if (!plano.noLugar) removerRascunho(plano.caminho, plano.mudanca->ligacao);
+}
+
+// New files are there, with room for their bytes, before anything has happened.
+int preparar(const std::vector<Plano> &planos) {
+    for (const Plano &plano : planos)
+        if (!plano.noLugar && escreverRascunho(plano.caminho, plano.depois, plano.mudanca->acesso,
+                                               plano.mudanca->ligacao) != ZEL_OK)
+            return ZEL_ARQUIVO_INDISPONIVEL;
+    return ZEL_OK;
+}
+
+int aplicar(const Plano &plano) {
+    if (!plano.noLugar) return instalarRascunho(plano.caminho, plano.mudanca->ligacao);
+    if (plano.trecho.bytes.empty()) return ZEL_OK;
+    return escreverNoLugar(plano.caminho, plano.trecho.lugar, plano.trecho.bytes,
+                           plano.mudanca->ligacao);
+}
+
+// The record is on the disk: what fails from here on is put right later.
+void seguir(const std::vector<Plano> &planos) {
+    constexpr int kTentativas = 2; // what hinders it once may not hinder it twice
+    Gravador &g = gravador();
+    std::vector<CarimboDiario> carimbos;
+    bool nomes = false;
+    for (const Plano &plano : planos) {
+        int feito = ZEL_ARQUIVO_INDISPONIVEL;
+        for (int vez = 0; vez < kTentativas && feito != ZEL_OK; ++vez)
+            feito = aplicar(plano);
+        CarimboDiario carimbo{std::string(plano.mudanca->nome), {}};
+        if (feito != ZEL_OK || identificar(plano.caminho, plano.mudanca->ligacao,
+                                           carimbo.identidade) != Leitura::kLido) {
+            g.atrasado = true;
+            g.cadeias.erase(carimbo.nome);
+            continue;
+        }
+        nomes |= !plano.noLugar;
+        g.cadeias[carimbo.nome] = carimbo.identidade;
+        carimbos.push_back(std::move(carimbo));
+    }
+    if (nomes) carimbos.push_back({"", identificarDiretorio(fnConfigurarPath(""))});
+    g.diario.carimbar(std::move(carimbos));
+}
+
+// Flushes every file that the journal speaks of, and their names.
+int descarregarTudo() {
+    for (const auto &[nome, identidade] : gravador().cadeias) {
+        // The configuration may be a link; no other file is followed.
+        const std::string caminho = fnConfigurarPath(nome);
+        if (descarregarArquivo(caminho, Ligacao::kSeguida) != ZEL_OK && existeArquivo(caminho))
+            return ZEL_ARQUIVO_INDISPONIVEL;
+    }
+    return descarregarDiretorio(fnConfigurarPath(""));
+}
+
+int esvaziar(std::size_t tamanho) {
+    Gravador &g = gravador();
+    if (g.atrasado || descarregarTudo() != ZEL_OK || g.diario.esvaziar(tamanho) != ZEL_OK)
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    g.cadeias.clear();
+    return ZEL_OK;
+}
+
+// Puts a file in the state that the journal has for it, unless somebody wrote it since; a missing
+// one when it was not `removido`.
+int acertar(const std::string &nome, const EstadoDiario &estado, bool removido) {
+    const std::string caminho = fnConfigurarPath(nome);
+    Identidade identidade;
+    std::string conteudo;
+    switch (identificar(caminho, estado.ligacao, identidade)) {
+    case Leitura::kFalha:
+        return ehLigacao(caminho) ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+    case Leitura::kInexistente:
+        if (removido) return ZEL_OK;
+        break;
+    case Leitura::kLido:
+        if (lerArquivo(caminho, conteudo, estado.ligacao) != Leitura::kLido)
+            return ZEL_ARQUIVO_INDISPONIVEL;
+        if (conteudo != estado.conteudo && estado.ehDeOutro(identidade)) return ZEL_OK;
+        if (conteudo != estado.conteudo) break;
+        gravador().cadeias[nome] = identidade;
+        return ZEL_OK;
+    }
+    if (substituirArquivo(caminho, estado.conteudo, estado.acesso, estado.ligacao) != ZEL_OK ||
+        identificar(caminho, estado.ligacao, identidade) != Leitura::kLido)
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    gravador().cadeias[nome] = identidade;
+    return ZEL_OK;
+}
+
+int recuperar() {
+    Gravador &g = gravador();
+    Diario::Conteudo conteudo;
+    g.cadeias.clear();
+    g.processo = ::getpid();
+    g.atrasado = true;
+    switch (g.diario.ler(conteudo)) {
+    case Leitura::kFalha:
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    case Leitura::kInexistente:
+        break;
+    case Leitura::kLido:
+        const EstadosDiario estados(conteudo);
+        // As it was before anything is put right.
+        const Identidade diretorio = identificarDiretorio(fnConfigurarPath(""));
+        for (const auto &[nome, estado] : estados.arquivos())
+            if (acertar(nome, estado, estados.foiRemovido(estado, diretorio)) != ZEL_OK)
+                return ZEL_ARQUIVO_INDISPONIVEL;
+    }
+    g.atrasado = false;
+    return ZEL_OK;
+}
+
+Gravador::~Gravador() {
+    // The end of the process is a quiet moment; a child that never called has nothing to say.
+    if (processo != ::getpid() || diario.vazio()) return;
+    try {
+        if (const Vez vez; vez && diario.emDia()) esvaziar(0);
+    } catch (...) {
+        // The journal is read by the next process.
+    }
+}
+
+} // namespace
+
+int acompanharDiario() {
+    Gravador &g = gravador();
+    if (g.processo == ::getpid() && !g.atrasado && g.diario.emDia()) return ZEL_OK;
+    return recuperar();
+}
+
+int gravarJuntos(std::span<const MudancaArquivo> mudancas) {
+    Gravador &g = gravador();
+    if ((g.processo != ::getpid() || g.atrasado) && recuperar() != ZEL_OK)
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    if (g.diario.abrirOuCriar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    std::vector<Plano> planos;
+    if (const int plano = planejarTodas(mudancas, planos); plano != ZEL_OK) return plano;
+    std::string registro = registroDe(planos);
+    if (!g.diario.cabe(registro.size())) {
+        if (esvaziar(registro.size()) != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+        if (const int plano = planejarTodas(mudancas, planos); plano != ZEL_OK) return plano;
+        registro = registroDe(planos);
+        if (!g.diario.cabe(registro.size()) && g.diario.esvaziar(registro.size()) != ZEL_OK)
+            return ZEL_ARQUIVO_INDISPONIVEL;
+    }
+    if (preparar(planos) != ZEL_OK || g.diario.acrescentar(registro) != ZEL_OK) {
+        abandonar(planos);
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    }
+    try {
+        seguir(planos);
+    } catch (...) {
+        g.atrasado = true; // memory ran out; it has happened all the same
+    }
+    return ZEL_OK;
+}
+
+void aliviarDiario() {
+    if (gravador().diario.passouDaMetade()) esvaziar(0);
+}
+
+void esquecerDiario() {
+    gravador().diario.fechar();
+    gravador().cadeias.clear();
+    gravador().processo = 0;
+}
+
+} // namespace zel

@@ -1,0 +1,215 @@
+#include "util/RegistroDiario.h"
+
+#include "util/Soma.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zel {
+
+namespace {
+
+constexpr std::string_view kMarca = "ZEL1";
+constexpr std::string_view kMarcaCarimbos = "ZELC";
+constexpr std::size_t kAntesDaSoma = 4, kDepoisDaSoma = 8; // bytes from the record's start
+constexpr std::size_t kCabeca = 48;
+
+template <class Numero>
+void escrever(std::string &bytes, Numero numero) {
+    for (std::size_t i = 0; i < sizeof numero; ++i)
+        bytes.push_back(static_cast<char>(static_cast<std::uint64_t>(numero) >> (8 * i)));
+}
+
+template <class Numero>
+void corrigir(std::string &bytes, std::size_t lugar, Numero numero) {
+    std::string novos;
+    escrever(novos, numero);
+    bytes.replace(lugar, novos.size(), novos);
+}
+
+constexpr unsigned kPrivado = 1, kSegue = 2; // bits of a change's mode
+
+constexpr std::uint8_t modoDe(const MudancaDiario &mudanca) {
+    return static_cast<std::uint8_t>((mudanca.acesso == Acesso::kPrivado ? kPrivado : 0U) |
+                                     (mudanca.ligacao == Ligacao::kSeguida ? kSegue : 0U));
+}
+
+void escreverNome(std::string &bytes, std::string_view nome) {
+    escrever(bytes, static_cast<std::uint8_t>(nome.size()));
+    bytes.append(nome);
+}
+
+void escreverCarimbos(std::string &bytes, const std::vector<CarimboDiario> &carimbos) {
+    escrever(bytes, static_cast<std::uint8_t>(carimbos.size()));
+    for (const CarimboDiario &carimbo : carimbos) {
+        escreverNome(bytes, carimbo.nome);
+        escrever(bytes, carimbo.identidade.no);
+        escrever(bytes, carimbo.identidade.tamanho);
+        escrever(bytes, carimbo.identidade.mudanca);
+    }
+}
+
+// Reads bytes from the front; once they do not suffice everything reads as nothing.
+class Leitor {
+public:
+    explicit Leitor(std::string_view bytes) : resto_(bytes) {}
+
+    bool inteiro() const { return inteiro_; }
+
+    std::string_view trecho(std::uint64_t tamanho) {
+        if (tamanho > resto_.size()) inteiro_ = false;
+        const std::string_view bytes = inteiro_ ? resto_.substr(0, tamanho) : std::string_view{};
+        resto_.remove_prefix(bytes.size());
+        return bytes;
+    }
+
+    template <class Numero>
+    Numero numero() {
+        std::uint64_t valor = 0;
+        std::size_t casa = 0;
+        for (const char byte : trecho(sizeof(Numero)))
+            valor |= std::uint64_t{static_cast<unsigned char>(byte)} << (8 * casa++);
+        return static_cast<Numero>(valor);
+    }
+
+    std::string_view nome() { return trecho(numero<std::uint8_t>()); }
+
+private:
+    std::string_view resto_;
+    bool inteiro_ = true;
+};
+
+std::vector<CarimboDiario> lerCarimbos(Leitor &leitor) {
+    std::vector<CarimboDiario> carimbos(leitor.numero<std::uint8_t>());
+    for (CarimboDiario &carimbo : carimbos) {
+        carimbo.nome = leitor.nome();
+        carimbo.identidade.no = leitor.numero<std::uint64_t>();
+        carimbo.identidade.tamanho = leitor.numero<std::uint64_t>();
+        carimbo.identidade.mudanca = leitor.numero<std::int64_t>();
+    }
+    return carimbos;
+}
+
+MudancaDiario lerMudanca(Leitor &leitor) {
+    MudancaDiario mudanca;
+    mudanca.nome = leitor.nome();
+    mudanca.forma = FormaMudanca{leitor.numero<std::uint8_t>()};
+    const unsigned modo = leitor.numero<std::uint8_t>();
+    mudanca.acesso = (modo & kPrivado) != 0 ? Acesso::kPrivado : Acesso::kUmask;
+    mudanca.ligacao = (modo & kSegue) != 0 ? Ligacao::kSeguida : Ligacao::kNaoSeguida;
+    mudanca.lugar = leitor.numero<std::uint64_t>();
+    mudanca.retirados = leitor.numero<std::uint64_t>();
+    mudanca.bytes = leitor.trecho(leitor.numero<std::uint64_t>());
+    return mudanca;
+}
+
+} // namespace
+
+std::string escreverRegistroDiario(const RegistroDiario &registro) {
+    std::string bytes(kMarca);
+    escrever(bytes, std::uint32_t{0}); // the checksum, known at the end
+    escrever(bytes, std::uint32_t{0}); // and so is the size
+    escrever(bytes, registro.lugar.caminho);
+    escrever(bytes, registro.epoca);
+    escrever(bytes, registro.sequencia);
+    escrever(bytes, registro.momento);
+    escrever(bytes, registro.lugar.no);
+    escreverCarimbos(bytes, registro.carimbos);
+    escrever(bytes, static_cast<std::uint8_t>(registro.mudancas.size()));
+    for (const MudancaDiario &mudanca : registro.mudancas) {
+        escreverNome(bytes, mudanca.nome);
+        escrever(bytes, static_cast<std::uint8_t>(mudanca.forma));
+        escrever(bytes, modoDe(mudanca));
+        escrever(bytes, mudanca.lugar);
+        escrever(bytes, mudanca.retirados);
+        escrever(bytes, std::uint64_t{mudanca.bytes.size()});
+        bytes.append(mudanca.bytes);
+    }
+    corrigir(bytes, kDepoisDaSoma, static_cast<std::uint32_t>(bytes.size() - kCabeca));
+    corrigir(bytes, kAntesDaSoma, somaCrc32(std::string_view(bytes).substr(kDepoisDaSoma)));
+    bytes.resize((bytes.size() + kSetor - 1) / kSetor * kSetor, '\0');
+    return bytes;
+}
+
+std::optional<RegistroDiario> lerRegistroDiario(std::string_view bytes, std::size_t &tamanho) {
+    Leitor cabeca(bytes);
+    if (cabeca.trecho(kMarca.size()) != kMarca) return {};
+    const auto soma = cabeca.numero<std::uint32_t>();
+    const auto util = cabeca.numero<std::uint32_t>();
+    RegistroDiario registro;
+    registro.lugar.caminho = cabeca.numero<std::uint32_t>();
+    registro.epoca = cabeca.numero<std::int64_t>();
+    registro.sequencia = cabeca.numero<std::uint64_t>();
+    registro.momento = cabeca.numero<std::int64_t>();
+    registro.lugar.no = cabeca.numero<std::uint64_t>();
+    if (!cabeca.inteiro() || util > bytes.size() - kCabeca) return {};
+    if (somaCrc32(bytes.substr(kDepoisDaSoma, kCabeca - kDepoisDaSoma + util)) != soma) return {};
+
+    Leitor leitor(bytes.substr(kCabeca, util));
+    registro.carimbos = lerCarimbos(leitor);
+    registro.mudancas.resize(leitor.numero<std::uint8_t>());
+    for (MudancaDiario &mudanca : registro.mudancas)
+        mudanca = lerMudanca(leitor);
+    if (!leitor.inteiro()) return {};
+    tamanho = (kCabeca + util + kSetor - 1) / kSetor * kSetor;
+    return registro;
+}
+
+bool anunciaSeguinte(std::string_view setor, const RegistroDiario &ultimo) {
+    constexpr std::size_t kLugarDaEpoca = 16;
+    if (!setor.starts_with(kMarca) || setor.size() < kCabeca) return false;
+    Leitor leitor(setor.substr(kLugarDaEpoca));
+    const auto epoca = leitor.numero<std::int64_t>();
+    return leitor.numero<std::uint64_t>() == ultimo.sequencia + 1 &&
+           (ultimo.sequencia == 0 || epoca == ultimo.epoca);
+}
+
+std::string escreverCarimbos(const RegistroDiario &registro,
+                             const std::vector<CarimboDiario> &carimbos) {
+    std::string bytes(kMarcaCarimbos);
+    escrever(bytes, std::uint32_t{0});
+    escrever(bytes, registro.epoca);
+    escrever(bytes, registro.sequencia);
+    escreverCarimbos(bytes, carimbos);
+    bytes.resize(kSetor, '\0');
+    corrigir(bytes, kAntesDaSoma, somaCrc32(std::string_view(bytes).substr(kDepoisDaSoma)));
+    return bytes;
+}
+
+namespace {
+
+struct SetorDeCarimbos {
+    std::int64_t epoca;
+    std::uint64_t sequencia;
+    std::optional<std::vector<CarimboDiario>> carimbos;
+};
+
+std::optional<SetorDeCarimbos> lerSetor(std::string_view setor) {
+    Leitor leitor(setor);
+    if (setor.size() != kSetor || leitor.trecho(kMarcaCarimbos.size()) != kMarcaCarimbos) return {};
+    const auto soma = leitor.numero<std::uint32_t>();
+    if (somaCrc32(setor.substr(kDepoisDaSoma)) != soma) return {};
+    SetorDeCarimbos lido{};
+    lido.epoca = leitor.numero<std::int64_t>();
+    lido.sequencia = leitor.numero<std::uint64_t>();
+    std::vector<CarimboDiario> carimbos = lerCarimbos(leitor);
+    if (leitor.inteiro()) lido.carimbos = std::move(carimbos);
+    return lido;
+}
+
+} // namespace
+
+std::optional<std::vector<CarimboDiario>> lerCarimbos(std::string_view setor,
+                                                      const RegistroDiario &registro) {
+    auto lido = lerSetor(setor);
+    const bool dele =
+        lido && lido->epoca == registro.epoca && lido->sequencia == registro.sequencia;
+    return dele ? std::move(lido->carimbos) : std::nullopt;
+}
+
+bool carimbosDeSeguinte(std::string_view setor, const RegistroDiario &registro) {
+    const auto lido = lerSetor(setor);
+    return lido && lido->epoca == registro.epoca && lido->sequencia > registro.sequencia;
+}
+
+} // namespace zel

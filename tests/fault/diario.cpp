@@ -1,0 +1,212 @@
+// The journal itself: torn at any byte, with a bit flipped, of another directory or of an older
+// time, one that cannot be made; and what somebody wrote between two processes, which it must not
+// undo. Files that are older than the journal lost what was not flushed.
+#include "fault/Ensaio.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <random>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char *kDiario = "ZEL_Framework.diario", *kConfig = "ZEL_Framework.xml",
+                     *kRegistros = "ArqPersist.bin", *kEnvio = "documentosEnvio.xml";
+constexpr std::size_t kPrimeiraVenda = 5, kUltimoPagamento = 19, kEncerrar = 21;
+
+class DoDiario : public testing::Test {
+protected:
+    DoDiario() : ensaio_(roteiros().front()) {}
+
+    // What a new process finds.
+    template <class Conferir>
+    void religar(Conferir conferir) const {
+        EXPECT_EQ(disco::emOutroProcesso([&] {
+                      const NovasFalhas falhas;
+                      const Processo processo(ensaio_.diretorio());
+                      conferir(processo.funcoes(),
+                               retratar(processo.funcoes(), ensaio_.diretorio()));
+                      return falhas.codigo();
+                  }),
+                  0);
+    }
+
+    // The files of before the step, and the journal of after it.
+    disco::Fotografia semDescarga(std::size_t passo) const {
+        disco::Fotografia foto = ensaio_.foto(passo);
+        foto[kDiario] = ensaio_.foto(passo + 1).at(kDiario);
+        return foto;
+    }
+
+    // The files as written later than the records of earlier calls, which a damaged journal may
+    // lack.
+    void revelarDeAgora(const disco::Fotografia &foto) const {
+        disco::revelar(ensaio_.diretorio(), {});
+        for (const auto &[nome, bytes] : foto)
+            escrever(nome.c_str(), bytes);
+    }
+
+    // Somebody writes a file, now.
+    void escrever(const char *nome, const std::string &bytes) const {
+        std::ofstream(ensaio_.diretorio() + nome, std::ios::binary) << bytes;
+    }
+
+    Ensaio ensaio_;
+};
+
+// Every operation of a receipt: nothing but the journal got to the disk.
+TEST_F(DoDiario, basta_para_refazer_cada_passo) {
+    for (std::size_t passo = 0; passo < ensaio_.passos(); ++passo) {
+        SCOPED_TRACE(ensaio_.nome(passo));
+        // The last receipt text and the return are not in it.
+        if (std::string_view(ensaio_.nome(passo)) == "imprimir") continue;
+        disco::revelar(ensaio_.diretorio(), semDescarga(passo));
+        ensaio_.conferirSucessor(passo, true);
+    }
+}
+
+TEST_F(DoDiario, rasgado_em_cada_byte_vale_ate_ali) {
+    for (const std::size_t passo : {kPrimeiraVenda, kEncerrar}) {
+        const std::string inteiro = semDescarga(passo).at(kDiario);
+        for (std::size_t n = 0; n <= inteiro.size(); ++n) {
+            if (!tudo() && n % 211 != 0 && n != inteiro.size()) continue;
+            SCOPED_TRACE("cut at " + std::to_string(n));
+            disco::Fotografia foto = semDescarga(passo);
+            foto[kDiario] = inteiro.substr(0, n);
+            revelarDeAgora(foto);
+            religar([&](const Funcoes &, const Retrato &achado) {
+                EXPECT_TRUE(achado == ensaio_.retrato(passo) ||
+                            achado == ensaio_.retrato(passo + 1))
+                    << diferenca(achado, ensaio_.retrato(passo));
+            });
+        }
+    }
+}
+
+TEST_F(DoDiario, um_bit_trocado_recusa_o_registro) {
+    for (unsigned semente = 1; semente <= (tudo() ? 2000U : 60U); ++semente) {
+        SCOPED_TRACE(semente);
+        std::mt19937 sorte(semente);
+        disco::Fotografia foto = semDescarga(kUltimoPagamento);
+        std::string &diario = foto[kDiario];
+        const std::size_t lugar = sorte() % diario.size();
+        diario[lugar] = static_cast<char>(diario[lugar] ^ (1 << sorte() % 8));
+        revelarDeAgora(foto);
+        religar([&](const Funcoes &, const Retrato &achado) {
+            EXPECT_TRUE(achado == ensaio_.retrato(kUltimoPagamento) ||
+                        achado == ensaio_.retrato(kUltimoPagamento + 1))
+                << diferenca(achado, ensaio_.retrato(kUltimoPagamento));
+        });
+    }
+}
+
+// A journal that was restored from a backup, or came with the files of another till.
+TEST_F(DoDiario, antigo_ou_alheio_nao_muda_os_arquivos) {
+    const Ensaio outro(roteiros()[1]);
+    for (const std::string &diario :
+         {ensaio_.foto(kPrimeiraVenda).at(kDiario), outro.foto(5).at(kDiario),
+          std::string(4096, 'x'), std::string()}) {
+        disco::Fotografia foto = ensaio_.foto(kUltimoPagamento);
+        foto[kDiario] = diario;
+        revelarDeAgora(foto);
+        religar([&](const Funcoes &f, const Retrato &achado) {
+            recusarSe("found", diferenca(achado, ensaio_.retrato(kUltimoPagamento)));
+            for (std::size_t passo = kUltimoPagamento; passo <= kEncerrar; ++passo)
+                EXPECT_GT(ensaio_.fazer(passo, f), 0) << ensaio_.nome(passo);
+        });
+    }
+}
+
+// A technician sets the state back, corrects a value, puts a backup in place, takes a file away;
+// the sending component takes the document.
+TEST_F(DoDiario, o_que_alguem_mudou_depois_fica) {
+    const std::string config = ensaio_.retrato(kEncerrar + 1).arquivos.at(kConfig);
+    const auto trocado = [&](const char *de, const char *para) {
+        std::string texto = config;
+        return texto.replace(texto.find(de), std::string_view(de).size(), para);
+    };
+    const struct {
+        const char *descricao;
+        const char *arquivo;
+        std::string bytes; // empty: taken away
+    } casos[] = {
+        {"state set back", kConfig, trocado("<estadoCFe>5", "<estadoCFe>0")},
+        {"another length", kConfig, trocado("<xNome>RAZAO SOCIAL", "<xNome>Loja")},
+        {"backup of before", kConfig, ensaio_.foto(kPrimeiraVenda).at(kConfig)},
+        {"receipt emptied", kRegistros, "01|\r\n"},
+        {"receipt taken away", kRegistros, ""},
+        {"document taken by the sender", kEnvio, ""},
+        {"another document", kEnvio, "<x></x>"},
+    };
+    for (const auto &caso : casos) {
+        SCOPED_TRACE(caso.descricao);
+        disco::revelar(ensaio_.diretorio(), ensaio_.foto(kEncerrar + 1));
+        if (caso.bytes.empty())
+            fs::remove(ensaio_.diretorio() + caso.arquivo);
+        else
+            escrever(caso.arquivo, caso.bytes);
+        religar([&](const Funcoes &f, const Retrato &) {
+            disco::Fotografia arquivos = disco::fotografar(ensaio_.diretorio());
+            EXPECT_EQ(arquivos[caso.arquivo], caso.bytes);
+            EXPECT_EQ(f.regAlterarValor_ZEL("IDE\\verProc", "2.0"), ZEL_OK);
+            arquivos = disco::fotografar(ensaio_.diretorio());
+            if (caso.arquivo != std::string_view(kConfig)) {
+                EXPECT_EQ(arquivos[caso.arquivo], caso.bytes);
+            }
+        });
+    }
+}
+
+// The disk is full, or refuses, when the journal is to be made: the first call of a till.
+TEST(DiarioNovo, que_nao_pode_ser_feito_recusa_a_chamada) {
+    const std::string modelo = (fs::temp_directory_path() / "zel-diario-XXXXXX").string();
+    std::string diretorio = modelo;
+    ASSERT_NE(mkdtemp(diretorio.data()), nullptr);
+    diretorio += '/';
+    int recusas = 0;
+    for (const int erro : {ENOSPC, EIO}) {
+        for (int n = 1;; ++n) {
+            SCOPED_TRACE(n);
+            const int resposta = disco::emOutroProcesso([&] {
+                disco::revelar(diretorio, {});
+                const Processo processo(diretorio, true);
+                const Funcoes &f = processo.funcoes();
+                const auto alterar = [&] { return f.regAlterarValor_ZEL("IDE\\verProc", "2.0"); };
+                int codigo = 0;
+                bool disparou = false;
+                {
+                    const disco::Vigia vigia(
+                        {.ato = disco::Plano::Ato::kErro, .em = n, .erro = erro});
+                    codigo = alterar();
+                    disparou = vigia.disparou();
+                }
+                if (!disparou) return 2;
+                if (codigo != ZEL_OK && alterar() != ZEL_OK) return 1;
+                const std::string config = disco::fotografar(diretorio)[kConfig];
+                return config.find("<verProc>2.0<") == std::string::npos ? 1 : 0;
+            });
+            if (resposta == 2) break;
+            ++recusas;
+            EXPECT_EQ(resposta, 0);
+        }
+    }
+    EXPECT_GT(recusas, 20);
+    disco::revelar(diretorio, {});
+    fs::create_directory(diretorio + kDiario);
+    EXPECT_EQ(disco::emOutroProcesso([&] {
+                  const Processo processo(diretorio, true);
+                  return processo.funcoes().regAlterarValor_ZEL("IDE\\verProc", "2.0") ==
+                                 ZEL_ARQUIVO_INDISPONIVEL
+                             ? 0
+                             : 1;
+              }),
+              0);
+    fs::remove_all(diretorio);
+}
+
+} // namespace

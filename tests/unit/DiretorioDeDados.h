@@ -1,0 +1,16 @@
+// A temporary directory as the library's data directory, in a program that links the rooms.
+#pragma once
+
+#include "PastaTemporaria.h"
+#include "util/Diretorio.h"
+
+namespace zel {
+void esquecerDiario(); // util/Gravacao.h, whose names would collide with those of tests
+}
+
+// As for a process that starts now.
+inline void serDiretorioDeDados(const PastaTemporaria &pasta) {
+    ::setenv("ZEL_DIRETORIO", (pasta / "").c_str(), 1);
+    zel::esquecerDiretorio();
+    zel::esquecerDiario();
+}
