@@ -72,7 +72,8 @@ private:
                               const std::string &urlQrcode, int colunas, int tipo) {
         Chamada c(*this, "GerarArquivoFormatadoNF_ZEL");
         const std::size_t tamanho = detalhe::tamanhoDoCupom(
-            detalhe::lerArquivo(arquivoXml), detalhe::tamanhoDoArquivo(retorno),
+            c.conteudo("arquivoXml", arquivoXml),
+            retorno == "OFFLINE" ? 0 : c.conteudo("arquivoRetorno", retorno).size(),
             detalhe::tamanhoDoArquivo(arquivo("ArqPersist.bin")), urlQrcode.size());
         c.invocar(::GerarArquivoFormatadoNF_ZEL,
                   std::tuple{c.caminho("arquivoXml", arquivoXml),

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""The header, the tables of tabela/ and the files generated from them say the same: 47 functions with
-their arguments in order, codes with their values, sizes of buffers. Each kind of drift is tried, too,
-on altered copies: one that is not reported would be a test that cannot fail."""
+"""The header, the tables of tabela/ and the files generated from them say the same: 47 functions
+with their arguments in order, codes with their values, sizes of buffers. Each kind of drift is
+tried, too, on altered copies: one that is not reported would be a test that cannot fail."""
 import copy
 import importlib.machinery
 import importlib.util
@@ -16,6 +16,7 @@ sys.path.insert(0, str(RAIZ / "scripts"))
 carregador = importlib.machinery.SourceFileLoader("gerar", str(RAIZ / "scripts/gerar-tabelas"))
 gerar = importlib.util.module_from_spec(importlib.util.spec_from_loader("gerar", carregador))
 carregador.exec_module(gerar)
+from gerador.tabela import constantes
 
 TIPOS = {"texto": "const char *", "inteiro": "int", "resultado": "char *",
          "texto_e_resultado": "char *"}
@@ -29,20 +30,16 @@ def sem_comentarios(cabecalho):
 def funcoes_do_cabecalho(cabecalho):
     """(name, [(type, name of argument)]) in the order of the header."""
     funcoes = []
-    for nome, lista in re.findall(r"^ZEL_API int (\w+)\(([^)]*)\);", sem_comentarios(cabecalho), re.M):
+    declaracoes = re.findall(r"^ZEL_API int (\w+)\(([^)]*)\);", sem_comentarios(cabecalho), re.M)
+    for nome, lista in declaracoes:
         partes = [] if lista.strip() == "void" else [p.strip() for p in lista.split(",")]
         pares = [re.fullmatch(r"(.*?)\s*(\w+)", p, re.S).groups() for p in partes]
         funcoes.append((nome, [(re.sub(r"\s+", " ", tipo), arg) for tipo, arg in pares]))
     return funcoes
 
 
-def constantes_do_cabecalho(cabecalho):
-    pares = re.findall(r"\b(ZEL_\w+)\s*=\s*([-+*\d\s]+)", sem_comentarios(cabecalho))
-    return {nome: eval(valor, {}) for nome, valor in pares}  # digits and + - * alone
-
-
 def diferencas(cabecalho, funcoes, codigos):
-    constantes = constantes_do_cabecalho(cabecalho)
+    valores = constantes(cabecalho)
     esperadas = funcoes_do_cabecalho(cabecalho)
     tabela = [(f["nome"], [(TIPOS.get(a["tipo"], a["tipo"]), a["nome"]) for a in f["argumentos"]])
               for f in funcoes]
@@ -57,10 +54,10 @@ def diferencas(cabecalho, funcoes, codigos):
         for a in f["argumentos"]:
             escreve = a["tipo"] in ("resultado", "texto_e_resultado")
             tamanho = a.get("tamanho")
-            conhecido = tamanho in REGRAS or tamanho in constantes
+            conhecido = tamanho in REGRAS or tamanho in valores
             if escreve != bool(tamanho) or tamanho and not conhecido:
                 yield f"{f['nome']}: {a['nome']} has the size {tamanho}"
-    do_cabecalho = {n: v for n, v in constantes.items() if not n.startswith("ZEL_TAMANHO_")}
+    do_cabecalho = {n: v for n, v in valores.items() if not n.startswith("ZEL_TAMANHO_")}
     da_tabela = {c["nome"]: c["codigo"] for c in codigos}
     for nome in sorted(do_cabecalho.items() ^ da_tabela.items()):
         yield f"code {nome} is in one of header and table alone"

@@ -95,9 +95,11 @@ namespace detalhe {
 inline std::mutex trava;
 inline std::string diretorioDoProcesso;
 
-inline std::string lerArquivo(const std::filesystem::path &caminho) {
+inline std::optional<std::string> lerArquivo(const std::filesystem::path &caminho) {
     std::ifstream arquivo(caminho, std::ios::binary);
-    return {std::istreambuf_iterator<char>(arquivo), {}};
+    std::string conteudo{std::istreambuf_iterator<char>(arquivo), {}};
+    if (!arquivo.is_open() || arquivo.bad()) return std::nullopt;
+    return conteudo;
 }
 
 inline std::size_t tamanhoDoArquivo(const std::filesystem::path &caminho) {
@@ -226,6 +228,12 @@ public:
     char *saida(std::size_t tamanho) {
         saida_.assign(tamanho, '\0');
         return saida_.data();
+    }
+    // The bytes of a file that the library is about to read.
+    std::string conteudo(std::string_view argumento, const std::string &nome) {
+        std::optional<std::string> lido = detalhe::lerArquivo(nome);
+        if (!lido) recusar(argumento, (nome + " não pôde ser lido").c_str());
+        return lido.value_or("");
     }
     // Up to three directories of up to 300 bytes, and room for the path that comes back.
     char *diretorios(std::string_view argumento, const std::vector<std::string> &lista) {

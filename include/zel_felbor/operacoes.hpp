@@ -138,7 +138,7 @@ public:
 
     // Dá desconto a um item. aCFLancarDescontoItem_ZEL.
     //   item: número do item, de 1 a 999; 0 é o último
-    //   ajuste: tipo do desconto
+    //   ajuste: desconto ou acréscimo
     Resultado lancarDescontoItem(int item, const Ajuste &ajuste) {
         Chamada c(*this, "aCFLancarDescontoItem_ZEL");
         c.invocar(::aCFLancarDescontoItem_ZEL,
@@ -149,7 +149,7 @@ public:
 
     // Dá acréscimo a um item. aCFLancarAcrescimoItem_ZEL.
     //   item: número do item, de 1 a 999; 0 é o último
-    //   ajuste: tipo do acréscimo
+    //   ajuste: desconto ou acréscimo
     Resultado lancarAcrescimoItem(int item, const Ajuste &ajuste) {
         Chamada c(*this, "aCFLancarAcrescimoItem_ZEL");
         c.invocar(::aCFLancarAcrescimoItem_ZEL,

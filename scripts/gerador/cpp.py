@@ -1,6 +1,7 @@
 """C++17: the tables and the operations of include/zel_felbor."""
 from .tabela import AVISO, expressoes, literal, quebrar_todas, sem_prefixo, titulo
 
+INICIO = [f"// {AVISO}", "// clang-format off", "#pragma once", ""]
 TIPOS = {"texto": "std::string_view", "caminho": "std::string_view", "inteiro": "int",
          "decimal": "const Decimal &", "percentual": "const Decimal &",
          "aliquota": "const Aliquota &", "ajuste": "const Ajuste &", "forma": "FormaPagamento",
@@ -15,8 +16,8 @@ MODELOS = {
     "consulta": "textoDe({p})", "caminho": 'c.caminho("{a}", {p})',
     "diretorios": 'c.diretorios("{a}", {p})'}
 RESPOSTAS = {"nada": ("Resultado", "resultado"), "codigo": ("Resultado", "resultado"),
-             "texto": ("Com<std::string>", "comTexto"), "caminho": ("Com<std::string>", "comCaminho"),
-             "estado": ("Com<Estado>", "comEstado")}
+             "texto": ("Com<std::string>", "comTexto"), "estado": ("Com<Estado>", "comEstado"),
+             "caminho": ("Com<std::string>", "comCaminho")}
 
 
 def enumeracao(nome, valores):
@@ -37,8 +38,7 @@ def enumeracao(nome, valores):
 
 
 def tabelas(t):
-    linhas = [f"// {AVISO}", "// clang-format off", "#pragma once", "", '#include "ZEL_FelborFramework.h"', "",
-              "#include <string>", "", "namespace zel_felbor {", "", "enum class Codigo : int {"]
+    linhas = [*INICIO, '#include "ZEL_FelborFramework.h"', "", "#include <string>", "", "namespace zel_felbor {", "", "enum class Codigo : int {"]
     linhas += [f"    {titulo(sem_prefixo(c))} = {c['nome']}," for c in t.codigos]
     linhas += ["};", "", "struct DescricaoDeCodigo {", "    Codigo codigo;",
                "    const char *nome, *significado, *remedio;", "};", "",
@@ -86,13 +86,14 @@ def operacao(f):
 
 
 def operacoes(t):
-    linhas = [f"// {AVISO}", "// clang-format off", "#pragma once", "", '#include "zel_felbor/chamada.hpp"', "",
+    linhas = [*INICIO, '#include "zel_felbor/chamada.hpp"', "",
               "namespace zel_felbor {", "", "// One operation for each function.",
               "class Operacoes : public Ambiente {", "public:", "    using Ambiente::Ambiente;", ""]
     for f in t.operacoes():
         linhas += operacao(f)
     linhas += ["private:", "    std::size_t tamanhoDoUltimoCupom() const {",
-               '        const auto gravado = detalhe::tamanhoDoArquivo(arquivo("ultimadanfe.bin"));',
+               "        const auto gravado = "
+               'detalhe::tamanhoDoArquivo(arquivo("ultimadanfe.bin"));',
                "        return std::max<std::size_t>(ZEL_TAMANHO_CUPOM, gravado + 1);", "    }"]
     return linhas + ["};", "", "} // namespace zel_felbor"]
 

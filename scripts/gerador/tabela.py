@@ -1,5 +1,6 @@
-"""The tables of tabela/ as objects, and what every generator needs of them: parameters in the order of
-the wrappers (required ones first), conversions in the order of the C function, names in each style."""
+"""The tables of tabela/ as objects, and what every generator needs of them: parameters in the order
+of the wrappers (required ones first), conversions in the order of the C function, names in each
+style."""
 import json
 import re
 from dataclasses import dataclass, field
@@ -51,7 +52,7 @@ class Argumento:
 
 @dataclass
 class Parametro:
-    """One parameter of a wrapper's operation; a group or an adjustment stands for several arguments."""
+    """One parameter of an operation; a group or an adjustment stands for several arguments."""
     nome: str
     especie: str
     significado: str
@@ -71,7 +72,8 @@ class Funcao:
         self.argumentos = [Argumento(**a) for a in self.argumentos]
 
     def saida(self):
-        return next((a for a in self.argumentos if a.tipo in ("resultado", "texto_e_resultado")), None)
+        saidas = ("resultado", "texto_e_resultado")
+        return next((a for a in self.argumentos if a.tipo in saidas), None)
 
     def resultado(self):
         """What the operation answers: "nada", "codigo", "estado", "texto" or "caminho"."""
@@ -89,7 +91,7 @@ class Funcao:
             if a.grupo:
                 significado = "o consumidor"
             elif nome == "ajuste":
-                significado = "desconto ou acréscimo" if a.opcional else a.significado.split(":")[0]
+                significado = "desconto ou acréscimo"
             especie = a.grupo or ("ajuste" if nome == "ajuste" else a.especie())
             unicos.setdefault(nome, Parametro(nome, especie, significado, a.opcional))
         return sorted(unicos.values(), key=lambda p: p.opcional)
@@ -117,6 +119,7 @@ class Tabelas:
     codigos: list
     enumeracoes: dict
     transliteracao: list  # of (character, replacement)
+    tamanhos: dict  # ZEL_TAMANHO_... of the header
     grupos: dict = field(default_factory=dict)  # name to the arguments that it holds
 
     def operacoes(self):
@@ -124,12 +127,22 @@ class Tabelas:
         return [f for f in self.funcoes if f.operacao]
 
 
-def carregar(pasta=RAIZ / "tabela"):
-    ler = lambda nome: json.loads((pasta / nome).read_text(encoding="utf-8"))
+def constantes(cabecalho=None):
+    """The enumerated constants of the header with their values."""
+    cabecalho = cabecalho or (RAIZ / "include/ZEL_FelborFramework.h").read_text(encoding="utf-8")
+    cabecalho = re.sub(r"/\*.*?\*/", "", cabecalho, flags=re.S)
+    pares = re.findall(r"\b(ZEL_\w+)\s*=\s*([-+*\d\s]+)", cabecalho)
+    return {nome: eval(valor, {}) for nome, valor in pares}  # digits and + - * alone
+
+
+def carregar():
+    ler = lambda nome: json.loads((RAIZ / "tabela" / nome).read_text(encoding="utf-8"))
     dados = ler("funcoes.json")
     tabelas = Tabelas([Funcao(**f) for f in dados["funcoes"]], ler("codigos.json"),
                       dados["enumeracoes"],
-                      [(de, linha["para"]) for linha in ler("transliteracao.json") for de in linha["de"]])
+                      [(de, linha["para"]) for linha in ler("transliteracao.json")
+                       for de in linha["de"]],
+                      {n: v for n, v in constantes().items() if n.startswith("ZEL_TAMANHO_")})
     for funcao in tabelas.funcoes:
         for a in funcao.argumentos:
             if a.grupo:
@@ -138,7 +151,7 @@ def carregar(pasta=RAIZ / "tabela"):
 
 
 def literal(texto, aspas='"'):
-    """A string literal as C, Java, JavaScript, C# and Python read it: quotes and backslashes escaped."""
+    """A string literal as most languages read it: quotes and backslashes escaped."""
     return aspas + texto.replace("\\", "\\\\").replace(aspas, "\\" + aspas) + aspas
 
 

@@ -61,7 +61,7 @@ Conversao converter(const std::string &tipo, const std::string &escolha,
 
 // The cases that all languages share.
 void testarConversoes(const char *arquivo) {
-    std::istringstream linhas(detalhe::lerArquivo(arquivo));
+    std::istringstream linhas(detalhe::lerArquivo(arquivo).value_or(""));
     int casos = 0;
     for (std::string linha; std::getline(linhas, linha);) {
         if (linha.front() == '#') continue;
@@ -234,7 +234,8 @@ void testarCupom(const std::string &diretorio) {
     caixa.efetuarPagamento(FormaPagamento::Outros);
     caixa.encerrar("Obrigado pela preferência");
 
-    const std::string documento = detalhe::lerArquivo(caixa.arquivo("documentosEnvio.xml"));
+    const std::string documento =
+        detalhe::lerArquivo(caixa.arquivo("documentosEnvio.xml")).value_or("");
     conferir(contem(documento, "<xProd>P\xe3o de queijo - 1\xaa</xProd>"), "bytes of the accents");
     conferir(contem(documento, "<xProd>" + repetir("\xc9", 120) + "</xProd>"), "long description");
     std::string formas;
@@ -253,6 +254,10 @@ void testarCupom(const std::string &diretorio) {
     conferir(contem(caixa.imprimir(ctg).valor, "Pão de queijo - 1ª"),
              "receipt of a scrambled file");
     falhaDe([&] { caixa.contingencia({"/a|b/"}); }, "a list as a directory");
+
+    conferir(contem(falhaDe([&] { caixa.imprimir(ctg, "/nao/ha.xml"); }, "missing").what(),
+                    "arquivoRetorno: /nao/ha.xml não pôde ser lido"),
+             "missing file");
 
     // A refused PDF leaves the text.
     caixa.alterarValor("CONFIGURACAO\\SalvarDanfePDF", "1");
