@@ -45,7 +45,8 @@ class Conversoes(unittest.TestCase):
         for numero in (1.5, "1", True):
             with self.assertRaises(TypeError):
                 _valores.decimal("a", numero, 2)
-        for numero in (Decimal("NaN"), Decimal("-Infinity")):
+        for numero in (Decimal("NaN"), Decimal("-Infinity"), Decimal("1E+999999999"),
+                       Decimal("1E-999999999")):
             with self.assertRaises(EntradaRecusada):
                 _valores.decimal("a", numero, 2)
         self.assertEqual(_valores.decimal("a", Decimal("1E+2"), 2), b"100.00")

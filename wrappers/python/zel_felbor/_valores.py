@@ -53,6 +53,8 @@ def decimal(argumento: str, numero: Optional[Numero], casas: int) -> bytes:
         raise TypeError(f"{argumento}: esperado Decimal ou int, recebido {type(numero).__name__}")
     if not Decimal(numero).is_finite():
         raise EntradaRecusada(f"{argumento}: {numero} não é um número decimal")
+    if abs(Decimal(numero).adjusted()) > 50:  # 1E+99999999 is not to be written out
+        raise EntradaRecusada(f"{argumento}: {numero} passa de 15 caracteres")
     inteiros, _, decimais = f"{abs(Decimal(numero)):f}".partition(".")
     decimais = decimais.rstrip("0").ljust(2, "0")
     escrito = f"{'-' if numero < 0 else ''}{inteiros}.{decimais}"
