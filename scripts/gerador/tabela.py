@@ -177,9 +177,10 @@ def quebrar(linha, comentario="", largura=100):
 
 def lugares(linha, comentario, menor, maior):
     """Where a line may be broken: (depth of brackets, place)."""
-    fundo, aspas = 0, False
+    fundo, aspas = 0, ""
     for i, c in enumerate(linha[:maior]):
-        aspas ^= c == '"' and not comentario
+        if c in "\"'" and aspas in ("", c) and linha[i - 1] != "\\" and not comentario:
+            aspas = "" if aspas else c
         if not aspas and not comentario:
             fundo += (c in "([{") - (c in ")]}")
         if i >= menor and c == " " and (comentario or not aspas and linha[i - 1] == ","):
