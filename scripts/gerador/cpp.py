@@ -38,7 +38,8 @@ def enumeracao(nome, valores):
 
 
 def tabelas(t):
-    linhas = [*INICIO, '#include "ZEL_FelborFramework.h"', "", "#include <string>", "", "namespace zel_felbor {", "", "enum class Codigo : int {"]
+    linhas = [*INICIO, '#include "ZEL_FelborFramework.h"', "", "#include <string>", "",
+              "namespace zel_felbor {", "", "enum class Codigo : int {"]
     linhas += [f"    {titulo(sem_prefixo(c))} = {c['nome']}," for c in t.codigos]
     linhas += ["};", "", "struct DescricaoDeCodigo {", "    Codigo codigo;",
                "    const char *nome, *significado, *remedio;", "};", "",

@@ -70,7 +70,9 @@ def tamanhos(t):
     linhas = ["final class Tabelas {"]
     linhas += [f"    static final int {nome[4:]} = {valor};" for nome, valor in t.tamanhos.items()]
     linhas += ["", "    private Tabelas() {}", "",
-               "    /** Null for a character that has no plain form. */", "    static String transliterar(int caractere) {", "        switch (caractere) {"]
+               "    /** Null for a character that has no plain form. */",
+               "    static String transliterar(int caractere) {",
+               "        switch (caractere) {"]
     for de, para in t.transliteracao:
         linhas += [f"            case 0x{ord(de):04X}:", f"                return {literal(para)};"]
     return linhas + ["            default:", "                return null;", "        }", "    }", "}"]

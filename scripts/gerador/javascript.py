@@ -19,6 +19,7 @@ MODELOS = {
     "caminho": "valores.caminho('{a}', {p})", "resultado": "SAIDA", "diretorios": "SAIDA"}
 RESPOSTAS = {"nada": "void", "codigo": "number", "texto": "string", "caminho": "string",
              "estado": "number"}
+METODOS = {"estado": "_estado", "texto": "_ler", "caminho": "_gravarEm"}
 NATIVOS = {"texto": "const uint8_t *", "inteiro": "int ", "resultado": "_Inout_ uint8_t *",
            "texto_e_resultado": "_Inout_ uint8_t *"}
 
@@ -56,7 +57,7 @@ def operacao(f):
                       for p in f.parametros())
     argumentos = list(expressoes(f, MODELOS, str))
     inicio = [f"'{f.nome}'"]
-    metodo = {"estado": "_estado", "texto": "_ler", "caminho": "_gravarEm"}.get(f.resultado(), "_chamar")
+    metodo = METODOS.get(f.resultado(), "_chamar")
     if f.resultado() == "texto":
         inicio += ["this._tamanhoDoUltimo()" if f.saida().tamanho == "ultimo"
                    else f"TAMANHOS.{f.saida().tamanho}"]

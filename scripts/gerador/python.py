@@ -8,7 +8,8 @@ PADROES = {"texto": ' = ""', "ajuste": " = Ajuste()", "decimal": " = None",
            "Consumidor": " = Consumidor()"}
 MODELOS = {
     "texto": 'self._texto("{a}", {p})', "grupo": 'self._texto("{a}", {p}.{membro})',
-    "fixo": 'b""', "inteiro": '_valores.inteiro("{a}", {p})', "decimal": '_valores.decimal("{a}", {p}, {casas})',
+    "fixo": 'b""', "inteiro": '_valores.inteiro("{a}", {p})',
+    "decimal": '_valores.decimal("{a}", {p}, {casas})',
     "percentual": '_valores.decimal("{a}", {p}, 2)', "aliquota": '{p}.converter("{a}")',
     "ajuste.tipo": '{p}.converter_tipo("{a}", "{sentido}")',
     "ajuste.valor": '{p}.converter_valor("{a}")', "forma": "{p}.value.encode()",
@@ -90,7 +91,8 @@ def operacoes(t):
               "from ._chamada import SAIDA, Chamador",
               "from ._tabelas import (TAMANHOS, Codigo, Consumidor, Estado, FormaPagamento,",
               "                       TipoConsulta)",
-              "from ._valores import Ajuste, Aliquota, Caminho, Numero", "", "", "class Operacoes(Chamador):",
+              "from ._valores import Ajuste, Aliquota, Caminho, Numero", "", "",
+              "class Operacoes(Chamador):",
               '    """One operation for each function."""', ""]
     for f in t.operacoes():
         linhas += operacao(f)

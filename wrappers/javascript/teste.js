@@ -72,6 +72,7 @@ function testarEntradas() {
   assert.throws(() => valores.texto('a', undefined, true), TypeError);
   assert.throws(() => caixa().cancelarItem(2 ** 32 + 1), zel.EntradaRecusada);
   assert.throws(() => caixa().efetuarPagamento('Fiado'), zel.EntradaRecusada);
+  assert.throws(() => caixa().vender(18, 1, 1, '1', 'UN', 'Bala'), TypeError);
 }
 
 function testarDiretorio() {
@@ -84,7 +85,9 @@ function testarDiretorio() {
   }
 }
 
-const vender = (c, descricao) => c.vender(zel.Aliquota.mercadoria(18), '1,5', '0.75', '101', 'UN', descricao);
+function vender(c, descricao) {
+  c.vender(zel.Aliquota.mercadoria(18), '1,5', '0.75', '101', 'UN', descricao);
+}
 
 function testarRecusas(c) {
   const t = erro(zel.TextoInvalido, () => vender(c, 'Pão de queijo – 1ª'));

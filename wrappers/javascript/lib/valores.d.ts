@@ -6,6 +6,8 @@ export class Decimal {
   constructor(valor: string | bigint | number, casas?: number);
   static de(valor: Numero): Decimal;
   static centavos(quantos: bigint | number): Decimal;
+  readonly unidades: bigint;
+  readonly casas: number;
   toString(): string;
 }
 
@@ -17,6 +19,8 @@ export class Aliquota {
   static readonly ISENTO: Aliquota;
   static readonly NAO_INCIDENCIA: Aliquota;
   static readonly SUBSTITUICAO: Aliquota;
+  readonly tipo: string;
+  readonly percentual: Decimal | null;
 }
 
 /** A discount or a surcharge, as an amount or as a percentage. */
@@ -27,6 +31,8 @@ export class Ajuste {
   static acrescimo(quantia: Numero): Ajuste;
   static acrescimoPercentual(percentual: Numero): Ajuste;
   static readonly NENHUM: Ajuste;
+  readonly tipo: string;
+  readonly valor: Decimal | null;
 }
 
 /** Whatever this package refuses. */

@@ -19,9 +19,8 @@ class TextoInvalido extends EntradaRecusada {
     const codigo = caractere.codePointAt(0);
     const glifo = codigo === 0 || /[\p{Cc}\p{Cs}]/u.test(caractere) ? '' : ` "${caractere}"`;
     const ponto = codigo.toString(16).toUpperCase().padStart(4, '0');
-    super(
-      `${argumento}: o caractere${glifo} (U+${ponto}) na posição ${posicao} não existe em ISO-8859-1`,
-    );
+    const lugar = `na posição ${posicao} não existe em ISO-8859-1`;
+    super(`${argumento}: o caractere${glifo} (U+${ponto}) ${lugar}`);
     Object.assign(this, { argumento, caractere, posicao });
   }
 }
@@ -172,7 +171,9 @@ Aliquota.NAO_INCIDENCIA = new Aliquota('N');
 Aliquota.SUBSTITUICAO = new Aliquota('F');
 
 // "T1800", "S0500", "I".
-function aliquota(argumento, { tipo, percentual }) {
+function aliquota(argumento, valor) {
+  if (!(valor instanceof Aliquota)) throw new TypeError(`${argumento}: esperada Aliquota`);
+  const { tipo, percentual } = valor;
   if (percentual === null) return terminado(tipo);
   const escrito = escrever(argumento, percentual, 2);
   if (escrito.startsWith('-') || escrito.length > 5) {
@@ -208,6 +209,7 @@ Ajuste.NENHUM = new Ajuste('', null);
 
 // `sentido` is "D" or "A" where the function takes one of them alone, otherwise empty.
 function tipo(argumento, ajuste, sentido) {
+  if (!(ajuste instanceof Ajuste)) throw new TypeError(`${argumento}: esperado Ajuste`);
   if (!ajuste.tipo.startsWith(sentido)) {
     const qual = sentido === 'D' ? 'um desconto' : 'um acréscimo';
     throw new EntradaRecusada(`${argumento}: não é ${qual}`);
