@@ -1,5 +1,8 @@
 """Free Pascal and Delphi: the tables with the declarations, and the operations, of
 wrappers/pascal."""
+from itertools import groupby
+from textwrap import wrap
+
 from .tabela import AVISO, expressoes, quebrar_todas, titulo
 
 PASTA = "wrappers/pascal/"
@@ -104,8 +107,10 @@ def corpo_das_tabelas(t):
 
 
 def parametros(lista):
-    return "; ".join(f"{'' if p.especie == 'inteiro' else 'const '}A{titulo(p.nome)}: "
-                     f"{TIPOS[p.especie]}" for p in lista)
+    grupos = ((tipo, ", ".join("A" + titulo(p.nome) for p in juntos))
+              for tipo, juntos in groupby(lista, lambda p: TIPOS[p.especie]))
+    return "; ".join(f"{'' if tipo == 'Integer' else 'const '}{nomes}: {tipo}"
+                     for tipo, nomes in grupos)
 
 
 def cabecalho(f, lista, classe=""):
@@ -122,7 +127,7 @@ def curta(f):
 
 
 def declaracao(f):
-    linhas = [f"{{ {f.resumo} {f.nome}."]
+    linhas = wrap(f"{{ {f.resumo} {f.nome}.", 92, subsequent_indent="  ")
     linhas += [f"  A{titulo(p.nome)}: {p.significado}." for p in f.parametros()]
     linhas[-1] += " }"
     if curta(f) is None:

@@ -161,7 +161,7 @@ def sem_prefixo(codigo):
 
 def quebrar(linha, comentario="", largura=100):
     """A line of code, or of a comment that begins with `comentario`, as lines of `largura` at most:
-    code breaks after the outermost comma that serves, outside quotes; a comment at a blank."""
+    code breaks after the outermost comma or semicolon that serves, outside quotes; a comment at a blank."""
     linhas = []
     recuo = len(linha) - len(linha.lstrip())
     seguinte = " " * recuo + (comentario + "  " if comentario else "        ")
@@ -183,7 +183,7 @@ def lugares(linha, comentario, menor, maior):
             aspas = "" if aspas else c
         if not aspas and not comentario:
             fundo += (c in "([{") - (c in ")]}")
-        if i >= menor and c == " " and (comentario or not aspas and linha[i - 1] == ","):
+        if i >= menor and c == " " and (comentario or not aspas and linha[i - 1] in ",;"):
             yield fundo, i + 1
 
 

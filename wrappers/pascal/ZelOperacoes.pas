@@ -16,12 +16,14 @@ type
       AConsumidor: o consumidor. }
     procedure Abrir(const AConsumidor: TZelConsumidor); overload;
     procedure Abrir; overload;
-    { Abre um cupom depois de gravar número e série; o documento leva numeroCupom + 1 na numeração automática. aCFAbrirNumSerie_ZEL.
+    { Abre um cupom depois de gravar número e série; o documento leva numeroCupom + 1 na
+      numeração automática. aCFAbrirNumSerie_ZEL.
       ANumeroCupom: número do último documento.
       ASerie: série.
       AConsumidor: o consumidor. }
-    procedure AbrirNumSerie(ANumeroCupom: Integer; ASerie: Integer; const AConsumidor: TZelConsumidor); overload;
-    procedure AbrirNumSerie(ANumeroCupom: Integer; ASerie: Integer); overload;
+    procedure AbrirNumSerie(ANumeroCupom, ASerie: Integer; const AConsumidor: TZelConsumidor);
+            overload;
+    procedure AbrirNumSerie(ANumeroCupom, ASerie: Integer); overload;
     { Troca o consumidor do cupom. aCFIdentificarConsumidor_ZEL.
       AConsumidor: o consumidor. }
     procedure IdentificarConsumidor(const AConsumidor: TZelConsumidor);
@@ -32,8 +34,9 @@ type
       AEndereco: endereço, 1 a 60.
       AMunicipio: município, 1 a 60.
       AUf: sigla do estado. }
-    procedure IdentificarTransportadora(const ADocumento: TZelTexto; const ANome: TZelTexto; const AInscricaoEstadual: TZelTexto; const AEndereco: TZelTexto; const AMunicipio: TZelTexto; const AUf: TZelTexto); overload;
-    procedure IdentificarTransportadora(const ADocumento: TZelTexto; const ANome: TZelTexto); overload;
+    procedure IdentificarTransportadora(const ADocumento, ANome, AInscricaoEstadual, AEndereco,
+            AMunicipio, AUf: TZelTexto); overload;
+    procedure IdentificarTransportadora(const ADocumento, ANome: TZelTexto); overload;
     { Vende um item. aCFVender_ZEL.
       AAliquota: mercadoria ou serviço e a alíquota, ou isento, não incidência, substituição.
       AQuantidade: quantidade vendida.
@@ -42,8 +45,10 @@ type
       AUnidade: unidade de medida, 1 a 6.
       ADescricao: descrição, 1 a 120.
       AAjuste: desconto ou acréscimo. }
-    procedure Vender(const AAliquota: TZelAliquota; const AQuantidade: Currency; const AValorUnitario: Currency; const ACodigo: TZelTexto; const AUnidade: TZelTexto; const ADescricao: TZelTexto; const AAjuste: TZelAjuste); overload;
-    procedure Vender(const AAliquota: TZelAliquota; const AQuantidade: Currency; const AValorUnitario: Currency; const ACodigo: TZelTexto; const AUnidade: TZelTexto; const ADescricao: TZelTexto); overload;
+    procedure Vender(const AAliquota: TZelAliquota; const AQuantidade, AValorUnitario: Currency;
+            const ACodigo, AUnidade, ADescricao: TZelTexto; const AAjuste: TZelAjuste); overload;
+    procedure Vender(const AAliquota: TZelAliquota; const AQuantidade, AValorUnitario: Currency;
+            const ACodigo, AUnidade, ADescricao: TZelTexto); overload;
     { Vende um item com NCM e CFOP próprios. aCFVenderCompleto_ZEL.
       AAliquota: mercadoria ou serviço e a alíquota, ou isento, não incidência, substituição.
       AQuantidade: quantidade vendida.
@@ -54,8 +59,11 @@ type
       AAjuste: desconto ou acréscimo.
       ANcm: NCM, 2 a 8; vazio vale o da configuração.
       ACfop: CFOP, 4 dígitos; vazio vale o da configuração. }
-    procedure VenderCompleto(const AAliquota: TZelAliquota; const AQuantidade: Currency; const AValorUnitario: Currency; const ACodigo: TZelTexto; const AUnidade: TZelTexto; const ADescricao: TZelTexto; const AAjuste: TZelAjuste; const ANcm: TZelTexto; const ACfop: TZelTexto); overload;
-    procedure VenderCompleto(const AAliquota: TZelAliquota; const AQuantidade: Currency; const AValorUnitario: Currency; const ACodigo: TZelTexto; const AUnidade: TZelTexto; const ADescricao: TZelTexto); overload;
+    procedure VenderCompleto(const AAliquota: TZelAliquota; const AQuantidade,
+            AValorUnitario: Currency; const ACodigo, AUnidade, ADescricao: TZelTexto;
+            const AAjuste: TZelAjuste; const ANcm, ACfop: TZelTexto); overload;
+    procedure VenderCompleto(const AAliquota: TZelAliquota; const AQuantidade,
+            AValorUnitario: Currency; const ACodigo, AUnidade, ADescricao: TZelTexto); overload;
     { Vende um item dado como texto de tags. aCFVenderXml_ZEL.
       AXmlItem: os elementos prod e imposto, na ordem do leiaute. }
     procedure VenderXml(const AXmlItem: TZelTexto);
@@ -93,7 +101,8 @@ type
       AFormaAtual: forma registrada.
       AFormaNova: forma certa.
       AValor: valor do pagamento. }
-    procedure EstornarPagamento(const AFormaAtual: TZelFormaPagamento; const AFormaNova: TZelFormaPagamento; const AValor: Currency);
+    procedure EstornarPagamento(const AFormaAtual, AFormaNova: TZelFormaPagamento;
+            const AValor: Currency);
     { Define o total aproximado de impostos do próximo cupom impresso. aCFValorLeiImposto_ZEL.
       AValor: total aproximado de impostos. }
     procedure ValorLeiImposto(const AValor: Currency);
@@ -104,59 +113,64 @@ type
     { Encerra o cupom com mensagens ao consumidor e ao fisco. tCFEncerrarConfigMsg_ZEL.
       AInformacoes: mensagem ao consumidor, até 5000.
       AInformacoesFisco: mensagem ao fisco, até 2000. }
-    procedure EncerrarConfigMsg(const AInformacoes: TZelTexto; const AInformacoesFisco: TZelTexto);
-    { Cancela o cupom em andamento,
-            ou pede o cancelamento do último documento ou do que os textos nomeiam. tCFCancelar_ZEL.
+    procedure EncerrarConfigMsg(const AInformacoes, AInformacoesFisco: TZelTexto);
+    { Cancela o cupom em andamento, ou pede o cancelamento do último documento ou do que os
+      textos nomeiam. tCFCancelar_ZEL.
       ANumero: número do documento.
       ASerie: série do documento.
       AChave: chave de acesso, 44 dígitos.
       AProtocolo: protocolo da autorização.
       AJustificativa: justificativa, até 99. }
-    function Cancelar(const ANumero: TZelTexto; const ASerie: TZelTexto; const AChave: TZelTexto; const AProtocolo: TZelTexto; const AJustificativa: TZelTexto): Integer; overload;
+    function Cancelar(const ANumero, ASerie, AChave, AProtocolo,
+            AJustificativa: TZelTexto): Integer; overload;
     function Cancelar: Integer; overload;
-    { Grava o pedido de cancelamento em arquivos embaralhados,
-            para um caixa sem conexão. tCFCancelarOffline_ZEL.
+    { Grava o pedido de cancelamento em arquivos embaralhados, para um caixa sem conexão.
+      tCFCancelarOffline_ZEL.
       ADiretorios: até três diretórios; na volta, o caminho do último arquivo.
       ANumero: número do documento.
       ASerie: série do documento.
       AChave: chave de acesso, 44 dígitos.
       AJustificativa: justificativa, até 99. }
-    function CancelarOffline(const ADiretorios: array of TZelTexto; const ANumero: TZelTexto; const ASerie: TZelTexto; const AChave: TZelTexto; const AJustificativa: TZelTexto): TZelTexto; overload;
+    function CancelarOffline(const ADiretorios: array of TZelTexto; const ANumero, ASerie, AChave,
+            AJustificativa: TZelTexto): TZelTexto; overload;
     function CancelarOffline(const ADiretorios: array of TZelTexto): TZelTexto; overload;
     { Pede a inutilização de uma faixa de números. tCFInutilizar_ZEL.
       ANumeroInicial: primeiro número.
       ANumeroFinal: último número.
       ASerie: série.
       AJustificativa: justificativa, até 60. }
-    procedure Inutilizar(const ANumeroInicial: TZelTexto; const ANumeroFinal: TZelTexto; const ASerie: TZelTexto; const AJustificativa: TZelTexto);
+    procedure Inutilizar(const ANumeroInicial, ANumeroFinal, ASerie, AJustificativa: TZelTexto);
     { Pede uma consulta por data, por número ou pela chave. GeraXMLConsulta_ZEL.
       ATipo: o que se dá: datas, números ou chave.
       AInicial: primeira data ou primeiro número.
       AFinal: última data ou último número.
       ASerie: série, na consulta por número.
       AChave: chave de acesso, na consulta pela chave. }
-    procedure Consultar(const ATipo: TZelTipoConsulta; const AInicial: TZelTexto; const AFinal: TZelTexto; const ASerie: TZelTexto; const AChave: TZelTexto); overload;
+    procedure Consultar(const ATipo: TZelTipoConsulta; const AInicial, AFinal, ASerie,
+            AChave: TZelTexto); overload;
     procedure Consultar(const ATipo: TZelTipoConsulta); overload;
     { Fixa o ICMS 00 do próximo item. aCFConfICMS00_ZEL.
       AOrigem: origem da mercadoria, 1 dígito.
       ACst: código de situação tributária, 2 dígitos.
       AModBc: modalidade da base de cálculo, 1 dígito.
       AAliquota: alíquota, sempre com duas casas. }
-    procedure ConfIcms00(const AOrigem: TZelTexto; const ACst: TZelTexto; const AModBc: TZelTexto; const AAliquota: Currency);
+    procedure ConfIcms00(const AOrigem, ACst, AModBc: TZelTexto; const AAliquota: Currency);
     { Fixa o ICMS 40, 41 ou 50 do próximo item. aCFConfICMS40_ZEL.
       AOrigem: origem da mercadoria, 1 dígito.
       ACst: código de situação tributária, 2 dígitos.
       AValorDesonerado: valor do ICMS desonerado.
       AMotivo: motivo da desoneração, 1 dígito. }
-    procedure ConfIcms40(const AOrigem: TZelTexto; const ACst: TZelTexto; const AValorDesonerado: Currency; const AMotivo: TZelTexto); overload;
-    procedure ConfIcms40(const AOrigem: TZelTexto; const ACst: TZelTexto); overload;
+    procedure ConfIcms40(const AOrigem, ACst: TZelTexto; const AValorDesonerado: Currency;
+            const AMotivo: TZelTexto); overload;
+    procedure ConfIcms40(const AOrigem, ACst: TZelTexto); overload;
     { Fixa o ICMS 60 do próximo item. aCFConfICMS60_ZEL.
       AOrigem: origem da mercadoria, 1 dígito.
       ACst: código de situação tributária, 2 dígitos.
       ABaseRetida: base do ICMS retido.
       AValorRetido: valor do ICMS retido. }
-    procedure ConfIcms60(const AOrigem: TZelTexto; const ACst: TZelTexto; const ABaseRetida: Currency; const AValorRetido: Currency); overload;
-    procedure ConfIcms60(const AOrigem: TZelTexto; const ACst: TZelTexto); overload;
+    procedure ConfIcms60(const AOrigem, ACst: TZelTexto; const ABaseRetida,
+            AValorRetido: Currency); overload;
+    procedure ConfIcms60(const AOrigem, ACst: TZelTexto); overload;
     { Fixa o PIS por alíquota do próximo item. aCFConfPisAliq_ZEL.
       ACst: código de situação tributária, 2 dígitos.
       AAliquota: alíquota em percentual. }
@@ -183,18 +197,20 @@ type
       ACst: código de situação tributária, 2 dígitos.
       AAliquota: alíquota em percentual.
       AValorUnidade: centavos de imposto por unidade vendida. }
-    procedure ConfPisOutr(const ACst: TZelTexto; const AAliquota: Currency; const AValorUnidade: Currency); overload;
+    procedure ConfPisOutr(const ACst: TZelTexto; const AAliquota, AValorUnidade: Currency);
+            overload;
     procedure ConfPisOutr(const ACst: TZelTexto); overload;
     { Fixa a COFINS de outras operações do próximo item. aCFConfCofinsOutr_ZEL.
       ACst: código de situação tributária, 2 dígitos.
       AAliquota: alíquota em percentual.
       AValorUnidade: centavos de imposto por unidade vendida. }
-    procedure ConfCofinsOutr(const ACst: TZelTexto; const AAliquota: Currency; const AValorUnidade: Currency); overload;
+    procedure ConfCofinsOutr(const ACst: TZelTexto; const AAliquota, AValorUnidade: Currency);
+            overload;
     procedure ConfCofinsOutr(const ACst: TZelTexto); overload;
     { Grava um valor da configuração. regAlterarValor_ZEL.
       AChave: caminho da chave, com \ entre os grupos.
       AValor: o valor. }
-    procedure AlterarValor(const AChave: TZelTexto; const AValor: TZelTexto);
+    procedure AlterarValor(const AChave, AValor: TZelTexto);
     { Lê um valor da configuração. regRetornarValor_ZEL.
       AChave: caminho da chave, com \ entre os grupos. }
     function RetornarValor(const AChave: TZelTexto): TZelTexto;
@@ -217,12 +233,12 @@ type
       AOrigem: arquivo de origem.
       ADestino: arquivo de destino.
       AChave: chave do embaralhamento, até 1023. }
-    procedure CriptografarArquivo(const AOrigem: TZelTexto; const ADestino: TZelTexto; const AChave: TZelTexto);
+    procedure CriptografarArquivo(const AOrigem, ADestino, AChave: TZelTexto);
     { Desembaralha um arquivo. eDescriptografarArquivo_ZEL.
       AOrigem: arquivo de origem.
       ADestino: arquivo de destino.
       AChave: chave do embaralhamento, até 1023. }
-    procedure DescriptografarArquivo(const AOrigem: TZelTexto; const ADestino: TZelTexto; const AChave: TZelTexto);
+    procedure DescriptografarArquivo(const AOrigem, ADestino, AChave: TZelTexto);
   end;
 
 implementation
@@ -265,7 +281,8 @@ begin
   Abrir(ZelSemConsumidor);
 end;
 
-procedure TZelOperacoes.AbrirNumSerie(ANumeroCupom: Integer; ASerie: Integer; const AConsumidor: TZelConsumidor);
+procedure TZelOperacoes.AbrirNumSerie(ANumeroCupom, ASerie: Integer;
+        const AConsumidor: TZelConsumidor);
 var
   Resposta: Integer;
 begin
@@ -286,7 +303,7 @@ begin
   Concluir('aCFAbrirNumSerie_ZEL', Resposta);
 end;
 
-procedure TZelOperacoes.AbrirNumSerie(ANumeroCupom: Integer; ASerie: Integer);
+procedure TZelOperacoes.AbrirNumSerie(ANumeroCupom, ASerie: Integer);
 begin
   AbrirNumSerie(ANumeroCupom, ASerie, ZelSemConsumidor);
 end;
@@ -312,7 +329,8 @@ begin
   Concluir('aCFIdentificarConsumidor_ZEL', Resposta);
 end;
 
-procedure TZelOperacoes.IdentificarTransportadora(const ADocumento: TZelTexto; const ANome: TZelTexto; const AInscricaoEstadual: TZelTexto; const AEndereco: TZelTexto; const AMunicipio: TZelTexto; const AUf: TZelTexto);
+procedure TZelOperacoes.IdentificarTransportadora(const ADocumento, ANome, AInscricaoEstadual,
+        AEndereco, AMunicipio, AUf: TZelTexto);
 var
   Resposta: Integer;
 begin
@@ -329,12 +347,14 @@ begin
   Concluir('aCFIdentificarTransportadora_ZEL', Resposta);
 end;
 
-procedure TZelOperacoes.IdentificarTransportadora(const ADocumento: TZelTexto; const ANome: TZelTexto);
+procedure TZelOperacoes.IdentificarTransportadora(const ADocumento, ANome: TZelTexto);
 begin
   IdentificarTransportadora(ADocumento, ANome, '', '', '', '');
 end;
 
-procedure TZelOperacoes.Vender(const AAliquota: TZelAliquota; const AQuantidade: Currency; const AValorUnitario: Currency; const ACodigo: TZelTexto; const AUnidade: TZelTexto; const ADescricao: TZelTexto; const AAjuste: TZelAjuste);
+procedure TZelOperacoes.Vender(const AAliquota: TZelAliquota; const AQuantidade,
+        AValorUnitario: Currency; const ACodigo, AUnidade, ADescricao: TZelTexto;
+        const AAjuste: TZelAjuste);
 var
   Resposta: Integer;
 begin
@@ -353,12 +373,15 @@ begin
   Concluir('aCFVender_ZEL', Resposta);
 end;
 
-procedure TZelOperacoes.Vender(const AAliquota: TZelAliquota; const AQuantidade: Currency; const AValorUnitario: Currency; const ACodigo: TZelTexto; const AUnidade: TZelTexto; const ADescricao: TZelTexto);
+procedure TZelOperacoes.Vender(const AAliquota: TZelAliquota; const AQuantidade,
+        AValorUnitario: Currency; const ACodigo, AUnidade, ADescricao: TZelTexto);
 begin
   Vender(AAliquota, AQuantidade, AValorUnitario, ACodigo, AUnidade, ADescricao, ZelSemAjuste);
 end;
 
-procedure TZelOperacoes.VenderCompleto(const AAliquota: TZelAliquota; const AQuantidade: Currency; const AValorUnitario: Currency; const ACodigo: TZelTexto; const AUnidade: TZelTexto; const ADescricao: TZelTexto; const AAjuste: TZelAjuste; const ANcm: TZelTexto; const ACfop: TZelTexto);
+procedure TZelOperacoes.VenderCompleto(const AAliquota: TZelAliquota; const AQuantidade,
+        AValorUnitario: Currency; const ACodigo, AUnidade, ADescricao: TZelTexto;
+        const AAjuste: TZelAjuste; const ANcm, ACfop: TZelTexto);
 var
   Resposta: Integer;
 begin
@@ -378,7 +401,8 @@ begin
   Concluir('aCFVenderCompleto_ZEL', Resposta);
 end;
 
-procedure TZelOperacoes.VenderCompleto(const AAliquota: TZelAliquota; const AQuantidade: Currency; const AValorUnitario: Currency; const ACodigo: TZelTexto; const AUnidade: TZelTexto; const ADescricao: TZelTexto);
+procedure TZelOperacoes.VenderCompleto(const AAliquota: TZelAliquota; const AQuantidade,
+        AValorUnitario: Currency; const ACodigo, AUnidade, ADescricao: TZelTexto);
 begin
   VenderCompleto(AAliquota, AQuantidade, AValorUnitario, ACodigo, AUnidade, ADescricao,
           ZelSemAjuste, '', '');
@@ -518,7 +542,8 @@ begin
   EfetuarPagamento(AForma, ZelVazio);
 end;
 
-procedure TZelOperacoes.EstornarPagamento(const AFormaAtual: TZelFormaPagamento; const AFormaNova: TZelFormaPagamento; const AValor: Currency);
+procedure TZelOperacoes.EstornarPagamento(const AFormaAtual, AFormaNova: TZelFormaPagamento;
+        const AValor: Currency);
 var
   Resposta: Integer;
 begin
@@ -563,7 +588,7 @@ begin
   Encerrar('');
 end;
 
-procedure TZelOperacoes.EncerrarConfigMsg(const AInformacoes: TZelTexto; const AInformacoesFisco: TZelTexto);
+procedure TZelOperacoes.EncerrarConfigMsg(const AInformacoes, AInformacoesFisco: TZelTexto);
 var
   Resposta: Integer;
 begin
@@ -577,7 +602,8 @@ begin
   Concluir('tCFEncerrarConfigMsg_ZEL', Resposta);
 end;
 
-function TZelOperacoes.Cancelar(const ANumero: TZelTexto; const ASerie: TZelTexto; const AChave: TZelTexto; const AProtocolo: TZelTexto; const AJustificativa: TZelTexto): Integer;
+function TZelOperacoes.Cancelar(const ANumero, ASerie, AChave, AProtocolo,
+        AJustificativa: TZelTexto): Integer;
 var
   Resposta: Integer;
 begin
@@ -598,7 +624,8 @@ begin
   Result := Cancelar('', '', '', '', '');
 end;
 
-function TZelOperacoes.CancelarOffline(const ADiretorios: array of TZelTexto; const ANumero: TZelTexto; const ASerie: TZelTexto; const AChave: TZelTexto; const AJustificativa: TZelTexto): TZelTexto;
+function TZelOperacoes.CancelarOffline(const ADiretorios: array of TZelTexto; const ANumero,
+        ASerie, AChave, AJustificativa: TZelTexto): TZelTexto;
 var
   Resposta: Integer;
   Saida: RawByteString;
@@ -620,7 +647,8 @@ begin
   Result := CancelarOffline(ADiretorios, '', '', '', '');
 end;
 
-procedure TZelOperacoes.Inutilizar(const ANumeroInicial: TZelTexto; const ANumeroFinal: TZelTexto; const ASerie: TZelTexto; const AJustificativa: TZelTexto);
+procedure TZelOperacoes.Inutilizar(const ANumeroInicial, ANumeroFinal, ASerie,
+        AJustificativa: TZelTexto);
 var
   Resposta: Integer;
 begin
@@ -635,7 +663,8 @@ begin
   Concluir('tCFInutilizar_ZEL', Resposta);
 end;
 
-procedure TZelOperacoes.Consultar(const ATipo: TZelTipoConsulta; const AInicial: TZelTexto; const AFinal: TZelTexto; const ASerie: TZelTexto; const AChave: TZelTexto);
+procedure TZelOperacoes.Consultar(const ATipo: TZelTipoConsulta; const AInicial, AFinal, ASerie,
+        AChave: TZelTexto);
 var
   Resposta: Integer;
 begin
@@ -655,7 +684,8 @@ begin
   Consultar(ATipo, '', '', '', '');
 end;
 
-procedure TZelOperacoes.ConfIcms00(const AOrigem: TZelTexto; const ACst: TZelTexto; const AModBc: TZelTexto; const AAliquota: Currency);
+procedure TZelOperacoes.ConfIcms00(const AOrigem, ACst, AModBc: TZelTexto;
+        const AAliquota: Currency);
 var
   Resposta: Integer;
 begin
@@ -670,7 +700,8 @@ begin
   Concluir('aCFConfICMS00_ZEL', Resposta);
 end;
 
-procedure TZelOperacoes.ConfIcms40(const AOrigem: TZelTexto; const ACst: TZelTexto; const AValorDesonerado: Currency; const AMotivo: TZelTexto);
+procedure TZelOperacoes.ConfIcms40(const AOrigem, ACst: TZelTexto;
+        const AValorDesonerado: Currency; const AMotivo: TZelTexto);
 var
   Resposta: Integer;
 begin
@@ -686,12 +717,13 @@ begin
   Concluir('aCFConfICMS40_ZEL', Resposta);
 end;
 
-procedure TZelOperacoes.ConfIcms40(const AOrigem: TZelTexto; const ACst: TZelTexto);
+procedure TZelOperacoes.ConfIcms40(const AOrigem, ACst: TZelTexto);
 begin
   ConfIcms40(AOrigem, ACst, ZelVazio, '');
 end;
 
-procedure TZelOperacoes.ConfIcms60(const AOrigem: TZelTexto; const ACst: TZelTexto; const ABaseRetida: Currency; const AValorRetido: Currency);
+procedure TZelOperacoes.ConfIcms60(const AOrigem, ACst: TZelTexto; const ABaseRetida,
+        AValorRetido: Currency);
 var
   Resposta: Integer;
 begin
@@ -706,7 +738,7 @@ begin
   Concluir('aCFConfICMS60_ZEL', Resposta);
 end;
 
-procedure TZelOperacoes.ConfIcms60(const AOrigem: TZelTexto; const ACst: TZelTexto);
+procedure TZelOperacoes.ConfIcms60(const AOrigem, ACst: TZelTexto);
 begin
   ConfIcms60(AOrigem, ACst, ZelVazio, ZelVazio);
 end;
@@ -793,7 +825,8 @@ begin
   Concluir('aCFConfCofinsNT_ZEL', Resposta);
 end;
 
-procedure TZelOperacoes.ConfPisOutr(const ACst: TZelTexto; const AAliquota: Currency; const AValorUnidade: Currency);
+procedure TZelOperacoes.ConfPisOutr(const ACst: TZelTexto; const AAliquota,
+        AValorUnidade: Currency);
 var
   Resposta: Integer;
 begin
@@ -813,7 +846,8 @@ begin
   ConfPisOutr(ACst, ZelVazio, ZelVazio);
 end;
 
-procedure TZelOperacoes.ConfCofinsOutr(const ACst: TZelTexto; const AAliquota: Currency; const AValorUnidade: Currency);
+procedure TZelOperacoes.ConfCofinsOutr(const ACst: TZelTexto; const AAliquota,
+        AValorUnidade: Currency);
 var
   Resposta: Integer;
 begin
@@ -833,7 +867,7 @@ begin
   ConfCofinsOutr(ACst, ZelVazio, ZelVazio);
 end;
 
-procedure TZelOperacoes.AlterarValor(const AChave: TZelTexto; const AValor: TZelTexto);
+procedure TZelOperacoes.AlterarValor(const AChave, AValor: TZelTexto);
 var
   Resposta: Integer;
 begin
@@ -946,7 +980,7 @@ begin
   Concluir('GeraPDF_DANFE_ZEL', Resposta);
 end;
 
-procedure TZelOperacoes.CriptografarArquivo(const AOrigem: TZelTexto; const ADestino: TZelTexto; const AChave: TZelTexto);
+procedure TZelOperacoes.CriptografarArquivo(const AOrigem, ADestino, AChave: TZelTexto);
 var
   Resposta: Integer;
 begin
@@ -960,7 +994,7 @@ begin
   Concluir('eCriptografarArquivo_ZEL', Resposta);
 end;
 
-procedure TZelOperacoes.DescriptografarArquivo(const AOrigem: TZelTexto; const ADestino: TZelTexto; const AChave: TZelTexto);
+procedure TZelOperacoes.DescriptografarArquivo(const AOrigem, ADestino, AChave: TZelTexto);
 var
   Resposta: Integer;
 begin
