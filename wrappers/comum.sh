@@ -31,7 +31,7 @@ vazio() {
 executar() {
     if [[ -n ${ZEL_PRECARGA:-} ]]; then
         env LD_PRELOAD="$ZEL_PRECARGA" \
-            ASAN_OPTIONS=detect_leaks=0:handle_segv=0:malloc_context_size=5 "$@"
+            ASAN_OPTIONS=detect_leaks=0:handle_segv=0:verify_asan_link_order=0 "$@"
     else
         "$@"
     fi

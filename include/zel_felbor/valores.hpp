@@ -45,7 +45,7 @@ public:
         return casas;
     }
 
-    // With a point, at least two decimals, and no zeros behind the second one.
+    // With a point, at least two decimals, and no zeros after the second one.
     std::string texto() const {
         const int escritas = casas() < 2 ? 2 : casas();
         std::string digitos = std::to_string(unidades_);

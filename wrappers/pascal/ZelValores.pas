@@ -122,7 +122,7 @@ end;
 
 {$IFDEF ZEL_UTF16}
 
-{ The character at I, which moves behind it. }
+{ The character at I, which moves past it. }
 function Ler(const Texto: TZelTexto; var I: Integer): Cardinal;
 begin
   Result := Ord(Texto[I]);
@@ -137,7 +137,7 @@ end;
 
 {$ELSE}
 
-{ The character at I, which moves behind it; a byte that is no UTF-8 (cut short, longer than needed,
+{ The character at I, which moves past it; a byte that is no UTF-8 (cut short, longer than needed,
   a surrogate, above U+10FFFF) is a character between U+DC80 and U+DCFF, which no text has. }
 function Ler(const Texto: TZelTexto; var I: Integer): Cardinal;
 const

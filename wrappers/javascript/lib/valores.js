@@ -89,7 +89,7 @@ class Decimal {
     return new Decimal(quantos, 2);
   }
 
-  // With a point, at least two decimals, and no zeros behind the second one.
+  // With a point, at least two decimals, and no zeros after the second one.
   toString() {
     const digitos = String(this.unidades < 0n ? -this.unidades : this.unidades);
     const completo = digitos.padStart(this.casas + 1, '0');
