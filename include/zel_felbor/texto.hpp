@@ -52,28 +52,31 @@ inline const char *transliterado(char32_t c) {
 // U+0080 to U+009F, which are nearly always another character set taken for this one.
 // `transliterar` replaces typographic quotes, dashes, ellipses and blanks by plain ones.
 inline Conversao paraLatin1(std::string_view argumento, std::string_view utf8, bool transliterar) {
-    Conversao resultado;
-    const std::string nome(argumento);
+    std::string latin1;
+    latin1.reserve(utf8.size());
     std::size_t posicao = 1;
+    const auto recusar = [&](const std::string &oque, const char *motivo) {
+        return Conversao{"", std::string(argumento) + ": " + oque + " na posição " +
+                                 std::to_string(posicao) + motivo};
+    };
     for (std::size_t i = 0; i < utf8.size(); ++posicao) {
         char32_t c = 0;
         const std::size_t bytes = detalhe::lerCaractere(utf8.substr(i), c);
-        const std::string lugar = " na posição " + std::to_string(posicao);
-        if (bytes == 0) return {"", nome + ": o byte" + lugar + " não é UTF-8"};
+        if (bytes == 0) return recusar("o byte", " não é UTF-8");
         const bool controle = c == 0 || (c >= 0x80 && c < 0xA0);
         if (c < 0x100 && !controle) {
-            resultado.texto.push_back(static_cast<char>(c));
+            latin1.push_back(static_cast<char>(c));
         } else if (const char *outro = transliterar ? detalhe::transliterado(c) : nullptr) {
-            resultado.texto += paraLatin1(argumento, outro, false).texto;
+            latin1 += paraLatin1(argumento, outro, false).texto;
         } else {
             const std::string glifo =
                 controle ? "" : " \"" + std::string(utf8.substr(i, bytes)) + '"';
-            return {"", nome + ": o caractere" + glifo + " (" + detalhe::pontoDeCodigo(c) + ")" +
-                            lugar + " não existe em ISO-8859-1"};
+            return recusar("o caractere" + glifo + " (" + detalhe::pontoDeCodigo(c) + ")",
+                           " não existe em ISO-8859-1");
         }
         i += bytes;
     }
-    return resultado;
+    return {std::move(latin1), ""};
 }
 
 inline std::string paraUtf8(std::string_view latin1) {

@@ -198,11 +198,14 @@ end;
 
 function ZelLatin1(const Argumento, Texto: TZelTexto; Transliterar: Boolean): RawByteString;
 var
-  I, Inicio, Posicao: Integer;
+  I, J, Inicio, Posicao, Usados: Integer;
   C: Cardinal;
   Simples: TZelTexto;
+  Outros: RawByteString;
 begin
   Result := '';
+  SetLength(Result, 3 * Length(Texto)); { three points for one character }
+  Usados := 0;
   I := 1;
   Posicao := 0;
   while I <= Length(Texto) do
@@ -210,16 +213,21 @@ begin
     Inicio := I;
     C := Ler(Texto, I);
     Inc(Posicao);
+    Outros := '';
     if Transliterar and ZelTransliterar(C, Simples) then
-      Result := Result + ZelLatin1(Argumento, Simples, False)
+      Outros := ZelLatin1(Argumento, Simples, False)
     else if (C > $FF) or (C = 0) or ((C >= $80) and (C < $A0)) then
       Recusar(Argumento, C, Posicao, Copy(Texto, Inicio, I - Inicio))
     else
     begin
-      SetLength(Result, Length(Result) + 1);
-      Result[Length(Result)] := AnsiChar(C);
+      Inc(Usados);
+      Result[Usados] := AnsiChar(C);
     end;
+    for J := 1 to Length(Outros) do
+      Result[Usados + J] := Outros[J];
+    Inc(Usados, Length(Outros));
   end;
+  SetLength(Result, Usados);
 end;
 
 function ZelDeLatin1(Bytes: PAnsiChar): TZelTexto;

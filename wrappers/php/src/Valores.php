@@ -83,6 +83,9 @@ final class Valores
      */
     public static function texto(string $argumento, string $valor, bool $transliterar): string
     {
+        if (preg_match('/[\x80-\xFF\0]/', $valor) === 0) {
+            return $valor;
+        }
         $latin1 = '';
         $posicao = 0;
         for ($i = 0; $i < strlen($valor); $i += strlen($c)) {
