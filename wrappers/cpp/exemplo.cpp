@@ -11,7 +11,6 @@ namespace {
 void configurarEmitente(Cupom &caixa) {
     caixa.alterarValor("EMIT\\xNome", "Padaria São João Ltda");
     caixa.alterarValor("EMIT\\CNPJ", "11222333000181");
-    caixa.alterarValor("EMIT\\ENDEREMIT\\xMun", "São Paulo");
 }
 
 void vender(Cupom &caixa) {
