@@ -1,0 +1,86 @@
+// The library for C++17, header-only, made of the 47 functions alone: link the library itself.
+//
+//     zel_felbor::Cupom caixa("/var/lib/caixa1");
+//     caixa.abrir();
+//     caixa.vender(zel_felbor::Aliquota::mercadoria(18), 2, zel_felbor::Decimal("12,50"), "101",
+//     "UN",
+//                  "Café 500 g");
+//     caixa.totalizar();
+//     caixa.efetuarPagamento(zel_felbor::FormaPagamento::Dinheiro);
+//     caixa.encerrar("Volte sempre");
+//
+//  1. Texts are UTF-8, converted to ISO-8859-1 strictly: a character that has no place there is
+//     named, with its position and its argument, and nothing is called. Opcoes::transliterar
+//     replaces typographic quotes, dashes, ellipses and blanks by plain ones. File names are not
+//     converted.
+//  2. A failure is thrown as Falha; with Opcoes::excecoes false it is the Resultado alone, and
+//     nothing is ever thrown but std::bad_alloc.
+//  3. The first Cupom of a process sets ZEL_DIRETORIO; make it before any other use of the library,
+//     and before other threads are started. A second one is of the same directory.
+//  4. Calls from several threads are made one after the other.
+//
+// What each function does with its arguments, and in which state, is in ZEL_FelborFramework.h.
+#pragma once
+
+#include "zel_felbor/operacoes.hpp"
+
+namespace zel_felbor {
+
+// The receipt of one data directory.
+class Cupom : public Operacoes {
+public:
+    // `diretorio` is absolute and exists; the library keeps its files there.
+    explicit Cupom(std::string diretorio, Opcoes opcoes = {})
+        : Operacoes(std::move(diretorio), opcoes) {}
+
+    // aCFContingenciaUltimaNota_ZEL of kind 1 (as the closing does), 3 or 5 (in contingency);
+    // answers the document.
+    Com<std::string> reemitir(int tipo) {
+        Chamada c(*this, "aCFContingenciaUltimaNota_ZEL");
+        const std::size_t tamanho = static_cast<std::size_t>(ZEL_TAMANHO_DOCUMENTO) + 65536 +
+                                    2 * detalhe::tamanhoDoArquivo(arquivo("ArqPersist.bin"));
+        c.invocar(::aCFContingenciaUltimaNota_ZEL, std::tuple{tipo, c.saida(tamanho)});
+        return c.comTexto();
+    }
+
+    // aCFContingenciaUltimaNota_ZEL of kind 4: KEY.ctg in up to three directories; answers the path
+    // of the last file.
+    Com<std::string> contingencia(const std::vector<std::string> &diretorios) {
+        Chamada c(*this, "aCFContingenciaUltimaNota_ZEL");
+        c.invocar(::aCFContingenciaUltimaNota_ZEL,
+                  std::tuple{4, c.diretorios("diretorios", diretorios)});
+        return c.comCaminho();
+    }
+
+    // GerarArquivoFormatadoNF_ZEL of a sale: the receipt text with its printer mark-up. `retorno`
+    // is the file of the tax authority's answer, or "OFFLINE"; `colunas` 42 or 48; the content of
+    // the QR code is built when none is given.
+    Com<std::string> imprimir(const std::string &arquivoXml, const std::string &retorno = "OFFLINE",
+                              int colunas = 48, const std::string &urlQrcode = "") {
+        return formatar(arquivoXml, retorno, urlQrcode, colunas, 1);
+    }
+
+    // The same of a cancellation request.
+    Com<std::string> imprimirCancelamento(const std::string &arquivoXml,
+                                          const std::string &retorno = "OFFLINE",
+                                          int colunas = 48) {
+        return formatar(arquivoXml, retorno, "", colunas, 5);
+    }
+
+private:
+    Com<std::string> formatar(const std::string &arquivoXml, const std::string &retorno,
+                              const std::string &urlQrcode, int colunas, int tipo) {
+        Chamada c(*this, "GerarArquivoFormatadoNF_ZEL");
+        const std::size_t tamanho = detalhe::tamanhoDoCupom(
+            c.conteudo("arquivoXml", arquivoXml),
+            retorno == "OFFLINE" ? 0 : c.conteudo("arquivoRetorno", retorno).size(),
+            detalhe::tamanhoDoArquivo(arquivo("ArqPersist.bin")), urlQrcode.size());
+        c.invocar(::GerarArquivoFormatadoNF_ZEL,
+                  std::tuple{c.caminho("arquivoXml", arquivoXml),
+                             c.caminho("arquivoRetorno", retorno), c.texto("urlQrcode", urlQrcode),
+                             colunas, tipo, "", c.saida(tamanho)});
+        return c.comTexto();
+    }
+};
+
+} // namespace zel_felbor

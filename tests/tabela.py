@@ -1,0 +1,102 @@
+#!/usr/bin/env python3
+"""The header, the tables of tabela/ and the files generated from them say the same: 47 functions
+with their arguments in order, codes with their values, sizes of buffers. Each kind of drift is
+tried, too, on altered copies: one that is not reported would be a test that cannot fail."""
+import copy
+import importlib.machinery
+import importlib.util
+import json
+import re
+import sys
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+RAIZ = Path(__file__).resolve().parents[1]
+sys.path.insert(0, str(RAIZ / "scripts"))
+carregador = importlib.machinery.SourceFileLoader("gerar", str(RAIZ / "scripts/gerar-tabelas"))
+gerar = importlib.util.module_from_spec(importlib.util.spec_from_loader("gerar", carregador))
+carregador.exec_module(gerar)
+from gerador.tabela import constantes
+
+TIPOS = {"texto": "const char *", "inteiro": "int", "resultado": "char *",
+         "texto_e_resultado": "char *"}
+REGRAS = {"contingencia", "cupom", "ultimo"}  # sizes by a rule, not a constant
+
+
+def sem_comentarios(cabecalho):
+    return re.sub(r"/\*.*?\*/", "", cabecalho, flags=re.S)
+
+
+def funcoes_do_cabecalho(cabecalho):
+    """(name, [(type, name of argument)]) in the order of the header."""
+    funcoes = []
+    declaracoes = re.findall(r"^ZEL_API int (\w+)\(([^)]*)\);", sem_comentarios(cabecalho), re.M)
+    for nome, lista in declaracoes:
+        partes = [] if lista.strip() == "void" else [p.strip() for p in lista.split(",")]
+        pares = [re.fullmatch(r"(.*?)\s*(\w+)", p, re.S).groups() for p in partes]
+        funcoes.append((nome, [(re.sub(r"\s+", " ", tipo), arg) for tipo, arg in pares]))
+    return funcoes
+
+
+def diferencas(cabecalho, funcoes, codigos):
+    valores = constantes(cabecalho)
+    esperadas = funcoes_do_cabecalho(cabecalho)
+    tabela = [(f["nome"], [(TIPOS.get(a["tipo"], a["tipo"]), a["nome"]) for a in f["argumentos"]])
+              for f in funcoes]
+    if len(esperadas) != 47:
+        yield f"the header declares {len(esperadas)} functions"
+    for do_cabecalho, da_tabela in zip(esperadas, tabela):
+        if do_cabecalho != da_tabela:
+            yield f"header {do_cabecalho}, table {da_tabela}"
+    if len(esperadas) != len(tabela):
+        yield f"the table has {len(tabela)} functions"
+    for f in funcoes:
+        for a in f["argumentos"]:
+            escreve = a["tipo"] in ("resultado", "texto_e_resultado")
+            tamanho = a.get("tamanho")
+            conhecido = tamanho in REGRAS or tamanho in valores
+            if escreve != bool(tamanho) or tamanho and not conhecido:
+                yield f"{f['nome']}: {a['nome']} has the size {tamanho}"
+    do_cabecalho = {n: v for n, v in valores.items() if not n.startswith("ZEL_TAMANHO_")}
+    da_tabela = {c["nome"]: c["codigo"] for c in codigos}
+    for nome in sorted(do_cabecalho.items() ^ da_tabela.items()):
+        yield f"code {nome} is in one of header and table alone"
+
+
+def alterados(cabecalho, funcoes, codigos):
+    """(what was altered, header, functions, codes): each of them has to be reported."""
+    for oque, de, para in (
+            ("argument renamed", "const char *informacoesFisco);", "const char *aviso);"),
+            ("type changed", "CancelarItem_ZEL(int item", "CancelarItem_ZEL(const char *item"),
+            ("function gone", "ZEL_API int rURLQrcode_ZEL(char *url);", ""),
+            ("function added", "#ifdef __cplusplus\n}", "ZEL_API int nova_ZEL(void);\n}"),
+            ("value changed", "ZEL_JA_PAGO = -34", "ZEL_JA_PAGO = -33"),
+            ("code added", "ZEL_JA_PAGO = -34,", "ZEL_JA_PAGO = -34, ZEL_NOVO = -36,")):
+        yield oque, cabecalho.replace(de, para, 1), funcoes, codigos
+    vender = next(i for i, f in enumerate(funcoes) if f["nome"] == "aCFVender_ZEL")
+    argumentos = lambda tabela: tabela[vender]["argumentos"]
+    for oque, mudar in (
+            ("order changed", lambda t: argumentos(t).insert(0, argumentos(t).pop())),
+            ("output taken for input", lambda t: argumentos(t)[0].update(tipo="resultado")),
+            ("size unknown", lambda t: argumentos(t)[0].update(tamanho="ZEL_TAMANHO_X"))):
+        copia = copy.deepcopy(funcoes)
+        mudar(copia)
+        yield oque, cabecalho, copia, codigos
+    yield "code gone from the table", cabecalho, funcoes, codigos[1:]
+
+
+def principal():
+    cabecalho = (RAIZ / "include/ZEL_FelborFramework.h").read_text(encoding="utf-8")
+    funcoes = json.loads((RAIZ / "tabela/funcoes.json").read_text(encoding="utf-8"))["funcoes"]
+    codigos = json.loads((RAIZ / "tabela/codigos.json").read_text(encoding="utf-8"))
+    erros = list(diferencas(cabecalho, funcoes, codigos))
+    erros += [f"{c.relative_to(RAIZ)} is not what scripts/gerar-tabelas writes"
+              for c in gerar.diferentes()]
+    erros += [f"not reported: {oque}" for oque, *entrada in alterados(cabecalho, funcoes, codigos)
+              if not list(diferencas(*entrada))]
+    print("\n".join(erros) or f"{len(funcoes)} functions and {len(codigos)} codes agree")
+    return 1 if erros else 0
+
+
+if __name__ == "__main__":
+    sys.exit(principal())

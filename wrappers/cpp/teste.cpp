@@ -1,0 +1,302 @@
+// The C++17 layer against a real library: teste DIRECTORY CASES. Ends with 1 and what failed.
+#include "ZEL_Felbor.hpp"
+
+#include <functional>
+#include <iostream>
+#include <sstream>
+#include <thread>
+
+using namespace zel_felbor;
+
+namespace {
+
+int falhas = 0;
+
+void conferir(bool certo, const std::string &oque) {
+    if (certo) return;
+    std::cout << "failed: " << oque << '\n';
+    ++falhas;
+}
+
+template <typename Lido, typename Esperado>
+void igual(const Lido &lido, const Esperado &esperado, const std::string &oque) {
+    std::ostringstream texto;
+    texto << oque << ": " << lido << ", expected " << esperado;
+    conferir(lido == esperado, texto.str());
+}
+
+bool contem(const std::string &texto, const std::string &parte) {
+    return texto.find(parte) != texto.npos;
+}
+
+std::string hexa(const std::string &bytes) {
+    std::string texto;
+    for (const char c : bytes)
+        for (const int meio : {static_cast<unsigned char>(c) >> 4, c & 15})
+            texto.push_back("0123456789ABCDEF"[meio]);
+    return texto;
+}
+
+// What a call throws; fails the test when it throws nothing.
+template <typename Chamada_>
+Falha falhaDe(Chamada_ chamada, const std::string &oque) {
+    try {
+        chamada();
+    } catch (const Falha &falha) {
+        return falha;
+    }
+    conferir(false, oque + " was not refused");
+    return Falha(Resultado("", 1));
+}
+
+Conversao converter(const std::string &tipo, const std::string &escolha,
+                    const std::string &entrada) {
+    if (tipo == "texto") return paraLatin1("a", entrada, escolha == "transliterar");
+    const Decimal numero(entrada);
+    if (tipo == "aliquota")
+        return (escolha == "servico" ? Aliquota::servico(numero) : Aliquota::mercadoria(numero))
+            .converter("a");
+    return numero.converter("a", std::stoi(escolha));
+}
+
+// The cases that all languages share.
+void testarConversoes(const char *arquivo) {
+    std::istringstream linhas(detalhe::lerArquivo(arquivo).value_or(""));
+    int casos = 0;
+    for (std::string linha; std::getline(linhas, linha);) {
+        if (linha.front() == '#') continue;
+        std::istringstream campos(linha);
+        std::string tipo, escolha, entrada, esperado;
+        for (std::string *campo : {&tipo, &escolha, &entrada, &esperado})
+            std::getline(campos, *campo, '\t');
+        const Conversao lido = converter(tipo, escolha, entrada);
+        ++casos;
+        if (esperado.front() != '!') {
+            igual(tipo == "texto" ? hexa(lido.texto) : lido.texto, esperado, linha + lido.erro);
+        } else if (tipo != "texto") {
+            conferir(!lido.erro.empty(), linha + " was taken as " + lido.texto);
+        } else {
+            const auto blank = esperado.find(' ');
+            conferir(contem(lido.erro, "(" + esperado.substr(1, blank - 1) + ") na posição " +
+                                           esperado.substr(blank + 1) + " não existe"),
+                     linha + ": " + lido.erro);
+        }
+    }
+    conferir(casos > 30, "the cases were not read");
+}
+
+void testarEntradas() {
+    for (const char *numero : {"", "-", ",", "1,2,3", "12a", " 1", "1e3", "1234567890123456789"})
+        conferir(!Decimal(numero).valido(), std::string("decimal ") + numero);
+    igual(Decimal("0,5").texto(), "0.50", "comma");
+    igual(Decimal::centavos(-5).texto(), "-0.05", "cents");
+    static_assert(!std::is_constructible_v<Decimal, double>);
+
+    using namespace std::string_view_literals;
+    for (const std::string_view texto :
+         {"\xe3"sv, "a\xc3"sv, "\xc0\xaf"sv, "\xed\xa0\x80"sv, "\xf4\x90\x80\x80"sv})
+        conferir(contem(paraLatin1("a", texto, true).erro, "não é UTF-8"), "bad UTF-8 was taken");
+    conferir(contem(paraLatin1("a", "P\0o"sv, true).erro, "(U+0000) na posição 2"),
+             "NUL was taken");
+}
+
+void testarDiretorio(const std::string &diretorio) {
+    const auto abrirEm = [](const std::string &onde) {
+        return [onde] { Cupom(onde).inicializar(); };
+    };
+    conferir(contem(falhaDe(abrirEm("caixa1"), "relative").what(), "não é um caminho absoluto"),
+             "why");
+    conferir(contem(falhaDe(abrirEm("/nao/ha"), "missing").what(), "não existe"), "why");
+    Cupom(diretorio).inicializar();
+    Cupom(diretorio + "/").inicializar();
+    conferir(contem(falhaDe(abrirEm("/"), "second").what(), "já trabalha em " + diretorio), "why");
+    conferir(std::filesystem::exists(diretorio + "/ZEL_Framework.xml"), "files elsewhere");
+
+    Cupom semExcecoes("relativo", {false, false});
+    const Resultado r = semExcecoes.abrir();
+    conferir(!r && r.entradaRecusada() && r.codigo() == Codigo::ArgumentoInvalido, "no exception");
+}
+
+struct Passo {
+    const char *nome;
+    Codigo esperado;
+    std::function<Resultado(Cupom &)> chamar;
+};
+
+Resultado venderBala(Cupom &c, const Decimal &preco = 10, const Ajuste &ajuste = {}) {
+    return c.vender(Aliquota::isento(), 1, preco, "1", "UN", "Bala", ajuste);
+}
+
+const Passo passos[] = {
+    {"sell without receipt", Codigo::NenhumCupom, [](Cupom &c) { return venderBala(c); }},
+    {"close without receipt", Codigo::NenhumCupom, [](Cupom &c) { return c.encerrar(); }},
+    {"last receipt", Codigo::ArquivoIndisponivel, [](Cupom &c) { return c.ultimoCupom(); }},
+    {"open", Codigo::Ok, [](Cupom &c) { return c.abrir(); }},
+    {"open again", Codigo::CupomEmAndamento, [](Cupom &c) { return c.abrir(); }},
+    {"totalize nothing", Codigo::TotalizacaoForaDeOrdem, [](Cupom &c) { return c.totalizar(); }},
+    {"discount of all", Codigo::AjusteExcessivo,
+     [](Cupom &c) { return venderBala(c, 10, Ajuste::desconto(10)); }},
+    {"price below zero", Codigo::ArgumentoInvalido, [](Cupom &c) { return venderBala(c, -1); }},
+    {"tags that do not nest", Codigo::Recusado, [](Cupom &c) { return c.venderXml("<prod>"); }},
+    {"sell", Codigo::Ok, [](Cupom &c) { return venderBala(c); }},
+    {"no discount", Codigo::NadaARemover, [](Cupom &c) { return c.cancelarDescontoItem(1); }},
+    {"surcharge as discount", Codigo::ArgumentoInvalido,
+     [](Cupom &c) { return c.lancarDescontoItem(1, Ajuste::acrescimo(1)); }},
+    {"discount", Codigo::Ok, [](Cupom &c) { return c.lancarDescontoItem(1, Ajuste::desconto(1)); }},
+    {"another", Codigo::ItemJaAjustado,
+     [](Cupom &c) { return c.lancarDescontoItem(0, Ajuste::descontoPercentual(1)); }},
+    {"no such item", Codigo::ItemInexistente, [](Cupom &c) { return c.cancelarDescontoItem(2); }},
+    {"cancel all of it", Codigo::CancelamentoExcessivo,
+     [](Cupom &c) { return c.cancelarItemParcial(1, 1); }},
+    {"carrier", Codigo::TransportadoraNaoPermitida,
+     [](Cupom &c) { return c.identificarTransportadora("11222333000181", "Frete"); }},
+    {"unknown key", Codigo::Recusado, [](Cupom &c) { return c.retornarValor("NAO\\HA"); }},
+    {"pay too early", Codigo::PagamentoForaDeOrdem,
+     [](Cupom &c) { return c.efetuarPagamento(FormaPagamento::Dinheiro); }},
+    {"totalize", Codigo::Ok, [](Cupom &c) { return c.totalizar(); }},
+    {"sell too late", Codigo::VendaForaDeOrdem, [](Cupom &c) { return venderBala(c); }},
+    {"discount too late", Codigo::EstadoInvalido, [](Cupom &c) { return c.cancelarItem(1); }},
+    {"close unpaid", Codigo::EncerramentoForaDeOrdem, [](Cupom &c) { return c.encerrar(); }},
+    {"pay", Codigo::Ok, [](Cupom &c) { return c.efetuarPagamento(FormaPagamento::Cheque); }},
+    {"pay again", Codigo::JaPago,
+     [](Cupom &c) { return c.efetuarPagamento(FormaPagamento::Dinheiro); }},
+    {"correct another payment", Codigo::PagamentoInexistente,
+     [](Cupom &c) {
+         return c.estornarPagamento(FormaPagamento::Outros, FormaPagamento::Cheque, 9);
+     }},
+    {"limit of unknown consumers", Codigo::Ok,
+     [](Cupom &c) { return c.alterarValor("CONFIGURACAO\\ValorMaxIdeCliente", "1"); }},
+    {"close for nobody", Codigo::ConsumidorObrigatorio, [](Cupom &c) { return c.encerrar(); }},
+    {"no limit", Codigo::Ok,
+     [](Cupom &c) { return c.alterarValor("CONFIGURACAO\\ValorMaxIdeCliente", "10000"); }},
+    {"close", Codigo::Ok, [](Cupom &c) { return c.encerrar(); }},
+    {"cancel", Codigo::CancelamentoGravado, [](Cupom &c) { return c.cancelar(); }},
+};
+
+// Each answer as a value and, when it is a refusal, as an exception of the same code; the texts are
+// those of the table.
+void testarRespostas(const std::string &diretorio) {
+    Cupom lanca(diretorio), responde(diretorio, {false, false});
+    for (const Passo &passo : passos) {
+        const Resultado r = passo.chamar(responde);
+        igual(r.numero(), static_cast<int>(passo.esperado), passo.nome);
+        if (!r) {
+            const Falha falha = falhaDe([&] { passo.chamar(lanca); }, passo.nome);
+            igual(falha.what(), r.mensagem(), passo.nome);
+            igual(falha.resultado().numero(), r.numero(), passo.nome);
+        }
+    }
+    const Resultado r = responde.totalizar();
+    igual(r.mensagem(),
+          "aCFTotalizar_ZEL: ZEL_TOTALIZACAO_FORA_DE_ORDEM (-133): Totalização sem itens, ou "
+          "repetida. Totaliza-se uma vez, depois de vender ao menos um item (estado 2).",
+          "message");
+}
+
+std::string repetir(const std::string &texto, int vezes) {
+    std::string tudo;
+    for (int i = 0; i < vezes; ++i)
+        tudo += texto;
+    return tudo;
+}
+
+// A receipt with accents, more text than ZEL_TAMANHO_CUPOM, and every form of payment.
+void testarCupom(const std::string &diretorio) {
+    Cupom caixa(diretorio), tolerante(diretorio, {true, true});
+    caixa.alterarValor("EMIT\\xNome", "Padaria São João");
+    igual(caixa.retornarValor("EMIT\\xNome").valor, "Padaria São João", "value read back");
+
+    Consumidor consumidor;
+    consumidor.nome = "João – Ltda";
+    conferir(
+        contem(falhaDe([&] { caixa.abrir(consumidor); }, "name").what(), "nome: o caractere \"–\""),
+        "a group's argument is not named");
+    caixa.abrir();
+    const auto vender = [](Cupom &c, const std::string &descricao) {
+        return c.vender(Aliquota::mercadoria(18), Decimal("1,5"), Decimal("0,75"), "101", "UN",
+                        descricao);
+    };
+    conferir(
+        contem(falhaDe([&] { vender(caixa, "Pão de queijo – 1ª"); }, "dash").what(),
+               "aCFVender_ZEL: descricao: o caractere \"–\" (U+2013) na posição 15 não existe"),
+        "message of a character");
+    falhaDe([&] { vender(tolerante, "1 €"); }, "euro");
+    conferir(caixa.verificarStatus().valor == Estado::Aberto, "a refused text was sold");
+    vender(tolerante, "Pão de queijo – 1ª");
+    const std::string longa = repetir("É", 120);
+    for (int i = 0; i < 800; ++i)
+        vender(caixa, longa);
+    igual(caixa.infoEstendida("1").valor, "801", "items");
+    caixa.totalizar(Ajuste::desconto(1));
+    const auto ultima = static_cast<int>(FormaPagamento::Outros);
+    for (int forma = 0; forma < ultima; ++forma)
+        caixa.efetuarPagamento(static_cast<FormaPagamento>(forma), 1);
+    caixa.efetuarPagamento(FormaPagamento::Outros);
+    caixa.encerrar("Obrigado pela preferência");
+
+    const std::string documento =
+        detalhe::lerArquivo(caixa.arquivo("documentosEnvio.xml")).value_or("");
+    conferir(contem(documento, "<xProd>P\xe3o de queijo - 1\xaa</xProd>"), "bytes of the accents");
+    conferir(contem(documento, "<xProd>" + repetir("\xc9", 120) + "</xProd>"), "long description");
+    std::string formas;
+    for (auto i = documento.find("<tPag>"); i != documento.npos;
+         i = documento.find("<tPag>", i + 1))
+        formas += documento.substr(i + 6, 2) + " ";
+    igual(formas, "01 02 03 04 05 10 11 12 13 99 ", "forms of payment");
+
+    const std::string cupom = caixa.imprimir(caixa.arquivo("documentosEnvio.xml")).valor;
+    conferir(cupom.size() > ZEL_TAMANHO_CUPOM && contem(cupom, "Pão de queijo - 1ª"), "receipt");
+    conferir(caixa.ultimoCupom().valor == cupom, "last receipt");
+    const auto reemitido = caixa.reemitir(1);
+    conferir(contem(reemitido.valor, "Pão de queijo - 1ª"), "document issued again");
+    const std::string ctg = caixa.contingencia({diretorio}).valor;
+    conferir(std::filesystem::exists(ctg), "no file " + ctg);
+    conferir(contem(caixa.imprimir(ctg).valor, "Pão de queijo - 1ª"),
+             "receipt of a scrambled file");
+    falhaDe([&] { caixa.contingencia({"/a|b/"}); }, "a list as a directory");
+
+    conferir(contem(falhaDe([&] { caixa.imprimir(ctg, "/nao/ha.xml"); }, "missing").what(),
+                    "arquivoRetorno: /nao/ha.xml não pôde ser lido"),
+             "missing file");
+
+    // A refused PDF leaves the text.
+    caixa.alterarValor("CONFIGURACAO\\SalvarDanfePDF", "1");
+    const Falha pdf = falhaDe([&] { caixa.imprimir(ctg); }, "PDF offline");
+    conferir(contem(pdf.texto(), "Pão de queijo - 1ª"), "the text of a failed PDF is lost");
+}
+
+// Two threads at once; each finds what it wrote.
+void testarThreads(const std::string &diretorio) {
+    Cupom caixa(diretorio);
+    const auto trabalhar = [&](const char *chave, std::string &erro) {
+        try {
+            for (int i = 0; i < 200 && erro.empty(); ++i) {
+                const std::string valor = std::to_string(i);
+                caixa.alterarValor(chave, valor);
+                if (caixa.retornarValor(chave).valor != valor) erro = "read another value";
+            }
+        } catch (const std::exception &e) {
+            erro = e.what();
+        }
+    };
+    std::string erros[2];
+    std::thread outra(trabalhar, "EMIT\\IE", std::ref(erros[0]));
+    trabalhar("EMIT\\xNome", erros[1]);
+    outra.join();
+    igual(erros[0] + erros[1], "", "threads");
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    if (argc != 3) return 2;
+    const std::string diretorio = argv[1];
+    testarConversoes(argv[2]);
+    testarEntradas();
+    testarDiretorio(diretorio);
+    testarRespostas(diretorio);
+    testarCupom(diretorio);
+    testarThreads(diretorio);
+    std::cout << (falhas == 0 ? "C++17: ok\n" : "C++17: failed\n");
+    return falhas == 0 ? 0 : 1;
+}

@@ -1,0 +1,36 @@
+import { Operacoes } from './lib/operacoes';
+
+export { Codigo, Consumidor, Estado, FormaPagamento, TipoConsulta } from './lib/operacoes';
+export {
+  Ajuste, Aliquota, Decimal, EntradaRecusada, ErroZel, Numero, Recusa, TextoInvalido,
+} from './lib/valores';
+
+export interface Opcoes {
+  /** Typographic quotes, dashes, ellipses and blanks become plain ones. */
+  transliterar?: boolean;
+  /** The shared object, which the first Cupom of a thread loads. */
+  biblioteca?: string;
+}
+
+/** The receipt of one data directory, which is the process's. */
+export class Cupom extends Operacoes {
+  /** `diretorio` is absolute and exists; the library keeps its files there. */
+  constructor(diretorio: string, opcoes?: Opcoes);
+  readonly diretorio: string;
+  /** A file of the data directory. */
+  arquivo(nome: string): string;
+  /** Kind 1 (as the closing does), 3 or 5 (in contingency); answers the document. */
+  reemitir(tipo: 1 | 3 | 5): string;
+  /** KEY.ctg in up to three directories; answers the path of the last file. */
+  contingencia(diretorios: string[]): string;
+  /** The receipt text of a sale; `retorno` is a file or "OFFLINE". */
+  imprimir(
+    arquivoXml: string,
+    opcoes?: { retorno?: string; colunas?: 42 | 48; urlQrcode?: string },
+  ): string;
+  /** The receipt text of a cancellation request. */
+  imprimirCancelamento(
+    arquivoXml: string,
+    opcoes?: { retorno?: string; colunas?: 42 | 48 },
+  ): string;
+}

@@ -1,0 +1,104 @@
+﻿{ The receipt of one data directory, which is the process's. Text is converted to ISO-8859-1 strictly,
+  file names are not; calls from several threads are made one after the other. What each function does,
+  and in which state, is in ZEL_FelborFramework.h. }
+unit ZelFelbor;
+{$I zel.inc}
+
+interface
+
+uses ZelTipos, ZelTabelas, ZelValores, ZelChamada, ZelOperacoes;
+
+type
+  TZelTexto = ZelTipos.TZelTexto;
+  TZelConsumidor = ZelTabelas.TZelConsumidor;
+  TZelEstado = ZelTabelas.TZelEstado;
+  TZelFormaPagamento = ZelTabelas.TZelFormaPagamento;
+  TZelTipoConsulta = ZelTabelas.TZelTipoConsulta;
+  TZelAliquota = ZelValores.TZelAliquota;
+  TZelAjuste = ZelValores.TZelAjuste;
+  EZel = ZelValores.EZel;
+  EZelEntrada = ZelValores.EZelEntrada;
+  EZelTexto = ZelValores.EZelTexto;
+  EZelRecusa = ZelValores.EZelRecusa;
+
+  TCupom = class(TZelOperacoes)
+  private
+    function Formatar(const AXml, ARetorno, AUrl: TZelTexto; AColunas, ATipo: Integer): TZelTexto;
+  public
+    { aCFContingenciaUltimaNota_ZEL of kind 1 (as the closing does), 3 or 5 (in contingency);
+      answers the document. }
+    function Reemitir(ATipo: Integer): TZelTexto;
+    { aCFContingenciaUltimaNota_ZEL of kind 4: KEY.ctg in up to three directories; answers the path
+      of the last file. }
+    function Contingencia(const ADiretorios: array of TZelTexto): TZelTexto;
+    { The receipt text of a sale with its printer mark-up. ARetorno is the file of the tax
+      authority's answer, or "OFFLINE"; AColunas 42 or 48; the content of the QR code is built when
+      none is given. }
+    function Imprimir(const AXml: TZelTexto; const ARetorno: TZelTexto = 'OFFLINE';
+      AColunas: Integer = 48; const AUrlQrcode: TZelTexto = ''): TZelTexto;
+    { The same of a cancellation request. }
+    function ImprimirCancelamento(const AXml: TZelTexto; const ARetorno: TZelTexto = 'OFFLINE';
+      AColunas: Integer = 48): TZelTexto;
+  end;
+
+implementation
+
+function TCupom.Reemitir(ATipo: Integer): TZelTexto;
+var
+  Resposta: Integer;
+  Saida: RawByteString;
+begin
+  Saida := ZelSaida(TamanhoDoDocumento);
+  Entrar;
+  try
+    Resposta := Funcoes.aCFContingenciaUltimaNota_ZEL(ATipo, PAnsiChar(Saida));
+  finally
+    Sair;
+  end;
+  Result := ConcluirTexto('aCFContingenciaUltimaNota_ZEL', Resposta, Saida);
+end;
+
+function TCupom.Contingencia(const ADiretorios: array of TZelTexto): TZelTexto;
+var
+  Resposta: Integer;
+  Saida: RawByteString;
+begin
+  Saida := ZelDiretorios('diretorios', ADiretorios);
+  Entrar;
+  try
+    Resposta := Funcoes.aCFContingenciaUltimaNota_ZEL(4, PAnsiChar(Saida));
+  finally
+    Sair;
+  end;
+  Result := ConcluirCaminho('aCFContingenciaUltimaNota_ZEL', Resposta, Saida);
+end;
+
+function TCupom.Imprimir(const AXml, ARetorno: TZelTexto; AColunas: Integer;
+  const AUrlQrcode: TZelTexto): TZelTexto;
+begin
+  Result := Formatar(AXml, ARetorno, AUrlQrcode, AColunas, 1);
+end;
+
+function TCupom.ImprimirCancelamento(const AXml, ARetorno: TZelTexto; AColunas: Integer): TZelTexto;
+begin
+  Result := Formatar(AXml, ARetorno, '', AColunas, 5);
+end;
+
+function TCupom.Formatar(const AXml, ARetorno, AUrl: TZelTexto; AColunas, ATipo: Integer): TZelTexto;
+var
+  Resposta: Integer;
+  Saida: RawByteString;
+begin
+  Saida := ZelSaida(TamanhoDoCupom(AXml, ARetorno, AUrl));
+  Entrar;
+  try
+    Resposta := Funcoes.GerarArquivoFormatadoNF_ZEL(PAnsiChar(ZelCaminho('arquivoXml', AXml)),
+      PAnsiChar(ZelCaminho('arquivoRetorno', ARetorno)), PAnsiChar(DeTexto('urlQrcode', AUrl)),
+      AColunas, ATipo, '', PAnsiChar(Saida));
+  finally
+    Sair;
+  end;
+  Result := ConcluirTexto('GerarArquivoFormatadoNF_ZEL', Resposta, Saida);
+end;
+
+end.

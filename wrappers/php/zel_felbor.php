@@ -1,0 +1,9 @@
+<?php
+// All of the package: require __DIR__ . '/zel_felbor.php';
+
+declare(strict_types=1);
+
+require_once __DIR__ . '/src/Valores.php';
+require_once __DIR__ . '/src/Chamador.php';
+require_once __DIR__ . '/src/Gerado.php';
+require_once __DIR__ . '/src/Cupom.php';
