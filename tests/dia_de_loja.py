@@ -134,7 +134,7 @@ class Dia(unittest.TestCase):
     def test_secrets_stay_where_they_are(self):
         arquivos = [p for p in DIA.rglob("*") if p.is_file()]
         com_segredo = {p.name for p in arquivos if "TOKEN-DE-EXEMPLO" in ler(p)}
-        self.assertEqual(com_segredo, {"csc.txt", "ZEL_Framework.xml", "zel_dia_de_loja"})
+        self.assertEqual(com_segredo, {"csc.txt", "ZEL_Framework.xml", "ZEL_Framework.diario", "zel_dia_de_loja"})
 
 
 if __name__ == "__main__":
