@@ -11,8 +11,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
     static const PastaDoAlvo pasta;
     const std::string_view texto = textoDe(dados, tamanho);
     const auto carga = fnXML_CarregarXML(texto, ValoresConfig{});
-    const auto relida = fnXML_CarregarXML(carga ? carga->texto : "", ValoresConfig{});
-    exigir(!carga || (relida->texto == carga->texto && relida->inteira >= carga->inteira));
+    const auto relida = fnXML_CarregarXML(carga ? carga->arquivo.texto : "", ValoresConfig{});
+    exigir(!carga ||
+           (relida->arquivo.texto == carga->arquivo.texto && relida->inteira >= carga->inteira));
     if (tamanho % 4 != 0) return 0; // the rest is slow
 
     pasta.esvaziar();

@@ -1,9 +1,9 @@
 #include "config/ArquivoConfig.h"
 
-#include "config/VarreduraConfig.h"
 #include "util/TextoXml.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace zel {
@@ -20,8 +20,7 @@ struct Edicao {
 };
 
 std::string aplicar(std::string_view texto, const Varredura &varredura,
-                    std::vector<Edicao> edicoes) {
-    if (edicoes.empty()) return std::string(texto);
+                    std::vector<Edicao> &edicoes) {
     // Pieces added at one place keep their order.
     std::stable_sort(edicoes.begin(), edicoes.end(),
                      [](const Edicao &a, const Edicao &b) { return a.inicio < b.inicio; });
@@ -33,6 +32,28 @@ std::string aplicar(std::string_view texto, const Varredura &varredura,
         copiado = edicao.fim;
     }
     return resultado.append(texto.substr(copiado));
+}
+
+// Moves the places of a text in which every element was understood past new values.
+void deslocar(Varredura &varredura, const std::vector<Edicao> &edicoes) {
+    // `ateAqui`: a value at the place itself pushes it on.
+    const auto mover = [&](std::size_t &lugar, bool ateAqui) {
+        if (lugar == kAusente) return;
+        std::size_t cresceu = 0; // modulo: a text may shrink
+        for (const Edicao &edicao : edicoes)
+            if (edicao.inicio < lugar || (ateAqui && edicao.inicio == lugar))
+                cresceu += edicao.texto.size() - (edicao.fim - edicao.inicio);
+        lugar += cresceu;
+    };
+    for (ElementoConfig &elemento : varredura.elementos) {
+        mover(elemento.inicio, false);
+        mover(elemento.fim, true);
+    }
+    for (FimDeGrupo &fim : varredura.fimDosGrupos) {
+        mover(fim.inicio, true);
+        mover(fim.fim, true);
+    }
+    mover(varredura.fimDaRaiz, true);
 }
 
 std::string tagDeFim(std::string_view nome) {
@@ -86,15 +107,14 @@ std::vector<Edicao> faltas(const Varredura &varredura, const ValoresConfig &valo
 // An empty group is opened before it is filled; in a torn text, what is added may end an element
 // that had no end and so hide others: what is lacking then is looked for again. A text that is
 // never complete stays as it is, for what one load added, the next would add again.
-std::string completar(std::string_view original, const ValoresConfig &valores) {
-    std::string texto(original);
+TextoConfig completar(TextoConfig original, const ValoresConfig &valores) {
+    TextoConfig atual = original;
     for (int volta = 0; volta < kMaximoVoltas; ++volta) {
-        const auto varredura = varrerConfig(texto);
-        auto edicoes = faltas(*varredura, valores);
-        if (edicoes.empty()) return texto;
-        texto = aplicar(texto, *varredura, std::move(edicoes));
+        auto edicoes = faltas(atual.varredura, valores);
+        if (edicoes.empty()) return atual;
+        atual = *localizar(aplicar(atual.texto, atual.varredura, edicoes));
     }
-    return std::string(original);
+    return original;
 }
 
 } // namespace
@@ -108,41 +128,57 @@ void ValoresConfig::definir(Chave chave, std::string_view valor) {
     textos_[donaDoValor(chave).indice] = cortarBytes(valor, stZELTAGs[chave.indice].tamanho);
 }
 
+void ValoresConfig::assumir(Alteracao &&alteracao) noexcept {
+    textos_[donaDoValor(alteracao.chave).indice] = std::move(alteracao.valor);
+}
+
 std::string fnXML_CriarArquivo(const ValoresConfig &valores) {
     return escrever(0, kTotalEntradas - 1, valores);
 }
 
-std::optional<CargaConfig> fnXML_CarregarXML(std::string_view texto, const ValoresConfig &atuais) {
-    const auto varredura = varrerConfig(texto);
+std::optional<TextoConfig> localizar(std::string texto) {
+    auto varredura = varrerConfig(texto);
     if (!varredura) return std::nullopt;
-    CargaConfig carga{atuais, {}, varredura->inteira()};
-    for (const ElementoConfig &elemento : varredura->entendidos())
+    return TextoConfig{std::move(texto), std::move(*varredura)};
+}
+
+std::optional<CargaConfig> fnXML_CarregarXML(std::string_view texto, const ValoresConfig &atuais) {
+    auto lido = localizar(std::string(texto));
+    if (!lido) return std::nullopt;
+    CargaConfig carga{atuais, {}, lido->varredura.inteira()};
+    for (const ElementoConfig &elemento : lido->varredura.entendidos())
         carga.valores.definir(elemento.chave, elemento.valor(texto));
-    carga.texto = completar(texto, carga.valores);
+    carga.arquivo = completar(std::move(*lido), carga.valores);
     return carga;
 }
 
-std::optional<std::string> fnXML_AlterarArquivo(std::string_view texto,
+std::optional<TextoConfig> fnXML_AlterarArquivo(const TextoConfig &atual,
                                                 std::span<const Alteracao> alteracoes) {
-    const auto varredura = varrerConfig(texto);
-    if (!varredura) return std::nullopt;
+    const Varredura &varredura = atual.varredura;
     for (const Alteracao &alteracao : alteracoes)
-        if (!varredura->presentes[alteracao.chave.indice]) return std::nullopt;
+        if (!varredura.presentes[alteracao.chave.indice]) return std::nullopt;
     std::vector<Edicao> edicoes;
-    for (const ElementoConfig &elemento : varredura->elementos) {
+    bool completos = true;
+    for (const ElementoConfig &elemento : varredura.elementos) {
         // Of two changes of one value the last one holds.
         const auto alteracao =
             std::find_if(alteracoes.rbegin(), alteracoes.rend(), [&](const Alteracao &candidata) {
                 return donaDoValor(candidata.chave) == donaDoValor(elemento.chave);
             });
-        if (alteracao == alteracoes.rend() || alteracao->valor == elemento.valor(texto)) continue;
+        if (alteracao == alteracoes.rend() || alteracao->valor == elemento.valor(atual.texto))
+            continue;
         const std::string_view nome = stZELTAGs[elemento.chave.indice].nome;
+        const bool vazio = elemento.forma == FormaElemento::kVazio;
+        completos = completos && !vazio;
         edicoes.push_back({elemento.inicio, elemento.fim,
-                           elemento.forma == FormaElemento::kVazio
-                               ? ">" + alteracao->valor + tagDeFim(nome)
-                               : alteracao->valor});
+                           vazio ? ">" + alteracao->valor + tagDeFim(nome) : alteracao->valor});
     }
-    return aplicar(texto, *varredura, std::move(edicoes));
+    if (edicoes.empty()) return atual;
+    std::string texto = aplicar(atual.texto, varredura, edicoes);
+    if (!completos || !varredura.inteira()) return localizar(std::move(texto));
+    TextoConfig novo{std::move(texto), varredura};
+    deslocar(novo.varredura, edicoes);
+    return novo;
 }
 
 } // namespace zel

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "config/Catalogo.h"
+#include "config/VarreduraConfig.h"
 
 #include <array>
 #include <optional>
@@ -28,10 +29,21 @@ public:
 
     // Cuts the value to the key's length.
     void definir(Chave chave, std::string_view valor);
+    // Takes a value that is cut already.
+    void assumir(Alteracao &&alteracao) noexcept;
 
 private:
     std::array<std::string, kTotalEntradas> textos_;
 };
+
+// A text with the places of what stands in it, so that a change has nothing to look for.
+struct TextoConfig {
+    std::string texto;
+    Varredura varredura;
+};
+
+// A text with its places found. None when one of the root's tags is missing.
+std::optional<TextoConfig> localizar(std::string texto);
 
 // The file with these values: one line for each catalogue entry, two blanks for each group around
 // it, ended by "\r\n".
@@ -39,8 +51,8 @@ std::string fnXML_CriarArquivo(const ValoresConfig &valores);
 
 struct CargaConfig {
     ValoresConfig valores;
-    std::string texto; // the text read, with what it lacked added
-    bool inteira;      // every element was understood: `valores` and `texto` say the same
+    TextoConfig arquivo; // the text read, with what it lacked added
+    bool inteira;        // every element was understood: values and text say the same
 };
 
 // Reads the values of a file over `atuais`. An element that the catalogue does not know under the
@@ -54,7 +66,7 @@ std::optional<CargaConfig> fnXML_CarregarXML(std::string_view texto, const Valor
 // The text with the changes made in each element of their keys, ended one character behind the
 // root's end tag; where no value changes, the text as it is. Values are at most as long as their
 // keys and hold no "</". None when one of the keys has no element.
-std::optional<std::string> fnXML_AlterarArquivo(std::string_view texto,
+std::optional<TextoConfig> fnXML_AlterarArquivo(const TextoConfig &atual,
                                                 std::span<const Alteracao> alteracoes);
 
 } // namespace zel

@@ -23,7 +23,7 @@ struct Registro {
     ValoresConfig valores;
     // The file's bytes as last loaded or saved; none until then. They and the values change
     // together, and only after the file has.
-    std::optional<std::string> arquivo;
+    std::optional<TextoConfig> arquivo;
     bool inteiro = false; // every value is the one that `arquivo` holds
     Autorizacao autorizacao;
 };
@@ -39,7 +39,7 @@ std::string caminhoArquivo() {
 
 MudancaArquivo mudancaPara(std::string_view texto) {
     MudancaArquivo mudanca{.nome = kNomeArquivo, .ligacao = Ligacao::kSeguida, .depois = texto};
-    if (G_stRegistroZEL_AUX.arquivo) mudanca.antes = *G_stRegistroZEL_AUX.arquivo;
+    if (G_stRegistroZEL_AUX.arquivo) mudanca.antes = G_stRegistroZEL_AUX.arquivo->texto;
     return mudanca;
 }
 
@@ -54,14 +54,15 @@ int gravar(std::string_view texto, std::optional<std::string_view> lido) {
 
 void assumir(CargaConfig carga) {
     G_stRegistroZEL_AUX.valores = std::move(carga.valores);
-    G_stRegistroZEL_AUX.arquivo = std::move(carga.texto);
+    G_stRegistroZEL_AUX.arquivo = std::move(carga.arquivo);
     G_stRegistroZEL_AUX.inteiro = carga.inteira;
 }
 
 int fnXML_CriarArquivo_Felbor_ZEL() {
     const ValoresConfig &valores = G_stRegistroZEL_AUX.valores;
-    CargaConfig carga{valores, fnXML_CriarArquivo(valores), true};
-    if (const int codigo = gravar(carga.texto, {}); codigo != ZEL_OK) return codigo;
+    // What it writes it finds again.
+    CargaConfig carga{valores, *localizar(fnXML_CriarArquivo(valores)), true};
+    if (const int codigo = gravar(carga.arquivo.texto, {}); codigo != ZEL_OK) return codigo;
     assumir(std::move(carga));
     return ZEL_OK;
 }
@@ -77,11 +78,12 @@ int carregar(std::string &texto) {
     case Leitura::kLido:
         break;
     }
-    if (G_stRegistroZEL_AUX.arquivo == texto) return ZEL_OK;
+    const auto &conhecido = G_stRegistroZEL_AUX.arquivo;
+    if (conhecido && conhecido->texto == texto) return ZEL_OK;
     auto carga = fnXML_CarregarXML(texto, G_stRegistroZEL_AUX.valores);
     if (!carga) return ZEL_CONFIG_ILEGIVEL;
-    if (carga->texto != texto)
-        if (const int codigo = gravar(carga->texto, texto); codigo != ZEL_OK) return codigo;
+    if (carga->arquivo.texto != texto)
+        if (const int codigo = gravar(carga->arquivo.texto, texto); codigo != ZEL_OK) return codigo;
     assumir(std::move(*carga));
     return ZEL_OK;
 }
@@ -142,17 +144,15 @@ int alterarConfig(std::span<const Alteracao> alteracoes, std::span<const Mudanca
             return registro.valores[alteracao.chave] == alteracao.valor;
         });
     if (iguais) return outros.empty() ? int{ZEL_OK} : gravarJuntos(outros);
-    auto texto = fnXML_AlterarArquivo(*registro.arquivo, cortadas);
-    if (!texto) return ZEL_CONFIG_ILEGIVEL;
-    // Ready before the commit: after it nothing may fail.
-    ValoresConfig valores = registro.valores;
-    for (const Alteracao &alteracao : cortadas)
-        valores.definir(alteracao.chave, alteracao.valor);
+    auto novo = fnXML_AlterarArquivo(*registro.arquivo, cortadas);
+    if (!novo) return ZEL_CONFIG_ILEGIVEL;
     std::vector<MudancaArquivo> mudancas(outros.begin(), outros.end());
-    mudancas.push_back(mudancaPara(*texto));
+    mudancas.push_back(mudancaPara(novo->texto));
     if (const int codigo = gravarJuntos(mudancas); codigo != ZEL_OK) return codigo;
-    registro.valores = std::move(valores);
-    registro.arquivo = std::move(*texto);
+    // Nothing may fail behind the commit.
+    for (Alteracao &alteracao : cortadas)
+        registro.valores.assumir(std::move(alteracao));
+    registro.arquivo = std::move(*novo);
     return ZEL_OK;
 }
 

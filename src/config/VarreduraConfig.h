@@ -30,6 +30,7 @@ struct ElementoConfig {
     std::size_t fim;
     FormaElemento forma;
 
+    bool operator==(const ElementoConfig &) const = default;
     std::string_view valor(std::string_view texto) const {
         return forma == FormaElemento::kVazio ? "" : texto.substr(inicio, fim - inicio);
     }
@@ -41,6 +42,7 @@ struct FimDeGrupo {
     std::size_t inicio = kAusente;
     std::size_t fim = kAusente;
 
+    bool operator==(const FimDeGrupo &) const = default;
     bool existe() const { return inicio != kAusente; }
     bool vazio() const { return fim != inicio; }
 };
@@ -58,6 +60,7 @@ struct Varredura {
     std::span<const ElementoConfig> entendidos() const {
         return std::span(elementos).first(totalEntendidos);
     }
+    bool operator==(const Varredura &) const = default;
     bool inteira() const { return regular && fimDaRaiz != kAusente; }
 };
 

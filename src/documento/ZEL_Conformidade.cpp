@@ -83,14 +83,18 @@ int fnVerificaConformidade_base_raiz(const ST_tagZEL &molde, ST_tagZEL &entrada)
     return verificarFilhos(molde, entrada);
 }
 
-int fnVerificarFormatarTAG_ZEL(Secao secao, std::string_view texto, ST_tagZEL &resultado) {
+int fnVerificarTAG_ZEL(Secao secao, ST_tagZEL &raiz) {
     const auto &molde = moldeDaSecao(secao);
-    if (!molde) return ZEL_RECUSADO;
+    return molde ? fnVerificaConformidade_base_raiz(*molde, raiz) : int{ZEL_RECUSADO};
+}
+
+int fnVerificarFormatarTAG_ZEL(Secao secao, std::string_view texto, ST_tagZEL &resultado) {
+    if (!moldeDaSecao(secao)) return ZEL_RECUSADO;
     std::string limpo;
     if (std::any_of(texto.begin(), texto.end(), ehControle)) texto = limpo = semControles(texto);
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(secao));
     if (const int codigo = fnParseToTag_ZEL(raiz, texto); codigo != ZEL_OK) return codigo;
-    const int codigo = fnVerificaConformidade_base_raiz(*molde, raiz);
+    const int codigo = fnVerificarTAG_ZEL(secao, raiz);
     if (codigo == ZEL_OK) resultado = std::move(raiz);
     return codigo;
 }

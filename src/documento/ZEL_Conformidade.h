@@ -16,6 +16,10 @@ namespace zel {
 // element is missing. On a failure `entrada` is partly rewritten.
 int fnVerificaConformidade_base_raiz(const ST_tagZEL &molde, ST_tagZEL &entrada);
 
+// Checks the children of a section's root, built by an operation, in place. 1; -1 templates that
+// are not built; -120 to -122 as above.
+int fnVerificarTAG_ZEL(Secao secao, ST_tagZEL &raiz);
+
 // Parses and checks a caller's text; `resultado` becomes a root named after the section ("VENDA")
 // and is untouched on failure. Line ends and tabs in the text count as blanks, other control bytes
 // as nothing. 1; -1 malformed text, or templates that are not built; -120 to -122 as above.

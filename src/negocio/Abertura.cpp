@@ -56,9 +56,9 @@ int montarEndereco(const DadosConsumidor &consumidor, ST_tagZEL &endereco) {
     return ZEL_OK;
 }
 
-// The opening section's tag text; empty when the consumer is not identified. 1 or -1.
+// Fills the opening section; it stays empty when the consumer is not identified. 1 or -1.
 int montarAbertura(const DadosConsumidor &consumidor, std::string_view identificacao,
-                   std::string_view email, std::string &texto) {
+                   std::string_view email, ST_tagZEL &abertura) {
     ST_tagZEL endereco("enderDest");
     if (montarEndereco(consumidor, endereco) != ZEL_OK) return ZEL_RECUSADO;
     if (identificacao.empty()) return ZEL_OK;
@@ -68,22 +68,21 @@ int montarAbertura(const DadosConsumidor &consumidor, std::string_view identific
     if (endereco.subTags) dest.addSubTag(std::move(endereco));
     dest.addSubTag("indIEDest", "9");
     addSeAceito(dest, "email", argumentoAceito(email, 1, kMaiorEmail));
-    texto = dest.toString();
+    abertura.addSubTag(std::move(dest));
     return ZEL_OK;
 }
 
-// A section given as text, checked; an empty text is an empty section.
-int verificarAbertura(std::string_view texto, ST_tagZEL &raiz) {
-    raiz = newST_tagZEL(false, nomeSecao(Secao::kAbertura));
-    return texto.empty() ? ZEL_OK : fnVerificarFormatarTAG_ZEL(Secao::kAbertura, texto, raiz);
+// An empty section has nothing to check.
+int verificarAbertura(ST_tagZEL &abertura) {
+    return abertura.subTags ? fnVerificarTAG_ZEL(Secao::kAbertura, abertura) : int{ZEL_OK};
 }
 
 int abrir(const DadosConsumidor &consumidor, std::span<const Alteracao> alteracoes) {
     const std::size_t digitos = digitosDoDocumento(consumidor.documento).size();
-    std::string texto;
-    if (montarAbertura(consumidor, identificacaoNaAbertura(digitos), "", texto) != ZEL_OK)
+    ST_tagZEL abertura = newST_tagZEL(false, nomeSecao(Secao::kAbertura));
+    if (montarAbertura(consumidor, identificacaoNaAbertura(digitos), "", abertura) != ZEL_OK)
         return ZEL_RECUSADO;
-    return fnCFeAbrirTAG_ZEL(texto, alteracoes);
+    return fnCFeAbrirTAG_ZEL(std::move(abertura), alteracoes);
 }
 
 } // namespace
@@ -111,16 +110,16 @@ int fnCFIdentificarConsumidor_ZEL_Felbor(const DadosConsumidor &consumidor,
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
     if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
     const std::size_t digitos = digitosDoDocumento(consumidor.documento).size();
-    std::string texto;
-    if (montarAbertura(consumidor, cpfOuCnpj(digitos), email, texto) != ZEL_OK) return ZEL_RECUSADO;
-    return fnCFIdentificarConsumidorTAG_ZEL(texto);
+    ST_tagZEL abertura = newST_tagZEL(false, nomeSecao(Secao::kAbertura));
+    if (montarAbertura(consumidor, cpfOuCnpj(digitos), email, abertura) != ZEL_OK)
+        return ZEL_RECUSADO;
+    return fnCFIdentificarConsumidorTAG_ZEL(std::move(abertura));
 }
 
-int fnCFeAbrirTAG_ZEL(std::string_view texto, std::span<const Alteracao> alteracoes) {
+int fnCFeAbrirTAG_ZEL(ST_tagZEL abertura, std::span<const Alteracao> alteracoes) {
     if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kAbrir); resultado != ZEL_OK)
         return resultado;
-    ST_tagZEL raiz;
-    if (const int resultado = verificarAbertura(texto, raiz); resultado != ZEL_OK) return resultado;
+    if (const int resultado = verificarAbertura(abertura); resultado != ZEL_OK) return resultado;
 
     ST_PersitenceXML_ZEL anterior = std::exchange(G_stXML_Persistencia, {});
     std::vector<Alteracao> todas(alteracoes.begin(), alteracoes.end());
@@ -128,17 +127,16 @@ int fnCFeAbrirTAG_ZEL(std::string_view texto, std::span<const Alteracao> alterac
     aliviarDiario(); // between two receipts nobody waits
     return ouDesfaz(
         [&] {
-            G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kAbertura, std::move(raiz));
+            G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kAbertura, std::move(abertura));
             return fnPersistEstrutura_ZEL(todas);
         },
         [&] { G_stXML_Persistencia = std::move(anterior); });
 }
 
-int fnCFIdentificarConsumidorTAG_ZEL(std::string_view texto) {
-    ST_tagZEL raiz;
-    if (const int resultado = verificarAbertura(texto, raiz); resultado != ZEL_OK) return resultado;
+int fnCFIdentificarConsumidorTAG_ZEL(ST_tagZEL abertura) {
+    if (const int resultado = verificarAbertura(abertura); resultado != ZEL_OK) return resultado;
     return desfazendoNaFalha(G_stXML_Persistencia.abertura, [&] {
-        G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kAbertura, std::move(raiz));
+        G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kAbertura, std::move(abertura));
         return fnPersistEstrutura_ZEL();
     });
 }

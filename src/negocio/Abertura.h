@@ -2,6 +2,7 @@
 #pragma once
 
 #include "config/Registro.h"
+#include "documento/ZEL_Tag.h"
 
 #include <span>
 #include <string_view>
@@ -35,9 +36,9 @@ int fnCFAbrirNumSerie_ZEL_Felbor(int numero, int serie, const DadosConsumidor &c
 // are no foreign ids. `email` has 1 to 59 characters. 1; -1 as above; -52 no document in progress.
 int fnCFIdentificarConsumidor_ZEL_Felbor(const DadosConsumidor &consumidor, std::string_view email);
 
-// Store a section given as tag text; an empty text stands for an empty section. The opening goes
-// together with changes of the configuration.
-int fnCFeAbrirTAG_ZEL(std::string_view texto, std::span<const Alteracao> alteracoes = {});
-int fnCFIdentificarConsumidorTAG_ZEL(std::string_view texto);
+// Check and store an opening section, which may be empty; the opening goes together with changes of
+// the configuration.
+int fnCFeAbrirTAG_ZEL(ST_tagZEL abertura, std::span<const Alteracao> alteracoes = {});
+int fnCFIdentificarConsumidorTAG_ZEL(ST_tagZEL abertura);
 
 } // namespace zel

@@ -19,6 +19,7 @@
 #include <initializer_list>
 #include <span>
 #include <string>
+#include <utility>
 
 namespace zel {
 
@@ -50,12 +51,14 @@ int podeEncerrar() {
     return fnVerificarSePosso_ZEL(Operacao::kEncerrar);
 }
 
-// The closing text: `infAdic` with the elements that are not empty; an empty text without any.
-std::string montarEncerramento(std::string_view infAdFisco, std::string_view infCpl) {
+// The closing section: `infAdic` with the texts that are not empty; an empty section without any.
+ST_tagZEL montarEncerramento(std::string_view infAdFisco, std::string_view infCpl) {
+    ST_tagZEL encerramento = newST_tagZEL(false, nomeSecao(Secao::kEncerramento));
     ST_tagZEL infAdic("infAdic");
     if (!infAdFisco.empty()) infAdic.addSubTag("infAdFisco", infAdFisco);
     if (!infCpl.empty()) infAdic.addSubTag("infCpl", infCpl);
-    return infAdic.subTags ? infAdic.toString() : std::string{};
+    if (infAdic.subTags) encerramento.addSubTag(std::move(infAdic));
+    return encerramento;
 }
 
 } // namespace
@@ -75,15 +78,15 @@ int fnCFEncerrarConfigMsg_ZEL_Felbor(std::string_view infoConsumidor, std::strin
     const std::string consumidor = mensagem(infoConsumidor);
     const std::string fisco = mensagem(infoFisco);
     const bool ambas = !consumidor.empty() && !fisco.empty();
-    return fnCFeEncerrarTAG_ZEL(ambas ? montarEncerramento(fisco, consumidor) : std::string{});
+    return fnCFeEncerrarTAG_ZEL(ambas ? montarEncerramento(fisco, consumidor)
+                                      : montarEncerramento("", ""));
 }
 
-int fnCFeEncerrarTAG_ZEL(std::string_view texto) {
+int fnCFeEncerrarTAG_ZEL(ST_tagZEL encerramento) {
     // A document that could not be read would be refused, and a number lost.
     if (!fnEstruturaLida_ZEL()) return ZEL_ARQUIVO_INDISPONIVEL;
-    ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kEncerramento));
-    if (!texto.empty()) {
-        const int resultado = fnVerificarFormatarTAG_ZEL(Secao::kEncerramento, texto, raiz);
+    if (encerramento.subTags) {
+        const int resultado = fnVerificarTAG_ZEL(Secao::kEncerramento, encerramento);
         if (resultado != ZEL_OK) return resultado;
     }
     ST_PersitenceXML_ZEL &documento = G_stXML_Persistencia;
@@ -91,11 +94,11 @@ int fnCFeEncerrarTAG_ZEL(std::string_view texto) {
     if (!documento.temListaDeVendas()) return ZEL_RECUSADO;
     return desfazendoNaFalha(documento.transporte, [&] {
         if (!documento.transporte) {
-            const int resultado = adicionarTransporte(kSemTransporte);
+            const int resultado = adicionarTransporte(semTransporte());
             if (resultado != ZEL_OK) return resultado;
         }
         return desfazendoNaFalha(documento.encerramento, [&] {
-            documento.fnAdicionarTagZEL(Secao::kEncerramento, std::move(raiz));
+            documento.fnAdicionarTagZEL(Secao::kEncerramento, std::move(encerramento));
             const Alteracao estado = alteracaoEstado(kEncerrado);
             std::string emitido;
             return fnXMLFormatado_ZEL(kNormal, emitido,

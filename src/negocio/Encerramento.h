@@ -1,6 +1,8 @@
 // Closing: the last section, the complete document and its way out.
 #pragma once
 
+#include "documento/ZEL_Tag.h"
+
 #include <string_view>
 
 namespace zel {
@@ -16,9 +18,9 @@ int fnCFEncerrar_ZEL_Felbor(std::string_view infoConsumidor);
 // texts are there, and above the limit only a CPF identifies the consumer.
 int fnCFEncerrarConfigMsg_ZEL_Felbor(std::string_view infoConsumidor, std::string_view infoFisco);
 
-// Stores a closing section given as tag text (an empty one stands for an empty section), has the
-// document written and sets state 5, all in one step. When the document cannot be written nothing
+// Checks and stores a closing section, which may be empty, has the document written and sets state
+// 5, all in one step. When the document cannot be written nothing
 // has changed, and closing can be repeated. -1 where there is no document in progress.
-int fnCFeEncerrarTAG_ZEL(std::string_view texto);
+int fnCFeEncerrarTAG_ZEL(ST_tagZEL encerramento);
 
 } // namespace zel

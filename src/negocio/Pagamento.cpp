@@ -65,7 +65,7 @@ int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view val
     if (pagamento == 0 || excesso > 0) pagamento = resto;
     ST_tagZEL pag("pag");
     pag.addSubTag("tPag", codigoDaForma(forma)).addSubTag("vPag", formatarMoeda(pagamento));
-    return fnCFeEfetuarPagamentoTAG_ZEL(pag.toString(), {&troco, 1});
+    return fnCFeEfetuarPagamentoTAG_ZEL(std::move(pag), {&troco, 1});
 }
 
 int fnCFEstornarPagamento_ZEL_Felbor(std::string_view forma, std::string_view novaForma,
@@ -94,10 +94,10 @@ int fnCFEstornarPagamento_ZEL_Felbor(std::string_view forma, std::string_view no
     return ZEL_PAGAMENTO_INEXISTENTE;
 }
 
-int fnCFeEfetuarPagamentoTAG_ZEL(std::string_view texto, std::span<const Alteracao> alteracoes) {
-    ST_tagZEL raiz;
-    if (const int resultado = fnVerificarFormatarTAG_ZEL(Secao::kPagamento, texto, raiz);
-        resultado != ZEL_OK)
+int fnCFeEfetuarPagamentoTAG_ZEL(ST_tagZEL pag, std::span<const Alteracao> alteracoes) {
+    ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kPagamento));
+    raiz.addSubTag(std::move(pag));
+    if (const int resultado = fnVerificarTAG_ZEL(Secao::kPagamento, raiz); resultado != ZEL_OK)
         return resultado;
     const auto &pagamentos = G_stXML_Persistencia.pagamentos;
     const std::size_t sequencia = pagamentos ? pagamentos->size() : 0;

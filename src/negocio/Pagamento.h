@@ -4,6 +4,7 @@
 #pragma once
 
 #include "config/Registro.h"
+#include "documento/ZEL_Tag.h"
 
 #include <span>
 #include <string_view>
@@ -23,8 +24,7 @@ int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view val
 int fnCFEstornarPagamento_ZEL_Felbor(std::string_view forma, std::string_view novaForma,
                                      std::string_view valor);
 
-// Stores a payment line given as tag text, together with configuration values.
-int fnCFeEfetuarPagamentoTAG_ZEL(std::string_view texto,
-                                 std::span<const Alteracao> alteracoes = {});
+// Checks and stores a payment line, the group `pag`, together with configuration values.
+int fnCFeEfetuarPagamentoTAG_ZEL(ST_tagZEL pag, std::span<const Alteracao> alteracoes = {});
 
 } // namespace zel

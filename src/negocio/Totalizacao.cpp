@@ -93,18 +93,16 @@ int fnCFTotalizar_ZEL_Felbor(std::string_view tipo, std::string_view valor) {
     const auto totalizar = [&] {
         const int rateio = fnRatearDescAcresTotalizacao(argumentoCortado(tipo, 2), valor);
         if (rateio != ZEL_OK) return rateio;
-        return fnCFeTotalizarTAG_ZEL(montarTotal(somarItens(G_stXML_Persistencia)).toString(),
+        return fnCFeTotalizarTAG_ZEL(montarTotal(somarItens(G_stXML_Persistencia)),
                                      comAjuste ? Itens::kMudados : Itens::kComoEstavam);
     };
     return comAjuste ? desfazendoNaFalha(G_stXML_Persistencia.vendas, totalizar) : totalizar();
 }
 
-int fnCFeTotalizarTAG_ZEL(std::string_view texto, Itens itens) {
+int fnCFeTotalizarTAG_ZEL(ST_tagZEL total, Itens itens) {
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kTotalizacao));
-    if (texto.empty())
-        raiz.addSubTag("total", "");
-    else if (const int resultado = fnVerificarFormatarTAG_ZEL(Secao::kTotalizacao, texto, raiz);
-             resultado != ZEL_OK)
+    raiz.addSubTag(std::move(total));
+    if (const int resultado = fnVerificarTAG_ZEL(Secao::kTotalizacao, raiz); resultado != ZEL_OK)
         return resultado;
     return desfazendoNaFalha(G_stXML_Persistencia.totalizacao, [&] {
         G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kTotalizacao, std::move(raiz));

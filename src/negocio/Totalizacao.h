@@ -2,6 +2,8 @@
 // stores the totals group that payment and closing compare against.
 #pragma once
 
+#include "documento/ZEL_Tag.h"
+
 #include <string_view>
 
 namespace zel {
@@ -11,9 +13,9 @@ namespace zel {
 // total beyond its length; -40.
 int fnCFTotalizar_ZEL_Felbor(std::string_view tipo, std::string_view valor);
 
-// Stores a totals section given as tag text, and state 3, without a look at the state; an empty
-// text stands for an empty `total`. Items that changed in memory are saved with it.
+// Checks and stores the group `total`, and state 3, without a look at the state. Items that changed
+// in memory are saved with it.
 enum class Itens { kComoEstavam, kMudados };
-int fnCFeTotalizarTAG_ZEL(std::string_view texto, Itens itens = Itens::kMudados);
+int fnCFeTotalizarTAG_ZEL(ST_tagZEL total, Itens itens);
 
 } // namespace zel

@@ -27,8 +27,8 @@ ST_tagZEL montarTransporte(const DadosTransportadora &dados) {
     addSeAceito(transporta, "xEnder", argumentoAceito(dados.endereco, 1, kMaiorTexto));
     addSeAceito(transporta, "xMun", argumentoAceito(dados.municipio, 1, kMaiorTexto));
     addSeAceito(transporta, "UF", argumentoAceito(dados.uf, 2, 2));
-    ST_tagZEL transp("transp");
-    transp.addSubTag("modfrete", "9").addSubTag(std::move(transporta));
+    ST_tagZEL transp = semTransporte();
+    transp.addSubTag(std::move(transporta));
     return transp;
 }
 
@@ -39,23 +39,28 @@ int fnCFIdentificarTransportadora_ZEL_Felbor(const DadosTransportadora &transpor
     if (valorConfig(R"(IDE\indPres)"_chave) != "4") return ZEL_TRANSPORTADORA_NAO_PERMITIDA;
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
     if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
-    return fnCFIdentificarTransportadoraTAG_ZEL(montarTransporte(transportadora).toString());
+    return fnCFIdentificarTransportadoraTAG_ZEL(montarTransporte(transportadora));
 }
 
-int fnCFIdentificarTransportadoraTAG_ZEL(std::string_view texto) {
+int fnCFIdentificarTransportadoraTAG_ZEL(ST_tagZEL transp) {
     return desfazendoNaFalha(G_stXML_Persistencia.transporte, [&] {
-        const int resultado = adicionarTransporte(texto);
+        const int resultado = adicionarTransporte(std::move(transp));
         return resultado == ZEL_OK ? fnPersistEstrutura_ZEL() : resultado;
     });
 }
 
-int adicionarTransporte(std::string_view texto) {
+int adicionarTransporte(ST_tagZEL transp) {
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kTransporte));
-    if (!texto.empty()) {
-        const int resultado = fnVerificarFormatarTAG_ZEL(Secao::kTransporte, texto, raiz);
-        if (resultado != ZEL_OK) return resultado;
-    }
+    raiz.addSubTag(std::move(transp));
+    if (const int resultado = fnVerificarTAG_ZEL(Secao::kTransporte, raiz); resultado != ZEL_OK)
+        return resultado;
     return G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kTransporte, std::move(raiz));
+}
+
+ST_tagZEL semTransporte() {
+    ST_tagZEL transp("transp");
+    transp.addSubTag("modfrete", "9"); // the check spells it as the layout does
+    return transp;
 }
 
 } // namespace zel

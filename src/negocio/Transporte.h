@@ -1,6 +1,8 @@
 // The carrier of a delivery: the group `transp` of the transport section.
 #pragma once
 
+#include "documento/ZEL_Tag.h"
+
 #include <string_view>
 
 namespace zel {
@@ -20,13 +22,13 @@ struct DadosTransportadora {
 // to -122 a value out of its length; -40.
 int fnCFIdentificarTransportadora_ZEL_Felbor(const DadosTransportadora &transportadora);
 
-// Stores a section given as tag text; an empty text stands for an empty section.
-int fnCFIdentificarTransportadoraTAG_ZEL(std::string_view texto);
+// Checks and stores the group `transp`.
+int fnCFIdentificarTransportadoraTAG_ZEL(ST_tagZEL transp);
 
-// Checks a section text and puts it into the document in memory; saving is the caller's.
-int adicionarTransporte(std::string_view texto);
+// Checks the group and puts it into the document in memory; saving is the caller's.
+int adicionarTransporte(ST_tagZEL transp);
 
-// The section text of a document without a carrier.
-inline constexpr std::string_view kSemTransporte = "<transp><modfrete>9</modfrete></transp>";
+// The group of a document without a carrier.
+ST_tagZEL semTransporte();
 
 } // namespace zel

@@ -88,6 +88,26 @@ ST_tagZEL montarProduto(const DadosVenda &dados, const Numeros &numeros,
     return prod;
 }
 
+int podeVender() {
+    if (G_stXML_Persistencia.quantidadeItens() >= kMaximoItens) return ZEL_RECUSADO;
+    if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kVender); resultado != ZEL_OK)
+        return resultado;
+    return G_stXML_Persistencia.temListaDeVendas() ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+}
+
+// Adds a checked item to the document and saves it with the state that it leads to.
+int guardarItem(ST_tagZEL item) {
+    item.valor = formatarInteiro(G_stXML_Persistencia.quantidadeItens() + 1);
+    G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kVenda, std::move(item));
+    const Alteracao estado = alteracaoEstado(kVendendo);
+    const std::size_t mudancas = G_EstadoCFe == kVendendo ? 0 : 1;
+    return ouDesfaz(
+        [&] {
+            return fnPersistUltimo_ZEL(Secao::kVenda, {&estado, mudancas});
+        },
+        [] { G_stXML_Persistencia.vendas->pop_back(); });
+}
+
 } // namespace
 
 int fnCFVender_ZEL_Felbor(const DadosVenda &dados) {
@@ -100,14 +120,17 @@ int fnCFVender_ZEL_Felbor(const DadosVenda &dados) {
 
     const std::string base = fnCalcularValorBC(numeros.quantidade, numeros.valorUnitario,
                                                numeros.tipo, numeros.valorAjuste);
+    ST_tagZEL item = newST_tagZEL(false, nomeSecao(Secao::kVenda));
     ST_tagZEL imposto("imposto");
     const int tributado = fnTratarImposto(trocarVirgula(argumentoCortado(dados.aliquota, 15)), base,
                                           numeros.quantidade, imposto);
     if (tributado != ZEL_OK) return tributado;
 
-    const int resultado =
-        fnCFeVenderTAG_ZEL(montarProduto(dados, numeros, ajuste).toString() + imposto.toString());
-    if (resultado != ZEL_OK) return resultado;
+    item.addSubTag(montarProduto(dados, numeros, ajuste)).addSubTag(std::move(imposto));
+    if (const int resultado = podeVender(); resultado != ZEL_OK) return resultado;
+    if (const int resultado = fnVerificarTAG_ZEL(Secao::kVenda, item); resultado != ZEL_OK)
+        return resultado;
+    if (const int resultado = guardarItem(std::move(item)); resultado != ZEL_OK) return resultado;
     ZEL_TIPO_DESC_ACREC = numeros.tipo;
     fnZerarConfTempICMS();
     fnZerarConfTempPIS();
@@ -120,24 +143,12 @@ int fnCFVenderXml_ZEL_Felbor(std::string_view texto) {
 }
 
 int fnCFeVenderTAG_ZEL(std::string_view texto) {
-    if (G_stXML_Persistencia.quantidadeItens() >= kMaximoItens) return ZEL_RECUSADO;
-    if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kVender); resultado != ZEL_OK)
-        return resultado;
-    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
-    ST_tagZEL raiz;
-    if (const int resultado = fnVerificarFormatarTAG_ZEL(Secao::kVenda, texto, raiz);
+    if (const int resultado = podeVender(); resultado != ZEL_OK) return resultado;
+    ST_tagZEL item;
+    if (const int resultado = fnVerificarFormatarTAG_ZEL(Secao::kVenda, texto, item);
         resultado != ZEL_OK)
         return resultado;
-
-    raiz.valor = formatarInteiro(G_stXML_Persistencia.quantidadeItens() + 1);
-    G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kVenda, std::move(raiz));
-    const Alteracao estado = alteracaoEstado(kVendendo);
-    const std::size_t mudancas = G_EstadoCFe == kVendendo ? 0 : 1;
-    return ouDesfaz(
-        [&] {
-            return fnPersistUltimo_ZEL(Secao::kVenda, {&estado, mudancas});
-        },
-        [] { G_stXML_Persistencia.vendas->pop_back(); });
+    return guardarItem(std::move(item));
 }
 
 } // namespace zel

@@ -43,17 +43,27 @@ struct Plano {
     std::string_view depois{}; // the whole, where it is not
 };
 
+enum class Ponta { kInicio, kFim };
+
+// How many characters of both are equal, counted from one end: in blocks first, for files of which
+// little changes.
+template <Ponta P>
+std::size_t iguais(std::string_view a, std::string_view b, std::size_t maximo) {
+    const auto parte = [](std::string_view texto, std::size_t feitos, std::size_t n) {
+        return texto.substr(P == Ponta::kInicio ? feitos : texto.size() - feitos - n, n);
+    };
+    std::size_t total = 0;
+    for (const std::size_t bloco : {std::size_t{64}, std::size_t{1}})
+        while (total + bloco <= maximo && parte(a, total, bloco) == parte(b, total, bloco))
+            total += bloco;
+    return total;
+}
+
 // The bytes that differ, as one piece.
 void descreverTrecho(std::string_view antes, std::string_view depois, MudancaDiario &registro) {
     const std::size_t comum = std::min(antes.size(), depois.size());
-    const auto inicio = static_cast<std::size_t>(
-        std::mismatch(antes.begin(), antes.begin() + static_cast<std::ptrdiff_t>(comum),
-                      depois.begin())
-            .first -
-        antes.begin());
-    std::size_t fim = 0;
-    while (fim < comum - inicio && antes[antes.size() - 1 - fim] == depois[depois.size() - 1 - fim])
-        ++fim;
+    const std::size_t inicio = iguais<Ponta::kInicio>(antes, depois, comum);
+    const std::size_t fim = iguais<Ponta::kFim>(antes, depois, comum - inicio);
     registro.forma = FormaMudanca::kTrecho;
     registro.lugar = inicio;
     registro.retirados = antes.size() - fim - inicio;

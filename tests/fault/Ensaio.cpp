@@ -63,14 +63,17 @@ namespace {
 const pid_t kPrimeiroProcesso = getpid();
 bool usada = false; // by this process; the first one never does
 
-// Another file is another library to the loader.
+// Another file is another library to the loader. Made by the first process, for itself and for
+// those that it starts: these end in the middle of things and would leave theirs behind.
 class Copia {
 public:
     Copia() : diretorio_((fs::temp_directory_path() / "zel-copia-XXXXXX").string()) {
         if (mkdtemp(diretorio_.data()) == nullptr) throw std::runtime_error("no directory");
         fs::copy_file(ZEL_BIBLIOTECA, caminho());
     }
-    ~Copia() { fs::remove_all(diretorio_); }
+    ~Copia() {
+        if (getpid() == kPrimeiroProcesso) fs::remove_all(diretorio_);
+    }
     Copia(const Copia &) = delete;
     Copia &operator=(const Copia &) = delete;
 
@@ -80,17 +83,14 @@ private:
     std::string diretorio_;
 };
 
-const Copia &copia() {
-    static const Copia copia;
-    return copia;
-}
+const Copia kCopia;
 
 } // namespace
 
 Processo::Processo(const std::string &diretorio, bool frio) {
     setenv("ZEL_DIRETORIO", diretorio.c_str(), 1);
     const Biblioteca &nova = Biblioteca::nova();
-    const std::string caminho = copia().caminho();
+    const std::string caminho = kCopia.caminho();
     if (getpid() == kPrimeiroProcesso || std::exchange(usada, true)) {
         if (dlopen(caminho.c_str(), RTLD_NOW | RTLD_NOLOAD) != nullptr)
             throw std::runtime_error("the library of an earlier process is still loaded");

@@ -25,7 +25,12 @@ CargaConfig carregado(std::string_view texto) {
 }
 
 std::string alterado(std::string_view texto, const std::vector<Alteracao> &alteracoes) {
-    return fnXML_AlterarArquivo(texto, alteracoes).value_or("none");
+    const auto atual = localizar(std::string(texto));
+    const auto novo = atual ? fnXML_AlterarArquivo(*atual, alteracoes) : std::nullopt;
+    if (!novo) return "none";
+    // The places that were moved are those that a new search finds.
+    EXPECT_TRUE(localizar(novo->texto)->varredura == novo->varredura) << novo->texto;
+    return novo->texto;
 }
 
 void esperarParte(std::string_view texto, std::string_view parte) {
@@ -67,8 +72,9 @@ TEST(ConfigArquivo, reading_ends_at_what_is_not_understood) {
         texto = substituirAll(texto, "<HistoricoXML>0<", "<HistoricoXML>1<");
         const CargaConfig carga = carregado(texto);
         EXPECT_EQ(carga.valores[R"(CONFIGURACAO\HistoricoXML)"_chave], "0") << estranho;
-        esperarParte(carga.texto, "<HistoricoXML>1<");
-        EXPECT_EQ(carga.texto.find("<HistoricoXML>0<"), carga.texto.npos) << estranho;
+        esperarParte(carga.arquivo.texto, "<HistoricoXML>1<");
+        EXPECT_EQ(carga.arquivo.texto.find("<HistoricoXML>0<"), carga.arquivo.texto.npos)
+            << estranho;
         EXPECT_FALSE(carga.inteira) << estranho;
     }
     for (const std::string_view texto : {"", "<FRAMEWORKZEL>", "</FRAMEWORKZEL>"})
@@ -76,19 +82,19 @@ TEST(ConfigArquivo, reading_ends_at_what_is_not_understood) {
 }
 
 TEST(ConfigArquivo, missing_entries_come_back_in_their_group) {
-    EXPECT_EQ(carregado(kCriado).texto, kCriado);
+    EXPECT_EQ(carregado(kCriado).arquivo.texto, kCriado);
     EXPECT_TRUE(carregado(kCriado).inteira);
-    EXPECT_EQ(carregado("<FRAMEWORKZEL>\r\n</FRAMEWORKZEL>\r\n").texto + "\n", kCriado);
-    esperarParte(carregado(com("    <TipoAmbiente>3</TipoAmbiente>\r\n", "")).texto,
+    EXPECT_EQ(carregado("<FRAMEWORKZEL>\r\n</FRAMEWORKZEL>\r\n").arquivo.texto + "\n", kCriado);
+    esperarParte(carregado(com("    <TipoAmbiente>3</TipoAmbiente>\r\n", "")).arquivo.texto,
                  "</TIMEZONESERVIDOR>\r\n    <TipoAmbiente>3</TipoAmbiente>\r\n  </CONFIGURACAO>");
-    esperarParte(carregado("<FRAMEWORKZEL><IDE><cUF>35</IDE></FRAMEWORKZEL>").texto,
+    esperarParte(carregado("<FRAMEWORKZEL><IDE><cUF>35</IDE></FRAMEWORKZEL>").arquivo.texto,
                  "<IDE><cUF>35</cUF>  <cNF>17102544</cNF>\r\n");
     // One dFab left: the first keeps it, the second is added behind.
     const std::string umDFab = com("<dVal></dVal>\r\n      <dFab></dFab>\r\n", "<dVal></dVal>\r\n");
-    esperarParte(carregado(umDFab).texto, "</vPMC>\r\n      <dFab></dFab>\r\n    </MED>");
+    esperarParte(carregado(umDFab).arquivo.texto, "</vPMC>\r\n      <dFab></dFab>\r\n    </MED>");
     // A group's end tag is gone: the groups behind it are not missing, and can be changed.
     const std::string aberto = com("  </CONFIGURACAO>\r\n", "");
-    EXPECT_EQ(carregado(aberto).texto, aberto);
+    EXPECT_EQ(carregado(aberto).arquivo.texto, aberto);
     esperarParte(alterado(aberto, {{kCUF, "35"}}), "<cUF>35<");
 }
 
@@ -100,7 +106,7 @@ TEST(ConfigArquivo, empty_element_is_its_key) {
         const CargaConfig carga = carregado(substituirAll(texto, "Venda", "Troca"));
         EXPECT_EQ(carga.valores[kCUF], "") << vazio;
         EXPECT_EQ(carga.valores[R"(IDE\natOP)"_chave], "Troca") << vazio;
-        EXPECT_TRUE(carga.inteira && carregado(texto).texto == texto) << vazio;
+        EXPECT_TRUE(carga.inteira && carregado(texto).arquivo.texto == texto) << vazio;
         EXPECT_EQ(alterado(texto, {{kCUF, ""}}), texto);
         EXPECT_EQ(alterado(texto, {{kCUF, "35"}}) + "\n", com("<cUF>43<", "<cUF>35<")) << vazio;
     }
@@ -121,14 +127,14 @@ TEST(ConfigArquivo, empty_group_gets_its_lines) {
             std::string texto = kCriado;
             texto.replace(inicio, fim - inicio, "<" + grupo + std::string(barra));
             const CargaConfig carga = carregado(substituirAll(texto, "Mensagem P", "M"));
-            EXPECT_EQ(carga.texto + "\n", com("Mensagem P", "M")) << grupo;
+            EXPECT_EQ(carga.arquivo.texto + "\n", com("Mensagem P", "M")) << grupo;
             EXPECT_EQ(carga.valores[R"(NFCE\MSGPROMOCIONAL\Titulo)"_chave], "Mromocional");
             EXPECT_TRUE(carga.inteira) << grupo;
         }
     }
     // Of a group written twice, the one that holds its keys holds them.
     const std::string dois = com("<COMB>", "<MED/><COMB>");
-    EXPECT_EQ(carregado(dois).texto, dois);
+    EXPECT_EQ(carregado(dois).arquivo.texto, dois);
 }
 
 // However many of them there are, what is unknown is passed over.
@@ -179,7 +185,7 @@ TEST(ConfigArquivo, torn_text_is_completed_at_once) {
     for (std::size_t i = raiz.size(); i < kCriado.size(); i += i < 450 ? 1 : 173) {
         for (const std::string_view fim : {"</FRAMEWORKZEL>", "></FRAMEWORKZEL>"}) {
             const auto carga = carregado(kCriado.substr(0, i).append(fim));
-            ASSERT_EQ(carregado(carga.texto).texto, carga.texto) << i;
+            ASSERT_EQ(carregado(carga.arquivo.texto).arquivo.texto, carga.arquivo.texto) << i;
         }
     }
     // A search of the rest of the text for each of a million tags would not end within the time of
@@ -191,7 +197,7 @@ TEST(ConfigArquivo, torn_text_is_completed_at_once) {
         std::string texto = raiz;
         for (int i = 0; texto.size() < 1'000'000; ++i)
             texto += substituirAll(peca, "#", std::to_string(i));
-        texto = carregado(texto + "</FRAMEWORKZEL>").texto;
-        EXPECT_TRUE(carregado(texto).texto == texto) << peca;
+        texto = carregado(texto + "</FRAMEWORKZEL>").arquivo.texto;
+        EXPECT_TRUE(carregado(texto).arquivo.texto == texto) << peca;
     }
 }
