@@ -3,7 +3,7 @@
 them is run in reading order, as a user would who starts at the first line, and every name in them
 exists.
 
-    manual.py BUILD [COMPILER-OPTION ...]     what BUILD holds, installed into a home of its own
+    manual.py BUILD [-fsanitize=...]          what BUILD holds, installed into a home of its own
     manual.py BUILD --regenerar               writes the outputs that the pages show anew
     manual.py --inteiro                       from a fresh clone, built as the first page says
 
@@ -32,7 +32,7 @@ INTEIRO = "--inteiro" in sys.argv
 REGENERAR = "--regenerar" in sys.argv
 argumentos = [a for a in sys.argv[1:] if not a.startswith("--")]
 BUILD = pathlib.Path(argumentos[0]).resolve() if argumentos else None
-OPCOES = argumentos[1:] + [a for a in sys.argv[1:] if a.startswith("-f")]
+OPCOES = [a for a in sys.argv[1:] if a.startswith("-f")]
 
 PAGINAS = [raiz / "docs" / "manual.md",
            *(raiz / "docs" / "manual" / nome for nome in re.findall(
