@@ -1,6 +1,7 @@
 /*
  * libzel-cupom: shows a receipt that is written in printer mark-up as the picture of its paper (PNG
- * or SVG), without a printer.
+ * or SVG), without a printer, and prints it: as the bytes of the commands that a model of printers
+ * understands (ESC/POS and its dialects), into memory, a file, a device or a network printer.
  *
  * Conventions
  *
@@ -33,6 +34,7 @@
  *
  *     A line that does not fit goes on in the next one. A QR code that does not fit gets the
  * largest modules with which it does. A receipt of more than 50 m of paper is refused.
+ *     These are the papers of the pictures; a printer's line is as wide as its profile says.
  *  4. Every function with an int result answers ZEL_CUPOM_OK or the negative code of its failure. A
  *     failure changes nothing: neither the receipt that was read, nor the settings, nor a file.
  *  5. A file is written whole or not at all: beside its place, flushed, renamed.
@@ -67,14 +69,22 @@ enum {
     ZEL_CUPOM_FONTE = -4,     /* no font file: not found, not readable, no font */
     ZEL_CUPOM_LOGOTIPO = -5,  /* logo not readable, no PNG picture, or larger than the limits */
     ZEL_CUPOM_ARQUIVO = -6,   /* the file cannot be written; errno tells why */
-    ZEL_CUPOM_DESENHO = -7    /* the drawing library failed */
+    ZEL_CUPOM_DESENHO = -7,   /* the drawing library failed */
+    ZEL_CUPOM_PERFIL = -8,    /* no such profile, or a file that is none: zel_cupom_detalhe */
+
+    /* A printer; zel_cupom_detalhe and zel_cupom_enviados tell how far it came. */
+    ZEL_CUPOM_AUSENTE = -9,      /* no such device, host or network */
+    ZEL_CUPOM_RECUSADA = -10,    /* it is there and refuses: in use, no permission, no service */
+    ZEL_CUPOM_TEMPO = -11,       /* it did not answer, or stopped taking bytes, in that time */
+    ZEL_CUPOM_INTERROMPIDA = -12 /* it failed or went away half-way */
 };
 
 /* Limits. */
 enum {
     ZEL_CUPOM_MAIOR_TEXTO = 1048576, /* bytes of a receipt */
     ZEL_CUPOM_MAIOR_ESCALA = 4,
-    ZEL_CUPOM_MAIOR_LOGOTIPO = 4096 /* pixels of a side of the logo's file */
+    ZEL_CUPOM_MAIOR_LOGOTIPO = 4096, /* pixels of a side of the logo's file */
+    ZEL_CUPOM_MAIOR_ESPERA = 600000  /* milliseconds */
 };
 
 /* How the logo is printed. */
@@ -136,6 +146,53 @@ ZEL_CUPOM_API int zel_cupom_svg(zel_cupom *cupom, unsigned char **bytes, size_t 
 
 /* The same into a file, which is replaced when it exists. Also ZEL_CUPOM_ARQUIVO. */
 ZEL_CUPOM_API int zel_cupom_gravar_svg(zel_cupom *cupom, const char *arquivo);
+
+/* The names of the profiles that the library holds, from `indice` 0 on; null after the last one. */
+ZEL_CUPOM_API const char *zel_cupom_nome_do_perfil(int indice);
+
+/* Chooses what printer the receipt is for: the name of a profile that the library holds, or, when
+ * there is a "/" in it, the path of a file of up to 64 KiB in the same form (see perfis/, each of
+ * which may be copied and changed). Null: "generico-58mm" for the paper of 58 mm and
+ * "generico-80mm" for the others, which is what a receipt begins with. Codes: ZEL_CUPOM_ARGUMENTO,
+ * ZEL_CUPOM_PERFIL, ZEL_CUPOM_MEMORIA. */
+ZEL_CUPOM_API int zel_cupom_definir_perfil(zel_cupom *cupom, const char *perfil);
+
+/* Whether the drawer at the printer opens before the receipt is printed, where the profile knows
+ * how: `abrir` 0, as at first, or 1.
+ * Codes: ZEL_CUPOM_ARGUMENTO. */
+ZEL_CUPOM_API int zel_cupom_definir_gaveta(zel_cupom *cupom, int abrir);
+
+/* The bytes that print the receipt, from the printer's initialization on: `bytes` receives the
+ * address, `tamanho` the length. Letters are the largest ones of the printer of which a line holds
+ * the columns of the paper; condensed ones are the next smaller ones. Characters that the chosen
+ * code page lacks are printed as plain letters. A QR code is printed by the printer's own command
+ * or as dots, as the profile says, and as text where the printer can do neither; the logo in dots
+ * or as the printer has it stored; what the printer cannot do otherwise (italics, a cut) is left
+ * out. Codes: ZEL_CUPOM_ARGUMENTO, ZEL_CUPOM_LONGO, ZEL_CUPOM_MEMORIA. */
+ZEL_CUPOM_API int zel_cupom_escpos(zel_cupom *cupom, unsigned char **bytes, size_t *tamanho);
+
+/* Sends those bytes to `destino`, which is one of
+ *   tcp://HOST, tcp://HOST:PORT   a network printer; HOST is a name, an IPv4 address or an IPv6
+ *                                 address in square brackets, PORT is 9100 when it is not given
+ *   /dev/usb/lp0, for instance    a device, or a pipe; the speed of a serial line is the system's
+ *   another path                  a file, which is replaced when it exists; where there is no such
+ *                                 device in /dev (/dev/shm aside) no file takes its place
+ * and ends after `espera` milliseconds, 1 to ZEL_CUPOM_MAIOR_ESPERA, whatever the printer does. No
+ * SIGPIPE is raised. ZEL_CUPOM_OK: the device took all bytes, the network printer received them, or
+ * the file holds them; no printer says by that whether it had paper. A receipt that failed half-way
+ * may have been printed in part.
+ * Codes: as zel_cupom_escpos; ZEL_CUPOM_ARGUMENTO also for an address that is none;
+ * ZEL_CUPOM_ARQUIVO, ZEL_CUPOM_AUSENTE, ZEL_CUPOM_RECUSADA, ZEL_CUPOM_TEMPO,
+ * ZEL_CUPOM_INTERROMPIDA. */
+ZEL_CUPOM_API int zel_cupom_imprimir(zel_cupom *cupom, const char *destino, int espera);
+
+/* How many bytes the printer took in the last zel_cupom_imprimir; 0 before, and of null. */
+ZEL_CUPOM_API size_t zel_cupom_enviados(const zel_cupom *cupom);
+
+/* In words, in Portuguese without accents, what zel_cupom_definir_perfil found wrong and where, or
+ * how far zel_cupom_imprimir came, whichever of them was called last; empty when it failed in
+ * nothing. Never null, valid until the next call of either; not to be returned. */
+ZEL_CUPOM_API const char *zel_cupom_detalhe(const zel_cupom *cupom);
 
 /* Returns bytes that a function above gave; null is allowed. */
 ZEL_CUPOM_API void zel_cupom_liberar_bytes(unsigned char *bytes);

@@ -1,44 +1,13 @@
 #include "Arquivo.h"
 
-#include <cerrno>
+#include "Descritor.h"
+
 #include <cstdio>
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace zel::cupom {
 
 namespace {
-
-// Repeats a call that a signal interrupted.
-template <class Chamada>
-auto insistir(Chamada chamada) {
-    decltype(chamada()) resultado;
-    do {
-        resultado = chamada();
-    } while (resultado < 0 && errno == EINTR);
-    return resultado;
-}
-
-class Descritor {
-public:
-    Descritor(const std::string &caminho, int modo)
-        : fd_(insistir([&] { return ::open(caminho.c_str(), modo | O_CLOEXEC, 0666); })) {}
-    ~Descritor() { fechar(); }
-    Descritor(const Descritor &) = delete;
-    Descritor &operator=(const Descritor &) = delete;
-
-    int fd() const { return fd_; }
-    bool aberto() const { return fd_ >= 0; }
-    bool fechar() {
-        const int resultado = fd_ >= 0 ? ::close(fd_) : 0;
-        fd_ = -1;
-        return resultado == 0;
-    }
-
-private:
-    int fd_;
-};
 
 bool escrever(int fd, std::string_view conteudo) {
     while (!conteudo.empty()) {

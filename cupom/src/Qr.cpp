@@ -1,11 +1,28 @@
 #include "Qr.h"
 
-#include <cstddef>
+#include <algorithm>
+#include <array>
 #include <memory>
 #include <new>
 #include <qrencode.h>
 
 namespace zel::cupom {
+
+namespace {
+
+// Bytes that versions 1 to 40 hold at level M (ISO/IEC 18004:2015, table 7).
+constexpr std::array<std::size_t, 40> kCapacidades{
+    14,   26,   42,   62,   84,   106,  122,  152,  180,  213,  251,  287,  331,  362,
+    412,  450,  504,  560,  624,  666,  711,  779,  857,  911,  997,  1059, 1125, 1190,
+    1264, 1370, 1452, 1538, 1628, 1722, 1809, 1911, 1989, 2099, 2213, 2331,
+};
+
+} // namespace
+
+int ladoDoQr(std::size_t bytes) {
+    const auto versao = std::lower_bound(kCapacidades.begin(), kCapacidades.end(), bytes);
+    return 21 + 4 * static_cast<int>(versao - kCapacidades.begin());
+}
 
 SimboloQr gerarQr(std::string_view conteudo) {
     const std::unique_ptr<QRcode, decltype(&QRcode_free)> qr(

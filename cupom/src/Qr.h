@@ -2,6 +2,7 @@
 // the content.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -20,6 +21,9 @@ struct SimboloQr {
 
 // Blank modules that must surround a symbol (ISO/IEC 18004:2015, 9.1).
 constexpr int kZonaQuieta = 4;
+
+// The modules of a side of the symbol of so many bytes, 1 to kMaiorQr.
+int ladoDoQr(std::size_t bytes);
 
 // The symbol of 1 to kMaiorQr bytes of any value. Throws std::bad_alloc when memory is short.
 SimboloQr gerarQr(std::string_view conteudo);

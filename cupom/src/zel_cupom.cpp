@@ -1,10 +1,13 @@
 #include "zel_cupom.h"
 
 #include "Arquivo.h"
+#include "EscPos.h"
 #include "Imagem.h"
 #include "Leitor.h"
+#include "Saida.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -23,15 +26,20 @@ struct zel_cupom {
     std::optional<ImagemCinza> logotipo; // as its file holds it
     int tons = ZEL_CUPOM_PONTOS;
     std::optional<Fontes> fontes;
+    std::optional<Perfil> perfil; // none: the one for the paper
+    bool gaveta = false;
+    std::size_t enviados = 0;
+    std::string detalhe;
 };
 
 namespace {
 
-struct Imagem {
+struct Gerado {
     int codigo = ZEL_CUPOM_OK;
     std::string bytes;
 };
 
+using Gerador = Gerado (*)(zel_cupom &);
 using Formato = std::optional<std::string> (*)(const Pagina &, const Recursos &, int escala);
 
 std::optional<std::string> formatoSvg(const Pagina &pagina, const Recursos &recursos, int) {
@@ -55,7 +63,7 @@ std::optional<ImagemCinza> logotipoNoPapel(const zel_cupom &recibo) {
     return recibo.tons == ZEL_CUPOM_PONTOS ? pontilhar(std::move(logotipo)) : logotipo;
 }
 
-Imagem gerar(zel_cupom &recibo, Formato formato) {
+Gerado gerarImagem(zel_cupom &recibo, Formato formato) {
     if (!recibo.fontes) recibo.fontes = acharFontes();
     if (!recibo.fontes) return {ZEL_CUPOM_FONTE, {}};
     const std::optional<ImagemCinza> logotipo = logotipoNoPapel(recibo);
@@ -69,27 +77,106 @@ Imagem gerar(zel_cupom &recibo, Formato formato) {
     return {ZEL_CUPOM_OK, std::move(*bytes)};
 }
 
-int entregar(zel_cupom *recibo, Formato formato, unsigned char **bytes, std::size_t *tamanho) {
+Gerado gerarPngDe(zel_cupom &recibo) {
+    return gerarImagem(recibo, gerarPng);
+}
+
+Gerado gerarSvgDe(zel_cupom &recibo) {
+    return gerarImagem(recibo, formatoSvg);
+}
+
+Perfil perfilDoPapel(const Papel &papel) {
+    std::string motivo;
+    return lerPerfil(textoDoPerfil(perfilPadrao(papel.milimetros)).value(), motivo).value();
+}
+
+Gerado gerarEscPosDe(zel_cupom &recibo) {
+    const Perfil &perfil = recibo.perfil ? *recibo.perfil : perfilDoPapel(*recibo.papel);
+    std::optional<ImagemCinza> logotipo;
+    if (recibo.logotipo)
+        logotipo = pontilhar(caber(*recibo.logotipo, perfil.pontos, kMaiorAlturaDoLogotipo));
+    std::optional<std::string> bytes =
+        gerarEscPos(recibo.cupom, {perfil, recibo.papel->colunas, logotipo ? &*logotipo : nullptr,
+                                   recibo.gaveta});
+    if (!bytes) return {ZEL_CUPOM_LONGO, {}};
+    return {ZEL_CUPOM_OK, std::move(*bytes)};
+}
+
+int entregar(zel_cupom *recibo, Gerador gerar, unsigned char **bytes, std::size_t *tamanho) {
     if (recibo == nullptr || bytes == nullptr || tamanho == nullptr) return ZEL_CUPOM_ARGUMENTO;
     return protegida([&] {
-        const Imagem imagem = gerar(*recibo, formato);
-        if (imagem.codigo != ZEL_CUPOM_OK) return imagem.codigo;
-        void *copia = std::malloc(imagem.bytes.size());
+        const Gerado gerado = gerar(*recibo);
+        if (gerado.codigo != ZEL_CUPOM_OK) return gerado.codigo;
+        // Of a profile without commands a receipt may be no bytes at all.
+        void *copia = std::malloc(std::max<std::size_t>(1, gerado.bytes.size()));
         if (copia == nullptr) return int{ZEL_CUPOM_MEMORIA};
-        std::memcpy(copia, imagem.bytes.data(), imagem.bytes.size());
+        std::memcpy(copia, gerado.bytes.data(), gerado.bytes.size());
         *bytes = static_cast<unsigned char *>(copia);
-        *tamanho = imagem.bytes.size();
+        *tamanho = gerado.bytes.size();
         return int{ZEL_CUPOM_OK};
     });
 }
 
-int gravar(zel_cupom *recibo, Formato formato, const char *arquivo) {
+int gravar(zel_cupom *recibo, Gerador gerar, const char *arquivo) {
     if (recibo == nullptr || arquivo == nullptr || *arquivo == '\0') return ZEL_CUPOM_ARGUMENTO;
     return protegida([&] {
-        const Imagem imagem = gerar(*recibo, formato);
-        if (imagem.codigo != ZEL_CUPOM_OK) return imagem.codigo;
-        return int{substituirArquivo(arquivo, imagem.bytes) ? ZEL_CUPOM_OK : ZEL_CUPOM_ARQUIVO};
+        const Gerado gerado = gerar(*recibo);
+        if (gerado.codigo != ZEL_CUPOM_OK) return gerado.codigo;
+        return int{substituirArquivo(arquivo, gerado.bytes) ? ZEL_CUPOM_OK : ZEL_CUPOM_ARQUIVO};
     });
+}
+
+int definirPerfil(zel_cupom &recibo, const std::string &perfil) {
+    const bool arquivo = perfil.find('/') != perfil.npos;
+    std::optional<std::string> lido;
+    std::optional<std::string_view> texto;
+    if (!arquivo)
+        texto = textoDoPerfil(perfil);
+    else if ((lido = lerArquivo(perfil, kMaiorPerfil)))
+        texto = *lido;
+    std::optional<Perfil> novo;
+    if (texto)
+        novo = lerPerfil(*texto, recibo.detalhe);
+    else
+        recibo.detalhe = arquivo ? "arquivo de perfil ausente ou ilegivel" : "perfil desconhecido";
+    if (!novo) return ZEL_CUPOM_PERFIL;
+    recibo.perfil = std::move(novo);
+    return ZEL_CUPOM_OK;
+}
+
+int codigoDe(Envio envio) {
+    switch (envio) {
+    case Envio::kFeito:
+        return ZEL_CUPOM_OK;
+    case Envio::kDestinoInvalido:
+        return ZEL_CUPOM_ARGUMENTO;
+    case Envio::kArquivo:
+        return ZEL_CUPOM_ARQUIVO;
+    case Envio::kAusente:
+        return ZEL_CUPOM_AUSENTE;
+    case Envio::kRecusado:
+        return ZEL_CUPOM_RECUSADA;
+    case Envio::kTempoEsgotado:
+        return ZEL_CUPOM_TEMPO;
+    case Envio::kInterrompido:
+        return ZEL_CUPOM_INTERROMPIDA;
+    }
+    return ZEL_CUPOM_INTERROMPIDA;
+}
+
+int imprimir(zel_cupom &recibo, const char *destino, int espera) {
+    const Gerado gerado = gerarEscPosDe(recibo);
+    if (gerado.codigo != ZEL_CUPOM_OK) return gerado.codigo;
+    const Enviado enviado = enviar(destino, gerado.bytes, std::chrono::milliseconds(espera));
+    const int erro = errno;
+    recibo.enviados = enviado.bytes;
+    const int codigo = codigoDe(enviado.resultado);
+    if (codigo != ZEL_CUPOM_OK)
+        recibo.detalhe = std::string(zel_cupom_descrever(codigo)) + ": " +
+                         std::to_string(enviado.bytes) + " de " +
+                         std::to_string(gerado.bytes.size()) + " bytes enviados";
+    errno = erro; // of a file that was not written
+    return codigo;
 }
 
 } // namespace
@@ -150,19 +237,60 @@ int zel_cupom_definir_fonte(zel_cupom *cupom, const char *normal, const char *ne
 }
 
 int zel_cupom_png(zel_cupom *cupom, unsigned char **bytes, size_t *tamanho) {
-    return entregar(cupom, gerarPng, bytes, tamanho);
+    return entregar(cupom, gerarPngDe, bytes, tamanho);
 }
 
 int zel_cupom_gravar_png(zel_cupom *cupom, const char *arquivo) {
-    return gravar(cupom, gerarPng, arquivo);
+    return gravar(cupom, gerarPngDe, arquivo);
 }
 
 int zel_cupom_svg(zel_cupom *cupom, unsigned char **bytes, size_t *tamanho) {
-    return entregar(cupom, formatoSvg, bytes, tamanho);
+    return entregar(cupom, gerarSvgDe, bytes, tamanho);
 }
 
 int zel_cupom_gravar_svg(zel_cupom *cupom, const char *arquivo) {
-    return gravar(cupom, formatoSvg, arquivo);
+    return gravar(cupom, gerarSvgDe, arquivo);
+}
+
+const char *zel_cupom_nome_do_perfil(int indice) {
+    const auto perfis = perfisEmbutidos();
+    if (indice < 0 || static_cast<std::size_t>(indice) >= perfis.size()) return nullptr;
+    return perfis[static_cast<std::size_t>(indice)].nome.data();
+}
+
+int zel_cupom_definir_perfil(zel_cupom *cupom, const char *perfil) {
+    if (cupom == nullptr) return ZEL_CUPOM_ARGUMENTO;
+    cupom->detalhe.clear();
+    if (perfil != nullptr) return protegida([&] { return definirPerfil(*cupom, perfil); });
+    cupom->perfil.reset();
+    return ZEL_CUPOM_OK;
+}
+
+int zel_cupom_definir_gaveta(zel_cupom *cupom, int abrir) {
+    if (cupom == nullptr || (abrir != 0 && abrir != 1)) return ZEL_CUPOM_ARGUMENTO;
+    cupom->gaveta = abrir == 1;
+    return ZEL_CUPOM_OK;
+}
+
+int zel_cupom_escpos(zel_cupom *cupom, unsigned char **bytes, size_t *tamanho) {
+    return entregar(cupom, gerarEscPosDe, bytes, tamanho);
+}
+
+int zel_cupom_imprimir(zel_cupom *cupom, const char *destino, int espera) {
+    if (cupom == nullptr) return ZEL_CUPOM_ARGUMENTO;
+    cupom->enviados = 0;
+    cupom->detalhe.clear();
+    if (destino == nullptr || *destino == '\0' || espera < 1 || espera > ZEL_CUPOM_MAIOR_ESPERA)
+        return ZEL_CUPOM_ARGUMENTO;
+    return protegida([&] { return imprimir(*cupom, destino, espera); });
+}
+
+size_t zel_cupom_enviados(const zel_cupom *cupom) {
+    return cupom == nullptr ? 0 : cupom->enviados;
+}
+
+const char *zel_cupom_detalhe(const zel_cupom *cupom) {
+    return cupom == nullptr ? "" : cupom->detalhe.c_str();
 }
 
 void zel_cupom_liberar_bytes(unsigned char *bytes) {
@@ -187,6 +315,16 @@ const char *zel_cupom_descrever(int codigo) {
         return "o arquivo nao pode ser gravado";
     case ZEL_CUPOM_DESENHO:
         return "falha da biblioteca de desenho";
+    case ZEL_CUPOM_PERFIL:
+        return "perfil de impressora desconhecido ou errado";
+    case ZEL_CUPOM_AUSENTE:
+        return "a impressora nao foi encontrada";
+    case ZEL_CUPOM_RECUSADA:
+        return "a impressora recusa a ligacao: em uso, sem permissao ou sem servico";
+    case ZEL_CUPOM_TEMPO:
+        return "a impressora nao respondeu ou parou de receber";
+    case ZEL_CUPOM_INTERROMPIDA:
+        return "a impressora falhou no meio";
     default:
         return "codigo desconhecido";
     }

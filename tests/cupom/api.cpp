@@ -6,12 +6,14 @@
 #include <algorithm>
 #include <clocale>
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -68,6 +70,21 @@ TEST(Api, arguments_are_checked) {
         {zel_cupom_png(nullptr, &bytes, &tamanho), ZEL_CUPOM_ARGUMENTO},
         {zel_cupom_gravar_png(r, nullptr), ZEL_CUPOM_ARGUMENTO},
         {zel_cupom_gravar_svg(r, ""), ZEL_CUPOM_ARGUMENTO},
+        {zel_cupom_definir_perfil(nullptr, nullptr), ZEL_CUPOM_ARGUMENTO},
+        {zel_cupom_definir_perfil(r, "nao-existe"), ZEL_CUPOM_PERFIL},
+        {zel_cupom_definir_perfil(r, "/nao/existe"), ZEL_CUPOM_PERFIL},
+        {zel_cupom_definir_perfil(r, "/dev/null"), ZEL_CUPOM_PERFIL},
+        {zel_cupom_definir_gaveta(r, 2), ZEL_CUPOM_ARGUMENTO},
+        {zel_cupom_escpos(r, &bytes, nullptr), ZEL_CUPOM_ARGUMENTO},
+        {zel_cupom_imprimir(nullptr, "x", 1), ZEL_CUPOM_ARGUMENTO},
+        {zel_cupom_imprimir(r, nullptr, 1), ZEL_CUPOM_ARGUMENTO},
+        {zel_cupom_imprimir(r, "", 1), ZEL_CUPOM_ARGUMENTO},
+        {zel_cupom_imprimir(r, "/dev/null", 0), ZEL_CUPOM_ARGUMENTO},
+        {zel_cupom_imprimir(r, "/dev/null", ZEL_CUPOM_MAIOR_ESPERA + 1), ZEL_CUPOM_ARGUMENTO},
+        {zel_cupom_imprimir(r, "http://x", 1), ZEL_CUPOM_ARGUMENTO},
+        {zel_cupom_imprimir(r, "/nao/existe", 1000), ZEL_CUPOM_ARQUIVO},
+        {zel_cupom_imprimir(r, "/dev/nao-existe", 1000), ZEL_CUPOM_AUSENTE},
+        {zel_cupom_imprimir(r, "/dev/full", 1000), ZEL_CUPOM_INTERROMPIDA},
     };
     for (std::size_t i = 0; i < std::size(casos); ++i) {
         EXPECT_EQ(casos[i].first, casos[i].second) << i;
@@ -75,6 +92,7 @@ TEST(Api, arguments_are_checked) {
     }
     EXPECT_EQ(bytes, nullptr);
     // None of them changed anything.
+    EXPECT_EQ(bytesDe(zel_cupom_escpos, r), bytesDe(zel_cupom_escpos, novo().get()));
     EXPECT_EQ(bytesDe(zel_cupom_png, r), bytesDe(zel_cupom_png, novo().get()));
     zel_cupom_liberar(nullptr);
     zel_cupom_liberar_bytes(nullptr);
@@ -86,6 +104,8 @@ TEST(Api, receipt_beyond_the_paper_is_refused_and_the_next_one_is_not) {
     size_t tamanho = 0;
     EXPECT_EQ(zel_cupom_png(recibo.get(), &bytes, &tamanho), ZEL_CUPOM_LONGO);
     EXPECT_EQ(zel_cupom_svg(recibo.get(), &bytes, &tamanho), ZEL_CUPOM_LONGO);
+    EXPECT_EQ(zel_cupom_escpos(recibo.get(), &bytes, &tamanho), ZEL_CUPOM_LONGO);
+    EXPECT_EQ(zel_cupom_imprimir(recibo.get(), "/dev/null", 1000), ZEL_CUPOM_LONGO);
     EXPECT_EQ(zel_cupom_ler(recibo.get(), nullptr, 0), ZEL_CUPOM_OK);
     EXPECT_EQ(bytesDe(zel_cupom_png, recibo.get()), bytesDe(zel_cupom_png, novo("").get()));
 }
@@ -203,4 +223,68 @@ TEST(Api, settings_change_the_picture) {
     outra(zel_cupom_definir_papel(recibo.get(), 42, 58));
     outra(zel_cupom_definir_fonte(
         recibo.get(), "/usr/share/fonts/truetype/dejavu/DejaVuSansMono-Bold.ttf", nullptr));
+}
+
+TEST(Api, profile_is_a_name_or_a_file) {
+    const PastaTemporaria pasta;
+    const Recibo recibo = novo();
+    zel_cupom *r = recibo.get();
+    const std::string padrao = bytesDe(zel_cupom_escpos, r);
+    std::vector<std::string> todos;
+    for (int i = 0; zel_cupom_nome_do_perfil(i) != nullptr; ++i) {
+        ASSERT_EQ(zel_cupom_definir_perfil(r, zel_cupom_nome_do_perfil(i)), ZEL_CUPOM_OK);
+        todos.push_back(bytesDe(zel_cupom_escpos, r));
+    }
+    EXPECT_EQ(zel_cupom_nome_do_perfil(-1), nullptr);
+    EXPECT_EQ(todos.size(), 5U);
+    EXPECT_EQ(std::count(todos.begin(), todos.end(), padrao), 1);
+
+    // A copy that a shop changed.
+    std::string texto = zel::cupom::lerDado(ZEL_PERFIS "/generico-80mm.perfil");
+    const std::size_t onde = texto.find("features.qrCode = true");
+    ASSERT_NE(onde, texto.npos);
+    pasta.gravar("meu.perfil", texto.replace(onde, 22, "features.qrCode = false"));
+    ASSERT_EQ(zel_cupom_definir_perfil(r, (pasta / "meu.perfil").c_str()), ZEL_CUPOM_OK);
+    EXPECT_STREQ(zel_cupom_detalhe(r), "");
+    const std::string mudado = bytesDe(zel_cupom_escpos, r);
+    EXPECT_EQ(mudado.find("\x1D(k"), mudado.npos);
+    EXPECT_NE(mudado.find("\x1Dv0"), mudado.npos);
+    pasta.gravar("errado.perfil", "name = x\ncommands.bold = ESC E\n");
+    ASSERT_EQ(zel_cupom_definir_perfil(r, (pasta / "errado.perfil").c_str()), ZEL_CUPOM_PERFIL);
+    EXPECT_STREQ(zel_cupom_detalhe(r), "linha 2: comando desconhecido");
+    EXPECT_EQ(bytesDe(zel_cupom_escpos, r), mudado);
+
+    ASSERT_EQ(zel_cupom_definir_perfil(r, nullptr), ZEL_CUPOM_OK);
+    EXPECT_EQ(bytesDe(zel_cupom_escpos, r), padrao);
+    ASSERT_EQ(zel_cupom_definir_papel(r, 42, 58), ZEL_CUPOM_OK);
+    EXPECT_NE(bytesDe(zel_cupom_escpos, r).find("\x1C."), padrao.npos); // only of 58 mm
+}
+
+TEST(Api, printing_sends_the_bytes_and_reports_how_far_it_came) {
+    const PastaTemporaria pasta;
+    pasta.gravar("logo.png", zel::cupom::pngDaImagem(zel::cupom::logotipoDoTeste(900, 300)));
+    const Recibo recibo = novo();
+    zel_cupom *r = recibo.get();
+    const std::string logo = pasta / "logo.png", destino = pasta / "cupom.bin";
+    ASSERT_EQ(zel_cupom_definir_logotipo(r, logo.c_str(), ZEL_CUPOM_CINZA), ZEL_CUPOM_OK);
+    ASSERT_EQ(zel_cupom_definir_gaveta(r, 1), ZEL_CUPOM_OK);
+    const std::string bytes = bytesDe(zel_cupom_escpos, r);
+    ASSERT_EQ(zel_cupom_imprimir(r, destino.c_str(), 1000), ZEL_CUPOM_OK);
+    EXPECT_EQ(pasta.ler("cupom.bin"), bytes);
+    EXPECT_EQ(zel_cupom_enviados(r), bytes.size());
+    EXPECT_STREQ(zel_cupom_detalhe(r), "");
+
+    const std::string cano = pasta / "cano", total = " de " + std::to_string(bytes.size());
+    ASSERT_EQ(::mkfifo(cano.c_str(), 0600), 0);
+    ASSERT_EQ(zel_cupom_imprimir(r, cano.c_str(), 100), ZEL_CUPOM_AUSENTE);
+    EXPECT_EQ(zel_cupom_enviados(r), 0U);
+    EXPECT_EQ(zel_cupom_detalhe(r), std::string(zel_cupom_descrever(ZEL_CUPOM_AUSENTE)) + ": 0" +
+                                        total + " bytes enviados");
+    // One page of a pipe that nobody reads; the logo is more.
+    const int leitor = ::open(cano.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_EQ(::fcntl(leitor, F_SETPIPE_SZ, 4096), 4096);
+    EXPECT_EQ(zel_cupom_imprimir(r, cano.c_str(), 100), ZEL_CUPOM_TEMPO);
+    EXPECT_EQ(zel_cupom_enviados(r), 4096U);
+    EXPECT_NE(std::string(zel_cupom_detalhe(r)).find(": 4096" + total), std::string::npos);
+    ::close(leitor);
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -19,6 +20,24 @@ struct Campo {
 };
 
 constexpr int kLarguraDoCampo = 48, kAlturaDoCampo = 28;
+
+// Words in the letters that they name.
+constexpr std::string_view kMostruario =
+    "<bmp></bmp><ce><xl>LOJA DO Z\xC9</xl>\r\n<e>dupla largura</e>\r\n<da>dupla "
+    "altura</da></ce>\r\n"
+    "normal <b>negrito</b> <i>it\xE1lico</i> <s>sublinhado</s>\r\n"
+    "<c>condensado <b>negrito</b> <i>it\xE1lico</i> <s>sublinhado</s></c>\r\n"
+    "<ad>\xE0 direita</ad>\r\n<ad><c>condensado \xE0 direita</c></ad>\r\n"
+    "\xC1\xC9\xCD\xD3\xDA\xC2\xCA\xD4\xC3\xD5\xC0\xDC\xC7 \xE1\xE9\xED\xF3\xFA\xE2\xEA\xF4\xE3\xF5"
+    "\xE0\xFC\xE7 \xAA\xBA\xA7 R$ 1.234,56 ()[]{}|\r\n"
+    "uma linha mais longa que o papel continua na linha seguinte, e nada se perde\r\n"
+    "<c>tamb\xE9m a condensada, que leva mais letras em cada linha, continua quando n\xE3o cabe</c>"
+    "\r\n<ce>e a linha centrada continua centrada na linha seguinte do papel</ce>\r\n"
+    "grande <xl>G</xl>, alta <da>A</da>, larga <e>L</e> e <c>pequena</c> na mesma linha\r\n"
+    "<qrcode>http://esquerda<lmodulo>4</lmodulo></qrcode>\r\n"
+    "<ad><qrcode>http://direita<lmodulo>5</lmodulo></qrcode></ad>\r\n"
+    "<ce><qrcode>http://centro<lmodulo>8</lmodulo></qrcode></ce>\r\n"
+    "<sl>2</sl><ce>duas linhas acima</ce>\r\n<gui></gui>segunda via\r\n<gui></gui>";
 
 // Both parts are means over the pixels of the field.
 Campo campoEm(const ImagemCinza &uma, const ImagemCinza &outra, int x0, int y0) {
@@ -61,21 +80,47 @@ ImagemCinza logotipoDoTeste(int largura, int altura) {
     return imagem;
 }
 
+std::vector<Recibo> recibos() {
+    std::vector<Recibo> lista;
+    for (const auto &entrada : std::filesystem::directory_iterator(ZEL_CUPONS)) {
+        const std::string nome = entrada.path().stem();
+        if (entrada.path().extension() != ".txt") continue;
+        const bool estreito = nome.ends_with("_42");
+        lista.push_back({nome, lerDado(entrada.path()), papelDe(estreito ? 42 : 48, 0)});
+        if (nome == "cupom_normal_42") // what the narrowest paper makes of it
+            lista.push_back({"cupom_normal_58mm", lista.back().texto, papelDe(42, 58)});
+    }
+    for (const Papel &papel : kPapeis)
+        lista.push_back({"mostruario_" + std::to_string(papel.milimetros) + "mm",
+                         std::string(kMostruario), &papel, true});
+    return lista;
+}
+
 Desenhado desenharTexto(std::string_view texto, const Papel &papel, const ImagemCinza *logotipo,
+                        int escala) {
+    return desenharCupom(ler(texto), papel, logotipo, escala);
+}
+
+Desenhado desenharCupom(const Cupom &cupom, const Papel &papel, const ImagemCinza *logotipo,
                         int escala) {
     TamanhoLogotipo tamanho;
     if (logotipo != nullptr) tamanho = {logotipo->largura, logotipo->altura};
-    Desenhado desenhado{paginar(ler(texto), papel, tamanho).value(), {}};
-    ImagemCinza &imagem = desenhado.imagem;
-    imagem.largura = papel.largura() * escala;
+    Pagina pagina = paginar(cupom, papel, tamanho).value();
+    ImagemCinza imagem = desenharPagina(pagina, logotipo, escala);
+    return {std::move(pagina), std::move(imagem)};
+}
+
+ImagemCinza desenharPagina(const Pagina &pagina, const ImagemCinza *logotipo, int escala) {
+    ImagemCinza imagem;
+    imagem.largura = pagina.papel.largura() * escala;
     const bool feito =
-        desenhar(desenhado.pagina, {fontesDoTeste(), logotipo}, escala, [&](const Faixa &faixa) {
+        desenhar(pagina, {fontesDoTeste(), logotipo}, escala, [&](const Faixa &faixa) {
             for (int y = 0; y < faixa.altura(); ++y, ++imagem.altura)
                 imagem.pontos.insert(imagem.pontos.end(), faixa.linha(y).begin(),
                                      faixa.linha(y).end());
         });
     if (!feito) throw std::runtime_error("cairo failed");
-    return desenhado;
+    return imagem;
 }
 
 std::string pngDaImagem(const ImagemCinza &imagem) {

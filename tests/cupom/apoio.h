@@ -22,6 +22,17 @@ std::string lerDado(const std::string &caminho);
 // A logo that tells its corners apart: black frame, a grey wedge, a black square at the upper left.
 ImagemCinza logotipoDoTeste(int largura, int altura);
 
+// Every receipt that the fiscal library prints in its own tests, and one that shows all of the
+// mark-up, for each paper.
+struct Recibo {
+    std::string nome;
+    std::string texto;
+    const Papel *papel;
+    bool comLogotipo = false;
+};
+
+std::vector<Recibo> recibos();
+
 struct Desenhado {
     Pagina pagina;
     ImagemCinza imagem; // the whole paper
@@ -29,6 +40,10 @@ struct Desenhado {
 
 Desenhado desenharTexto(std::string_view texto, const Papel &papel,
                         const ImagemCinza *logotipo = nullptr, int escala = 1);
+Desenhado desenharCupom(const Cupom &cupom, const Papel &papel,
+                        const ImagemCinza *logotipo = nullptr, int escala = 1);
+
+ImagemCinza desenharPagina(const Pagina &pagina, const ImagemCinza *logotipo, int escala);
 
 std::string pngDaImagem(const ImagemCinza &imagem);
 

@@ -1,4 +1,5 @@
-/* The header is C, and a C program needs nothing else: a receipt to SVG. The result is 0 or the
+/* The header is C, and a C program needs nothing else: a receipt to SVG and to printer
+ * bytes. The result is 0 or the
  * number of the step that failed. */
 #include "zel_cupom.h"
 
@@ -14,6 +15,10 @@ int main(void) {
     if (zel_cupom_ler(cupom, texto, strlen(texto)) != ZEL_CUPOM_OK) return 3;
     if (zel_cupom_svg(cupom, &bytes, &tamanho) != ZEL_CUPOM_OK) return 4;
     if (tamanho < 1000 || memcmp(bytes, "<?xml", 5) != 0) return 5;
+    zel_cupom_liberar_bytes(bytes);
+    if (zel_cupom_definir_perfil(cupom, "generico-80mm") != ZEL_CUPOM_OK) return 6;
+    if (zel_cupom_escpos(cupom, &bytes, &tamanho) != ZEL_CUPOM_OK) return 7;
+    if (tamanho < 20 || memcmp(bytes, "\x1B@", 2) != 0) return 8;
     zel_cupom_liberar_bytes(bytes);
     zel_cupom_liberar(cupom);
     return 0;

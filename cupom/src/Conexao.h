@@ -1,0 +1,30 @@
+// Connections to network printers.
+#pragma once
+
+#include "Descritor.h"
+#include "Espera.h"
+#include "Saida.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zel::cupom {
+
+struct EnderecoTcp {
+    std::string host;
+    std::string porta;
+};
+
+// "host", "host:port" or "[host]:port"; none when it is neither.
+std::optional<EnderecoTcp> lerEndereco(std::string_view texto);
+
+struct Conexao {
+    Envio resultado = Envio::kAusente;
+    Descritor descritor; // open when kFeito, not blocking
+};
+
+// Tries the addresses of the host one after the other.
+Conexao conectar(const EnderecoTcp &endereco, const Prazo &prazo);
+
+} // namespace zel::cupom

@@ -1,0 +1,253 @@
+#include "EscPos.h"
+
+#include "Pagina.h"
+#include "Qr.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <utility>
+
+namespace zel::cupom {
+
+namespace {
+
+constexpr int kLinha = 28; // dots from line to line, as the pictures count them
+constexpr int kAposLogotipo = kPontosPorMilimetro;
+
+// A style, its command and the one that ends it, and its bit in the byte of ESC !, if any.
+struct Interruptor {
+    bool Estilo::*estilo;
+    Ordem liga;
+    Ordem desliga;
+    int bit;
+};
+
+constexpr std::array<Interruptor, 5> kInterruptores{{
+    {&Estilo::negrito, Ordem::kNegrito, Ordem::kNegritoFim, 0x08},
+    {&Estilo::alturaDupla, Ordem::kAlturaDupla, Ordem::kAlturaDuplaFim, 0x10},
+    {&Estilo::larguraDupla, Ordem::kLarguraDupla, Ordem::kLarguraDuplaFim, 0x20},
+    {&Estilo::sublinhado, Ordem::kSublinhado, Ordem::kSublinhadoFim, 0x80},
+    {&Estilo::italico, Ordem::kItalico, Ordem::kItalicoFim, 0},
+}};
+
+int modoDe(const Estilo &estilo, std::size_t fonte) {
+    int modo = static_cast<int>(fonte);
+    for (const Interruptor &i : kInterruptores)
+        if (estilo.*i.estilo) modo |= i.bit;
+    return modo;
+}
+
+// The byte of GS !.
+int tamanhoDe(const Estilo &estilo) {
+    return (estilo.larguraDupla ? 0x10 : 0) | (estilo.alturaDupla ? 0x01 : 0);
+}
+
+// Rows of dots as a printer takes them: eight to the byte, the first one the highest bit.
+class Pontos {
+public:
+    Pontos(int largura, int altura)
+        : passo_(static_cast<std::size_t>(largura + 7) / 8),
+          altura_(static_cast<std::size_t>(altura)), bytes_(passo_ * altura_, '\0') {}
+
+    void preencher(int x, int largura, int y, int altura) {
+        for (int linha = y; linha < y + altura; ++linha)
+            for (int coluna = x; coluna < x + largura; ++coluna)
+                escurecer(static_cast<std::size_t>(coluna), static_cast<std::size_t>(linha));
+    }
+
+    Valores valores() const { return {0, 0, passo_, altura_, bytes_}; }
+
+private:
+    void escurecer(std::size_t x, std::size_t y) {
+        char &byte = bytes_[y * passo_ + x / 8];
+        byte = static_cast<char>(static_cast<unsigned char>(byte) | 0x80U >> x % 8);
+    }
+
+    std::size_t passo_;
+    std::size_t altura_;
+    std::string bytes_;
+};
+
+// The font by number of which a line holds so many letters, the largest of them; the smallest when
+// none does.
+std::size_t fontePara(const std::vector<FonteDoPerfil> &fontes, int colunas) {
+    std::size_t escolhida = 0;
+    for (std::size_t i = 1; i < fontes.size(); ++i) {
+        const int agora = fontes[escolhida].colunas, esta = fontes[i].colunas;
+        if (agora < colunas ? esta > agora : esta >= colunas && esta < agora) escolhida = i;
+    }
+    return escolhida;
+}
+
+// One walk over a receipt.
+class Escrita {
+public:
+    explicit Escrita(const Impressao &impressao)
+        : impressao_(impressao), perfil_(impressao.perfil),
+          normal_(fontePara(perfil_.fontes, impressao.colunas)),
+          condensada_(fontePara(perfil_.fontes, perfil_.fontes[normal_].colunas + 1)) {}
+
+    std::optional<std::string> escrever(const Cupom &cupom) {
+        enviar(Ordem::kIniciar);
+        enviar(Ordem::kPagina, {perfil_.numeroDaPagina, 0, 0, 0, {}});
+        if (impressao_.abrirGaveta) enviar(Ordem::kGaveta);
+        for (const Bloco &bloco : cupom.blocos) {
+            std::visit([this](const auto &b) { por(b); }, bloco);
+            if (altura_ > kMaiorAltura) return {};
+        }
+        return std::move(saida_);
+    }
+
+private:
+    void enviar(Ordem ordem, const Valores &valores = {}) {
+        perfil_.comando(ordem).escrever(saida_, valores);
+    }
+    bool tem(Ordem ordem) const { return perfil_.comando(ordem).existe(); }
+
+    void por(const Linha &linha) {
+        if (linha.trechos.empty()) return por(Avanco{1});
+        alinhar(linha.alinhamento);
+        double cheia = 0; // lines of the paper
+        bool alta = false;
+        for (const Trecho &trecho : linha.trechos) {
+            vestir(trecho.estilo);
+            for (const char c : trecho.texto)
+                saida_.push_back(byteDe(*perfil_.pagina, c));
+            const double letra = trecho.estilo.larguraDupla ? 2 : 1;
+            cheia +=
+                static_cast<double>(trecho.texto.size()) * letra / perfil_.fontes[fonte_].colunas;
+            alta = alta || trecho.estilo.alturaDupla;
+            if (cheia * kLinha > kMaiorAltura) break;
+        }
+        saida_.push_back('\n');
+        imprimiu((static_cast<int>(cheia) + 1) * (alta ? 2 * kLinha : kLinha));
+    }
+
+    void alinhar(Alinhamento alinhamento) {
+        constexpr std::array<Ordem, 3> kOrdens{Ordem::kEsquerda, Ordem::kCentro, Ordem::kDireita};
+        if (std::exchange(alinhamento_, alinhamento) != alinhamento)
+            enviar(kOrdens[static_cast<std::size_t>(alinhamento)]);
+    }
+
+    // Only what is not yet in force.
+    void vestir(const Estilo &estilo) {
+        const std::size_t fonte = estilo.condensado ? condensada_ : normal_;
+        if (const int modo = modoDe(estilo, fonte); modo != modoDe(estilo_, fonte_))
+            enviar(Ordem::kModo, {modo, 0, 0, 0, {}});
+        if (fonte != fonte_) perfil_.fontes[fonte].comando.escrever(saida_, {});
+        if (const int tamanho = tamanhoDe(estilo); tamanho != tamanhoDe(estilo_))
+            enviar(Ordem::kTamanho, {tamanho, 0, 0, 0, {}});
+        for (const Interruptor &i : kInterruptores)
+            if (estilo.*i.estilo != estilo_.*i.estilo)
+                enviar(estilo.*i.estilo ? i.liga : i.desliga);
+        estilo_ = estilo;
+        fonte_ = fonte;
+    }
+
+    void por(const Avanco &avanco) {
+        if (tem(Ordem::kAvanco))
+            enviar(Ordem::kAvanco, {avanco.linhas, 0, 0, 0, {}});
+        else
+            saida_.append(static_cast<std::size_t>(avanco.linhas), '\n');
+        brancas_ += avanco.linhas;
+        altura_ += avanco.linhas * kLinha;
+    }
+
+    void por(const Corte &) {
+        if (brancas_ < perfil_.linhasAntesDoCorte)
+            por(Avanco{perfil_.linhasAntesDoCorte - brancas_});
+        enviar(tem(Ordem::kCorteParcial) ? Ordem::kCorteParcial : Ordem::kCorteTotal);
+        imprimiu(kLinha);
+    }
+
+    void por(const Logotipo &) {
+        const ImagemCinza *logotipo = impressao_.logotipo;
+        if (perfil_.logotipo == ModoLogotipo::kGuardado) {
+            alinhar(Alinhamento::kCentro);
+            enviar(Ordem::kLogotipo);
+            imprimiu(kLinha);
+        } else if (perfil_.logotipo == ModoLogotipo::kImagem && logotipo && tem(Ordem::kImagem)) {
+            const int x = (perfil_.pontos - logotipo->largura) / 2;
+            Pontos pontos(x + logotipo->largura, logotipo->altura + kAposLogotipo);
+            for (int linha = 0; linha < logotipo->altura; ++linha)
+                for (int coluna = 0; coluna < logotipo->largura; ++coluna)
+                    if (logotipo->em(coluna, linha) < 128)
+                        pontos.preencher(x + coluna, 1, linha, 1);
+            imprimirPontos(pontos);
+        }
+    }
+
+    void por(const Qr &qr) {
+        const int modulos = ladoDoQr(qr.conteudo.size()) + 2 * kZonaQuieta;
+        int modulo = std::clamp(perfil_.pontos / modulos, 1, qr.modulo);
+        if (tem(Ordem::kQr)) {
+            modulo = std::min(modulo, perfil_.maiorModulo);
+            alinhar(qr.alinhamento);
+            enviar(Ordem::kQr, {0, modulo, 0, 0, qr.conteudo});
+            imprimiu(modulos * modulo);
+        } else if (tem(Ordem::kImagem) && modulos * modulo <= perfil_.pontos) {
+            porQrEmPontos(qr, modulo);
+        } else {
+            // A reader can still be told the address.
+            por(Linha{{{conteudoEscrito(qr.conteudo), Estilo()}}, qr.alinhamento});
+        }
+    }
+
+    // Placed by blank dots on its left, for printers that align text alone.
+    void porQrEmPontos(const Qr &qr, int modulo) {
+        const SimboloQr simbolo = gerarQr(qr.conteudo);
+        const int lado = (simbolo.lado + 2 * kZonaQuieta) * modulo;
+        const int livre = perfil_.pontos - lado;
+        const std::array<int, 3> inicios{0, livre / 2, livre};
+        const int zona = kZonaQuieta * modulo;
+        const int x = inicios[static_cast<std::size_t>(qr.alinhamento)] + zona;
+        Pontos pontos(x + lado - zona, lado);
+        for (int linha = 0; linha < simbolo.lado; ++linha)
+            for (int coluna = 0; coluna < simbolo.lado; ++coluna)
+                if (simbolo.escuro(linha, coluna))
+                    pontos.preencher(x + coluna * modulo, modulo, zona + linha * modulo, modulo);
+        imprimirPontos(pontos);
+    }
+
+    // Control characters would be commands.
+    static std::string conteudoEscrito(std::string conteudo) {
+        for (char &c : conteudo) {
+            const auto byte = static_cast<unsigned char>(c);
+            if (byte < 0x20 || (byte >= 0x7F && byte < 0xA0)) c = '?';
+        }
+        return conteudo;
+    }
+
+    void imprimirPontos(const Pontos &pontos) {
+        alinhar(Alinhamento::kEsquerda);
+        const Valores valores = pontos.valores();
+        enviar(Ordem::kImagem, valores);
+        imprimiu(static_cast<int>(valores.altura));
+    }
+
+    void imprimiu(int altura) {
+        brancas_ = 0;
+        altura_ += altura;
+    }
+
+    const Impressao &impressao_;
+    const Perfil &perfil_;
+    const std::size_t normal_;
+    const std::size_t condensada_;
+    std::string saida_;
+    // In force in the printer.
+    Estilo estilo_;
+    std::size_t fonte_ = 0;
+    Alinhamento alinhamento_ = Alinhamento::kEsquerda;
+    int brancas_ = 0; // lines since the last one that was printed
+    int altura_ = 0;  // dots of paper, about
+};
+
+} // namespace
+
+std::optional<std::string> gerarEscPos(const Cupom &cupom, const Impressao &impressao) {
+    return Escrita(impressao).escrever(cupom);
+}
+
+} // namespace zel::cupom

@@ -1,0 +1,49 @@
+// A receipt printer in small: does what the bytes of one dialect say, by a command table of its own
+// that knows nothing of the profiles, and shows the paper. What the dialect does not know throws
+// std::runtime_error: a printer would print it as rubbish.
+#pragma once
+
+#include "apoio.h"
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zel::cupom {
+
+struct Impresso {
+    ImagemCinza imagem;
+    std::string letras;          // ISO-8859-1, without what was aligned or fed
+    std::vector<Estilo> estilos; // of each of them
+    std::vector<int> modulos;    // of the QR codes that it printed by command
+    int cortes = 0;
+    int imagens = 0;
+    int logotiposGuardados = 0;
+    int gavetas = 0;
+};
+
+struct EntradaDoDialeto;
+
+// What a model is like.
+struct Dialeto {
+    std::string_view perfil;
+    const std::vector<EntradaDoDialeto> &comandos;
+    std::map<int, const char *> paginas; // of codes, as iconv names them
+    Papel papel;
+    std::vector<Celula> fontes; // by number
+    // What the direct picture must be without, or have besides, to be like this printer's.
+    bool italico = false;
+    bool corta = true;
+    int linhasAntesDoCorte = 0;
+    std::string_view faltam = {};  // letters that its code page lacks
+    std::string_view simples = {}; // and what is printed in their place
+};
+
+// One for each profile of the library.
+const std::vector<Dialeto> &dialetos();
+
+// Throws std::runtime_error when the bytes are not of the dialect.
+Impresso emular(const Dialeto &dialeto, std::string_view bytes);
+
+} // namespace zel::cupom
