@@ -1,4 +1,5 @@
-// What the picture of a receipt costs, with libzel-cupom, of receipts that the library printed:
+// What a receipt costs as a picture and as printer bytes, with libzel-cupom, of receipts that the
+// library printed:
 //   zel_figuras DIRECTORY_IN_MEMORY [Google Benchmark's own arguments]
 #include "Bancada.h"
 #include "Loja.h"
@@ -51,12 +52,19 @@ void registrarFiguras(const Base &base) {
                         [](Mesa &m) { desenhar(m.recibo.get(), m.texto, zel_cupom_png); });
         registrarFigura(base, "svg", itens,
                         [](Mesa &m) { desenhar(m.recibo.get(), m.texto, zel_cupom_svg); });
+        registrarFigura(base, "escpos", itens,
+                        [](Mesa &m) { desenhar(m.recibo.get(), m.texto, zel_cupom_escpos); });
     }
     // As a program that draws one receipt and ends: it opens the fonts.
     registrarFigura(base, "png_novo", 10, [](Mesa &m) {
         const std::unique_ptr<zel_cupom, decltype(&zel_cupom_liberar)> novo(zel_cupom_novo(),
                                                                             &zel_cupom_liberar);
         desenhar(novo.get(), m.texto, zel_cupom_png);
+    });
+    // A printer that has no QR code of its own, and a profile that is read for each receipt.
+    registrarFigura(base, "escpos_pontos", 10, [](Mesa &m) {
+        conferir(zel_cupom_definir_perfil(m.recibo.get(), "escpos-modo-unico"));
+        desenhar(m.recibo.get(), m.texto, zel_cupom_escpos);
     });
 }
 

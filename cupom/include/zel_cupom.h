@@ -18,13 +18,17 @@
  *     Of lines, by what is in force at the first character of the line:
  *       ce centred    ad to the right
  *     Of the paper; their content is no text of the receipt and ends on the line on which it began:
- *       <qrcode>CONTENT<lmodulo>N</lmodulo></qrcode>   QR code of CONTENT, up to 2331 bytes (what
- * is longer is printed as text), in modules of N dots: 1 to 16, 3 when not given <bmp></bmp> logo
- * <gui></gui> cut <sl>N</sl>  N blank lines, 0 to 255      <l></l> end of line A line end straight
- * after one of these belongs to it and makes no blank line. Without meaning on paper, taken out:
- * the markers of fe and tb; with their content a, code11, code128, code39, code93, codabar, cespl,
- * confgui, dt, dti, ean13, ean8, g, hr, hri, i2of5, ibmp, mg, msi, pdf, s2of5, slm, sn, sp, tc,
- * upc-a.
+ *       <qrcode>CONTENT<lmodulo>N</lmodulo></qrcode>
+ *                      QR code of CONTENT, up to 2331 bytes (what is longer is printed as text), in
+ *                      modules of N dots: 1 to 16, 3 when not given
+ *       <bmp></bmp>    logo
+ *       <gui></gui>    cut
+ *       <sl>N</sl>     N blank lines, 0 to 255
+ *       <l></l>        end of line
+ *     A line end straight after one of these belongs to it and makes no blank line.
+ *     Without meaning on paper, taken out: the markers of fe and tb; with their content a, code11,
+ *     code128, code39, code93, codabar, cespl, confgui, dt, dti, ean13, ean8, g, hr, hri, i2of5,
+ *     ibmp, mg, msi, pdf, s2of5, slm, sn, sp, tc, upc-a.
  *  3. Papers, at 8 dots to the millimetre (203 dpi):
  *
  *       columns  paper   printed          normal letters  condensed letters
@@ -33,7 +37,7 @@
  *       42       58 mm   48 mm, 384 dots   9 x 17 dots    6.75 x 13, 56 to the line
  *
  *     A line that does not fit goes on in the next one. A QR code that does not fit gets the
- * largest modules with which it does. A receipt of more than 50 m of paper is refused.
+ *     largest modules with which it does. A receipt of more than 50 m of paper is refused.
  *     These are the papers of the pictures; a printer's line is as wide as its profile says.
  *  4. Every function with an int result answers ZEL_CUPOM_OK or the negative code of its failure. A
  *     failure changes nothing: neither the receipt that was read, nor the settings, nor a file.
@@ -42,7 +46,7 @@
  *     zel_cupom_liberar_bytes. Nothing else that the caller passes is kept.
  *  7. One thread at a time may use a zel_cupom; two threads may use two of them. There is no other
  *     state. Nothing depends on the locale or on the clock: the same text with the same settings
- * and the same font files gives the same bytes.
+ *     and the same font files gives the same bytes.
  */
 #ifndef ZEL_CUPOM_H
 #define ZEL_CUPOM_H
@@ -164,7 +168,9 @@ ZEL_CUPOM_API int zel_cupom_definir_gaveta(zel_cupom *cupom, int abrir);
 
 /* The bytes that print the receipt, from the printer's initialization on: `bytes` receives the
  * address, `tamanho` the length. Letters are the largest ones of the printer of which a line holds
- * the columns of the paper; condensed ones are the next smaller ones. Characters that the chosen
+ * the columns of the paper; condensed ones are the next smaller ones. Where there is none, a
+ * condensed line that is too long gives up blanks, from its widest gaps, if that makes it fit.
+ * Characters that the chosen
  * code page lacks are printed as plain letters. A QR code is printed by the printer's own command
  * or as dots, as the profile says, and as text where the printer can do neither; the logo in dots
  * or as the printer has it stored; what the printer cannot do otherwise (italics, a cut) is left

@@ -80,6 +80,49 @@ std::size_t fontePara(const std::vector<FonteDoPerfil> &fontes, int colunas) {
     return escolhida;
 }
 
+// Lines beyond it are no columns of a receipt.
+constexpr std::size_t kMaiorLinhaEncurtada = 256;
+
+std::size_t letrasDe(const Linha &linha) {
+    std::size_t letras = 0;
+    for (const Trecho &trecho : linha.trechos)
+        letras += trecho.texto.size();
+    return letras;
+}
+
+// Takes a blank from the widest gap of a line; false when none is wider than one.
+bool estreitar(Linha &linha) {
+    std::string *onde = nullptr;
+    std::size_t fim = 0, maior = 1;
+    for (Trecho &trecho : linha.trechos) {
+        std::size_t brancos = 0;
+        for (std::size_t i = 0; i < trecho.texto.size(); ++i) {
+            brancos = trecho.texto[i] == ' ' ? brancos + 1 : 0;
+            if (brancos <= maior) continue;
+            maior = brancos;
+            onde = &trecho.texto;
+            fim = i;
+        }
+    }
+    if (onde != nullptr) onde->erase(fim, 1);
+    return onde != nullptr;
+}
+
+// A line of condensed letters for a printer without a smaller font: brought into its columns at
+// the cost of the widest gaps. As it is when that is not enough.
+Linha encurtar(const Linha &linha, int colunas) {
+    const bool condensada =
+        std::all_of(linha.trechos.begin(), linha.trechos.end(), [](const Trecho &trecho) {
+            return trecho.estilo.condensado && !trecho.estilo.larguraDupla;
+        });
+    std::size_t letras = letrasDe(linha);
+    if (!condensada || letras > kMaiorLinhaEncurtada) return linha;
+    Linha curta = linha;
+    for (; letras > static_cast<std::size_t>(colunas); --letras)
+        if (!estreitar(curta)) return linha;
+    return curta;
+}
+
 // One walk over a receipt.
 class Escrita {
 public:
@@ -107,6 +150,13 @@ private:
 
     void por(const Linha &linha) {
         if (linha.trechos.empty()) return por(Avanco{1});
+        if (condensada_ == normal_)
+            porLetras(encurtar(linha, perfil_.fontes[normal_].colunas));
+        else
+            porLetras(linha);
+    }
+
+    void porLetras(const Linha &linha) {
         alinhar(linha.alinhamento);
         double cheia = 0; // lines of the paper
         bool alta = false;

@@ -35,6 +35,7 @@ struct Dialeto {
     // What the direct picture must be without, or have besides, to be like this printer's.
     bool italico = false;
     bool corta = true;
+    bool encurta = false; // condensed lines, for there is no smaller font
     int linhasAntesDoCorte = 0;
     std::string_view faltam = {};  // letters that its code page lacks
     std::string_view simples = {}; // and what is printed in their place
