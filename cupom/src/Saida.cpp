@@ -98,8 +98,9 @@ Envio escrever(int fd, std::string_view bytes, const Prazo &prazo, std::size_t &
             continue;
         }
         if (n < 0 && errno != EAGAIN) return Envio::kInterrompido;
+        // Where there is room, the next attempt tells what failed.
         const short eventos = esperar(fd, POLLOUT, prazo);
-        if (falhou(eventos)) return Envio::kInterrompido;
+        if (falhou(eventos) && (eventos & POLLOUT) == 0) return Envio::kInterrompido;
     }
     return Envio::kFeito;
 }
