@@ -47,8 +47,10 @@ install(FILES ${PROJECT_BINARY_DIR}/zel-felborframework.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT desenvolvimento)
 
 install(TARGETS zel RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ferramentas)
-install(FILES ${PROJECT_SOURCE_DIR}/apps/zel/zel.1
-    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ferramentas)
+if(NOT ZEL_DEBIAN) # which installs it compressed
+    install(FILES ${PROJECT_SOURCE_DIR}/apps/zel/zel.1
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ferramentas)
+endif()
 install(FILES ${PROJECT_SOURCE_DIR}/apps/zel/zel.bash
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME zel
     COMPONENT ferramentas)
