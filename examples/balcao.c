@@ -3,6 +3,7 @@
 
 #include "ZEL_FelborFramework.h"
 
+#include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -18,14 +19,22 @@ static void terminar(const char *motivo, const char *qual) {
     exit(EXIT_FAILURE);
 }
 
+void compor(char *destino, size_t tamanho, const char *formato, ...) {
+    va_list valores;
+    int bytes;
+    va_start(valores, formato);
+    bytes = vsnprintf(destino, tamanho, formato, valores);
+    va_end(valores);
+    if (bytes < 0 || (size_t)bytes >= tamanho) terminar("text too long", destino);
+}
+
 char *noDiretorio(char *caminho, const char *nome) {
     const char *diretorio = getenv("ZEL_DIRETORIO");
     if (diretorio == NULL) diretorio = ".";
-    if (strlen(diretorio) + strlen(nome) + 2 > TAMANHO_CAMINHO) terminar("path too long", nome);
     if (nome[0] == '/')
-        snprintf(caminho, TAMANHO_CAMINHO, "%s", nome);
+        compor(caminho, TAMANHO_CAMINHO, "%s", nome);
     else
-        snprintf(caminho, TAMANHO_CAMINHO, "%s/%s", diretorio, nome);
+        compor(caminho, TAMANHO_CAMINHO, "%s/%s", diretorio, nome);
     return caminho;
 }
 
@@ -72,7 +81,7 @@ static char *lerTudo(const char *nome, size_t *tamanho) {
 static void gravarTudo(const char *nome, const char *conteudo, size_t tamanho) {
     char caminho[TAMANHO_CAMINHO], novo[TAMANHO_CAMINHO + 5];
     FILE *arquivo;
-    snprintf(novo, sizeof novo, "%s.novo", noDiretorio(caminho, nome));
+    compor(novo, sizeof novo, "%s.novo", noDiretorio(caminho, nome));
     arquivo = fopen(novo, "wb");
     if (arquivo == NULL) terminar("cannot write", novo);
     if (fwrite(conteudo, 1, tamanho, arquivo) != tamanho || fflush(arquivo) != 0 ||
@@ -86,7 +95,7 @@ void guardar(const char *origem, const char *nome) {
     size_t tamanho = 0;
     char *conteudo = lerTudo(origem, &tamanho);
     if (conteudo == NULL) terminar("cannot read", origem);
-    snprintf(copia, sizeof copia, "envio/%s.xml", nome);
+    compor(copia, sizeof copia, "envio/%s.xml", nome);
     gravarTudo(copia, conteudo, tamanho);
     free(conteudo);
 }
@@ -97,7 +106,7 @@ static int valorDe(const char *texto, const char *elemento, char *valor, size_t 
     const char *inicio;
     size_t bytes;
     valor[0] = '\0';
-    snprintf(marca, sizeof marca, "<%s>", elemento);
+    compor(marca, sizeof marca, "<%s>", elemento);
     inicio = strstr(texto, marca);
     if (inicio == NULL) return 0;
     inicio += strlen(marca);
@@ -113,7 +122,7 @@ char *doRetorno(const char *nome, const char *componente, const char *autoridade
     char arquivo[TAMANHO_NOME + 16];
     size_t bytes = 0;
     char *conteudo;
-    snprintf(arquivo, sizeof arquivo, "retorno/%s.xml", nome);
+    compor(arquivo, sizeof arquivo, "retorno/%s.xml", nome);
     conteudo = lerTudo(arquivo, &bytes);
     valor[0] = '\0';
     if (conteudo != NULL && !valorDe(conteudo, componente, valor, tamanho))
@@ -128,8 +137,8 @@ int situacaoDe(const char *nome, int numero) {
     char *conteudo;
     const char *achado;
     int situacao;
-    snprintf(arquivo, sizeof arquivo, "retorno/%s.xml", nome);
-    snprintf(marca, sizeof marca, "<DocNumero>%d</DocNumero><SitCodigo>", numero);
+    compor(arquivo, sizeof arquivo, "retorno/%s.xml", nome);
+    compor(marca, sizeof marca, "<DocNumero>%d</DocNumero><SitCodigo>", numero);
     conteudo = lerTudo(arquivo, &bytes);
     achado = conteudo == NULL ? NULL : strstr(conteudo, marca);
     situacao = achado == NULL ? 0 : atoi(achado + strlen(marca));
@@ -148,14 +157,12 @@ int contem(const char *arquivo, const char *texto) {
 int transmitir(const char *documento, const char *nome) {
     char comando[TAMANHO_COMANDO], origem[TAMANHO_CAMINHO], retorno[TAMANHO_CAMINHO];
     char relativo[TAMANHO_NOME + 16], situacao[8];
-    snprintf(relativo, sizeof relativo, "retorno/%s.xml", nome);
+    compor(relativo, sizeof relativo, "retorno/%s.xml", nome);
     noDiretorio(origem, documento);
     noDiretorio(retorno, relativo);
     /* Yesterday's return must never count as today's. */
     remove(retorno);
-    if (strlen(comandoDoEnviador) + strlen(origem) + strlen(retorno) + 8 > sizeof comando)
-        terminar("command too long", comandoDoEnviador);
-    snprintf(comando, sizeof comando, "%s '%s' '%s'", comandoDoEnviador, origem, retorno);
+    compor(comando, sizeof comando, "%s '%s' '%s'", comandoDoEnviador, origem, retorno);
     printf("-- send %s\n", documento);
     fflush(stdout);
     if (system(comando) == -1) terminar("cannot run", comando);
@@ -190,7 +197,7 @@ void imprimir(const char *documento, const char *retorno, int tipo, const char *
     passo("lay the receipt out",
           GerarArquivoFormatadoNF_ZEL(origem, offline ? retorno : noDiretorio(volta, retorno), "",
                                       COLUNAS, tipo, "", cupom));
-    snprintf(arquivo, sizeof arquivo, "cupons/%s.txt", nome);
+    compor(arquivo, sizeof arquivo, "cupons/%s.txt", nome);
     gravarTudo(arquivo, cupom, strlen(cupom));
     printf("-- printed %s%s\n", arquivo, offline ? ", in contingency" : "");
     free(cupom);

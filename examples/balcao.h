@@ -28,6 +28,10 @@ enum { TAMANHO_CAMINHO = 400, TAMANHO_NOME = 64, TAMANHO_CHAVE = 45, TAMANHO_PRO
  * the directories envio/, retorno/, cupons/, contingencia/, copia/ and historico/. */
 void prepararBalcao(const char *enviador);
 
+/* Writes as snprintf does, but ends the program at a text that does not fit: half a path is another
+ * file. */
+void compor(char *destino, size_t tamanho, const char *formato, ...);
+
 /* The path of a file in the data directory; returns `caminho`, TAMANHO_CAMINHO bytes. */
 char *noDiretorio(char *caminho, const char *nome);
 

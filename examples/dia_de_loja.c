@@ -208,8 +208,8 @@ static void cancelarUltima(void) {
     guardar(ENVIO, nome);
     if (transmitir(ENVIO, nome) != EVENTO_REGISTRADO)
         return; /* nothing is cancelled before this answer */
-    snprintf(pedido, sizeof pedido, "envio/%s.xml", nome);
-    snprintf(retorno, sizeof retorno, "retorno/%s.xml", nome);
+    compor(pedido, sizeof pedido, "envio/%s.xml", nome);
+    compor(retorno, sizeof retorno, "retorno/%s.xml", nome);
     imprimir(pedido, retorno, 5, nome);
 }
 
@@ -231,9 +231,9 @@ static int conferirNumeros(int primeiro) {
     char inicial[16], final[16], serie[ZEL_TAMANHO_VALOR];
     const int ultimo = numeroAtual();
     int numero, faltam = 0;
-    snprintf(serie, sizeof serie, "%s", config("IDE\\Serie"));
-    snprintf(inicial, sizeof inicial, "%d", primeiro);
-    snprintf(final, sizeof final, "%d", ultimo);
+    compor(serie, sizeof serie, "%s", config("IDE\\Serie"));
+    compor(inicial, sizeof inicial, "%d", primeiro);
+    compor(final, sizeof final, "%d", ultimo);
     passo("ask for the numbers of the day",
           GeraXMLConsulta_ZEL("NUM", inicial, final, serie, NULL));
     guardar(ENVIO, "consulta-do-dia");

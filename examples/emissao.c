@@ -18,7 +18,7 @@ void configurar(const char *chave, const char *valor) {
 }
 
 void nomear(char *nome, const char *oQue, int numero) {
-    snprintf(nome, TAMANHO_NOME, "%s-%d", oQue, numero);
+    compor(nome, TAMANHO_NOME, "%s-%d", oQue, numero);
 }
 
 static int emContingencia(void) {
@@ -29,7 +29,7 @@ static int emContingencia(void) {
 
 void anotarPendente(const char *nome, const char *arquivo) {
     char linha[TAMANHO_NOME + TAMANHO_CAMINHO];
-    snprintf(linha, sizeof linha, "%s %s", nome, arquivo);
+    compor(linha, sizeof linha, "%s %s", nome, arquivo);
     anotar(PENDENTES, linha);
 }
 
@@ -41,8 +41,8 @@ static void entrarEmContingencia(void) {
 
 void diretoriosDeContingencia(char *texto) {
     char um[TAMANHO_CAMINHO], outro[TAMANHO_CAMINHO];
-    snprintf(texto, ZEL_TAMANHO_DIRETORIOS, "%s|%s", noDiretorio(um, "copia/"),
-             noDiretorio(outro, "contingencia/"));
+    compor(texto, ZEL_TAMANHO_DIRETORIOS, "%s|%s", noDiretorio(um, "copia/"),
+           noDiretorio(outro, "contingencia/"));
 }
 
 /* Prints at once, both copies, and waits for the connection. */
@@ -67,7 +67,7 @@ static void emitirComMesmoNumero(const char *nome) {
  * takes the next number, and what became of the first is asked for once there is a connection. */
 static void substituir(int numero) {
     char linha[TAMANHO_CHAVE + 16], nome[TAMANHO_NOME], arquivo[TAMANHO_ARQUIVO];
-    snprintf(linha, sizeof linha, "%d %.44s", numero, config("NFCE\\ChaveDeAcesso"));
+    compor(linha, sizeof linha, "%d %.44s", numero, config("NFCE\\ChaveDeAcesso"));
     anotar(SUBSTITUIDAS, linha);
     entrarEmContingencia();
     passo("issue it in contingency, next number", aCFContingenciaUltimaNota_ZEL(3, NULL));
@@ -75,7 +75,7 @@ static void substituir(int numero) {
     guardar(PARAMETROS, nome);
     nomear(nome, "nota", numeroAtual());
     guardar(ENVIO, nome);
-    snprintf(arquivo, sizeof arquivo, "envio/%s.xml", nome);
+    compor(arquivo, sizeof arquivo, "envio/%s.xml", nome);
     entregarEmContingencia(nome, arquivo);
 }
 
@@ -84,7 +84,7 @@ static void substituir(int numero) {
 /* What a till cannot settle by itself. */
 static void avisar(const char *nome, int situacao) {
     char aviso[TAMANHO_NOME + 40];
-    snprintf(aviso, sizeof aviso, "%s refused with %d", nome, situacao);
+    compor(aviso, sizeof aviso, "%s refused with %d", nome, situacao);
     printf("-- %s: somebody must see to it\n", aviso);
     anotar(ATENCAO, aviso);
 }
@@ -93,8 +93,8 @@ static void avisar(const char *nome, int situacao) {
  * the library reads, and would be laid out as well: the till looks at the situation first. */
 static void decidir(const char *nome, int numero, int situacao) {
     char arquivo[TAMANHO_ARQUIVO], retorno[TAMANHO_ARQUIVO], linha[16];
-    snprintf(arquivo, sizeof arquivo, "envio/%s.xml", nome);
-    snprintf(retorno, sizeof retorno, "retorno/%s.xml", nome);
+    compor(arquivo, sizeof arquivo, "envio/%s.xml", nome);
+    compor(retorno, sizeof retorno, "retorno/%s.xml", nome);
     if (autorizado(situacao)) {
         imprimir(arquivo, retorno, 1, nome);
     } else if (denegado(situacao)) {
@@ -105,7 +105,7 @@ static void decidir(const char *nome, int numero, int situacao) {
     } else {
         /* The number was not used: a corrected document may take it, or it is voided. */
         printf("-- refused with %d: to be corrected\n", situacao);
-        snprintf(linha, sizeof linha, "%d", numero);
+        compor(linha, sizeof linha, "%d", numero);
         anotar(INUTILIZAR, linha);
     }
 }
@@ -115,7 +115,7 @@ int concluir(const char *mensagem) {
     int situacao;
     passo("close", tCFEncerrar_ZEL(mensagem));
     nomear(nome, "nota", numeroAtual());
-    snprintf(arquivo, sizeof arquivo, "envio/%s.xml", nome);
+    compor(arquivo, sizeof arquivo, "envio/%s.xml", nome);
     guardar(ENVIO, nome);
     if (emContingencia()) {
         entregarEmContingencia(nome, arquivo);
@@ -138,12 +138,12 @@ int concluir(const char *mensagem) {
 void retomarUltima(void) {
     char nome[TAMANHO_NOME], arquivo[TAMANHO_ARQUIVO], id[TAMANHO_CHAVE + 8];
     int situacao;
-    snprintf(id, sizeof id, "\"NFe%.44s\"", config("NFCE\\ChaveDeAcesso"));
+    compor(id, sizeof id, "\"NFe%.44s\"", config("NFCE\\ChaveDeAcesso"));
     if (*config("NFCE\\ProtocoloAutorizacao") != '\0' || !contem(ENVIO, id)) return;
     nomear(nome, "nota", numeroAtual());
     guardar(ENVIO, nome);
     situacao = transmitir(ENVIO, nome);
-    snprintf(arquivo, sizeof arquivo, "envio/%s.xml", nome);
+    compor(arquivo, sizeof arquivo, "envio/%s.xml", nome);
     if (naoEnviado(situacao) || situacao == SEM_RESPOSTA)
         anotarPendente(nome, arquivo);
     else
@@ -158,7 +158,7 @@ static int enviarPendente(const char *linha) {
     const char *arquivo = strchr(linha, ' ');
     int situacao;
     if (arquivo == NULL) return 1;
-    snprintf(nome, sizeof nome, "%.*s", (int)(arquivo - linha), linha);
+    compor(nome, sizeof nome, "%.*s", (int)(arquivo - linha), linha);
     situacao = transmitir(arquivo + 1, nome);
     if (situacao == SEM_RESPOSTA || naoEnviado(situacao)) return 0;
     /* The customer has the receipt, so this cannot wait. */

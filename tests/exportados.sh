@@ -7,9 +7,12 @@ set -euo pipefail
 falhar() { echo "$1" >&2; exit 1; }
 
 declarados=$(grep -oE '^ZEL_API int [A-Za-z0-9_]+' "$2" | cut -d' ' -f3 | sort)
-exportados=$(nm -D --defined-only "$1" | awk '{print $3}' | sort)
 [[ $(wc -l <<< "$declarados") -eq 47 ]] || falhar "the header does not declare 47 functions"
+# Each with the version that a program asks for: name@@ZEL_1.0; and the name of the version itself.
+exportados=$(nm -D --defined-only "$1" | awk '$2 != "A" {print $3}' | sort)
+declarados=$(sed 's/$/@@ZEL_1.0/' <<< "$declarados" | sort)
 diff <(echo "$declarados") <(echo "$exportados") || falhar "exports differ from the header"
+readelf -d "$1" | grep -q 'SONAME.*\[libZEL_FelborFramework.so.1\]' || falhar "another soname"
 
 prometidas='^(libc|libm|libstdc\+\+|libgcc_s|ld-linux.*|libnettle|libhpdf.*|lib(a|ub)san)\.so'
 for precisa in $(readelf -d "$1" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'); do
@@ -19,4 +22,4 @@ passam='openat|creat|fopen|freopen|fdopen|fputs|fprintf|writev|pwritev|sendfile|
 passam+='|truncate|renameat|linkat|unlinkat|remove|symlink|mkdir|rmdir|mknod|chmod|chown|mmap|msync'
 escapam=$(nm -D --undefined-only "$1" | awk '{print $NF}' | grep -E "^($passam)(64)?(@|$)" || true)
 [[ -z $escapam ]] || falhar "file functions that no test can refuse: $escapam"
-echo "47 exports, no library beyond the promised ones"
+echo "47 exports of version ZEL_1.0, no library beyond the promised ones"

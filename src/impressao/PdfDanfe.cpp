@@ -112,7 +112,7 @@ void fnEscreverTextoDanfePDF(PdfPagina &pagina, std::string_view texto, int colu
     const Geometria &geometria = geometriaDe(colunas);
     std::string linhas(texto);
     // Carriage returns must not count in the width of a line; the rest is never drawn.
-    std::erase_if(linhas, [](char c) { return c >= '\0' && c < ' ' && c != '\n'; });
+    std::erase_if(linhas, [](unsigned char c) { return c < ' ' && c != '\n'; });
     linhas = fnCentralizarBuffer(fnRetornarFormatado2Representantes(linhas), geometria);
 
     for (std::string_view resto = linhas; !resto.empty();) {

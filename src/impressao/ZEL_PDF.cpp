@@ -75,7 +75,7 @@ int gerarListagem(std::string_view base64) {
     if (!documento) return ZEL_RECUSADO;
     PdfPagina pagina(kMargensListagem);
     fnEscreverTextoPDF(pagina, kDeclaracao);
-    fnEscreverTextoPDF(pagina, "\n" + documento->raiz.toPDF());
+    fnEscreverTextoPDF(pagina, std::string("\n").append(documento->raiz.toPDF()));
     return pagina.salvar(fnConfigurarPath(documento->id + "_XML.pdf"));
 }
 

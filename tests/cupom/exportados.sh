@@ -7,9 +7,9 @@ falhar() { echo "$1" >&2; exit 1; }
 
 declarados=$(grep -oE '^ZEL_CUPOM_API .*\b(zel_cupom_[a-z_]+)\(' "$2/include/zel_cupom.h" |
     grep -oE 'zel_cupom_[a-z_]+\(' | tr -d '(' | sort)
-exportados=$(nm -D --defined-only "$1" | awk '{print $3}' | sort)
+exportados=$(nm -D --defined-only "$1" | awk '$2 != "A" {print $3}' | sort)
 [[ -n $declarados ]] || falhar "the header declares no function"
-diff <(echo "$declarados") <(echo "$exportados") || falhar "exports differ from the header"
+diff <(sed 's/$/@@ZEL_CUPOM_1.0/' <<< "$declarados" | sort) <(echo "$exportados") || falhar "exports differ from the header"
 if readelf -d "$1" | grep 'NEEDED.*ZEL_Felbor'; then falhar "needs the fiscal library"; fi
 if grep -rn 'ZEL_FelborFramework' "$2"; then falhar "knows the fiscal library"; fi
 readelf -d "$1" | grep -q 'SONAME.*\[libzel-cupom.so.1\]' || falhar "another soname"

@@ -1,0 +1,41 @@
+# Completion of the command zel for bash. SPDX-License-Identifier: MIT
+# Commands and options are those that its own help names.
+_zel() {
+    local atual=${COMP_WORDS[COMP_CWORD]} anterior=${COMP_WORDS[COMP_CWORD - 1]}
+    local zel=${COMP_WORDS[0]} comando=${COMP_WORDS[1]} palavras
+    COMPREPLY=()
+    if ((COMP_CWORD == 1)); then
+        palavras=$("$zel" --help 2> /dev/null | sed -n 's/^  \([a-z][a-z]*\)  .*/\1/p')
+        mapfile -t COMPREPLY < <(compgen -W "$palavras --help" -- "$atual")
+        return
+    fi
+    case $anterior in
+        --diretorio | --esquema)
+            compopt -o filenames
+            mapfile -t COMPREPLY < <(compgen -d -- "$atual")
+            return
+            ;;
+    esac
+    if [[ $atual == --* ]]; then
+        palavras=$("$zel" "$comando" --help 2> /dev/null | grep -oE -- '--[a-z]+(-[a-z]+)*' | sort -u)
+        mapfile -t COMPREPLY < <(compgen -W "$palavras --help" -- "$atual")
+        return
+    fi
+    case $comando in
+        conferir)
+            compopt -o filenames
+            mapfile -t COMPREPLY < <(compgen -d -- "$atual"; compgen -f -X '!*.xml' -- "$atual")
+            ;;
+        codigo)
+            palavras=$("$zel" codigo 2> /dev/null | sed -n 's/^-\{0,1\}[0-9]* \(ZEL_[A-Z_]*\)$/\1/p')
+            mapfile -t COMPREPLY < <(compgen -W "$palavras" -- "$atual")
+            ;;
+        config)
+            # The second word of a form's line in the help.
+            ((COMP_CWORD == 2)) || return
+            palavras=$("$zel" config --help 2> /dev/null | sed -n 's/^  zel config \([a-z]*\).*/\1/p')
+            mapfile -t COMPREPLY < <(compgen -W "$palavras" -- "$atual")
+            ;;
+    esac
+}
+complete -F _zel zel
