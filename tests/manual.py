@@ -4,7 +4,8 @@ them is run in reading order, as a user would who starts at the first line, and 
 exists.
 
     manual.py BUILD [-fsanitize=...]          what BUILD holds, installed into a home of its own
-    manual.py BUILD --regenerar               writes the outputs that the pages show anew
+    manual.py BUILD --regenerar               writes the outputs that the pages show anew, and the
+                                              meaning and remedy of the codes
     manual.py --inteiro                       from a fresh clone, built as the first page says
 
 A block "sh" is run in the shell of the blocks before it; a block "text" straight after it is what
@@ -24,6 +25,7 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import textwrap
 import unittest
 from dataclasses import dataclass
 
@@ -240,6 +242,8 @@ class Manual(unittest.TestCase):
     # ---- codes ---------------------------------------------------------------------------------
 
     def test_5_codes_are_those_of_the_table(self):
+        if REGENERAR:
+            regenerar_codigos(self.codigos)
         secoes = secoes_de_codigos()
         self.assertEqual(set(secoes), set(self.codigos))
         for codigo, secao in secoes.items():
@@ -286,6 +290,19 @@ def secoes_de_codigos():
     partes = re.split(r"^### `(-?[0-9]+)` .*?(?=ZEL_)", next(
         p for p in PAGINAS if p.name == "codigos.md").read_text("utf-8"), flags=re.M)
     return {int(codigo): texto for codigo, texto in zip(partes[1::2], partes[2::2])}
+
+
+def regenerar_codigos(codigos):
+    """The first two paragraphs of each code."""
+    pagina = next(p for p in PAGINAS if p.name == "codigos.md")
+    texto = pagina.read_text("utf-8")
+    for codigo, linha in codigos.items():
+        ditos = "\n\n".join(textwrap.fill(dito, 115, break_on_hyphens=False) for dito in (
+            linha["significado"], f"Remédio: {linha['remedio']}"))
+        texto = re.sub(rf"^### `{codigo}` .*?^Remédio: .*?\n\n",
+                       lambda _: f"### `{codigo}` {linha['nome']}\n\n{ditos}\n\n",
+                       texto, flags=re.M | re.S)
+    pagina.write_text(texto, "utf-8")
 
 
 def documentacao(cabecalho):
