@@ -50,8 +50,6 @@ MASCARAS = ((r"[0-9]{44}", "CHAVE"), (r"\b1[0-9]{14}\b", "PROTOCOLO"), (r"\b[0-9
             (r"[0-9]{2}/[0-9]{2}/[0-9]{4} [0-9:]{8}", "DATA"),
             (r"([0-9]{4} ){10}[0-9]{4}", "CHAVE"), (r"(<cDV>|<cNF>)[0-9]+", r"\1"))
 CASA = "/home/ana"
-# Described already, and made beside the manual: take them out when they are there.
-A_CAMINHO = {"ZEL_LOG_NIVEL", "scripts/package"}
 
 
 @dataclass
@@ -207,7 +205,7 @@ class Manual(unittest.TestCase):
             ditas.add(nome)
         self.assertEqual(self.funcoes - ditas, set(), "functions that the manual never names")
         fontes = "".join(p.read_text("utf-8") for p in (raiz / "src").rglob("*.cpp"))
-        variaveis = set(re.findall(r'getenv\("(ZEL_\w+)"\)', fontes)) | A_CAMINHO
+        variaveis = set(re.findall(r'getenv\("(ZEL_\w+)"\)', fontes))
         arquivos = {"ZEL_Framework", "ZEL_FelborFramework", "ZEL_Felbor", "ZEL_FONTE"}
         for pagina, nome in self.citados(r"\b(?<!lib)(ZEL_\w+)\b"):
             self.assertIn(nome, self.constantes | variaveis | arquivos, pagina)
@@ -230,7 +228,7 @@ class Manual(unittest.TestCase):
             self.assertTrue((raiz / nome).exists() or curto in feitos or f'"{curto}"' in fontes
                             or any(raiz.glob(f"*/{curto}")), f"{pagina}: {nome}")
         for pagina, nome in self.citados(r"`((?:scripts|examples|docs|wrappers)/[\w./-]+)`"):
-            self.assertTrue((raiz / nome).exists() or nome in A_CAMINHO, f"{pagina}: {nome}")
+            self.assertTrue((raiz / nome).exists(), f"{pagina}: {nome}")
         for pagina in PAGINAS:
             for destino in re.findall(r"\]\(([^)]+)\)", prosa(pagina)):
                 nome, _, ancora = destino.partition("#")
