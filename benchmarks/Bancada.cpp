@@ -26,18 +26,21 @@ void Colheita::juntar(const Medida &medida, int lote) {
     parede_.push_back(medida.parede / lote);
     processador_.push_back(medida.processador / lote);
     escrito_.push_back(static_cast<double>(medida.escrito) / lote);
+    descargas_.push_back(static_cast<double>(medida.descargas) / lote);
 }
 
 void Colheita::publicar(benchmark::State &estado) const {
     estado.counters["mediana"] = mediana(parede_);
     estado.counters["processador"] = mediana(processador_);
     estado.counters["escrito"] = mediana(escrito_);
+    estado.counters["descargas"] = mediana(descargas_);
 }
 
 void Colheita::publicarPar(benchmark::State &estado, const Colheita &outra) const {
     estado.counters["par_mediana"] = mediana(outra.parede_);
     estado.counters["par_processador"] = mediana(outra.processador_);
     estado.counters["par_escrito"] = mediana(outra.escrito_);
+    estado.counters["par_descargas"] = mediana(outra.descargas_);
     estado.counters["razao"] = medianaDe(parede_, outra.parede_, std::divides<>());
     estado.counters["excesso"] = medianaDe(processador_, outra.processador_, std::minus<>());
 }

@@ -3,10 +3,12 @@
 // of its iterations, their processor time and the bytes that they wrote.
 #pragma once
 
+#include "Descarga.h"
 #include "Medida.h"
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <exception>
 #include <filesystem>
 #include <string>
@@ -17,10 +19,13 @@ struct Base {
     std::string nome; // first part of the names of its benchmarks
     std::filesystem::path diretorio;
     bool emMemoria;
+    std::chrono::microseconds atraso{0}; // of each flush, on top of what the file system takes
 
     // How often a benchmark is repeated. A disk waits, most of all where each repetition has to
     // sell many items first.
-    int repeticoes(int itens) const { return emMemoria ? 9 : itens >= 999 ? 3 : 5; }
+    int repeticoes(int itens) const {
+        return emMemoria && atraso.count() == 0 ? 9 : itens >= 999 ? 3 : 5;
+    }
 };
 
 // The measurements of one repetition, each of one call.
@@ -29,18 +34,19 @@ public:
     // `lote` calls were measured together.
     void juntar(const Medida &medida, int lote);
 
-    // Counters "mediana" and "processador" (seconds) and "escrito" (bytes).
+    // Counters "mediana" and "processador" (seconds), "escrito" (bytes) and "descargas".
     void publicar(benchmark::State &estado) const;
 
     // The same of something else that was measured in turns with this one ("par_mediana",
-    // "par_processador", "par_escrito"), and the medians of how many times longer this one took
-    // each time ("razao") and of how much more processor time ("excesso", seconds).
+    // "par_processador", "par_escrito", "par_descargas"), and the medians of how many times longer
+    // this one took each time ("razao") and of how much more processor time ("excesso", seconds).
     void publicarPar(benchmark::State &estado, const Colheita &outra) const;
 
 private:
     std::vector<double> parede_;
     std::vector<double> processador_;
     std::vector<double> escrito_;
+    std::vector<double> descargas_;
 };
 
 // Registers a benchmark "base/nome" over receipts of so many items. What `corpo(estado)` throws
@@ -50,6 +56,7 @@ void registrarCorpo(const Base &base, const std::string &nome, int itens, int vo
     benchmark::RegisterBenchmark((base.nome + "/" + nome).c_str(),
                                  [=](benchmark::State &estado) {
                                      try {
+                                         const DiscoLento disco(base.atraso);
                                          corpo(estado);
                                      } catch (const std::exception &falha) {
                                          estado.SkipWithError(falha.what());
@@ -110,3 +117,5 @@ void registrarPar(const Base &base, const std::string &nome, int itens, int volt
 
 void registrarOperacoes(const Base &base);
 void registrarCupons(const Base &base);
+// Those of a shop alone, beside their floor: what waits for each flush takes long.
+void registrarCuponsDeLoja(const Base &base);

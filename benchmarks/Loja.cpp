@@ -39,6 +39,7 @@ constexpr std::array<std::array<const char *, 2>, 11> kEmitente{{
 }};
 
 constexpr std::string_view kCopia = "libloja";
+constexpr std::string_view kDiario = "ZEL_Framework.diario";
 constexpr const char *kProtocolo = "135260000000001";
 constexpr const char *kAutorizadoEm = "2026-11-24T10:20:30-03:00";
 
@@ -104,7 +105,8 @@ std::map<std::string, std::string> Loja::arquivos() const {
     std::map<std::string, std::string> todos;
     for (const fs::directory_entry &entrada : fs::recursive_directory_iterator(diretorio_)) {
         const std::string nome = fs::relative(entrada.path(), diretorio_).string();
-        if (entrada.is_regular_file() && !nome.starts_with(kCopia)) todos[nome] = ler(nome);
+        if (entrada.is_regular_file() && !nome.starts_with(kCopia) && nome != kDiario)
+            todos[nome] = ler(nome);
     }
     return todos;
 }

@@ -34,7 +34,8 @@ public:
     void copiar();
     void carregar();
 
-    // Every file of the till by name, its copies of the library apart.
+    // Every file of the till by name, its copies of the library and its journal apart: what the
+    // journal holds stands in the others too.
     std::map<std::string, std::string> arquivos() const;
     std::string ler(std::string_view nome) const;
     void escrever(std::string_view nome, std::string_view conteudo) const;

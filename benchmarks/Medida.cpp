@@ -1,5 +1,7 @@
 #include "Medida.h"
 
+#include "Descarga.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -33,7 +35,7 @@ std::int64_t bytesEscritos() {
 
 // The smallest of many empty measurements.
 Medida custoDeMedir() {
-    Medida custo{1, 1, 0};
+    Medida custo{1, 1, 0, 0};
     for (int i = 0; i < 1000; ++i) {
         const std::int64_t processador = relogio(CLOCK_THREAD_CPUTIME_ID);
         const std::int64_t parede = relogio(CLOCK_MONOTONIC);
@@ -49,8 +51,8 @@ Medida custoDeMedir() {
 } // namespace
 
 Cronometro::Cronometro()
-    : escrito_(bytesEscritos()), processador_(relogio(CLOCK_THREAD_CPUTIME_ID)),
-      parede_(relogio(CLOCK_MONOTONIC)) {}
+    : escrito_(bytesEscritos()), descargas_(descargas()),
+      processador_(relogio(CLOCK_THREAD_CPUTIME_ID)), parede_(relogio(CLOCK_MONOTONIC)) {}
 
 Medida Cronometro::ler() const {
     const std::int64_t parede = relogio(CLOCK_MONOTONIC);
@@ -60,5 +62,5 @@ Medida Cronometro::ler() const {
     return {
         std::max(0.0, static_cast<double>(parede - parede_) * 1e-9 - custo.parede),
         std::max(0.0, static_cast<double>(processador - processador_) * 1e-9 - custo.processador),
-        escrito - escrito_};
+        escrito - escrito_, descargas() - descargas_};
 }

@@ -1,6 +1,6 @@
 // What one call costs: time that passes, processor time of the thread, bytes that it asks the
-// system to write. Taken around the call alone, so that whatever puts the till's state back stays
-// outside.
+// system to write, flushes. Taken around the call alone, so that whatever puts the till's state
+// back stays outside.
 #pragma once
 
 #include <cstdint>
@@ -9,6 +9,7 @@ struct Medida {
     double parede = 0;        // seconds
     double processador = 0;   // seconds, in the program and in the system
     std::int64_t escrito = 0; // bytes handed to write calls; 0 where the system does not count them
+    std::int64_t descargas = 0;
 };
 
 // What the clocks and counters say now.
@@ -21,6 +22,7 @@ public:
 
 private:
     std::int64_t escrito_;
+    std::int64_t descargas_;
     std::int64_t processador_;
     std::int64_t parede_;
 };

@@ -34,7 +34,8 @@ void registrarCupom(const Base &base, int itens) {
     // Recorded when it is first needed, for all repetitions.
     const auto gravacoes = std::make_shared<std::vector<std::string>>();
     registrarPar(
-        base, "cupom/" + std::to_string(itens), itens, voltas(itens), 1,
+        base, "cupom/" + std::to_string(itens), itens, base.atraso.count() > 0 ? 3 : voltas(itens),
+        1,
         [=] {
             if (gravacoes->empty()) *gravacoes = gravacoesDoCupom(base.diretorio, itens);
             return std::make_unique<CupomEPiso>(base);
@@ -134,6 +135,11 @@ void registrarVendas(const Base &base) {
 }
 
 } // namespace
+
+void registrarCuponsDeLoja(const Base &base) {
+    for (const int itens : {1, 10})
+        registrarCupom(base, itens);
+}
 
 void registrarCupons(const Base &base) {
     for (const int itens : {1, 10, 100, kMuitos}) {

@@ -53,6 +53,20 @@ void venderTudo(Mesa &m) {
     m.loja.vender(1, itens);
 }
 
+void abrirComTransportadora(Mesa &m) {
+    exigir(m.loja->regAlterarValor_ZEL("IDE\\indPres", "4"), "IDE\\indPres");
+    abrirLimpo(m);
+    exigir(m.loja->aCFIdentificarTransportadora_ZEL("11222333000181", "Transportes", "12", "Rua A",
+                                                    "Curitiba", "PR"),
+           "carrier");
+}
+
+template <int itens>
+void venderTransportados(Mesa &m) {
+    abrirComTransportadora(m);
+    m.loja.vender(1, itens);
+}
+
 void totalizado(Mesa &m) {
     venderTudo<kItens>(m);
     m.loja.totalizar();
@@ -121,6 +135,10 @@ constexpr auto kVendas = std::to_array<Operacao>({
     // Sold anew up to there each time: taking item 999 off again would rewrite the whole file, and
     // the sale behind that finds its memory cold.
     {"venda_999", 3, 1, nada, venderTudo<kMuitos - 1>, vender<kMuitos>},
+    // The same with a carrier, whose record follows those of the items.
+    {"venda_1_transportadora", 20, 1, nada, abrirComTransportadora, vender<1>},
+    {"venda_2_transportadora", 20, 1, nada, venderTransportados<1>, vender<2>},
+    {"venda_999_transportadora", 3, 1, nada, venderTransportados<kMuitos - 1>, vender<kMuitos>},
     {"desconto_item", 20, 1, venderTudo<kItens>, tirarDesconto<5>, descontar<5>},
     {"desconto_item_de_999", 10, 1, venderTudo<kMuitos>, tirarDesconto<500>, descontar<500>},
     {"cancelamento_parcial", 20, 1, venderMuitoDeUm<kItens>, nada, cancelarParte<kItens>},

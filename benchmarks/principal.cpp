@@ -26,10 +26,13 @@ int main(int argc, char **argv) {
         std::cerr << argv[1] << " must be on a disk and " << argv[2] << " on tmpfs\n";
         return 2;
     }
-    for (const Base &base : {Base{"disco", argv[1], false}, Base{"memoria", argv[2], true}}) {
+    for (const Base &base :
+         {Base{"disco", argv[1], false, {}}, Base{"memoria", argv[2], true, {}}}) {
         registrarOperacoes(base);
         registrarCupons(base);
     }
+    // An SD card or an old hard disk: 10 ms a flush.
+    registrarCuponsDeLoja({"lento", argv[2], true, std::chrono::milliseconds(10)});
     argc -= 2;
     argv[2] = argv[0];
     argv += 2;

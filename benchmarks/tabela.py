@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Turns the results of one run into a Markdown table, with the goals beside the figures:
 
-    tabela.py BENCH.json VENDA.json PICO.json [FIGURAS.json] > bench.md
+    tabela.py BENCH.json VENDA.json PICO.json PAR.json [FIGURAS.json] > bench.md
 
 Ends with 1 when a benchmark failed; a goal that is not reached is a result, not a failure.
 """
@@ -14,6 +14,9 @@ OPERACOES = {
     "venda_2": "Venda 2",
     "venda_10": "Venda 10",
     "venda_999": "Venda 999",
+    "venda_1_transportadora": "Venda 1, com transportadora",
+    "venda_2_transportadora": "Venda 2, com transportadora",
+    "venda_999_transportadora": "Venda 999, com transportadora",
     "desconto_item": "Desconto em item, de 10",
     "desconto_item_de_999": "Desconto em item, de 999",
     "cancelamento_parcial": "Cancelamento parcial de item, de 10",
@@ -104,11 +107,11 @@ def cabecalho(*titulos):
 
 def operacoes(valores):
     print("\n## Cada operação\n")
-    cabecalho("Operação", "disco µs", "tmpfs µs", "processador µs", "bytes escritos")
+    cabecalho("Operação", "disco µs", "tmpfs µs", "processador µs", "bytes escritos", "descargas")
     for nome, titulo in OPERACOES.items():
         disco, memoria = (valores[f"{base}/{nome}"] for base in BASES)
         linha(titulo, us(disco["mediana"]), us(memoria["mediana"]), us(memoria["processador"]),
-              numero(memoria["escrito"], 0))
+              numero(memoria["escrito"], 0), numero(memoria["descargas"], 0))
     print("\nTempo por chamada (mediana); o processador, com as chamadas de sistema, em tmpfs.")
 
 
@@ -120,7 +123,7 @@ def cupons(valores):
           "um `fdatasync` por operação, e mais nada. Biblioteca e piso são medidos\n"
           "alternadamente; a razão é a mediana dos pares.\n")
     cabecalho("Cupom", "disco µs", "piso µs", "razão", "tmpfs µs", "piso µs", "razão",
-              "bytes escritos", "no piso")
+              "bytes escritos", "no piso", "descargas", "no piso")
     for itens in (1, 10, 100, 999):
         disco, memoria = (valores[f"{base}/cupom/{itens}"] for base in BASES)
         celulas = []
@@ -128,48 +131,74 @@ def cupons(valores):
             celulas += [us(medida["mediana"]), us(medida["par_mediana"]),
                         numero(medida["razao"], 2)]
         linha(f"{itens} itens" if itens > 1 else "1 item", *celulas,
-              numero(memoria["escrito"], 0), numero(memoria["par_escrito"], 0))
+              numero(memoria["escrito"], 0), numero(memoria["par_escrito"], 0),
+              numero(memoria["descargas"], 0), numero(memoria["par_descargas"], 0))
+    print("\nNum disco em que cada descarga leva 10 ms a mais (um cartão SD, um disco antigo; a espera é\n"
+          "posta entre a biblioteca e o sistema):\n")
+    cabecalho("Cupom", "ms", "piso ms", "razão")
+    for itens in (1, 10):
+        lento = valores[f"lento/cupom/{itens}"]
+        linha(f"{itens} itens" if itens > 1 else "1 item", numero(lento["mediana"] * 1e3),
+              numero(lento["par_mediana"] * 1e3), numero(lento["razao"], 2))
+
 
 
 def listar_metas(valores, venda):
-    """What is asked, the figure, its bound, and the unit."""
-    mem = lambda nome, campo="mediana": valores[f"memoria/{nome}"][campo]
+    """What is asked, what it was before the journal, the figure, its bound, and the unit."""
+    mem = lambda nome, campo="processador": valores[f"memoria/{nome}"][campo]
     linear = 999 / 100
-    carga = max(valores[f"{base}/carga/999"]["mediana"] for base in BASES)
+    mudam = ("abertura", "venda_1", "totalizacao", "pagamento")
+    com = "_transportadora"
     return [
-        ("Cupom de 10 itens sobre o piso, em disco", valores["disco/cupom/10"]["razao"], 1.3, "×"),
-        ("Cupom de 10 itens sobre o piso, em tmpfs", mem("cupom/10", "razao"), 3, "×"),
-        ("Venda 999 sobre a venda 1, processador",
-         mem("venda_999", "processador") / mem("venda_1", "processador"), 1.5, "×"),
-        ("Venda 999 sobre a venda 1, bytes escritos",
-         mem("venda_999", "escrito") / mem("venda_1", "escrito"), 1.5, "×"),
-        ("Venda 999 sobre a venda 2 (nenhuma muda o estado), processador",
-         mem("venda_999", "processador") / mem("venda_2", "processador"), 1.5, "×"),
-        ("Venda 999 sobre a venda 2, bytes escritos",
+        ("Descargas de um cupom de 10 itens", 31, mem("cupom/10", "descargas"), 15, ""),
+        ("Descargas do encerramento", 6, mem("encerramento", "descargas"), 1, ""),
+        ("Cupom de 10 itens sobre o piso, em disco", 3.0, valores["disco/cupom/10"]["razao"], 1.3,
+         "×"),
+        ("Cupom de 10 itens sobre o piso, em tmpfs", 21.9, mem("cupom/10", "razao"), 5, "×"),
+        ("Venda 10, processador", 24, mem("venda_10") * 1e6, 12, "µs"),
+        ("A mais lenta de abertura, venda 1, totalização e pagamento que completa, processador",
+         156, max(map(mem, mudam)) * 1e6, 40, "µs"),
+        ("Totalização com rateio, 999 itens, processador", 17,
+         mem("totalizacao_rateio_999") * 1e3, 4, "ms"),
+        ("Venda 999 sobre a venda 1, processador", None, mem("venda_999") / mem("venda_1"), 1.1,
+         "×"),
+        ("Venda 999 sobre a venda 2, processador", 1.04, mem("venda_999") / mem("venda_2"), 1.1,
+         "×"),
+        ("Venda 999 sobre a venda 2, com transportadora, processador", 1.04,
+         mem("venda_999" + com) / mem("venda_2" + com), 1.1, "×"),
+        ("Venda 999 sobre a venda 2, bytes escritos", None,
          mem("venda_999", "escrito") / mem("venda_2", "escrito"), 1.5, "×"),
-        ("Processador de uma venda além das suas chamadas de sistema",
+        ("Carga de um processo com cupom de 1 item, em tmpfs", 4,
+         mem("carga/1", "mediana") * 1e3, 1, "ms"),
+        ("Carga de um processo com cupom de 999 itens, a mais lenta", None,
+         max(valores[f"{base}/carga/999"]["mediana"] for base in BASES) * 1e3, 10, "ms"),
+        ("Processador de uma venda além das suas chamadas de sistema", None,
          mem("venda_seguida", "excesso") * 1e6, 25, "µs"),
-        ("Impressão de 999 itens sobre 9,99 vezes a de 100, processador",
-         mem("impressao/999", "processador") / (mem("impressao/100", "processador") * linear),
-         1.2, "×"),
-        ("Carga de um processo com cupom de 999 itens, a mais lenta", carga * 1e3, 10, "ms"),
-        ("Bytes alocados por venda, média das vendas 904 a 999 menos a das vendas 104 a 199",
+        ("Impressão de 999 itens sobre 9,99 vezes a de 100, processador", None,
+         mem("impressao/999") / (mem("impressao/100") * linear), 1.2, "×"),
+        ("Bytes alocados por venda, média das vendas 904 a 999 menos a das vendas 104 a 199", None,
          venda["media_904_a_999"] - venda["media_104_a_199"], 1, "bytes"),
         (f"Bytes alocados na venda que mais aloca (a {venda['maior_em']}) sobre os da venda 2",
-         venda["maior"] / venda["venda_2"], 1.5, "×"),
+         None, venda["maior"] / venda["venda_2"], 1.5, "×"),
     ]
 
 
-def metas(valores, venda):
+def metas(valores, venda, par):
     print("\n## Metas\n")
-    linha("Meta", "medido", "no máximo", "")
-    linha("---", "---:", "---:", "---")
-    for titulo, medido, maximo, unidade in listar_metas(valores, venda):
-        casas = 0 if unidade == "bytes" else 2
-        linha(titulo, f"{numero(medido, casas)} {unidade}", f"{numero(maximo, casas)} {unidade}",
+    cabecalho("Meta", "antes do diário", "medido", "no máximo", "")
+    for titulo, antes, medido, maximo, unidade in listar_metas(valores, venda):
+        inteiro = unidade in ("bytes", "")
+        com_unidade = lambda valor: (
+            "" if valor is None else f"{numero(valor, 0 if inteiro else 2)} {unidade}".strip())
+        linha(titulo, com_unidade(antes), com_unidade(medido), com_unidade(maximo),
               "atingida" if medido <= maximo else "**não atingida**")
-    print("\nA meta de 25 µs vale numa máquina em que montar um item do documento com a biblioteca\n"
-          "JavaScript que se usaria em lugar desta leva 33 µs; essa não é medida aqui.")
+    if par:
+        print(f"\nUm item montado em memória pelo pacote node-sped-nfe {par['versao']} "
+              f"(Node {par['node']}), sem gravar\nnada, na mesma execução: "
+              f"{numero(par['item_us'])} µs; a venda 10 desta biblioteca, gravada em tmpfs: "
+              f"{us(valores['memoria/venda_10']['processador'])} µs.")
+    else:
+        print("\nO pacote node-sped-nfe não foi medido: faltam Node ou o pacote nesta máquina.")
 
 
 def figuras(valores):
@@ -202,20 +231,20 @@ def memoria(venda, pico):
 
 
 def main():
-    if len(sys.argv) not in (4, 5):
+    if len(sys.argv) not in (5, 6):
         sys.exit(__doc__)
-    resultado, venda, pico = map(ler, sys.argv[1:4])
+    resultado, venda, pico, par = map(ler, sys.argv[1:5])
     valores = medianas(resultado)
     contexto = resultado["context"]
     print("# Medidas de uma execução\n")
     print(f"{contexto['date'][:10]}, {contexto['num_cpus']} processadores de "
           f"{contexto['mhz_per_cpu']} MHz. Tempos absolutos são desta máquina; valem as razões.")
-    metas(valores, venda)
+    metas(valores, venda, par)
     cupons(valores)
     operacoes(valores)
     memoria(venda, pico)
-    if len(sys.argv) == 5:
-        figuras(medianas(ler(sys.argv[4])))
+    if len(sys.argv) == 6:
+        figuras(medianas(ler(sys.argv[5])))
 
 
 if __name__ == "__main__":

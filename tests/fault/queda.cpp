@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <iostream>
+#include <random>
 #include <set>
 
 namespace {
@@ -53,6 +54,63 @@ TEST_P(Queda, nada_que_foi_respondido_se_perde) {
         discos += conferirPasso(ensaio, passo);
     }
     std::cout << "[ falhas ] discos depois de uma queda " << discos << '\n';
+}
+
+// One process that does it all: but for the journal hardly anything is flushed on the way, so that
+// with each step more is at stake.
+class UmProcesso {
+public:
+    explicit UmProcesso(const Ensaio &ensaio) : ensaio_(ensaio), imagens_(trabalhar()) {}
+
+    // Every power cut at a flush, before and after it, and after the answer of each step.
+    int cortar() {
+        for (std::size_t i = 0; i < eventos_.size(); ++i) {
+            const bool descarga = eventos_[i].chamada == disco::Chamada::kDescarregar;
+            if (descarga) religar(false);
+            imagens_.aplicar(eventos_[i]);
+            if (descarga) religar(false);
+            for (; passo_ < fins_.size() && fins_[passo_] == i + 1; ++passo_)
+                religar(true);
+        }
+        EXPECT_EQ(passo_, ensaio_.passos());
+        return discos_;
+    }
+
+private:
+    disco::Imagens trabalhar() {
+        ensaio_.preparar(0);
+        const Processo processo(ensaio_.diretorio());
+        const disco::Vigia vigia;
+        for (std::size_t passo = 0; passo < ensaio_.passos(); ++passo) {
+            EXPECT_GT(ensaio_.fazer(passo, processo.funcoes()), 0);
+            fins_.push_back(vigia.eventos().size());
+        }
+        eventos_ = vigia.eventos();
+        return {ensaio_.diretorio(), ensaio_.foto(0)};
+    }
+
+    void religar(bool feito) {
+        SCOPED_TRACE(ensaio_.nome(passo_));
+        for (const disco::Fotografia &imagem : imagens_.sorteadas(tudo() ? 12 : 3, sorte_)) {
+            ++discos_;
+            disco::revelar(ensaio_.diretorio(), imagem);
+            ensaio_.conferirSucessor(passo_, feito);
+        }
+    }
+
+    const Ensaio &ensaio_;
+    std::vector<disco::Evento> eventos_;
+    std::vector<std::size_t> fins_; // how many of them each step had behind it
+    disco::Imagens imagens_;
+    std::mt19937 sorte_{1};
+    std::size_t passo_ = 0;
+    int discos_ = 0;
+};
+
+TEST_P(Queda, de_um_processo_que_fez_tudo) {
+    const Ensaio ensaio(GetParam());
+    std::cout << "[ falhas ] discos depois de uma queda, um processo "
+              << UmProcesso(ensaio).cortar() << '\n';
 }
 
 INSTANTIATE_TEST_SUITE_P(Roteiros, Queda, testing::ValuesIn(roteiros()),

@@ -64,6 +64,18 @@ std::string Imagens::Arquivo::rasgado() const {
     return durante.substr(0, meio) + (gravado.size() > meio ? gravado.substr(meio) : "");
 }
 
+// Each sector got to the disk or did not, and so did the length; what never did reads as zeros.
+std::string Imagens::Arquivo::sorteado(std::mt19937 &sorte) const {
+    const auto cara = [&] { return (sorte() & 1U) != 0; };
+    std::string bytes = gravado;
+    bytes.resize(cara() ? durante.size() : gravado.size(), '\0');
+    for (std::size_t lugar = 0; lugar < std::min(bytes.size(), durante.size()); lugar += kSetor)
+        if (cara())
+            bytes.replace(lugar, std::min(kSetor, bytes.size() - lugar),
+                          durante.substr(lugar, bytes.size() - lugar), 0, kSetor);
+    return bytes;
+}
+
 void Imagens::aplicar(const Evento &evento) {
     const auto aberto = abertos_.find(evento.fd);
     No no = aberto != abertos_.end() ? aberto->second : nullptr;
@@ -110,6 +122,14 @@ void Imagens::aplicar(const Evento &evento) {
     }
 }
 
+template <class Conteudo>
+Fotografia Imagens::revelada(const Nomes &nomes, Conteudo conteudo) {
+    Fotografia imagem;
+    for (const auto &[nome, no] : nomes)
+        imagem[nome] = conteudo(*no);
+    return imagem;
+}
+
 std::set<Fotografia> Imagens::possiveis() const {
     constexpr std::size_t kMaximo = 10; // unflushed changes whose subsets are tried
     std::set<Fotografia> imagens;
@@ -119,13 +139,23 @@ std::set<Fotografia> Imagens::possiveis() const {
         Nomes nomes = gravados_;
         for (std::size_t i = 0; i < mudancas_.size(); ++i)
             if (i < presas || (quais >> (i - presas) & 1U) != 0) refazer(nomes, mudancas_[i]);
-        Fotografia perdidos, inteiros, rasgados;
-        for (const auto &[nome, no] : nomes) {
-            perdidos[nome] = no->gravado;
-            inteiros[nome] = no->durante;
-            rasgados[nome] = no->rasgado();
-        }
-        imagens.insert({perdidos, inteiros, rasgados});
+        imagens.insert({revelada(nomes, [](const Arquivo &arquivo) { return arquivo.gravado; }),
+                        revelada(nomes, [](const Arquivo &arquivo) { return arquivo.durante; }),
+                        revelada(nomes, [](const Arquivo &arquivo) { return arquivo.rasgado(); })});
+    }
+    return imagens;
+}
+
+std::vector<Fotografia> Imagens::sorteadas(int quantas, std::mt19937 &sorte) const {
+    std::vector<Fotografia> imagens{
+        revelada(gravados_, [](const Arquivo &arquivo) { return arquivo.gravado; }),
+        revelada(nomes_, [](const Arquivo &arquivo) { return arquivo.durante; })};
+    while (static_cast<int>(imagens.size()) < quantas) {
+        Nomes nomes = gravados_;
+        for (const Mudanca &mudanca : mudancas_)
+            if ((sorte() & 1U) != 0) refazer(nomes, mudanca);
+        imagens.push_back(
+            revelada(nomes, [&](const Arquivo &arquivo) { return arquivo.sorteado(sorte); }));
     }
     return imagens;
 }

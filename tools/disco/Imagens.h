@@ -7,6 +7,7 @@
 
 #include <map>
 #include <memory>
+#include <random>
 #include <set>
 #include <string>
 #include <vector>
@@ -27,6 +28,10 @@ public:
     // What may be found after a power cut now.
     std::set<Fotografia> possiveis() const;
 
+    // So many of them by lot, where too much is open for all: each change of a name and each sector
+    // of each file for itself. With what had been flushed alone, and with everything, at the front.
+    std::vector<Fotografia> sorteadas(int quantas, std::mt19937 &sorte) const;
+
     // What of the journal is not flushed, in words: everything else is put right from it.
     std::vector<std::string> pendencias() const;
 
@@ -35,6 +40,7 @@ private:
         std::string durante; // as the process sees it
         std::string gravado; // as flushed
         std::string rasgado() const;
+        std::string sorteado(std::mt19937 &sorte) const;
     };
     using No = std::shared_ptr<Arquivo>;
     using Nomes = std::map<std::string, No>;
@@ -48,6 +54,8 @@ private:
 
     std::string nome(const std::string &caminho) const;
     void mudarNomes(Mudanca mudanca);
+    template <class Conteudo>
+    static Fotografia revelada(const Nomes &nomes, Conteudo conteudo);
     static void refazer(Nomes &nomes, const Mudanca &mudanca);
     void escrever(Arquivo &arquivo, const Evento &evento);
 
