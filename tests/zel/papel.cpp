@@ -147,6 +147,22 @@ TEST(Imprimir, soOQueFoiAutorizado) {
     EXPECT_EQ(zel(loja, {"cancelar"}).codigo, 0);
 }
 
+// The request that took the document's place has a receipt of its own, when it was accepted.
+TEST(Imprimir, comprovanteDeUmCancelamento) {
+    const Loja loja;
+    vender(loja);
+    EXPECT_EQ(zel(loja, {"cancelar"}).codigo, 1);
+    const std::string papel = loja.diretorio() + "papel";
+    const auto comRetorno = [&](std::string_view situacao) {
+        loja.escrever("retorno.xml", retorno(loja, situacao));
+        return zel(loja, {"imprimir", "--impressora", papel, "--retorno",
+                          loja.diretorio() + "retorno.xml"});
+    };
+    EXPECT_TRUE(contem(comRetorno("<SitCodigo>573</SitCodigo>").erros, "registrou o cancelamento"));
+    EXPECT_EQ(comRetorno("<SitCodigo>135</SitCodigo>").codigo, 0);
+    EXPECT_TRUE(contem(loja.ler("papel"), "CANCELAMENTO NFC-e"));
+}
+
 TEST(Imprimir, contingenciaEHomologacaoSemRetorno) {
     for (const Loja::Valores &valores :
          {Loja::Valores{{R"(IDE\tpEmis)", "9"}, {R"(IDE\xJust)", "Sem acesso à internet"}},
