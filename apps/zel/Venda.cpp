@@ -56,9 +56,11 @@ std::string semAcentos(std::string texto) {
     return texto;
 }
 
-// Digits with at most one comma or point, and not all of them zero.
+// Digits with at most one comma or point between them, and not all of them zero: the library writes
+// a price into the document as it is given.
 bool ehValor(std::string_view texto) {
     const auto separador = texto.find_first_of(",.");
+    if (texto.empty() || !ehDigito(texto.front()) || !ehDigito(texto.back())) return false;
     std::string digitos(texto);
     if (separador != texto.npos) digitos.erase(separador, 1);
     return texto.size() <= kMaximoNumero && soDigitos(digitos) &&

@@ -47,6 +47,8 @@ const Caso kItens[] = {
     {"101;Leite;-1;4,00", "", "quantidade -1"},
     {"101;Leite;1;1.234,56", "", "preço 1.234,56"},
     {"101;Leite;1;4,00 R$", "", "preço"},
+    {"101;Leite;1;4,", "", "preço 4,"},
+    {"101;Leite;1;.5", "", "preço .5"},
     {"101;Leite;1234567890123456;4,00", "", "mais de 15"},
     {"101;Leite;1;4,00;GARRAFA", "", "unidade com mais de 6"},
     {"101;Leite;1;4,00;UN;N;10%", "", "um ajuste é"},
