@@ -35,7 +35,7 @@ int naoImprimiu(const Argumentos &argumentos, const std::string &destino,
             .texto("impressora", destino)
             .numero("codigo", resposta.codigo)
             .texto("motivo", resposta.descricao)
-            .numero("enviados", static_cast<long long>(resposta.enviados));
+            .texto("enviados", std::to_string(resposta.enviados));
         escreverJson(json.fecharObjeto().escrito());
         return kComErros;
     }
