@@ -68,10 +68,14 @@ model 65, layout 3.10, for a component that sends it to the tax authority.")
 zel_pacote(desenvolvimento libzel-felborframework-dev libdevel "${zel_dev_depende}"
     "Headers for C and C++17, shared and static library for linking, pkg-config
 file and CMake package of libZEL_FelborFramework.")
-zel_pacote(ferramentas zel-tools utils "libzel-felborframework1 (>= ${PROJECT_VERSION})"
+set(zel_ferramentas_depende "libzel-felborframework1 (>= ${PROJECT_VERSION})")
+if(TARGET zel_cupom)
+    string(APPEND zel_ferramentas_depende ", libzel-cupom1 (>= ${PROJECT_VERSION})")
+endif()
+zel_pacote(ferramentas zel-tools utils "${zel_ferramentas_depende}"
     "The command zel checks a till's data directory and its documents, reads and
-stores configuration values, and explains the return codes of the library.
-It speaks Portuguese.")
+stores configuration values, explains the return codes of the library, sells,
+shows and prints receipts, and writes requests. It speaks Portuguese.")
 set(CPACK_COMPONENTS_ALL biblioteca desenvolvimento ferramentas)
 if(TARGET zel_cupom)
     zel_pacote(cupom libzel-cupom1 libs "fonts-dejavu-core"

@@ -1,5 +1,6 @@
 // The readers of the command zel, which look at whatever stands in a directory. What it takes for a
-// configuration value must be what the library takes; documents and receipts are only looked at.
+// configuration value must be what the library takes; documents, receipts and items to be sold are
+// only looked at.
 // The first byte chooses.
 #include "Alvo.h"
 
@@ -9,6 +10,7 @@
 #include "Cupom.h"
 #include "TabelaChaves.h"
 #include "Texto.h"
+#include "Venda.h"
 
 #include "config/ArquivoConfig.h"
 #include "util/TextoXml.h"
@@ -33,6 +35,20 @@ void conferirComoABiblioteca(std::string_view texto) {
     }
 }
 
+// What is read of a file of items is what the library takes.
+void conferirItens(std::string_view texto) {
+    std::vector<ItemVenda> itens;
+    lerItens(texto, itens);
+    exigir(itens.size() <= 999);
+    for (const ItemVenda &item : itens) {
+        exigir(!item.codigo.empty() && item.codigo.size() <= 60);
+        exigir(!item.descricao.empty() && item.descricao.size() <= 120);
+        exigir(!item.preco.empty() && item.preco.size() <= 15 && ehDigito(item.preco.back()));
+        exigir(item.unidade.size() <= 6 && item.aliquota.size() <= 15 &&
+               item.ajuste.tipo.empty() == item.ajuste.valor.empty());
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho) {
@@ -48,6 +64,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
         break;
     default:
         exigir(lerCupom(texto, erro).has_value() == erro.empty());
+        conferirItens(texto);
     }
     return 0;
 }

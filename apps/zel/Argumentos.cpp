@@ -10,12 +10,13 @@ namespace zel::aplicativo {
 
 namespace {
 
-// An option without a value sets a mark, one with a value fills a text.
+// An option without a value sets a mark, one with a value fills a text, or adds one to a list.
 struct LinhaOpcao {
     std::string_view nome;
     unsigned opcao;
     bool Argumentos::*marca;
     std::string Argumentos::*texto = nullptr;
+    std::vector<std::string> Argumentos::*lista = nullptr;
 };
 
 constexpr LinhaOpcao kOpcoes[] = {
@@ -27,10 +28,35 @@ constexpr LinhaOpcao kOpcoes[] = {
     {"--ajuda-achados", kAjudaAchados, &Argumentos::ajudaAchados},
     {"--diretorio", kDiretorioDado, nullptr, &Argumentos::diretorio},
     {"--esquema", kEsquema, nullptr, &Argumentos::esquema},
+    {"--itens", kVenda, nullptr, &Argumentos::itens},
+    {"--pagamento", kVenda, nullptr, nullptr, &Argumentos::pagamentos},
+    {"--cpf", kVenda, nullptr, &Argumentos::cpf},
+    {"--ajuste", kVenda, nullptr, &Argumentos::ajuste},
+    {"--mensagem", kVenda, nullptr, &Argumentos::mensagem},
+    {"--continuar", kVenda, &Argumentos::continuar},
+    {"--cancelar", kVenda, &Argumentos::cancelar},
+    {"--documento", kRecibo, nullptr, &Argumentos::documento},
+    {"--retorno", kRecibo, nullptr, &Argumentos::retorno},
+    {"--colunas", kRecibo, nullptr, &Argumentos::colunas},
+    {"--saida", kFigura, nullptr, &Argumentos::saida},
+    {"--impressora", kImpressora, nullptr, &Argumentos::impressora},
+    {"--perfil", kImpressora, nullptr, &Argumentos::perfil},
+    {"--perfis", kImpressora, &Argumentos::perfis},
+    {"--espera", kImpressora, nullptr, &Argumentos::espera},
+    {"--justificativa", kJustificativa, nullptr, &Argumentos::justificativa},
+    {"--serie", kSerie, nullptr, &Argumentos::serie},
+    {"--protocolo", kProtocolo, nullptr, &Argumentos::protocolo},
 };
 
 bool ehOpcao(std::string_view palavra) {
     return palavra.size() > 1 && palavra[0] == '-' && !ehDigito(palavra[1]);
+}
+
+void guardar(Argumentos &argumentos, const LinhaOpcao &opcao, std::string_view valor) {
+    if (opcao.lista != nullptr)
+        (argumentos.*opcao.lista).emplace_back(valor);
+    else
+        argumentos.*opcao.texto = valor;
 }
 
 } // namespace
@@ -54,12 +80,12 @@ Argumentos lerArgumentos(const std::vector<const char *> &dados, unsigned aceita
         const auto opcao = std::ranges::find(kOpcoes, palavra.substr(0, igual), &LinhaOpcao::nome);
         if (opcao == std::end(kOpcoes) || (opcao->opcao & ~aceitas) != 0) {
             argumentos.erro = juntar({"opção desconhecida: ", argumento(dados[i])});
-        } else if (opcao->texto == nullptr) {
+        } else if (opcao->marca != nullptr) {
             argumentos.*opcao->marca = true;
         } else if (igual != palavra.npos) {
-            argumentos.*opcao->texto = palavra.substr(igual + 1);
+            guardar(argumentos, *opcao, palavra.substr(igual + 1));
         } else if (i + 1 < dados.size()) {
-            argumentos.*opcao->texto = dados[++i];
+            guardar(argumentos, *opcao, dados[++i]);
         } else {
             argumentos.erro = juntar({"falta o valor de ", palavra});
         }

@@ -14,6 +14,13 @@ enum Opcao : unsigned {
     kEsquema = 4,        // --esquema PASTA
     kMostrarSegredo = 8, // --mostrar-segredo
     kAjudaAchados = 16,  // --ajuda-achados
+    kVenda = 32,         // --itens, --pagamento, --cpf, --ajuste, --mensagem, --continuar...
+    kRecibo = 64,        // --documento, --retorno, --colunas
+    kFigura = 128,       // --saida ARQUIVO
+    kImpressora = 256,   // --impressora, --perfil, --perfis, --espera
+    kJustificativa = 512,
+    kSerie = 1024,
+    kProtocolo = 2048,
 };
 
 struct Argumentos {
@@ -23,8 +30,27 @@ struct Argumentos {
     bool json = false;
     bool mostrarSegredo = false;
     bool ajudaAchados = false;
+    bool continuar = false;
+    bool cancelar = false;
+    bool perfis = false;
+    // As given; argumento() makes UTF-8 of those that are no names of files.
     std::string diretorio;
     std::string esquema;
+    std::string itens;
+    std::string cpf;
+    std::string ajuste;
+    std::string mensagem;
+    std::string documento;
+    std::string retorno;
+    std::string colunas;
+    std::string saida;
+    std::string impressora;
+    std::string perfil;
+    std::string espera;
+    std::string justificativa;
+    std::string serie;
+    std::string protocolo;
+    std::vector<std::string> pagamentos;
     std::string erro; // what is wrong with the command line; empty when nothing is
 };
 

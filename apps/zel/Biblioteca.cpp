@@ -52,6 +52,11 @@ std::optional<std::string> lerConfig(std::string_view caminho, int &codigo) {
     return utf8DeLatin1(valor.data());
 }
 
+std::string configuracao(std::string_view caminho) {
+    int codigo = 0;
+    return lerConfig(caminho, codigo).value_or("");
+}
+
 int gravarConfig(std::string_view caminho, const std::string &latin1) {
     return regAlterarValor_ZEL(std::string(caminho).c_str(), latin1.c_str());
 }

@@ -17,6 +17,8 @@ bool temConfig(const std::string &diretorio);
 // The value of a key, UTF-8. None when there is no such key; `codigo` receives the library's
 // answer.
 std::optional<std::string> lerConfig(std::string_view caminho, int &codigo);
+// The same, empty for none.
+std::string configuracao(std::string_view caminho);
 
 // Stores a value given in ISO-8859-1; answers the library's code.
 int gravarConfig(std::string_view caminho, const std::string &latin1);

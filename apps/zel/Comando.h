@@ -24,6 +24,12 @@ extern const Comando kConferir;
 extern const Comando kCodigo;
 extern const Comando kConfig;
 extern const Comando kEstado;
+extern const Comando kVender;
+extern const Comando kVer;
+extern const Comando kImprimir;
+extern const Comando kCancelar;
+extern const Comando kInutilizar;
+extern const Comando kConsultar;
 
 // Says on the error output what is wrong, and answers kComErros.
 int falhar(std::string_view texto);

@@ -2,7 +2,7 @@
 #include "Comando.h"
 
 #include "Biblioteca.h"
-#include "Codigos.h"
+#include "ComandoComum.h"
 #include "Json.h"
 #include "Regras.h"
 #include "TabelaChaves.h"
@@ -29,13 +29,6 @@ std::string valorMostrado(const LinhaChave &chave, const std::string &valor, boo
     if (consumidor == valor.npos) return valor;
     const std::size_t fim = std::min(valor.find('&', consumidor), valor.size());
     return juntar({valor.substr(0, consumidor), "cDest=(oculto)", valor.substr(fim)});
-}
-
-int falharComCodigo(std::string_view lugar, int codigo) {
-    const LinhaCodigo *linha = procurarCodigo(codigo);
-    if (linha == nullptr) return falhar(juntar({lugar, ": código ", std::to_string(codigo)}));
-    return falhar(juntar({lugar, ": código ", std::to_string(codigo), " ", linha->nome, "\n    ",
-                          linha->significado, "\n    Remédio: ", linha->remedio}));
 }
 
 int chaveDesconhecida(std::string_view caminho) {
@@ -138,14 +131,7 @@ int config(const Argumentos &argumentos) {
     const std::size_t quantas = argumentos.palavras.size();
     if (acao == std::end(kAcoes) || quantas < acao->minimo || quantas > acao->maximo)
         return usoErrado(kConfig, juntar({"não se entende ", argumentos.palavras.front()}));
-    const auto diretorio = escolherDiretorio(argumentos.diretorio);
-    if (!diretorio)
-        return falhar(juntar({argumento(argumentos.diretorio.c_str()), ": não é um diretório"}));
-    if (!acao->cria && !temConfig(*diretorio))
-        return falhar(juntar({"não há ZEL_Framework.xml em ", argumento(diretorio->c_str())}));
-    // Reading falls back to defaults when the file cannot be read: that is said instead.
-    int codigo = ZEL_OK;
-    if (!lerConfig(R"(IDE\nNF)", codigo)) return falharComCodigo("ZEL_Framework.xml", codigo);
+    if (!prepararDiretorio(argumentos, acao->cria)) return kComErros;
     return acao->executar(argumentos);
 }
 

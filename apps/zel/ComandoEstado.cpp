@@ -3,13 +3,10 @@
 
 #include "Arquivos.h"
 #include "Biblioteca.h"
-#include "Codigos.h"
+#include "ComandoComum.h"
 #include "Cupom.h"
-#include "Json.h"
 #include "Terminal.h"
 #include "Texto.h"
-
-#include "ZEL_FelborFramework.h"
 
 #include <utility>
 #include <vector>
@@ -17,18 +14,6 @@
 namespace zel::aplicativo {
 
 namespace {
-
-// What is said, in order: the name for programs, the one for people, the value.
-struct Linha {
-    std::string_view nome;
-    std::string_view rotulo;
-    std::string valor;
-};
-
-std::string config(std::string_view caminho) {
-    int codigo = 0;
-    return lerConfig(caminho, codigo).value_or("");
-}
 
 std::vector<Linha> linhasDoCupom(const std::string &diretorio, int estado) {
     std::string bytes, motivo, erro;
@@ -43,16 +28,16 @@ std::vector<Linha> linhasDoCupom(const std::string &diretorio, int estado) {
     if (estado == 3 && cupom->total > cupom->pago)
         linhas.push_back({"falta", "Falta pagar", formatarMoeda(cupom->total - cupom->pago)});
     if (estado >= 4)
-        linhas.push_back({"troco", "Troco", config(R"(CONFIGURACAO\TrocoUltimaNFCe)")});
+        linhas.push_back({"troco", "Troco", configuracao(R"(CONFIGURACAO\TrocoUltimaNFCe)")});
     return linhas;
 }
 
 std::vector<Linha> linhasDoUltimo() {
-    const std::string chave = config(R"(NFCE\ChaveDeAcesso)");
+    const std::string chave = configuracao(R"(NFCE\ChaveDeAcesso)");
     if (chave.empty()) return {{"ultimo", "Último documento", "nenhum"}};
-    const std::string protocolo = config(R"(NFCE\ProtocoloAutorizacao)");
-    return {{"numero", "Último número", config(R"(IDE\nNF)")},
-            {"serie", "Série", config(R"(IDE\Serie)")},
+    const std::string protocolo = configuracao(R"(NFCE\ProtocoloAutorizacao)");
+    return {{"numero", "Último número", configuracao(R"(IDE\nNF)")},
+            {"serie", "Série", configuracao(R"(IDE\Serie)")},
             {"chave", "Chave de acesso", chave},
             {"protocolo", "Protocolo",
              protocolo.empty() ? "nenhum; guarda-se ao imprimir" : protocolo}};
@@ -63,7 +48,7 @@ std::vector<Linha> linhas(const std::string &diretorio) {
     std::vector<Linha> todas{
         {"diretorio", "Diretório", argumento(diretorio.c_str())},
         {"ambiente", "Ambiente",
-         config(R"(CONFIGURACAO\TipoAmbiente)") == "1" ? "produção" : "homologação"},
+         configuracao(R"(CONFIGURACAO\TipoAmbiente)") == "1" ? "produção" : "homologação"},
         {"caixa", "Caixa", cupomComOutroProcesso(diretorio) ? "aberto" : "fechado"},
         {"estado", "Estado", juntar({std::to_string(estado), " ", nomeDoEstado(estado)})}};
     for (auto &mais : {linhasDoCupom(diretorio, estado), linhasDoUltimo()})
@@ -73,20 +58,9 @@ std::vector<Linha> linhas(const std::string &diretorio) {
 
 int estado(const Argumentos &argumentos) {
     if (!argumentos.palavras.empty()) return usoErrado(kEstado, "estado não leva argumentos");
-    const auto diretorio = escolherDiretorio(argumentos.diretorio);
-    if (!diretorio)
-        return falhar(juntar({argumento(argumentos.diretorio.c_str()), ": não é um diretório"}));
-    if (!temConfig(*diretorio))
-        return falhar(juntar({"não há ZEL_Framework.xml em ", argumento(diretorio->c_str())}));
-    Json json;
-    json.abrirObjeto();
-    std::string texto;
-    for (const Linha &linha : linhas(*diretorio)) {
-        json.texto(linha.nome, linha.valor);
-        texto += juntar({linha.rotulo, ":", std::string(18 - comprimento(linha.rotulo), ' '),
-                         linha.valor, "\n"});
-    }
-    argumentos.json ? escreverJson(json.fecharObjeto().escrito()) : escrever(texto);
+    const auto diretorio = prepararDiretorio(argumentos);
+    if (!diretorio) return kComErros;
+    escreverLinhas(argumentos, linhas(*diretorio));
     return kLimpo;
 }
 

@@ -15,6 +15,19 @@ _zel() {
             mapfile -t COMPREPLY < <(compgen -d -- "$atual")
             return
             ;;
+        --itens | --documento | --retorno | --saida | --impressora)
+            compopt -o filenames
+            mapfile -t COMPREPLY < <(compgen -f -- "$atual")
+            return
+            ;;
+        --perfil)
+            mapfile -t COMPREPLY < <(compgen -W "$("$zel" imprimir --perfis 2> /dev/null)" -- "$atual")
+            return
+            ;;
+        --colunas)
+            mapfile -t COMPREPLY < <(compgen -W "42 48" -- "$atual")
+            return
+            ;;
     esac
     if [[ $atual == --* ]]; then
         palavras=$("$zel" "$comando" --help 2> /dev/null | grep -oE -- '--[a-z]+(-[a-z]+)*' | sort -u)
@@ -35,6 +48,10 @@ _zel() {
             ((COMP_CWORD == 2)) || return
             palavras=$("$zel" config --help 2> /dev/null | sed -n 's/^  zel config \([a-z]*\).*/\1/p')
             mapfile -t COMPREPLY < <(compgen -W "$palavras" -- "$atual")
+            ;;
+        consultar)
+            ((COMP_CWORD == 2)) || return
+            mapfile -t COMPREPLY < <(compgen -W "numero data" -- "$atual")
             ;;
     esac
 }

@@ -31,6 +31,12 @@ zel=$prefixo/bin/zel
     '[ie-digito][token-ausente][ambiente-homologacao]' ]] ||
     { cat "$3/conferir.txt"; falhar "zel conferir finds something else in the example's directory"; }
 
+# And it finds the library that draws.
+if [[ -f $prefixo/include/zel_cupom.h ]]; then
+    "$zel" ver --diretorio "$3/uso/dados-venda" --saida "$3/cupom.png" > /dev/null ||
+        falhar "zel ver draws nothing"
+fi
+
 # The manual page has every command and option that the help names, and completion offers them.
 comandos=$("$zel" --help | sed -n 's/^  \([a-z]*\)  .*/\1/p')
 [[ $(wc -w <<< "$comandos") -ge 4 ]] || falhar "the help names no commands"
@@ -57,4 +63,6 @@ for comando in $comandos; do
 done
 oferece ZEL_JA_PAGO codigo ZEL_JA
 oferece gravar config g
+oferece data consultar d
+[[ ! -f $3/cupom.png ]] || oferece generico-58mm imprimir --perfil gen
 echo "installed, used, explained"

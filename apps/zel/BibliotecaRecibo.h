@@ -1,0 +1,28 @@
+// The text of a receipt, as the library lays it out: the last one, or that of a document with its
+// return. A receipt in a customer's hand promises that the sale is authorized: what the authority
+// refused is not laid out, and what it has not answered is only for looking at.
+#pragma once
+
+#include <string>
+
+namespace zel::aplicativo {
+
+struct PedidoDeRecibo {
+    std::string documento; // file; empty: documentosEnvio.xml, or the last receipt
+    std::string retorno;   // file or "OFFLINE"; empty: the last receipt
+    int colunas = 0;       // 42 or 48; 0 for those that it has, 48 for a new one
+    bool previa = false;   // one without the authority's answer will do
+};
+
+struct Recibo {
+    std::string texto; // ISO-8859-1 with mark-up; empty when there is none
+    int colunas = 48;
+    std::string aviso; // to be said beside it
+    // When there is none: why, and the library's code where it was asked (0 otherwise).
+    std::string erro;
+    int codigo = 0;
+};
+
+Recibo obterRecibo(const std::string &diretorio, const PedidoDeRecibo &pedido);
+
+} // namespace zel::aplicativo

@@ -1,0 +1,94 @@
+// zel imprimir: a receipt to a printer, in bounded time.
+#include "ComandoComum.h"
+#include "ComandoRecibo.h"
+
+#include "Json.h"
+#include "Papel.h"
+#include "Terminal.h"
+#include "Texto.h"
+
+namespace zel::aplicativo {
+
+namespace {
+
+constexpr long long kEspera = 10000; // milliseconds
+constexpr long long kMaiorEspera = 600000;
+
+int listarPerfis(const Argumentos &argumentos) {
+    Json json;
+    json.abrirLista();
+    std::string texto;
+    for (const std::string &nome : nomesDosPerfis()) {
+        json.texto({}, nome);
+        texto += nome + "\n";
+    }
+    argumentos.json ? escreverJson(json.fecharLista().escrito()) : escrever(texto);
+    return kLimpo;
+}
+
+int naoImprimiu(const Argumentos &argumentos, const std::string &destino,
+                const RespostaDoPapel &resposta) {
+    if (argumentos.json) {
+        Json json;
+        json.abrirObjeto()
+            .texto("resultado", "falhou")
+            .texto("impressora", destino)
+            .numero("codigo", resposta.codigo)
+            .texto("motivo", resposta.descricao)
+            .texto("enviados", std::to_string(resposta.enviados));
+        escreverJson(json.fecharObjeto().escrito());
+        return kComErros;
+    }
+    std::string texto = juntar({destino, ": ", resposta.descricao});
+    if (resposta.enviados > 0)
+        texto += "\nParte do cupom pode ter saído: confira o papel antes de imprimir outra vez.";
+    return falhar(texto);
+}
+
+int imprimir(const Argumentos &argumentos) {
+    if (argumentos.perfis) return listarPerfis(argumentos);
+    if (!argumentos.palavras.empty()) return usoErrado(kImprimir, "imprimir não leva argumentos");
+    if (argumentos.impressora.empty()) return usoErrado(kImprimir, "falta --impressora DESTINO");
+    const auto espera =
+        argumentos.espera.empty() ? kEspera : lerInteiro(argumentos.espera).value_or(0);
+    if (espera < 1 || espera > kMaiorEspera)
+        return usoErrado(kImprimir, "--espera é de 1 a 600000 milissegundos");
+    int saida = 0;
+    const auto recibo = reciboPedido(kImprimir, argumentos, false, saida);
+    if (!recibo) return saida;
+    const std::string destino = argumento(argumentos.impressora.c_str());
+    const RespostaDoPapel resposta =
+        imprimirCupom({recibo->texto, recibo->colunas}, argumentos.perfil, argumentos.impressora,
+                      static_cast<int>(espera));
+    if (resposta.codigo <= 0) return naoImprimiu(argumentos, destino, resposta);
+    escreverLinhas(argumentos, {{"resultado", "Resultado", "impresso"},
+                                {"impressora", "Impressora", destino},
+                                {"enviados", "Bytes enviados", std::to_string(resposta.enviados)}});
+    return kLimpo;
+}
+
+} // namespace
+
+const Comando kImprimir = {
+    "imprimir",
+    "imprimir --impressora DESTINO [--perfil NOME] [--espera MS]\n"
+    "imprimir --impressora DESTINO [--documento ARQUIVO] --retorno ARQUIVO|OFFLINE\n"
+    "imprimir --perfis [--json]",
+    "Imprime o último cupom, em tempo limitado.",
+    "DESTINO é um dispositivo, como /dev/usb/lp0, uma impressora da rede, como\n"
+    "tcp://10.0.0.5 ou tcp://10.0.0.5:9100, ou um arquivo, que recebe os bytes.\n"
+    "--perfil NOME diz que impressora é (--perfis mostra os nomes); com uma / em NOME, é um\n"
+    "arquivo de perfil. Sem ele, a genérica de 80 mm.\n"
+    "--espera MS limita o tempo em milissegundos; sem ela, 10000.\n\n"
+    "O último cupom é o que a biblioteca montou por último. Em produção só se\n"
+    "imprime um que a SEFAZ autorizou, ou de contingência: para o de uma venda nova, --retorno\n"
+    "ARQUIVO é a resposta que o componente de envio deixou. --retorno OFFLINE monta o cupom sem\n"
+    "ela, para um ensaio.\n"
+    "--documento ARQUIVO é o documento, senão documentosEnvio.xml.\n"
+    "--colunas 42 ou 48 é a largura do cupom.\n"
+    "--diretorio DIR escolhe o diretório de dados.\n",
+    kJson | kDiretorioDado | kRecibo | kImpressora,
+    imprimir,
+};
+
+} // namespace zel::aplicativo

@@ -1,0 +1,33 @@
+// A receipt as a picture and on a printer, through libzel-cupom. Where the command is built without
+// that library, everything answers so.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace zel::aplicativo {
+
+// A text laid out by the library, ISO-8859-1 with mark-up, and its columns, 42 or 48.
+struct TextoDeCupom {
+    const std::string &texto;
+    int colunas;
+};
+
+struct RespostaDoPapel {
+    int codigo = 0;           // of libzel-cupom, 1 when it was done; 0 without that library
+    std::string descricao;    // of a failure, in words
+    std::size_t enviados = 0; // bytes that the printer took
+};
+
+// Writes the picture into a file, SVG when its name ends so and PNG otherwise.
+RespostaDoPapel gravarFigura(const TextoDeCupom &cupom, const std::string &arquivo);
+
+// Prints in at most `espera` milliseconds. `perfil` empty: the one for the paper.
+RespostaDoPapel imprimirCupom(const TextoDeCupom &cupom, const std::string &perfil,
+                              const std::string &destino, int espera);
+
+// The names of the printer profiles.
+std::vector<std::string> nomesDosPerfis();
+
+} // namespace zel::aplicativo

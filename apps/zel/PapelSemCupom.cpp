@@ -1,0 +1,23 @@
+#include "Papel.h"
+
+namespace zel::aplicativo {
+
+namespace {
+
+constexpr const char *kSem = "este zel foi montado sem libzel-cupom, que desenha e imprime";
+
+} // namespace
+
+RespostaDoPapel gravarFigura(const TextoDeCupom &, const std::string &) {
+    return {0, kSem, 0};
+}
+
+RespostaDoPapel imprimirCupom(const TextoDeCupom &, const std::string &, const std::string &, int) {
+    return {0, kSem, 0};
+}
+
+std::vector<std::string> nomesDosPerfis() {
+    return {};
+}
+
+} // namespace zel::aplicativo

@@ -1,0 +1,176 @@
+// What zel vender and the requests read, before the library is asked: the sale and the ranges as
+// texts, a table each.
+#include "Venda.h"
+#include "Pedido.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace zel::aplicativo;
+
+std::string escrito(const ItemVenda &item) {
+    std::string texto;
+    for (const std::string &campo :
+         {item.codigo, item.descricao, item.quantidade, item.preco, item.unidade, item.aliquota,
+          item.ajuste.tipo, item.ajuste.valor, item.ncm, item.cfop})
+        texto += campo + "|";
+    return texto;
+}
+
+struct Caso {
+    std::string texto;
+    std::string lido; // or, when nothing was to be read, empty
+    std::string erro; // part of what is said then
+};
+
+void esperar(const Caso &caso, const std::string &lido, const std::string &erro) {
+    EXPECT_EQ(erro.empty(), caso.erro.empty()) << caso.texto << ": " << erro;
+    EXPECT_NE(erro.find(caso.erro), std::string::npos) << caso.texto << ": " << erro;
+    if (caso.erro.empty()) {
+        EXPECT_EQ(lido, caso.lido);
+    }
+}
+
+const Caso kItens[] = {
+    {"101;Leite;1;4,00", "101|Leite|1|4,00|UN|N|||||", ""},
+    {" 101 ; P\xc3\xa3o ; 6 ; 0.75 ", "101|P\xe3o|6|0.75|UN|N|||||", ""},
+    {"7;Queijo;0,350;39,90;KG;T1800;-1,50;04061010;5405",
+     "7|Queijo|0,350|39,90|KG|T1800|D$|1,50|04061010|5405|", ""},
+    {"7;Queijo;1;39,90;;;+ 5 %;;", "7|Queijo|1|39,90|UN|N|A%|5|||", ""},
+    {"101;Leite;1", "", "CÓDIGO;DESCRIÇÃO"},
+    {"101;Leite;1;4,00;UN;N;;;;", "", "CÓDIGO;DESCRIÇÃO"},
+    {";Leite;1;4,00", "", "falta código"},
+    {"101; ;1;4,00", "", "falta descrição"},
+    {"101;Leite;;4,00", "", "falta quantidade"},
+    {"101;Leite;0,000;4,00", "", "quantidade 0,000"},
+    {"101;Leite;-1;4,00", "", "quantidade -1"},
+    {"101;Leite;1;1.234,56", "", "preço 1.234,56"},
+    {"101;Leite;1;4,00 R$", "", "preço"},
+    {"101;Leite;1;4,", "", "preço 4,"},
+    {"101;Leite;1;.5", "", "preço .5"},
+    {"101;Leite;1234567890123456;4,00", "", "mais de 15"},
+    {"101;Leite;1;4,00;GARRAFA", "", "unidade com mais de 6"},
+    {"101;Leite;1;4,00;UN;N;10%", "", "um ajuste é"},
+    {"101;Caf\xe2\x82\xac;1;4,00", "", "ISO-8859-1"},
+};
+
+TEST(Venda, itemDeUmaLinha) {
+    for (const Caso &caso : kItens) {
+        ItemVenda item;
+        const std::string erro = lerItem(caso.texto, item);
+        esperar(caso, escrito(item), erro);
+    }
+}
+
+const Caso kPagamentos[] = {
+    {"Dinheiro=50,00", "01 50,00", ""},
+    {"CART\xc3\x83O de cr\xc3\xa9"
+     "dito",
+     "03 ", ""},
+    {"04 = 10.5", "04 10.5", ""},
+    {"Vale Refei\xc3\xa7\xc3\xa3o", "11 ", ""},
+    {"99", "99 ", ""},
+    // The library would take a misspelt form as "others".
+    {"Dinhero=5", "", "01 Dinheiro"},
+    {"", "", "é uma destas"},
+    {"Dinheiro=", "", "não é um número"},
+    {"Dinheiro=0", "", "não é um número"},
+};
+
+TEST(Venda, formaDePagamento) {
+    for (const Caso &caso : kPagamentos) {
+        PagamentoVenda lido;
+        const std::string erro = lerPagamento(caso.texto, lido);
+        esperar(caso, lido.forma + " " + lido.valor, erro);
+    }
+}
+
+const Caso kAjustes[] = {
+    {"-10%", "D% 10", ""},     {"+2,00", "A$ 2,00", ""},  {"- 1.5 ", "D$ 1.5", ""},
+    {"", "", "um ajuste é"},   {"10", "", "um ajuste é"}, {"-", "", "um ajuste é"},
+    {"-%", "", "um ajuste é"}, {"%", "", "um ajuste é"},  {"-0%", "", "um ajuste é"},
+};
+
+TEST(Venda, ajuste) {
+    for (const Caso &caso : kAjustes) {
+        Ajuste lido;
+        const std::string erro = lerAjuste(caso.texto, lido);
+        esperar(caso, lido.tipo + " " + lido.valor, erro);
+    }
+}
+
+// The library would leave out without a word what is no consumer.
+const Caso kConsumidores[] = {
+    {"123.456.789-09", "12345678909", ""},
+    {"11.222.333/0001-81", "11222333000181", ""},
+    {"12345678900", "", "confira os dígitos"},
+    {"Maria", "", "não é um CPF"},
+    {"123", "", "confira"},
+};
+
+TEST(Venda, consumidor) {
+    for (const Caso &caso : kConsumidores) {
+        std::string lido;
+        const std::string erro = lerConsumidor(caso.texto, lido);
+        esperar(caso, lido, erro);
+    }
+}
+
+std::string muitas(int quantas) {
+    std::string linhas;
+    for (int i = 0; i < quantas; ++i)
+        linhas += "1;A;1;1\n";
+    return linhas;
+}
+
+TEST(Venda, arquivoDeItens) {
+    std::vector<ItemVenda> itens;
+    EXPECT_EQ(lerItens("\xEF\xBB\xBF# lista\r\n\r\n1;P\xc3\xa3o;1;1\r\n2;Leite;2;3", itens), "");
+    ASSERT_EQ(itens.size(), 2U);
+    EXPECT_EQ(itens[0].descricao, "P\xe3o");
+    EXPECT_EQ(lerItens("3;P\xe3o;1;1\n", itens), "");
+    EXPECT_EQ(itens[2].descricao, "P\xe3o");
+    EXPECT_EQ(lerItens("# x\n4;A;1;1\n5;B;um;1", itens).substr(0, 9), "linha 3: ");
+    itens.clear();
+    EXPECT_EQ(lerItens(muitas(999), itens), "");
+    EXPECT_EQ(lerItens("9;A;1;1", itens), "linha 1: um cupom tem até 999 itens");
+}
+
+struct Texto {
+    std::string (*conferir)(std::string_view);
+    std::string texto;
+    bool certo;
+};
+
+const Texto kTextos[] = {
+    {conferirNumero, "1", true},         {conferirNumero, "999999999", true},
+    {conferirNumero, "0", false},        {conferirNumero, "1000000000", false},
+    {conferirNumero, "-1", false},       {conferirNumero, "", false},
+    {conferirSerie, "0", true},          {conferirSerie, "999", true},
+    {conferirSerie, "0001", false},      {conferirSerie, "1a", false},
+    {conferirData, "2024-02-29", true},  {conferirData, "2026-12-31", true},
+    {conferirData, "2026-02-29", false}, {conferirData, "2100-02-29", false},
+    {conferirData, "2026-13-01", false}, {conferirData, "2026-04-31", false},
+    {conferirData, "2026-1-1", false},   {conferirData, "2026-00-10", false},
+    {conferirData, "31/01/2026", false},
+};
+
+TEST(Pedido, textosDeUmPedido) {
+    for (const Texto &caso : kTextos)
+        EXPECT_EQ(caso.conferir(caso.texto).empty(), caso.certo) << caso.texto;
+    EXPECT_EQ(conferirFaixa("9", "10"), "");
+    EXPECT_NE(conferirFaixa("10", "9").find("vem antes"), std::string::npos);
+    // Counted in characters, as the tax authority does.
+    EXPECT_EQ(conferirJustificativa("N\xc3\xbameros pulados", 60), "");
+    EXPECT_NE(conferirJustificativa("N\xc3\xbameros pulado", 60), "");
+    EXPECT_NE(conferirJustificativa(std::string(61, 'x'), 60), "");
+}
+
+TEST(Pedido, numeroDaChaveSemZeros) {
+    const NumeroESerie lido = numeroDaChave("35261111222333000181650120000000451171025564");
+    EXPECT_EQ(lido.numero, "45");
+    EXPECT_EQ(lido.serie, "12");
+}
+
+} // namespace
