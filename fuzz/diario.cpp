@@ -13,7 +13,7 @@ namespace {
 
 // The input as the journal, or as the change of a record with a right checksum.
 std::string diarioDe(std::string_view entrada) {
-    std::string bytes(kSetor, '\0');
+    std::string bytes(kBloco, '\0');
     if (tirarNumero(entrada, 2) == 0) return bytes.append(entrada);
     RegistroDiario registro;
     registro.sequencia = 1;

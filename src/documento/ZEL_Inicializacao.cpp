@@ -57,10 +57,13 @@ void fnPrepararArquivos_ZEL() {
     if (arquivosProntos) return;
     const Vez vez; // another process's change is seen whole or not at all
     const PosseDoCupom posse;
-    // The files are put right first, and what waits is judged by the configuration.
-    arquivosProntos = (!vez || acompanharDiario() == ZEL_OK) && garantirConfig() == ZEL_OK &&
-                      (!posse || fnResolverPendencias_ZEL() == ZEL_OK);
-    if (posse) removerSobras();
+    // The files are put right first, and what waits is judged by the configuration. Without the
+    // turn, or a journal that can be read, the files are read as they are.
+    const bool certos = !vez || acompanharDiario() == ZEL_OK;
+    const bool sozinho = vez && certos && posse;
+    arquivosProntos =
+        garantirConfig() == ZEL_OK && certos && (!sozinho || fnResolverPendencias_ZEL() == ZEL_OK);
+    if (sozinho) removerSobras();
 }
 
 void fnInicializarVariaveis_ZEL() {
@@ -69,10 +72,9 @@ void fnInicializarVariaveis_ZEL() {
     const PosseDoCupom posse;
     construirMoldes();
     fnPrepararArquivos_ZEL();
-    if (!arquivosProntos) return;
     bool passageira = false;
     fnCarregaEstrutura_ZEL(&passageira);
-    documentoCarregado = !passageira;
+    documentoCarregado = arquivosProntos && !passageira;
 }
 
 void fnRecarregarVariaveis_ZEL() {

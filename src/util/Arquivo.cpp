@@ -139,10 +139,28 @@ std::string rascunhoDe(const std::string &destino) {
     return std::string(destino).append(kRascunho);
 }
 
+// The scratch file of one that is to be replaced; none when that is no regular file.
+bool escreverAoLado(const std::string &destino, std::string_view conteudo, Acesso acesso,
+                    Descarga descarga) {
+    const std::string novo = rascunhoDe(destino);
+    const auto antigo = situacao(destino);
+    if (!antigo && !naoExiste()) return false;
+    if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode)) return false;
+    removerArquivo(novo); // left by a process that died
+    // The mode of a link says nothing.
+    const bool herda = antigo && S_ISREG(antigo->st_mode);
+    if (escreverNovo(novo, conteudo, acesso, herda ? antigo : std::nullopt, descarga)) return true;
+    const int erro = errno;
+    removerArquivo(novo);
+    errno = erro;
+    return false;
+}
+
 Identidade identidadeDe(const struct stat &dados) {
     constexpr std::int64_t kSegundo = 1'000'000'000;
     return {dados.st_ino, static_cast<std::uint64_t>(dados.st_size),
-            dados.st_ctim.tv_sec * kSegundo + dados.st_ctim.tv_nsec};
+            dados.st_ctim.tv_sec * kSegundo + dados.st_ctim.tv_nsec,
+            dados.st_mtim.tv_sec * kSegundo + dados.st_mtim.tv_nsec};
 }
 
 // Writes into what is no file (a device, a pipe with a reader), without waiting for it.
@@ -199,19 +217,9 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao li
 
 int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
                       Ligacao ligacao) {
-    const std::string destino =
-        ligacao == Ligacao::kSeguida ? seguirLigacoes(caminho) : std::string(caminho);
-    const auto antigo = situacao(destino);
-    if (!antigo && !naoExiste()) return ZEL_ARQUIVO_INDISPONIVEL;
-    if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode))
-        return ZEL_ARQUIVO_INDISPONIVEL;
-    const std::string novo = std::string(destino).append(kRascunho);
-    removerArquivo(novo); // left by a process that died
-    // The mode of a link says nothing.
-    const bool herda = antigo && S_ISREG(antigo->st_mode);
-    if (escreverNovo(novo, conteudo, acesso, herda ? antigo : std::nullopt) &&
-        tomarLugar(novo, destino))
-        return ZEL_OK;
+    const std::string destino = destinoDe(caminho, ligacao), novo = rascunhoDe(destino);
+    if (!escreverAoLado(destino, conteudo, acesso, Descarga::kJa)) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (tomarLugar(novo, destino)) return ZEL_OK;
     const int erro = errno;
     removerArquivo(novo);
     errno = erro;
@@ -252,15 +260,6 @@ int gravarDestino(const std::string &caminho, std::string_view conteudo) {
     return sobrescrever(destino, conteudo);
 }
 
-int escreverArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso) {
-    const std::string novo = std::string(caminho).append(kRascunho);
-    removerArquivo(novo); // left by a process that died
-    if (escreverNovo(novo, conteudo, acesso, {}) && renomearArquivo(novo, caminho) == ZEL_OK)
-        return ZEL_OK;
-    removerArquivo(novo);
-    return ZEL_ARQUIVO_INDISPONIVEL;
-}
-
 Leitura identificar(const std::string &caminho, Ligacao ligacao, Identidade &identidade) {
     struct stat dados {};
     const int resultado = ligacao == Ligacao::kSeguida ? ::stat(caminho.c_str(), &dados)
@@ -283,17 +282,9 @@ bool ehLigacao(const std::string &caminho) {
 
 int escreverRascunho(const std::string &caminho, std::string_view conteudo, Acesso acesso,
                      Ligacao ligacao) {
-    const std::string destino = destinoDe(caminho, ligacao), novo = rascunhoDe(destino);
-    const auto antigo = situacao(destino);
-    if (!antigo && !naoExiste()) return ZEL_ARQUIVO_INDISPONIVEL;
-    if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode))
-        return ZEL_ARQUIVO_INDISPONIVEL;
-    removerArquivo(novo); // left by a process that died
-    const bool herda = antigo && S_ISREG(antigo->st_mode);
-    if (escreverNovo(novo, conteudo, acesso, herda ? antigo : std::nullopt, Descarga::kNenhuma))
-        return ZEL_OK;
-    removerArquivo(novo);
-    return ZEL_ARQUIVO_INDISPONIVEL;
+    return escreverAoLado(destinoDe(caminho, ligacao), conteudo, acesso, Descarga::kNenhuma)
+               ? ZEL_OK
+               : ZEL_ARQUIVO_INDISPONIVEL;
 }
 
 int instalarRascunho(const std::string &caminho, Ligacao ligacao) {
@@ -314,10 +305,18 @@ int escreverNoLugar(const std::string &caminho, std::size_t lugar, std::string_v
 }
 
 int descarregarArquivo(const std::string &caminho, Ligacao ligacao) {
-    const Descritor arquivo(caminho.c_str(), O_RDONLY | O_NONBLOCK | naoSeguir(ligacao));
-    return arquivo.aberto() && insistir([&] { return ::fsync(arquivo.fd()); }) == 0
-               ? ZEL_OK
-               : ZEL_ARQUIVO_INDISPONIVEL;
+    const std::string destino = destinoDe(caminho, ligacao);
+    const Descritor arquivo(destino.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
+    if (!arquivo.aberto() || insistir([&] { return ::fsync(arquivo.fd()); }) != 0)
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    return destino == caminho ? int{ZEL_OK} : descarregarDiretorio(destino);
+}
+
+void darAoDonoDoDiretorio(int fd, const std::string &caminho) {
+    struct stat diretorio {};
+    if (::stat(diretorioDe(caminho).c_str(), &diretorio) != 0) return;
+    if (diretorio.st_uid != ::geteuid() || diretorio.st_gid != ::getegid())
+        static_cast<void>(::fchown(fd, diretorio.st_uid, diretorio.st_gid) == 0);
 }
 
 int renomearArquivo(const std::string &de, const std::string &para) {
@@ -349,58 +348,6 @@ void removerRascunhos(const std::string &diretorio, bool (*nosso)(std::string_vi
 
 bool existeArquivo(const std::string &caminho) {
     return situacao(caminho).has_value() || !naoExiste();
-}
-
-int alterarNoLugar(const std::string &caminho, std::string_view antes, std::string_view depois) {
-    constexpr std::size_t kSetor = 512;
-    if (antes.size() != depois.size()) return ZEL_RECUSADO;
-    const auto diferem = [&](std::size_t i) { return antes[i] != depois[i]; };
-    std::size_t inicio = 0, fim = antes.size();
-    while (inicio < fim && !diferem(inicio))
-        ++inicio;
-    if (inicio == fim) return ZEL_OK;
-    while (!diferem(fim - 1))
-        --fim;
-    if (inicio / kSetor != (fim - 1) / kSetor) return ZEL_RECUSADO;
-
-    const Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK);
-    struct stat dados {};
-    if (!arquivo.aberto() || ::fstat(arquivo.fd(), &dados) != 0 || !S_ISREG(dados.st_mode) ||
-        static_cast<std::size_t>(dados.st_size) != antes.size())
-        return ZEL_RECUSADO;
-    const auto escrever = [&](std::string_view texto) {
-        return escreverTudo(arquivo.fd(), texto.substr(inicio, fim - inicio),
-                            static_cast<off_t>(inicio));
-    };
-    const auto gravar = [&] { return insistir([&] { return ::fdatasync(arquivo.fd()); }) == 0; };
-    const bool inteiro = escrever(depois);
-    if (inteiro && gravar()) return ZEL_OK;
-    if (escrever(antes)) {
-        gravar();
-        return ZEL_ARQUIVO_INDISPONIVEL;
-    }
-    // What cannot be taken back has happened.
-    return inteiro ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
-}
-
-int acrescentarArquivo(const std::string &caminho, std::size_t tamanho, std::string_view conteudo) {
-    const Descritor arquivo(caminho.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK | O_NOFOLLOW);
-    if (!arquivo.aberto()) return errno == ENOENT ? ZEL_RECUSADO : ZEL_ARQUIVO_INDISPONIVEL;
-    struct stat dados {};
-    if (::fstat(arquivo.fd(), &dados) != 0) return ZEL_ARQUIVO_INDISPONIVEL;
-    if (!S_ISREG(dados.st_mode) || static_cast<std::size_t>(dados.st_size) != tamanho)
-        return ZEL_RECUSADO;
-
-    const auto gravar = [&] { return insistir([&] { return ::fdatasync(arquivo.fd()); }) == 0; };
-    const bool inteiro = escreverTudo(arquivo.fd(), conteudo);
-    if (inteiro && gravar()) return ZEL_OK;
-    // Half a record would be dropped by the next process, a whole one would come back to life.
-    if (insistir([&] { return ::ftruncate(arquivo.fd(), static_cast<off_t>(tamanho)); }) == 0) {
-        gravar();
-        return ZEL_ARQUIVO_INDISPONIVEL;
-    }
-    // What cannot be taken back has happened.
-    return inteiro ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
 }
 
 } // namespace zel

@@ -30,7 +30,8 @@ enum class Leitura { kLido, kInexistente, kFalha };
 struct Identidade {
     std::uint64_t no = 0; // inode
     std::uint64_t tamanho = 0;
-    std::int64_t mudanca = 0; // of the file or its inode, nanoseconds since 1970
+    std::int64_t mudanca = 0; // of the file or its inode (ctime), nanoseconds since 1970
+    std::int64_t escrita = 0; // of its bytes (mtime)
     friend bool operator==(const Identidade &, const Identidade &) = default;
 };
 
@@ -63,10 +64,6 @@ int criarArquivo(const std::string &caminho, std::string_view conteudo);
 // place. 1, or -52 with the old content where it could be kept.
 int gravarDestino(const std::string &caminho, std::string_view conteudo);
 
-// The same for a file that no one relies on yet: the directory is left for the caller to flush, and
-// a file that was there before may be lost. 1 or -52.
-int escreverArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso);
-
 // Renames `de` over `para`, in one step. Whoever needs it flushed asks for that. 1, or -52 with
 // both as they were.
 int renomearArquivo(const std::string &de, const std::string &para);
@@ -87,8 +84,12 @@ void removerRascunho(const std::string &caminho, Ligacao ligacao);
 int escreverNoLugar(const std::string &caminho, std::size_t lugar, std::string_view bytes,
                     Ligacao ligacao);
 
-// Flushes a file's bytes. 1 or -52.
+// Flushes a file's bytes, and the name of one that a link points to elsewhere. 1 or -52.
 int descarregarArquivo(const std::string &caminho, Ligacao ligacao);
+
+// A file that is made in somebody else's directory is his: whoever works there next must be able to
+// use it.
+void darAoDonoDoDiretorio(int fd, const std::string &caminho);
 
 // Removes a file; one that does not exist is removed already. 1 or -52.
 int removerArquivo(const std::string &caminho);
@@ -99,15 +100,5 @@ void removerRascunhos(const std::string &diretorio, bool (*nosso)(std::string_vi
 
 // False only when it is known that there is none.
 bool existeArquivo(const std::string &caminho);
-
-// Changes a file that holds `antes` into `depois` where it stands, when they are equally long and
-// differ within one sector only: a disk writes that whole or not at all, and no name changes. 1; -1
-// it cannot be done so; -52 it could not be written, and holds `antes` again (where the disk
-// refuses that too, what was written stands).
-int alterarNoLugar(const std::string &caminho, std::string_view antes, std::string_view depois);
-
-// Appends `conteudo` to an existing file of exactly `tamanho` bytes and flushes it. 1; -1 there is
-// no such file of that size; -52 it could not be written, and was cut back to `tamanho`.
-int acrescentarArquivo(const std::string &caminho, std::size_t tamanho, std::string_view conteudo);
 
 } // namespace zel

@@ -19,8 +19,9 @@ namespace zel {
 namespace {
 
 constexpr std::string_view kNome = "ZEL_Framework.diario";
-constexpr std::size_t kTamanho = std::size_t{2} << 20; // two thousand sales
-constexpr std::size_t kPedaco = std::size_t{64} << 10; // written, or read, at a time
+constexpr std::size_t kTamanho = std::size_t{4} << 20; // a thousand sales
+constexpr std::size_t kPedaco = std::size_t{64} << 10; // read at a time
+constexpr std::size_t kZeros = std::size_t{512} << 10; // written at a time
 
 std::int64_t agora() {
     constexpr std::int64_t kSegundo = 1'000'000'000;
@@ -72,6 +73,7 @@ Leitura Diario::abrir() {
         return Leitura::kFalha;
     }
     tamanho_ = static_cast<std::size_t>(dados.st_size);
+    alheio_ = dados.st_uid != ::geteuid() && dados.st_uid != 0;
     fim_ = kInicio;
     ultimo_ = {};
     ultimo_.lugar = {somaDoCaminho(), dados.st_ino};
@@ -82,8 +84,7 @@ Leitura Diario::abrir() {
 }
 
 int Diario::abrirOuCriar() {
-    if (arquivo_.aberto()) return ZEL_OK;
-    Leitura leitura = abrir();
+    Leitura leitura = arquivo_.aberto() ? Leitura::kLido : abrir();
     if (leitura == Leitura::kInexistente && criar(fnConfigurarPath(kNome)) == ZEL_OK)
         leitura = abrir();
     if (leitura != Leitura::kLido) return ZEL_ARQUIVO_INDISPONIVEL;
@@ -96,19 +97,20 @@ int Diario::abrirOuCriar() {
 // Zeros that are written take room that no other file can take, and cost less at each flush than
 // room that is only reserved.
 int Diario::ocupar(std::size_t tamanho) {
-    const std::string zeros(kPedaco, '\0');
-    for (std::size_t lugar = tamanho_ / kPedaco * kPedaco; lugar < tamanho; lugar += kPedaco)
+    const std::string zeros(kZeros, '\0');
+    for (std::size_t lugar = tamanho_ / kZeros * kZeros; lugar < tamanho; lugar += kZeros)
         if (const std::size_t inicio = std::max(lugar, tamanho_);
             !escreverTudo(arquivo_.fd(), std::string_view(zeros).substr(inicio - lugar), inicio))
             return ZEL_ARQUIVO_INDISPONIVEL;
     if (insistir([&] { return ::fsync(arquivo_.fd()); }) != 0) return ZEL_ARQUIVO_INDISPONIVEL;
-    tamanho_ = (tamanho + kPedaco - 1) / kPedaco * kPedaco;
+    tamanho_ = (tamanho + kZeros - 1) / kZeros * kZeros;
     return ZEL_OK;
 }
 
 int Diario::criar(const std::string &caminho) {
     arquivo_ = Descritor(caminho.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
     if (!arquivo_.aberto()) return ZEL_ARQUIVO_INDISPONIVEL;
+    darAoDonoDoDiretorio(arquivo_.fd(), caminho);
     tamanho_ = 0;
     const int feito =
         ocupar(kTamanho) == ZEL_OK ? descarregarDiretorio(caminho) : int{ZEL_ARQUIVO_INDISPONIVEL};
@@ -205,13 +207,14 @@ void Diario::carimbar(std::vector<CarimboDiario> carimbos) {
 int Diario::esvaziar(std::size_t tamanho) {
     if (kInicio + tamanho > tamanho_ && ocupar(kInicio + tamanho) != ZEL_OK)
         return ZEL_ARQUIVO_INDISPONIVEL;
-    if (!escreverTudo(arquivo_.fd(), std::string(kSetor, '\0'), kInicio))
-        return ZEL_ARQUIVO_INDISPONIVEL;
     fim_ = kInicio;
     ultimo_.sequencia = 0;
     ultimo_.epoca = agora();
+    // The stamps first: a process that knew the old end sees by them that it is one no more.
     carimbar({});
-    return ZEL_OK;
+    if (escreverTudo(arquivo_.fd(), std::string(kSetor, '\0'), kInicio)) return ZEL_OK;
+    arquivo_.fechar();
+    return ZEL_ARQUIVO_INDISPONIVEL;
 }
 
 } // namespace zel

@@ -3,11 +3,11 @@
 // files themselves need no flush: whatever a power cut tears in them is put right from here. Knows
 // where records stand and which one is the last; what they mean for the files is Gravacao's.
 //
-//   journal = stamps of the last record (one sector) {record}
+//   journal = stamps of the last record (one sector, in a block of its own) {record}
 //
 // The records of one epoch follow each other by their sequence numbers; where that breaks off, or a
 // checksum does not fit, the journal ends. Emptied, it begins again at its first record, in another
-// epoch. A record written later never touches a sector of an earlier one.
+// epoch. A record written later never touches a block of an earlier one.
 #pragma once
 
 #include "util/Descritor.h"
@@ -25,6 +25,10 @@ public:
     // The same, and makes one of zeros where there is none, flushed. 1 or -52.
     int abrirOuCriar();
     void fechar() { arquivo_.fechar(); }
+
+    // Whether somebody else than this user, or root, owns it: what he has it say is his to say
+    // about his own files only.
+    bool alheio() const { return alheio_; }
 
     // What stands in it.
     struct Conteudo {
@@ -59,7 +63,7 @@ public:
     int esvaziar(std::size_t tamanho = 0);
 
 private:
-    static constexpr std::size_t kInicio = kSetor;
+    static constexpr std::size_t kInicio = kBloco;
 
     int criar(const std::string &caminho);
     int ocupar(std::size_t tamanho);
@@ -67,6 +71,7 @@ private:
     bool segue(const RegistroDiario &registro) const;
 
     Descritor arquivo_;
+    bool alheio_ = false;
     std::size_t tamanho_ = 0;
     std::size_t fim_ = kInicio;           // of the last record
     RegistroDiario ultimo_;               // without its changes; sequence 0 for none

@@ -12,9 +12,9 @@ constexpr std::int64_t kFolga = 60'000'000'000; // nanoseconds
 
 bool EstadoDiario::ehDeOutro(const Identidade &achada) const {
     if (!carimbo) return achada.mudanca > limite;
-    if (achada.mudanca != carimbo->mudanca) return achada.mudanca > carimbo->mudanca;
-    // Within one tick of the clock.
-    return achada.no != carimbo->no || achada.tamanho != carimbo->tamanho;
+    // Not by size or inode: a file whose bytes were not flushed comes back shorter, on some file
+    // systems with the time of its last change. Another mode or link changes no bytes.
+    return achada.mudanca > carimbo->mudanca && achada.escrita != carimbo->escrita;
 }
 
 EstadosDiario::EstadosDiario(const Diario::Conteudo &conteudo) {

@@ -22,7 +22,10 @@ struct Gravador {
     pid_t processo = 0;
     // Files that hold what the journal says, as they stood when that was last seen.
     std::map<std::string, Identidade, std::less<>> cadeias;
-    bool atrasado = false; // a file lacks what the journal has
+    bool atrasado = false;  // a file may lack what the journal has
+    bool perdeu = false;    // a flush was refused: what a file seems to hold may not reach the disk
+    bool recomecar = false; // the journal is damaged: nothing may follow what it still has
+    bool mudou = false;     // this process changed a file
     ~Gravador();
 };
 
@@ -163,12 +166,12 @@ int aplicar(const Plano &plano) {
                            plano.mudanca->ligacao);
 }
 
-// The record is on the disk: what fails from here on is put right later.
-void seguir(const std::vector<Plano> &planos) {
+// The record is on the disk: what fails from here on is put right later. Whether nothing did.
+bool seguir(const std::vector<Plano> &planos) {
     constexpr int kTentativas = 2; // what hinders it once may not hinder it twice
     Gravador &g = gravador();
     std::vector<CarimboDiario> carimbos;
-    bool nomes = false;
+    bool nomes = false, todos = true;
     for (const Plano &plano : planos) {
         int feito = ZEL_ARQUIVO_INDISPONIVEL;
         for (int vez = 0; vez < kTentativas && feito != ZEL_OK; ++vez)
@@ -176,7 +179,7 @@ void seguir(const std::vector<Plano> &planos) {
         CarimboDiario carimbo{std::string(plano.mudanca->nome), {}};
         if (feito != ZEL_OK || identificar(plano.caminho, plano.mudanca->ligacao,
                                            carimbo.identidade) != Leitura::kLido) {
-            g.atrasado = true;
+            todos = false;
             g.cadeias.erase(carimbo.nome);
             continue;
         }
@@ -186,6 +189,7 @@ void seguir(const std::vector<Plano> &planos) {
     }
     if (nomes) carimbos.push_back({"", identificarDiretorio(fnConfigurarPath(""))});
     g.diario.carimbar(std::move(carimbos));
+    return todos;
 }
 
 // Flushes every file that the journal speaks of, and their names.
@@ -201,36 +205,48 @@ int descarregarTudo() {
 
 int esvaziar(std::size_t tamanho) {
     Gravador &g = gravador();
-    if (g.atrasado || descarregarTudo() != ZEL_OK || g.diario.esvaziar(tamanho) != ZEL_OK)
+    if (g.atrasado) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (descarregarTudo() != ZEL_OK) {
+        g.perdeu = g.atrasado = true;
         return ZEL_ARQUIVO_INDISPONIVEL;
+    }
+    if (g.diario.esvaziar(tamanho) != ZEL_OK) {
+        g.atrasado = true;
+        return ZEL_ARQUIVO_INDISPONIVEL;
+    }
     g.cadeias.clear();
+    g.recomecar = false;
     return ZEL_OK;
 }
 
 // Puts a file in the state that the journal has for it, unless somebody wrote it since; a missing
 // one when it was not `removido`.
 int acertar(const std::string &nome, const EstadoDiario &estado, bool removido) {
+    Gravador &g = gravador();
     const std::string caminho = fnConfigurarPath(nome);
+    // Nobody else's journal leads out of his directory.
+    const Ligacao ligacao = g.diario.alheio() ? Ligacao::kNaoSeguida : estado.ligacao;
     Identidade identidade;
     std::string conteudo;
-    switch (identificar(caminho, estado.ligacao, identidade)) {
+    switch (identificar(caminho, ligacao, identidade)) {
     case Leitura::kFalha:
         return ehLigacao(caminho) ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
     case Leitura::kInexistente:
         if (removido) return ZEL_OK;
         break;
     case Leitura::kLido:
-        if (lerArquivo(caminho, conteudo, estado.ligacao) != Leitura::kLido)
+        if (lerArquivo(caminho, conteudo, ligacao) != Leitura::kLido)
             return ZEL_ARQUIVO_INDISPONIVEL;
         if (conteudo != estado.conteudo && estado.ehDeOutro(identidade)) return ZEL_OK;
-        if (conteudo != estado.conteudo) break;
-        gravador().cadeias[nome] = identidade;
+        if (conteudo != estado.conteudo || g.perdeu) break;
+        g.cadeias[nome] = identidade;
         return ZEL_OK;
     }
-    if (substituirArquivo(caminho, estado.conteudo, estado.acesso, estado.ligacao) != ZEL_OK ||
-        identificar(caminho, estado.ligacao, identidade) != Leitura::kLido)
+    g.mudou = true;
+    if (substituirArquivo(caminho, estado.conteudo, estado.acesso, ligacao) != ZEL_OK ||
+        identificar(caminho, ligacao, identidade) != Leitura::kLido)
         return ZEL_ARQUIVO_INDISPONIVEL;
-    gravador().cadeias[nome] = identidade;
+    g.cadeias[nome] = identidade;
     return ZEL_OK;
 }
 
@@ -246,6 +262,7 @@ int recuperar() {
     case Leitura::kInexistente:
         break;
     case Leitura::kLido:
+        g.recomecar = conteudo.faltamUltimos;
         const EstadosDiario estados(conteudo);
         // As it was before anything is put right.
         const Identidade diretorio = identificarDiretorio(fnConfigurarPath(""));
@@ -253,18 +270,33 @@ int recuperar() {
             if (acertar(nome, estado, estados.foiRemovido(estado, diretorio)) != ZEL_OK)
                 return ZEL_ARQUIVO_INDISPONIVEL;
     }
-    g.atrasado = false;
+    g.atrasado = g.perdeu = false;
     return ZEL_OK;
 }
 
 Gravador::~Gravador() {
-    // The end of the process is a quiet moment; a child that never called has nothing to say.
-    if (processo != ::getpid() || diario.vazio()) return;
+    // The end of the process is a quiet moment; a child that never called, or a reader, has nothing
+    // to say. Nor has a process that ends in the middle of a call: what it was at is put right from
+    // the journal.
+    if (processo != ::getpid() || !mudou || diario.vazio()) return;
     try {
         if (const Vez vez; vez && diario.emDia()) esvaziar(0);
     } catch (...) {
         // The journal is read by the next process.
     }
+}
+
+// What is to be written, and a record of it that has room.
+int planejarRegistro(std::span<const MudancaArquivo> mudancas, std::vector<Plano> &planos,
+                     std::string &registro) {
+    Gravador &g = gravador();
+    if (const int plano = planejarTodas(mudancas, planos); plano != ZEL_OK) return plano;
+    registro = registroDe(planos);
+    if (g.diario.cabe(registro.size())) return ZEL_OK;
+    if (esvaziar(registro.size()) != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (const int plano = planejarTodas(mudancas, planos); plano != ZEL_OK) return plano;
+    registro = registroDe(planos);
+    return g.diario.cabe(registro.size()) ? int{ZEL_OK} : g.diario.esvaziar(registro.size());
 }
 
 } // namespace
@@ -280,24 +312,21 @@ int gravarJuntos(std::span<const MudancaArquivo> mudancas) {
     if ((g.processo != ::getpid() || g.atrasado) && recuperar() != ZEL_OK)
         return ZEL_ARQUIVO_INDISPONIVEL;
     if (g.diario.abrirOuCriar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (g.recomecar && esvaziar(0) != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
     std::vector<Plano> planos;
-    if (const int plano = planejarTodas(mudancas, planos); plano != ZEL_OK) return plano;
-    std::string registro = registroDe(planos);
-    if (!g.diario.cabe(registro.size())) {
-        if (esvaziar(registro.size()) != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
-        if (const int plano = planejarTodas(mudancas, planos); plano != ZEL_OK) return plano;
-        registro = registroDe(planos);
-        if (!g.diario.cabe(registro.size()) && g.diario.esvaziar(registro.size()) != ZEL_OK)
-            return ZEL_ARQUIVO_INDISPONIVEL;
-    }
+    std::string registro;
+    if (const int plano = planejarRegistro(mudancas, planos, registro); plano != ZEL_OK)
+        return plano;
+    g.mudou = g.atrasado = true; // until every file has followed, even if the process ends here
     if (preparar(planos) != ZEL_OK || g.diario.acrescentar(registro) != ZEL_OK) {
+        g.atrasado = false;
         abandonar(planos);
         return ZEL_ARQUIVO_INDISPONIVEL;
     }
     try {
-        seguir(planos);
+        g.atrasado = !seguir(planos);
     } catch (...) {
-        g.atrasado = true; // memory ran out; it has happened all the same
+        // Memory ran out; it has happened all the same, and the next call puts it right.
     }
     return ZEL_OK;
 }

@@ -14,6 +14,16 @@ constexpr std::string_view kMarcaCarimbos = "ZELC";
 constexpr std::size_t kAntesDaSoma = 4, kDepoisDaSoma = 8; // bytes from the record's start
 constexpr std::size_t kCabeca = 48;
 
+constexpr std::size_t emBlocos(std::size_t tamanho) {
+    return (tamanho + kBloco - 1) / kBloco * kBloco;
+}
+
+// An entry of a directory, and not of another one.
+bool ehEntrada(const MudancaDiario &mudanca) {
+    return !mudanca.nome.empty() && mudanca.nome != "." && mudanca.nome != ".." &&
+           mudanca.nome.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
+}
+
 template <class Numero>
 void escrever(std::string &bytes, Numero numero) {
     for (std::size_t i = 0; i < sizeof numero; ++i)
@@ -46,6 +56,7 @@ void escreverCarimbos(std::string &bytes, const std::vector<CarimboDiario> &cari
         escrever(bytes, carimbo.identidade.no);
         escrever(bytes, carimbo.identidade.tamanho);
         escrever(bytes, carimbo.identidade.mudanca);
+        escrever(bytes, carimbo.identidade.escrita);
     }
 }
 
@@ -86,6 +97,7 @@ std::vector<CarimboDiario> lerCarimbos(Leitor &leitor) {
         carimbo.identidade.no = leitor.numero<std::uint64_t>();
         carimbo.identidade.tamanho = leitor.numero<std::uint64_t>();
         carimbo.identidade.mudanca = leitor.numero<std::int64_t>();
+        carimbo.identidade.escrita = leitor.numero<std::int64_t>();
     }
     return carimbos;
 }
@@ -127,7 +139,7 @@ std::string escreverRegistroDiario(const RegistroDiario &registro) {
     }
     corrigir(bytes, kDepoisDaSoma, static_cast<std::uint32_t>(bytes.size() - kCabeca));
     corrigir(bytes, kAntesDaSoma, somaCrc32(std::string_view(bytes).substr(kDepoisDaSoma)));
-    bytes.resize((bytes.size() + kSetor - 1) / kSetor * kSetor, '\0');
+    bytes.resize(emBlocos(bytes.size()), '\0');
     return bytes;
 }
 
@@ -150,8 +162,8 @@ std::optional<RegistroDiario> lerRegistroDiario(std::string_view bytes, std::siz
     registro.mudancas.resize(leitor.numero<std::uint8_t>());
     for (MudancaDiario &mudanca : registro.mudancas)
         mudanca = lerMudanca(leitor);
-    if (!leitor.inteiro()) return {};
-    tamanho = (kCabeca + util + kSetor - 1) / kSetor * kSetor;
+    if (!leitor.inteiro() || !std::ranges::all_of(registro.mudancas, ehEntrada)) return {};
+    tamanho = emBlocos(kCabeca + util);
     return registro;
 }
 

@@ -1,17 +1,20 @@
 // One record of the journal as bytes: which files a call changed, and how. All numbers are
 // little-endian. Knows neither files nor what they hold.
 //
-//   record     = head payload zeros         up to a multiple of 512 bytes
+//   record     = head payload zeros         up to a multiple of 4096 bytes
 //   head       = "ZEL1" crc32:4 size:4 place:4 epoch:8 sequence:8 moment:8 inode:8
 //   payload    = count:1 {stamp} count:1 {change}
-//   stamp      = length:1 name inode:8 size:8 changed:8
+//   stamp      = length:1 name inode:8 size:8 changed:8 written:8
 //   change     = length:1 name form:1 mode:1 at:8 removed:8 size:8 bytes
 //
 // crc32 is taken over all that follows it, to the end of the payload, whose length is `size`.
 // `epoch` is the moment at which the journal last began anew, `sequence` counts from 1 since then.
 // `place` is the checksum of the data directory's path, `inode` the journal's own: a journal that
 // was copied elsewhere has neither. `mode` is 1 for a private file, plus 2 where a link is
-// followed. `moment` and `changed` are nanoseconds since 1970.
+// followed. `moment`, `changed` (ctime) and `written` (mtime) are nanoseconds since 1970.
+//
+// A name is that of an entry of the data directory: a record with another one is not read, for a
+// checksum is no proof of who wrote it.
 #pragma once
 
 #include "util/Arquivo.h"
@@ -25,7 +28,10 @@
 
 namespace zel {
 
-inline constexpr std::size_t kSetor = 512;
+inline constexpr std::size_t kSetor = 512; // what every disk writes whole or not at all
+// What a record begins and ends at: the sector of a disk of today, the page of a file system. A
+// write that a power cut tears takes no earlier record with it.
+inline constexpr std::size_t kBloco = 4096;
 
 enum class FormaMudanca : std::uint8_t {
     kTrecho,      // `retirados` bytes at `lugar` become `bytes`
@@ -64,7 +70,7 @@ struct RegistroDiario {
     std::vector<MudancaDiario> mudancas; // views into the bytes read
 };
 
-// The record's bytes, a multiple of kSetor.
+// The record's bytes, a multiple of kBloco.
 std::string escreverRegistroDiario(const RegistroDiario &registro);
 
 // The record at the start of `bytes`, and in `tamanho` the bytes that it takes. None when there is

@@ -1,5 +1,6 @@
 #include "util/Trava.h"
 
+#include "util/Arquivo.h"
 #include "util/Descritor.h"
 #include "util/Diretorio.h"
 #include "util/Log.h"
@@ -43,8 +44,7 @@ void adequarPermissoes(const std::string &caminho) {
     struct stat diretorio {};
     const std::string pai = caminho.substr(0, caminho.rfind('/') + 1);
     if (::stat(pai.c_str(), &diretorio) != 0) return;
-    if (diretorio.st_uid != ::geteuid() || diretorio.st_gid != ::getegid())
-        static_cast<void>(::fchown(travas.arquivo.fd(), diretorio.st_uid, diretorio.st_gid) == 0);
+    darAoDonoDoDiretorio(travas.arquivo.fd(), caminho);
     static_cast<void>(::fchmod(travas.arquivo.fd(), 0600 | (diretorio.st_mode & 0066)) == 0);
 }
 

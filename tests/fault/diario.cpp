@@ -9,7 +9,10 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <optional>
 #include <random>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -17,6 +20,7 @@ namespace {
 
 constexpr const char *kDiario = "ZEL_Framework.diario", *kConfig = "ZEL_Framework.xml",
                      *kRegistros = "ArqPersist.bin", *kEnvio = "documentosEnvio.xml";
+constexpr std::size_t kBloco = 4096; // of the journal
 constexpr std::size_t kPrimeiraVenda = 5, kUltimoPagamento = 19, kEncerrar = 21;
 
 class DoDiario : public testing::Test {
@@ -105,6 +109,78 @@ TEST_F(DoDiario, um_bit_trocado_recusa_o_registro) {
     }
 }
 
+// What was damaged is not gone on with: the records after it must not follow new ones, nor may
+// these hide that there had been some.
+TEST_F(DoDiario, danificado_recomeca_sem_perder_o_que_os_arquivos_tem) {
+    for (unsigned semente = 1; semente <= (tudo() ? 400U : 40U); ++semente) {
+        SCOPED_TRACE(semente);
+        std::mt19937 sorte(semente);
+        disco::Fotografia foto = ensaio_.foto(kUltimoPagamento);
+        std::string &diario = foto[kDiario];
+        const std::size_t lugar = kBloco + sorte() % (diario.size() - kBloco);
+        diario[lugar] = static_cast<char>(diario[lugar] ^ (1 << sorte() % 8));
+        revelarDeAgora(foto);
+        religar([&](const Funcoes &f, const Retrato &) {
+            EXPECT_GT(ensaio_.fazer(kUltimoPagamento, f), 0);
+        });
+        religar([&](const Funcoes &, const Retrato &achado) {
+            recusarSe("afterwards", diferenca(achado, ensaio_.retrato(kUltimoPagamento + 1)));
+        });
+    }
+}
+
+// Another process that empties the journal is killed at any write of that; the till goes on.
+TEST_F(DoDiario, esvaziado_por_outro_que_morre) {
+    const auto caixa = [&](int n) {
+        const Processo till(ensaio_.diretorio());
+        const int fim = disco::emOutroProcesso([&] {
+            std::optional<Processo> outro(std::in_place, ensaio_.diretorio());
+            for (const char *valor : {"2.0", "1.0"})
+                if (outro->funcoes().regAlterarValor_ZEL("IDE\\verProc", valor) != ZEL_OK) return 1;
+            const disco::Vigia vigia(
+                {.ato = disco::Plano::Ato::kMorrer, .em = n, .soMudancas = true});
+            outro.reset(); // unloads the library
+            return 0;
+        });
+        if (fim != 0 && fim != disco::kMorto) return 1;
+        for (std::size_t passo = kUltimoPagamento; passo <= kEncerrar; ++passo)
+            if (ensaio_.fazer(passo, till.funcoes()) <= 0) return 1;
+        return fim == disco::kMorto ? 2 : 0;
+    };
+    int mortes = 0;
+    for (int n = 1, fim = 2; fim == 2; ++n) {
+        SCOPED_TRACE(n);
+        ensaio_.preparar(kUltimoPagamento);
+        fim = disco::emOutroProcesso([&] { return caixa(n); });
+        EXPECT_NE(fim, 1);
+        mortes += fim == 2;
+        religar([&](const Funcoes &, const Retrato &achado) {
+            disco::Fotografia arquivos = achado.arquivos;
+            for (const char *nome : {kRegistros, kEnvio})
+                EXPECT_EQ(arquivos[nome], ensaio_.retrato(kEncerrar + 1).arquivos.at(nome));
+            EXPECT_EQ(achado.memoria, ensaio_.retrato(kEncerrar + 1).memoria);
+        });
+    }
+    EXPECT_GT(mortes, 2);
+}
+
+// Another mode is not another file.
+TEST_F(DoDiario, permissoes_mudadas_nao_guardam_um_arquivo_rasgado) {
+    ensaio_.preparar(kPrimeiraVenda);
+    disco::Fotografia foto = ensaio_.foto(kPrimeiraVenda);
+    {
+        const Processo processo(ensaio_.diretorio());
+        const disco::Vigia vigia;
+        ASSERT_GT(ensaio_.fazer(kPrimeiraVenda, processo.funcoes()), 0);
+        foto[kDiario] = disco::fotografar(ensaio_.diretorio())[kDiario];
+        for (const disco::Evento &evento : vigia.eventos())
+            disco::ver(evento);
+    }
+    disco::revelar(ensaio_.diretorio(), foto, disco::Idade::kVista);
+    fs::permissions(ensaio_.diretorio() + kConfig, fs::perms::owner_all);
+    ensaio_.conferirSucessor(kPrimeiraVenda, true);
+}
+
 // A journal that was restored from a backup, or came with the files of another till.
 TEST_F(DoDiario, antigo_ou_alheio_nao_muda_os_arquivos) {
     const Ensaio outro(roteiros()[1]);
@@ -118,6 +194,8 @@ TEST_F(DoDiario, antigo_ou_alheio_nao_muda_os_arquivos) {
             recusarSe("found", diferenca(achado, ensaio_.retrato(kUltimoPagamento)));
             for (std::size_t passo = kUltimoPagamento; passo <= kEncerrar; ++passo)
                 EXPECT_GT(ensaio_.fazer(passo, f), 0) << ensaio_.nome(passo);
+            // Room that is sure.
+            EXPECT_GE(fs::file_size(ensaio_.diretorio() + kDiario), std::uintmax_t{4} << 20);
         });
     }
 }
@@ -160,6 +238,35 @@ TEST_F(DoDiario, o_que_alguem_mudou_depois_fica) {
             }
         });
     }
+}
+
+// One that cannot be read hides nothing, and lets nothing change.
+TEST_F(DoDiario, ilegivel_deixa_ler_os_arquivos) {
+    disco::revelar(ensaio_.diretorio(), ensaio_.foto(kUltimoPagamento));
+    fs::remove(ensaio_.diretorio() + kDiario);
+    fs::create_directory(ensaio_.diretorio() + kDiario);
+    religar([&](const Funcoes &f, const Retrato &achado) {
+        EXPECT_EQ(achado.memoria, ensaio_.retrato(kUltimoPagamento).memoria);
+        EXPECT_EQ(ensaio_.fazer(kUltimoPagamento, f), ZEL_ARQUIVO_INDISPONIVEL);
+    });
+    fs::remove(ensaio_.diretorio() + kDiario);
+    religar([&](const Funcoes &, const Retrato &achado) {
+        recusarSe("afterwards", diferenca(achado, ensaio_.retrato(kUltimoPagamento)));
+    });
+}
+
+// The first call was root's, in the directory of the till's user.
+TEST_F(DoDiario, e_de_quem_tem_o_diretorio) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root gives files away";
+    constexpr uid_t kUsuario = 65534;
+    disco::revelar(ensaio_.diretorio(), {});
+    ASSERT_EQ(::chown(ensaio_.diretorio().c_str(), kUsuario, kUsuario), 0);
+    religar([](const Funcoes &f, const Retrato &) {
+        EXPECT_EQ(f.regAlterarValor_ZEL("IDE\\verProc", "2.0"), ZEL_OK);
+    });
+    struct stat dados {};
+    ASSERT_EQ(::stat((ensaio_.diretorio() + kDiario).c_str(), &dados), 0);
+    EXPECT_EQ(dados.st_uid, kUsuario);
 }
 
 // The disk is full, or refuses, when the journal is to be made: the first call of a till.

@@ -22,6 +22,13 @@ std::vector<disco::Evento> gravar(const Ensaio &ensaio, std::size_t passo) {
     return vigia.eventos();
 }
 
+// Both, or by turns in a selection.
+std::vector<disco::Idade> idades(int discos) {
+    using disco::Idade;
+    if (tudo()) return {Idade::kAntiga, Idade::kVista};
+    return {discos % 2 == 0 ? Idade::kVista : Idade::kAntiga};
+}
+
 int conferirPasso(const Ensaio &ensaio, std::size_t passo) {
     const std::vector<disco::Evento> eventos = gravar(ensaio, passo);
     disco::Imagens imagens(ensaio.diretorio(), ensaio.foto(passo));
@@ -35,9 +42,11 @@ int conferirPasso(const Ensaio &ensaio, std::size_t passo) {
         ADD_FAILURE() << "success is answered while " << pendencia;
     int discos = 0;
     const auto religar = [&](const disco::Fotografia &imagem, bool feito) {
-        ++discos;
-        disco::revelar(ensaio.diretorio(), imagem);
-        ensaio.conferirSucessor(passo, feito);
+        for (const disco::Idade idade : idades(discos)) {
+            ++discos;
+            disco::revelar(ensaio.diretorio(), imagem, idade);
+            ensaio.conferirSucessor(passo, feito);
+        }
     };
     for (const disco::Fotografia &imagem : antes)
         if (!depois.contains(imagem)) religar(imagem, false);
@@ -92,9 +101,11 @@ private:
     void religar(bool feito) {
         SCOPED_TRACE(ensaio_.nome(passo_));
         for (const disco::Fotografia &imagem : imagens_.sorteadas(tudo() ? 12 : 3, sorte_)) {
-            ++discos_;
-            disco::revelar(ensaio_.diretorio(), imagem);
-            ensaio_.conferirSucessor(passo_, feito);
+            for (const disco::Idade idade : idades(discos_)) {
+                ++discos_;
+                disco::revelar(ensaio_.diretorio(), imagem, idade);
+                ensaio_.conferirSucessor(passo_, feito);
+            }
         }
     }
 

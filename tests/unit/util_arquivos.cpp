@@ -3,6 +3,7 @@
 #include "ZEL_FelborFramework.h"
 #include "util/Cripto.h"
 #include "util/Historico.h"
+#include "util/RegistroDiario.h"
 
 #include <ctime>
 #include <gtest/gtest.h>
@@ -86,4 +87,24 @@ TEST(Historico, stamp_follows_the_zone_of_the_moment) {
     antes != nullptr ? ::setenv("TZ", zonaAnterior.c_str(), 1) : ::unsetenv("TZ");
     const std::filesystem::directory_iterator copias(pasta / "");
     EXPECT_EQ(std::distance(begin(copias), end(copias)), 2);
+}
+
+// A checksum is no proof of who wrote a journal.
+TEST(RegistroDiario, names_of_the_directory_alone) {
+    const std::pair<std::string_view, bool> casos[] = {{"ArqPersist.bin", true},
+                                                       {"..a", true},
+                                                       {"", false},
+                                                       {".", false},
+                                                       {"..", false},
+                                                       {"../a", false},
+                                                       {"/etc/a", false},
+                                                       {"a/b", false},
+                                                       {std::string_view("a\0b", 3), false}};
+    for (const auto &[nome, aceito] : casos) {
+        RegistroDiario registro;
+        registro.mudancas.push_back({.nome = nome, .bytes = "x"});
+        std::size_t tamanho = 0;
+        EXPECT_EQ(lerRegistroDiario(escreverRegistroDiario(registro), tamanho).has_value(), aceito)
+            << nome;
+    }
 }

@@ -8,7 +8,7 @@ namespace disco {
 namespace {
 
 constexpr std::string_view kDiario = ".diario";
-constexpr std::size_t kSetor = 512;
+constexpr std::size_t kSetor = 512, kBloco = 4096;
 
 } // namespace
 
@@ -114,8 +114,10 @@ void Imagens::aplicar(const Evento &evento) {
         mudarNomes({evento.chamada, nome(evento.caminho),
                     evento.outro.empty() ? std::string() : nome(evento.outro), nullptr});
         break;
-    case Chamada::kLer:
     case Chamada::kSituacao:
+        ver(evento);
+        break;
+    case Chamada::kLer:
     case Chamada::kPermissao:
     case Chamada::kTravar:
         break;
@@ -164,8 +166,9 @@ std::vector<std::string> Imagens::pendencias() const {
     std::vector<std::string> nomes;
     for (const auto &[nome, no] : nomes_) {
         if (!nome.ends_with(kDiario)) continue;
-        // The first sector alone may be lost.
-        if (no->durante.substr(kSetor) != no->gravado.substr(std::min(kSetor, no->gravado.size())))
+        // The stamps alone, in the first block, may be lost.
+        const std::size_t inicio = std::min(kBloco, no->durante.size());
+        if (no->durante.substr(inicio) != no->gravado.substr(std::min(inicio, no->gravado.size())))
             nomes.push_back(nome + " has bytes that are not flushed");
         if (!gravados_.contains(nome) || gravados_.at(nome) != no)
             nomes.push_back(nome + " stands under a name that is not flushed");

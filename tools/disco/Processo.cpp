@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::uintmax_t kTamanhoDiario = std::uintmax_t{2} << 20;
+constexpr std::uintmax_t kTamanhoDiario = std::uintmax_t{4} << 20;
 
 // Its end is zeros that need not be kept.
 bool ehDiario(const std::string &nome) {
@@ -49,7 +49,7 @@ Fotografia fotografar(const std::string &diretorio) {
     return fotografia;
 }
 
-void revelar(const std::string &diretorio, const Fotografia &fotografia) {
+void revelar(const std::string &diretorio, const Fotografia &fotografia, Idade idade) {
     for (const fs::directory_entry &entrada : fs::directory_iterator(diretorio))
         fs::remove_all(entrada.path());
     for (const auto &[nome, bytes] : fotografia) {
@@ -59,7 +59,7 @@ void revelar(const std::string &diretorio, const Fotografia &fotografia) {
         if (ehDiario(nome)) fs::resize_file(diretorio + nome, kTamanhoDiario);
         fs::permissions(diretorio + nome, fs::perms::owner_read | fs::perms::owner_write);
     }
-    envelhecer(diretorio);
+    envelhecer(diretorio, idade);
 }
 
 int emOutroProcesso(const std::function<int()> &acao) {

@@ -12,8 +12,9 @@ namespace disco {
 // end.
 Fotografia fotografar(const std::string &diretorio);
 
-// Makes the directory hold these files and nothing else, as written long ago.
-void revelar(const std::string &diretorio, const Fotografia &fotografia);
+// Makes the directory hold these files and nothing else.
+void revelar(const std::string &diretorio, const Fotografia &fotografia,
+             Idade idade = Idade::kAntiga);
 
 // Runs `acao` in a process of its own. Its answer (0 to 125), kMorto where a plan ended it, or
 // kSemResposta when it fell, or said nothing for a minute.

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -19,18 +20,29 @@ namespace {
 Vigia *vigia = nullptr;
 long relogio = 0;
 
-// By inode, when a file that was aged last changed.
-std::map<ino_t, timespec> &envelhecidos() {
-    static std::map<ino_t, timespec> mudancas;
-    return mudancas;
+// By inode, the true times of a file that was aged and those that are told instead.
+std::map<ino_t, std::pair<Tempos, Tempos>> &envelhecidos() {
+    static std::map<ino_t, std::pair<Tempos, Tempos>> tempos;
+    return tempos;
+}
+
+// By path, what was told last.
+std::map<std::string, Tempos> &vistos() {
+    static std::map<std::string, Tempos> tempos;
+    return tempos;
+}
+
+void trocar(timespec &tempo, const timespec &verdadeiro, const timespec &contado) {
+    if (tempo.tv_sec == verdadeiro.tv_sec && tempo.tv_nsec == verdadeiro.tv_nsec) tempo = contado;
 }
 
 int contarIdade(int resultado, struct stat *dados) {
     if (resultado != 0) return resultado;
     const auto antigo = envelhecidos().find(dados->st_ino);
-    if (antigo != envelhecidos().end() && antigo->second.tv_sec == dados->st_ctim.tv_sec &&
-        antigo->second.tv_nsec == dados->st_ctim.tv_nsec)
-        dados->st_ctim = {1, 0};
+    if (antigo == envelhecidos().end()) return resultado;
+    const auto &[verdadeiros, contados] = antigo->second;
+    trocar(dados->st_ctim, verdadeiros.mudanca, contados.mudanca);
+    trocar(dados->st_mtim, verdadeiros.escrita, contados.escrita);
     return resultado;
 }
 
@@ -108,13 +120,14 @@ Vigia::Destino Vigia::julgar(Chamada chamada) {
     if (cortada && chamada != Chamada::kEscrever) return Destino::kFazer;
     disparou_ = true;
     if (plano_.ato == Ato::kMorrer) _exit(kMorto);
+    if (plano_.ato == Ato::kSair) std::exit(kMorto);
     if (plano_.ato == Ato::kMorrerNoMeio) return Destino::kMetadeEMorrer;
     cheio_ = plano_.ato == Ato::kCurtaCheia;
     errno = plano_.erro;
     return cortada ? Destino::kMetade : Destino::kRecusar;
 }
 
-void envelhecer(const std::string &diretorio) {
+void envelhecer(const std::string &diretorio, Idade idade) {
     namespace fs = std::filesystem;
     envelhecidos().clear();
     std::vector<fs::path> todos{diretorio};
@@ -122,8 +135,19 @@ void envelhecer(const std::string &diretorio) {
         todos.push_back(entrada.path());
     for (const fs::path &um : todos) {
         struct stat dados {};
-        if (::stat(um.c_str(), &dados) == 0) envelhecidos()[dados.st_ino] = dados.st_ctim;
+        if (::stat(um.c_str(), &dados) != 0) continue;
+        const auto visto = vistos().find(um);
+        // A directory's time goes to the disk together with the names in it.
+        const bool recente =
+            idade == Idade::kVista && visto != vistos().end() && !S_ISDIR(dados.st_mode);
+        envelhecidos()[dados.st_ino] = {{dados.st_ctim, dados.st_mtim},
+                                        recente ? visto->second : Tempos{{1, 0}, {1, 0}}};
     }
+}
+
+void ver(const Evento &evento) {
+    if (evento.chamada == Chamada::kSituacao && !evento.caminho.empty() && evento.fd < 0)
+        vistos()[evento.caminho] = evento.tempos;
 }
 
 void fixarRelogio(long segundos) {
@@ -147,6 +171,15 @@ int comCaminhos(Chamada chamada, const char *caminho, const char *outro, Real re
         [&](int) {
             return Evento{.caminho = absoluto(caminho),
                           .outro = outro == nullptr ? "" : absoluto(outro)};
+        });
+}
+
+template <class Real>
+int perguntar(const char *caminho, struct stat *dados, Real real) {
+    return passar(
+        Chamada::kSituacao, [&](Destino) { return contarIdade(real(caminho, dados), dados); },
+        [&](int) {
+            return Evento{.caminho = absoluto(caminho), .tempos = {dados->st_ctim, dados->st_mtim}};
         });
 }
 
@@ -266,14 +299,12 @@ int fstat(int fd, struct stat *dados) noexcept {
 
 int lstat(const char *caminho, struct stat *dados) noexcept {
     static const auto real = proxima<int(const char *, struct stat *)>("lstat");
-    return comCaminhos(Chamada::kSituacao, caminho, nullptr,
-                       [&] { return contarIdade(real(caminho, dados), dados); });
+    return perguntar(caminho, dados, real);
 }
 
 int stat(const char *caminho, struct stat *dados) noexcept {
     static const auto real = proxima<int(const char *, struct stat *)>("stat");
-    return comCaminhos(Chamada::kSituacao, caminho, nullptr,
-                       [&] { return contarIdade(real(caminho, dados), dados); });
+    return perguntar(caminho, dados, real);
 }
 
 int ftruncate(int fd, off_t tamanho) noexcept {

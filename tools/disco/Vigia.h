@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <ctime>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,6 +33,10 @@ inline constexpr std::size_t kChamadas = 13;
 // Does it change what a later process finds?
 bool muda(Chamada chamada);
 
+struct Tempos {
+    timespec mudanca{}, escrita{}; // ctime and mtime
+};
+
 // A call that succeeded.
 struct Evento {
     Chamada chamada{};
@@ -42,6 +47,7 @@ struct Evento {
     std::string bytes{};                // kEscrever
     std::optional<std::size_t> lugar{}; // kEscrever: where; none behind the end
     std::size_t tamanho = 0;            // kCortar: the new size; kLer: bytes read
+    Tempos tempos{};                    // kSituacao by path
 };
 
 // What happens to one call, counted from 1 among those that `soMudancas` leaves to count.
@@ -49,6 +55,7 @@ struct Plano {
     enum class Ato {
         kNada,
         kMorrer,       // before the call
+        kSair,         // exit(3) before the call, as a signal handler may
         kMorrerNoMeio, // a write that gets half its bytes out; other calls pass
         kErro,         // answers -1 with `erro`; nothing is done
         kErroSempre,   // that, and each call behind it
@@ -91,10 +98,12 @@ private:
     std::vector<Evento> eventos_;
 };
 
-// The files and the directory as they stand now were written long ago: as long as nothing changes
-// one, it is told to have changed in 1970. Together with the contents of a disk image, this is what
-// a process finds after a power cut.
-void envelhecer(const std::string &diretorio);
+// The times of the files and the directory as they stand now, as long as nothing changes one: long
+// ago, or those that the file of its name was last seen with (`ver`). A power cut may leave old
+// bytes under either.
+enum class Idade { kAntiga, kVista };
+void envelhecer(const std::string &diretorio, Idade idade);
+void ver(const Evento &evento); // any; those of kSituacao tell times
 
 // The seconds that `time` answers from now on, so that two runs write the same bytes; 0 for the
 // real ones.
