@@ -2,6 +2,7 @@
 
 #include "ZEL_FelborFramework.h"
 #include "util/Descritor.h"
+#include "util/Recusa.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -83,15 +84,17 @@ bool descarregar(const Descritor &diretorio) {
 // (where it can). Should the directory refuse to be flushed, the old file comes back.
 bool tomarLugar(const std::string &de, const std::string &para) {
     const Descritor diretorio(diretorioDe(para).c_str(), O_RDONLY | O_DIRECTORY);
-    if (!diretorio.aberto() && errno != EACCES) return false;
+    if (!diretorio.aberto() && errno != EACCES) return falhouArquivo(para);
 
     const bool existia = existeArquivo(para);
     const std::string antigo = std::string(de).append(kAntigo);
     const bool trocados = existia && trocarDeLugar(de, para);
     if (!trocados) {
         removerArquivo(antigo);
-        if (existia && ::link(para.c_str(), antigo.c_str()) != 0 && errno == ENOSPC) return false;
+        if (existia && ::link(para.c_str(), antigo.c_str()) != 0 && errno == ENOSPC)
+            return falhouArquivo(para);
         if (::rename(de.c_str(), para.c_str()) != 0) {
+            falhouArquivo(para);
             removerArquivo(antigo);
             return false;
         }
@@ -100,6 +103,7 @@ bool tomarLugar(const std::string &de, const std::string &para) {
         if (existia) removerArquivo(trocados ? de : antigo);
         return true;
     }
+    falhouArquivo(para);
     // What cannot be taken back either has happened.
     const bool voltou = trocados ? trocarDeLugar(de, para)
                                  : ::rename(existia ? antigo.c_str() : para.c_str(),
@@ -123,12 +127,13 @@ bool escreverNovo(const std::string &caminho, std::string_view conteudo, Acesso 
                   const std::optional<struct stat> &antigo, Descarga descarga = Descarga::kJa) {
     const mode_t permissoes = acesso == Acesso::kUmask ? 0666 : 0600;
     Descritor arquivo(caminho.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, permissoes);
-    if (!arquivo.aberto()) return false;
-    if (acesso != Acesso::kUmask && antigo && !herdarPermissoes(arquivo, *antigo)) return false;
-    if (!escreverTudo(arquivo.fd(), conteudo)) return false;
-    if (descarga == Descarga::kJa && insistir([&] { return ::fsync(arquivo.fd()); }) != 0)
-        return false;
-    return arquivo.fechar();
+    const bool escrito =
+        arquivo.aberto() &&
+        (acesso == Acesso::kUmask || !antigo || herdarPermissoes(arquivo, *antigo)) &&
+        escreverTudo(arquivo.fd(), conteudo) &&
+        (descarga == Descarga::kNenhuma || insistir([&] { return ::fsync(arquivo.fd()); }) == 0) &&
+        arquivo.fechar();
+    return escrito || falhouArquivo(caminho);
 }
 
 std::string destinoDe(const std::string &caminho, Ligacao ligacao) {
@@ -148,16 +153,16 @@ Identidade identidadeDe(const struct stat &dados) {
 // Writes into what is no file (a device, a pipe with a reader), without waiting for it.
 int escreverAtraves(const std::string &caminho, std::string_view conteudo) {
     const Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK);
-    return arquivo.aberto() && escreverTudo(arquivo.fd(), conteudo) ? ZEL_OK
-                                                                    : ZEL_ARQUIVO_INDISPONIVEL;
+    const bool escrito = arquivo.aberto() && escreverTudo(arquivo.fd(), conteudo);
+    return escrito ? int{ZEL_OK} : arquivoIndisponivel(caminho);
 }
 
 // Writes a regular file over where it stands, and back when that fails.
 int sobrescrever(const std::string &caminho, std::string_view conteudo) {
     std::string antigo;
-    if (lerArquivo(caminho, antigo) != Leitura::kLido) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (lerArquivo(caminho, antigo) != Leitura::kLido) return arquivoIndisponivel();
     const Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK);
-    if (!arquivo.aberto()) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!arquivo.aberto()) return arquivoIndisponivel(caminho);
     const auto escrever = [&](std::string_view texto) {
         const auto tamanho = static_cast<off_t>(texto.size());
         return escreverTudo(arquivo.fd(), texto, 0) &&
@@ -165,8 +170,9 @@ int sobrescrever(const std::string &caminho, std::string_view conteudo) {
                insistir([&] { return ::fsync(arquivo.fd()); }) == 0;
     };
     if (escrever(conteudo)) return ZEL_OK;
+    const int codigo = arquivoIndisponivel(caminho);
     escrever(antigo);
-    return ZEL_ARQUIVO_INDISPONIVEL;
+    return codigo;
 }
 
 } // namespace
@@ -175,9 +181,15 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao li
     conteudo.clear();
     // Not blocking: a pipe in the place of a file must not hold up the till.
     const Descritor arquivo(caminho.c_str(), O_RDONLY | O_NONBLOCK | naoSeguir(ligacao));
-    if (!arquivo.aberto()) return errno == ENOENT ? Leitura::kInexistente : Leitura::kFalha;
+    if (!arquivo.aberto()) {
+        falhouArquivo(caminho);
+        return errno == ENOENT ? Leitura::kInexistente : Leitura::kFalha;
+    }
     struct stat dados {};
-    if (::fstat(arquivo.fd(), &dados) != 0 || !S_ISREG(dados.st_mode)) return Leitura::kFalha;
+    if (::fstat(arquivo.fd(), &dados) != 0 || !S_ISREG(dados.st_mode)) {
+        naoEhArquivo(caminho);
+        return Leitura::kFalha;
+    }
 
     // One byte more than the file holds, so that the end is met in the same read.
     std::size_t lidos = 0;
@@ -186,6 +198,7 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao li
         const ssize_t parte = insistir(
             [&] { return ::read(arquivo.fd(), conteudo.data() + lidos, conteudo.size() - lidos); });
         if (parte < 0) {
+            falhouArquivo(caminho);
             conteudo.clear();
             return Leitura::kFalha;
         }
@@ -202,9 +215,11 @@ int substituirArquivo(const std::string &caminho, std::string_view conteudo, Ace
     const std::string destino =
         ligacao == Ligacao::kSeguida ? seguirLigacoes(caminho) : std::string(caminho);
     const auto antigo = situacao(destino);
-    if (!antigo && !naoExiste()) return ZEL_ARQUIVO_INDISPONIVEL;
-    if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode))
-        return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!antigo && !naoExiste()) return arquivoIndisponivel(destino);
+    if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode)) {
+        naoEhArquivo(destino);
+        return arquivoIndisponivel();
+    }
     const std::string novo = std::string(destino).append(kRascunho);
     removerArquivo(novo); // left by a process that died
     // The mode of a link says nothing.
@@ -215,22 +230,27 @@ int substituirArquivo(const std::string &caminho, std::string_view conteudo, Ace
     const int erro = errno;
     removerArquivo(novo);
     errno = erro;
-    return ZEL_ARQUIVO_INDISPONIVEL;
+    return arquivoIndisponivel();
 }
 
 int criarArquivo(const std::string &caminho, std::string_view conteudo) {
     const std::string novo = std::string(caminho).append(kRascunho);
-    if (existeArquivo(caminho) || existeArquivo(novo)) return ZEL_RECUSADO;
+    if (existeArquivo(caminho) || existeArquivo(novo)) return recusar(Motivo::kNomeTomado);
     if (!escreverNovo(novo, conteudo, Acesso::kUmask, {})) {
         // Somebody else's in this instant is not ours to remove.
         const bool alheio = errno == EEXIST;
         if (!alheio) removerArquivo(novo);
-        return alheio ? ZEL_RECUSADO : ZEL_ARQUIVO_INDISPONIVEL;
+        return alheio ? recusar(Motivo::kNomeTomado) : arquivoIndisponivel();
     }
-    int resultado = ::link(novo.c_str(), caminho.c_str()) == 0 ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
-    if (resultado != ZEL_OK && errno == EEXIST) resultado = ZEL_RECUSADO;
-    if (resultado == ZEL_ARQUIVO_INDISPONIVEL && (errno == EPERM || errno == EOPNOTSUPP))
-        resultado = renomearArquivo(novo, caminho); // a file system without links
+    int resultado = ZEL_OK;
+    if (::link(novo.c_str(), caminho.c_str()) != 0) {
+        if (errno == EEXIST)
+            resultado = recusar(Motivo::kNomeTomado);
+        else if (errno == EPERM || errno == EOPNOTSUPP)
+            resultado = renomearArquivo(novo, caminho); // a file system without links
+        else
+            resultado = arquivoIndisponivel(caminho);
+    }
     removerArquivo(novo);
     return resultado == ZEL_OK ? descarregarDiretorio(caminho) : resultado;
 }
@@ -240,7 +260,7 @@ int gravarDestino(const std::string &caminho, std::string_view conteudo) {
     const auto antigo = situacao(destino);
     if (!antigo)
         return naoExiste() ? substituirArquivo(destino, conteudo, Acesso::kUmask)
-                           : int{ZEL_ARQUIVO_INDISPONIVEL};
+                           : arquivoIndisponivel(destino);
     if (!S_ISREG(antigo->st_mode)) return escreverAtraves(destino, conteudo);
     // A file that only another owner may have in a directory that only he may change is written in
     // its place.
@@ -258,15 +278,21 @@ int escreverArquivo(const std::string &caminho, std::string_view conteudo, Acess
     if (escreverNovo(novo, conteudo, acesso, {}) && renomearArquivo(novo, caminho) == ZEL_OK)
         return ZEL_OK;
     removerArquivo(novo);
-    return ZEL_ARQUIVO_INDISPONIVEL;
+    return arquivoIndisponivel();
 }
 
 Leitura identificar(const std::string &caminho, Ligacao ligacao, Identidade &identidade) {
     struct stat dados {};
     const int resultado = ligacao == Ligacao::kSeguida ? ::stat(caminho.c_str(), &dados)
                                                        : ::lstat(caminho.c_str(), &dados);
-    if (resultado != 0) return naoExiste() ? Leitura::kInexistente : Leitura::kFalha;
-    if (!S_ISREG(dados.st_mode)) return Leitura::kFalha;
+    if (resultado != 0) {
+        falhouArquivo(caminho);
+        return naoExiste() ? Leitura::kInexistente : Leitura::kFalha;
+    }
+    if (!S_ISREG(dados.st_mode)) {
+        naoEhArquivo(caminho);
+        return Leitura::kFalha;
+    }
     identidade = identidadeDe(dados);
     return Leitura::kLido;
 }
@@ -285,15 +311,17 @@ int escreverRascunho(const std::string &caminho, std::string_view conteudo, Aces
                      Ligacao ligacao) {
     const std::string destino = destinoDe(caminho, ligacao), novo = rascunhoDe(destino);
     const auto antigo = situacao(destino);
-    if (!antigo && !naoExiste()) return ZEL_ARQUIVO_INDISPONIVEL;
-    if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode))
-        return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!antigo && !naoExiste()) return arquivoIndisponivel(destino);
+    if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode)) {
+        naoEhArquivo(destino);
+        return arquivoIndisponivel();
+    }
     removerArquivo(novo); // left by a process that died
     const bool herda = antigo && S_ISREG(antigo->st_mode);
     if (escreverNovo(novo, conteudo, acesso, herda ? antigo : std::nullopt, Descarga::kNenhuma))
         return ZEL_OK;
     removerArquivo(novo);
-    return ZEL_ARQUIVO_INDISPONIVEL;
+    return arquivoIndisponivel();
 }
 
 int instalarRascunho(const std::string &caminho, Ligacao ligacao) {
@@ -309,29 +337,30 @@ int escreverNoLugar(const std::string &caminho, std::size_t lugar, std::string_v
                     Ligacao ligacao) {
     const Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK | naoSeguir(ligacao));
     return arquivo.aberto() && escreverTudo(arquivo.fd(), bytes, static_cast<off_t>(lugar))
-               ? ZEL_OK
-               : ZEL_ARQUIVO_INDISPONIVEL;
+               ? int{ZEL_OK}
+               : arquivoIndisponivel(caminho);
 }
 
 int descarregarArquivo(const std::string &caminho, Ligacao ligacao) {
     const Descritor arquivo(caminho.c_str(), O_RDONLY | O_NONBLOCK | naoSeguir(ligacao));
     return arquivo.aberto() && insistir([&] { return ::fsync(arquivo.fd()); }) == 0
-               ? ZEL_OK
-               : ZEL_ARQUIVO_INDISPONIVEL;
+               ? int{ZEL_OK}
+               : arquivoIndisponivel(caminho);
 }
 
 int renomearArquivo(const std::string &de, const std::string &para) {
-    return ::rename(de.c_str(), para.c_str()) == 0 ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+    return ::rename(de.c_str(), para.c_str()) == 0 ? int{ZEL_OK} : arquivoIndisponivel(para);
 }
 
 int descarregarDiretorio(const std::string &caminho) {
     const Descritor diretorio(diretorioDe(caminho).c_str(), O_RDONLY | O_DIRECTORY);
-    if (!diretorio.aberto() && errno != EACCES) return ZEL_ARQUIVO_INDISPONIVEL;
-    return descarregar(diretorio) ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+    const bool feito = (diretorio.aberto() || errno == EACCES) && descarregar(diretorio);
+    return feito ? int{ZEL_OK} : arquivoIndisponivel(caminho);
 }
 
 int removerArquivo(const std::string &caminho) {
-    return ::unlink(caminho.c_str()) == 0 || errno == ENOENT ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+    return ::unlink(caminho.c_str()) == 0 || errno == ENOENT ? int{ZEL_OK}
+                                                             : arquivoIndisponivel(caminho);
 }
 
 void removerRascunhos(const std::string &diretorio, bool (*nosso)(std::string_view nome)) {
@@ -353,7 +382,7 @@ bool existeArquivo(const std::string &caminho) {
 
 int alterarNoLugar(const std::string &caminho, std::string_view antes, std::string_view depois) {
     constexpr std::size_t kSetor = 512;
-    if (antes.size() != depois.size()) return ZEL_RECUSADO;
+    if (antes.size() != depois.size()) return recusar(Motivo::kForaDoLugar);
     const auto diferem = [&](std::size_t i) { return antes[i] != depois[i]; };
     std::size_t inicio = 0, fim = antes.size();
     while (inicio < fim && !diferem(inicio))
@@ -361,13 +390,13 @@ int alterarNoLugar(const std::string &caminho, std::string_view antes, std::stri
     if (inicio == fim) return ZEL_OK;
     while (!diferem(fim - 1))
         --fim;
-    if (inicio / kSetor != (fim - 1) / kSetor) return ZEL_RECUSADO;
+    if (inicio / kSetor != (fim - 1) / kSetor) return recusar(Motivo::kForaDoLugar);
 
     const Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK);
     struct stat dados {};
     if (!arquivo.aberto() || ::fstat(arquivo.fd(), &dados) != 0 || !S_ISREG(dados.st_mode) ||
         static_cast<std::size_t>(dados.st_size) != antes.size())
-        return ZEL_RECUSADO;
+        return recusar(Motivo::kForaDoLugar);
     const auto escrever = [&](std::string_view texto) {
         return escreverTudo(arquivo.fd(), texto.substr(inicio, fim - inicio),
                             static_cast<off_t>(inicio));
@@ -375,32 +404,35 @@ int alterarNoLugar(const std::string &caminho, std::string_view antes, std::stri
     const auto gravar = [&] { return insistir([&] { return ::fdatasync(arquivo.fd()); }) == 0; };
     const bool inteiro = escrever(depois);
     if (inteiro && gravar()) return ZEL_OK;
+    falhouArquivo(caminho);
     if (escrever(antes)) {
         gravar();
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     }
     // What cannot be taken back has happened.
-    return inteiro ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+    return inteiro ? int{ZEL_OK} : arquivoIndisponivel();
 }
 
 int acrescentarArquivo(const std::string &caminho, std::size_t tamanho, std::string_view conteudo) {
     const Descritor arquivo(caminho.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK | O_NOFOLLOW);
-    if (!arquivo.aberto()) return errno == ENOENT ? ZEL_RECUSADO : ZEL_ARQUIVO_INDISPONIVEL;
+    if (!arquivo.aberto())
+        return errno == ENOENT ? recusar(Motivo::kForaDoLugar) : arquivoIndisponivel(caminho);
     struct stat dados {};
-    if (::fstat(arquivo.fd(), &dados) != 0) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (::fstat(arquivo.fd(), &dados) != 0) return arquivoIndisponivel(caminho);
     if (!S_ISREG(dados.st_mode) || static_cast<std::size_t>(dados.st_size) != tamanho)
-        return ZEL_RECUSADO;
+        return recusar(Motivo::kForaDoLugar);
 
     const auto gravar = [&] { return insistir([&] { return ::fdatasync(arquivo.fd()); }) == 0; };
     const bool inteiro = escreverTudo(arquivo.fd(), conteudo);
     if (inteiro && gravar()) return ZEL_OK;
+    falhouArquivo(caminho);
     // Half a record would be dropped by the next process, a whole one would come back to life.
     if (insistir([&] { return ::ftruncate(arquivo.fd(), static_cast<off_t>(tamanho)); }) == 0) {
         gravar();
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     }
     // What cannot be taken back has happened.
-    return inteiro ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+    return inteiro ? int{ZEL_OK} : arquivoIndisponivel();
 }
 
 } // namespace zel

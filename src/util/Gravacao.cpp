@@ -4,6 +4,7 @@
 #include "util/Diario.h"
 #include "util/Diretorio.h"
 #include "util/EstadosDiario.h"
+#include "util/Recusa.h"
 #include "util/Trava.h"
 
 #include <algorithm>
@@ -94,7 +95,7 @@ int planejar(const MudancaArquivo &mudanca, Plano &plano) {
     Identidade achada;
     const Leitura leitura = identificar(plano.caminho, mudanca.ligacao, achada);
     // A link that is not followed makes way.
-    if (leitura == Leitura::kFalha && !ehLigacao(plano.caminho)) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (leitura == Leitura::kFalha && !ehLigacao(plano.caminho)) return arquivoIndisponivel();
     const bool seguida = leitura == Leitura::kLido && continua(plano, achada);
     if (mudanca.fim && seguida && achada.tamanho == mudanca.fim->tamanho) {
         planejarFim(plano, *mudanca.fim);
@@ -103,7 +104,7 @@ int planejar(const MudancaArquivo &mudanca, Plano &plano) {
     if (mudanca.fim && leitura == Leitura::kLido && achada.tamanho == mudanca.fim->tamanho) {
         // The journal does not know it yet.
         if (lerArquivo(plano.caminho, plano.inteiro, mudanca.ligacao) != Leitura::kLido)
-            return ZEL_ARQUIVO_INDISPONIVEL;
+            return arquivoIndisponivel();
         plano.inteiro.resize(std::min(plano.inteiro.size(), mudanca.fim->lugar));
         plano.inteiro.append(mudanca.depois);
         planejarFim(plano, *mudanca.fim);
@@ -152,7 +153,7 @@ int preparar(const std::vector<Plano> &planos) {
     for (const Plano &plano : planos)
         if (!plano.noLugar && escreverRascunho(plano.caminho, plano.depois, plano.mudanca->acesso,
                                                plano.mudanca->ligacao) != ZEL_OK)
-            return ZEL_ARQUIVO_INDISPONIVEL;
+            return arquivoIndisponivel();
     return ZEL_OK;
 }
 
@@ -170,7 +171,7 @@ void seguir(const std::vector<Plano> &planos) {
     std::vector<CarimboDiario> carimbos;
     bool nomes = false;
     for (const Plano &plano : planos) {
-        int feito = ZEL_ARQUIVO_INDISPONIVEL;
+        int feito = jaRecusado(Motivo::kArquivo);
         for (int vez = 0; vez < kTentativas && feito != ZEL_OK; ++vez)
             feito = aplicar(plano);
         CarimboDiario carimbo{std::string(plano.mudanca->nome), {}};
@@ -194,7 +195,7 @@ int descarregarTudo() {
         // The configuration may be a link; no other file is followed.
         const std::string caminho = fnConfigurarPath(nome);
         if (descarregarArquivo(caminho, Ligacao::kSeguida) != ZEL_OK && existeArquivo(caminho))
-            return ZEL_ARQUIVO_INDISPONIVEL;
+            return arquivoIndisponivel();
     }
     return descarregarDiretorio(fnConfigurarPath(""));
 }
@@ -202,7 +203,7 @@ int descarregarTudo() {
 int esvaziar(std::size_t tamanho) {
     Gravador &g = gravador();
     if (g.atrasado || descarregarTudo() != ZEL_OK || g.diario.esvaziar(tamanho) != ZEL_OK)
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     g.cadeias.clear();
     return ZEL_OK;
 }
@@ -215,13 +216,13 @@ int acertar(const std::string &nome, const EstadoDiario &estado, bool removido) 
     std::string conteudo;
     switch (identificar(caminho, estado.ligacao, identidade)) {
     case Leitura::kFalha:
-        return ehLigacao(caminho) ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+        return ehLigacao(caminho) ? int{ZEL_OK} : arquivoIndisponivel();
     case Leitura::kInexistente:
         if (removido) return ZEL_OK;
         break;
     case Leitura::kLido:
         if (lerArquivo(caminho, conteudo, estado.ligacao) != Leitura::kLido)
-            return ZEL_ARQUIVO_INDISPONIVEL;
+            return arquivoIndisponivel();
         if (conteudo != estado.conteudo && estado.ehDeOutro(identidade)) return ZEL_OK;
         if (conteudo != estado.conteudo) break;
         gravador().cadeias[nome] = identidade;
@@ -229,7 +230,7 @@ int acertar(const std::string &nome, const EstadoDiario &estado, bool removido) 
     }
     if (substituirArquivo(caminho, estado.conteudo, estado.acesso, estado.ligacao) != ZEL_OK ||
         identificar(caminho, estado.ligacao, identidade) != Leitura::kLido)
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     gravador().cadeias[nome] = identidade;
     return ZEL_OK;
 }
@@ -242,7 +243,7 @@ int recuperar() {
     g.atrasado = true;
     switch (g.diario.ler(conteudo)) {
     case Leitura::kFalha:
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     case Leitura::kInexistente:
         break;
     case Leitura::kLido:
@@ -251,7 +252,7 @@ int recuperar() {
         const Identidade diretorio = identificarDiretorio(fnConfigurarPath(""));
         for (const auto &[nome, estado] : estados.arquivos())
             if (acertar(nome, estado, estados.foiRemovido(estado, diretorio)) != ZEL_OK)
-                return ZEL_ARQUIVO_INDISPONIVEL;
+                return arquivoIndisponivel();
     }
     g.atrasado = false;
     return ZEL_OK;
@@ -278,21 +279,21 @@ int acompanharDiario() {
 int gravarJuntos(std::span<const MudancaArquivo> mudancas) {
     Gravador &g = gravador();
     if ((g.processo != ::getpid() || g.atrasado) && recuperar() != ZEL_OK)
-        return ZEL_ARQUIVO_INDISPONIVEL;
-    if (g.diario.abrirOuCriar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
+    if (g.diario.abrirOuCriar() != ZEL_OK) return arquivoIndisponivel();
     std::vector<Plano> planos;
     if (const int plano = planejarTodas(mudancas, planos); plano != ZEL_OK) return plano;
     std::string registro = registroDe(planos);
     if (!g.diario.cabe(registro.size())) {
-        if (esvaziar(registro.size()) != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+        if (esvaziar(registro.size()) != ZEL_OK) return arquivoIndisponivel();
         if (const int plano = planejarTodas(mudancas, planos); plano != ZEL_OK) return plano;
         registro = registroDe(planos);
         if (!g.diario.cabe(registro.size()) && g.diario.esvaziar(registro.size()) != ZEL_OK)
-            return ZEL_ARQUIVO_INDISPONIVEL;
+            return arquivoIndisponivel();
     }
     if (preparar(planos) != ZEL_OK || g.diario.acrescentar(registro) != ZEL_OK) {
         abandonar(planos);
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     }
     try {
         seguir(planos);

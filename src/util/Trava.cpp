@@ -3,6 +3,8 @@
 #include "util/Descritor.h"
 #include "util/Diretorio.h"
 #include "util/Log.h"
+#include "util/Mascara.h"
+#include "util/Recusa.h"
 
 #include <ctime>
 #include <fcntl.h>
@@ -68,7 +70,7 @@ bool preparar() {
         if (travas.arquivo.aberto()) adequarPermissoes(caminho);
     }
     travas.processo = ::getpid();
-    return travas.arquivo.aberto();
+    return travas.arquivo.aberto() || falhouArquivo(caminho);
 }
 
 bool semSuporte(int erro) {
@@ -85,8 +87,8 @@ bool travar(off_t lugar, short tipo) {
     if (insistir([&] { return ::fcntl(travas.arquivo.fd(), F_OFD_SETLK, &pedido); }) == 0)
         return true;
     if (!semSuporte(errno)) return false;
-    registrarLog("o sistema de arquivos de " + fnConfigurarPath("") +
-                 " nao tem travas: dois processos ali nao sao separados");
+    registrarLog("o sistema de arquivos de " + caminhoEmUmaLinha(fnConfigurarPath("")) +
+                 " não tem travas: dois processos ali não são separados");
     return travas.semTravas = true;
 }
 
@@ -106,12 +108,20 @@ bool esperarVez() {
 
 } // namespace
 
+int Vez::recusa() {
+    return recusar(travas.arquivo.aberto() ? Motivo::kVezDeOutro : Motivo::kArquivo);
+}
+
 Vez::Vez() : obtida_(preparar() && (travas.vezes > 0 || esperarVez())) {
     if (obtida_) ++travas.vezes;
 }
 
 Vez::~Vez() {
     if (obtida_ && --travas.vezes == 0) travar(kLugarDaVez, F_UNLCK);
+}
+
+int PosseDoCupom::recusa() {
+    return recusar(travas.arquivo.aberto() ? Motivo::kCupomDeOutro : Motivo::kArquivo);
 }
 
 PosseDoCupom::PosseDoCupom() : obtida_(preparar()), nova_(obtida_ && !travas.cupom) {
