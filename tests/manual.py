@@ -48,7 +48,7 @@ LINGUAS = {"sh", "c", "python", "make", "text", "xml", "mermaid"}
 MASCARAS = ((r"[0-9]{44}", "CHAVE"), (r"\b1[0-9]{14}\b", "PROTOCOLO"), (r"\b[0-9a-fA-F]{40,}\b", "HEXA"),
             (r"[0-9]{4}-[0-9]{2}-[0-9]{2}([T ])[0-9:]{8}", r"DATA\1"), (r"[0-9]{8}_[0-9]{6}", "DATA"),
             (r"[0-9]{2}/[0-9]{2}/[0-9]{4} [0-9:]{8}", "DATA"),
-            (r"DATA [-+][0-9]{4} \[[0-9]+\] ", "DATA PROCESSO "), (r"[0-9]+\.[0-9]{3} ms", "TEMPO ms"),
+            (r"DATA  [-+][0-9]{4} \[[0-9]+\] ", "DATA PROCESSO "), (r"[0-9]+\.[0-9]{3} ms", "TEMPO ms"),
             (r"([0-9]{4} ){10}[0-9]{4}", "CHAVE"), (r"(<cDV>|<cNF>)[0-9]+", r"\1"))
 CASA = "/home/ana"
 

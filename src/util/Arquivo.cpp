@@ -186,8 +186,9 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao li
         return errno == ENOENT ? Leitura::kInexistente : Leitura::kFalha;
     }
     struct stat dados {};
-    if (::fstat(arquivo.fd(), &dados) != 0 || !S_ISREG(dados.st_mode)) {
-        naoEhArquivo(caminho);
+    const bool conhecido = ::fstat(arquivo.fd(), &dados) == 0;
+    if (!conhecido || !S_ISREG(dados.st_mode)) {
+        conhecido ? naoEhArquivo(caminho) : falhouArquivo(caminho);
         return Leitura::kFalha;
     }
 

@@ -71,8 +71,9 @@ Leitura Diario::abrir() {
         return errno == ENOENT ? Leitura::kInexistente : Leitura::kFalha;
     }
     struct stat dados {};
-    if (::fstat(arquivo_.fd(), &dados) != 0 || !S_ISREG(dados.st_mode)) {
-        naoEhArquivo(caminho);
+    const bool conhecido = ::fstat(arquivo_.fd(), &dados) == 0;
+    if (!conhecido || !S_ISREG(dados.st_mode)) {
+        conhecido ? naoEhArquivo(caminho) : falhouArquivo(caminho);
         arquivo_.fechar();
         return Leitura::kFalha;
     }

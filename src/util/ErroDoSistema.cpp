@@ -15,7 +15,7 @@ struct LinhaErro {
     std::string_view nome, texto;
 };
 
-constexpr std::array<LinhaErro, 27> kErros{{
+constexpr std::array<LinhaErro, 28> kErros{{
     {kNaoEhArquivo, "", "não é um arquivo comum"},
     {0, "", "o sistema não disse por quê"},
     {EACCES, "EACCES", "permissão negada"},
@@ -41,6 +41,7 @@ constexpr std::array<LinhaErro, 27> kErros{{
     {ENODEV, "ENODEV", "o dispositivo não existe"},
     {ESTALE, "ESTALE", "o servidor de arquivos perdeu o arquivo"},
     {ENOLCK, "ENOLCK", "o sistema de arquivos não tem travas"},
+    {EINTR, "EINTR", "a operação foi interrompida"},
     {EXDEV, "EXDEV", "está em outro sistema de arquivos"},
     {EINVAL, "EINVAL", "o sistema de arquivos não aceita a operação"},
 }};

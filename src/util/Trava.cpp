@@ -28,6 +28,7 @@ struct Travas {
     bool semTravas = false;
     bool cupom = false;
     int vezes = 0; // turns within each other
+    int erro = 0;  // of the last lock that was not had
 };
 
 Travas travas;
@@ -86,6 +87,7 @@ bool travar(off_t lugar, short tipo) {
     if (travas.semTravas) return true;
     if (insistir([&] { return ::fcntl(travas.arquivo.fd(), F_OFD_SETLK, &pedido); }) == 0)
         return true;
+    travas.erro = errno;
     if (!semSuporte(errno)) return false;
     registrarLog("o sistema de arquivos de " + caminhoEmUmaLinha(fnConfigurarPath("")) +
                  " não tem travas: dois processos ali não são separados");
@@ -93,7 +95,14 @@ bool travar(off_t lugar, short tipo) {
 }
 
 bool ocupada() {
-    return errno == EAGAIN || errno == EACCES;
+    return travas.erro == EAGAIN || travas.erro == EACCES;
+}
+
+int recusarTrava(Motivo deOutro) {
+    if (travas.arquivo.aberto() && ocupada()) return recusar(deOutro);
+    if (!travas.arquivo.aberto()) return arquivoIndisponivel();
+    errno = travas.erro;
+    return arquivoIndisponivel(kArquivo);
 }
 
 bool esperarVez() {
@@ -109,7 +118,7 @@ bool esperarVez() {
 } // namespace
 
 int Vez::recusa() {
-    return recusar(travas.arquivo.aberto() ? Motivo::kVezDeOutro : Motivo::kArquivo);
+    return recusarTrava(Motivo::kVezDeOutro);
 }
 
 Vez::Vez() : obtida_(preparar() && (travas.vezes > 0 || esperarVez())) {
@@ -121,7 +130,7 @@ Vez::~Vez() {
 }
 
 int PosseDoCupom::recusa() {
-    return recusar(travas.arquivo.aberto() ? Motivo::kCupomDeOutro : Motivo::kArquivo);
+    return recusarTrava(Motivo::kCupomDeOutro);
 }
 
 PosseDoCupom::PosseDoCupom() : obtida_(preparar()), nova_(obtida_ && !travas.cupom) {

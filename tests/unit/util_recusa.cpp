@@ -18,6 +18,10 @@ std::size_t alocacoes = 0;
     if (void *memoria = std::malloc(tamanho)) return memoria;
     throw std::bad_alloc();
 }
+[[gnu::noinline]] void *operator new(std::size_t tamanho, const std::nothrow_t &) noexcept {
+    ++alocacoes;
+    return std::malloc(tamanho);
+}
 [[gnu::noinline]] void operator delete(void *memoria) noexcept {
     std::free(memoria);
 }
