@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
+#include <poll.h>
 #include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -96,6 +97,12 @@ void escreverLinha(int fd, const std::string &linha) {
         insistir([&] { return ::write(fd, linha.data(), linha.size()); });
 }
 
+// Whether a line can be written without waiting for a reader.
+bool recebe(int fd) {
+    pollfd pedido{fd, POLLOUT, 0};
+    return ::poll(&pedido, 1, 0) == 1;
+}
+
 Descritor abrirArquivo(const std::string &caminho) {
     return {caminho.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOFOLLOW, 0600};
 }
@@ -146,8 +153,10 @@ void registrarLog(std::string_view texto) noexcept {
         const std::string linha =
             momento().append(" [").append(processo).append("] ").append(texto).append("\n");
         const std::string_view destino = opcoes().destino;
-        destino == "stderr" ? escreverLinha(STDERR_FILENO, linha)
-                            : acrescentar(std::string(destino), linha);
+        if (destino != "stderr")
+            acrescentar(std::string(destino), linha);
+        else if (recebe(STDERR_FILENO))
+            escreverLinha(STDERR_FILENO, linha);
     } catch (...) {
         // Memory ran out for a line.
     }

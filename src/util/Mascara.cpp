@@ -10,7 +10,8 @@ namespace zel {
 
 namespace {
 
-enum class Sigilo { kNenhum, kDocumento, kPessoal, kSegredo };
+// kCurto: what is longer than it can rightly be may be somebody's name.
+enum class Sigilo { kNenhum, kCurto, kDocumento, kPessoal, kSegredo };
 
 struct LinhaSigilo {
     std::string_view campo;
@@ -18,7 +19,7 @@ struct LinhaSigilo {
 };
 
 // By the last name of a path, without regard to case.
-constexpr std::array<LinhaSigilo, 24> kSigilos{{
+constexpr std::array<LinhaSigilo, 30> kSigilos{{
     {"CPF", Sigilo::kDocumento},
     {"CNPJ", Sigilo::kDocumento},
     {"idEstrangeiro", Sigilo::kDocumento},
@@ -41,11 +42,18 @@ constexpr std::array<LinhaSigilo, 24> kSigilos{{
     {"infAdFisco", Sigilo::kPessoal},
     {"xmlItem", Sigilo::kPessoal},
     {"documentoBase64", Sigilo::kPessoal},
+    {"uf", Sigilo::kCurto},
+    {"codigoMunicipio", Sigilo::kCurto},
+    {"cMun", Sigilo::kCurto},
+    {"municipio", Sigilo::kCurto},
+    {"xMun", Sigilo::kCurto},
+    {"CEP", Sigilo::kCurto},
     {"TokenSefaz", Sigilo::kSegredo},
     {"IDTokenSefaz", Sigilo::kSegredo},
 }};
 
 constexpr std::size_t kDigitosVisiveis = 3;
+constexpr std::size_t kMaiorCurto = 10;
 
 // Eleven or fourteen digits are taken for a person's number wherever they stand: an argument that
 // got into the place of another is what calls are refused for.
@@ -58,8 +66,11 @@ bool pareceDocumento(std::string_view dado) {
 
 Sigilo sigiloDe(std::string_view campo, std::string_view dado) {
     campo = campo.substr(campo.rfind('\\') + 1);
-    for (const LinhaSigilo &linha : kSigilos)
-        if (igualSemCaixa(linha.campo, campo)) return linha.sigilo;
+    for (const LinhaSigilo &linha : kSigilos) {
+        if (!igualSemCaixa(linha.campo, campo)) continue;
+        if (linha.sigilo != Sigilo::kCurto) return linha.sigilo;
+        if (dado.size() > kMaiorCurto && !pareceDocumento(dado)) return Sigilo::kPessoal;
+    }
     return pareceDocumento(dado) ? Sigilo::kDocumento : Sigilo::kNenhum;
 }
 

@@ -72,8 +72,15 @@ const Segredo kSegredos[] = {
                   "Apartamento de numero muito comprido, que nao cabe nos sessenta caracteres",
                   "Centro", "2611606");
      }},
+    {"Zulmira", "uf: \"Z***\"",
+     [](const Caixa &c) {
+         c->aCFAbrir_ZEL("12345678909", "PE", "Rua A", "10", "Centro", "2611606", "Recife",
+                         "Zulmira Souza", "50030230");
+     }},
     {"segredo-do-csc", "TokenSefaz: o valor",
-     [](const Caixa &c) { c->regAlterarValor_ZEL("CONFIGURACAO\\TokenSefaz", "segredo-do-csc</x>"); }},
+     [](const Caixa &c) {
+         c->regAlterarValor_ZEL("CONFIGURACAO\\TokenSefaz", "segredo-do-csc</x>");
+     }},
     {"chave-do-arquivo", "/nao/existe",
      [](const Caixa &c) {
          c->eDescriptografarArquivo_ZEL("/nao/existe", "/x", "chave-do-arquivo");
