@@ -21,6 +21,7 @@ namespace zel {
 namespace {
 
 constexpr off_t kMaximo = 10'000'000;
+constexpr off_t kFolga = 1'000'000; // while another process is at the rename
 constexpr std::string_view kAnterior = ".1";
 
 struct OpcoesLog {
@@ -107,23 +108,23 @@ Descritor abrirArquivo(const std::string &caminho) {
     return {caminho.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOFOLLOW, 0600};
 }
 
-bool ehArquivo(const struct stat &dados) {
-    return S_ISREG(dados.st_mode);
-}
+enum class Giro { kFeito, kDeOutro, kImpossivel };
 
 // Puts the file out of the way. The one who has its lock does so, and only while it still stands
 // under its name: another process may have done it since this one opened the file, and what stands
 // there now is the new one.
-bool girar(const Descritor &arquivo, const std::string &caminho) {
-    if (::flock(arquivo.fd(), LOCK_EX | LOCK_NB) != 0) return false;
+Giro girar(const Descritor &arquivo, const std::string &caminho) {
+    if (::flock(arquivo.fd(), LOCK_EX | LOCK_NB) != 0)
+        return errno == EWOULDBLOCK ? Giro::kDeOutro : Giro::kImpossivel;
     struct stat este {
     }, ali{};
-    if (::fstat(arquivo.fd(), &este) != 0) return false;
-    if (::lstat(caminho.c_str(), &ali) != 0 || ali.st_ino != este.st_ino ||
-        ali.st_dev != este.st_dev)
-        return true;
-    if (::rename(caminho.c_str(), std::string(caminho).append(kAnterior).c_str()) == 0) return true;
-    return ::ftruncate(arquivo.fd(), 0) == 0;
+    if (::fstat(arquivo.fd(), &este) != 0) return Giro::kImpossivel;
+    const bool saiu = ::lstat(caminho.c_str(), &ali) != 0 || ali.st_ino != este.st_ino ||
+                      ali.st_dev != este.st_dev;
+    const bool feito =
+        saiu || ::rename(caminho.c_str(), std::string(caminho).append(kAnterior).c_str()) == 0 ||
+        ::ftruncate(arquivo.fd(), 0) == 0;
+    return feito ? Giro::kFeito : Giro::kImpossivel;
 }
 
 void acrescentar(const std::string &caminho, const std::string &linha) {
@@ -132,10 +133,14 @@ void acrescentar(const std::string &caminho, const std::string &linha) {
         const Descritor arquivo = abrirArquivo(caminho);
         struct stat dados {};
         if (!arquivo.aberto() || ::fstat(arquivo.fd(), &dados) != 0) return;
-        const bool cabe =
-            !ehArquivo(dados) || dados.st_size + static_cast<off_t>(linha.size()) <= kMaximo;
-        if (cabe) return escreverLinha(arquivo.fd(), linha);
-        if (!girar(arquivo, caminho)) return;
+        const off_t tamanho = dados.st_size + static_cast<off_t>(linha.size());
+        if (!S_ISREG(dados.st_mode) || tamanho <= kMaximo)
+            return escreverLinha(arquivo.fd(), linha);
+        const Giro giro = girar(arquivo, caminho);
+        // Wherever the other one puts the file, the line goes with it.
+        if (giro == Giro::kDeOutro && tamanho <= kMaximo + kFolga)
+            escreverLinha(arquivo.fd(), linha);
+        if (giro != Giro::kFeito) return;
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -234,6 +235,26 @@ TEST(Log, que_nao_pode_ser_renomeado_recomeca) {
     encher(log.caminho(), kMaximo);
     fs::create_directories(log.caminho() + ".1/ocupado");
     EXPECT_EQ(recusarChave(caixa, "nova"), ZEL_RECUSADO);
+    ASSERT_EQ(log.linhas().size(), 1U);
+    EXPECT_NE(log.linhas()[0].find("\"nova\""), std::string::npos);
+}
+
+// While one process is at the rename the others neither wait for it, nor rename, nor lose a line.
+TEST(Log, que_outro_processo_esta_renomeando) {
+    const Log log;
+    const Caixa caixa;
+    encher(log.caminho(), kMaximo);
+    const int outro = open(log.caminho().c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(outro, LOCK_EX), 0);
+    EXPECT_EQ(recusarChave(caixa, "durante"), ZEL_RECUSADO);
+    EXPECT_FALSE(fs::exists(log.caminho() + ".1"));
+    ASSERT_EQ(log.linhas().size(), 2U);
+    EXPECT_NE(log.linhas()[1].find("\"durante\""), std::string::npos);
+    fs::resize_file(log.caminho(), kMaximo + 1'000'000); // it never ends: no further
+    EXPECT_EQ(recusarChave(caixa, "demais"), ZEL_RECUSADO);
+    EXPECT_EQ(fs::file_size(log.caminho()), kMaximo + 1'000'000);
+    close(outro);
+    EXPECT_EQ(recusarChave(caixa, "depois"), ZEL_RECUSADO);
     EXPECT_EQ(log.linhas().size(), 1U);
 }
 
