@@ -49,6 +49,12 @@
  *     program is seen. A symbolic link is followed in the place of ZEL_Framework.xml alone.
  * 10. Success means on disk: written, flushed, renamed. A process that dies between two calls, or
  *     within one, leaves a receipt that the next process goes on with.
+ * 11. The reason of a refusal: with the environment variable ZEL_LOG set to an absolute path, or to
+ *     "stderr", every refused call appends a line in Portuguese (UTF-8) with time, function, code,
+ *     field, what was given, shortened and without personal data, and what is allowed, or file and
+ *     system error. ZEL_LOG_NIVEL=chamadas writes every call with its time. Both are read as
+ *     ZEL_DIRETORIO is. At 10 MB the file begins anew, its predecessor stays beside it with ".1"
+ *     behind its name; no call fails for the log.
  *
  * Receipt states: 0 no receipt, 1 opened, 2 selling, 3 totalized, 4 paid in full, 5 closed,
  * 6 cancelled.

@@ -23,8 +23,10 @@
 #include "negocio/Totalizacao.h"
 #include "negocio/Transporte.h"
 #include "negocio/Venda.h"
+#include "util/Chamada.h"
 #include "util/Cripto.h"
 #include "util/Gravacao.h"
+#include "util/Recusa.h"
 #include "util/Trava.h"
 
 #include <algorithm>
@@ -45,71 +47,83 @@ void copiarResultado(std::string_view resultado, char *saida) {
     *std::copy(resultado.begin(), resultado.end(), saida) = '\0';
 }
 
-// Exceptions end here; only exhausted memory raises one.
+// Exceptions end here; only exhausted memory raises one. What every call answers passes through
+// here, and with it the log; `nome` is that of the function that asks.
 template <typename Funcao>
-int semExcecao(Funcao funcao) noexcept {
+int semExcecao(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
+    Chamada chamada(nome);
     try {
-        return funcao();
+        return chamada.responder(funcao());
     } catch (...) {
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return chamada.responder(recusar(Motivo::kSemMemoria));
     }
 }
 
 // Reads: whatever another process does, they go on.
 template <typename Funcao>
-int quadro(Funcao funcao) noexcept {
-    return semExcecao([&] {
-        fnInicializarVariaveis_ZEL();
-        return funcao();
-    });
+int quadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
+    return semExcecao(
+        [&] {
+            fnInicializarVariaveis_ZEL();
+            return funcao();
+        },
+        nome);
 }
 
 // Functions without the frame do without the document in progress, not without their files.
 template <typename Funcao>
-int semQuadro(Funcao funcao) noexcept {
-    return semExcecao([&] {
-        fnPrepararArquivos_ZEL();
-        return funcao();
-    });
+int semQuadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
+    return semExcecao(
+        [&] {
+            fnPrepararArquivos_ZEL();
+            return funcao();
+        },
+        nome);
 }
 
 // Changes of files other than the receipt: one process after the other.
 template <typename Funcao>
 int naVez(Funcao funcao) {
     const Vez vez;
-    return vez && acompanharDiario() == ZEL_OK ? funcao() : int{ZEL_ARQUIVO_INDISPONIVEL};
+    if (!vez) return vez.recusa();
+    const int codigo = acompanharDiario();
+    return codigo == ZEL_OK ? funcao() : codigo;
 }
 
 template <typename Funcao>
-int quadroDeMudanca(Funcao funcao) noexcept {
-    return semExcecao([&] {
-        return naVez([&] {
-            fnInicializarVariaveis_ZEL();
-            return funcao();
-        });
-    });
+int quadroDeMudanca(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
+    return semExcecao(
+        [&] {
+            return naVez([&] {
+                fnInicializarVariaveis_ZEL();
+                return funcao();
+            });
+        },
+        nome);
 }
 
 template <typename Funcao>
-int mudancaSemQuadro(Funcao funcao) noexcept {
-    return semExcecao([&] {
-        return naVez([&] {
-            fnPrepararArquivos_ZEL();
-            return funcao();
-        });
-    });
+int mudancaSemQuadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
+    return semExcecao(
+        [&] {
+            return naVez([&] {
+                fnPrepararArquivos_ZEL();
+                return funcao();
+            });
+        },
+        nome);
 }
 
 // Changes of the receipt: the process that made the first of them, to its end.
 template <typename Funcao>
-int quadroDoCupom(Funcao funcao) noexcept {
-    return semExcecao([&] { return naVez([&] { return fnComPosseDoCupom_ZEL(funcao); }); });
+int quadroDoCupom(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
+    return semExcecao([&] { return naVez([&] { return fnComPosseDoCupom_ZEL(funcao); }); }, nome);
 }
 
 // Hands over the text that a read fills, empty where there is nothing to tell.
 template <typename Leitura>
-int entregar(char *saida, Leitura leitura) {
-    if (saida == nullptr) return ZEL_ARGUMENTO_INVALIDO;
+int entregar(std::string_view nome, char *saida, Leitura leitura) {
+    if (saida == nullptr) return recusar(Motivo::kSaidaNula, {.campo = nome});
     *saida = '\0';
     std::string resultado;
     const int codigo = leitura(resultado);
@@ -380,7 +394,7 @@ int regAlterarValor_ZEL(const char *chave, const char *valor) {
 
 int regRetornarValor_ZEL(const char *chave, char *valor) {
     return quadro([&] {
-        return entregar(valor, [&](std::string &resultado) {
+        return entregar("valor", valor, [&](std::string &resultado) {
             return fnRegRetornarValor_ZEL(texto(chave), resultado);
         });
     });
@@ -393,7 +407,7 @@ int rCFVerificarStatus_ZEL() {
 
 int rInfoEstendida_ZEL(const char *indice, char *valor) {
     return quadro([&] {
-        return entregar(valor, [&](std::string &resultado) {
+        return entregar("valor", valor, [&](std::string &resultado) {
             return fnInfoEstendida_ZEL(texto(indice), resultado);
         });
     });
@@ -401,7 +415,7 @@ int rInfoEstendida_ZEL(const char *indice, char *valor) {
 
 int rURLQrcode_ZEL(char *url) {
     return quadro([&] {
-        return entregar(url, [](std::string &resultado) {
+        return entregar("url", url, [](std::string &resultado) {
             return fnRegRetornarValor_ZEL(R"(NFCE\UrlQrcode)", resultado);
         });
     });
@@ -425,7 +439,7 @@ int GerarArquivoFormatadoNF_ZEL(const char *caminhoXml, const char *caminhoRetor
                                 const char *urlQrcode, int colunas, int tipoDocumento,
                                 const char *reservado, char *saida) {
     return mudancaSemQuadro([&] {
-        return entregar(saida, [&](std::string &resultado) {
+        return entregar("saida", saida, [&](std::string &resultado) {
             return fnGerarArquivoFormatadoNF(texto(caminhoXml), texto(caminhoRetorno),
                                              texto(urlQrcode), colunas, tipoDocumento,
                                              texto(reservado), resultado);
@@ -435,8 +449,9 @@ int GerarArquivoFormatadoNF_ZEL(const char *caminhoXml, const char *caminhoRetor
 
 int RetornarUltimoBufferFormatadoNF_ZEL(char *saida) {
     return semQuadro([&] {
-        return entregar(
-            saida, [](std::string &resultado) { return fnLerArquivoCriptUltimaDanfe(resultado); });
+        return entregar("saida", saida, [](std::string &resultado) {
+            return fnLerArquivoCriptUltimaDanfe(resultado);
+        });
     });
 }
 

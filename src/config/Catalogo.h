@@ -4,9 +4,12 @@
 #pragma once
 
 #include "config/CatalogoTabela.h"
+#include "util/Campo.h"
 #include "util/Texto.h"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -73,6 +76,21 @@ constexpr std::optional<Chave> procurarChave(std::string_view caminho) {
         grupo = *achado;
         caminho.remove_prefix(barra + 1);
     }
+}
+
+inline constexpr std::size_t kMaiorCaminhoDeChave = 80;
+
+// The path of a key, which finds it again but for its second name in a group.
+constexpr Campo<kMaiorCaminhoDeChave> caminhoDa(Chave chave) {
+    std::array<char, kMaiorCaminhoDeChave> bytes{};
+    std::size_t inicio = bytes.size();
+    for (std::uint16_t i = chave.indice; i != 0; i = kLugares[i].grupo) {
+        const std::string_view nome = stZELTAGs[i].nome;
+        if (inicio != bytes.size()) bytes[--inicio] = '\\';
+        inicio -= nome.size();
+        std::copy(nome.begin(), nome.end(), bytes.begin() + static_cast<std::ptrdiff_t>(inicio));
+    }
+    return std::string_view(bytes.data() + inicio, bytes.size() - inicio);
 }
 
 // A path known when the library is compiled; a path that names no key stops the compilation.

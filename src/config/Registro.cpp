@@ -4,6 +4,7 @@
 #include "util/Arquivo.h"
 #include "util/Diretorio.h"
 #include "util/Gravacao.h"
+#include "util/Recusa.h"
 #include "util/TextoXml.h"
 #include "util/Trava.h"
 
@@ -46,7 +47,7 @@ MudancaArquivo mudancaPara(std::string_view texto) {
 // The file's bytes are those in memory, or `lido` when they were just read.
 int gravar(std::string_view texto, std::optional<std::string_view> lido) {
     const Vez vez;
-    if (!vez) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!vez) return vez.recusa();
     MudancaArquivo mudanca = mudancaPara(texto);
     mudanca.antes = lido;
     return gravarJuntos({&mudanca, 1});
@@ -74,14 +75,14 @@ int carregar(std::string &texto) {
     case Leitura::kInexistente:
         return fnXML_CriarArquivo_Felbor_ZEL();
     case Leitura::kFalha:
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     case Leitura::kLido:
         break;
     }
     const auto &conhecido = G_stRegistroZEL_AUX.arquivo;
     if (conhecido && conhecido->texto == texto) return ZEL_OK;
     auto carga = fnXML_CarregarXML(texto, G_stRegistroZEL_AUX.valores);
-    if (!carga) return ZEL_CONFIG_ILEGIVEL;
+    if (!carga) return recusar(Motivo::kConfigIlegivel);
     if (carga->arquivo.texto != texto)
         if (const int codigo = gravar(carga->arquivo.texto, texto); codigo != ZEL_OK) return codigo;
     assumir(std::move(*carga));
@@ -130,10 +131,11 @@ int alterarConfig(std::span<const Alteracao> alteracoes, std::span<const Mudanca
         const std::size_t maximo = stZELTAGs[alteracao.chave.indice].tamanho;
         alteracao.valor.resize(cortarBytes(alteracao.valor, maximo).size());
         // It would end the value in the file.
-        if (alteracao.valor.find("</") != std::string::npos) return ZEL_RECUSADO;
+        if (alteracao.valor.find("</") != std::string::npos)
+            return recusar(Motivo::kValorComFim, {.campo = caminhoDa(alteracao.chave)});
     }
     const Vez vez;
-    if (!vez) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!vez) return vez.recusa();
     if (cortadas.empty()) return outros.empty() ? int{ZEL_OK} : gravarJuntos(outros);
     if (const int codigo = fnXML_CarregarXML_ZEL(); codigo != ZEL_OK) return codigo;
 
@@ -145,7 +147,8 @@ int alterarConfig(std::span<const Alteracao> alteracoes, std::span<const Mudanca
         });
     if (iguais) return outros.empty() ? int{ZEL_OK} : gravarJuntos(outros);
     auto novo = fnXML_AlterarArquivo(*registro.arquivo, cortadas);
-    if (!novo) return ZEL_CONFIG_ILEGIVEL;
+    if (!novo)
+        return recusar(Motivo::kConfigSemLugar, {.campo = caminhoDa(cortadas.front().chave)});
     std::vector<MudancaArquivo> mudancas(outros.begin(), outros.end());
     mudancas.push_back(mudancaPara(novo->texto));
     if (const int codigo = gravarJuntos(mudancas); codigo != ZEL_OK) return codigo;
@@ -172,14 +175,14 @@ int fnInicializarEstruturaDadosZEL_AUX() {
 
 int fnRegRetornarValor_ZEL(std::string_view caminho, std::string &valor) {
     const auto chave = procurarChave(caminho.substr(0, kMaximoCaminho));
-    if (!chave) return ZEL_RECUSADO;
+    if (!chave) return recusar(Motivo::kChaveDesconhecida, {.campo = "chave", .dado = caminho});
     valor = valorConfig(*chave);
     return ZEL_OK;
 }
 
 int fnRegAlterarValor_ZEL(std::string_view caminho, std::string_view valor) {
     const auto chave = procurarChave(caminho.substr(0, kMaximoCaminho));
-    if (!chave) return ZEL_RECUSADO;
+    if (!chave) return recusar(Motivo::kChaveDesconhecida, {.campo = "chave", .dado = caminho});
     const Alteracao alteracao{*chave, std::string(valor)};
     return alterarConfig({&alteracao, 1});
 }

@@ -8,6 +8,7 @@
 #include "util/Diretorio.h"
 #include "util/Gravacao.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 
 #include <algorithm>
 #include <array>
@@ -69,13 +70,13 @@ std::string escreverDocumento(const ST_PersitenceXML_ZEL &documento) {
 
 int lerRegistro(ST_PersitenceXML_ZEL &documento, std::string_view linha) {
     const auto tipo = tipoDaLinha(linha);
-    if (!tipo) return ZEL_RECUSADO;
+    if (!tipo) return recusar(Motivo::kRegistroDanificado);
     const Secao secao = kSecaoDoTipo[*tipo];
     std::string_view conteudo = linha.substr(std::min<std::size_t>(3, linha.size()));
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(secao));
     if (ehLista(secao)) {
         const std::size_t barra = conteudo.find('|');
-        if (barra == conteudo.npos) return ZEL_RECUSADO;
+        if (barra == conteudo.npos) return recusar(Motivo::kRegistroDanificado);
         // A payment's number is the three characters behind the type, whatever they are.
         raiz.valor = secao == Secao::kPagamento
                          ? conteudo.substr(0, 3)
@@ -92,10 +93,10 @@ int guardarDanificado() {
     if (!arquivo.danificado) return ZEL_OK;
     std::string original;
     const Leitura leitura = lerArquivo(caminho(), original, Ligacao::kNaoSeguida);
-    if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (leitura == Leitura::kFalha) return arquivoIndisponivel();
     if (leitura == Leitura::kLido &&
         substituirArquivo(fnConfigurarPath(kNomeDanificado), original, Acesso::kPrivado) != ZEL_OK)
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     arquivo.danificado = false;
     return ZEL_OK;
 }
@@ -138,6 +139,10 @@ bool fnEstruturaLida_ZEL() {
     return arquivo.lido;
 }
 
+int recusarSemDocumento() {
+    return arquivo.lido ? recusar(Motivo::kSemDocumento) : arquivoIndisponivel();
+}
+
 void fnEsquecerEstrutura_ZEL() {
     G_stXML_Persistencia.fnLimpar();
     arquivo = {};
@@ -145,7 +150,7 @@ void fnEsquecerEstrutura_ZEL() {
 
 int fnPersistEstrutura_ZEL(std::span<const Alteracao> alteracoes,
                            std::span<const MudancaArquivo> outros) {
-    if (!arquivo.lido || guardarDanificado() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!arquivo.lido || guardarDanificado() != ZEL_OK) return arquivoIndisponivel();
     const std::string texto = escreverDocumento(G_stXML_Persistencia);
     std::vector<MudancaArquivo> mudancas(outros.begin(), outros.end());
     mudancas.push_back({.nome = kNome, .depois = texto});
@@ -187,7 +192,7 @@ int fnCarregaEstrutura_ZEL(bool *passageira) {
     if (passageira != nullptr) *passageira = true;
     std::string texto;
     const Leitura leitura = lerArquivo(caminho(), texto, Ligacao::kNaoSeguida);
-    if (leitura == Leitura::kFalha) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (leitura == Leitura::kFalha) return arquivoIndisponivel();
 
     // Read apart, for memory may run out on the way.
     ST_PersitenceXML_ZEL documento;
@@ -197,7 +202,7 @@ int fnCarregaEstrutura_ZEL(bool *passageira) {
     if (passageira != nullptr) *passageira = false;
     G_stXML_Persistencia = std::move(documento);
     arquivo = {.lido = true, .tamanho = {}};
-    if (leitura == Leitura::kInexistente) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (leitura == Leitura::kInexistente) return arquivoIndisponivel();
     arquivo.danificado = resultado != ZEL_OK;
     if (inteiro != texto.size()) return resultado;
     assumirInteiro(G_stXML_Persistencia, inteiro);

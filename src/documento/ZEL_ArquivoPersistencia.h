@@ -18,6 +18,9 @@ namespace zel {
 // then nothing is written over it.
 bool fnEstruturaLida_ZEL();
 
+// -52 for an operation that needs the document in progress, where there is none or it was not read.
+int recusarSemDocumento();
+
 // Empties the memory, as in a new process: nothing is written until the file has been read again.
 void fnEsquecerEstrutura_ZEL();
 

@@ -4,6 +4,7 @@
 #include "documento/ZEL_DataHora.h"
 #include "util/Codigos.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 #include "util/TextoXml.h"
 
@@ -61,6 +62,10 @@ std::string comZeros(Chave chave, std::size_t largura) {
     return valor.empty() ? std::string{} : fnZerosLeft(valor, largura);
 }
 
+int recusarNumero(const Emissao &emissao) {
+    return recusar(Motivo::kNumeroDaNota, {.numero = emissao.numero});
+}
+
 // Decides on number and numeric code. 1, or -1 when the number has nowhere to go.
 int numerar(int tipo, Emissao &emissao, std::vector<Alteracao> &numeracao) {
     emissao.numero = lerInteiro(valorConfig(kNumero));
@@ -75,7 +80,7 @@ int numerar(int tipo, Emissao &emissao, std::vector<Alteracao> &numeracao) {
         emissao.codigo = emissao.codigo >= kMaiorCodigo ? 1 : emissao.codigo + 1;
         numeracao.push_back({kCodigo, formatarInteiro(emissao.codigo)});
     }
-    return emissao.numero > kMaiorNumero ? ZEL_RECUSADO : ZEL_OK;
+    return emissao.numero > kMaiorNumero ? recusarNumero(emissao) : int{ZEL_OK};
 }
 
 // The 43 digits and their check digit; not 44 digits when the configuration holds anything else.
@@ -90,6 +95,31 @@ std::string montarChave(const Emissao &emissao) {
     chave += valorConfig(R"(IDE\tpEmis)"_chave);
     chave += formatarInteiro(emissao.codigo, 8);
     return chave += fnCalcula_cDV(chave);
+}
+
+// Names the value that has no place in the key.
+int recusarChave(const Emissao &emissao) {
+    struct Parte {
+        Chave chave;
+        std::string_view nome;
+        int minimo, maximo;
+    };
+    constexpr std::array<Parte, 5> kPartes{{
+        {R"(IDE\cUF)"_chave, R"(IDE\cUF)", 0, 2},
+        {R"(EMIT\CNPJ)"_chave, R"(EMIT\CNPJ)", 0, 14},
+        {R"(IDE\Mod)"_chave, R"(IDE\Mod)", 0, 2},
+        {R"(IDE\Serie)"_chave, R"(IDE\Serie)", 0, 3},
+        {R"(IDE\tpEmis)"_chave, R"(IDE\tpEmis)", 1, 1},
+    }};
+    for (const Parte &parte : kPartes) {
+        const std::string_view valor = valorConfig(parte.chave);
+        const auto tamanho = static_cast<int>(valor.size());
+        if (areDigit(valor) && tamanho >= parte.minimo && tamanho <= parte.maximo) continue;
+        return recusar(
+            Motivo::kParteDaChave,
+            {.campo = parte.nome, .dado = valor, .minimo = parte.minimo, .maximo = parte.maximo});
+    }
+    return recusarNumero(emissao); // or code: below zero
 }
 
 void escreverIde(std::string &texto, int tipo, const Emissao &emissao) {
@@ -141,16 +171,17 @@ void escreverEmit(std::string &texto) {
 
 int cabecalhoZEL(int tipo, std::time_t momento, Cabecalho &cabecalho) {
     cabecalho = {};
-    if (tipo == kRecusado) return ZEL_RECUSADO;
+    if (tipo == kRecusado) return recusar(Motivo::kTipoDeEmissao, {.numero = tipo});
     if (tipo < kNormal || tipo > kMesmaNumeracao) return 0;
 
     Emissao emissao;
     const std::optional<std::tm> local = horaLocal(momento);
-    if (!local) return ZEL_RECUSADO;
+    if (!local) return recusar(Motivo::kRelogio);
     emissao.local = *local;
-    if (numerar(tipo, emissao, cabecalho.numeracao) != ZEL_OK) return ZEL_RECUSADO;
+    if (const int numerado = numerar(tipo, emissao, cabecalho.numeracao); numerado != ZEL_OK)
+        return numerado;
     emissao.chave = montarChave(emissao);
-    if (emissao.chave.size() != 44 || !areDigit(emissao.chave)) return ZEL_RECUSADO;
+    if (!ehChave(emissao.chave)) return recusarChave(emissao);
 
     cabecalho.chave = emissao.chave;
     std::string &texto = cabecalho.texto;

@@ -3,6 +3,7 @@
 #include "ZEL_FelborFramework.h"
 #include "documento/ZEL_Moldes.h"
 #include "documento/ZEL_Parser.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 #include "util/TextoXml.h"
 
@@ -27,15 +28,30 @@ bool temTamanhoCerto(const ST_tagZEL &molde, const ST_tagZEL &entrada) {
            std::cmp_less_equal(tamanho, molde.tamanhoMaximo);
 }
 
+int recusarTamanho(const ST_tagZEL &molde, const ST_tagZEL &entrada) {
+    const std::string_view valor = entrada.valor ? std::string_view(*entrada.valor) : "";
+    return recusar(Motivo::kTagForaDoTamanho,
+                   {.campo = molde.nome,
+                    .dado = valor,
+                    .tamanho = static_cast<long long>(comprimentoXml(valor)),
+                    .minimo = molde.tamanhoMinimo,
+                    .maximo = molde.tamanhoMaximo});
+}
+
+int recusarAusente(const ST_tagZEL &grupo, const ST_tagZEL &ausente) {
+    return recusar(Motivo::kTagAusente, {.campo = ausente.nome, .lugar = grupo.nome});
+}
+
 int verificarFilhos(const ST_tagZEL &molde, ST_tagZEL &entrada);
 
 int verificarNo(const ST_tagZEL &molde, ST_tagZEL &entrada) {
     // A group given empty is taken as it is: nothing in it, nothing to check.
     if (!filhosDe(entrada).empty()) {
-        if (filhosDe(molde).empty()) return ZEL_TAG_SEM_ELEMENTOS;
+        if (filhosDe(molde).empty())
+            return recusar(Motivo::kGrupoNoLugarDeValor, {.campo = molde.nome});
         if (const int codigo = verificarFilhos(molde, entrada); codigo != ZEL_OK) return codigo;
     }
-    if (!temTamanhoCerto(molde, entrada)) return ZEL_TAG_NAO_CONFORME;
+    if (!temTamanhoCerto(molde, entrada)) return recusarTamanho(molde, entrada);
     entrada.tamanhoMinimo = molde.tamanhoMinimo;
     entrada.tamanhoMaximo = molde.tamanhoMaximo;
     entrada.nome = molde.nome;
@@ -47,14 +63,14 @@ int verificarFilhos(const ST_tagZEL &molde, ST_tagZEL &entrada) {
     auto atual = moldes.begin();
     for (ST_tagZEL &filho : *entrada.subTags) {
         for (; atual != moldes.end() && !igualSemCaixa(atual->nome, filho.nome); ++atual)
-            if (atual->obrigatorio) return ZEL_TAG_OBRIGATORIA;
-        if (atual == moldes.end()) return ZEL_TAG_NAO_CONFORME;
+            if (atual->obrigatorio) return recusarAusente(molde, *atual);
+        if (atual == moldes.end())
+            return recusar(Motivo::kTagDesconhecida, {.campo = filho.nome, .lugar = molde.nome});
         if (const int codigo = verificarNo(*atual, filho); codigo != ZEL_OK) return codigo;
         ++atual;
     }
-    return std::any_of(atual, moldes.end(), [](const ST_tagZEL &no) { return no.obrigatorio; })
-               ? ZEL_TAG_OBRIGATORIA
-               : ZEL_OK;
+    atual = std::find_if(atual, moldes.end(), [](const ST_tagZEL &no) { return no.obrigatorio; });
+    return atual == moldes.end() ? int{ZEL_OK} : recusarAusente(molde, *atual);
 }
 
 constexpr bool ehControle(char c) {
@@ -79,17 +95,17 @@ std::string semControles(std::string_view texto) {
 } // namespace
 
 int fnVerificaConformidade_base_raiz(const ST_tagZEL &molde, ST_tagZEL &entrada) {
-    if (filhosDe(entrada).empty()) return ZEL_TAG_SEM_ELEMENTOS;
+    if (filhosDe(entrada).empty()) return recusar(Motivo::kTextoSemElementos);
     return verificarFilhos(molde, entrada);
 }
 
 int fnVerificarTAG_ZEL(Secao secao, ST_tagZEL &raiz) {
     const auto &molde = moldeDaSecao(secao);
-    return molde ? fnVerificaConformidade_base_raiz(*molde, raiz) : int{ZEL_RECUSADO};
+    return molde ? fnVerificaConformidade_base_raiz(*molde, raiz) : recusar(Motivo::kSemMoldes);
 }
 
 int fnVerificarFormatarTAG_ZEL(Secao secao, std::string_view texto, ST_tagZEL &resultado) {
-    if (!moldeDaSecao(secao)) return ZEL_RECUSADO;
+    if (!moldeDaSecao(secao)) return recusar(Motivo::kSemMoldes);
     std::string limpo;
     if (std::any_of(texto.begin(), texto.end(), ehControle)) texto = limpo = semControles(texto);
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(secao));

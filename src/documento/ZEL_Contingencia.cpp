@@ -7,6 +7,7 @@
 #include "documento/ZEL_Montagem.h"
 #include "documento/ZEL_Persistencia.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 
 namespace zel {
 
@@ -15,7 +16,7 @@ int fnGerarXMLContingencia(int tipo, std::string &texto) {
     bool passageira = false;
     const int carga = fnCarregaEstrutura_ZEL(&passageira);
     if (passageira) return carga;
-    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_RECUSADO;
+    if (!G_stXML_Persistencia.temListaDeVendas()) return recusar(Motivo::kReemitirSemItens);
 
     std::string parametros;
     if (tipo == kSubstituicao) {
@@ -26,7 +27,7 @@ int fnGerarXMLContingencia(int tipo, std::string &texto) {
                      numero(R"(IDE\Serie)"_chave) + "</serie></SubstituirDocumento>";
     }
     const int resultado = fnXMLFormatado_ZEL(tipo, texto, {.parametros = parametros});
-    return resultado == 0 ? int{ZEL_RECUSADO} : resultado;
+    return resultado == 0 ? recusar(Motivo::kTipoDeEmissao, {.numero = tipo}) : resultado;
 }
 
 } // namespace zel

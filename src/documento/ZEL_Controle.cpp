@@ -18,8 +18,8 @@ constexpr Chave kChaveEstado = R"(CONFIGURACAO\estadoCFe)"_chave;
 // a receipt every one but opening is refused with -131.
 struct Permissao {
     unsigned estados;
-    int recusaSemCupom;
-    int recusa;
+    Motivo recusaSemCupom;
+    Motivo recusa;
 };
 
 constexpr unsigned em(auto... estados) {
@@ -27,14 +27,14 @@ constexpr unsigned em(auto... estados) {
 }
 
 constexpr std::array<Permissao, 7> kPermissoes{{
-    {em(kNenhum, kEncerrado, kCancelado), ZEL_CUPOM_EM_ANDAMENTO, ZEL_CUPOM_EM_ANDAMENTO},
-    {em(kAberto, kVendendo), ZEL_NENHUM_CUPOM, ZEL_VENDA_FORA_DE_ORDEM},
-    {em(kVendendo), ZEL_NENHUM_CUPOM, ZEL_TOTALIZACAO_FORA_DE_ORDEM},
-    {em(kTotalizado, kPagamento), ZEL_NENHUM_CUPOM, ZEL_PAGAMENTO_FORA_DE_ORDEM},
-    {0, ZEL_NENHUM_CUPOM, ZEL_NENHUM_CUPOM},
-    {em(kPagamento), ZEL_NENHUM_CUPOM, ZEL_ENCERRAMENTO_FORA_DE_ORDEM},
-    {em(kAberto, kVendendo, kTotalizado, kPagamento, kEncerrado), ZEL_NENHUM_CUPOM,
-     ZEL_NENHUM_CUPOM},
+    {em(kNenhum, kEncerrado, kCancelado), Motivo::kCupomEmAndamento, Motivo::kCupomEmAndamento},
+    {em(kAberto, kVendendo), Motivo::kNenhumCupom, Motivo::kVendaForaDeOrdem},
+    {em(kVendendo), Motivo::kNenhumCupom, Motivo::kTotalizacaoForaDeOrdem},
+    {em(kTotalizado, kPagamento), Motivo::kNenhumCupom, Motivo::kPagamentoForaDeOrdem},
+    {0, Motivo::kNenhumCupom, Motivo::kNenhumCupom},
+    {em(kPagamento), Motivo::kNenhumCupom, Motivo::kEncerramentoForaDeOrdem},
+    {em(kAberto, kVendendo, kTotalizado, kPagamento, kEncerrado), Motivo::kNenhumCupom,
+     Motivo::kNenhumCupom},
 }};
 
 } // namespace
@@ -42,10 +42,14 @@ constexpr std::array<Permissao, 7> kPermissoes{{
 int fnVerificarSePosso_ZEL(Operacao operacao) {
     const int estado = fnCFVerificarStatus_ZEL();
     const auto indice = static_cast<std::size_t>(operacao);
-    if (indice >= kPermissoes.size()) return ZEL_NENHUM_CUPOM;
+    if (indice >= kPermissoes.size()) return recusarNoEstado(Motivo::kNenhumCupom);
     const Permissao &permissao = kPermissoes[indice];
     if ((permissao.estados & (1U << estado)) != 0) return ZEL_OK;
-    return estado == kNenhum ? permissao.recusaSemCupom : permissao.recusa;
+    return recusarNoEstado(estado == kNenhum ? permissao.recusaSemCupom : permissao.recusa);
+}
+
+int recusarNoEstado(Motivo motivo) {
+    return recusar(motivo, {.estado = G_EstadoCFe});
 }
 
 Alteracao alteracaoEstado(int estado) {

@@ -4,6 +4,7 @@
 
 #include "config/Registro.h"
 #include "util/Campo.h"
+#include "util/Recusa.h"
 
 namespace zel {
 
@@ -20,6 +21,9 @@ extern Campo<2> ZEL_TIPO_DESC_ACREC;
 
 // May the operation run in the stored state? 1, or -130 to -135.
 int fnVerificarSePosso_ZEL(Operacao operacao);
+
+// The code of a reason that speaks of the state as last read.
+int recusarNoEstado(Motivo motivo);
 
 // Stores the state; answers 1 whatever the write gave, so an operation that must know asks
 // fnCFVerificarStatus_ZEL afterwards.

@@ -3,6 +3,7 @@
 #include "ZEL_FelborFramework.h"
 #include "documento/ZEL_Parser.h"
 #include "util/Codificacao.h"
+#include "util/Recusa.h"
 
 #include <cstddef>
 
@@ -31,7 +32,7 @@ int fnGerarDigestValue(std::string_view xml, std::string &digest, Codificacao co
     const int lido = fnProximaTag_ZEL(documento, recortarNFe(xml), posicao);
     if (lido != ZEL_OK) return lido;
     auto canonico = documento.canonicalizeNFSubTree();
-    if (!canonico) return ZEL_RECUSADO;
+    if (!canonico) return recusar(Motivo::kDocumentoSemForma);
     if (codificacao == Codificacao::kLatin1) canonico = fnParseToUtf8(*canonico);
     digest = codificarBase64(fnConvertToSHA1(*canonico));
     return ZEL_OK;

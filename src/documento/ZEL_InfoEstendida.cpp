@@ -6,6 +6,7 @@
 #include "documento/ZEL_Persistencia.h"
 #include "documento/ZEL_Somas.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 
 #include <algorithm>
 #include <cmath>
@@ -66,7 +67,8 @@ int fnInfoEstendida_ZEL(std::string_view indice, std::string &saida) {
     const long long numero = lerInteiro(indice);
     const int estado = fnCFVerificarStatus_ZEL();
     if (estado < kVendendo) return ZEL_OK;
-    if (numero == 0 || numero > 7) return ZEL_ARGUMENTO_INVALIDO;
+    if (numero == 0 || numero > 7)
+        return recusar(Motivo::kIndice, {.campo = "indice", .dado = indice});
     if (estado == kVendendo) saida = vendendo(numero);
     if (estado == kTotalizado || estado == kPagamento) saida = pagando(numero);
     if (estado == kEncerrado) saida = encerrado(numero);

@@ -23,7 +23,7 @@ void fnRecarregarVariaveis_ZEL();
 template <class Funcao>
 int fnComPosseDoCupom_ZEL(Funcao funcao) {
     PosseDoCupom posse;
-    if (!posse) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!posse) return posse.recusa();
     posse.nova() ? fnRecarregarVariaveis_ZEL() : fnInicializarVariaveis_ZEL();
     const int resultado = funcao();
     if (resultado > 0) posse.manter();

@@ -7,7 +7,9 @@
 #include "util/Cripto.h"
 #include "util/Diretorio.h"
 #include "util/Gravacao.h"
+#include "util/Latin1.h"
 #include "util/Marcacao.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 
 #include <ctime>
@@ -28,12 +30,20 @@ void escreverEncerramento(std::string &texto, const ST_tagZEL &encerramento) {
     texto.append("<infAdic><infCpl>").append(infCpl).append("</infCpl></infAdic>");
 }
 
+// In the words of the log (ISO-8859-1); empty when no section is missing.
+std::string_view secaoAusente(const ST_PersitenceXML_ZEL &documento) {
+    if (!documento.abertura) return "a abertura";
+    if (!documento.vendas || documento.vendas->empty()) return "um item";
+    if (!documento.totalizacao) return "a totalização"_l1;
+    if (!documento.transporte) return "o transporte, que o encerramento grava";
+    if (!documento.pagamentos || documento.pagamentos->empty()) return "um pagamento";
+    return documento.encerramento ? "" : "o encerramento";
+}
+
 // The body behind the head. 1, or -1 when a section is missing.
 int escreverCorpo(std::string &texto, const ST_PersitenceXML_ZEL &documento) {
-    const bool completo = documento.abertura && documento.vendas && !documento.vendas->empty() &&
-                          documento.totalizacao && documento.transporte && documento.pagamentos &&
-                          !documento.pagamentos->empty() && documento.encerramento;
-    if (!completo) return ZEL_RECUSADO;
+    if (const std::string_view falta = secaoAusente(documento); !falta.empty())
+        return recusar(Motivo::kDocumentoIncompleto, {.campo = falta});
     documento.abertura->escreverEstrutura(texto);
     for (const ST_tagZEL &item : *documento.vendas) {
         texto.append("<det nItem='").append(item.valor.value_or("")).append("'>");
@@ -76,7 +86,7 @@ int gravarContingencia(const Cabecalho &cabecalho, const std::string &documento,
     const std::vector<Alteracao> alteracoes = doUltimoDocumento(cabecalho);
     const std::vector<Alteracao> anteriores = valoresAtuais(alteracoes);
     if (const int resultado = alterarConfig(alteracoes); resultado != ZEL_OK) return resultado;
-    int resultado = ZEL_RECUSADO;
+    int resultado = jaRecusado(Motivo::kContingenciaSemDiretorio); // there is one
     bool algum = false;
     std::string ultimo;
     for (const std::string_view diretorio : separarDiretorios(texto)) {
@@ -92,15 +102,17 @@ int gravarContingencia(const Cabecalho &cabecalho, const std::string &documento,
 } // namespace
 
 int fnXMLFormatado_ZEL(int tipo, std::string &texto, const JuntoDoDocumento &junto) {
-    if (tipo == kContingencia && separarDiretorios(texto).empty()) return ZEL_RECUSADO;
+    if (tipo == kContingencia && separarDiretorios(texto).empty())
+        return recusar(Motivo::kContingenciaSemDiretorio, {.campo = "texto", .dado = texto});
     Cabecalho cabecalho;
     if (const int resultado = cabecalhoZEL(tipo, std::time(nullptr), cabecalho);
         resultado != ZEL_OK)
         return resultado;
     std::string documento = cabecalho.texto;
-    if (escreverCorpo(documento, G_stXML_Persistencia) != ZEL_OK) {
+    if (const int incompleto = escreverCorpo(documento, G_stXML_Persistencia);
+        incompleto != ZEL_OK) {
         const int resultado = alterarConfig(cabecalho.numeracao);
-        return resultado == ZEL_OK ? ZEL_RECUSADO : resultado;
+        return resultado == ZEL_OK ? incompleto : resultado;
     }
     documento = fnAdequarCaracteres(documento);
     if (tipo == kContingencia) return gravarContingencia(cabecalho, documento, texto);

@@ -1,6 +1,7 @@
 #include "documento/ZEL_Parser.h"
 
 #include "ZEL_FelborFramework.h"
+#include "util/Recusa.h"
 #include "util/TextoXml.h"
 
 #include <algorithm>
@@ -31,6 +32,11 @@ constexpr bool ehNome(std::string_view nome) {
            nome.front() != '?' && nome.find('/') == nome.npos;
 }
 
+// With the place counted from 1.
+int recusarEm(Motivo motivo, std::size_t posicao, std::string_view campo = {}) {
+    return recusar(motivo, {.campo = campo, .numero = static_cast<long long>(posicao) + 1});
+}
+
 // The attribute part of a start tag.
 int fnIncluiPropriedades(ST_tagZEL &no, std::string_view texto) {
     char aspas = '"';
@@ -41,12 +47,11 @@ int fnIncluiPropriedades(ST_tagZEL &no, std::string_view texto) {
         // of many single-quoted attributes must not be searched to its end for each of them.
         std::size_t inicio = texto.find(aspas);
         if (inicio == texto.npos && aspas == '"') inicio = texto.find(aspas = '\'');
-        if (inicio == texto.npos) return ZEL_RECUSADO;
-        const std::size_t fim = texto.find(aspas, inicio + 1);
-        if (fim == texto.npos) return ZEL_RECUSADO;
+        const std::size_t fim = inicio == texto.npos ? texto.npos : texto.find(aspas, inicio + 1);
+        if (fim == texto.npos) return recusar(Motivo::kXmlAtributo, {.campo = no.nome});
         const std::string_view valor = aparar(texto.substr(inicio + 1, fim - inicio - 1));
         if (nome.empty() || nome.size() > kMaximaPropriedade || valor.size() > kMaximaPropriedade)
-            return ZEL_RECUSADO;
+            return recusar(Motivo::kXmlAtributo, {.campo = no.nome});
         no.addPropriedade(nome, valor);
         texto.remove_prefix(fim + 1);
     }
@@ -56,16 +61,17 @@ int fnIncluiPropriedades(ST_tagZEL &no, std::string_view texto) {
 // The start tag whose "<" is at `posicao`, which is left on its ">".
 int lerInicio(ST_tagZEL &no, std::string_view texto, std::size_t &posicao, bool &vazio) {
     const std::size_t fim = texto.find('>', posicao);
-    if (fim == texto.npos) return ZEL_RECUSADO;
+    if (fim == texto.npos) return recusarEm(Motivo::kXmlTagSemFim, posicao);
     std::string_view dentro = texto.substr(posicao + 1, fim - posicao - 1);
-    if (dentro.empty() || ehBranco(dentro.front())) return ZEL_RECUSADO;
+    if (dentro.empty() || ehBranco(dentro.front()))
+        return recusarEm(Motivo::kXmlNomeInvalido, posicao);
     // What is accepted is written out again: a "<" in here would come back as another element.
-    if (dentro.find('<') != dentro.npos) return ZEL_RECUSADO;
+    if (dentro.find('<') != dentro.npos) return recusarEm(Motivo::kXmlMenorNaTag, posicao);
     dentro = aparar(dentro);
     vazio = dentro.back() == '/';
     if (vazio) dentro.remove_suffix(1);
     const std::string_view nome = dentro.substr(0, dentro.find_first_of(kBrancos));
-    if (!ehNome(nome)) return ZEL_RECUSADO;
+    if (!ehNome(nome)) return recusarEm(Motivo::kXmlNomeInvalido, posicao);
     no.nome = nome;
     posicao = fim;
     return fnIncluiPropriedades(no, dentro.substr(nome.size()));
@@ -75,7 +81,7 @@ int lerInicio(ST_tagZEL &no, std::string_view texto, std::size_t &posicao, bool 
 int lerFim(const ST_tagZEL &no, std::string_view texto, std::size_t &posicao) {
     const std::string_view resto = texto.substr(posicao + 2);
     if (!resto.starts_with(no.nome) || !resto.substr(no.nome.size()).starts_with('>'))
-        return ZEL_RECUSADO;
+        return recusarEm(Motivo::kXmlFimErrado, posicao, no.nome);
     posicao += 2 + no.nome.size();
     return ZEL_OK;
 }
@@ -90,7 +96,7 @@ int lerFilho(ST_tagZEL &no, std::string_view texto, std::size_t &posicao, int ni
 }
 
 int lerElemento(ST_tagZEL &no, std::string_view texto, std::size_t &posicao, int nivel) {
-    if (nivel > kMaximoNiveis) return ZEL_RECUSADO;
+    if (nivel > kMaximoNiveis) return recusar(Motivo::kXmlNiveis);
     bool vazio = false;
     if (const int lido = lerInicio(no, texto, posicao, vazio); lido != ZEL_OK) return lido;
     if (vazio) return ZEL_OK;
@@ -99,7 +105,7 @@ int lerElemento(ST_tagZEL &no, std::string_view texto, std::size_t &posicao, int
     while (true) {
         const std::size_t inicio = posicao + 1;
         posicao = texto.find('<', inicio);
-        if (posicao == texto.npos) return ZEL_RECUSADO;
+        if (posicao == texto.npos) return recusar(Motivo::kXmlElementoAberto, {.campo = no.nome});
         trecho = texto.substr(inicio, posicao - inicio);
         if (texto.substr(posicao + 1).starts_with('/')) break;
         coletado.append(trecho);
@@ -138,7 +144,7 @@ int fnParseToTag_ZEL(ST_tagZEL &raiz, std::string_view texto) {
 
 int fnProximaTag_ZEL(ST_tagZEL &no, std::string_view texto, std::size_t &posicao) {
     posicao = pularProlog(texto, posicao);
-    if (posicao == texto.npos) return ZEL_RECUSADO;
+    if (posicao == texto.npos) return recusar(Motivo::kXmlSemElemento);
     return lerElemento(no, texto, posicao, 1);
 }
 

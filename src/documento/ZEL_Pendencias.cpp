@@ -6,6 +6,7 @@
 #include "documento/ZEL_Registros.h"
 #include "util/Arquivo.h"
 #include "util/Diretorio.h"
+#include "util/Recusa.h"
 
 #include <string>
 #include <utility>
@@ -13,6 +14,8 @@
 namespace zel {
 
 namespace {
+
+constexpr int kBasta = 0; // no line further
 
 // How many records of each type there are, "01" first; none when a line is damaged or the last one
 // has no end.
@@ -22,7 +25,7 @@ std::optional<std::array<int, 6>> contarRegistros(std::string_view texto) {
     const int resultado = percorrerLinhas(texto, inteiro, [&](std::string_view linha) {
         const auto tipo = tipoDaLinha(linha);
         if (tipo) ++quantos[*tipo];
-        return static_cast<int>(tipo ? ZEL_OK : ZEL_RECUSADO);
+        return tipo ? int{ZEL_OK} : kBasta;
     });
     if (resultado != ZEL_OK || inteiro != texto.size()) return {};
     return quantos;
@@ -34,7 +37,7 @@ std::string_view linhaDoTipo(std::string_view texto, std::size_t tipo) {
     std::string_view achada;
     percorrerLinhas(texto, inteiro, [&](std::string_view linha) {
         if (tipoDaLinha(linha) == tipo) achada = linha;
-        return static_cast<int>(achada.empty() ? ZEL_OK : ZEL_RECUSADO);
+        return achada.empty() ? int{ZEL_OK} : kBasta;
     });
     return achada;
 }
@@ -80,7 +83,7 @@ int resolver(std::string_view nome, std::string_view pendente, Pertence pertence
     case Leitura::kInexistente:
         return ZEL_OK;
     case Leitura::kFalha:
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     case Leitura::kLido:
         break;
     }
@@ -105,7 +108,7 @@ int fnResolverPendencias_ZEL() {
     std::string documento;
     if (lerArquivo(fnConfigurarPath("documentosEnvio.xml.tmp"), documento, Ligacao::kNaoSeguida) ==
         Leitura::kFalha)
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     // Parameters wait only while their document does.
     int resultado = resolver("parametrosEnvio.xml", "parametrosEnvio.xml.tmp",
                              [&](std::string_view) { return pertenceAConfiguracao(documento); });

@@ -2,6 +2,7 @@
 
 #include "ZEL_FelborFramework.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 
 namespace zel {
 
@@ -34,9 +35,10 @@ int ST_PersitenceXML_ZEL::fnAdicionarTagZEL(Secao secao, ST_tagZEL raiz) {
 }
 
 int ST_PersitenceXML_ZEL::removerItem(int numero) {
-    if (!vendas) return ZEL_SEM_LISTA;
+    if (!vendas) return recusar(Motivo::kSemLista);
     const int indice = numero == 0 ? quantidadeItens() - 1 : numero - 1;
-    if (indice < 0 || indice >= quantidadeItens()) return ZEL_ARGUMENTO_INVALIDO;
+    if (indice < 0 || indice >= quantidadeItens())
+        return recusar(Motivo::kItemForaDaLista, {.maximo = quantidadeItens(), .numero = numero});
     auto seguinte = vendas->erase(vendas->begin() + indice);
     for (; seguinte != vendas->end(); ++seguinte)
         seguinte->setValor(formatarInteiro(lerInteiro(seguinte->valor.value_or("")) - 1));

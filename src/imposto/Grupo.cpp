@@ -2,6 +2,7 @@
 
 #include "config/Registro.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 #include "util/TextoXml.h"
 
@@ -48,6 +49,13 @@ std::string formatar(const Elemento &elemento, const std::string &conteudo) {
     }
 }
 
+// The caller refuses the item, or takes it all the same.
+void recusarSemValor(const Grupo &grupo, const Elemento &elemento, bool doPreset) {
+    Campo<kMaiorCaminhoDeChave> caminho = elemento.nome;
+    if (!doPreset && elemento.chave) caminho = caminhoDa(*elemento.chave);
+    recusar(Motivo::kImpostoSemValor, {.campo = caminho, .lugar = grupo.nome});
+}
+
 } // namespace
 
 const Elemento *Grupo::elemento(std::string_view procurado) const {
@@ -77,7 +85,10 @@ std::optional<ST_tagZEL> montarGrupo(const Grupo &grupo, const Preset *preset,
         const Elemento &elemento = grupo.elementos[i];
         if (elemento.formato == Formato::kCalculado) continue;
         conteudos[i] = conteudoDado(elemento, preset, valores);
-        if (elemento.exigido && conteudos[i].empty()) return {};
+        if (elemento.exigido && conteudos[i].empty()) {
+            recusarSemValor(grupo, elemento, preset != nullptr);
+            return {};
+        }
         if (elemento.formato == Formato::kAliquota) {
             parcelas.aliquota = lerNumero(conteudos[i]);
             parcelas.temAliquota = !conteudos[i].empty();

@@ -3,6 +3,7 @@
 #include "ZEL_FelborFramework.h"
 #include "imposto/Grupo.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 #include "util/TextoXml.h"
 
 #include <span>
@@ -82,10 +83,10 @@ int tratar(const Tributo &t, std::span<const Grupo> grupos, const std::optional<
            const Preset &preset, const ValoresItem &valores, ST_tagZEL &imposto) {
     if (!selecao) return ZEL_OK;
     const Grupo *grupo = procurarGrupo(grupos, selecao->grupo, selecao->fonte);
-    if (!grupo) return ZEL_RECUSADO;
+    if (!grupo) return recusar(Motivo::kGrupoDesconhecido, {.campo = selecao->grupo});
     const bool doPreset = selecao->fonte == Fonte::kConfTemp;
     auto montado = montarGrupo(*grupo, doPreset ? &preset : nullptr, valores);
-    if (!montado) return ZEL_RECUSADO;
+    if (!montado) return jaRecusado(Motivo::kImpostoSemValor);
     ST_tagZEL tag(t.sigla);
     tag.addSubTag(std::move(*montado));
     imposto.addSubTag(std::move(tag));
@@ -121,7 +122,7 @@ int atualizar(const Tributo &t, std::span<const Grupo> grupos, const ST_tagZEL &
     for (std::size_t i = 0; novo.subTags && i < novo.subTags->size(); ++i) {
         ST_tagZEL &guardado = (*novo.subTags)[i];
         const Grupo *grupo = procurarGrupo(grupos, guardado.nome);
-        if (!grupo) return ZEL_RECUSADO;
+        if (!grupo) return recusar(Motivo::kGrupoDesconhecido, {.campo = guardado.nome});
         remontarContribuicao(t, *grupo, guardado, valores);
     }
     imposto.addSubTag(std::move(novo));
@@ -144,7 +145,7 @@ int fnTratarCOFINS(std::string_view aliquotaVenda, std::string_view base,
 
 int fnTratarISS(std::string_view aliquotaVenda, std::string_view base, ST_tagZEL &imposto) {
     auto issqn = montarGrupo(kISSQN, nullptr, {aliquotaVenda, base, {}});
-    if (!issqn) return ZEL_RECUSADO;
+    if (!issqn) return jaRecusado(Motivo::kImpostoSemValor);
     imposto.addSubTag(std::move(*issqn));
     return ZEL_OK;
 }

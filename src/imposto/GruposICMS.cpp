@@ -3,6 +3,7 @@
 #include "ZEL_FelborFramework.h"
 #include "imposto/Grupo.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 
 #include <utility>
 
@@ -100,14 +101,14 @@ constexpr std::array<std::string_view, 3> kAceitaVazio{"ICMS00", "ICMS40", "ICMS
 int fnTratarICMS(std::string_view aliquotaVenda, std::string_view base, ST_tagZEL &imposto) {
     const auto selecao = fnIdentificarImpostoICMS();
     const Grupo *grupo = selecao ? procurarGrupo(kGrupos, selecao->grupo) : nullptr;
-    if (!grupo) return ZEL_RECUSADO;
+    if (!grupo) return recusar(Motivo::kSemGrupoIcms);
     const Preset *preset =
         selecao->fonte == Fonte::kConfTemp ? &G_stTagImpostoConfTemp.icms : nullptr;
     ST_tagZEL tag("ICMS");
     if (auto montado = montarGrupo(*grupo, preset, {aliquotaVenda, base, {}}))
         tag.addSubTag(std::move(*montado));
     else if (std::ranges::find(kAceitaVazio, grupo->nome.texto()) == kAceitaVazio.end())
-        return ZEL_RECUSADO;
+        return jaRecusado(Motivo::kImpostoSemValor);
     imposto.addSubTag(std::move(tag));
     return ZEL_OK;
 }
@@ -117,7 +118,7 @@ int fnAtualizarICMS(const ST_tagZEL &icms, std::string_view base, ST_tagZEL &imp
     for (std::size_t i = 0; novo.subTags && i < novo.subTags->size(); ++i) {
         ST_tagZEL &guardado = (*novo.subTags)[i];
         const Grupo *grupo = procurarGrupo(kGrupos, guardado.nome);
-        if (!grupo) return ZEL_RECUSADO;
+        if (!grupo) return recusar(Motivo::kGrupoDesconhecido, {.campo = guardado.nome});
         const std::string pICMSGuardado(guardado.valorDe("pICMS"));
         guardado = remontarGrupo(*grupo, std::move(guardado), {pICMSGuardado, base, {}});
     }

@@ -3,6 +3,7 @@
 #include "ZEL_FelborFramework.h"
 #include "documento/ZEL_Controle.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 #include "util/TextoXml.h"
 
@@ -38,22 +39,40 @@ constexpr Tributo kCofins{&ST_tagImpostoConfTemp::cofins,
                           "COFINSOutr",
                           "pCOFINS"};
 
+// An argument in plain characters, and how many of them it may have.
+struct Limite {
+    std::string_view campo, simples;
+    std::size_t minimo, maximo;
+
+    bool cabe() const { return simples.size() >= minimo && simples.size() <= maximo; }
+};
+
+// The first one that does not fit; null when all do. It is one of those given.
+const Limite *primeiroFora(std::initializer_list<Limite> limites) {
+    const auto fora = std::ranges::find_if(limites, [](const Limite &um) { return !um.cabe(); });
+    return fora == limites.end() ? nullptr : fora;
+}
+
+int recusarTamanho(const Limite &limite) {
+    return recusar(Motivo::kArgumentoForaDoTamanho, {.campo = limite.campo,
+                                                     .dado = limite.simples,
+                                                     .minimo = static_cast<int>(limite.minimo),
+                                                     .maximo = static_cast<int>(limite.maximo)});
+}
+
 // The steps of every preset operation, in order: the state, the erasing, the bounds, the storing. A
 // refused preset thus leaves its tax without any.
-int definirPreset(const Tributo &tributo, std::string_view grupo, bool dentroDosLimites,
+int definirPreset(const Tributo &tributo, std::string_view grupo, const Limite *fora,
                   std::initializer_list<Preset::Valor> valores) {
     const int estado = fnCFVerificarStatus_ZEL();
-    if (estado < kAberto || estado > kTotalizado) return ZEL_ESTADO_INVALIDO;
+    if (estado < kAberto || estado > kTotalizado)
+        return recusarNoEstado(Motivo::kImpostoForaDoEstado);
     Preset &preset = G_stTagImpostoConfTemp.*tributo.preset;
     preset = {};
-    if (!dentroDosLimites) return ZEL_ARGUMENTO_INVALIDO;
+    if (fora != nullptr) return recusarTamanho(*fora);
     preset.grupo = grupo;
     std::copy(valores.begin(), valores.end(), preset.valores.begin());
     return ZEL_OK;
-}
-
-bool cabe(std::string_view simples, std::size_t minimo, std::size_t maximo) {
-    return simples.size() >= minimo && simples.size() <= maximo;
 }
 
 std::string duasCasas(std::string_view simples) {
@@ -64,33 +83,38 @@ std::string duasCasas(std::string_view simples) {
 int presetIcms(std::string_view grupo, std::string_view origem, std::string_view cst,
                Preset::Valor terceiro, Preset::Valor quarto) {
     const std::string orig = textoSimples(origem), CST = textoSimples(cst);
-    return definirPreset(kIcms, grupo, cabe(orig, 1, 1) && cabe(CST, 2, 2),
+    return definirPreset(kIcms, grupo, primeiroFora({{"origem", orig, 1, 1}, {"cst", CST, 2, 2}}),
                          {{"orig", {orig}}, {"CST", {CST}}, terceiro, quarto});
 }
 
 int presetAliq(const Tributo &tributo, std::string_view cst, std::string_view aliquota) {
     const std::string CST = textoSimples(cst), taxa = textoSimples(aliquota);
-    return definirPreset(tributo, tributo.aliq, cabe(CST, 2, 2) && cabe(taxa, 1, 6),
+    return definirPreset(tributo, tributo.aliq,
+                         primeiroFora({{"cst", CST, 2, 2}, {"aliquota", taxa, 1, 6}}),
                          {{"CST", {CST}}, {tributo.aliquota, {duasCasas(taxa)}}});
 }
 
 int presetQtde(const Tributo &tributo, std::string_view cst, std::string_view valorUnidade) {
     const std::string CST = textoSimples(cst), valor = textoSimples(valorUnidade);
-    return definirPreset(tributo, tributo.qtde, cabe(CST, 2, 2) && cabe(valor, 1, 14),
+    return definirPreset(tributo, tributo.qtde,
+                         primeiroFora({{"cst", CST, 2, 2}, {"valorUnidade", valor, 1, 14}}),
                          {{"CST", {CST}}, {"vAliqProd", {valor}}});
 }
 
 int presetNT(const Tributo &tributo, std::string_view cst) {
     const std::string CST = textoSimples(cst);
-    return definirPreset(tributo, tributo.nt, cabe(CST, 2, 2), {{"CST", {CST}}});
+    return definirPreset(tributo, tributo.nt, primeiroFora({{"cst", CST, 2, 2}}), {{"CST", {CST}}});
 }
 
 int presetOutr(const Tributo &tributo, std::string_view cst, std::string_view aliquota,
                std::string_view valorUnidade) {
     const std::string CST = textoSimples(cst), taxa = textoSimples(aliquota),
                       valor = textoSimples(valorUnidade);
+    // One of the two suffices.
+    const Limite daTaxa{"aliquota", taxa, 1, 6}, doValor{"valorUnidade", valor, 1, 14};
     return definirPreset(
-        tributo, tributo.outr, cabe(CST, 2, 2) && (cabe(taxa, 1, 6) || cabe(valor, 1, 14)),
+        tributo, tributo.outr,
+        primeiroFora({{"cst", CST, 2, 2}, doValor.cabe() ? doValor : daTaxa}),
         {{"CST", {CST}}, {tributo.aliquota, {duasCasas(taxa)}}, {"vAliqProd", {duasCasas(valor)}}});
 }
 
@@ -102,8 +126,10 @@ int fnCFConfICMS00_ZEL_Felbor(std::string_view origem, std::string_view cst, std
                       modo = textoSimples(modBC), taxa = textoSimples(aliquota);
     const double centesimos = lerDecimal(fnRetirarCaracter(taxa));
     return definirPreset(kIcms, "ICMS00",
-                         cabe(orig, 1, 1) && cabe(CST, 2, 2) && cabe(modo, 1, 1) &&
-                             cabe(taxa, 2, 5),
+                         primeiroFora({{"origem", orig, 1, 1},
+                                       {"cst", CST, 2, 2},
+                                       {"modBC", modo, 1, 1},
+                                       {"aliquota", taxa, 2, 5}}),
                          {{"orig", {orig}},
                           {"CST", {CST}},
                           {"modBC", {modo}},

@@ -1,6 +1,7 @@
 #include "imposto/TotalImposto.h"
 
 #include "ZEL_FelborFramework.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 
 #include <string>
@@ -11,7 +12,7 @@ Campo<19> G_szTotalImposto;
 
 int fnCFValorLeiImposto_ZEL_Felbor(std::string_view texto) {
     const std::string aparado = trim(texto);
-    if (aparado.empty()) return ZEL_ARGUMENTO_INVALIDO;
+    if (aparado.empty()) return recusar(Motivo::kArgumentoVazio, {.campo = "valor", .dado = texto});
     G_szTotalImposto = aparado;
     return ZEL_OK;
 }

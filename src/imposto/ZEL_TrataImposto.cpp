@@ -7,6 +7,7 @@
 #include "imposto/GruposContribuicao.h"
 #include "imposto/GruposICMS.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 
 #include <utility>
@@ -61,7 +62,9 @@ int fnTratarImposto(std::string_view aliquota, std::string_view base, std::strin
 int fnAtualizar_TagImposto(int item, std::string_view quantidade, std::string_view tipo,
                            std::string_view valor) {
     ST_tagZEL *tag = G_stXML_Persistencia.item(item);
-    if (!tag) return ZEL_ITEM_INEXISTENTE;
+    if (!tag)
+        return recusar(Motivo::kItemInexistente,
+                       {.maximo = G_stXML_Persistencia.quantidadeItens(), .numero = item});
     ST_tagZEL *imposto = tag->getSubTag("imposto");
     if (!imposto) return ZEL_OK;
 

@@ -17,6 +17,7 @@
 #include "util/Codigos.h"
 #include "util/Latin1.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 
 #include <algorithm>
 #include <limits>
@@ -53,19 +54,32 @@ void guardar(std::int32_t &destino, std::string_view valor) {
         std::clamp<long long>(lerInteiro(valor), Limites::min(), Limites::max()));
 }
 
+// False, for whoever reads on without it, or not.
+bool semElemento(std::string_view nome) {
+    recusar(Motivo::kImpressaoSemElemento, {.campo = nome});
+    return false;
+}
+
+bool semChave(std::string_view campo, std::string_view dado) {
+    recusar(Motivo::kImpressaoSemChave, {.campo = campo, .dado = dado});
+    return false;
+}
+
 template <class Destino>
 bool ler(LeitorXml &leitor, std::string_view marca, Destino &destino) {
     const auto valor = leitor.valor(marca);
-    if (valor) guardar(destino, *valor);
-    return valor.has_value();
+    if (!valor) return semElemento(marca);
+    guardar(destino, *valor);
+    return true;
 }
 
 template <class Destino>
 bool lerPrimeiro(std::string_view texto, std::initializer_list<std::string_view> marcas,
                  Destino &destino) {
     const auto valor = primeiroValor(texto, marcas);
-    if (valor) guardar(destino, *valor);
-    return valor.has_value();
+    if (!valor) return semElemento(*marcas.begin());
+    guardar(destino, *valor);
+    return true;
 }
 
 bool lerProtocolo(std::string_view retorno, CupomFiscal &cf) {
@@ -76,9 +90,10 @@ bool lerProtocolo(std::string_view retorno, CupomFiscal &cf) {
 bool lerIdentificacao(std::string_view documento, CupomFiscal &cf) {
     LeitorXml leitor(documento);
     const auto id = leitor.propriedade("Id=\"");
-    if (!id || id->size() < kTamanhoPrefixoId + kDigitosDaChave) return false;
+    if (!id || id->size() < kTamanhoPrefixoId + kDigitosDaChave)
+        return semChave("infNFe Id", id.value_or(""));
     cf.ChaveDeAcesso = id->substr(kTamanhoPrefixoId, kDigitosDaChave);
-    if (!ehChave(cf.ChaveDeAcesso)) return false;
+    if (!ehChave(cf.ChaveDeAcesso)) return semChave("infNFe Id", *id);
     LeitorXml doInicio(documento);
     return ler(leitor, "<cUF>", cf.UF) && ler(leitor, "<serie>", cf.Serie) &&
            ler(leitor, "<nNF>", cf.NumeroNotaFiscal) && ler(leitor, "<dhEmi>", cf.DataHora) &&
@@ -88,8 +103,10 @@ bool lerIdentificacao(std::string_view documento, CupomFiscal &cf) {
 
 bool lerEmitente(std::string_view documento, CupomFiscal &cf) {
     auto emit = LeitorXml(documento).grupo("emit");
-    return emit && (ler(*emit, "<CNPJ>", cf.CnpjCpf) || ler(*emit, "<CPF>", cf.CnpjCpf)) &&
-           ler(*emit, "<xNome>", cf.Nome) && emit->avancar("<enderEmit>") &&
+    if (!emit) return semElemento("<emit>");
+    return (ler(*emit, "<CNPJ>", cf.CnpjCpf) || ler(*emit, "<CPF>", cf.CnpjCpf)) &&
+           ler(*emit, "<xNome>", cf.Nome) &&
+           (emit->avancar("<enderEmit>") || semElemento("<enderEmit>")) &&
            ler(*emit, "<xLgr>", cf.EmitLogradouro) && ler(*emit, "<nro>", cf.EmitNumero) &&
            ler(*emit, "<xBairro>", cf.EmitBairro) && ler(*emit, "<xMun>", cf.EmitMunicipio) &&
            ler(*emit, "<UF>", cf.EmitUF) && ler(*emit, "<IE>", cf.EmitInscricaoEstadual);
@@ -132,7 +149,8 @@ bool lerValoresDoCupom(LeitorXml &total, CupomFiscal &cf) {
 bool somarTotais(std::string_view documento, CupomFiscal &cf) {
     ST_tagZEL infNFe;
     std::size_t posicao = documento.find("<infNFe");
-    if (fnProximaTag_ZEL(infNFe, documento, posicao) != ZEL_OK || !infNFe.subTags) return false;
+    if (fnProximaTag_ZEL(infNFe, documento, posicao) != ZEL_OK) return false;
+    if (!infNFe.subTags) return semElemento("<infNFe>");
     const Somas somas = somarItens(*infNFe.subTags);
     cf.TotalICMS = formatarMoeda(0);
     guardar(cf.ValorDesconto, formatarMoeda(somas.descontos));
@@ -143,7 +161,7 @@ bool somarTotais(std::string_view documento, CupomFiscal &cf) {
 
 bool lerTotais(std::string_view documento, CupomFiscal &cf) {
     auto total = LeitorXml(documento).grupo("total");
-    if (!total) return false;
+    if (!total) return semElemento("<total>");
     const bool somados = semValoresDoCupom(*total);
     if (!(somados ? somarTotais(documento, cf) : lerValoresDoCupom(*total, cf))) return false;
     if (!ler(*total, "<vTotTrib>", cf.ValorTotalTributos))
@@ -154,7 +172,7 @@ bool lerTotais(std::string_view documento, CupomFiscal &cf) {
 bool lerItem(LeitorXml &det, Item &item) {
     auto numero = det.propriedade("nItem='");
     if (!numero) numero = det.propriedade("nItem=\"");
-    if (!numero) return false;
+    if (!numero) return semElemento("<det nItem>");
     guardar(item.NumeroItem, *numero);
     return ler(det, "<cProd>", item.CodigoProduto) && ler(det, "<xProd>", item.DescricaoProduto) &&
            ler(det, "<uCom>", item.Unidade) && ler(det, "<qCom>", item.Quantidade) &&
@@ -165,7 +183,7 @@ bool lerItens(std::string_view documento, CupomFiscal &cf) {
     LeitorXml leitor(documento);
     while (auto det = leitor.grupo("det"))
         if (!lerItem(*det, cf.Itens.emplace_back())) return false;
-    return !cf.Itens.empty();
+    return !cf.Itens.empty() || semElemento("<det>");
 }
 
 bool lerPagamentos(std::string_view documento, CupomFiscal &cf) {
@@ -175,7 +193,7 @@ bool lerPagamentos(std::string_view documento, CupomFiscal &cf) {
         if (!ler(*pag, "<tPag>", pagamento.FormaPgto) || !ler(*pag, "<vPag>", pagamento.ValorPgto))
             return false;
     }
-    return !cf.Pagamentos.empty();
+    return !cf.Pagamentos.empty() || semElemento("<pag>");
 }
 
 bool lerDocumento(std::string_view documento, CupomFiscal &cf) {
@@ -266,9 +284,11 @@ int parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view r
     const auto retorno = offline ? std::nullopt : lerArquivoXml(returnPath, Forma::kClara);
     if (!offline && !retorno) return kNaoLido;
 
-    if (!lerPrimeiro(pedido->texto, {"<ChaAcesso>", "<chNFe>"}, cf.ChaveDeAcesso) ||
-        cf.ChaveDeAcesso.tamanho() < kDigitosDaChave)
+    if (!lerPrimeiro(pedido->texto, {"<ChaAcesso>", "<chNFe>"}, cf.ChaveDeAcesso)) return kNaoLido;
+    if (cf.ChaveDeAcesso.tamanho() < kDigitosDaChave) {
+        semChave("ChaAcesso", cf.ChaveDeAcesso);
         return kNaoLido;
+    }
     cf.Serie = cf.ChaveDeAcesso.texto().substr(22, 3);
     cf.NumeroNotaFiscal = cf.ChaveDeAcesso.texto().substr(25, 9);
     return offline || lerProtocolo(retorno->texto, cf) ? kLido : kNaoLido;
@@ -277,7 +297,7 @@ int parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view r
 int layoutNFC(const CupomFiscal &cf, std::string_view urlQrcode, int colunas, std::string &texto,
               bool viaEstabelecimento) {
     const ColunasLayout *layout = createLayout(colunas);
-    if (layout == nullptr) return ZEL_RECUSADO;
+    if (layout == nullptr) return recusar(Motivo::kColunas, {.numero = colunas});
     const int ambiente = G_stDadosImpressao.ambiente();
     std::string enderecoChave;
     // Without an address the receipt is printed with the place empty.

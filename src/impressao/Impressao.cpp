@@ -12,6 +12,7 @@
 #include "util/Codigos.h"
 #include "util/Cripto.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 
 namespace zel {
@@ -73,7 +74,8 @@ int gravarDanfePDF(const CupomFiscal &cf, std::string_view retorno, int colunas,
     std::string chave = valorDoRetorno(retorno, "DOCCHAACESSO").value_or("");
     if (chave.empty()) chave = cf.ChaveDeAcesso;
     // It names a file: anything but digits could lead it out of its directory.
-    if (!ehChave(chave)) return ZEL_RECUSADO;
+    if (!ehChave(chave))
+        return recusar(Motivo::kImpressaoSemChave, {.campo = "DocChaAcesso", .dado = chave});
     return fnGerarPDFDanfe(texto, colunas, "NFe" + chave + "_DANFE.pdf");
 }
 
@@ -83,9 +85,12 @@ int gravarPDFs(const CupomFiscal &cf, std::string_view returnPath, int colunas,
     const bool danfe = valorConfig(R"(CONFIGURACAO\SalvarDanfePDF)"_chave) == "1";
     if (!listagem && !danfe) return ZEL_OK;
     std::string retorno;
-    if (lerArquivo(std::string(returnPath), retorno) != Leitura::kLido) return ZEL_RECUSADO;
-    const long long situacao = lerInteiro(valorDoRetorno(retorno, "SITCODIGO").value_or(""));
-    if (situacao != kAutorizado && situacao != kAutorizadoForaDoPrazo) return ZEL_FALHA_IMPRESSAO;
+    if (lerArquivo(std::string(returnPath), retorno) != Leitura::kLido)
+        return recusar(Motivo::kImpressaoIlegivel);
+    const std::string codigoDaSituacao = valorDoRetorno(retorno, "SITCODIGO").value_or("");
+    const long long situacao = lerInteiro(codigoDaSituacao);
+    if (situacao != kAutorizado && situacao != kAutorizadoForaDoPrazo)
+        return recusar(Motivo::kNaoAutorizado, {.dado = codigoDaSituacao});
     if (listagem)
         if (const int codigo = fnGerarPDF("DocXMLBase64", retorno); codigo != ZEL_OK) return codigo;
     return danfe ? gravarDanfePDF(cf, retorno, colunas, texto) : int{ZEL_OK};
@@ -99,16 +104,19 @@ int fnGerarArquivoFormatadoNF(std::string_view xmlPath, std::string_view returnP
     saida.clear();
     const TipoDocumento tipo{tipoDocumento};
     const bool venda = tipo == TipoDocumento::kVenda;
-    if (xmlPath.data() == nullptr || returnPath.data() == nullptr ||
-        (!venda && tipo != TipoDocumento::kCancelamento) ||
-        (venda && createLayout(colunas) == nullptr))
-        return ZEL_RECUSADO;
+    if (xmlPath.data() == nullptr) return recusar(Motivo::kCaminhoNulo, {.campo = "caminhoXml"});
+    if (returnPath.data() == nullptr)
+        return recusar(Motivo::kCaminhoNulo, {.campo = "caminhoRetorno"});
+    if (!venda && tipo != TipoDocumento::kCancelamento)
+        return recusar(Motivo::kTipoDeDocumento, {.numero = tipoDocumento});
+    if (venda && createLayout(colunas) == nullptr)
+        return recusar(Motivo::kColunas, {.numero = colunas});
     // The QR code kept and the one printed must come from the same configuration.
     if (const int codigo = fnXML_CarregarXML_ZEL(); codigo != ZEL_OK) return codigo;
 
     CupomFiscal cf;
     const auto parse = venda ? parseXMLCupomFiscal : parseXMLCupomFiscalCancelamento;
-    if (parse(xmlPath, returnPath, cf) != ZEL_OK) return ZEL_RECUSADO;
+    if (parse(xmlPath, returnPath, cf) != ZEL_OK) return jaRecusado(Motivo::kImpressaoSemElemento);
     const int codigo = venda ? imprimirVenda(cf, urlQrcode, colunas, saida)
                              : imprimirCancelamento(cf, returnPath != kOffline, colunas, saida);
     return codigo == ZEL_OK ? gravarPDFs(cf, returnPath, colunas, saida) : codigo;

@@ -2,6 +2,7 @@
 
 #include "util/Arquivo.h"
 #include "util/Cripto.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 #include "util/TextoXml.h"
 
@@ -101,7 +102,10 @@ std::string emLatin1(std::string_view texto) {
 
 std::optional<ArquivoXml> lerArquivoXml(std::string_view caminho, Forma forma) {
     std::string conteudo;
-    if (lerArquivo(std::string(caminho), conteudo) != Leitura::kLido) return {};
+    if (lerArquivo(std::string(caminho), conteudo) != Leitura::kLido) {
+        recusar(Motivo::kImpressaoIlegivel);
+        return {};
+    }
     if (forma == Forma::kEmbaralhada) conteudo = fnDescriptBufferContingencia(conteudo);
     std::string texto = emLatin1(conteudo);
     return ArquivoXml{semMarcaDeOrdem(std::move(conteudo)), std::move(texto)};

@@ -2,6 +2,7 @@
 
 #include "ZEL_FelborFramework.h"
 #include "util/Arquivo.h"
+#include "util/Recusa.h"
 
 #include <charconv>
 #include <cstdio>
@@ -162,18 +163,18 @@ void PdfPagina::terminarLinha() {
 
 int PdfPagina::salvar(const std::string &caminho) {
     if (!falhou_) HPDF_Page_EndText(pagina_);
-    if (falhou_) return ZEL_FALHA_PDF;
+    if (falhou_) return recusar(Motivo::kPdfNaoDesenhado);
 
     HPDF_Doc documento = documento_.get();
-    if (HPDF_SaveToStream(documento) != HPDF_OK) return ZEL_FALHA_GRAVACAO_PDF;
+    if (HPDF_SaveToStream(documento) != HPDF_OK) return recusar(Motivo::kPdfNaoMontado);
     std::string bytes(HPDF_GetStreamSize(documento), '\0');
     auto lidos = static_cast<HPDF_UINT32>(bytes.size());
     auto *destino = reinterpret_cast<HPDF_BYTE *>(bytes.data());
     if (HPDF_ResetStream(documento) != HPDF_OK ||
         HPDF_ReadFromStream(documento, destino, &lidos) != HPDF_OK || lidos != bytes.size())
-        return ZEL_FALHA_GRAVACAO_PDF;
+        return recusar(Motivo::kPdfNaoMontado);
     const int gravado = substituirArquivo(caminho, bytes, Acesso::kUmask);
-    return gravado == ZEL_OK ? ZEL_OK : ZEL_FALHA_GRAVACAO_PDF;
+    return gravado == ZEL_OK ? int{ZEL_OK} : recusar(Motivo::kPdfNaoGravado);
 }
 
 } // namespace zel

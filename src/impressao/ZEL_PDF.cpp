@@ -15,6 +15,7 @@
 #include "util/Codificacao.h"
 #include "util/Codigos.h"
 #include "util/Diretorio.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 
 #include <algorithm>
@@ -59,24 +60,25 @@ struct Documento {
     std::string id;
 };
 
-std::optional<Documento> lerDocumento(std::string_view base64) {
+int lerDocumento(std::string_view base64, Documento &documento) {
     const auto xml = fnParseBase64ToUtf8(base64);
-    if (!xml) return {};
-    ST_tagZEL raiz;
+    if (!xml) return recusar(Motivo::kPdfSemBase64, {.campo = "documentoBase64", .dado = base64});
     std::size_t posicao = 0;
-    if (fnProximaTag_ZEL(raiz, emLatin1(*xml), posicao) != ZEL_OK) return {};
-    auto id = idDoDocumento(raiz);
-    if (!id) return {};
-    return Documento{std::move(raiz), std::move(*id)};
+    if (const int lido = fnProximaTag_ZEL(documento.raiz, emLatin1(*xml), posicao); lido != ZEL_OK)
+        return lido;
+    auto id = idDoDocumento(documento.raiz);
+    if (!id) return recusar(Motivo::kPdfSemChave);
+    documento.id = std::move(*id);
+    return ZEL_OK;
 }
 
 int gerarListagem(std::string_view base64) {
-    const auto documento = lerDocumento(base64);
-    if (!documento) return ZEL_RECUSADO;
+    Documento documento;
+    if (const int lido = lerDocumento(base64, documento); lido != ZEL_OK) return lido;
     PdfPagina pagina(kMargensListagem);
     fnEscreverTextoPDF(pagina, kDeclaracao);
-    fnEscreverTextoPDF(pagina, std::string("\n").append(documento->raiz.toPDF()));
-    return pagina.salvar(fnConfigurarPath(documento->id + "_XML.pdf"));
+    fnEscreverTextoPDF(pagina, std::string("\n").append(documento.raiz.toPDF()));
+    return pagina.salvar(fnConfigurarPath(documento.id + "_XML.pdf"));
 }
 
 // The document as a file, for the reader takes files, in the plain form of its tree: the reader
@@ -105,7 +107,8 @@ int textoDanfe(std::string_view xml, std::string &texto) {
     const CopiaTemporaria copia(xml);
     if (copia.gravada() != ZEL_OK) return copia.gravada();
     CupomFiscal cupom;
-    if (parseXMLCupomFiscal(copia.caminho(), copia.caminho(), cupom) != ZEL_OK) return ZEL_RECUSADO;
+    if (parseXMLCupomFiscal(copia.caminho(), copia.caminho(), cupom) != ZEL_OK)
+        return jaRecusado(Motivo::kImpressaoSemElemento);
     return layoutNFC(cupom, {}, kColunasDanfe, texto, false);
 }
 
@@ -113,25 +116,25 @@ int textoDanfe(std::string_view xml, std::string &texto) {
 
 int fnGerarPDF(std::string_view origem, std::string_view conteudo) {
     if (origem == "DocXML") return gerarListagem(conteudo);
-    if (origem != "DocXMLBase64") return ZEL_RECUSADO;
+    if (origem != "DocXMLBase64") return recusar(Motivo::kPdfOrigem, {.dado = origem});
     const auto base64 = valorDoRetorno(conteudo, "DOCXMLBASE64");
-    return base64 ? gerarListagem(*base64) : ZEL_RECUSADO;
+    return base64 ? gerarListagem(*base64) : recusar(Motivo::kPdfSemDocumento);
 }
 
 int fnGerarPDFDanfe(std::string_view texto, int colunas, std::string_view arquivo) {
     if (arquivo.empty() || arquivo.find_first_of(std::string_view("/\0", 2)) != arquivo.npos)
-        return ZEL_RECUSADO;
+        return recusar(Motivo::kPdfSemNome, {.dado = arquivo});
     PdfPagina pagina(kMargensDanfe);
     fnEscreverTextoDanfePDF(pagina, texto, colunas);
     return pagina.salvar(fnConfigurarPath(arquivo));
 }
 
 int fnGerarPDFDanfeDoXml(std::string_view base64) {
-    const auto documento = lerDocumento(base64);
-    if (!documento) return ZEL_RECUSADO;
+    Documento documento;
+    if (const int lido = lerDocumento(base64, documento); lido != ZEL_OK) return lido;
     std::string texto;
-    if (const int lido = textoDanfe(documento->raiz.toString(), texto); lido != ZEL_OK) return lido;
-    return fnGerarPDFDanfe(texto, kColunasDanfe, documento->id + "_DANFE.pdf");
+    if (const int lido = textoDanfe(documento.raiz.toString(), texto); lido != ZEL_OK) return lido;
+    return fnGerarPDFDanfe(texto, kColunasDanfe, documento.id + "_DANFE.pdf");
 }
 
 } // namespace zel

@@ -9,6 +9,7 @@
 #include "negocio/Argumento.h"
 #include "util/Gravacao.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 
 #include <array>
@@ -40,17 +41,27 @@ std::string_view identificacaoNaAbertura(std::size_t digitos) {
 int montarEndereco(const DadosConsumidor &consumidor, ST_tagZEL &endereco) {
     const std::string logradouro = argumentoAceito(consumidor.logradouro, 2, kMaiorTexto);
     if (logradouro.empty()) return ZEL_OK;
-    const std::array<std::pair<std::string_view, std::string>, 6> partes{{
-        {"xLgr", logradouro},
-        {"nro", argumentoAceito(consumidor.numero, 1, kMaiorTexto)},
-        {"xBairro", argumentoAceito(consumidor.bairro, 1, kMaiorTexto)},
-        {"cMun", argumentoAceito(consumidor.codigoMunicipio, 7, 7)},
-        {"xMun", argumentoAceito(consumidor.municipio, 1, kMaiorTexto)},
-        {"UF", argumentoAceito(consumidor.uf, 2, 2)},
+    struct Parte {
+        Argumento argumento;
+        std::string_view elemento;
+        std::size_t minimo, maximo;
+    };
+    const std::array<Parte, 5> partes{{
+        {{"numero", consumidor.numero}, "nro", 1, kMaiorTexto},
+        {{"bairro", consumidor.bairro}, "xBairro", 1, kMaiorTexto},
+        {{"codigoMunicipio", consumidor.codigoMunicipio}, "cMun", 7, 7},
+        {{"municipio", consumidor.municipio}, "xMun", 1, kMaiorTexto},
+        {{"uf", consumidor.uf}, "UF", 2, 2},
     }};
-    for (const auto &[nome, valor] : partes) {
-        if (valor.empty()) return ZEL_RECUSADO;
-        addSeAceito(endereco, nome, valor);
+    addSeAceito(endereco, "xLgr", logradouro);
+    for (const auto &[argumento, elemento, minimo, maximo] : partes) {
+        const std::string valor = argumentoAceito(argumento.texto, minimo, maximo);
+        if (valor.empty())
+            return recusar(Motivo::kLogradouroSemParte, {.campo = argumento.nome,
+                                                         .dado = argumento.texto,
+                                                         .minimo = static_cast<int>(minimo),
+                                                         .maximo = static_cast<int>(maximo)});
+        addSeAceito(endereco, elemento, valor);
     }
     addSeAceito(endereco, "CEP", argumentoAceito(consumidor.cep, 1, 8));
     return ZEL_OK;
@@ -60,7 +71,7 @@ int montarEndereco(const DadosConsumidor &consumidor, ST_tagZEL &endereco) {
 int montarAbertura(const DadosConsumidor &consumidor, std::string_view identificacao,
                    std::string_view email, ST_tagZEL &abertura) {
     ST_tagZEL endereco("enderDest");
-    if (montarEndereco(consumidor, endereco) != ZEL_OK) return ZEL_RECUSADO;
+    if (const int montado = montarEndereco(consumidor, endereco); montado != ZEL_OK) return montado;
     if (identificacao.empty()) return ZEL_OK;
     ST_tagZEL dest("dest");
     addSeAceito(dest, identificacao, digitosDoDocumento(consumidor.documento));
@@ -80,8 +91,10 @@ int verificarAbertura(ST_tagZEL &abertura) {
 int abrir(const DadosConsumidor &consumidor, std::span<const Alteracao> alteracoes) {
     const std::size_t digitos = digitosDoDocumento(consumidor.documento).size();
     ST_tagZEL abertura = newST_tagZEL(false, nomeSecao(Secao::kAbertura));
-    if (montarAbertura(consumidor, identificacaoNaAbertura(digitos), "", abertura) != ZEL_OK)
-        return ZEL_RECUSADO;
+    if (const int montada =
+            montarAbertura(consumidor, identificacaoNaAbertura(digitos), "", abertura);
+        montada != ZEL_OK)
+        return montada;
     return fnCFeAbrirTAG_ZEL(std::move(abertura), alteracoes);
 }
 
@@ -108,11 +121,12 @@ int fnCFAbrirNumSerie_ZEL_Felbor(int numero, int serie, const DadosConsumidor &c
 int fnCFIdentificarConsumidor_ZEL_Felbor(const DadosConsumidor &consumidor,
                                          std::string_view email) {
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
-    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!G_stXML_Persistencia.temListaDeVendas()) return recusarSemDocumento();
     const std::size_t digitos = digitosDoDocumento(consumidor.documento).size();
     ST_tagZEL abertura = newST_tagZEL(false, nomeSecao(Secao::kAbertura));
-    if (montarAbertura(consumidor, cpfOuCnpj(digitos), email, abertura) != ZEL_OK)
-        return ZEL_RECUSADO;
+    if (const int montada = montarAbertura(consumidor, cpfOuCnpj(digitos), email, abertura);
+        montada != ZEL_OK)
+        return montada;
     return fnCFIdentificarConsumidorTAG_ZEL(std::move(abertura));
 }
 

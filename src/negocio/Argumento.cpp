@@ -1,6 +1,7 @@
 #include "negocio/Argumento.h"
 
 #include "util/Numero.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 
 namespace zel {
@@ -31,6 +32,22 @@ std::string argumentoDecimal(std::string_view argumento) {
 std::string_view cpfOuCnpj(std::size_t caracteres) {
     if (caracteres == 0 || caracteres == 12) return "";
     return caracteres <= 11 ? "CPF" : "CNPJ";
+}
+
+int exigirTextos(std::initializer_list<Argumento> argumentos) {
+    for (const auto &[nome, texto] : argumentos)
+        if (texto.empty()) return recusar(Motivo::kArgumentoVazio, {.campo = nome, .dado = texto});
+    return ZEL_OK;
+}
+
+int recusarNulos(std::initializer_list<Argumento> argumentos) {
+    for (const auto &[nome, texto] : argumentos)
+        if (texto.data() == nullptr) return recusar(Motivo::kArgumentoNulo, {.campo = nome});
+    return ZEL_OK;
+}
+
+int recusarNegativo(std::string_view nome, std::string_view texto) {
+    return recusar(Motivo::kArgumentoNegativo, {.campo = nome, .dado = texto});
 }
 
 void addSeAceito(ST_tagZEL &grupo, std::string_view nome, std::string_view simples) {

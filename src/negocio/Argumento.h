@@ -5,6 +5,7 @@
 #include "documento/ZEL_Tag.h"
 #include "util/TextoXml.h"
 
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,6 +25,20 @@ std::string argumentoDecimal(std::string_view argumento);
 // The element that a document of that many characters is written as: "CPF" up to 11, "CNPJ" from 13
 // on, none for 12 or an empty one.
 std::string_view cpfOuCnpj(std::size_t caracteres);
+
+// An argument by its name in the header.
+struct Argumento {
+    std::string_view nome, texto;
+};
+
+// 1, or -99 for the first one that is empty, or null.
+int exigirTextos(std::initializer_list<Argumento> argumentos);
+
+// 1, or -99 for the first one that is null, which the frames hand on as a view without data.
+int recusarNulos(std::initializer_list<Argumento> argumentos);
+
+// -99: a number below zero.
+int recusarNegativo(std::string_view nome, std::string_view texto);
 
 // Appends the element when the plain text is not empty.
 void addSeAceito(ST_tagZEL &grupo, std::string_view nome, std::string_view simples);

@@ -11,6 +11,7 @@
 #include "util/Cripto.h"
 #include "util/Diretorio.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 
 namespace zel {
@@ -51,7 +52,7 @@ void completarJustificativa(DadosCancelamento &cancelado, std::string_view padra
 int cancelarCupomEmAndamento() {
     return fnComPosseDoCupom_ZEL([] {
         fnDefinirEstadoCFe_ZEL(kCancelado);
-        return fnCFVerificarStatus_ZEL() == kCancelado ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+        return fnCFVerificarStatus_ZEL() == kCancelado ? int{ZEL_OK} : arquivoIndisponivel();
     });
 }
 
@@ -87,18 +88,24 @@ std::string nomeDoArquivoOffline(std::string_view chave) {
 int fnCFCancelar_ZEL_Felbor(std::string_view numero, std::string_view serie, std::string_view chave,
                             std::string_view protocolo, std::string_view justificativa) {
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
-    if (algumNulo({numero, serie, chave, protocolo, justificativa})) return ZEL_ARGUMENTO_INVALIDO;
+    if (const int presentes = recusarNulos({{"numero", numero},
+                                            {"serie", serie},
+                                            {"chave", chave},
+                                            {"protocolo", protocolo},
+                                            {"justificativa", justificativa}});
+        presentes != ZEL_OK)
+        return presentes;
     DadosCancelamento cancelado{numero, serie, chave, protocolo, justificativa};
     if (semTextos(cancelado)) {
         const int estado = fnCFVerificarStatus_ZEL();
         if (estado < kEncerrado) return cancelarCupomEmAndamento();
-        if (estado != kEncerrado) return ZEL_RECUSADO;
+        if (estado != kEncerrado) return recusarNoEstado(Motivo::kJaCancelado);
         cancelado = ultimoDocumento();
-        if (ehDeOutroDocumento(cancelado)) return ZEL_RECUSADO;
+        if (ehDeOutroDocumento(cancelado)) return recusar(Motivo::kChaveDeOutroDocumento);
     }
     completarJustificativa(cancelado, kJustificativa);
     const std::optional<std::tm> hora = horaDoEvento(std::time(nullptr));
-    if (!hora) return ZEL_RECUSADO;
+    if (!hora) return recusar(Motivo::kRelogio);
     const int resultado =
         enviarRequisicao(Requisicao::kCancelamento, dadosDoEvento(cancelado, *hora));
     return resultado == ZEL_OK ? int{ZEL_CANCELAMENTO_GRAVADO} : resultado;
@@ -108,26 +115,33 @@ int fnCFCancelarOffline_ZEL_Felbor(std::string_view numero, std::string_view ser
                                    std::string_view chave, std::string_view justificativa,
                                    std::optional<std::string> &diretorios) {
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
-    if (algumNulo({numero, serie, chave, justificativa}) || !diretorios)
-        return ZEL_ARGUMENTO_INVALIDO;
+    if (const int presentes = recusarNulos({{"numero", numero},
+                                            {"serie", serie},
+                                            {"chave", chave},
+                                            {"justificativa", justificativa}});
+        presentes != ZEL_OK)
+        return presentes;
+    if (!diretorios) return recusar(Motivo::kSaidaNula, {.campo = "diretorios"});
     DadosCancelamento cancelado{numero, serie, chave, "", justificativa};
     if (semTextos(cancelado)) {
         cancelado = ultimoDocumento();
-        if (ehDeOutroDocumento(cancelado)) return ZEL_RECUSADO;
+        if (ehDeOutroDocumento(cancelado)) return recusar(Motivo::kChaveDeOutroDocumento);
     }
     cancelado.protocolo = "";
     completarJustificativa(cancelado, kJustificativaOffline);
 
     // The file's name is cut out of the key.
     const std::string chaveSimples = textoSimples(cancelado.chave);
-    if (!ehChave(chaveSimples)) return ZEL_RECUSADO;
+    if (!ehChave(chaveSimples))
+        return recusar(Motivo::kChaveInvalida, {.campo = "chave", .dado = chaveSimples});
     const std::string nome = nomeDoArquivoOffline(chaveSimples);
     std::string evento;
     const int escrito = fnCriarLayoutXmlCanc_ZEL_Felbor(cancelado, std::time(nullptr), evento);
     if (escrito != ZEL_OK) return escrito;
 
     const std::string lista = *diretorios;
-    int resultado = 0;
+    int resultado =
+        recusar(Motivo::kCancelamentoSemDiretorio, {.campo = "diretorios", .dado = lista});
     for (const std::string_view diretorio : separarDiretorios(lista)) {
         *diretorios = std::string(diretorio).append(nome);
         resultado = fnCriarArquivoContigencia(*diretorios, evento);
@@ -138,7 +152,7 @@ int fnCFCancelarOffline_ZEL_Felbor(std::string_view numero, std::string_view ser
 int fnCriarLayoutXmlCanc_ZEL_Felbor(const DadosCancelamento &cancelado, std::time_t momento,
                                     std::string &texto) {
     const std::optional<std::tm> hora = horaDoEvento(momento);
-    if (!hora) return ZEL_RECUSADO;
+    if (!hora) return recusar(Motivo::kRelogio);
     texto += escreverRequisicao(Requisicao::kCancelamento, dadosDoEvento(cancelado, *hora));
     return ZEL_OK;
 }

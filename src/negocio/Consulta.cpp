@@ -4,6 +4,7 @@
 #include "config/Registro.h"
 #include "negocio/Argumento.h"
 #include "negocio/Requisicao.h"
+#include "util/Recusa.h"
 
 #include <algorithm>
 #include <array>
@@ -22,7 +23,8 @@ struct Destino {
     std::size_t maximo = 0;
 };
 
-using Argumentos = std::array<std::string_view, 4>; // first, last, series, key
+using Argumentos = std::array<std::string_view, 4>;
+constexpr Argumentos kNomes{"inicial", "final", "serie", "chave"};
 
 struct TipoConsulta {
     std::string_view nome;
@@ -45,7 +47,8 @@ int preencher(const TipoConsulta &tipo, const Argumentos &argumentos, DadosRequi
     for (std::size_t i = 0; i < argumentos.size(); ++i) {
         const auto [campo, maximo] = tipo.destinos[i];
         if (campo == nullptr) continue;
-        if (algumNulo({argumentos[i]})) return ZEL_ARGUMENTO_INVALIDO;
+        if (const int presente = recusarNulos({{kNomes[i], argumentos[i]}}); presente != ZEL_OK)
+            return presente;
         dados.*campo = argumentoCortado(argumentos[i], maximo);
     }
     return ZEL_OK;
@@ -57,7 +60,8 @@ int fnGeraXMLConsulta_ZEL(std::string_view tipo, std::string_view inicio, std::s
                           std::string_view serie, std::string_view chave) {
     const auto achado = std::find_if(kTipos.begin(), kTipos.end(),
                                      [&](const TipoConsulta &um) { return um.nome == tipo; });
-    if (achado == kTipos.end()) return ZEL_ARGUMENTO_INVALIDO;
+    if (achado == kTipos.end())
+        return recusar(Motivo::kTipoDeConsulta, {.campo = "tipo", .dado = tipo});
     DadosRequisicao dados;
     if (const int resultado = preencher(*achado, {inicio, fim, serie, chave}, dados);
         resultado != ZEL_OK)

@@ -12,6 +12,7 @@
 #include "negocio/Transporte.h"
 #include "util/Marcacao.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 #include "util/TextoXml.h"
 
@@ -36,14 +37,18 @@ std::string mensagem(std::string_view texto) {
 // 1, or -108: above the configured value the consumer must be identified by one of the elements.
 int verificarConsumidor(std::initializer_list<std::string_view> aceitos) {
     const double limite = lerDecimal(valorConfig(R"(CONFIGURACAO\ValorMaxIdeCliente)"_chave));
-    if (lerDecimal(totalDoCupom(G_stXML_Persistencia)) <= limite) return ZEL_OK;
+    const double total = lerDecimal(totalDoCupom(G_stXML_Persistencia));
+    if (total <= limite) return ZEL_OK;
     const auto &abertura = G_stXML_Persistencia.abertura;
     const ST_tagZEL *dest = abertura ? abertura->getSubTag(0) : nullptr;
     const bool identificado =
         dest != nullptr && std::any_of(aceitos.begin(), aceitos.end(), [&](std::string_view nome) {
             return dest->getSubTag(nome) != nullptr;
         });
-    return identificado ? ZEL_OK : ZEL_CONSUMIDOR_OBRIGATORIO;
+    if (identificado) return ZEL_OK;
+    const std::string_view qual = aceitos.size() == 1 ? "CPF" : "CPF, CNPJ ou idEstrangeiro";
+    return recusar(Motivo::kConsumidorObrigatorio,
+                   {.campo = qual, .quantia = total, .limite = limite});
 }
 
 int podeEncerrar() {
@@ -65,7 +70,7 @@ ST_tagZEL montarEncerramento(std::string_view infAdFisco, std::string_view infCp
 
 int fnCFEncerrar_ZEL_Felbor(std::string_view infoConsumidor) {
     if (const int resultado = podeEncerrar(); resultado != ZEL_OK) return resultado;
-    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!G_stXML_Persistencia.temListaDeVendas()) return recusarSemDocumento();
     if (const int resultado = verificarConsumidor({"CPF", "idEstrangeiro", "CNPJ"});
         resultado != ZEL_OK)
         return resultado;
@@ -84,14 +89,14 @@ int fnCFEncerrarConfigMsg_ZEL_Felbor(std::string_view infoConsumidor, std::strin
 
 int fnCFeEncerrarTAG_ZEL(ST_tagZEL encerramento) {
     // A document that could not be read would be refused, and a number lost.
-    if (!fnEstruturaLida_ZEL()) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!fnEstruturaLida_ZEL()) return arquivoIndisponivel();
     if (encerramento.subTags) {
         const int resultado = fnVerificarTAG_ZEL(Secao::kEncerramento, encerramento);
         if (resultado != ZEL_OK) return resultado;
     }
     ST_PersitenceXML_ZEL &documento = G_stXML_Persistencia;
     // Assembling nothing is refused as well, but only after it used up a number.
-    if (!documento.temListaDeVendas()) return ZEL_RECUSADO;
+    if (!documento.temListaDeVendas()) return recusar(Motivo::kEncerrarSemItens);
     return desfazendoNaFalha(documento.transporte, [&] {
         if (!documento.transporte) {
             const int resultado = adicionarTransporte(semTransporte());

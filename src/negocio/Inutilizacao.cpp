@@ -10,8 +10,12 @@ namespace zel {
 int fnCFInutilizar_ZEL_Felbor(std::string_view numeroInicial, std::string_view numeroFinal,
                               std::string_view serie, std::string_view justificativa) {
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
-    if (algumNulo({numeroInicial, numeroFinal, serie, justificativa}))
-        return ZEL_ARGUMENTO_INVALIDO;
+    if (const int presentes = recusarNulos({{"numeroInicial", numeroInicial},
+                                            {"numeroFinal", numeroFinal},
+                                            {"serie", serie},
+                                            {"justificativa", justificativa}});
+        presentes != ZEL_OK)
+        return presentes;
     DadosRequisicao dados;
     dados.numeroInicial = argumentoCortado(numeroInicial, 9);
     dados.numeroFinal = argumentoCortado(numeroFinal, 9);

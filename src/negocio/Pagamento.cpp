@@ -9,6 +9,7 @@
 #include "negocio/Argumento.h"
 #include "util/Codigos.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 
 #include <vector>
 
@@ -43,9 +44,9 @@ int salvarPagamento(std::span<const Alteracao> alteracoes) {
 int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view valor) {
     if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kPagar); resultado != ZEL_OK)
         return resultado;
-    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!G_stXML_Persistencia.temListaDeVendas()) return recusarSemDocumento();
     const double dado = lerDecimal(argumentoDecimal(valor));
-    if (dado < 0) return ZEL_ARGUMENTO_INVALIDO;
+    if (dado < 0) return recusarNegativo("valor", valor);
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
 
     const double total = totalAPagar();
@@ -53,14 +54,16 @@ int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view val
     Alteracao troco{kTroco, "0"};
     if (totalCoberto()) {
         const int resultado = alterarConfig({&troco, 1});
-        return resultado == ZEL_OK ? ZEL_JA_PAGO : resultado;
+        return resultado == ZEL_OK ? recusar(Motivo::kJaPago, {.quantia = pago, .limite = total})
+                                   : resultado;
     }
     double pagamento = emCentavos(dado);
     const double resto = total - pago;
     // A change that is binary dust is no change.
     const double excesso = pagamento == 0 ? 0 : emCentavos(pagamento + pago - total);
     if (excesso > 0) troco.valor = formatarMoeda(excesso);
-    if (troco.valor.size() > stZELTAGs[kTroco.indice].tamanho) return ZEL_PAGAMENTO_INEXISTENTE;
+    if (troco.valor.size() > stZELTAGs[kTroco.indice].tamanho)
+        return recusar(Motivo::kTrocoGrande, {.campo = "valor", .dado = valor});
     // Not what was given less the change: of a large number there are no cents left.
     if (pagamento == 0 || excesso > 0) pagamento = resto;
     ST_tagZEL pag("pag");
@@ -70,12 +73,16 @@ int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view val
 
 int fnCFEstornarPagamento_ZEL_Felbor(std::string_view forma, std::string_view novaForma,
                                      std::string_view valor) {
-    if (fnCFVerificarStatus_ZEL() != kPagamento) return ZEL_ESTADO_INVALIDO;
+    if (fnCFVerificarStatus_ZEL() != kPagamento)
+        return recusarNoEstado(Motivo::kEstornoForaDoEstado);
     const double procurado = lerDecimal(argumentoDecimal(valor));
-    if (forma.empty() || novaForma.empty() || valor.empty() || procurado < 0)
-        return ZEL_ARGUMENTO_INVALIDO;
-    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
-    if (!G_stXML_Persistencia.pagamentos) return ZEL_SEM_LISTA;
+    if (const int presentes =
+            exigirTextos({{"formaAtual", forma}, {"formaNova", novaForma}, {"valor", valor}});
+        presentes != ZEL_OK)
+        return presentes;
+    if (procurado < 0) return recusarNegativo("valor", valor);
+    if (!G_stXML_Persistencia.temListaDeVendas()) return recusarSemDocumento();
+    if (!G_stXML_Persistencia.pagamentos) return recusar(Motivo::kSemLista);
 
     std::vector<ST_tagZEL> &pagamentos = *G_stXML_Persistencia.pagamentos;
     const std::string codigo = codigoDaForma(forma);
@@ -91,7 +98,7 @@ int fnCFEstornarPagamento_ZEL_Felbor(std::string_view forma, std::string_view no
             return fnPersistEstrutura_ZEL();
         });
     }
-    return ZEL_PAGAMENTO_INEXISTENTE;
+    return recusar(Motivo::kPagamentoInexistente, {.campo = codigo, .dado = valor});
 }
 
 int fnCFeEfetuarPagamentoTAG_ZEL(ST_tagZEL pag, std::span<const Alteracao> alteracoes) {

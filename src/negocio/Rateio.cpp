@@ -5,6 +5,7 @@
 #include "negocio/AjusteItem.h"
 #include "negocio/Argumento.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 
 #include <cmath>
 #include <string>
@@ -72,6 +73,11 @@ bool cabe(const ST_StructItemAux &parte, char operacao) {
     return anula(parte, operacao) || std::abs(liquido(parte, operacao)) < parte.limite;
 }
 
+int recusarParte(const ST_StructItemAux &parte) {
+    return recusar(Motivo::kRateioExcessivo,
+                   {.numero = parte.item, .quantia = parte.parcela, .limite = parte.limite});
+}
+
 // Replaces the item's adjustment by the net one, even by one of zero when it had none. 1 or the
 // code of the change that the item refuses.
 int aplicar(const ST_StructItemAux &parte, char operacao) {
@@ -97,16 +103,16 @@ int fnRatearDescAcresTotalizacao(std::string_view tipo, std::string_view valor) 
     double bruto = 0;
     for (const ST_StructItemAux &parte : lista)
         bruto += parte.bruto;
-    if (bruto == 0) return ZEL_AJUSTE_EXCESSIVO;
+    if (bruto == 0) return recusar(Motivo::kRateioSemValor, {.quantia = numero});
 
     const double taxa = forma == '%' ? numero : forma == '$' ? 100 * numero / bruto : 0;
     const double quantia = forma == '%' ? bruto * numero / 100 : forma == '$' ? numero : 0;
     ratear(lista, taxa, quantia);
     for (const ST_StructItemAux &parte : lista)
-        if (!cabe(parte, operacao)) return ZEL_AJUSTE_EXCESSIVO;
+        if (!cabe(parte, operacao)) return recusarParte(parte);
     if (operacao != 'A' && operacao != 'D') return ZEL_OK;
     for (const ST_StructItemAux &parte : lista)
-        if (aplicar(parte, operacao) != ZEL_OK) return ZEL_AJUSTE_EXCESSIVO;
+        if (aplicar(parte, operacao) != ZEL_OK) return recusarParte(parte);
     return ZEL_OK;
 }
 

@@ -171,9 +171,4 @@ int enviarRequisicao(Requisicao qual, const DadosRequisicao &dados) {
     return ZEL_OK;
 }
 
-bool algumNulo(std::initializer_list<std::string_view> textos) {
-    return std::any_of(textos.begin(), textos.end(),
-                       [](std::string_view texto) { return texto.data() == nullptr; });
-}
-
 } // namespace zel

@@ -37,7 +37,4 @@ std::string escreverRequisicao(Requisicao qual, const DadosRequisicao &dados);
 // 1 or -52.
 int enviarRequisicao(Requisicao qual, const DadosRequisicao &dados);
 
-// A null text, which the frames hand on as a view without data; an empty text is none.
-bool algumNulo(std::initializer_list<std::string_view> textos);
-
 } // namespace zel

@@ -10,6 +10,7 @@
 #include "negocio/Argumento.h"
 #include "negocio/Rateio.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 
 #include <span>
 
@@ -86,7 +87,7 @@ int fnCFTotalizar_ZEL_Felbor(std::string_view tipo, std::string_view valor) {
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
     if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kTotalizar); resultado != ZEL_OK)
         return resultado;
-    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!G_stXML_Persistencia.temListaDeVendas()) return recusarSemDocumento();
 
     // Without an adjustment no item changes, and none needs to be kept.
     const bool comAjuste = lerDecimal(argumentoDecimal(valor)) > 0;

@@ -7,6 +7,7 @@
 #include "documento/ZEL_Controle.h"
 #include "documento/ZEL_Persistencia.h"
 #include "negocio/Argumento.h"
+#include "util/Recusa.h"
 #include "util/Texto.h"
 
 namespace zel {
@@ -35,10 +36,12 @@ ST_tagZEL montarTransporte(const DadosTransportadora &dados) {
 } // namespace
 
 int fnCFIdentificarTransportadora_ZEL_Felbor(const DadosTransportadora &transportadora) {
-    if (fnCFVerificarStatus_ZEL() > kPagamento) return ZEL_ESTADO_INVALIDO;
-    if (valorConfig(R"(IDE\indPres)"_chave) != "4") return ZEL_TRANSPORTADORA_NAO_PERMITIDA;
+    if (fnCFVerificarStatus_ZEL() > kPagamento)
+        return recusarNoEstado(Motivo::kTransporteForaDoEstado);
+    const std::string_view presenca = valorConfig(R"(IDE\indPres)"_chave);
+    if (presenca != "4") return recusar(Motivo::kTransporteSemEntrega, {.dado = presenca});
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
-    if (!G_stXML_Persistencia.temListaDeVendas()) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!G_stXML_Persistencia.temListaDeVendas()) return recusarSemDocumento();
     return fnCFIdentificarTransportadoraTAG_ZEL(montarTransporte(transportadora));
 }
 

@@ -11,6 +11,7 @@
 #include "imposto/ZEL_TrataImposto.h"
 #include "negocio/Argumento.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 
 namespace zel {
 
@@ -38,9 +39,12 @@ int lerNumeros(const DadosVenda &dados, Numeros &numeros) {
     numeros.valorUnitario = fnRetirarZerosLeft(argumentoDecimal(dados.valorUnitario));
     numeros.tipo = argumentoCortado(dados.tipoAjuste, 2);
     numeros.valorAjuste = argumentoDecimal(dados.valorAjuste);
-    if (quantidade < 0 || lerDecimal(numeros.valorAjuste) < 0) return ZEL_ARGUMENTO_INVALIDO;
+    if (quantidade < 0) return recusarNegativo("quantidade", dados.quantidade);
+    if (lerDecimal(numeros.valorAjuste) < 0)
+        return recusarNegativo("valorAjuste", dados.valorAjuste);
     if (!numeros.valorUnitario.empty() && !ehDecimalPuro(numeros.valorUnitario))
-        return ZEL_ARGUMENTO_INVALIDO;
+        return recusar(Motivo::kNaoEhDecimal,
+                       {.campo = "valorUnitario", .dado = dados.valorUnitario});
     const double bruto = lerDecimal(numeros.quantidade) * lerDecimal(numeros.valorUnitario);
     numeros.valorBruto = formatarMoeda(fnArredondarTruncar(bruto));
     return ZEL_OK;
@@ -54,11 +58,16 @@ int calcularAjuste(const Numeros &numeros, AjusteInline &ajuste) {
     const char operacao = numeros.tipo[0];
     const char forma = numeros.tipo[1];
     if ((operacao != 'D' && operacao != 'A') || (forma != '%' && forma != '$')) return ZEL_OK;
-    if (forma == '$' && !ehDecimalPuro(numeros.valorAjuste)) return ZEL_ARGUMENTO_INVALIDO;
+    if (forma == '$' && !ehDecimalPuro(numeros.valorAjuste))
+        return recusar(Motivo::kNaoEhDecimal,
+                       {.campo = "valorAjuste", .dado = numeros.valorAjuste});
     ajuste.nome = operacao == 'D' ? "Vdesc" : "vOutro";
     ajuste.valor = forma == '%' ? formatarMoeda(bruto * valor / 100) : numeros.valorAjuste;
     // The surcharge is held to the same bound as the discount.
-    return bruto - lerDecimal(ajuste.valor) <= 0 ? ZEL_AJUSTE_EXCESSIVO : ZEL_OK;
+    const double quantia = lerDecimal(ajuste.valor);
+    return bruto - quantia <= 0
+               ? recusar(Motivo::kAjusteExcessivo, {.quantia = quantia, .limite = bruto})
+               : int{ZEL_OK};
 }
 
 std::string ouConfigurado(std::string_view argumento, std::size_t maximo, Chave chave) {
@@ -89,10 +98,11 @@ ST_tagZEL montarProduto(const DadosVenda &dados, const Numeros &numeros,
 }
 
 int podeVender() {
-    if (G_stXML_Persistencia.quantidadeItens() >= kMaximoItens) return ZEL_RECUSADO;
+    if (G_stXML_Persistencia.quantidadeItens() >= kMaximoItens)
+        return recusar(Motivo::kItensDemais, {.numero = kMaximoItens});
     if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kVender); resultado != ZEL_OK)
         return resultado;
-    return G_stXML_Persistencia.temListaDeVendas() ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+    return G_stXML_Persistencia.temListaDeVendas() ? int{ZEL_OK} : recusarSemDocumento();
 }
 
 // Adds a checked item to the document and saves it with the state that it leads to.

@@ -2,6 +2,7 @@
 
 #include "ZEL_FelborFramework.h"
 #include "util/Descritor.h"
+#include "util/Recusa.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -83,15 +84,17 @@ bool descarregar(const Descritor &diretorio) {
 // (where it can). Should the directory refuse to be flushed, the old file comes back.
 bool tomarLugar(const std::string &de, const std::string &para) {
     const Descritor diretorio(diretorioDe(para).c_str(), O_RDONLY | O_DIRECTORY);
-    if (!diretorio.aberto() && errno != EACCES) return false;
+    if (!diretorio.aberto() && errno != EACCES) return falhouArquivo(para);
 
     const bool existia = existeArquivo(para);
     const std::string antigo = std::string(de).append(kAntigo);
     const bool trocados = existia && trocarDeLugar(de, para);
     if (!trocados) {
         removerArquivo(antigo);
-        if (existia && ::link(para.c_str(), antigo.c_str()) != 0 && errno == ENOSPC) return false;
+        if (existia && ::link(para.c_str(), antigo.c_str()) != 0 && errno == ENOSPC)
+            return falhouArquivo(para);
         if (::rename(de.c_str(), para.c_str()) != 0) {
+            falhouArquivo(para);
             removerArquivo(antigo);
             return false;
         }
@@ -100,6 +103,7 @@ bool tomarLugar(const std::string &de, const std::string &para) {
         if (existia) removerArquivo(trocados ? de : antigo);
         return true;
     }
+    falhouArquivo(para);
     // What cannot be taken back either has happened.
     const bool voltou = trocados ? trocarDeLugar(de, para)
                                  : ::rename(existia ? antigo.c_str() : para.c_str(),
@@ -123,12 +127,13 @@ bool escreverNovo(const std::string &caminho, std::string_view conteudo, Acesso 
                   const std::optional<struct stat> &antigo, Descarga descarga = Descarga::kJa) {
     const mode_t permissoes = acesso == Acesso::kUmask ? 0666 : 0600;
     Descritor arquivo(caminho.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, permissoes);
-    if (!arquivo.aberto()) return false;
-    if (acesso != Acesso::kUmask && antigo && !herdarPermissoes(arquivo, *antigo)) return false;
-    if (!escreverTudo(arquivo.fd(), conteudo)) return false;
-    if (descarga == Descarga::kJa && insistir([&] { return ::fsync(arquivo.fd()); }) != 0)
-        return false;
-    return arquivo.fechar();
+    const bool escrito =
+        arquivo.aberto() &&
+        (acesso == Acesso::kUmask || !antigo || herdarPermissoes(arquivo, *antigo)) &&
+        escreverTudo(arquivo.fd(), conteudo) &&
+        (descarga == Descarga::kNenhuma || insistir([&] { return ::fsync(arquivo.fd()); }) == 0) &&
+        arquivo.fechar();
+    return escrito || falhouArquivo(caminho);
 }
 
 std::string destinoDe(const std::string &caminho, Ligacao ligacao) {
@@ -144,8 +149,9 @@ bool escreverAoLado(const std::string &destino, std::string_view conteudo, Acess
                     Descarga descarga) {
     const std::string novo = rascunhoDe(destino);
     const auto antigo = situacao(destino);
-    if (!antigo && !naoExiste()) return false;
-    if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode)) return false;
+    if (!antigo && !naoExiste()) return falhouArquivo(destino);
+    if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode))
+        return naoEhArquivo(destino);
     removerArquivo(novo); // left by a process that died
     // The mode of a link says nothing.
     const bool herda = antigo && S_ISREG(antigo->st_mode);
@@ -166,16 +172,16 @@ Identidade identidadeDe(const struct stat &dados) {
 // Writes into what is no file (a device, a pipe with a reader), without waiting for it.
 int escreverAtraves(const std::string &caminho, std::string_view conteudo) {
     const Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK);
-    return arquivo.aberto() && escreverTudo(arquivo.fd(), conteudo) ? ZEL_OK
-                                                                    : ZEL_ARQUIVO_INDISPONIVEL;
+    const bool escrito = arquivo.aberto() && escreverTudo(arquivo.fd(), conteudo);
+    return escrito ? int{ZEL_OK} : arquivoIndisponivel(caminho);
 }
 
 // Writes a regular file over where it stands, and back when that fails.
 int sobrescrever(const std::string &caminho, std::string_view conteudo) {
     std::string antigo;
-    if (lerArquivo(caminho, antigo) != Leitura::kLido) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (lerArquivo(caminho, antigo) != Leitura::kLido) return arquivoIndisponivel();
     const Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK);
-    if (!arquivo.aberto()) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!arquivo.aberto()) return arquivoIndisponivel(caminho);
     const auto escrever = [&](std::string_view texto) {
         const auto tamanho = static_cast<off_t>(texto.size());
         return escreverTudo(arquivo.fd(), texto, 0) &&
@@ -183,8 +189,9 @@ int sobrescrever(const std::string &caminho, std::string_view conteudo) {
                insistir([&] { return ::fsync(arquivo.fd()); }) == 0;
     };
     if (escrever(conteudo)) return ZEL_OK;
+    const int codigo = arquivoIndisponivel(caminho);
     escrever(antigo);
-    return ZEL_ARQUIVO_INDISPONIVEL;
+    return codigo;
 }
 
 } // namespace
@@ -193,9 +200,16 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao li
     conteudo.clear();
     // Not blocking: a pipe in the place of a file must not hold up the till.
     const Descritor arquivo(caminho.c_str(), O_RDONLY | O_NONBLOCK | naoSeguir(ligacao));
-    if (!arquivo.aberto()) return errno == ENOENT ? Leitura::kInexistente : Leitura::kFalha;
+    if (!arquivo.aberto()) {
+        falhouArquivo(caminho);
+        return errno == ENOENT ? Leitura::kInexistente : Leitura::kFalha;
+    }
     struct stat dados {};
-    if (::fstat(arquivo.fd(), &dados) != 0 || !S_ISREG(dados.st_mode)) return Leitura::kFalha;
+    const bool conhecido = ::fstat(arquivo.fd(), &dados) == 0;
+    if (!conhecido || !S_ISREG(dados.st_mode)) {
+        conhecido ? naoEhArquivo(caminho) : falhouArquivo(caminho);
+        return Leitura::kFalha;
+    }
 
     // One byte more than the file holds, so that the end is met in the same read.
     std::size_t lidos = 0;
@@ -204,6 +218,7 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao li
         const ssize_t parte = insistir(
             [&] { return ::read(arquivo.fd(), conteudo.data() + lidos, conteudo.size() - lidos); });
         if (parte < 0) {
+            falhouArquivo(caminho);
             conteudo.clear();
             return Leitura::kFalha;
         }
@@ -218,27 +233,32 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao li
 int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
                       Ligacao ligacao) {
     const std::string destino = destinoDe(caminho, ligacao), novo = rascunhoDe(destino);
-    if (!escreverAoLado(destino, conteudo, acesso, Descarga::kJa)) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!escreverAoLado(destino, conteudo, acesso, Descarga::kJa)) return arquivoIndisponivel();
     if (tomarLugar(novo, destino)) return ZEL_OK;
     const int erro = errno;
     removerArquivo(novo);
     errno = erro;
-    return ZEL_ARQUIVO_INDISPONIVEL;
+    return arquivoIndisponivel();
 }
 
 int criarArquivo(const std::string &caminho, std::string_view conteudo) {
     const std::string novo = std::string(caminho).append(kRascunho);
-    if (existeArquivo(caminho) || existeArquivo(novo)) return ZEL_RECUSADO;
+    if (existeArquivo(caminho) || existeArquivo(novo)) return recusar(Motivo::kNomeTomado);
     if (!escreverNovo(novo, conteudo, Acesso::kUmask, {})) {
         // Somebody else's in this instant is not ours to remove.
         const bool alheio = errno == EEXIST;
         if (!alheio) removerArquivo(novo);
-        return alheio ? ZEL_RECUSADO : ZEL_ARQUIVO_INDISPONIVEL;
+        return alheio ? recusar(Motivo::kNomeTomado) : arquivoIndisponivel();
     }
-    int resultado = ::link(novo.c_str(), caminho.c_str()) == 0 ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
-    if (resultado != ZEL_OK && errno == EEXIST) resultado = ZEL_RECUSADO;
-    if (resultado == ZEL_ARQUIVO_INDISPONIVEL && (errno == EPERM || errno == EOPNOTSUPP))
-        resultado = renomearArquivo(novo, caminho); // a file system without links
+    int resultado = ZEL_OK;
+    if (::link(novo.c_str(), caminho.c_str()) != 0) {
+        if (errno == EEXIST)
+            resultado = recusar(Motivo::kNomeTomado);
+        else if (errno == EPERM || errno == EOPNOTSUPP)
+            resultado = renomearArquivo(novo, caminho); // a file system without links
+        else
+            resultado = arquivoIndisponivel(caminho);
+    }
     removerArquivo(novo);
     return resultado == ZEL_OK ? descarregarDiretorio(caminho) : resultado;
 }
@@ -248,7 +268,7 @@ int gravarDestino(const std::string &caminho, std::string_view conteudo) {
     const auto antigo = situacao(destino);
     if (!antigo)
         return naoExiste() ? substituirArquivo(destino, conteudo, Acesso::kUmask)
-                           : int{ZEL_ARQUIVO_INDISPONIVEL};
+                           : arquivoIndisponivel(destino);
     if (!S_ISREG(antigo->st_mode)) return escreverAtraves(destino, conteudo);
     // A file that only another owner may have in a directory that only he may change is written in
     // its place.
@@ -264,8 +284,14 @@ Leitura identificar(const std::string &caminho, Ligacao ligacao, Identidade &ide
     struct stat dados {};
     const int resultado = ligacao == Ligacao::kSeguida ? ::stat(caminho.c_str(), &dados)
                                                        : ::lstat(caminho.c_str(), &dados);
-    if (resultado != 0) return naoExiste() ? Leitura::kInexistente : Leitura::kFalha;
-    if (!S_ISREG(dados.st_mode)) return Leitura::kFalha;
+    if (resultado != 0) {
+        falhouArquivo(caminho);
+        return naoExiste() ? Leitura::kInexistente : Leitura::kFalha;
+    }
+    if (!S_ISREG(dados.st_mode)) {
+        naoEhArquivo(caminho);
+        return Leitura::kFalha;
+    }
     identidade = identidadeDe(dados);
     return Leitura::kLido;
 }
@@ -283,8 +309,8 @@ bool ehLigacao(const std::string &caminho) {
 int escreverRascunho(const std::string &caminho, std::string_view conteudo, Acesso acesso,
                      Ligacao ligacao) {
     return escreverAoLado(destinoDe(caminho, ligacao), conteudo, acesso, Descarga::kNenhuma)
-               ? ZEL_OK
-               : ZEL_ARQUIVO_INDISPONIVEL;
+               ? int{ZEL_OK}
+               : arquivoIndisponivel();
 }
 
 int instalarRascunho(const std::string &caminho, Ligacao ligacao) {
@@ -300,15 +326,15 @@ int escreverNoLugar(const std::string &caminho, std::size_t lugar, std::string_v
                     Ligacao ligacao) {
     const Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK | naoSeguir(ligacao));
     return arquivo.aberto() && escreverTudo(arquivo.fd(), bytes, static_cast<off_t>(lugar))
-               ? ZEL_OK
-               : ZEL_ARQUIVO_INDISPONIVEL;
+               ? int{ZEL_OK}
+               : arquivoIndisponivel(caminho);
 }
 
 int descarregarArquivo(const std::string &caminho, Ligacao ligacao) {
     const std::string destino = destinoDe(caminho, ligacao);
     const Descritor arquivo(destino.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
     if (!arquivo.aberto() || insistir([&] { return ::fsync(arquivo.fd()); }) != 0)
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel(destino);
     return destino == caminho ? int{ZEL_OK} : descarregarDiretorio(destino);
 }
 
@@ -320,17 +346,18 @@ void darAoDonoDoDiretorio(int fd, const std::string &caminho) {
 }
 
 int renomearArquivo(const std::string &de, const std::string &para) {
-    return ::rename(de.c_str(), para.c_str()) == 0 ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+    return ::rename(de.c_str(), para.c_str()) == 0 ? int{ZEL_OK} : arquivoIndisponivel(para);
 }
 
 int descarregarDiretorio(const std::string &caminho) {
     const Descritor diretorio(diretorioDe(caminho).c_str(), O_RDONLY | O_DIRECTORY);
-    if (!diretorio.aberto() && errno != EACCES) return ZEL_ARQUIVO_INDISPONIVEL;
-    return descarregar(diretorio) ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+    const bool feito = (diretorio.aberto() || errno == EACCES) && descarregar(diretorio);
+    return feito ? int{ZEL_OK} : arquivoIndisponivel(caminho);
 }
 
 int removerArquivo(const std::string &caminho) {
-    return ::unlink(caminho.c_str()) == 0 || errno == ENOENT ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+    return ::unlink(caminho.c_str()) == 0 || errno == ENOENT ? int{ZEL_OK}
+                                                             : arquivoIndisponivel(caminho);
 }
 
 void removerRascunhos(const std::string &diretorio, bool (*nosso)(std::string_view nome)) {

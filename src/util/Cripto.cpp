@@ -3,6 +3,7 @@
 #include "ZEL_FelborFramework.h"
 #include "util/Arquivo.h"
 #include "util/Diretorio.h"
+#include "util/Recusa.h"
 
 #include <algorithm>
 
@@ -34,7 +35,7 @@ int transformarArquivo(std::string_view origem, std::string_view destino, std::s
                        Transformacao transformar) {
     std::string conteudo;
     if (lerArquivo(std::string(origem.substr(0, kMaximoCaminho)), conteudo) != Leitura::kLido)
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     return gravarDestino(std::string(destino.substr(0, kMaximoCaminho)),
                          transformar(conteudo, chave.substr(0, kMaximaChave)));
 }
@@ -85,7 +86,7 @@ int fnLerArquivoCriptUltimaDanfe(std::string &texto) {
     std::string conteudo;
     if (lerArquivo(fnConfigurarPath(kUltimaDanfe), conteudo, Ligacao::kNaoSeguida) !=
         Leitura::kLido)
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     texto = fnDescriptografar(conteudo, kChaveFixa);
     texto.resize(std::min(texto.find('\0'), texto.size()));
     return ZEL_OK;

@@ -2,6 +2,7 @@
 
 #include "ZEL_FelborFramework.h"
 #include "util/Diretorio.h"
+#include "util/Recusa.h"
 #include "util/Soma.h"
 
 #include <algorithm>
@@ -66,9 +67,14 @@ std::uint32_t somaDoCaminho() {
 Leitura Diario::abrir() {
     const std::string caminho = fnConfigurarPath(kNome);
     arquivo_ = Descritor(caminho.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK);
-    if (!arquivo_.aberto()) return errno == ENOENT ? Leitura::kInexistente : Leitura::kFalha;
+    if (!arquivo_.aberto()) {
+        falhouArquivo(caminho);
+        return errno == ENOENT ? Leitura::kInexistente : Leitura::kFalha;
+    }
     struct stat dados {};
-    if (::fstat(arquivo_.fd(), &dados) != 0 || !S_ISREG(dados.st_mode)) {
+    const bool conhecido = ::fstat(arquivo_.fd(), &dados) == 0;
+    if (!conhecido || !S_ISREG(dados.st_mode)) {
+        conhecido ? naoEhArquivo(caminho) : falhouArquivo(caminho);
         arquivo_.fechar();
         return Leitura::kFalha;
     }
@@ -87,11 +93,11 @@ int Diario::abrirOuCriar() {
     Leitura leitura = arquivo_.aberto() ? Leitura::kLido : abrir();
     if (leitura == Leitura::kInexistente && criar(fnConfigurarPath(kNome)) == ZEL_OK)
         leitura = abrir();
-    if (leitura != Leitura::kLido) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (leitura != Leitura::kLido) return arquivoIndisponivel();
     // One that was cut short has no room that is sure.
     if (tamanho_ >= kTamanho || ocupar(kTamanho) == ZEL_OK) return ZEL_OK;
     arquivo_.fechar();
-    return ZEL_ARQUIVO_INDISPONIVEL;
+    return arquivoIndisponivel();
 }
 
 // Zeros that are written take room that no other file can take, and cost less at each flush than
@@ -101,19 +107,19 @@ int Diario::ocupar(std::size_t tamanho) {
     for (std::size_t lugar = tamanho_ / kZeros * kZeros; lugar < tamanho; lugar += kZeros)
         if (const std::size_t inicio = std::max(lugar, tamanho_);
             !escreverTudo(arquivo_.fd(), std::string_view(zeros).substr(inicio - lugar), inicio))
-            return ZEL_ARQUIVO_INDISPONIVEL;
-    if (insistir([&] { return ::fsync(arquivo_.fd()); }) != 0) return ZEL_ARQUIVO_INDISPONIVEL;
+            return arquivoIndisponivel(kNome);
+    if (insistir([&] { return ::fsync(arquivo_.fd()); }) != 0) return arquivoIndisponivel(kNome);
     tamanho_ = (tamanho + kZeros - 1) / kZeros * kZeros;
     return ZEL_OK;
 }
 
 int Diario::criar(const std::string &caminho) {
     arquivo_ = Descritor(caminho.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-    if (!arquivo_.aberto()) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (!arquivo_.aberto()) return arquivoIndisponivel(caminho);
     darAoDonoDoDiretorio(arquivo_.fd(), caminho);
     tamanho_ = 0;
-    const int feito =
-        ocupar(kTamanho) == ZEL_OK ? descarregarDiretorio(caminho) : int{ZEL_ARQUIVO_INDISPONIVEL};
+    int feito = ocupar(kTamanho);
+    if (feito == ZEL_OK) feito = descarregarDiretorio(caminho);
     arquivo_.fechar();
     if (feito != ZEL_OK) removerArquivo(caminho);
     return feito;
@@ -125,7 +131,10 @@ Leitura Diario::ler(Conteudo &conteudo) {
     std::string &bytes = conteudo.bytes;
     // No further than records reach: after them there are zeros.
     for (std::size_t quanto = kPedaco;; quanto *= 2) {
-        if (!lerTrecho(arquivo_.fd(), 0, std::min(quanto, tamanho_), bytes)) return Leitura::kFalha;
+        if (!lerTrecho(arquivo_.fd(), 0, std::min(quanto, tamanho_), bytes)) {
+            falhouArquivo(kNome);
+            return Leitura::kFalha;
+        }
         percorrer(bytes, conteudo.registros);
         const bool haMais = fim_ + kSetor > bytes.size() ||
                             anunciaSeguinte(std::string_view(bytes).substr(fim_), ultimo_);
@@ -185,12 +194,13 @@ std::string Diario::preparar(std::vector<MudancaDiario> mudancas) {
 int Diario::acrescentar(const std::string &registro) {
     const bool inteiro = escreverTudo(arquivo_.fd(), registro, fim_);
     if (!inteiro || !descarregar(arquivo_.fd())) {
+        falhouArquivo(kNome);
         const bool apagado = escreverTudo(arquivo_.fd(), std::string(kSetor, '\0'), fim_);
-        if (!inteiro || (apagado && descarregar(arquivo_.fd()))) return ZEL_ARQUIVO_INDISPONIVEL;
+        if (!inteiro || (apagado && descarregar(arquivo_.fd()))) return arquivoIndisponivel();
         // Written back where the zeros may have got to the disk: what cannot be taken back has
         // happened.
         if (apagado && !escreverTudo(arquivo_.fd(), registro.substr(0, kSetor), fim_))
-            return ZEL_ARQUIVO_INDISPONIVEL;
+            return arquivoIndisponivel();
     }
     fim_ += registro.size();
     ++ultimo_.sequencia;
@@ -206,15 +216,16 @@ void Diario::carimbar(std::vector<CarimboDiario> carimbos) {
 
 int Diario::esvaziar(std::size_t tamanho) {
     if (kInicio + tamanho > tamanho_ && ocupar(kInicio + tamanho) != ZEL_OK)
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return jaRecusado(Motivo::kArquivo);
     fim_ = kInicio;
     ultimo_.sequencia = 0;
     ultimo_.epoca = agora();
     // The stamps first: a process that knew the old end sees by them that it is one no more.
     carimbar({});
     if (escreverTudo(arquivo_.fd(), std::string(kSetor, '\0'), kInicio)) return ZEL_OK;
+    const int codigo = arquivoIndisponivel(kNome);
     arquivo_.fechar();
-    return ZEL_ARQUIVO_INDISPONIVEL;
+    return codigo;
 }
 
 } // namespace zel

@@ -4,6 +4,7 @@
 #include "util/Diario.h"
 #include "util/Diretorio.h"
 #include "util/EstadosDiario.h"
+#include "util/Recusa.h"
 #include "util/Trava.h"
 
 #include <algorithm>
@@ -97,7 +98,7 @@ int planejar(const MudancaArquivo &mudanca, Plano &plano) {
     Identidade achada;
     const Leitura leitura = identificar(plano.caminho, mudanca.ligacao, achada);
     // A link that is not followed makes way.
-    if (leitura == Leitura::kFalha && !ehLigacao(plano.caminho)) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (leitura == Leitura::kFalha && !ehLigacao(plano.caminho)) return arquivoIndisponivel();
     const bool seguida = leitura == Leitura::kLido && continua(plano, achada);
     if (mudanca.fim && seguida && achada.tamanho == mudanca.fim->tamanho) {
         planejarFim(plano, *mudanca.fim);
@@ -106,7 +107,7 @@ int planejar(const MudancaArquivo &mudanca, Plano &plano) {
     if (mudanca.fim && leitura == Leitura::kLido && achada.tamanho == mudanca.fim->tamanho) {
         // The journal does not know it yet.
         if (lerArquivo(plano.caminho, plano.inteiro, mudanca.ligacao) != Leitura::kLido)
-            return ZEL_ARQUIVO_INDISPONIVEL;
+            return arquivoIndisponivel();
         plano.inteiro.resize(std::min(plano.inteiro.size(), mudanca.fim->lugar));
         plano.inteiro.append(mudanca.depois);
         planejarFim(plano, *mudanca.fim);
@@ -155,7 +156,7 @@ int preparar(const std::vector<Plano> &planos) {
     for (const Plano &plano : planos)
         if (!plano.noLugar && escreverRascunho(plano.caminho, plano.depois, plano.mudanca->acesso,
                                                plano.mudanca->ligacao) != ZEL_OK)
-            return ZEL_ARQUIVO_INDISPONIVEL;
+            return arquivoIndisponivel();
     return ZEL_OK;
 }
 
@@ -173,7 +174,7 @@ bool seguir(const std::vector<Plano> &planos) {
     std::vector<CarimboDiario> carimbos;
     bool nomes = false, todos = true;
     for (const Plano &plano : planos) {
-        int feito = ZEL_ARQUIVO_INDISPONIVEL;
+        int feito = jaRecusado(Motivo::kArquivo);
         for (int vez = 0; vez < kTentativas && feito != ZEL_OK; ++vez)
             feito = aplicar(plano);
         CarimboDiario carimbo{std::string(plano.mudanca->nome), {}};
@@ -198,21 +199,21 @@ int descarregarTudo() {
         // The configuration may be a link; no other file is followed.
         const std::string caminho = fnConfigurarPath(nome);
         if (descarregarArquivo(caminho, Ligacao::kSeguida) != ZEL_OK && existeArquivo(caminho))
-            return ZEL_ARQUIVO_INDISPONIVEL;
+            return arquivoIndisponivel();
     }
     return descarregarDiretorio(fnConfigurarPath(""));
 }
 
 int esvaziar(std::size_t tamanho) {
     Gravador &g = gravador();
-    if (g.atrasado) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (g.atrasado) return arquivoIndisponivel();
     if (descarregarTudo() != ZEL_OK) {
         g.perdeu = g.atrasado = true;
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     }
     if (g.diario.esvaziar(tamanho) != ZEL_OK) {
         g.atrasado = true;
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     }
     g.cadeias.clear();
     g.recomecar = false;
@@ -230,13 +231,12 @@ int acertar(const std::string &nome, const EstadoDiario &estado, bool removido) 
     std::string conteudo;
     switch (identificar(caminho, ligacao, identidade)) {
     case Leitura::kFalha:
-        return ehLigacao(caminho) ? ZEL_OK : ZEL_ARQUIVO_INDISPONIVEL;
+        return ehLigacao(caminho) ? int{ZEL_OK} : arquivoIndisponivel();
     case Leitura::kInexistente:
         if (removido) return ZEL_OK;
         break;
     case Leitura::kLido:
-        if (lerArquivo(caminho, conteudo, ligacao) != Leitura::kLido)
-            return ZEL_ARQUIVO_INDISPONIVEL;
+        if (lerArquivo(caminho, conteudo, ligacao) != Leitura::kLido) return arquivoIndisponivel();
         if (conteudo != estado.conteudo && estado.ehDeOutro(identidade)) return ZEL_OK;
         if (conteudo != estado.conteudo || g.perdeu) break;
         g.cadeias[nome] = identidade;
@@ -245,7 +245,7 @@ int acertar(const std::string &nome, const EstadoDiario &estado, bool removido) 
     g.mudou = true;
     if (substituirArquivo(caminho, estado.conteudo, estado.acesso, ligacao) != ZEL_OK ||
         identificar(caminho, ligacao, identidade) != Leitura::kLido)
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     g.cadeias[nome] = identidade;
     return ZEL_OK;
 }
@@ -258,7 +258,7 @@ int recuperar() {
     g.atrasado = true;
     switch (g.diario.ler(conteudo)) {
     case Leitura::kFalha:
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     case Leitura::kInexistente:
         break;
     case Leitura::kLido:
@@ -268,7 +268,7 @@ int recuperar() {
         const Identidade diretorio = identificarDiretorio(fnConfigurarPath(""));
         for (const auto &[nome, estado] : estados.arquivos())
             if (acertar(nome, estado, estados.foiRemovido(estado, diretorio)) != ZEL_OK)
-                return ZEL_ARQUIVO_INDISPONIVEL;
+                return arquivoIndisponivel();
     }
     g.atrasado = g.perdeu = false;
     return ZEL_OK;
@@ -293,7 +293,7 @@ int planejarRegistro(std::span<const MudancaArquivo> mudancas, std::vector<Plano
     if (const int plano = planejarTodas(mudancas, planos); plano != ZEL_OK) return plano;
     registro = registroDe(planos);
     if (g.diario.cabe(registro.size())) return ZEL_OK;
-    if (esvaziar(registro.size()) != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+    if (esvaziar(registro.size()) != ZEL_OK) return arquivoIndisponivel();
     if (const int plano = planejarTodas(mudancas, planos); plano != ZEL_OK) return plano;
     registro = registroDe(planos);
     return g.diario.cabe(registro.size()) ? int{ZEL_OK} : g.diario.esvaziar(registro.size());
@@ -310,9 +310,9 @@ int acompanharDiario() {
 int gravarJuntos(std::span<const MudancaArquivo> mudancas) {
     Gravador &g = gravador();
     if ((g.processo != ::getpid() || g.atrasado) && recuperar() != ZEL_OK)
-        return ZEL_ARQUIVO_INDISPONIVEL;
-    if (g.diario.abrirOuCriar() != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
-    if (g.recomecar && esvaziar(0) != ZEL_OK) return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
+    if (g.diario.abrirOuCriar() != ZEL_OK) return arquivoIndisponivel();
+    if (g.recomecar && esvaziar(0) != ZEL_OK) return arquivoIndisponivel();
     std::vector<Plano> planos;
     std::string registro;
     if (const int plano = planejarRegistro(mudancas, planos, registro); plano != ZEL_OK)
@@ -321,7 +321,7 @@ int gravarJuntos(std::span<const MudancaArquivo> mudancas) {
     if (preparar(planos) != ZEL_OK || g.diario.acrescentar(registro) != ZEL_OK) {
         g.atrasado = false;
         abandonar(planos);
-        return ZEL_ARQUIVO_INDISPONIVEL;
+        return arquivoIndisponivel();
     }
     try {
         g.atrasado = !seguir(planos);

@@ -5,6 +5,7 @@
 #include "util/Diretorio.h"
 #include "util/HoraLocal.h"
 #include "util/Numero.h"
+#include "util/Recusa.h"
 
 #include <array>
 #include <cstddef>
@@ -45,7 +46,7 @@ std::string nomeDaCopia(Direcao direcao, TipoCopia tipo, bool carimbado, const s
 // that copies to the same place, gets "_2" after its name, and so on.
 int gravarCarimbada(const std::string &caminho, std::string_view conteudo) {
     constexpr int kMaximoPorSegundo = 1000;
-    int resultado = ZEL_RECUSADO;
+    int resultado = jaRecusado(Motivo::kNomeTomado);
     for (int vez = 1; resultado == ZEL_RECUSADO && vez <= kMaximoPorSegundo; ++vez) {
         std::string nome = caminho;
         if (vez > 1) nome.append("_").append(formatarInteiro(vez));

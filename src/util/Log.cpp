@@ -1,61 +1,171 @@
 #include "util/Log.h"
 
+#include "util/Campo.h"
 #include "util/Descritor.h"
+#include "util/HoraLocal.h"
 #include "util/Numero.h"
 
+#include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
+#include <poll.h>
 #include <string>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace zel {
 
 namespace {
 
-std::string destino() {
-    const char *escolhido = ::secure_getenv("ZEL_LOG");
-    return escolhido == nullptr ? "" : escolhido;
+constexpr off_t kMaximo = 10'000'000;
+constexpr off_t kFolga = 1'000'000; // while another process is at the rename
+constexpr std::string_view kAnterior = ".1";
+
+struct OpcoesLog {
+    NivelLog nivel = NivelLog::kDesligado;
+    Campo<PATH_MAX> destino;
+    OpcoesLog() {
+        const char *onde = ::secure_getenv("ZEL_LOG");
+        const std::string_view escolhido = onde == nullptr ? "" : onde;
+        if ((escolhido != "stderr" && !escolhido.starts_with('/')) || escolhido.size() >= PATH_MAX)
+            return;
+        destino = escolhido;
+        const char *qual = ::secure_getenv("ZEL_LOG_NIVEL");
+        const bool todas = qual != nullptr && std::string_view(qual) == "chamadas";
+        nivel = todas ? NivelLog::kChamadas : NivelLog::kRecusas;
+    }
+};
+
+const OpcoesLog &opcoes() {
+    static const OpcoesLog unicas;
+    return unicas;
 }
 
 // "2026-11-25 08:15:30 -0300"
 std::string momento() {
-    const std::time_t agora = std::time(nullptr);
-    std::tm local{};
-    ::tzset();
-    ::localtime_r(&agora, &local);
-    const long minutos = local.tm_gmtoff / 60;
-    std::string texto = formatarInteiro(local.tm_year + 1900, 4);
-    texto.append("-").append(formatarInteiro(local.tm_mon + 1, 2));
-    texto.append("-").append(formatarInteiro(local.tm_mday, 2));
-    texto.append(" ").append(formatarInteiro(local.tm_hour, 2));
-    texto.append(":").append(formatarInteiro(local.tm_min, 2));
-    texto.append(":").append(formatarInteiro(local.tm_sec, 2));
+    const auto local = horaLocal(std::time(nullptr));
+    if (!local) return "----------";
+    const long minutos = local->tm_gmtoff / 60;
+    std::string texto = formatarInteiro(local->tm_year + 1900, 4);
+    texto.append("-").append(formatarInteiro(local->tm_mon + 1, 2));
+    texto.append("-").append(formatarInteiro(local->tm_mday, 2));
+    texto.append(" ").append(formatarInteiro(local->tm_hour, 2));
+    texto.append(":").append(formatarInteiro(local->tm_min, 2));
+    texto.append(":").append(formatarInteiro(local->tm_sec, 2));
     texto.append(minutos < 0 ? " -" : " +").append(formatarInteiro(std::abs(minutos) / 60, 2));
     return texto.append(formatarInteiro(std::abs(minutos) % 60, 2));
 }
 
+// Holds back the signals with which the system ends a process that writes where nobody reads, or
+// more than its limit allows: the till must not end for its log.
+class SemSinais {
+public:
+    SemSinais() {
+        ::sigemptyset(&sinais_);
+        ::sigaddset(&sinais_, SIGPIPE);
+        ::sigaddset(&sinais_, SIGXFSZ);
+        ::sigpending(&antes_);
+        ::pthread_sigmask(SIG_BLOCK, &sinais_, &mascara_);
+    }
+    ~SemSinais() {
+        const timespec ja{};
+        sigset_t agora;
+        for (const int sinal : {SIGPIPE, SIGXFSZ}) {
+            // One that was waiting before is not ours.
+            if (::sigismember(&antes_, sinal) == 1) continue;
+            sigset_t este;
+            ::sigemptyset(&este);
+            ::sigaddset(&este, sinal);
+            if (::sigpending(&agora) == 0 && ::sigismember(&agora, sinal) == 1)
+                ::sigtimedwait(&este, nullptr, &ja);
+        }
+        ::pthread_sigmask(SIG_SETMASK, &mascara_, nullptr);
+    }
+    SemSinais(const SemSinais &) = delete;
+    SemSinais &operator=(const SemSinais &) = delete;
+
+private:
+    sigset_t sinais_{}, antes_{}, mascara_{};
+};
+
 // One write, so that lines of two processes do not mix.
 void escreverLinha(int fd, const std::string &linha) {
+    const SemSinais semSinais;
     [[maybe_unused]] const auto escritos =
         insistir([&] { return ::write(fd, linha.data(), linha.size()); });
 }
 
+// Whether a line can be written without waiting for a reader.
+bool recebe(int fd) {
+    pollfd pedido{fd, POLLOUT, 0};
+    return ::poll(&pedido, 1, 0) == 1;
+}
+
+Descritor abrirArquivo(const std::string &caminho) {
+    return {caminho.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOFOLLOW, 0600};
+}
+
+enum class Giro { kFeito, kDeOutro, kImpossivel };
+
+// Puts the file out of the way. The one who has its lock does so, and only while it still stands
+// under its name: another process may have done it since this one opened the file, and what stands
+// there now is the new one.
+Giro girar(const Descritor &arquivo, const std::string &caminho) {
+    if (::flock(arquivo.fd(), LOCK_EX | LOCK_NB) != 0)
+        return errno == EWOULDBLOCK ? Giro::kDeOutro : Giro::kImpossivel;
+    struct stat este {
+    }, ali{};
+    if (::fstat(arquivo.fd(), &este) != 0) return Giro::kImpossivel;
+    const bool saiu = ::lstat(caminho.c_str(), &ali) != 0 || ali.st_ino != este.st_ino ||
+                      ali.st_dev != este.st_dev;
+    const bool feito =
+        saiu || ::rename(caminho.c_str(), std::string(caminho).append(kAnterior).c_str()) == 0 ||
+        ::ftruncate(arquivo.fd(), 0) == 0;
+    return feito ? Giro::kFeito : Giro::kImpossivel;
+}
+
+void acrescentar(const std::string &caminho, const std::string &linha) {
+    constexpr int kTentativas = 3;
+    for (int vez = 0; vez < kTentativas; ++vez) {
+        const Descritor arquivo = abrirArquivo(caminho);
+        struct stat dados {};
+        if (!arquivo.aberto() || ::fstat(arquivo.fd(), &dados) != 0) return;
+        const off_t tamanho = dados.st_size + static_cast<off_t>(linha.size());
+        if (!S_ISREG(dados.st_mode) || tamanho <= kMaximo)
+            return escreverLinha(arquivo.fd(), linha);
+        const Giro giro = girar(arquivo, caminho);
+        // Wherever the other one puts the file, the line goes with it.
+        if (giro == Giro::kDeOutro && tamanho <= kMaximo + kFolga)
+            escreverLinha(arquivo.fd(), linha);
+        if (giro != Giro::kFeito) return;
+    }
+}
+
 } // namespace
 
+NivelLog nivelDoLog() noexcept {
+    return opcoes().nivel;
+}
+
 void registrarLog(std::string_view texto) noexcept {
+    if (nivelDoLog() == NivelLog::kDesligado) return;
+    const int erro = errno;
     try {
-        const std::string onde = destino();
-        if (onde.empty()) return;
-        const std::string linha = momento().append(" ").append(texto).append("\n");
-        if (onde == "stderr") return escreverLinha(STDERR_FILENO, linha);
-        if (onde.front() != '/') return;
-        const Descritor arquivo(onde.c_str(),
-                                O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOFOLLOW, 0600);
-        if (arquivo.aberto()) escreverLinha(arquivo.fd(), linha);
+        const std::string processo = formatarInteiro(::getpid());
+        const std::string linha =
+            momento().append(" [").append(processo).append("] ").append(texto).append("\n");
+        const std::string_view destino = opcoes().destino;
+        if (destino != "stderr")
+            acrescentar(std::string(destino), linha);
+        else if (recebe(STDERR_FILENO))
+            escreverLinha(STDERR_FILENO, linha);
     } catch (...) {
         // Memory ran out for a line.
     }
+    errno = erro;
 }
 
 } // namespace zel

@@ -1,13 +1,23 @@
 // What the library has to say to whoever looks after the till: lines in the file that the
-// environment variable ZEL_LOG names (an absolute path, or "stderr"). Without it nothing is
-// written, and nothing that happens here makes a call fail.
+// environment variable ZEL_LOG names (an absolute path, or "stderr"), refused calls or, with
+// ZEL_LOG_NIVEL=chamadas, all of them. Both are read once, by the first call of the process; a
+// process with more rights than its user has no log. Without it nothing is written, and nothing
+// that happens here makes a call fail or wait. Text is UTF-8.
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 
 namespace zel {
 
-// Appends one line, with local time and zone in front. The file is readable by its owner alone.
+enum class NivelLog : std::uint8_t { kDesligado, kRecusas, kChamadas };
+
+NivelLog nivelDoLog() noexcept;
+
+// Appends one line: local time with zone, number of the process, `texto`. The file is readable by
+// its owner alone. One that would pass 10 MB is renamed to its name with ".1" behind, in the place
+// of an older one; where it cannot be renamed it begins anew. While another process is at that the
+// line goes into the full file.
 void registrarLog(std::string_view texto) noexcept;
 
 } // namespace zel

@@ -4,6 +4,8 @@
 #include "util/Descritor.h"
 #include "util/Diretorio.h"
 #include "util/Log.h"
+#include "util/Mascara.h"
+#include "util/Recusa.h"
 
 #include <ctime>
 #include <fcntl.h>
@@ -27,6 +29,7 @@ struct Travas {
     bool semTravas = false;
     bool cupom = false;
     int vezes = 0; // turns within each other
+    int erro = 0;  // of the last lock that was not had
 };
 
 Travas travas;
@@ -68,7 +71,7 @@ bool preparar() {
         if (travas.arquivo.aberto()) adequarPermissoes(caminho);
     }
     travas.processo = ::getpid();
-    return travas.arquivo.aberto();
+    return travas.arquivo.aberto() || falhouArquivo(caminho);
 }
 
 bool semSuporte(int erro) {
@@ -84,14 +87,22 @@ bool travar(off_t lugar, short tipo) {
     if (travas.semTravas) return true;
     if (insistir([&] { return ::fcntl(travas.arquivo.fd(), F_OFD_SETLK, &pedido); }) == 0)
         return true;
+    travas.erro = errno;
     if (!semSuporte(errno)) return false;
-    registrarLog("o sistema de arquivos de " + fnConfigurarPath("") +
-                 " nao tem travas: dois processos ali nao sao separados");
+    registrarLog("o sistema de arquivos de " + caminhoEmUmaLinha(fnConfigurarPath("")) +
+                 " não tem travas: dois processos ali não são separados");
     return travas.semTravas = true;
 }
 
 bool ocupada() {
-    return errno == EAGAIN || errno == EACCES;
+    return travas.erro == EAGAIN || travas.erro == EACCES;
+}
+
+int recusarTrava(Motivo deOutro) {
+    if (travas.arquivo.aberto() && ocupada()) return recusar(deOutro);
+    if (!travas.arquivo.aberto()) return arquivoIndisponivel();
+    errno = travas.erro;
+    return arquivoIndisponivel(kArquivo);
 }
 
 bool esperarVez() {
@@ -106,12 +117,20 @@ bool esperarVez() {
 
 } // namespace
 
+int Vez::recusa() {
+    return recusarTrava(Motivo::kVezDeOutro);
+}
+
 Vez::Vez() : obtida_(preparar() && (travas.vezes > 0 || esperarVez())) {
     if (obtida_) ++travas.vezes;
 }
 
 Vez::~Vez() {
     if (obtida_ && --travas.vezes == 0) travar(kLugarDaVez, F_UNLCK);
+}
+
+int PosseDoCupom::recusa() {
+    return recusarTrava(Motivo::kCupomDeOutro);
 }
 
 PosseDoCupom::PosseDoCupom() : obtida_(preparar()), nova_(obtida_ && !travas.cupom) {

@@ -19,6 +19,8 @@ public:
     // False when it could not be had: another process does not end its own, or the lock file can
     // be neither opened nor made.
     explicit operator bool() const { return obtida_; }
+    // The code of that refusal, whose reason is kept.
+    static int recusa();
 
 private:
     bool obtida_;
@@ -35,6 +37,8 @@ public:
 
     // False when another process has it, or the lock file can be neither opened nor made.
     explicit operator bool() const { return obtida_; }
+    // The code of the refusal, whose reason is kept.
+    static int recusa();
     // Another process may have worked here since this one last had it.
     bool nova() const { return nova_; }
     // Keeps it to the end of the process.

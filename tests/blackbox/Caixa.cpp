@@ -39,7 +39,44 @@ void trocarEntre(std::string &texto, std::string_view antes, char depois, std::s
     texto.replace(inicio, fim - inicio, novo);
 }
 
+// The log of all tills of this process, gone with it.
+class LogDaBateria {
+public:
+    LogDaBateria()
+        : processo_(getpid()),
+          caminho_(
+              (fs::temp_directory_path() / ("zel-log-" + std::to_string(processo_))).string()) {
+        setenv("ZEL_LOG", caminho_.c_str(), 1);
+        unsetenv("ZEL_LOG_NIVEL");
+    }
+    ~LogDaBateria() {
+        if (getpid() == processo_) unlink(caminho_.c_str());
+    }
+    LogDaBateria(const LogDaBateria &) = delete;
+    LogDaBateria &operator=(const LogDaBateria &) = delete;
+
+    const std::string &caminho() const { return caminho_; }
+
+    // What was written since the last time.
+    void conferir() {
+        std::ifstream arquivo(caminho_, std::ios::binary);
+        arquivo.seekg(lidos_);
+        for (std::string linha; std::getline(arquivo, linha); lidos_ = arquivo.tellg())
+            EXPECT_EQ(linha.find("motivo não registrado"), std::string::npos) << linha;
+    }
+
+private:
+    pid_t processo_;
+    std::string caminho_;
+    std::ifstream::pos_type lidos_ = 0;
+};
+LogDaBateria logDeTodos;
+
 } // namespace
+
+const char *logDaBateria() {
+    return logDeTodos.caminho().c_str();
+}
 
 Caixa::Caixa() {
     // A developer's own till must not be touched.
@@ -56,6 +93,7 @@ Caixa::Caixa(const Caixa &daMesmaLoja) : diretorio_(daMesmaLoja.diretorio_), don
 
 Caixa::~Caixa() {
     parar();
+    logDeTodos.conferir();
     if (!dono_) return;
     std::error_code ignorado;
     fs::remove_all(diretorio_, ignorado);

@@ -55,6 +55,10 @@ private:
     std::unique_ptr<Funcoes> funcoes_;
 };
 
+// Every till of the tests has a log, which is this file: a refusal without a reason fails the test
+// in which its till ends.
+const char *logDaBateria();
+
 // A document in the form of the golden files: one element a line, and what the clock decides
 // (dhEmi, dhCont, the key, cDV) replaced by fixed text. Line ends within the document fail the
 // test.
