@@ -6,8 +6,8 @@
 #include "config/Registro.h"
 #include "impressao/PdfDanfe.h"
 #include "impressao/ZEL_PDF.h"
+#include "util/ChaveAcesso.h"
 #include "util/Codificacao.h"
-#include "util/Codigos.h"
 
 using namespace zel;
 

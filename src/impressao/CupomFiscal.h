@@ -4,6 +4,7 @@
 #pragma once
 
 #include "util/Campo.h"
+#include "util/ChaveAcesso.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -57,7 +58,7 @@ struct CupomFiscal {
     Campo<2> UF;    // cUF, two digits
     std::int32_t TipoEmissao = 0;
     Campo<25> DataHora; // dhEmi as written
-    Campo<44> ChaveDeAcesso;
+    Campo<ChaveAcesso::kDigitos> ChaveDeAcesso;
     Campo<20> CnpjCpf; // of the emitter, digits
     std::int32_t EmitNumero = 0;
     Campo<200> EmitLogradouro;

@@ -13,6 +13,7 @@
 #include "impressao/Linha.h"
 #include "impressao/Setores.h"
 #include "impressao/ValorImpresso.h"
+#include "util/ChaveAcesso.h"
 #include "util/Codificacao.h"
 #include "util/Codigos.h"
 #include "util/Latin1.h"
@@ -76,8 +77,8 @@ bool lerProtocolo(std::string_view retorno, CupomFiscal &cf) {
 bool lerIdentificacao(std::string_view documento, CupomFiscal &cf) {
     LeitorXml leitor(documento);
     const auto id = leitor.propriedade("Id=\"");
-    if (!id || id->size() < kTamanhoPrefixoId + kDigitosDaChave) return false;
-    cf.ChaveDeAcesso = id->substr(kTamanhoPrefixoId, kDigitosDaChave);
+    if (!id || id->size() < kTamanhoPrefixoId + ChaveAcesso::kDigitos) return false;
+    cf.ChaveDeAcesso = id->substr(kTamanhoPrefixoId, ChaveAcesso::kDigitos);
     if (!ehChave(cf.ChaveDeAcesso)) return false;
     LeitorXml doInicio(documento);
     return ler(leitor, "<cUF>", cf.UF) && ler(leitor, "<serie>", cf.Serie) &&
@@ -267,10 +268,10 @@ int parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view r
     if (!offline && !retorno) return kNaoLido;
 
     if (!lerPrimeiro(pedido->texto, {"<ChaAcesso>", "<chNFe>"}, cf.ChaveDeAcesso) ||
-        cf.ChaveDeAcesso.tamanho() < kDigitosDaChave)
+        cf.ChaveDeAcesso.tamanho() < ChaveAcesso::kDigitos)
         return kNaoLido;
-    cf.Serie = cf.ChaveDeAcesso.texto().substr(22, 3);
-    cf.NumeroNotaFiscal = cf.ChaveDeAcesso.texto().substr(25, 9);
+    cf.Serie = ChaveAcesso::parte(cf.ChaveDeAcesso, ChaveAcesso::Parte::kSerie);
+    cf.NumeroNotaFiscal = ChaveAcesso::parte(cf.ChaveDeAcesso, ChaveAcesso::Parte::kNNF);
     return offline || lerProtocolo(retorno->texto, cf) ? kLido : kNaoLido;
 }
 

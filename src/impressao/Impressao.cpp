@@ -9,7 +9,7 @@
 #include "impressao/LeituraXml.h"
 #include "impressao/ZEL_PDF.h"
 #include "util/Arquivo.h"
-#include "util/Codigos.h"
+#include "util/ChaveAcesso.h"
 #include "util/Cripto.h"
 #include "util/Numero.h"
 #include "util/Texto.h"

@@ -12,8 +12,8 @@
 #include "impressao/PdfListagem.h"
 #include "impressao/PdfPagina.h"
 #include "util/Arquivo.h"
+#include "util/ChaveAcesso.h"
 #include "util/Codificacao.h"
-#include "util/Codigos.h"
 #include "util/Diretorio.h"
 #include "util/Texto.h"
 

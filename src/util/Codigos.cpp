@@ -48,21 +48,6 @@ constexpr std::size_t kMaximoForma = 49; // of a name, in characters
 
 } // namespace
 
-bool ehChave(std::string_view texto) {
-    return texto.size() == kDigitosDaChave && areDigit(texto);
-}
-
-std::string fnCalcula_cDV(std::string_view chave) {
-    std::size_t soma = 0;
-    std::size_t peso = 2;
-    for (auto digito = chave.rbegin(); digito != chave.rend(); ++digito) {
-        if (ehDigito(*digito)) soma += static_cast<std::size_t>(*digito - '0') * peso;
-        peso = peso == 9 ? 2 : peso + 1;
-    }
-    const std::size_t resto = soma % 11;
-    return std::string(1, static_cast<char>(resto < 2 ? '0' : '0' + (11 - resto)));
-}
-
 std::string fnFormatarCPFCNPJ(std::string_view documento) {
     const std::string digitos = fnRetirarCaracter(documento);
     if (digitos.empty() || digitos.size() > kMaximoDigitos) return digitos;
