@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the benchmarks share: a benchmark measures one call per iteration by hand, with the till's
 // state put back outside of the time, and reports beside Google Benchmark's own figures the median
 // of its iterations, their processor time and the bytes that they wrote.

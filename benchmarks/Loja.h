@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A till to measure: a directory on a given file system with its own copy of the shared object,
 // loaded as an application does, and a shop that is configured. Owns the directory and removes it.
 // Here too: the steps of a receipt as every program of this folder runs them.

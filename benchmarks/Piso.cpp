@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Piso.h"
 
 #include "Loja.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The floor: what the disk alone costs. For each operation of a receipt that must be durable it
 // writes the bytes which that operation changed, with one flush, and does nothing else.
 //

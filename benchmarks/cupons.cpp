@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole receipts beside their floor, printing and loading by number of items, and the processor
 // time of a sale beside that of its bare system calls.
 #include "Bancada.h"

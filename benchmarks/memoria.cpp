@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What receipts take of the memory:
 //   zel_memoria venda DIRECTORY             bytes that each sale of a large receipt allocates
 //   zel_memoria pico DIRECTORY              peak of a 999-item receipt, from opening to printed

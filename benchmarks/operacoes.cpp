@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Each kind of operation alone. An operation that changes the state is given it back outside of the
 // time, through the exported functions: cancelling and selling again, taking a discount off again.
 #include "Bancada.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Turns the results of one run into a Markdown table, with the goals beside the figures:
 
     tabela.py BENCH.json VENDA.json PICO.json [FIGURAS.json] > bench.md

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A shop's day at the till, from what yesterday left behind to the last cancellation:
  *
  *   dia_de_loja SENDER          the day

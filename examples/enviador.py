@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Plays the sending component, on the same machine and without a network, before an authority of
 ours (sefaz.py).
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """A tax authority of ours on the same machine, for demonstrations and tests: no network at all.
 
     sefaz.py DIRECTORY                                 tells what it has on record

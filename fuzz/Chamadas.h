@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The 47 functions as one table, each callable with a text for every argument: a hostile caller
 // needs to know no signature. Owns the copies of the arguments, each ending exactly with its buffer
 // on the heap, result buffers of exactly the documented size, and the codes that each function may

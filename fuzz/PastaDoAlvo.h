@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A data directory of a target's own, which is the working directory too and gone at the end.
 // Cerca.cpp keeps the library inside it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Mark-up removal, line breaking and XML values; the first byte is the width of a line.
 #include "Alvo.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base64 and PDF. The first byte chooses: text as base64, a document (encoded here), or a receipt
 // text in some width. No file but the PDF of a sound key is left behind.
 #include "PastaDoAlvo.h"

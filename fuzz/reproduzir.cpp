@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Plays every file of a corpus directory through a target; without any the test must fail.
 #include "Alvo.h"
 

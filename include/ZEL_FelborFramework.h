@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libZEL_FelborFramework: issues NFC-e (electronic consumer invoice, model 65, layout 3.10). The
  * application drives it as it would drive a fiscal printer: open a receipt, identify the consumer,

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # What the shared object shows to the loader: exactly the 47 functions of the header, so that nothing
 # of ours collides with an application's names, no library that a till would have to install, and no
 # file function that the fault tests do not stand in for (tools/disco/Vigia.cpp).

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The header, the tables of tabela/ and the files generated from them say the same: 47 functions
 with their arguments in order, codes with their values, sizes of buffers. Each kind of drift is
 tried, too, on altered copies: one that is not reported would be a test that cannot fail."""

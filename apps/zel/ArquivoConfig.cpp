@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ArquivoConfig.h"
 
 #include "TabelaChaves.h"

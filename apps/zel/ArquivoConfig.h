@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads ZEL_Framework.xml without the library, which completes and creates it when it loads. Finds
 // every key with its value and line, and everything that the library does not understand as it
 // stands: the first such thing ends the library's reading, keys behind it keep their defaults.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Digitos.h"
 
 #include "Texto.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Check digits of the numbers that identify a taxpayer, a place, a product or a document. The rules
 // are those that the Receita Federal, the IBGE, GS1 and the NF-e manual publish. All take digits
 // alone; anything else is not valid.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Esquema.h"
 
 #include "Arquivos.h"

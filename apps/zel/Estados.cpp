@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Estados.h"
 
 #include "Digitos.h"

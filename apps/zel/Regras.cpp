@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Regras.h"
 
 #include "Digitos.h"

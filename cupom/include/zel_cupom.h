@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libzel-cupom: shows a receipt that is written in printer mark-up as the picture of its paper (PNG
  * or SVG), without a printer, and prints it: as the bytes of the commands that a model of printers

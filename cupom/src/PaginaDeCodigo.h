@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The code pages of printers: which byte prints an ISO-8859-1 character, and which plain letter
 // stands in for it where the page has none.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Saida.h"
 
 #include "Arquivo.h"

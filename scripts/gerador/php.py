@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """PHP: the declarations that its FFI can read, the tables and the operations of wrappers/php."""
 from .tabela import AVISO, expressoes, literal, quebrar_todas, sem_prefixo, titulo
 
@@ -99,7 +100,7 @@ def operacao(f):
 
 
 def gerar(t):
-    linhas = ["<?php", f"// {AVISO}", "", "declare(strict_types=1);", "", "namespace Zel\\Felbor;", ""]
+    linhas = [f"// {AVISO}", "", "declare(strict_types=1);", "", "namespace Zel\\Felbor;", ""]
     linhas += codigo(t)
     for nome, valores in t.enumeracoes.items():
         linhas += enumeracao(nome, valores)

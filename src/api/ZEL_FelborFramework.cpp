@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The exported functions: each makes sure that the library is ready, turns its texts into views,
 // forwards to one operation and hands its result back. Raw character pointers end here. Nothing is
 // checked and nothing is decided in this room, result buffers apart.

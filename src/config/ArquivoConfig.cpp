@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "config/ArquivoConfig.h"
 
 #include "util/TextoXml.h"

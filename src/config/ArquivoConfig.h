@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of the configuration file: written whole, read into values, changed in place. Pure
 // functions over texts; where the text comes from and goes to is the registry's. The text is read
 // as far as the catalogue knows it, and changed without touching what stands behind that place.

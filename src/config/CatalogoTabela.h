@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of the configuration catalogue, in file order. Groups that follow one rule (the states'
 // addresses, the tax groups) are lists here and are spelled out when the library is compiled.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "config/Registro.h"
 
 #include "ZEL_FelborFramework.h"

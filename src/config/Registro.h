@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The configuration values in memory (G_stRegistroZEL_AUX) and the operations that read and change
 // them by path, group names and key joined by single backslashes ("CONFIGURACAO\estadoCFe").
 // Paths are matched without regard to case. Every change goes through to the file ZEL_Framework.xml

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "config/VarreduraConfig.h"
 
 #include <algorithm>

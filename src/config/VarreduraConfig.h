@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finds the catalogue's groups and keys in the text of a configuration file, whatever else stands
 // there: which entries are present, where the values lie, where a missing entry has its place.
 // Takes time proportional to the length of any text, but for the sorting of its end tags; keeps

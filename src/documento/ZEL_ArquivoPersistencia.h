@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The file of the document in progress, ArqPersist.bin, so that a receipt survives the process. One
 // record a line, each ended by CR LF, in this order:
 //   01|opening   02|item number|item (one per item)   03|totals   04|carrier

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The head of an NFC-e: its number and numeric code, the 44-digit access key, and the groups `ide`
 // and `emit`, all from the configuration. Changes nothing: the numbering it decided on is handed
 // back for whoever writes the document to commit.

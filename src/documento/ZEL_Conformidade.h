@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The check of a caller's tag text against its section's template: names, order, required elements,
 // lengths of values. Runs on every sale, so it walks template and input once, side by side.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reissue of the last document from its stored sections: in contingency, or to replace it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The receipt state: one digit under "CONFIGURACAO\estadoCFe", and the rule that says which
 // operation may run in which state. Owns the cached state and the last adjustment type.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The digest value of a document: SHA-1 in base64 over the canonical form of its signed element.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The files that the sending component picks up: documentosEnvio.xml and parametrosEnvio.xml in the
 // data directory.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The extended information: one text about the receipt, chosen by an index and the receipt state.
 // Reads the document in progress and the configuration, changes nothing.
 #pragma once

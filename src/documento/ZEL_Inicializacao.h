@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every exported function finds ready: templates built, configuration loaded, changes that a
 // dead process left settled, document in progress in memory. Cheap when all of it stands.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The complete NFC-e: head, stored sections in the document's order, closing text, in the layout's
 // element order; and its way out, to documentosEnvio.xml or, in contingency, scrambled to the
 // directories given. Leaves the receipt state to the closing operation.

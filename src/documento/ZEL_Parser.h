@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads XML text back into a tag tree: the system's own small element parser, for section texts
 // given by the application, stored records and whole documents. It knows no entities: values stay
 // as they stand in the text. Hostile input ends in -1, never in a fall: names are at most 39 bytes,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Contents that a process of an earlier version left waiting beside their files when it died: that
 // version kept them in ArqPersist.tmp, documentosEnvio.xml.tmp and parametrosEnvio.xml.tmp while it
 // saved the configuration. Nothing waits so any more.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The document in progress: six sections of tag trees in memory (G_stXML_Persistencia). Owns the
 // holder and its rules; the file behind it is ZEL_ArquivoPersistencia's, what goes into a section
 // the business rooms'.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "documento/ZEL_Somas.h"
 
 #include "util/Numero.h"

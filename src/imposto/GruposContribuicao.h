@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PIS and COFINS groups of a goods item, one set of rows with the tax's own names, and the
 // ISSQN group of a service item. Which group it is comes from Selecao, how rows become tags from
 // Grupo. Rates, bases and quantities are decimal texts, rates in percent.

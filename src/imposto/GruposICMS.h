@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The 17 forms of the ICMS group: one table of what each holds, and the tag that carries the one
 // group of an item. Which group it is comes from Selecao, how rows become tags from Grupo.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tax situation that the application fixes for the next item (G_stTagImpostoConfTemp): at most
 // one group for each of ICMS, PIS and COFINS, in memory only. A preset lasts until another of its
 // tax is made or an item is sold; cancelling, opening and initialising leave it alone. Which group

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The approximate total of taxes that the law wants on the receipt: a text that the application
 // gives at the close, kept in memory until the receipt's layout has printed and emptied it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The `imposto` group of an item: its tax base, its first build when the item is sold, and its
 // rebuild when the item's value changes. The groups of each tax are GruposICMS' and
 // GruposContribuicao's; the item's `prod` and saving the document are the business rooms'.

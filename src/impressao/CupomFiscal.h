@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The flat picture of one NFC-e that printing works on: filled by GerenciadorImpressao from the
 // document and its return, read by the sectors of the receipt and the QR-code address. Texts are
 // ISO-8859-1 and are cut at the capacity of their field. Holds no rule but three derived values.

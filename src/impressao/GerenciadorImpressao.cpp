@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/GerenciadorImpressao.h"
 
 #include "ZEL_FelborFramework.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The print manager: reads a document and its return into the receipt model, and lays receipts out
 // as text with printer mark-up. Stores nothing on disk; the entry that does is Impressao's.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/Impressao.h"
 
 #include "ZEL_FelborFramework.h"

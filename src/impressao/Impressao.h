@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The entry of printing: from files to the text that the application sends to its printer, to what
 // the library keeps of it (key, protocol, QR-code content, last receipt) and to the PDFs.
 #pragma once

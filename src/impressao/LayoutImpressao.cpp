@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/LayoutImpressao.h"
 
 #include "ZEL_FelborFramework.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where a consumer checks a receipt: the address of the state's page, and the content of the QR
 // code with the hash that proves the emitter knows its taxpayer token. Addresses and token are
 // configuration; `ambiente` is that of DadosImpressao.h.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Takes values out of XML text by walking from start tag to start tag, without building a tree: a
 // document is read in one pass, and where an element may stand is bounded by the group around it.
 // Files and texts come out in ISO-8859-1, values with their references decoded.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The lines of a receipt: texts put one behind the other, and fields of a fixed width.
 #pragma once
 

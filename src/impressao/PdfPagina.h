@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text on the pages of one PDF document: drawn line after line, broken at the right margin, a new
 // page when one is full. Owns the document; the library behind it is called here and nowhere else.
 // What stands on the pages, and in which file, is its users' affair.

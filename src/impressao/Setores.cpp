@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/Setores.h"
 
 #include "config/Arredondamento.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sectors of a sale receipt, in the order in which they print: each appends its lines, with
 // printer mark-up and ended by "\r\n", to the text. Which sectors a receipt has is the print
 // manager's choice; the widths and the literals that depend on them are ColunasLayout's.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/ZEL_PDF.h"
 
 #include "ZEL_FelborFramework.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PDF files: the listing of a document ("_XML.pdf") and its receipt ("_DANFE.pdf"), both in the
 // data directory and named after the document's Id. Drawing is PdfPagina's and its users'.
 #pragma once

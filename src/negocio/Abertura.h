@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Opening a receipt and recording its consumer: the group `dest` of the opening section.
 #pragma once
 

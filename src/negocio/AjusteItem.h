@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changing an item already sold: discount, surcharge, cancelling it or part of its quantity. All of
 // it asks for state 2; item 0 means the last one, except where an item is cancelled whole. The
 // item's taxes are rebuilt behind each change, from the new base.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cancelling: the receipt in progress, or an issued document through its cancellation event, which
 // is sent or, without connection, kept scrambled in files. The event's form is Requisicao's.
 #pragma once

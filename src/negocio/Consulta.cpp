@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "negocio/Consulta.h"
 
 #include "ZEL_FelborFramework.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Consultation: the request for the state of issued documents, and the fixed parameters that tell
 // the sending component what to bring back.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Closing: the last section, the complete document and its way out.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Initialisation and finalisation of the library.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Inutilization: the request to void a range of receipt numbers that no document will ever use.
 #pragma once
 

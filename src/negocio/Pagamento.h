@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Payments: the lines that cover the receipt total, the change, and the correction of a line's
 // form. Only what is due reaches the document; the change is kept in
 // "CONFIGURACAO\TrocoUltimaNFCe".

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Prorating: a discount or surcharge on the whole receipt, spread over its items by their gross
 // values, so that the document carries every adjustment on its items.
 #pragma once

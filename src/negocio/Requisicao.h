@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The requests that go to the tax authority beside the documents: cancellation event, inutilization
 // and consultation, the latter with parameters for the sending component. Owns the form of the four
 // texts, plain XML without declaration or namespace, and their way out; what goes into one is its

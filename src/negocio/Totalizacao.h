@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Totalization: closes the list of items, spreads an adjustment of the whole receipt over them and
 // stores the totals group that payment and closing compare against.
 #pragma once

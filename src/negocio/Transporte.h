@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The carrier of a delivery: the group `transp` of the transport section.
 #pragma once
 

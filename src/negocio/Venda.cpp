@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "negocio/Venda.h"
 
 #include "ZEL_FelborFramework.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Selling: an item's product group, its taxes and its place in the document in progress.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Acentuacao.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Latin-1 letters without their accents, for the states whose services take plain letters only and
 // for comparing names as people type them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The files of the library, and those that the application names. A file is read whole, replaced
 // whole or not at all, changed within one sector, or extended by one record; success means that the
 // change is on the disk (written, flushed, renamed, directory flushed). Interrupted calls are

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The access key of an NFC-e ("chave de acesso"): 44 digits in nine parts, the last one a check
 // digit over the others. The one place that knows where a part stands: keys are read and built
 // here. A header alone, because the command zel reads keys too. Source: Manual de Orientação do

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Other written forms of the same bytes: UTF-8 of Latin-1 text, hexadecimal, base64, and the SHA-1
 // digest of a text. The library behind SHA-1 and base64 is known to this room alone.
 #pragma once

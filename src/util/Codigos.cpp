@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Codigos.h"
 
 #include "util/Acentuacao.h"

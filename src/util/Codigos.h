@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Codes and numbers that the tax authority defines: the written forms of CPF and CNPJ, the payment
 // forms. Pure functions over digits; whether a CPF or CNPJ is a valid one is nobody's question
 // here.

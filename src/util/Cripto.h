@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scrambling with a repeating key: keeps texts from casual eyes, it is no encryption. A scrambled
 // file has no header and no check value, so a wrong key gives garbage, never an error. Owns the
 // form of the contingency files and of "ultimadanfe.bin", both under the fixed key.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The journal: one file of the data directory, written in order with one flush a record. What a
 // call changes in all files is in one record; once that is on the disk the call is done, and the
 // files themselves need no flush: whatever a power cut tears in them is put right from here. Knows

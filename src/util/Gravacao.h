@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changes of several files of the data directory that happen together: one record of the journal
 // is the moment at which they do, the files follow without a flush of their own. What a process
 // that died, a power cut or a refusing disk leaves behind is put right from the journal by whoever

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the library has to say to whoever looks after the till: lines in the file that the
 // environment variable ZEL_LOG names (an absolute path, or "stderr"). Without it nothing is
 // written, and nothing that happens here makes a call fail.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Numero.h"
 
 #include "util/Texto.h"

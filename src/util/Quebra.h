@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Breaking and centring texts for a print column width. Lines end with "\n"; the words of a text
 // are not looked at.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Mechanical text helpers over Latin-1 bytes: character classes and case as ASCII tables of our
 // own (never the process locale), trimming, replacing, cutting apart. Pure functions.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/TextoXml.h"
 
 #include "util/Texto.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "blackbox/Caixa.h"
 
 #include <dlfcn.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A till in a temporary directory: the shared object is copied there and loaded, so that its files
 // stand beside the copy and no test sees another's. Owns the directory and removes it. Functions
 // are called by their own names: caixa->aCFVender_ZEL(...). Golden files are compared here too.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What leaves the library: reissues, contingency files, history copies, the text of values and the
 // configuration as another process sees it.
 #include "blackbox/Caixa.h"

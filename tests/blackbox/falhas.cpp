@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What must never happen to a shop: a file that cannot be read for a moment, or was changed behind
 // the library's back, takes the receipt with it. Deaths, power cuts and refused calls are tried in
 // tests/fault.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Callers that keep to no rule: every argument of every function null, empty, far too long, of
 // every byte, nested without end, in every receipt state. A fall, a code that the header does not
 // list, a refusal that changes something, a sale spoilt for good or a stack that grows with the

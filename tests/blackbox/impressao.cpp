@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // From a sale to paper, and to its cancellation: the documents that the library wrote are the ones
 // that it prints, requests and cancels.
 #include "blackbox/Caixa.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A seeded random walk over sales, adjustments and totals against a model in whole cents: what the
 // document says of each item and of the receipt must add up, whatever came before.
 #include "blackbox/Caixa.h"

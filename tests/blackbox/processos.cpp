@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Two processes over the files of one till, which is a till started twice, a till and a tool that
 // configures or prints, or a till that forked: no sale that was answered is lost, no key is in two
 // documents, and the one that goes on after the other works with what that one left.

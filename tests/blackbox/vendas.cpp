@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole sales, told as lists of calls and compared with golden documents and persistence files: a
 // wrong digit, an element out of order or a record that changes its form shows here. Every sale is
 // also run with a new process before each call: nothing may live in memory alone.

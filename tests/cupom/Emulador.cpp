@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Emulador.h"
 
 #include <algorithm>

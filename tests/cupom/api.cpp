@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The C functions, through the shared object: codes, files, and bytes that nothing else changes.
 #include "apoio.h"
 #include "unit/PastaTemporaria.h"

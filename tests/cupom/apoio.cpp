@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apoio.h"
 
 #include "Png.h"

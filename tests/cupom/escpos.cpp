@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Printer bytes: what a printer of each profile makes of them.
 #include "EscPos.h"
 #include "Emulador.h"

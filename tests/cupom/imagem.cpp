@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Logo, PNG and SVG.
 #include "Imagem.h"
 #include "Base64.h"

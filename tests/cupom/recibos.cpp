@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole receipts as pictures: every receipt that the fiscal library prints in its own tests, and
 // one that shows all of the mark-up. ZEL_REGENERAR=1 draws the reference pictures anew; look at
 // them before they are committed. A picture that differs is left in the directory of the build.

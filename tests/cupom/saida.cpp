@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sending to printers: those that work, and those that are missing, refuse, stall or go away.
 #include "Saida.h"
 #include "Conexao.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A roteiro played once without disturbance, so that any step can be played again from the files
 // that it found and compared with what it should leave. Each step runs as a process of its own
 // would: the library is loaded, finds its files, works. The clock stands still.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "fault/Roteiro.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files that were cut short, hit by a bad sector, edited by hand or mistaken for others: no fall
 // and no hang, what was whole is kept, and a damaged original is kept beside before it is replaced.
 #include "fault/Ensaio.h"

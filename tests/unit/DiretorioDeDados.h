@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A temporary directory as the library's data directory, in a program that links the rooms.
 #pragma once
 

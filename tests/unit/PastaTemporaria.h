@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A directory of a test's own, gone when the test ends.
 #pragma once
 

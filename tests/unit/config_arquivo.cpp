@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of the configuration file, whoever wrote, tore or changed it.
 #include "config/ArquivoConfig.h"
 #include "util/Texto.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The registry and its file: what is written when, what is read again when, and that a failure
 // leaves both as they were.
 #include "DiretorioDeDados.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A till of its own for each tax test: an empty directory, the default configuration without any
 // tax section, an open receipt, no presets.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "imposto/GruposContribuicao.h"
 #include "imposto_apoio.h"
 

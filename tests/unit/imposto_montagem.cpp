@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "imposto/ZEL_TrataImposto.h"
 #include "imposto_apoio.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "imposto/GruposICMS.h"
 #include "imposto/TotalImposto.h"
 #include "imposto_apoio.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents and returns (files beside the golden receipts), and a till of its own for each test.
 #pragma once
 

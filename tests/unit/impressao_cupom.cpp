@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole receipts against golden files, and the entry of printing: what is stored when, and what a
 // refusal leaves. ZEL_REGENERAR=1 rewrites the golden receipts; look at the difference.
 #include "impressao/Impressao.h"

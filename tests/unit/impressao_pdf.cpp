@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PDFs: what is drawn from which mark-up, where lines and pages break, and that no document can
 // make the library write anywhere else.
 #include "impressao/PdfDanfe.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Consultation addresses and the QR-code content: one character off, and the authority's page says
 // that the receipt does not exist.
 #include "impressao/LayoutImpressao.h"

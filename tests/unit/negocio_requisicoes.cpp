@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The request documents and the operations that send them.
 #include "DiretorioDeDados.h"
 #include "ZEL_FelborFramework.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The files that leave the library scrambled, and the history copies.
 #include "DiretorioDeDados.h"
 #include "ZEL_FelborFramework.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Encodings, codes, accents and layouts: tables of what goes in and what has to come out.
 #include "util/Acentuacao.h"
 #include "util/ChaveAcesso.h"

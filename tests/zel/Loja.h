@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A shop in a temporary directory, looked after by the built program zel. To begin with its
 // configuration is that of a shop in production about which nothing is to be said. Owns the
 // directory and removes it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The subcommands codigo, config and estado, what the command says of itself, and how it writes.
 #include "Loja.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zel conferir over directories: the configuration file as a text, rights, leftovers, the receipt
 // in progress. Nothing there may change by being looked at.
 #include "Loja.h"

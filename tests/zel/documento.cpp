@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zel conferir over documents: one that the library wrote, with one fault at a time.
 #include "Loja.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tables of the command held against what they are about: the states' published examples, the
 // library's own reading of damaged files, and what the tax builders really read.
 #include "ArquivoConfig.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Other processes and their directory, for programs that watch what a process leaves behind.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "disco/Vigia.h"
 
 #include <cerrno>

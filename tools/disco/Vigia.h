@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The file calls of the running program, as a program under test makes them: recorded, refused, cut
 // short, or the last thing that it does. The program that links this room defines the C library's
 // file functions itself, so every shared object that it loads calls these (link with
