@@ -10,7 +10,7 @@
 
 enum { MAXIMO_ARGUMENTOS = 5 };
 
-/* The arguments behind the kind; those not given are empty. */
+/* The arguments after the kind; those not given are empty. */
 typedef const char *const *Argumentos;
 
 static int cancelar(Argumentos a) {

@@ -29,7 +29,7 @@ def texto(valor):
 
 
 def declaracoes(t):
-    linhas = [f"/* {AVISO} */"]
+    linhas = [f"/* {AVISO} */", "/* clang-format off */"]
     for f in t.funcoes:
         lista = ", ".join(f"{NATIVOS[a.tipo]}{a.nome}" for a in f.argumentos) or "void"
         linhas += [f"int {f.nome}({lista});"]

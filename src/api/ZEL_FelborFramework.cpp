@@ -107,7 +107,7 @@ int quadroDoCupom(Funcao funcao) noexcept {
     return semExcecao([&] { return naVez([&] { return fnComPosseDoCupom_ZEL(funcao); }); });
 }
 
-// Hands over the text that a read fills, empty where there is nothing to tell.
+// Hands over the text that a read fills, empty where there is nothing to report.
 template <typename Leitura>
 int entregar(char *saida, Leitura leitura) {
     if (saida == nullptr) return ZEL_ARGUMENTO_INVALIDO;

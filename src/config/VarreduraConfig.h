@@ -54,7 +54,7 @@ struct Varredura {
     std::vector<ElementoConfig> elementos;
     std::size_t totalEntendidos = 0;  // those in front of the first thing that is not understood
     bool regular = true;              // nothing was met but what the catalogue knows
-    std::size_t fimDaRaiz = kAusente; // behind the root's end tag
+    std::size_t fimDaRaiz = kAusente; // after the root's end tag
     std::array<bool, kTotalEntradas> presentes{};          // keys and groups, by entry
     std::array<FimDeGrupo, kTotalEntradas> fimDosGrupos{}; // the first one, by opening entry
 

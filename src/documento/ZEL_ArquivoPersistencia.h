@@ -22,9 +22,9 @@ bool fnEstruturaLida_ZEL();
 // Empties the memory, as in a new process: nothing is written until the file has been read again.
 void fnEsquecerEstrutura_ZEL();
 
-// Writes the document whole, in one commit with changes of the configuration. 1; -1, -40 or -52
-// with files and configuration as before. A file that was found damaged is first kept beside as
-// ArqPersist.bin.danificado.
+// Writes the document whole, in one commit with changes of the configuration. ZEL_OK; ZEL_RECUSADO,
+// ZEL_CONFIG_ILEGIVEL or ZEL_ARQUIVO_INDISPONIVEL with files and configuration as before. A file
+// that was found damaged is first kept beside as ArqPersist.bin.danificado.
 int fnPersistEstrutura_ZEL(std::span<const Alteracao> alteracoes = {},
                            std::span<const MudancaArquivo> outros = {});
 
@@ -33,9 +33,9 @@ int fnPersistEstrutura_ZEL(std::span<const Alteracao> alteracoes = {},
 // otherwise the whole document.
 int fnPersistUltimo_ZEL(Secao secao, std::span<const Alteracao> alteracoes = {});
 
-// Reads the document back into G_stXML_Persistencia. A torn last record is dropped. 1; -52 there is
-// no document or it cannot be read (`passageira` says which); -1 a record is malformed: what was
-// read before it is kept.
+// Reads the document back into G_stXML_Persistencia. A torn last record is dropped. ZEL_OK;
+// ZEL_ARQUIVO_INDISPONIVEL there is no document or it cannot be read (`passageira` says which);
+// ZEL_RECUSADO a record is malformed: what was read before it is kept.
 int fnCarregaEstrutura_ZEL(bool *passageira = nullptr);
 
 } // namespace zel

@@ -63,7 +63,7 @@ std::string comZeros(Chave chave, std::size_t largura) {
     return valor.empty() ? std::string{} : fnZerosLeft(valor, largura);
 }
 
-// Decides on number and numeric code. 1, or -1 when the number has nowhere to go.
+// Decides on number and numeric code. ZEL_OK, or ZEL_RECUSADO when the number has nowhere to go.
 int numerar(int tipo, Emissao &emissao, std::vector<Alteracao> &numeracao) {
     emissao.numero = lerInteiro(valorConfig(kNumero));
     emissao.codigo = lerInteiro(valorConfig(kCodigo));

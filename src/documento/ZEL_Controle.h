@@ -19,7 +19,8 @@ extern int G_EstadoCFe;
 // The discount or surcharge type of the last item sold, at most 2 characters.
 extern Campo<2> ZEL_TIPO_DESC_ACREC;
 
-// May the operation run in the stored state? 1, or -130 to -135.
+// May the operation run in the stored state? ZEL_OK, or ZEL_CUPOM_EM_ANDAMENTO to
+// ZEL_ENCERRAMENTO_FORA_DE_ORDEM.
 int fnVerificarSePosso_ZEL(Operacao operacao);
 
 // Stores the state; answers 1 whatever the write gave, so an operation that must know asks

@@ -29,7 +29,7 @@ void escreverEncerramento(std::string &texto, const ST_tagZEL &encerramento) {
     texto.append("<infAdic><infCpl>").append(infCpl).append("</infCpl></infAdic>");
 }
 
-// The body behind the head. 1, or -1 when a section is missing.
+// The body after the head. ZEL_OK, or ZEL_RECUSADO when a section is missing.
 int escreverCorpo(std::string &texto, const ST_PersitenceXML_ZEL &documento) {
     const bool completo = documento.abertura && documento.vendas && !documento.vendas->empty() &&
                           documento.totalizacao && documento.transporte && documento.pagamentos &&

@@ -33,7 +33,7 @@ constexpr int kNaoLido = 0;
 constexpr std::size_t kTamanhoPrefixoId = 3; // "NFe"
 constexpr std::size_t kTamanhoCNPJ = 14;
 // No value of a document has more than 15 characters. A file of somebody else's with hundreds of
-// digits must not outgrow the buffer that the caller was told to bring.
+// digits must not outgrow the buffer that the caller was asked to bring.
 constexpr double kMaiorValor = 1e15;
 
 constexpr std::string_view kSeparadorCancelamento =

@@ -25,6 +25,7 @@ struct RotuloForma {
     std::string_view rotulo;
 };
 
+// The values of tPag: Manual de Orientação do Contribuinte 6.0, Anexo I, group YA.
 constexpr RotuloForma kRotulosForma[] = {
     {1, "Dinheiro"},
     {2, "Cheque"},

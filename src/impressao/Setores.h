@@ -46,7 +46,7 @@ void imprimirSetor_III(const ColunasLayout &layout, std::span<const Item> itens,
 void imprimirSetor_IV(const ColunasLayout &layout, const CupomFiscal &cf, std::string &texto);
 
 // Approximate taxes, when there are any: their value in the place of the "|" of `mensagem`, or
-// behind it.
+// after it.
 void imprimirSetor_V(const ColunasLayout &layout, const CupomFiscal &cf, std::string_view mensagem,
                      std::string &texto);
 

@@ -37,7 +37,7 @@ DadosCancelamento ultimoDocumento() {
 }
 
 // Printing an older document stores its key: the event must not void one document under the number
-// of another. Only a sound key can tell.
+// of another. Only a sound key decides.
 bool ehDeOutroDocumento(const DadosCancelamento &ultimo) {
     const auto chave = ChaveAcesso::ler(ultimo.chave);
     if (!chave || !chave->integra()) return false;

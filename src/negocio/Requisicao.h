@@ -35,7 +35,7 @@ std::string escreverRequisicao(Requisicao qual, const DadosRequisicao &dados);
 
 // Replaces the file of the request by its text (parametrosEnvio.xml for the parameters of a
 // consultation, documentosEnvio.xml for the others), then keeps the history copies of what is sent.
-// 1 or -52.
+// ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
 int enviarRequisicao(Requisicao qual, const DadosRequisicao &dados);
 
 // A null text, which the frames hand on as a view without data; an empty text is none.

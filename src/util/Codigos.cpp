@@ -33,6 +33,7 @@ struct FormaPagamento {
     std::string_view codigo;
 };
 
+// Manual de Orientação do Contribuinte 6.0, Anexo I, group YA, the values of tPag.
 constexpr std::array<FormaPagamento, 9> kFormas{{
     {"DINHEIRO", "01"},
     {"CHEQUE", "02"},
@@ -50,7 +51,7 @@ constexpr std::size_t kMaximoForma = 49; // of a name, in characters
 } // namespace
 
 std::string fnFormatarCPFCNPJ(std::string_view documento) {
-    const std::string digitos = fnRetirarCaracter(documento);
+    std::string digitos = fnRetirarCaracter(documento);
     if (digitos.empty() || digitos.size() > kMaximoDigitos) return digitos;
     return digitos.size() > kDigitosCpf
                ? aplicarMascara(kMascaraCnpj, fnZerosLeft(digitos, kDigitosCnpj))

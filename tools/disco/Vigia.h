@@ -41,7 +41,7 @@ struct Evento {
     std::string caminho{};              // absolute; of a descriptor, what it was opened for
     std::string outro{};                // kRenomear, kTrocar, kLigar: the second one
     std::string bytes{};                // kEscrever
-    std::optional<std::size_t> lugar{}; // kEscrever: where; none behind the end
+    std::optional<std::size_t> lugar{}; // kEscrever: where; none after the end
     std::size_t tamanho = 0;            // kCortar: the new size; kLer: bytes read
 };
 
@@ -52,7 +52,7 @@ struct Plano {
         kMorrer,       // before the call
         kMorrerNoMeio, // a write that gets half its bytes out; other calls pass
         kErro,         // answers -1 with `erro`; nothing is done
-        kErroSempre,   // that, and each call behind it
+        kErroSempre,   // that, and each call after it
         kCurta,        // a write takes half its bytes; other calls pass
         kCurtaCheia,   // that, and the next write finds the disk full
     };
@@ -93,7 +93,7 @@ private:
 };
 
 // The files and the directory as they stand now were written long ago: as long as nothing changes
-// one, it is told to have changed in 1970. Together with the contents of a disk image, this is what
+// one, it reports a change in 1970. Together with the contents of a disk image, this is what
 // a process finds after a power cut.
 void envelhecer(const std::string &diretorio);
 
