@@ -62,7 +62,7 @@ void registrarCorpo(const Base &base, const std::string &nome, int itens, int vo
         ->Repetitions(base.repeticoes(itens));
 }
 
-// `lote` calls, measured together; Google Benchmark is told what one of them took.
+// `lote` calls, measured together; Google Benchmark gets what one of them took.
 template <class Chamada>
 Medida medirLote(benchmark::State &estado, int lote, Chamada chamada) {
     const Medida medida = medir([&] {

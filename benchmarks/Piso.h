@@ -34,7 +34,7 @@ private:
     int fd_;
 };
 
-// The system calls of one sale behind the first, bare: the configuration is opened, measured and
+// The system calls of one sale after the first, bare: the configuration is opened, measured and
 // read (a change by another program must be seen), the document's file is opened, measured,
 // extended by the record and flushed. Files in a directory of its own.
 class ChamadasDeVenda {

@@ -120,7 +120,7 @@ constexpr auto kVendas = std::to_array<Operacao>({
     {"venda_2", 20, 1, nada, venderTudo<1>, vender<2>},
     {"venda_10", 10, 1, nada, venderTudo<kItens - 1>, vender<kItens>},
     // Sold anew up to there each time: taking item 999 off again would rewrite the whole file, and
-    // the sale behind that finds its memory cold.
+    // the sale after that finds its memory cold.
     {"venda_999", 3, 1, nada, venderTudo<kMuitos - 1>, vender<kMuitos>},
     {"desconto_item", 20, 1, venderTudo<kItens>, tirarDesconto<5>, descontar<5>},
     {"desconto_item_de_999", 10, 1, venderTudo<kMuitos>, tirarDesconto<500>, descontar<500>},

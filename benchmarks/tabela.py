@@ -84,7 +84,7 @@ def medianas(resultado):
 
 
 def numero(valor, casas=None):
-    """With a decimal comma and three significant digits, unless told how many decimals."""
+    """With a decimal comma and three significant digits, unless asked for a number of decimals."""
     if casas is None:
         casas = 0 if valor >= 100 else 1 if valor >= 10 else 2
     return f"{valor:,.{casas}f}".replace(",", " ").replace(".", ",")

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Alvo.h"
-#include "unit/DiretorioDeDados.h"
+#include "apoio/DiretorioDeDados.h"
 
 class PastaDoAlvo : public PastaTemporaria {
 public:

@@ -3,7 +3,7 @@
 // the function's row in Chamadas.h ("_" a new process instead), then its arguments, parted by tabs:
 // as given, nothing for a plausible one, "~n" null, "~v" empty, "~l" long, "~b" every byte. A
 // refusal changes neither state nor document; a new process finds both.
-#include "Chamadas.h"
+#include "apoio/Chamadas.h"
 #include "PastaDoAlvo.h"
 
 #include "config/Registro.h"

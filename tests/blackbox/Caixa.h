@@ -4,9 +4,9 @@
 // are called by their own names: caixa->aCFVender_ZEL(...). Golden files are compared here too.
 #pragma once
 
-#include "blackbox/Funcoes.h"
+#include "apoio/Biblioteca.h"
+#include "apoio/PastaTemporaria.h"
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -18,11 +18,10 @@ public:
     Caixa();
     // A second process over the files of another till: a copy of the library of its own.
     explicit Caixa(const Caixa &daMesmaLoja);
-    ~Caixa();
     Caixa &operator=(const Caixa &) = delete;
 
-    const Funcoes *operator->() const { return funcoes_.get(); }
-    const Funcoes &funcoes() const { return *funcoes_; }
+    const Funcoes *operator->() const { return &funcoes(); }
+    const Funcoes &funcoes() const { return biblioteca_->funcoes(); }
 
     // What a new process finds: the library unloaded and loaded anew over the same files. The
     // application gets no chance to say goodbye.
@@ -33,14 +32,14 @@ public:
     void iniciar();
 
     // Where the library keeps its files; ends in "/".
-    std::string diretorio() const { return diretorio_.string() + "/"; }
+    std::string diretorio() const { return *pasta_ / ""; }
 
     // Bytes of a file of the till; a missing file fails the test and reads as empty.
     std::string lerArquivo(std::string_view nome) const;
     bool existe(std::string_view nome) const;
     void escreverArquivo(std::string_view nome, std::string_view conteudo) const;
 
-    // A configuration value by path, as the running library tells it; an unknown path fails the
+    // A configuration value by path, as the running library reports it; an unknown path fails the
     // test.
     std::string config(const char *chave) const;
     // Stores one; a refusal fails the test.
@@ -50,10 +49,8 @@ public:
     std::string info(const char *indice) const;
 
 private:
-    std::filesystem::path diretorio_;
-    bool dono_ = true; // of the directory
-    void *biblioteca_ = nullptr;
-    std::unique_ptr<Funcoes> funcoes_;
+    std::shared_ptr<const PastaTemporaria> pasta_;
+    std::unique_ptr<Biblioteca> biblioteca_;
 };
 
 // A document in the form of the golden files: one element a line, and what the clock decides

@@ -2,6 +2,7 @@
 #include "apoio.h"
 
 #include "Png.h"
+#include "apoio/Arquivo.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -64,8 +65,7 @@ Fontes &fontesDoTeste() {
 }
 
 std::string lerDado(const std::string &caminho) {
-    std::ifstream arquivo(caminho, std::ios::binary);
-    return {std::istreambuf_iterator<char>(arquivo), {}};
+    return lerTudo(caminho).value_or("");
 }
 
 ImagemCinza logotipoDoTeste(int largura, int altura) {

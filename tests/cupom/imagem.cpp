@@ -3,7 +3,7 @@
 #include "Imagem.h"
 #include "Base64.h"
 #include "apoio.h"
-#include "unit/PastaTemporaria.h"
+#include "apoio/PastaTemporaria.h"
 
 #include <gtest/gtest.h>
 #include <png.h>

@@ -3,7 +3,7 @@
 // succeeds. A roteiro is played from its beginning; each step is answered with a positive code.
 #pragma once
 
-#include "blackbox/Funcoes.h"
+#include "apoio/Funcoes.h"
 
 #include <string>
 #include <vector>

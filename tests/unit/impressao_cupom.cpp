@@ -30,8 +30,9 @@ protected:
     }
     void compararComOuro(const std::string &nome) const {
         const char *regenerar = std::getenv("ZEL_REGENERAR");
-        if (regenerar != nullptr && std::string_view(regenerar) == "1")
-            std::ofstream(ouro(nome), std::ios::binary) << saida;
+        if (regenerar != nullptr && std::string_view(regenerar) == "1") {
+            EXPECT_TRUE(gravarTudo(ouro(nome), saida)) << nome;
+        }
         EXPECT_EQ(dado(nome), saida) << nome;
         EXPECT_EQ(ultima(), saida);
     }

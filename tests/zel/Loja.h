@@ -4,7 +4,8 @@
 // directory and removes it.
 #pragma once
 
-#include <filesystem>
+#include "apoio/PastaTemporaria.h"
+
 #include <functional>
 #include <map>
 #include <string>
@@ -34,11 +35,8 @@ public:
     using Valores = std::vector<std::pair<std::string_view, std::string_view>>;
 
     Loja();
-    ~Loja();
-    Loja(const Loja &) = delete;
-    Loja &operator=(const Loja &) = delete;
 
-    std::string diretorio() const { return diretorio_.string() + "/"; }
+    std::string diretorio() const { return pasta_ / ""; }
 
     // Writes values (ISO-8859-1) into the text of the configuration file.
     void configurar(const Valores &valores);
@@ -60,5 +58,5 @@ public:
     static void vender(const Funcoes &caixa, int estado);
 
 private:
-    std::filesystem::path diretorio_;
+    PastaTemporaria pasta_;
 };

@@ -3,8 +3,8 @@
 // tax section, an open receipt, no presets.
 #pragma once
 
-#include "DiretorioDeDados.h"
 #include "ZEL_FelborFramework.h"
+#include "apoio/DiretorioDeDados.h"
 #include "config/Registro.h"
 #include "documento/ZEL_Persistencia.h"
 #include "imposto/Presets.h"
