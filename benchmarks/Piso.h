@@ -11,6 +11,8 @@
 // nothing is read: a library that survives a crash at every moment cannot do as little.
 #pragma once
 
+#include "apoio/PastaTemporaria.h"
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -30,7 +32,7 @@ public:
     void gravar(const std::vector<std::string> &gravacoes) const;
 
 private:
-    std::string caminho_;
+    PastaTemporaria pasta_;
     int fd_;
 };
 
@@ -42,14 +44,11 @@ public:
     // `registros`: the records of the sales to come; the document holds `documento` before them.
     ChamadasDeVenda(const std::filesystem::path &base, const std::string &configuracao,
                     const std::string &documento);
-    ~ChamadasDeVenda();
-    ChamadasDeVenda(const ChamadasDeVenda &) = delete;
-    ChamadasDeVenda &operator=(const ChamadasDeVenda &) = delete;
 
     void vender(const std::string &registro);
 
 private:
-    std::string diretorio_;
+    PastaTemporaria pasta_;
     std::string configuracao_;
     std::string documento_;
     std::vector<char> lido_;

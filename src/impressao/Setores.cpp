@@ -35,7 +35,7 @@ constexpr RotuloForma kRotulosForma[] = {
     {10, "Vale Alimentação"_l1},
     {11, "Vale Refeição"_l1},
     {12, "Vale Presente"},
-    {13, "Vale Combustivel"},
+    {13, "Vale Combustivel"}, // without its accent: kept
     {99, "Outros"},
 };
 

@@ -60,7 +60,7 @@ int adicionarTransporte(ST_tagZEL transp) {
 
 ST_tagZEL semTransporte() {
     ST_tagZEL transp("transp");
-    transp.addSubTag("modfrete", "9"); // the check spells it as the layout does
+    transp.addSubTag("modfrete", "9"); // kept so; the check spells it as the layout does
     return transp;
 }
 
