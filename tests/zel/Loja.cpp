@@ -101,7 +101,7 @@ Loja::Loja() {
     configurar(kLimpa);
 }
 
-void Loja::configurar(const Valores &valores) {
+void Loja::configurar(const Valores &valores) const {
     std::string texto = ler("ZEL_Framework.xml");
     for (const auto &[caminho, valor] : valores) {
         // The start tags of the groups and of the key follow each other.

@@ -39,7 +39,7 @@ public:
     std::string diretorio() const { return pasta_ / ""; }
 
     // Writes values (ISO-8859-1) into the text of the configuration file.
-    void configurar(const Valores &valores);
+    void configurar(const Valores &valores) const;
 
     std::string ler(std::string_view nome) const;
     void escrever(std::string_view nome, std::string_view conteudo) const;
