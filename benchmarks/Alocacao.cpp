@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Alocacao.h"
 
 #include <algorithm>

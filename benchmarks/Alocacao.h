@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Counts what goes through operator new in this process, the loaded library's share included (the
 // program exports its own). What C code below allocates is not seen here.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Bancada.h"
 
 #include <algorithm>

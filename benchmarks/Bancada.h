@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the benchmarks share: a benchmark measures one call per iteration by hand, with the till's
 // state put back outside of the time, and reports beside Google Benchmark's own figures the median
 // of its iterations, their processor time and the bytes that they wrote.
@@ -68,7 +69,7 @@ void registrarCorpo(const Base &base, const std::string &nome, int itens, int vo
         ->Repetitions(base.repeticoes(itens));
 }
 
-// `lote` calls, measured together; Google Benchmark is told what one of them took.
+// `lote` calls, measured together; Google Benchmark gets what one of them took.
 template <class Chamada>
 Medida medirLote(benchmark::State &estado, int lote, Chamada chamada) {
     const Medida medida = medir([&] {

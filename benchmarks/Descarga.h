@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The flushes of the running program: counted, and slowed down to those of a worse disk. The
 // program that links this defines the C library's fsync and fdatasync, so that the copies of the
 // library that it loads call these (link with ENABLE_EXPORTS).

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include "Loja.h"
+
+#include "apoio/Retorno.h"
 
 #include <array>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 
 namespace fs = std::filesystem;
 
@@ -65,46 +66,33 @@ void exigir(int codigo, std::string_view passo, int esperado) {
         throw std::runtime_error(std::string(passo) + " answered " + std::to_string(codigo));
 }
 
-Loja::Loja(const fs::path &base) {
+Loja::Loja(const fs::path &base) : pasta_(base) {
     unsetenv("ZEL_DIRETORIO"); // a developer's own till must not be touched
-    std::string modelo = (base / "zel-bench-XXXXXX").string();
-    if (mkdtemp(modelo.data()) == nullptr) throw std::runtime_error(modelo + " cannot be made");
-    diretorio_ = modelo;
     copiar();
     carregar();
     for (const auto &[chave, valor] : kEmitente)
         exigir((*this)->regAlterarValor_ZEL(chave, valor), chave);
 }
 
-Loja::~Loja() {
-    descarregar();
-    std::error_code ignorado;
-    fs::remove_all(diretorio_, ignorado);
-}
-
 void Loja::descarregar() {
-    funcoes_.reset();
-    if (biblioteca_ != nullptr) dlclose(biblioteca_);
-    biblioteca_ = nullptr;
+    biblioteca_.reset();
 }
 
 void Loja::copiar() {
     // Another file name is another library to the loader, with globals of its own.
     if (!copia_.empty()) fs::remove(copia_);
-    copia_ = diretorio_ / (std::string(kCopia) + std::to_string(++copias_) + ".so");
+    copia_ = pasta_ / (std::string(kCopia) + std::to_string(++copias_) + ".so");
     fs::copy_file(ZEL_BIBLIOTECA, copia_);
 }
 
 void Loja::carregar() {
-    biblioteca_ = dlopen(copia_.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (biblioteca_ == nullptr) throw std::runtime_error(dlerror());
-    funcoes_ = std::make_unique<Funcoes>(biblioteca_);
+    biblioteca_ = std::make_unique<Biblioteca>(copia_);
 }
 
 std::map<std::string, std::string> Loja::arquivos() const {
     std::map<std::string, std::string> todos;
-    for (const fs::directory_entry &entrada : fs::recursive_directory_iterator(diretorio_)) {
-        const std::string nome = fs::relative(entrada.path(), diretorio_).string();
+    for (const fs::directory_entry &entrada : fs::recursive_directory_iterator(diretorio())) {
+        const std::string nome = fs::relative(entrada.path(), diretorio()).string();
         if (entrada.is_regular_file() && !nome.starts_with(kCopia) && nome != kDiario)
             todos[nome] = ler(nome);
     }
@@ -112,15 +100,14 @@ std::map<std::string, std::string> Loja::arquivos() const {
 }
 
 std::string Loja::ler(std::string_view nome) const {
-    std::ifstream arquivo(diretorio_ / nome, std::ios::binary);
-    if (!arquivo) throw std::runtime_error(std::string(nome) + " cannot be read");
-    return {std::istreambuf_iterator<char>(arquivo), {}};
+    const auto conteudo = lerTudo(pasta_ / nome);
+    if (!conteudo) throw std::runtime_error(std::string(nome) + " cannot be read");
+    return *conteudo;
 }
 
 void Loja::escrever(std::string_view nome, std::string_view conteudo) const {
-    std::ofstream arquivo(diretorio_ / nome, std::ios::binary | std::ios::trunc);
-    arquivo.write(conteudo.data(), static_cast<std::streamsize>(conteudo.size())).flush();
-    if (!arquivo) throw std::runtime_error(std::string(nome) + " cannot be written");
+    if (!gravarTudo(pasta_ / nome, conteudo))
+        throw std::runtime_error(std::string(nome) + " cannot be written");
 }
 
 std::string Loja::config(const char *chave) const {
@@ -161,10 +148,7 @@ void Loja::encerrar() const {
 
 void Loja::autorizar() const {
     escrever("nota.xml", ler("documentosEnvio.xml"));
-    escrever("retorno.xml", "<Retorno><SitCodigo>100</SitCodigo><DocChaAcesso>" +
-                                config("NFCE\\ChaveDeAcesso") + "</DocChaAcesso><DocProtocolo>" +
-                                kProtocolo + "</DocProtocolo><DocDhAut>" + kAutorizadoEm +
-                                "</DocDhAut><DocDigestValue>abc=</DocDigestValue></Retorno>");
+    escrever("retorno.xml", retornoAutorizado(config("NFCE\\ChaveDeAcesso")));
 }
 
 int Loja::imprimir(std::vector<char> &saida) const {

@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: MIT
 // A till to measure: a directory on a given file system with its own copy of the shared object,
 // loaded as an application does, and a shop that is configured. Owns the directory and removes it.
 // Here too: the steps of a receipt as every program of this folder runs them.
 #pragma once
 
-#include "blackbox/Funcoes.h"
+#include "apoio/Biblioteca.h"
+#include "apoio/PastaTemporaria.h"
 
 #include <filesystem>
 #include <map>
@@ -19,14 +21,11 @@ class Loja {
 public:
     // A fresh directory below `base`, with its issuer configured.
     explicit Loja(const std::filesystem::path &base);
-    ~Loja();
-    Loja(const Loja &) = delete;
-    Loja &operator=(const Loja &) = delete;
 
-    const Funcoes *operator->() const { return funcoes_.get(); }
+    const Funcoes *operator->() const { return &biblioteca_->funcoes(); }
 
     // Ends in "/".
-    std::string diretorio() const { return diretorio_.string() + "/"; }
+    std::string diretorio() const { return pasta_ / ""; }
 
     // Forgets the process and starts another over the same files: `copiar` puts a copy of the
     // library beside them, `carregar` loads it and looks its functions up.
@@ -56,11 +55,10 @@ public:
     int imprimir(std::vector<char> &saida) const;
 
 private:
-    std::filesystem::path diretorio_;
+    PastaTemporaria pasta_;
     std::filesystem::path copia_;
     int copias_ = 0;
-    void *biblioteca_ = nullptr;
-    std::unique_ptr<Funcoes> funcoes_;
+    std::unique_ptr<Biblioteca> biblioteca_;
 };
 
 // The buffer that a receipt of so many items needs.

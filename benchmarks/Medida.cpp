@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Medida.h"
 
 #include "Descarga.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What one call costs: time that passes, processor time of the thread, bytes that it asks the
 // system to write, flushes. Taken around the call alone, so that whatever puts the till's state
 // back stays outside.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Piso.h"
 
 #include "Loja.h"
@@ -49,12 +50,6 @@ std::string mudancas(const std::map<std::string, std::string> &antes,
     return bytes;
 }
 
-std::string diretorioNovo(const fs::path &base) {
-    std::string modelo = (base / "zel-piso-XXXXXX").string();
-    if (mkdtemp(modelo.data()) == nullptr) throw std::runtime_error(modelo + " cannot be made");
-    return modelo;
-}
-
 int abrir(const std::string &caminho, int modo) {
     const int fd = open(caminho.c_str(), modo | O_CLOEXEC, 0600);
     if (fd < 0) throw std::runtime_error(caminho + " cannot be opened");
@@ -83,14 +78,12 @@ std::vector<std::string> gravacoesDoCupom(const fs::path &base, int itens) {
     return gravacoes;
 }
 
-Piso::Piso(const fs::path &base) : caminho_(diretorioNovo(base)) {
-    fd_ = abrir(caminho_ + "/piso", O_WRONLY | O_CREAT | O_EXCL | O_APPEND);
+Piso::Piso(const fs::path &base) : pasta_(base) {
+    fd_ = abrir(pasta_ / "piso", O_WRONLY | O_CREAT | O_EXCL | O_APPEND);
 }
 
 Piso::~Piso() {
     close(fd_);
-    std::error_code ignorado;
-    fs::remove_all(caminho_, ignorado);
 }
 
 void Piso::gravar(const std::vector<std::string> &gravacoes) const {
@@ -100,15 +93,10 @@ void Piso::gravar(const std::vector<std::string> &gravacoes) const {
 
 ChamadasDeVenda::ChamadasDeVenda(const fs::path &base, const std::string &configuracao,
                                  const std::string &documento)
-    : diretorio_(diretorioNovo(base)), configuracao_(diretorio_ + "/ZEL_Framework.xml"),
-      documento_(diretorio_ + "/ArqPersist.bin"), lido_(configuracao.size() + 1) {
+    : pasta_(base), configuracao_(pasta_ / "ZEL_Framework.xml"),
+      documento_(pasta_ / "ArqPersist.bin"), lido_(configuracao.size() + 1) {
     criar(configuracao_, configuracao);
     criar(documento_, documento);
-}
-
-ChamadasDeVenda::~ChamadasDeVenda() {
-    std::error_code ignorado;
-    fs::remove_all(diretorio_, ignorado);
 }
 
 void ChamadasDeVenda::vender(const std::string &registro) {

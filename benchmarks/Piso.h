@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The floor: what the disk alone costs. For each operation of a receipt that must be durable it
 // writes the bytes which that operation changed, with one flush, and does nothing else.
 //
@@ -9,6 +10,8 @@
 // opened once: per operation one write and one fdatasync. No name changes, no directory is flushed,
 // nothing is read: a library that survives a crash at every moment cannot do as little.
 #pragma once
+
+#include "apoio/PastaTemporaria.h"
 
 #include <filesystem>
 #include <string>
@@ -29,11 +32,11 @@ public:
     void gravar(const std::vector<std::string> &gravacoes) const;
 
 private:
-    std::string caminho_;
+    PastaTemporaria pasta_;
     int fd_;
 };
 
-// The system calls of one sale behind the first, bare: the configuration is opened, measured and
+// The system calls of one sale after the first, bare: the configuration is opened, measured and
 // read (a change by another program must be seen), the document's file is opened, measured,
 // extended by the record and flushed. Files in a directory of its own.
 class ChamadasDeVenda {
@@ -41,14 +44,11 @@ public:
     // `registros`: the records of the sales to come; the document holds `documento` before them.
     ChamadasDeVenda(const std::filesystem::path &base, const std::string &configuracao,
                     const std::string &documento);
-    ~ChamadasDeVenda();
-    ChamadasDeVenda(const ChamadasDeVenda &) = delete;
-    ChamadasDeVenda &operator=(const ChamadasDeVenda &) = delete;
 
     void vender(const std::string &registro);
 
 private:
-    std::string diretorio_;
+    PastaTemporaria pasta_;
     std::string configuracao_;
     std::string documento_;
     std::vector<char> lido_;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole receipts beside their floor, printing and loading by number of items, and the processor
 // time of a sale beside that of its bare system calls.
 #include "Bancada.h"
@@ -66,7 +67,7 @@ void registrarImpressao(const Base &base, int itens) {
 }
 
 // Another process over a receipt in progress: the loader maps another copy of the library, its
-// functions are looked up and the first call, which tells the number of items, is answered.
+// functions are looked up and the first call, which reports the number of items, is answered.
 void registrarCarga(const Base &base, int itens) {
     registrar(
         base, "carga/" + std::to_string(itens), itens, 10, 1,

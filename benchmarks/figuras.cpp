@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a receipt costs as a picture and as printer bytes, with libzel-cupom, of receipts that the
 // library printed:
 //   zel_figuras DIRECTORY_IN_MEMORY [Google Benchmark's own arguments]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What receipts take of the memory:
 //   zel_memoria venda DIRECTORY             bytes that each sale of a large receipt allocates
 //   zel_memoria pico DIRECTORY              peak of a 999-item receipt, from opening to printed
@@ -28,7 +29,7 @@ long situacao(std::string_view nome) {
     for (std::string linha; std::getline(arquivo, linha);)
         if (linha.starts_with(std::string(nome) + ":"))
             return std::stol(linha.substr(nome.size() + 1)) * 1024;
-    throw std::runtime_error(std::string(nome) + " is not told by the system");
+    throw std::runtime_error(std::string(nome) + " is not reported by the system");
 }
 
 // Opening to printed text; the buffer is the application's.

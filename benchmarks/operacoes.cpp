@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Each kind of operation alone. An operation that changes the state is given it back outside of the
 // time, through the exported functions: cancelling and selling again, taking a discount off again.
 #include "Bancada.h"
@@ -133,7 +134,7 @@ constexpr auto kVendas = std::to_array<Operacao>({
     {"venda_2", 20, 1, nada, venderTudo<1>, vender<2>},
     {"venda_10", 10, 1, nada, venderTudo<kItens - 1>, vender<kItens>},
     // Sold anew up to there each time: taking item 999 off again would rewrite the whole file, and
-    // the sale behind that finds its memory cold.
+    // the sale after that finds its memory cold.
     {"venda_999", 3, 1, nada, venderTudo<kMuitos - 1>, vender<kMuitos>},
     // The same with a carrier, whose record follows those of the items.
     {"venda_1_transportadora", 20, 1, nada, abrirComTransportadora, vender<1>},

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a till in JavaScript would use in place of this library: the node-sped-nfe package builds the
 // same items (product, ICMS00, PIS, COFINS) and the text of the document, in memory alone. Says, as
 // JSON, how many microseconds one item took: median of the documents, after the compiler is warm.

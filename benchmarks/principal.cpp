@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The benchmarks of the library, loaded as an application loads it, on a real file system and on
 // tmpfs in one run:
 //   zel_bench DIRECTORY_ON_DISK DIRECTORY_IN_MEMORY [Google Benchmark's own arguments]

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Turns the results of one run into a Markdown table, with the goals beside the figures:
 
     tabela.py BENCH.json VENDA.json PICO.json PAR.json [FIGURAS.json] > bench.md
@@ -86,7 +87,7 @@ def medianas(resultado):
 
 
 def numero(valor, casas=None):
-    """With a decimal comma and three significant digits, unless told how many decimals."""
+    """With a decimal comma and three significant digits, unless asked for a number of decimals."""
     if casas is None:
         casas = 0 if valor >= 100 else 1 if valor >= 10 else 2
     return f"{valor:,.{casas}f}".replace(",", " ").replace(".", ",")

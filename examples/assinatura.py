@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Signs and checks the messages of the NF-e, with the programs openssl and xmlsec1.
 
 The signature is enveloped: RSA over SHA-1, canonical XML without comments, one reference to the Id

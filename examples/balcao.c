@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #define _POSIX_C_SOURCE 200809L
 #include "balcao.h"
 
@@ -60,7 +61,7 @@ const char *config(const char *chave) {
     return valor;
 }
 
-/* The whole file, with a zero behind it; NULL when there is none. The caller frees it. */
+/* The whole file, with a zero after it; NULL when there is none. The caller frees it. */
 static char *lerTudo(const char *nome, size_t *tamanho) {
     char caminho[TAMANHO_CAMINHO];
     FILE *arquivo = fopen(noDiretorio(caminho, nome), "rb");

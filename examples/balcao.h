@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* What a till program needs around the library: files beside those of the library, the way to the
  * sending component and back, the printer, and lists on disk of what is still to be done. It all
  * survives a crash: a till is switched off at any moment.

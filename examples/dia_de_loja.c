@@ -1,4 +1,5 @@
-/* A shop's day at the till, from what yesterday left behind to the last cancellation:
+/* SPDX-License-Identifier: MIT */
+/* A shop's day at the till, from what yesterday left to the last cancellation:
  *
  *   dia_de_loja SENDER          the day
  *   dia_de_loja SENDER vespera  the evening before: configures the shop and breaks off in a sale
@@ -113,7 +114,7 @@ static void mercadoriasComCpf(void) {
     concluir("Obrigado pela prefer\xeancia");
 }
 
-/* The totals take the form of the last item's tax: goods behind the service, and the document can
+/* The totals take the form of the last item's tax: goods after the service, and the document can
  * be printed. The group of the service is not that of layout 3.10: against the published schema the
  * document is refused, and its number voided at the end of the day. */
 static void servicoComDescontos(void) {
@@ -194,7 +195,7 @@ static void cancelarSemConexao(void) {
     diretoriosDeContingencia(texto);
     passo("cancel offline", tCFCancelarOffline_ZEL("", "", "", "", texto));
     nomear(nome, "cancelamento", numeroAtual());
-    anotarPendente(nome, texto); /* behind its document: the event needs it at the authority */
+    anotarPendente(nome, texto); /* after its document: the event needs it at the authority */
     imprimir(texto, "OFFLINE", 5, nome);
 }
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 #include "emissao.h"
 
 #include "ZEL_FelborFramework.h"

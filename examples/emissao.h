@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* From the close to the receipt: what a till does with each answer of the tax authority, and with
  * none. Owns the lists of what waits for the connection. */
 #ifndef EMISSAO_H

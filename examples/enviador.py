@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Plays the sending component, on the same machine and without a network, before an authority of
 ours (sefaz.py).
 
@@ -18,7 +19,7 @@ is sent again.
                          it is not sent
     --csc FILE --id-csc 000001 --endereco ADDRESS
                          with the taxpayer's token in FILE the content of the QR code goes into the
-                         document, behind the signed element (infNFeSupl)
+                         document, after the signed element (infNFeSupl)
     --link ADDRESS       the return brings this address as the content of the QR code (LinkNFCe)
     --uf 35              the state's code, for an inutilization
     --guardar FILE       keeps the message as it was sent
@@ -52,7 +53,7 @@ NAO_ENVIADO = "0"
 
 @dataclass
 class Resultado:
-    """What is told about one document. `registro` is the authority's own element, as text."""
+    """What is reported about one document. `registro` is the authority's own element, as text."""
     situacao: str
     descricao: str = ""
     chave: str = ""
@@ -121,7 +122,7 @@ class Enviador:
         return self.transmitir(nfe, chave, digest)
 
     def completar(self, nfe, inf, digest):
-        """With the content of the QR code behind the signed element: known only now, since it holds
+        """With the content of the QR code after the signed element: known only now, since it holds
         the digest."""
         if not self.opcoes.csc:
             return nfe

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Prints a document that came back from the tax authority, as a till program would: the receipt
  * text with its printer mark-up to standard output (ISO-8859-1), and both PDFs beside the library.
  *

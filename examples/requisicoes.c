@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The requests beside the sale: cancellation, inutilization, consultation. The first argument names
  * the kind, the others are handed on as they are given (ISO-8859-1 bytes). Prints the library's
  * answer; ends with 0 when the request is on disk, 1 when it was refused, 2 without a call. */
@@ -9,7 +10,7 @@
 
 enum { MAXIMO_ARGUMENTOS = 5 };
 
-/* The arguments behind the kind; those not given are empty. */
+/* The arguments after the kind; those not given are empty. */
 typedef const char *const *Argumentos;
 
 static int cancelar(Argumentos a) {

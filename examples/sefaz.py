@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """A tax authority of ours on the same machine, for demonstrations and tests: no network at all.
 
-    sefaz.py DIRECTORY                                 tells what it has on record
+    sefaz.py DIRECTORY                                 shows what it has on record
     sefaz.py DIRECTORY NUMBER:ANSWER[,ANSWER...] ...   sets what it shall answer
 
 It takes the messages of the web services of the NF-e 3.10 (enviNFe, consReciNFe, consSitNFe,
@@ -120,7 +121,7 @@ class Sefaz:
             self.dados["documentos"][chave] = registro
         uf = campo(inf, "ide/cUF")
         if mandada == "processando":
-            # What became of it is told when its receipt is asked for, not at the first time.
+            # What became of it is reported when its receipt is asked for, not at the first time.
             self.dados.setdefault("recibos", {})[chave] = [registro, 1]
             return self.lote("retEnviNFe", "103", uf, f"<infRec><nRec>{chave[29:]}</nRec>"
                              "<tMed>1</tMed></infRec>")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What an authority of ours refuses, and the words of its statuses: a selection of the published
 validation rules of the NF-e 3.10, each with its own status."""
 import base64

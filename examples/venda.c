@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* One sale from opening to close, as an application's till program would drive it. Texts are
  * ISO-8859-1: an accent is one byte ("\xe3" is a tilde). Ends with 1 at the first refusal. */
 #include "ZEL_FelborFramework.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the fuzz targets share: the input as text, taken apart, and the check of what must hold.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A fence around the targets: whatever path an input makes up, no file outside the data directory
 // is opened, and so none replaced, or removed. The linker sends the library's file calls here.
 #include "Alvo.h"

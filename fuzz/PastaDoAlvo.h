@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 // A data directory of a target's own, which is the working directory too and gone at the end.
 // Cerca.cpp keeps the library inside it.
 #pragma once
 
 #include "Alvo.h"
-#include "unit/DiretorioDeDados.h"
+#include "apoio/DiretorioDeDados.h"
 
 class PastaDoAlvo : public PastaTemporaria {
 public:

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 // Sequences of calls of the C functions. Each line is a call: its first character, from "0" on, is
 // the function's row in Chamadas.h ("_" a new process instead), then its arguments, parted by tabs:
 // as given, nothing for a plausible one, "~n" null, "~v" empty, "~l" long, "~b" every byte. A
 // refusal changes neither state nor document; a new process finds both.
-#include "Chamadas.h"
+#include "apoio/Chamadas.h"
 #include "PastaDoAlvo.h"
 
 #include "config/Registro.h"

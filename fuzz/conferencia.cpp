@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The readers of the command zel, which look at whatever stands in a directory. What it takes for a
 // configuration value must be what the library takes; documents, receipts and items to be sold are
 // only looked at.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Configuration file: whatever stands in it, the library starts; what it completed is complete the
 // next time, and a change is found again by the next process.
 #include "PastaDoAlvo.h"

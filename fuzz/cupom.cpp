@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Receipts in mark-up, read and laid out; the first byte chooses the paper, the second whether
 // there is a logo.
 #include "Alvo.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Decimal texts: always a finite number, the same one as C's reading where that is defined, and
 // what was written reads as what was written.
 #include "Alvo.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The journal of a data directory as a dead process, a bad sector or another till may have left it:
 // whatever it holds, the files end as it says or as they were, and the next change works.
 #include "PastaDoAlvo.h"

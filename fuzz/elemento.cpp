@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Element parser and section check; the first byte chooses the section. What is accepted stands in
 // documents and records: written and read again it must be the same.
 #include "Alvo.h"

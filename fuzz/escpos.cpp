@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Receipts as printer bytes. The first byte chooses a profile of the library; from 128 on, the
 // profile is what stands before the first byte 0. The second byte chooses the columns and
 // whether there is a logo; the rest is the receipt in mark-up.

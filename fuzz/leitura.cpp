@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Document reader and receipt layouts. The first byte chooses columns, form and kind, then come
 // document and return, parted by a zero byte. The receipt fits the buffer that it asks for.
 #include "PastaDoAlvo.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Mark-up removal, line breaking and XML values; the first byte is the width of a line.
 #include "Alvo.h"
 
@@ -18,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
     exigir(substituirAll(quebrado, "\n", "") == substituirAll(texto, "\n", ""));
     const std::string centrado = fnCentralizarLayout(texto, largura);
     for (std::string_view linhas : {std::string_view(quebrado), std::string_view(centrado)})
-        while (linhas.find('\n') != linhas.npos) // what stands behind the last one is never broken
+        while (linhas.find('\n') != linhas.npos) // what stands after the last one is never broken
             exigir(tirarAte(linhas, '\n').size() <= largura + 1 || largura == 0);
 
     const std::string simples = textoSimples(texto, FimDeLinha::kMantido);

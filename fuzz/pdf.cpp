@@ -1,13 +1,14 @@
+// SPDX-License-Identifier: MIT
 // Base64 and PDF. The first byte chooses: text as base64, a document (encoded here), or a receipt
-// text in some width. No file but the PDF of a sound key is left behind.
+// text in some width. No file but the PDF of a sound key is left.
 #include "PastaDoAlvo.h"
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
 #include "impressao/PdfDanfe.h"
 #include "impressao/ZEL_PDF.h"
+#include "util/ChaveAcesso.h"
 #include "util/Codificacao.h"
-#include "util/Codigos.h"
 
 using namespace zel;
 

@@ -1,4 +1,5 @@
-// The file of the document in progress, and behind the first zero byte one that waits to take its
+// SPDX-License-Identifier: MIT
+// The file of the document in progress, and after the first zero byte one that waits to take its
 // place; the first byte is the receipt state. What could be read is saved and read whole again.
 #include "PastaDoAlvo.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library for C++17, header-only, made of the 47 functions alone: link the library itself.
 //
 //     zel_felbor::Cupom caixa("/var/lib/caixa1");

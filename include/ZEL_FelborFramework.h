@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libZEL_FelborFramework: issues NFC-e (electronic consumer invoice, model 65, layout 3.10). The
  * application drives it as it would drive a fiscal printer: open a receipt, identify the consumer,
@@ -31,8 +32,9 @@
  *     files as they were, except where a function says otherwise. Two general codes are not
  *     repeated with each function: ZEL_ARQUIVO_INDISPONIVEL, a file cannot be read or written (no
  *     permission, disk full, directory gone), another process has the receipt (8), memory is short,
- *     or there is no document in progress where one is needed; and ZEL_CONFIG_ILEGIVEL, a function that loads the configuration finds
- *     the file without its root tags. No exception leaves the library.
+ *     or there is no document in progress where one is needed; and ZEL_CONFIG_ILEGIVEL, a function
+ *     that loads the configuration finds the file without its root tags. No exception leaves the
+ *     library.
  *  8. The library has no threads: serialise the calls of a process. One process at a time has the
  *     receipt of a data directory: from its first change of the receipt that succeeds to its end,
  *     the functions of the groups "Opening", "Items", "Totalization and payment" and the closings,
@@ -67,6 +69,12 @@
 #else
 #define ZEL_API
 #endif
+
+/* The version that this header belongs to: as text, and as a number that grows with it
+ * (major * 10000 + minor * 100 + patch). Within a major version, which names the shared object
+ * (libZEL_FelborFramework.so.1), programs go on without being built again. */
+#define ZEL_VERSAO "1.0.0"
+#define ZEL_VERSAO_NUMERO 10000
 
 #ifdef __cplusplus
 extern "C" {
@@ -111,7 +119,7 @@ enum {
     ZEL_TAMANHO_VALOR = 500, /* regRetornarValor_ZEL, rURLQrcode_ZEL */
     ZEL_TAMANHO_INFO = 100,  /* rInfoEstendida_ZEL */
     /* Directories in, path of the last file out: three of 300 characters, two "|", and room for a
-     * file name behind the longest one. aCFContingenciaUltimaNota_ZEL (kind 4) and
+     * file name after the longest one. aCFContingenciaUltimaNota_ZEL (kind 4) and
      * tCFCancelarOffline_ZEL. */
     ZEL_TAMANHO_DIRETORIOS = 3 * 300 + 2 + 64,
     /* Any document sold through flat arguments: aCFContingenciaUltimaNota_ZEL, kinds 1, 3 and 5. */
@@ -238,7 +246,7 @@ ZEL_API int aCFVenderXml_ZEL(const char *xmlItem);
 ZEL_API int aCFLancarDescontoItem_ZEL(int item, const char *tipo, const char *valor);
 ZEL_API int aCFLancarAcrescimoItem_ZEL(int item, const char *tipo, const char *valor);
 
-/* Takes an item out of the receipt; those behind it move up by one. `item` 1 to 999 (0 is no item).
+/* Takes an item out of the receipt; those after it move up by one. `item` 1 to 999 (0 is no item).
  * State 2. Codes: ZEL_ESTADO_INVALIDO; ZEL_ARGUMENTO_INVALIDO, no such item. File:
  * ArqPersist.bin. */
 ZEL_API int aCFCancelarItem_ZEL(int item);
@@ -398,7 +406,7 @@ ZEL_API int regRetornarValor_ZEL(const char *chave, char *valor);
  * or changed it. */
 ZEL_API int rCFVerificarStatus_ZEL(void);
 
-/* Reads what the state has to tell into `valor`, ZEL_TAMANHO_INFO bytes; empty where the table has
+/* Reads what the table names into `valor`, ZEL_TAMANHO_INFO bytes; empty where the table has
  * nothing, and always in states 0 and 1.
  *   indice  state 2                    states 3 and 4                           state 5
  *   "1"     number of items            total; with payments "+" (rest) or "-"   total

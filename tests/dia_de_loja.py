@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """What a shop's day left on disk, in two directories: one for each vocabulary of the returns.
 
     dia_de_loja.py COMPONENTE AUTORIDADE

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The sending component of the examples before its authority: what it answers to the till in each
 case. The documents are those that a shop's day left on disk.
 

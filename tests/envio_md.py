@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """docs/envio.md against what the library wrote: every block that a comment marks with a file of a
 shop's day is that file, but for keys, times, protocols and what is computed from them.
 

@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # What the shared object shows to the loader: exactly the 47 functions of the header, so that nothing
 # of ours collides with an application's names, no library that a till would have to install, and no
 # file function that the fault tests do not stand in for (tools/disco/Vigia.cpp).
-#   exportados.sh LIBRARY HEADER
+# The header and the build say one version, that of the file's name.
+#   exportados.sh LIBRARY HEADER VERSION
 set -euo pipefail
 falhar() { echo "$1" >&2; exit 1; }
 
@@ -13,6 +15,9 @@ exportados=$(nm -D --defined-only "$1" | awk '$2 != "A" {print $3}' | sort)
 declarados=$(sed 's/$/@@ZEL_1.0/' <<< "$declarados" | sort)
 diff <(echo "$declarados") <(echo "$exportados") || falhar "exports differ from the header"
 readelf -d "$1" | grep -q 'SONAME.*\[libZEL_FelborFramework.so.1\]' || falhar "another soname"
+
+[[ $(basename "$(realpath "$1")") == *.so."$3" ]] || falhar "the file is not of version $3"
+grep -qx "#define ZEL_VERSAO \"$3\"" "$2" || falhar "the header is not of version $3"
 
 prometidas='^(libc|libm|libstdc\+\+|libgcc_s|ld-linux.*|libnettle|libhpdf.*|lib(a|ub)san)\.so'
 for precisa in $(readelf -d "$1" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'); do

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """docs/manual.md and the pages of docs/manual/ against what is built: every command and program in
 them is run in reading order, as a user would who starts at the first line, and every name in them
 exists.

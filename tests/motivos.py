@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """No place of refusal answers a code without a reason: outside the table of reasons, the sources
 compare refusing codes and never answer one. The check itself is tried on lines that do."""
 import json

@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The header, the tables of tabela/ and the files generated from them say the same: 47 functions
-with their arguments in order, codes with their values, sizes of buffers. Each kind of drift is
+with their arguments in order, codes with their values, sizes of buffers; and one version stands in
+the header, the wrappers' packages and the newest section of the changelog. Each kind of drift is
 tried, too, on altered copies: one that is not reported would be a test that cannot fail."""
 import copy
 import importlib.machinery
@@ -63,6 +65,20 @@ def diferencas(cabecalho, funcoes, codigos):
         yield f"code {nome} is in one of header and table alone"
 
 
+def diferencas_de_versao(cabecalho):
+    versao, numero = re.search(r'^#define ZEL_VERSAO "(\d+\.\d+\.\d+)"\n'
+                               r"#define ZEL_VERSAO_NUMERO (\d+)$", cabecalho, re.M).groups()
+    maior, menor, correcao = map(int, versao.split("."))
+    if int(numero) != maior * 10000 + menor * 100 + correcao:
+        yield f"ZEL_VERSAO_NUMERO is not that of {versao}"
+    for nome, regra in (("wrappers/python/pyproject.toml", r'^version = "(.*)"$'),
+                        ("wrappers/javascript/package.json", r'^  "version": "(.*)",$'),
+                        ("CHANGELOG.md", r"^## (\d\S*) \(\d{4}-\d\d-\d\d\)$")):
+        achada = re.search(regra, (RAIZ / nome).read_text(encoding="utf-8"), re.M)[1]
+        if achada != versao:
+            yield f"{nome} says version {achada}, the header {versao}"
+
+
 def alterados(cabecalho, funcoes, codigos):
     """(what was altered, header, functions, codes): each of them has to be reported."""
     for oque, de, para in (
@@ -89,7 +105,10 @@ def principal():
     cabecalho = (RAIZ / "include/ZEL_FelborFramework.h").read_text(encoding="utf-8")
     funcoes = json.loads((RAIZ / "tabela/funcoes.json").read_text(encoding="utf-8"))["funcoes"]
     codigos = json.loads((RAIZ / "tabela/codigos.json").read_text(encoding="utf-8"))
-    erros = list(diferencas(cabecalho, funcoes, codigos))
+    erros = [*diferencas(cabecalho, funcoes, codigos), *diferencas_de_versao(cabecalho)]
+    for de, para in (('VERSAO "1.', 'VERSAO "2.'), ("VERSAO_NUMERO 1", "VERSAO_NUMERO 2")):
+        if not list(diferencas_de_versao(cabecalho.replace(de, para))):
+            erros += [f"not reported: {para}"]
     erros += [f"{c.relative_to(RAIZ)} is not what scripts/gerar-tabelas writes"
               for c in gerar.diferentes()]
     erros += [f"not reported: {oque}" for oque, *entrada in alterados(cabecalho, funcoes, codigos)

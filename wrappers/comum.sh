@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What the tests of all languages share; they are called as
 #   wrappers/LANGUAGE/testar LIBRARY DIRECTORY
 # with the shared object and a directory for what is compiled. They end with 0, with 1 and what

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Achado.h"
 
 #include "Json.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a check found: its kind, with a stable name and severity, the place, what stands there and
 // the remedy. Checks add findings to a report; the report counts, is written as text or JSON, and
 // gives the exit code.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of findings: what a check can find, under a stable name, with its severity and what it
 // means. A finding that the table does not have does not compile.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Argumentos.h"
 
 #include "Terminal.h"

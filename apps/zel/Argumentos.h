@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command line, read: the words of a subcommand and the options that it takes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ArquivoConfig.h"
 
 #include "TabelaChaves.h"
@@ -22,7 +23,7 @@ constexpr std::size_t kMaximoFalhas = 5; // said of one file
 
 struct Marca {
     std::size_t inicio; // of its "<"
-    std::size_t fim;    // behind its ">"
+    std::size_t fim;    // after its ">"
     std::string_view nome;
 };
 
@@ -74,7 +75,7 @@ private:
         return linha_;
     }
 
-    // Of many failures the first ones tell what happened.
+    // Of many failures the first ones say what happened.
     void falhar(const IdAchado &id, std::size_t lugar, std::string texto, std::string remedio) {
         parou_ = true;
         if (++falhas_ > kMaximoFalhas) return;

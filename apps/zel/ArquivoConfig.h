@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 // Reads ZEL_Framework.xml without the library, which completes and creates it when it loads. Finds
 // every key with its value and line, and everything that the library does not understand as it
-// stands: the first such thing ends the library's reading, keys behind it keep their defaults.
+// stands: the first such thing ends the library's reading, keys after it keep their defaults.
 #pragma once
 
 #include "Achado.h"
@@ -18,7 +19,7 @@ struct ElementoConfig {
     const LinhaChave *chave;
     std::string valor; // as the file holds it, in UTF-8
     std::size_t linha;
-    bool ignorado; // stands behind the place where the library stops reading
+    bool ignorado; // stands after the place where the library stops reading
 };
 
 // A value that counts, and where it stands; the default has line 0.
@@ -35,7 +36,7 @@ public:
 
     // False when the root's tags are missing: the library refuses the file.
     bool temRaiz() const { return temRaiz_; }
-    // False when the library stops reading before the end: keys behind that have their defaults.
+    // False when the library stops reading before the end: keys after that have their defaults.
     bool lidaInteira() const;
     const std::vector<ElementoConfig> &elementos() const { return elementos_; }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Looks at files without changing any: the library is not asked, for it completes what it loads.
 #pragma once
 

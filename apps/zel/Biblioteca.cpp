@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Biblioteca.h"
 
 #include "Arquivos.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library as the subcommands use it: where its data directory is, values by path, state.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BibliotecaRecibo.h"
 
 #include "Arquivos.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of a receipt, as the library lays it out: the last one, or that of a document with its
 // return. A receipt in a customer's hand promises that the sale is authorized: what the authority
 // refused is not laid out, and what it has not answered is only for looking at.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Chaves.h"
 
 #include "TabelaChaves.h"

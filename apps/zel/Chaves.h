@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The keys of the configuration file as the checks see them: path, longest value, default, and what
 // a value must be. The rows stand in TabelaChaves.h, which is generated.
 #pragma once

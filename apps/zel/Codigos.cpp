@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Codigos.h"
 
 #include "TabelaCodigos.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The return codes of the library with their meaning and remedy, from the table that the manual
 // shares. The rows stand in TabelaCodigos.h, which is generated.
 #pragma once

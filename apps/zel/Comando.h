@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A subcommand of zel: what it is called, what it takes, what it says of itself, and what it does.
 // A new one is a file with its Comando, declared below, and a line in the table of principal.cpp.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zel cancelar: the receipt in progress, or a request to cancel a document.
 #include "ComandoComum.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zel codigo: what a return code of the library means, and what to do.
 #include "Comando.h"
 

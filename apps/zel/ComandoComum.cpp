@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ComandoComum.h"
 
 #include "Biblioteca.h"

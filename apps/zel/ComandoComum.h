@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the subcommands that use the library have in common: the till's directory made ready, rows
 // said to people or programs, and a refusal of the library in its code, meaning and remedy.
 #pragma once

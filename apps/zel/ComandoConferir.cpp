@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zel conferir: looks at a data directory or at a document, and says what is wrong and what to do.
 #include "Comando.h"
 

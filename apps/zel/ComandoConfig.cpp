@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zel config: lists, reads and stores configuration values through the library.
 #include "Comando.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zel consultar: a request for what the tax authority or the sending component knows.
 #include "ComandoComum.h"
 

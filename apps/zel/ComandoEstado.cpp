@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zel estado: the receipt in progress and the last document.
 #include "Comando.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zel imprimir: a receipt to a printer, in bounded time.
 #include "ComandoComum.h"
 #include "ComandoRecibo.h"

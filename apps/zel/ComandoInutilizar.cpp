@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zel inutilizar: a request to void numbers that no document has.
 #include "ComandoComum.h"
 

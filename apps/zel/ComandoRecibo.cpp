@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ComandoRecibo.h"
 
 #include "ComandoComum.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What zel ver and zel imprimir have in common: the receipt that the arguments ask for.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zel vender: a whole receipt, from the opening to the close. Everything that can be checked is
 // checked before it is opened; what the library refuses later leaves a receipt in progress, and
 // that is said with what to do about it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zel ver: the picture of a receipt, in a file or on the screen.
 #include "ComandoComum.h"
 #include "ComandoRecibo.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the keys say together: the issuer and its state, the environment with token and addresses,
 // numbers, and the tax groups in use. Values that are wrong by themselves are Regras' and are not
 // judged again here.

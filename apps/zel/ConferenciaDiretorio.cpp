@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ConferenciaDiretorio.h"
 
 #include "Arquivos.h"

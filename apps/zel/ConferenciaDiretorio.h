@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The data directory as a place: which files stand there, who may read and write them, what a dead
 // process left, and the receipt in progress. Changes nothing, not even times.
 #pragma once

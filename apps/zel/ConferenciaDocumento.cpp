@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ConferenciaDocumento.h"
 
 #include "ConferenciaConfig.h"
@@ -5,10 +6,12 @@
 #include "Esquema.h"
 #include "Estados.h"
 #include "Texto.h"
+#include "util/ChaveAcesso.h"
 
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <vector>
 
 namespace zel::aplicativo {
@@ -17,13 +20,15 @@ namespace {
 
 // A part of the access key and the element that it repeats, with zeros on its left.
 struct ParteDaChave {
-    std::size_t inicio, tamanho;
+    ChaveAcesso::Parte parte;
     std::string_view caminho;
 };
 
+using Parte = ChaveAcesso::Parte;
 constexpr ParteDaChave kPartes[] = {
-    {0, 2, "ide/cUF"},  {6, 14, "emit/CNPJ"},  {20, 2, "ide/mod"}, {22, 3, "ide/serie"},
-    {25, 9, "ide/nNF"}, {34, 1, "ide/tpEmis"}, {35, 8, "ide/cNF"}, {43, 1, "ide/cDV"},
+    {Parte::kCUF, "ide/cUF"},     {Parte::kCNPJ, "emit/CNPJ"}, {Parte::kMod, "ide/mod"},
+    {Parte::kSerie, "ide/serie"}, {Parte::kNNF, "ide/nNF"},    {Parte::kTpEmis, "ide/tpEmis"},
+    {Parte::kCNF, "ide/cNF"},     {Parte::kCDV, "ide/cDV"},
 };
 
 constexpr std::string_view kExigidos[] = {"ide/cUF",           "ide/nNF",   "ide/serie",
@@ -93,22 +98,23 @@ private:
 
     void conferirChave() {
         const std::string *id = infNFe_.atributo("Id");
-        if (id == nullptr || id->size() != 47 || !id->starts_with("NFe") ||
-            !soDigitos(std::string_view(*id).substr(3)))
+        const auto chave = id != nullptr && id->starts_with("NFe")
+                               ? ChaveAcesso::ler(std::string_view(*id).substr(3))
+                               : std::nullopt;
+        if (!chave)
             return achar("chave-forma", "infNFe", "o Id não é NFe seguido de 44 dígitos",
                          "O documento não foi gravado pela biblioteca, ou foi mudado depois.");
-        const std::string_view chave = std::string_view(*id).substr(3);
-        if (!ehChave(chave))
+        if (!chave->integra())
             achar("chave-digito", "infNFe",
-                  juntar({chave, ": o último dígito deveria ser ",
-                          std::string(1, digitoDaChave(chave))}),
+                  juntar({chave->texto(), ": o último dígito deveria ser ",
+                          std::string(1, chave->digitoCerto())}),
                   "A chave foi digitada ou mudada; emita o documento de novo.");
-        for (const ParteDaChave &parte : kPartes)
-            conferirParte(chave.substr(parte.inicio, parte.tamanho), parte.caminho,
-                          comZeros(valor(parte.caminho), parte.tamanho));
+        for (const auto &[parte, caminho] : kPartes)
+            conferirParte(chave->parte(parte), caminho,
+                          comZeros(valor(caminho), ChaveAcesso::digitos(parte)));
         const std::string_view emissao = valor("ide/dhEmi");
         if (emissao.size() >= 7)
-            conferirParte(chave.substr(2, 4), "ide/dhEmi",
+            conferirParte(chave->parte(Parte::kAAMM), "ide/dhEmi",
                           juntar({emissao.substr(2, 2), emissao.substr(5, 2)}));
     }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A document by itself: form, access key, digits, sums, payments and QR code. Nothing about the
 // consumer is shown.
 #pragma once

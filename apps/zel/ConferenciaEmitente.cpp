@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ConferenciaConfig.h"
 
 #include "Digitos.h"

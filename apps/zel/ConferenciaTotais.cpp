@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ConferenciaDocumento.h"
 
 #include "Texto.h"

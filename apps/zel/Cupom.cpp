@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Cupom.h"
 
 #include "Texto.h"

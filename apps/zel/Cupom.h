@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The receipt in progress, read from ArqPersist.bin without the library: one record a line, its
 // kind in two digits, "|", for items and payments a number and "|", and XML. Names no person.
 #pragma once

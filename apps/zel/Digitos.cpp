@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "Digitos.h"
 
 #include "Texto.h"
+#include "util/ChaveAcesso.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -82,12 +84,9 @@ bool ehGtin(std::string_view texto) {
     return texto.back() - '0' == (10 - soma % 10) % 10;
 }
 
-char digitoDaChave(std::string_view chave) {
-    return digitoModulo11(chave.substr(0, 43), "4329876543298765432987654329876543298765432");
-}
-
 bool ehChave(std::string_view texto) {
-    return saoDigitos(texto, 44) && texto[43] == digitoDaChave(texto);
+    const auto chave = ChaveAcesso::ler(texto);
+    return chave && chave->integra();
 }
 
 } // namespace zel::aplicativo

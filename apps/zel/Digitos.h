@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Check digits of the numbers that identify a taxpayer, a place, a product or a document. The rules
 // are those that the Receita Federal, the IBGE, GS1 and the NF-e manual publish. All take digits
 // alone; anything else is not valid.
@@ -18,9 +19,7 @@ bool ehMunicipio(std::string_view texto);
 // 8, 12, 13 or 14 digits, the last one the check digit.
 bool ehGtin(std::string_view texto);
 
-// The check digit of the first 43 digits of an access key.
-char digitoDaChave(std::string_view chave);
-// 44 digits that end with it.
+// An access key that ends with its check digit.
 bool ehChave(std::string_view texto);
 
 // The remainder modulo 11 of the digits multiplied by the weights, one character each ("A" is 10).

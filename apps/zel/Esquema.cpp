@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Esquema.h"
 
 #include "Arquivos.h"
@@ -15,8 +16,6 @@
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-extern char **environ;
 
 namespace zel::aplicativo {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A document held against the schema that the tax authority publishes, by the program xmllint.
 #pragma once
 

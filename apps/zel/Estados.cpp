@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Estados.h"
 
 #include "Digitos.h"
@@ -13,8 +14,9 @@ namespace {
 
 constexpr DigitoIe kNono{8, "98765432"};
 
-// The states' rules for the IE as published for SINTEGRA. Where a state has more than one rule (AP,
-// BA, GO, MG, RO, RR, TO) only the length is checked.
+// Two-digit codes: IBGE, Código da Unidade da Federação. The states' rules for the IE as published
+// for SINTEGRA. Where a state has more than one rule (AP, BA, GO, MG, RO, RR, TO) only the length
+// is checked.
 constexpr Estado kEstados[] = {
     {"AC", "12", "13", {11, "43298765432"}, {12, "543298765432"}},
     {"AL", "27", "9", kNono, {}},

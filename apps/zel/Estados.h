@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The 27 states: abbreviation, IBGE code, and the form of the state registration (IE) as far as the
 // states' published rules are simple. Pure functions over a table.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // JSON text, written piece by piece: always UTF-8, one line, members in the order given.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A receipt as a picture and on a printer, through libzel-cupom. Where the command is built without
 // that library, everything answers so.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Papel.h"
 
 namespace zel::aplicativo {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Pedido.h"
 
 #include "Texto.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the requests have in common: what they may name, checked before the library is asked. Pure
 // functions.
 #pragma once

@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include "Regras.h"
 
 #include "Digitos.h"
 #include "Estados.h"
 #include "Texto.h"
+#include "util/ChaveAcesso.h"
 
 #include <algorithm>
 #include <iterator>
@@ -167,7 +169,7 @@ constexpr Conferencia kConferencias[] = {
     /* kCfop */ seServe<ehCfop>,
     /* kChave */
     [](const LinhaChave &chave, std::string_view valor) {
-        return comDigito(chave, valor, 44, ehChave, "chave-digito", "a chave");
+        return comDigito(chave, valor, ChaveAcesso::kDigitos, ehChave, "chave-digito", "a chave");
     },
     /* kToken */ seServe<ehToken>,
     /* kEndereco */ seServe<ehEndereco>,

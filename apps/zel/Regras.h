@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One value of the configuration against the rule of its key: length, type, check digits. What
 // depends on other keys (the state, the environment) is ConferenciaEmitente's.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the command reads from and writes to the terminal. The user's locale says how: UTF-8 when
 // that is its character set, ISO-8859-1 otherwise. Whatever would steer the terminal (control
 // characters from a file that is looked at) is written as "?".

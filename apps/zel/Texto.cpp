@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Texto.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts and numbers. Within the command every text is UTF-8; what comes from the library's files
 // and goes to its functions is ISO-8859-1. Pure functions; case is that of ASCII.
 #pragma once

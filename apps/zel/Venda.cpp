@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Venda.h"
 
 #include "Digitos.h"

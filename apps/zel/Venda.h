@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A whole sale as it is written on the command line or in a file: items, payments, adjustments. All
 // is read and checked before the library is asked for anything. Pure functions; what is read is
 // UTF-8, what they fill is ISO-8859-1, as the library takes it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A small reader of XML documents: elements, attributes and texts as a tree, and where a document
 // that is not well-formed goes wrong. Reads what a fiscal document needs and refuses what it must
 // not hold (a DOCTYPE, entities of its own). Ends on any bytes.

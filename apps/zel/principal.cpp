@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command zel: looks after a till from the command line. Each subcommand stands in a file of
 // its own.
 #include "Comando.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * libzel-cupom: shows a receipt that is written in printer mark-up as the picture of its paper (PNG
  * or SVG), without a printer, and prints it: as the bytes of the commands that a model of printers
@@ -72,11 +73,11 @@ enum {
     ZEL_CUPOM_LONGO = -3,     /* longer text, or more paper, than the limits above */
     ZEL_CUPOM_FONTE = -4,     /* no font file: not found, not readable, no font */
     ZEL_CUPOM_LOGOTIPO = -5,  /* logo not readable, no PNG picture, or larger than the limits */
-    ZEL_CUPOM_ARQUIVO = -6,   /* the file cannot be written; errno tells why */
+    ZEL_CUPOM_ARQUIVO = -6,   /* the file cannot be written; errno says why */
     ZEL_CUPOM_DESENHO = -7,   /* the drawing library failed */
     ZEL_CUPOM_PERFIL = -8,    /* no such profile, or a file that is none: zel_cupom_detalhe */
 
-    /* A printer; zel_cupom_detalhe and zel_cupom_enviados tell how far it came. */
+    /* A printer; zel_cupom_detalhe and zel_cupom_enviados report how far it came. */
     ZEL_CUPOM_AUSENTE = -9,      /* no such device, host or network */
     ZEL_CUPOM_RECUSADA = -10,    /* it is there and refuses: in use, no permission, no service */
     ZEL_CUPOM_TEMPO = -11,       /* it did not answer, or stopped taking bytes, in that time */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Arquivo.h"
 
 #include "Descritor.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The file calls of the library. A file is read whole, or written whole or not at all.
 #pragma once
 

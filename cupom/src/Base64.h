@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes as text (RFC 4648, section 4), for the picture within a picture.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Comando.h"
 
 #include "Texto.h"

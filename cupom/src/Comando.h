@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A printer's command as its manual writes it, for instance "GS v 48 0 {bytes} {height} {data}":
 // words with blanks between them. A word is the name of a control character, a number 0 to 255, a
 // single character that stands for itself (digits are numbers), or the place of a value.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Conexao.h"
 
 #include "Texto.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Connections to network printers.
 #pragma once
 

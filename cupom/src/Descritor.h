@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // File descriptors that close themselves.
 #pragma once
 

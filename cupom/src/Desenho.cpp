@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Desenho.h"
 
 #include "Formas.h"

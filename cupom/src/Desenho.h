@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Draws a page as dots, in bands from the top to the bottom of the paper: for a picture and for a
 // printer that takes raster graphics.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "EscPos.h"
 
 #include "Pagina.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A receipt as the bytes that a printer prints. The printer breaks and aligns the lines by itself;
 // the profile says by which commands.
 #pragma once

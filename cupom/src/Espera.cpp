@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Espera.h"
 
 #include "Descritor.h"

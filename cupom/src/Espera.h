@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Waiting for descriptors up to a moment that is fixed beforehand.
 #pragma once
 

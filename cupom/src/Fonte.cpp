@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Fonte.h"
 
 #include "Arquivo.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The two monospaced fonts of a picture, normal and bold, from font files, and which of their
 // glyphs shows which ISO-8859-1 character. Fonts are opened directly and not through the system's
 // font selection, which follows the locale and the user's settings.

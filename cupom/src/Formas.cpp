@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Formas.h"
 
 namespace zel::cupom {

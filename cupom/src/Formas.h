@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What of a page is drawn with rectangles, for every renderer alike. Measures are dots from the
 // upper left corner of the paper, margins included.
 #pragma once

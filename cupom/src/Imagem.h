@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The picture of a page as a whole file.
 #pragma once
 

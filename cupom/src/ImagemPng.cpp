@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Imagem.h"
 
 #include "Png.h"

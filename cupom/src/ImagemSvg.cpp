@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Base64.h"
 #include "Formas.h"
 #include "Imagem.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Leitor.h"
 
 #include "Marcas.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads printer mark-up into the model. The mark-up, its limits and what becomes of broken mark-up
 // are described in zel_cupom.h, which is what a user reads.
 #pragma once

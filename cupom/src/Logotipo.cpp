@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Logotipo.h"
 
 #include "Arquivo.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The shop's logo: read from a PNG file, brought to the size and the shades of the paper.
 #pragma once
 

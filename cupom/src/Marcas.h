@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The names of the mark-up and what each of them asks for: two tables, of names whose content is
 // text of the receipt, and of names whose content is not.
 #pragma once

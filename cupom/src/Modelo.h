@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a receipt says to the paper, in order, after its mark-up is read: plain values that every
 // renderer (picture, printer bytes) walks from the first block to the last. Nothing here knows of
 // dots, fonts or devices.

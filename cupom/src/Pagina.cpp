@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Pagina.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where each thing of a receipt stands on its paper: the one place that decides it, for every
 // renderer that draws dots. Measures are dots from the upper left corner of what can be printed
 // (the margins of the paper are outside).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The code pages of printers: which byte prints an ISO-8859-1 character, and which plain letter
 // stands in for it where the page has none.
 #pragma once
@@ -18,7 +19,7 @@ struct PaginaDeCodigo {
 };
 
 // ISO-8859-1 itself, and CP1252, which has the same characters from 0xA0 on.
-constexpr BytesDaPagina kLatin1 = [] {
+constexpr BytesDaPagina kLatin1 = []() {
     BytesDaPagina bytes{};
     for (std::size_t i = 0; i < bytes.size(); ++i)
         bytes[i] = static_cast<std::uint8_t>(0xA0 + i);

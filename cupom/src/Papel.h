@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The papers: how wide they are and how large their letters, in dots of the print head, 8 to the
 // millimetre (203 dpi). Letters are the two usual ones of receipt printers, 12 x 24 and 9 x 17
 // dots; on the narrow paper, whose 384 dots do not hold 42 of the former, the next smaller ones.

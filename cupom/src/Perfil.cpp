@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Perfil.h"
 
 #include "Modelo.h"

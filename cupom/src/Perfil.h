@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a model of printers is like, as data: a text of lines "key = value" with the keys of the
 // public printer-profile databases, and beside them the commands themselves. The file is described
 // in CONTRIBUTING.md; the profiles of cupom/perfis are part of the library.

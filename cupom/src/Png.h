@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes a picture as a PNG file (ISO/IEC 15948) row by row, so that a receipt of any length needs
 // no more memory than its rows as they come: 8-bit grey, resolution recorded.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Qr.h"
 
 #include <algorithm>

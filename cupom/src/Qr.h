@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // QR code symbols of ISO/IEC 18004: error correction M, byte mode, the smallest version that holds
 // the content.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Saida.h"
 
 #include "Arquivo.h"
@@ -69,7 +70,7 @@ private:
     bool aberta_;
 };
 
-// Bytes that the system still holds for the other side; 0 where it does not tell.
+// Bytes that the system still holds for the other side; 0 where it does not report them.
 std::size_t porSair(int fd, unsigned long pergunta) {
     int bytes = 0;
     return ::ioctl(fd, pergunta, &bytes) == 0 && bytes > 0 ? static_cast<std::size_t>(bytes) : 0;
@@ -98,7 +99,7 @@ Envio escrever(int fd, std::string_view bytes, const Prazo &prazo, std::size_t &
             continue;
         }
         if (n < 0 && errno != EAGAIN) return Envio::kInterrompido;
-        // Where there is room, the next attempt tells what failed.
+        // Where there is room, the next attempt reports what failed.
         const short eventos = esperar(fd, POLLOUT, prazo);
         if (falhou(eventos) && (eventos & POLLOUT) == 0) return Envio::kInterrompido;
     }

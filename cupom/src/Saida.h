@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sends bytes to a printer, or into a file, in bounded time: whatever the other side does, the call
 // ends when its time is over, and reports how far it came.
 #pragma once

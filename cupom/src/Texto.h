@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Words and numbers of settings that users write.
 #pragma once
 

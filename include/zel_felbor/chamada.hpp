@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One call of the library: arguments converted, the call alone in the process, its answer with the
 // explanation. Operations are made of this; applications see Resultado, Com and Falha.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text at the border of the library: UTF-8 on the side of the application, ISO-8859-1 on the other.
 // What has no place in ISO-8859-1 is refused by name and place, never replaced unasked.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values that the operations take: decimal numbers without floating point, rates, adjustments. A
 // value that cannot be sent carries the reason, and the operation that is given it is not called.
 #pragma once

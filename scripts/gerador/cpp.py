@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """C++17: the tables and the operations of include/zel_felbor."""
 from .tabela import AVISO, expressoes, literal, quebrar_todas, sem_prefixo, titulo
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """C#: the tables, the P/Invoke declarations and the operations of wrappers/csharp."""
 from .tabela import AVISO, expressoes, literal, quebrar_todas, sem_prefixo, titulo
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Java: the tables, the JNA interface and the operations of wrappers/java."""
 from .tabela import AVISO, constante, expressoes, literal, quebrar_todas, sem_prefixo
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """JavaScript: the tables, the prototypes for koffi, the operations and the types of
 wrappers/javascript."""
 from .tabela import AVISO, constante, expressoes, literal, quebrar_todas, sem_prefixo

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Free Pascal and Delphi: the tables with the declarations, and the operations, of
 wrappers/pascal."""
 from itertools import groupby
@@ -176,8 +177,5 @@ def gerar(t):
     operacoes = unidade("ZelOperacoes", "ZelTipos, ZelTabelas, ZelValores, ZelChamada", interface,
                         implementacao)
     das_tabelas = unidade("ZelTabelas", "ZelTipos", tabelas(t), corpo_das_tabelas(t))
-    # The mark at the front makes every compiler read UTF-8.
     arquivos = {"ZelTabelas.pas": das_tabelas, "ZelOperacoes.pas": operacoes}
-    for linhas in arquivos.values():
-        linhas[0] = "\ufeff" + linhas[0]
     return {PASTA + nome: list(quebrar_todas(linhas, "//")) for nome, linhas in arquivos.items()}

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """PHP: the declarations that its FFI can read, the tables and the operations of wrappers/php."""
 from .tabela import AVISO, expressoes, literal, quebrar_todas, sem_prefixo, titulo
 
@@ -28,7 +29,7 @@ def texto(valor):
 
 
 def declaracoes(t):
-    linhas = [f"/* {AVISO} */"]
+    linhas = [f"/* {AVISO} */", "/* clang-format off */"]
     for f in t.funcoes:
         lista = ", ".join(f"{NATIVOS[a.tipo]}{a.nome}" for a in f.argumentos) or "void"
         linhas += [f"int {f.nome}({lista});"]
@@ -99,7 +100,7 @@ def operacao(f):
 
 
 def gerar(t):
-    linhas = ["<?php", f"// {AVISO}", "", "declare(strict_types=1);", "", "namespace Zel\\Felbor;", ""]
+    linhas = [f"// {AVISO}", "", "declare(strict_types=1);", "", "namespace Zel\\Felbor;", ""]
     linhas += codigo(t)
     for nome, valores in t.enumeracoes.items():
         linhas += enumeracao(nome, valores)

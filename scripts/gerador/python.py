@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Python: the tables, the signatures for ctypes and the operations of wrappers/python."""
 from .tabela import AVISO, cobra, constante, expressoes, literal, quebrar_todas, sem_prefixo
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The tables of tabela/ as objects, and what every generator needs of them: parameters in the order
 of the wrappers (required ones first), conversions in the order of the C function, names in each
 style."""

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The exported functions: each makes sure that the library is ready, turns its texts into views,
 // forwards to one operation and hands its result back. Raw character pointers end here. Nothing is
 // checked and nothing is decided in this room, result buffers apart.
@@ -120,7 +121,7 @@ int quadroDoCupom(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexce
     return semExcecao([&] { return naVez([&] { return fnComPosseDoCupom_ZEL(funcao); }); }, nome);
 }
 
-// Hands over the text that a read fills, empty where there is nothing to tell.
+// Hands over the text that a read fills, empty where there is nothing to report.
 template <typename Leitura>
 int entregar(std::string_view nome, char *saida, Leitura leitura) {
     if (saida == nullptr) return recusar(Motivo::kSaidaNula, {.campo = nome});

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "config/ArquivoConfig.h"
 
 #include "util/TextoXml.h"
@@ -76,7 +77,7 @@ std::string escrever(std::size_t inicio, std::size_t fim, const ValoresConfig &v
 // What the text lacks.
 std::vector<Edicao> faltas(const Varredura &varredura, const ValoresConfig &valores) {
     std::vector<Edicao> edicoes;
-    // A value without its end tag would take in what is added behind it.
+    // A value without its end tag would take in what is added after it.
     for (const ElementoConfig &elemento : varredura.elementos)
         if (elemento.forma == FormaElemento::kSemFim)
             edicoes.push_back(

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 // The text of the configuration file: written whole, read into values, changed in place. Pure
 // functions over texts; where the text comes from and goes to is the registry's. The text is read
-// as far as the catalogue knows it, and changed without touching what stands behind that place.
+// as far as the catalogue knows it, and changed without touching what stands after that place.
 #pragma once
 
 #include "config/Catalogo.h"
@@ -56,14 +57,14 @@ struct CargaConfig {
 };
 
 // Reads the values of a file over `atuais`. An element that the catalogue does not know under the
-// groups around it ends the reading; keys behind it keep their value. A key or group written as an
+// groups around it ends the reading; keys after it keep their value. A key or group written as an
 // empty element ("<key/>") is that one, empty. Keys and groups that stand nowhere in the text are
 // added to it before the end tag of their group, if that is there, and so is a key's missing end
 // tag; a text so torn that something would be lacking again stays as it is. None when one of the
 // root's tags is missing.
 std::optional<CargaConfig> fnXML_CarregarXML(std::string_view texto, const ValoresConfig &atuais);
 
-// The text with the changes made in each element of their keys, ended one character behind the
+// The text with the changes made in each element of their keys, ended one character after the
 // root's end tag; where no value changes, the text as it is. Values are at most as long as their
 // keys and hold no "</". None when one of the keys has no element.
 std::optional<TextoConfig> fnXML_AlterarArquivo(const TextoConfig &atual,

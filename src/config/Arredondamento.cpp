@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "config/Arredondamento.h"
 
 #include "config/Registro.h"

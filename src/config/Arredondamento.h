@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The money rule: how amounts are cut to two decimals, as the shop has configured it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The catalogue of the configuration file: every group and key in file order, with the longest
 // value of each key in characters and its default (stZELTAGs), and the look-up of a key by its
 // path. Knows neither values nor files.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of the configuration catalogue, in file order. Groups that follow one rule (the states'
 // addresses, the tax groups) are lists here and are spelled out when the library is compiled.
 #pragma once
@@ -199,6 +200,7 @@ struct GrupoImposto {
     std::string_view chaves;
 };
 
+// Names: Manual de Orientação do Contribuinte 6.0, Anexo I, groups N, Q to T and U.
 inline constexpr GrupoImposto kIcms[] = {
     {"/ICMS00", "Orig=0 CST=00 modBC=3 vBC pICMS vICMS"},
     {"/ICMS10", "Orig CST:7 modBC vBC pICMS vICMS modBCST pMVAST pRedBCST vBCST pICMSST vICMSST"},

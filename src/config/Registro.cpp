@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "config/Registro.h"
 
 #include "ZEL_FelborFramework.h"
@@ -152,7 +153,7 @@ int alterarConfig(std::span<const Alteracao> alteracoes, std::span<const Mudanca
     std::vector<MudancaArquivo> mudancas(outros.begin(), outros.end());
     mudancas.push_back(mudancaPara(novo->texto));
     if (const int codigo = gravarJuntos(mudancas); codigo != ZEL_OK) return codigo;
-    // Nothing may fail behind the commit.
+    // Nothing may fail after the commit.
     for (Alteracao &alteracao : cortadas)
         registro.valores.assumir(std::move(alteracao));
     registro.arquivo = std::move(*novo);

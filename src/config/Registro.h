@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The configuration values in memory (G_stRegistroZEL_AUX) and the operations that read and change
 // them by path, group names and key joined by single backslashes ("CONFIGURACAO\estadoCFe").
 // Paths are matched without regard to case. Every change goes through to the file ZEL_Framework.xml
@@ -20,9 +21,10 @@ struct MudancaArquivo; // util/Gravacao.h
 std::string_view valorConfig(Chave chave);
 
 // Changes several values in one commit, together with `outros` files. Values equal to those of the
-// file are not written; when all are equal and there are no other files nothing is. 1; -1 a value
-// holds "</"; -40 or -52 as fnXML_CarregarXML_ZEL, -40 also when the file is so damaged that a key
-// has no place in it. On failure files and memory are as before.
+// file are not written; when all are equal and there are no other files nothing is. ZEL_OK;
+// ZEL_RECUSADO a value holds "</"; ZEL_CONFIG_ILEGIVEL or ZEL_ARQUIVO_INDISPONIVEL as
+// fnXML_CarregarXML_ZEL, ZEL_CONFIG_ILEGIVEL also when the file is so damaged that a key has no
+// place in it. On failure files and memory are as before.
 int alterarConfig(std::span<const Alteracao> alteracoes,
                   std::span<const MudancaArquivo> outros = {});
 
@@ -30,8 +32,8 @@ int alterarConfig(std::span<const Alteracao> alteracoes,
 std::vector<Alteracao> valoresAtuais(std::span<const Alteracao> alteracoes);
 
 // Loads the file when its bytes are not those loaded last, completing it with missing keys; creates
-// a missing one from the values in memory. 1; -40 the root tags are missing; -52 it cannot be read
-// or written. On failure memory is as before.
+// a missing one from the values in memory. ZEL_OK; ZEL_CONFIG_ILEGIVEL the root tags are missing;
+// ZEL_ARQUIVO_INDISPONIVEL it cannot be read or written. On failure memory is as before.
 int fnXML_CarregarXML_ZEL();
 
 // The same, done at most once successfully per process: the first call of a process, whichever it
@@ -39,17 +41,20 @@ int fnXML_CarregarXML_ZEL();
 int garantirConfig();
 
 // aCFInicializar_ZEL: defaults into memory, then the file over them; a missing file is created, one
-// without its root tags is kept beside as ZEL_Framework.xml.danificado and replaced. 1 or -52.
+// without its root tags is kept beside as ZEL_Framework.xml.danificado and replaced. ZEL_OK or
+// ZEL_ARQUIVO_INDISPONIVEL.
 int inicializarConfig();
 
 // Fills the registry with the catalogue's defaults. Always 1.
 int fnInicializarEstruturaDadosZEL_AUX();
 
-// By path, for the application: the value into `valor`. 1, or -1 when the path names no key.
+// By path, for the application: the value into `valor`. ZEL_OK, or ZEL_RECUSADO when the path names
+// no key.
 int fnRegRetornarValor_ZEL(std::string_view caminho, std::string &valor);
 
-// By path: stores the value, cut to the key's length, and writes it through to the file. 1; -1 when
-// the path names no key or the value holds "</"; -40, -52 as alterarConfig.
+// By path: stores the value, cut to the key's length, and writes it through to the file. ZEL_OK;
+// ZEL_RECUSADO when the path names no key or the value holds "</"; ZEL_CONFIG_ILEGIVEL,
+// ZEL_ARQUIVO_INDISPONIVEL as alterarConfig.
 int fnRegAlterarValor_ZEL(std::string_view caminho, std::string_view valor);
 
 // Two values that no key names and no file keeps, learnt from an authorization return: at most 44

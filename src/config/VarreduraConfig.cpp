@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "config/VarreduraConfig.h"
 
 #include <algorithm>
@@ -14,14 +15,14 @@ constexpr std::string_view kBrancos = " \t\r\n";
 
 struct TagConfig {
     std::size_t inicio; // of its "<"
-    std::size_t fim;    // behind its ">"
+    std::size_t fim;    // after its ">"
     std::string_view nome;
     bool vazia = false; // an element without content: "<name/>"
 
     std::size_t fimDoNome() const { return inicio + 1 + nome.size(); }
 };
 
-// The place behind the comment that begins at `posicao`.
+// The place after the comment that begins at `posicao`.
 std::size_t fnXML_TratarComentario(std::string_view texto, std::size_t posicao) {
     const std::size_t fim = texto.find("-->", posicao + 4);
     return fim == texto.npos ? texto.size() : fim + 3;
@@ -37,7 +38,7 @@ std::optional<TagConfig> fnXML_RetornarProxTag(std::string_view texto, std::size
     }
     const std::size_t fim = texto.find_first_of("<>", posicao + 1);
     if (fim == texto.npos) return std::nullopt;
-    // A "<" without its ">" must not swallow the tag behind it: it is a tag without a name.
+    // A "<" without its ">" must not swallow the tag after it: it is a tag without a name.
     if (texto[fim] == '<') return TagConfig{posicao, fim, {}};
     TagConfig tag{posicao, fim + 1, texto.substr(posicao + 1, fim - posicao - 1)};
     tag.vazia = tag.nome.ends_with('/') && !tag.nome.starts_with('/');

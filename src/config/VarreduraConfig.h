@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finds the catalogue's groups and keys in the text of a configuration file, whatever else stands
 // there: which entries are present, where the values lie, where a missing entry has its place.
 // Takes time proportional to the length of any text, but for the sorting of its end tags; keeps
@@ -53,7 +54,7 @@ struct Varredura {
     std::vector<ElementoConfig> elementos;
     std::size_t totalEntendidos = 0;  // those in front of the first thing that is not understood
     bool regular = true;              // nothing was met but what the catalogue knows
-    std::size_t fimDaRaiz = kAusente; // behind the root's end tag
+    std::size_t fimDaRaiz = kAusente; // after the root's end tag
     std::array<bool, kTotalEntradas> presentes{};          // keys and groups, by entry
     std::array<FimDeGrupo, kTotalEntradas> fimDosGrupos{}; // the first one, by opening entry
 

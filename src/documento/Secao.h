@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sections of the document in progress, by the numbers that the section check takes, and the
 // names of their roots.
 #pragma once

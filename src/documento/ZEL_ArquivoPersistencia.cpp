@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "documento/ZEL_ArquivoPersistencia.h"
 
 #include "ZEL_FelborFramework.h"
@@ -41,7 +42,7 @@ void escreverRegistro(std::string &texto, Secao secao, const ST_tagZEL &raiz) {
     texto += formatarInteiro(tipo - kSecaoDoTipo.begin() + 1, 2);
     texto += '|';
     if (ehLista(secao)) {
-        // A damaged payment's number was read together with what stood behind it.
+        // A damaged payment's number was read together with what stood after it.
         const std::string_view numero = raiz.valor ? std::string_view(*raiz.valor) : "";
         texto.append(numero.substr(0, numero.find('|'))) += '|';
     }
@@ -77,7 +78,7 @@ int lerRegistro(ST_PersitenceXML_ZEL &documento, std::string_view linha) {
     if (ehLista(secao)) {
         const std::size_t barra = conteudo.find('|');
         if (barra == conteudo.npos) return recusar(Motivo::kRegistroDanificado);
-        // A payment's number is the three characters behind the type, whatever they are.
+        // A payment's number is the three characters after the type, whatever they are.
         raiz.valor = secao == Secao::kPagamento
                          ? conteudo.substr(0, 3)
                          : conteudo.substr(0, std::min<std::size_t>(barra, 4));
@@ -88,7 +89,7 @@ int lerRegistro(ST_PersitenceXML_ZEL &documento, std::string_view linha) {
     return documento.fnAdicionarTagZEL(secao, std::move(raiz));
 }
 
-// Before any save: a damaged original is kept beside. 1 or -52.
+// Before any save: a damaged original is kept beside. ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
 int guardarDanificado() {
     if (!arquivo.danificado) return ZEL_OK;
     std::string original;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The file of the document in progress, ArqPersist.bin, so that a receipt survives the process. One
 // record a line, each ended by CR LF, in this order:
 //   01|opening   02|item number|item (one per item)   03|totals   04|carrier
@@ -24,9 +25,9 @@ int recusarSemDocumento();
 // Empties the memory, as in a new process: nothing is written until the file has been read again.
 void fnEsquecerEstrutura_ZEL();
 
-// Writes the document whole, in one commit with changes of the configuration. 1; -1, -40 or -52
-// with files and configuration as before. A file that was found damaged is first kept beside as
-// ArqPersist.bin.danificado.
+// Writes the document whole, in one commit with changes of the configuration. ZEL_OK; ZEL_RECUSADO,
+// ZEL_CONFIG_ILEGIVEL or ZEL_ARQUIVO_INDISPONIVEL with files and configuration as before. A file
+// that was found damaged is first kept beside as ArqPersist.bin.danificado.
 int fnPersistEstrutura_ZEL(std::span<const Alteracao> alteracoes = {},
                            std::span<const MudancaArquivo> outros = {});
 
@@ -35,9 +36,9 @@ int fnPersistEstrutura_ZEL(std::span<const Alteracao> alteracoes = {},
 // otherwise the whole document.
 int fnPersistUltimo_ZEL(Secao secao, std::span<const Alteracao> alteracoes = {});
 
-// Reads the document back into G_stXML_Persistencia. A torn last record is dropped. 1; -52 there is
-// no document or it cannot be read (`passageira` says which); -1 a record is malformed: what was
-// read before it is kept.
+// Reads the document back into G_stXML_Persistencia. A torn last record is dropped. ZEL_OK;
+// ZEL_ARQUIVO_INDISPONIVEL there is no document or it cannot be read (`passageira` says which);
+// ZEL_RECUSADO a record is malformed: what was read before it is kept.
 int fnCarregaEstrutura_ZEL(bool *passageira = nullptr);
 
 } // namespace zel

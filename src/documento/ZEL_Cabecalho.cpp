@@ -1,14 +1,16 @@
+// SPDX-License-Identifier: MIT
 #include "documento/ZEL_Cabecalho.h"
 
 #include "ZEL_FelborFramework.h"
 #include "documento/ZEL_DataHora.h"
-#include "util/Codigos.h"
+#include "util/ChaveAcesso.h"
 #include "util/Numero.h"
 #include "util/Recusa.h"
 #include "util/Texto.h"
 #include "util/TextoXml.h"
 
 #include <array>
+#include <optional>
 #include <string_view>
 
 namespace zel {
@@ -43,7 +45,7 @@ struct Emissao {
     long long numero = 0;
     long long codigo = 0;
     std::tm local{};
-    std::string chave;
+    std::optional<ChaveAcesso> chave;
 };
 
 // An element without a value is left out.
@@ -66,7 +68,7 @@ int recusarNumero(const Emissao &emissao) {
     return recusar(Motivo::kNumeroDaNota, {.numero = emissao.numero});
 }
 
-// Decides on number and numeric code. 1, or -1 when the number has nowhere to go.
+// Decides on number and numeric code. ZEL_OK, or ZEL_RECUSADO when the number has nowhere to go.
 int numerar(int tipo, Emissao &emissao, std::vector<Alteracao> &numeracao) {
     emissao.numero = lerInteiro(valorConfig(kNumero));
     emissao.codigo = lerInteiro(valorConfig(kCodigo));
@@ -83,18 +85,23 @@ int numerar(int tipo, Emissao &emissao, std::vector<Alteracao> &numeracao) {
     return emissao.numero > kMaiorNumero ? recusarNumero(emissao) : int{ZEL_OK};
 }
 
-// The 43 digits and their check digit; not 44 digits when the configuration holds anything else.
-std::string montarChave(const Emissao &emissao) {
-    std::string chave = fnZerosLeft(valorConfig(R"(IDE\cUF)"_chave), 2);
-    chave += formatarInteiro(emissao.local.tm_year % 100, 2);
-    chave += formatarInteiro(emissao.local.tm_mon + 1, 2);
-    chave += fnZerosLeft(valorConfig(R"(EMIT\CNPJ)"_chave), 14);
-    chave += fnZerosLeft(valorConfig(R"(IDE\Mod)"_chave), 2);
-    chave += fnZerosLeft(valorConfig(R"(IDE\Serie)"_chave), 3);
-    chave += formatarInteiro(emissao.numero, 9);
-    chave += valorConfig(R"(IDE\tpEmis)"_chave);
-    chave += formatarInteiro(emissao.codigo, 8);
-    return chave += fnCalcula_cDV(chave);
+// None when the configuration holds values that give no key.
+std::optional<ChaveAcesso> montarChave(const Emissao &emissao) {
+    using Parte = ChaveAcesso::Parte;
+    const auto completar = [](std::string_view valor, Parte parte) {
+        return fnZerosLeft(valor, ChaveAcesso::digitos(parte));
+    };
+    return ChaveAcesso::montar({
+        .cUF = completar(valorConfig(R"(IDE\cUF)"_chave), Parte::kCUF),
+        .AAMM = formatarInteiro(emissao.local.tm_year % 100, 2) +
+                formatarInteiro(emissao.local.tm_mon + 1, 2),
+        .CNPJ = completar(valorConfig(R"(EMIT\CNPJ)"_chave), Parte::kCNPJ),
+        .mod = completar(valorConfig(R"(IDE\Mod)"_chave), Parte::kMod),
+        .serie = completar(valorConfig(R"(IDE\Serie)"_chave), Parte::kSerie),
+        .nNF = completar(formatarInteiro(emissao.numero), Parte::kNNF),
+        .tpEmis = std::string(valorConfig(R"(IDE\tpEmis)"_chave)),
+        .cNF = completar(formatarInteiro(emissao.codigo), Parte::kCNF),
+    });
 }
 
 // Names the value that has no place in the key.
@@ -140,7 +147,7 @@ void escreverIde(std::string &texto, int tipo, const Emissao &emissao) {
     elementoConfig(texto, {"cMunFG", R"(IDE\cMunFG)"_chave});
     elementoConfig(texto, {"tpImp", R"(IDE\tpImp)"_chave});
     elementoConfig(texto, {"tpEmis", R"(IDE\tpEmis)"_chave});
-    elemento(texto, "cDV", emissao.chave.substr(43));
+    elemento(texto, "cDV", emissao.chave->parte(ChaveAcesso::Parte::kCDV));
     elemento(texto, "tpAmb", ambiente == "3" ? "2" : valorXml(ambiente));
     elementoConfig(texto, {"finNFe", R"(IDE\finNfe)"_chave});
     elementoConfig(texto, {"indFinal", R"(IDE\indFinal)"_chave});
@@ -181,12 +188,12 @@ int cabecalhoZEL(int tipo, std::time_t momento, Cabecalho &cabecalho) {
     if (const int numerado = numerar(tipo, emissao, cabecalho.numeracao); numerado != ZEL_OK)
         return numerado;
     emissao.chave = montarChave(emissao);
-    if (!ehChave(emissao.chave)) return recusarChave(emissao);
+    if (!emissao.chave) return recusarChave(emissao);
 
-    cabecalho.chave = emissao.chave;
+    cabecalho.chave = emissao.chave->texto();
     std::string &texto = cabecalho.texto;
     texto.append("<NFe xmlns=\"").append(kNamespaceNFe);
-    texto.append("\"><infNFe Id=\"NFe").append(emissao.chave).append("\" versao=\"3.10\">");
+    texto.append("\"><infNFe Id=\"NFe").append(cabecalho.chave).append("\" versao=\"3.10\">");
     escreverIde(texto, tipo, emissao);
     escreverEmit(texto);
     return ZEL_OK;

@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: MIT
 // The head of an NFC-e: its number and numeric code, the 44-digit access key, and the groups `ide`
 // and `emit`, all from the configuration. Changes nothing: the numbering it decided on is handed
 // back for whoever writes the document to commit.
-// Access key and elements: Manual de Orientação do Contribuinte, NF-e layout 3.10.
+// Elements: Manual de Orientação do Contribuinte 6.0, Anexo I, groups B (ide) and C (emit), NF-e
+// layout 3.10; the access key is util/ChaveAcesso.h.
 #pragma once
 
 #include "config/Registro.h"
@@ -27,9 +29,9 @@ struct Cabecalho {
     std::vector<Alteracao> numeracao; // number and numeric code as advanced
 };
 
-// Builds the head of a document issued at `momento`. 1; 0 an unknown kind; -1 kind 2, a number that
-// would pass 999999999, a year without four digits, or configuration values that give no key of 44
-// digits.
+// Builds the head of a document issued at `momento`. ZEL_OK; 0 an unknown kind; ZEL_RECUSADO kind
+// 2, a number that would pass 999999999, a year without four digits, or configuration values that
+// give no key of 44 digits.
 int cabecalhoZEL(int tipo, std::time_t momento, Cabecalho &cabecalho);
 
 } // namespace zel

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "documento/ZEL_Conformidade.h"
 
 #include "ZEL_FelborFramework.h"

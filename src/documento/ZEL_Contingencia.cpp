@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "documento/ZEL_Contingencia.h"
 
 #include "ZEL_FelborFramework.h"

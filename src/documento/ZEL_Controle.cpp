@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "documento/ZEL_Controle.h"
 
 #include "ZEL_FelborFramework.h"
@@ -15,7 +16,7 @@ namespace {
 constexpr Chave kChaveEstado = R"(CONFIGURACAO\estadoCFe)"_chave;
 
 // In which states an operation may run (bit S for state S), and what refuses it otherwise; without
-// a receipt every one but opening is refused with -131.
+// a receipt every one but opening is refused with ZEL_NENHUM_CUPOM.
 struct Permissao {
     unsigned estados;
     Motivo recusaSemCupom;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The receipt state: one digit under "CONFIGURACAO\estadoCFe", and the rule that says which
 // operation may run in which state. Owns the cached state and the last adjustment type.
 #pragma once
@@ -19,7 +20,8 @@ extern int G_EstadoCFe;
 // The discount or surcharge type of the last item sold, at most 2 characters.
 extern Campo<2> ZEL_TIPO_DESC_ACREC;
 
-// May the operation run in the stored state? 1, or -130 to -135.
+// May the operation run in the stored state? ZEL_OK, or ZEL_CUPOM_EM_ANDAMENTO to
+// ZEL_ENCERRAMENTO_FORA_DE_ORDEM.
 int fnVerificarSePosso_ZEL(Operacao operacao);
 
 // The code of a reason that speaks of the state as last read.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "documento/ZEL_DataHora.h"
 
 #include "config/Registro.h"

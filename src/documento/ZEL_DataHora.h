@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Local date-times and the offset that documents and events carry. The offset can only lie west of
 // UTC: documents write it with a leading "-" whatever it is.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The files that the sending component picks up: documentosEnvio.xml and parametrosEnvio.xml in the
 // data directory.
 #pragma once
@@ -13,7 +14,7 @@ namespace zel {
 inline constexpr std::string_view kArquivoDocumentos = "documentosEnvio.xml";
 inline constexpr std::string_view kArquivoParametros = "parametrosEnvio.xml";
 
-// Replaces a file of the data directory whole. 1 or -52.
+// Replaces a file of the data directory whole. ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
 int fnCriarArquivoEnvio(std::string_view nome, std::string_view texto);
 
 // What is committed together with an issued document.
@@ -24,7 +25,7 @@ struct JuntoDoDocumento {
 };
 
 // Writes an issued document to documentosEnvio.xml: either all of it changes or nothing does, also
-// when the process dies. 1; -40 or -52.
+// when the process dies. ZEL_OK; ZEL_CONFIG_ILEGIVEL or ZEL_ARQUIVO_INDISPONIVEL.
 int fnGravarDocumento_ZEL(std::string_view documento, const JuntoDoDocumento &junto);
 
 // Keeps a history copy of a sent text in the directories of "CONFIGURACAO\PathXMLEnvio". A copy

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "documento/ZEL_Inicializacao.h"
 
 #include "ZEL_FelborFramework.h"
@@ -6,7 +7,7 @@
 #include "documento/ZEL_Moldes.h"
 #include "documento/ZEL_Pendencias.h"
 #include "util/Arquivo.h"
-#include "util/Codigos.h"
+#include "util/ChaveAcesso.h"
 #include "util/Diretorio.h"
 #include "util/Gravacao.h"
 #include "util/Texto.h"
@@ -36,12 +37,17 @@ bool ehDaBiblioteca(std::string_view nome) {
     if (std::ranges::find(kNomesDosArquivos, nome) != std::end(kNomesDosArquivos)) return true;
     constexpr std::string_view kPrefixo = "NFe", kContingencia = ".ctg", kCancelamento = ".ctgCanc";
     if (nome.ends_with(".pdf") && nome.starts_with(kPrefixo))
-        return ehChave(nome.substr(kPrefixo.size(), kDigitosDaChave));
+        return ehChave(nome.substr(kPrefixo.size(), ChaveAcesso::kDigitos));
     if (nome.ends_with(kContingencia))
         return ehChave(nome.substr(0, nome.size() - kContingencia.size()));
     // CNPJ, series and number.
-    return nome.ends_with(kCancelamento) && nome.size() == 27 + kCancelamento.size() &&
-           nome[14] == '_' && areDigit(nome.substr(0, 14)) && areDigit(nome.substr(15, 12));
+    using Parte = ChaveAcesso::Parte;
+    constexpr std::size_t kCnpj = ChaveAcesso::digitos(Parte::kCNPJ);
+    constexpr std::size_t kSerieENumero =
+        ChaveAcesso::digitos(Parte::kSerie) + ChaveAcesso::digitos(Parte::kNNF);
+    return nome.ends_with(kCancelamento) &&
+           nome.size() == kCnpj + 1 + kSerieENumero + kCancelamento.size() && nome[kCnpj] == '_' &&
+           areDigit(nome.substr(0, kCnpj)) && areDigit(nome.substr(kCnpj + 1, kSerieENumero));
 }
 
 // What a process that died left: nobody reads it, and some of it holds personal data.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every exported function finds ready: templates built, configuration loaded, changes that a
 // dead process left settled, document in progress in memory. Cheap when all of it stands.
 #pragma once
@@ -18,8 +19,8 @@ void fnPrepararArquivos_ZEL();
 // memory must not be saved over that.
 void fnRecarregarVariaveis_ZEL();
 
-// Runs a change of the receipt, within a turn: -52 while another process has the receipt. The first
-// change that succeeds keeps it for this process.
+// Runs a change of the receipt, within a turn: ZEL_ARQUIVO_INDISPONIVEL while another process has
+// the receipt. The first change that succeeds keeps it for this process.
 template <class Funcao>
 int fnComPosseDoCupom_ZEL(Funcao funcao) {
     PosseDoCupom posse;

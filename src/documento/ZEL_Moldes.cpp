@@ -1,4 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "documento/ZEL_Moldes.h"
+
+#include "documento/ZEL_Limites.h"
 
 #include <cstddef>
 #include <string_view>
@@ -42,34 +45,51 @@ constexpr Molde grupoObr(std::string_view nome, const Molde (&filhos)[N]) {
     return {nome, true, 0, 0, filhos, N};
 }
 
-// ---- abertura ----
+// Elements and their order: Manual de Orientação do Contribuinte 6.0, Anexo I (NF-e layout
+// 3.10), by the group's letter there. Lengths are those that the operations keep to.
+
+// ---- abertura: groups E (dest) and G (entrega) ----
 
 constexpr Molde kEnderDest[] = {
-    opc("xLgr", 2, 60), opc("nro", 1, 60), opc("xBairro", 1, 60), opc("cMun", 7, 7),
-    opc("xMun", 2, 60), opc("UF", 2, 2),   opc("CEP", 8, 8),
+    opc("xLgr", 2, kMaiorTexto),          opc("nro", 1, kMaiorTexto),
+    opc("xBairro", 1, kMaiorTexto),       opc("cMun", kDigitosMunicipio, kDigitosMunicipio),
+    opc("xMun", 2, kMaiorTexto),          opc("UF", kLetrasUf, kLetrasUf),
+    opc("CEP", kDigitosCep, kDigitosCep),
 };
 constexpr Molde kDest[] = {
     opc("CPF", 11, 11),
     opc("CNPJ", 14, 14),
-    opc("idEstrangeiro", 0, 20),
-    opc("xNome", 2, 60),
+    opc("idEstrangeiro", 0, kMaiorEstrangeiro),
+    opc("xNome", 2, kMaiorTexto),
     grupoOpc("enderDest", kEnderDest),
     opc("indIEDest", 1, 1),
     opc("email", 1, 60),
 };
 constexpr Molde kEntrega[] = {
-    obr("xLgr", 2, 60),    obr("Nro", 1, 60),  opc("xCpl", 1, 60),
-    opc("xBairro", 1, 60), opc("xMun", 2, 60), opc("UF", 2, 2),
+    obr("xLgr", 2, kMaiorTexto),    obr("Nro", 1, kMaiorTexto),  opc("xCpl", 1, kMaiorTexto),
+    opc("xBairro", 1, kMaiorTexto), opc("xMun", 2, kMaiorTexto), opc("UF", kLetrasUf, kLetrasUf),
 };
 constexpr Molde kAbertura[] = {grupoOpc("dest", kDest), grupoOpc("entrega", kEntrega)};
 
-// ---- venda ----
+// ---- venda: groups I (prod), N (ICMS), Q and R (PIS), S and T (COFINS), U (ISSQN) ----
 
 constexpr Molde kProd[] = {
-    obr("cProd", 1, 60),   obr("cEAN", 0, 14),     obr("xProd", 1, 120), obr("NCM", 2, 8),
-    obr("CFOP", 4, 4),     obr("uCom", 1, 6),      obr("qCom", 1, 15),   obr("vUnCom", 1, 15),
-    obr("vProd", 1, 15),   obr("cEANTrib", 0, 14), obr("uTrib", 1, 6),   obr("qTrib", 1, 15),
-    obr("vUnTrib", 1, 21), opc("vDesc", 1, 15),    opc("vOutro", 1, 15), obr("indTot", 1, 1),
+    obr("cProd", 1, kMaiorTexto),
+    obr("cEAN", 0, 14),
+    obr("xProd", 1, kMaiorDescricao),
+    obr("NCM", 2, 8),
+    obr("CFOP", 4, 4),
+    obr("uCom", 1, kMaiorUnidade),
+    obr("qCom", 1, 15),
+    obr("vUnCom", 1, 15),
+    obr("vProd", 1, 15),
+    obr("cEANTrib", 0, 14),
+    obr("uTrib", 1, kMaiorUnidade),
+    obr("qTrib", 1, 15),
+    obr("vUnTrib", 1, 21),
+    opc("vDesc", 1, 15),
+    opc("vOutro", 1, 15),
+    obr("indTot", 1, 1),
 };
 constexpr Molde kIcms00[] = {
     obr("orig", 1, 1), obr("CST", 2, 2),   obr("modBC", 1, 1),
@@ -116,6 +136,7 @@ constexpr Molde kIcms90[] = {
     opc("pMVAST", 3, 5),   opc("pRedBCST", 3, 5), obr("vBCST", 3, 15), obr("pICMSST", 3, 5),
     obr("vICMSST", 3, 15),
 };
+// Named "ICMSPART" here and "ICMSPart", as in the layout, where the group is built: kept.
 constexpr Molde kIcmsPart[] = {
     obr("orig", 1, 1),     obr("CST", 2, 2),      obr("modBC", 1, 1),  obr("vBC", 3, 15),
     opc("pRedBC", 3, 5),   obr("pICMS", 3, 5),    obr("vICMS", 3, 15), obr("modBCST", 1, 1),
@@ -217,8 +238,9 @@ constexpr Molde kCofins[] = {
     grupoOpc("COFINSST", kCofinsSt),
 };
 constexpr Molde kIssqn[] = {
-    opc("vBC", 3, 15),   opc("vAliq", 3, 5),     opc("vISSQN", 3, 15),
-    opc("cMunFG", 7, 7), opc("cListServ", 3, 4), opc("cSitTrib", 1, 1),
+    opc("vBC", 3, 15),      opc("vAliq", 3, 5),
+    opc("vISSQN", 3, 15),   opc("cMunFG", kDigitosMunicipio, kDigitosMunicipio),
+    opc("cListServ", 3, 4), opc("cSitTrib", 1, 1),
 };
 constexpr Molde kImposto[] = {
     grupoOpc("ICMS", kIcms),
@@ -228,7 +250,7 @@ constexpr Molde kImposto[] = {
 };
 constexpr Molde kVenda[] = {grupoObr("prod", kProd), grupoObr("imposto", kImposto)};
 
-// ---- totalizacao ----
+// ---- totalizacao: group W ----
 
 constexpr Molde kIcmsTot[] = {
     obr("vBC", 1, 15),     obr("vICMS", 1, 15),  obr("vICMSDeson", 1, 15), obr("vBCST", 1, 15),
@@ -251,11 +273,16 @@ constexpr Molde kTotal[] = {
 };
 constexpr Molde kTotalizacao[] = {grupoObr("total", kTotal)};
 
-// ---- transporte, pagamento, encerramento ----
+// ---- transporte, pagamento, encerramento: groups X, YA, Z ----
 
 constexpr Molde kTransporta[] = {
-    opc("CNPJ", 14, 14),  opc("CPF", 11, 11), opc("xNome", 2, 60), opc("IE", 2, 14),
-    opc("xEnder", 1, 60), opc("xMun", 1, 60), opc("UF", 2, 2),
+    opc("CNPJ", 14, 14),
+    opc("CPF", 11, 11),
+    opc("xNome", 2, kMaiorTexto),
+    opc("IE", 2, 14),
+    opc("xEnder", 1, kMaiorTexto),
+    opc("xMun", 1, kMaiorTexto),
+    opc("UF", kLetrasUf, kLetrasUf),
 };
 constexpr Molde kTransp[] = {obr("modFrete", 1, 1), grupoOpc("transporta", kTransporta)};
 constexpr Molde kTransporte[] = {grupoObr("transp", kTransp)};
@@ -263,7 +290,7 @@ constexpr Molde kTransporte[] = {grupoObr("transp", kTransp)};
 constexpr Molde kPag[] = {obr("tPag", 2, 2), obr("vPag", 1, 15)};
 constexpr Molde kPagamento[] = {grupoObr("pag", kPag)};
 
-constexpr Molde kInfAdic[] = {opc("infAdFisco", 1, 2000), opc("infCpl", 1, 5000)};
+constexpr Molde kInfAdic[] = {opc("infAdFisco", 1, 2000), opc("infCpl", 1, kMaiorInfCpl)};
 constexpr Molde kEncerramento[] = {grupoOpc("infAdic", kInfAdic)};
 
 struct SecaoMolde {

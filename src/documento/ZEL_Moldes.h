@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The templates of the six sections: which elements a caller's text may hold, in which order, which
 // of them it must hold, and how long each value may be. Owns the tables and the trees built from
 // them; the check against them is ZEL_Conformidade's.

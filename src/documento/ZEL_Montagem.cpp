@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "documento/ZEL_Montagem.h"
 
 #include "ZEL_FelborFramework.h"
@@ -40,7 +41,7 @@ std::string_view secaoAusente(const ST_PersitenceXML_ZEL &documento) {
     return documento.encerramento ? "" : "o encerramento";
 }
 
-// The body behind the head. 1, or -1 when a section is missing.
+// The body after the head. ZEL_OK, or ZEL_RECUSADO when a section is missing.
 int escreverCorpo(std::string &texto, const ST_PersitenceXML_ZEL &documento) {
     if (const std::string_view falta = secaoAusente(documento); !falta.empty())
         return recusar(Motivo::kDocumentoIncompleto, {.campo = falta});

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "documento/ZEL_Parser.h"
 
 #include "ZEL_FelborFramework.h"
@@ -119,7 +120,7 @@ int lerElemento(ST_tagZEL &no, std::string_view texto, std::size_t &posicao, int
     return lerFim(no, texto, posicao);
 }
 
-// The "<" of the first element at or behind `posicao`; npos when there is none.
+// The "<" of the first element at or after `posicao`; npos when there is none.
 std::size_t pularProlog(std::string_view texto, std::size_t posicao) {
     while (true) {
         posicao = texto.find('<', posicao);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Contents that a process of an earlier version left waiting beside their files when it died: that
 // version kept them in ArqPersist.tmp, documentosEnvio.xml.tmp and parametrosEnvio.xml.tmp while it
 // saved the configuration. Nothing waits so any more.
@@ -5,8 +6,8 @@
 
 namespace zel {
 
-// Puts in place what belongs to the configuration, and drops the rest. 1, or -52 when that cannot
-// be done yet.
+// Puts in place what belongs to the configuration, and drops the rest. ZEL_OK, or
+// ZEL_ARQUIVO_INDISPONIVEL when that cannot be done yet.
 int fnResolverPendencias_ZEL();
 
 } // namespace zel

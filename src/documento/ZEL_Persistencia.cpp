@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "documento/ZEL_Persistencia.h"
 
 #include "ZEL_FelborFramework.h"

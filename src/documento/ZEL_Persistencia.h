@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: MIT
 // The document in progress: six sections of tag trees in memory (G_stXML_Persistencia). Owns the
-// holder and its rules; the file behind it is ZEL_ArquivoPersistencia's, what goes into a section
+// holder and its rules; its file is ZEL_ArquivoPersistencia's, what goes into a section
 // the business rooms'.
 #pragma once
 
@@ -30,7 +31,7 @@ struct ST_PersitenceXML_ZEL {
     int fnAdicionarTagZEL(Secao secao, ST_tagZEL raiz);
 
     // Takes out the item at the number, counted from 1 (0 is the last one), and lowers the numbers
-    // of those behind it. 1; -30 no item list; -99 no such item.
+    // of those after it. ZEL_OK; ZEL_SEM_LISTA no item list; ZEL_ARGUMENTO_INVALIDO no such item.
     int removerItem(int numero);
 
     void fnLimpar();

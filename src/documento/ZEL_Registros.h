@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The lines of the file of the document in progress: their types and where one ends. What stands in
 // them is ZEL_ArquivoPersistencia's.
 #pragma once

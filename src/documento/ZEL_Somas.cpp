@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "documento/ZEL_Somas.h"
 
 #include "util/Numero.h"
@@ -9,7 +10,9 @@ namespace zel {
 
 namespace {
 
-// What an item's ICMS group adds to the totals; a group that is not listed adds nothing.
+// What an item's ICMS group adds to the totals; a group that is not listed adds nothing. The totals
+// are those of the Manual de Orientação do Contribuinte 6.0, Anexo I, group W. "ICMS900" is the
+// spelling that is summed, where the layout's group is "ICMSSN900": kept, so that one adds nothing.
 struct ParcelaICMS {
     std::string_view grupo;
     bool base, valor, substituicao;

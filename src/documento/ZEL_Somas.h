@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the items of a document add up to: products, adjustments and taxes, and the receipt total.
 // Reads tag trees, changes nothing.
 #pragma once

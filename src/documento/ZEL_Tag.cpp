@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "documento/ZEL_Tag.h"
 
 #include "util/Texto.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tag tree: one node per XML element, holding every document that the library builds. A node
 // owns its value, its attributes and its children; copying a node copies its subtree. `valor` is
 // XML text (references as they stand in the document), never plain characters.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "imposto/Grupo.h"
 
 #include "config/Registro.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What every tax group is: a row of a table that names its elements in order, where their contents
 // come from, their format and formula, and which must be filled. One builder and one rebuilder work
 // from such rows; the rows themselves stand with their taxes (GruposICMS, GruposContribuicao).

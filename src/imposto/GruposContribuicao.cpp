@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "imposto/GruposContribuicao.h"
 
 #include "ZEL_FelborFramework.h"
@@ -52,6 +53,8 @@ constexpr Grupo linha(const Tributo &t, std::string_view sufixo,
     return linhaDeGrupo(juntar({R"(IMPOSTO\)", t.sigla, R"(\)", nome}), nome, elementos, fonte);
 }
 
+// Groups, elements and their order: Manual de Orientação do Contribuinte 6.0, Anexo I,
+// groups Q and R (PIS), S and T (COFINS).
 constexpr std::array<Grupo, 7> linhas(const Tributo &t) {
     const Elemento pT = aliquota(t.aliquota);
     const Elemento vT = calculado(t.imposto, impostoProprio);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PIS and COFINS groups of a goods item, one set of rows with the tax's own names, and the
 // ISSQN group of a service item. Which group it is comes from Selecao, how rows become tags from
 // Grupo. Rates, bases and quantities are decimal texts, rates in percent.
@@ -10,19 +11,19 @@
 namespace zel {
 
 // Add the `PIS` or `COFINS` tag with the group in force to `imposto`; when no group is in force
-// they add nothing. 1; -1 when a required value of the group is missing.
+// they add nothing. ZEL_OK; ZEL_RECUSADO when a required value of the group is missing.
 int fnTratarPIS(std::string_view aliquota, std::string_view base, std::string_view quantidade,
                 ST_tagZEL &imposto);
 int fnTratarCOFINS(std::string_view aliquota, std::string_view base, std::string_view quantidade,
                    ST_tagZEL &imposto);
 
-// Adds the `ISSQN` tag to `imposto`. 1; -1 when a required value is missing.
+// Adds the `ISSQN` tag to `imposto`. ZEL_OK; ZEL_RECUSADO when a required value is missing.
 int fnTratarISS(std::string_view aliquota, std::string_view base, ST_tagZEL &imposto);
 
 // Add the stored `PIS` or `COFINS` tag to `imposto` for a new base and quantity: codes, `pPIS` and
 // `vAliqProd` stay as stored, the tax is base x `pPIS` / 100 or, in a group without `pPIS`,
-// quantity x `vAliqProd` / 100. A tag without a group is copied. 1; -1 when it holds a group that
-// does not exist.
+// quantity x `vAliqProd` / 100. A tag without a group is copied. ZEL_OK; ZEL_RECUSADO when it holds
+// a group that does not exist.
 int fnAtualizarPIS(const ST_tagZEL &pis, std::string_view base, std::string_view quantidade,
                    ST_tagZEL &imposto);
 int fnAtualizarCOFINS(const ST_tagZEL &cofins, std::string_view base, std::string_view quantidade,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "imposto/GruposICMS.h"
 
 #include "ZEL_FelborFramework.h"
@@ -57,8 +58,9 @@ constexpr Grupo icms(std::string_view nome, std::initializer_list<Elemento> elem
     return linhaDeGrupo(juntar({R"(IMPOSTO\ICMS\)", nome}), nome, elementos);
 }
 
-// Two elements are not what the layout asks for and are kept: ICMS10 writes its CST with seven
-// digits, ICMS30 names its base mode "modBCS". The section check refuses both.
+// Groups, elements and their order: Manual de Orientação do Contribuinte 6.0, Anexo I,
+// group N. Two elements are not what the layout asks for and are kept: ICMS10 writes its CST with
+// seven digits, ICMS30 names its base mode "modBCS". The section check refuses both.
 constexpr std::array<Grupo, 17> kGrupos{
     icms("ICMS00", {orig, CST, modBC, vBC, pICMS, vICMS}),
     icms("ICMS10",

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The 17 forms of the ICMS group: one table of what each holds, and the tag that carries the one
 // group of an item. Which group it is comes from Selecao, how rows become tags from Grupo.
 #pragma once
@@ -9,13 +10,14 @@
 namespace zel {
 
 // Adds the `ICMS` tag with the group in force to `imposto`. `aliquota`: the sale's rate with two
-// decimals; `base`: the tax base. 1; -1 when no group is in force or a required value of it is
-// missing, except that ICMS00, ICMS40 and ICMS60 then leave the `ICMS` tag empty and answer 1.
+// decimals; `base`: the tax base. ZEL_OK; ZEL_RECUSADO when no group is in force or a required
+// value of it is missing, except that ICMS00, ICMS40 and ICMS60 then leave the `ICMS` tag empty and
+// answer 1.
 int fnTratarICMS(std::string_view aliquota, std::string_view base, ST_tagZEL &imposto);
 
 // Adds the stored `ICMS` tag to `imposto`, its group's values computed anew from the new base and
-// the stored `pICMS` (0.00 when the group has none). A tag without a group is copied. 1; -1 when it
-// holds a group that does not exist.
+// the stored `pICMS` (0.00 when the group has none). A tag without a group is copied. ZEL_OK;
+// ZEL_RECUSADO when it holds a group that does not exist.
 int fnAtualizarICMS(const ST_tagZEL &icms, std::string_view base, ST_tagZEL &imposto);
 
 } // namespace zel

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "imposto/Presets.h"
 
 #include "ZEL_FelborFramework.h"

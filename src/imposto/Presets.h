@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tax situation that the application fixes for the next item (G_stTagImpostoConfTemp): at most
 // one group for each of ICMS, PIS and COFINS, in memory only. A preset lasts until another of its
 // tax is made or an item is sold; cancelling, opening and initialising leave it alone. Which group
@@ -33,10 +34,10 @@ struct ST_tagImpostoConfTemp {
 
 extern ST_tagImpostoConfTemp G_stTagImpostoConfTemp;
 
-// Every operation below answers -100 in a receipt state other than 1 to 3 and changes nothing;
-// otherwise it erases the preset of its tax, then answers -99 when an argument is out of bounds, or
-// stores the preset and answers 1. Lengths count characters, an XML reference as one. The meaning
-// of the codes is not checked.
+// Every operation below answers ZEL_ESTADO_INVALIDO in a receipt state other than 1 to 3 and
+// changes nothing; otherwise it erases the preset of its tax, then answers ZEL_ARGUMENTO_INVALIDO
+// when an argument is out of bounds, or stores the preset and answers 1. Lengths count characters,
+// an XML reference as one. The meaning of the codes is not checked.
 
 // Origin (1 character), CST (2), base mode (1), rate (2 to 5): the rate's digits are hundredths, so
 // "18,00", "18.00" and "1800" are 18.00 and "18" is 0.18.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "imposto/Selecao.h"
 
 #include "config/Registro.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which tax group an item gets: the preset of the application first, then the first group whose
 // section of the configuration is filled. One group per tax, whatever else is configured.
 #pragma once

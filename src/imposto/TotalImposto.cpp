@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "imposto/TotalImposto.h"
 
 #include "ZEL_FelborFramework.h"

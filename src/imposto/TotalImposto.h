@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The approximate total of taxes that the law wants on the receipt: a text that the application
 // gives at the close, kept in memory until the receipt's layout has printed and emptied it.
 #pragma once
@@ -10,8 +11,8 @@ namespace zel {
 
 extern Campo<19> G_szTotalImposto;
 
-// Keeps the text without its outer blanks, cut to 19 characters. 1, or -99 when it is null, empty
-// or blank.
+// Keeps the text without its outer blanks, cut to 19 characters. ZEL_OK, or ZEL_ARGUMENTO_INVALIDO
+// when it is null, empty or blank.
 int fnCFValorLeiImposto_ZEL_Felbor(std::string_view texto);
 
 } // namespace zel

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "imposto/ZEL_TrataImposto.h"
 
 #include "ZEL_FelborFramework.h"

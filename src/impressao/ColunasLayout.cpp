@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/ColunasLayout.h"
 
 #include "util/Latin1.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The two widths of the receipt, 42 and 48 columns: one description, and a column of values for
 // each. What is the same on both papers stands in Setores.
 #pragma once

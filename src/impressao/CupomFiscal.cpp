@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/CupomFiscal.h"
 
 #include <cstddef>

@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: MIT
 // The flat picture of one NFC-e that printing works on: filled by GerenciadorImpressao from the
 // document and its return, read by the sectors of the receipt and the QR-code address. Texts are
 // ISO-8859-1 and are cut at the capacity of their field. Holds no rule but three derived values.
 #pragma once
 
 #include "util/Campo.h"
+#include "util/ChaveAcesso.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -57,7 +59,7 @@ struct CupomFiscal {
     Campo<2> UF;    // cUF, two digits
     std::int32_t TipoEmissao = 0;
     Campo<25> DataHora; // dhEmi as written
-    Campo<44> ChaveDeAcesso;
+    Campo<ChaveAcesso::kDigitos> ChaveDeAcesso;
     Campo<20> CnpjCpf; // of the emitter, digits
     std::int32_t EmitNumero = 0;
     Campo<200> EmitLogradouro;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/DadosImpressao.h"
 
 namespace zel {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What printing learns from a document or from the point of sale and keeps in memory, for the
 // process, never in the configuration file, which has its own TipoAmbiente.
 #pragma once

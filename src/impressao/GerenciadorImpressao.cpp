@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/GerenciadorImpressao.h"
 
 #include "ZEL_FelborFramework.h"
@@ -13,6 +14,7 @@
 #include "impressao/Linha.h"
 #include "impressao/Setores.h"
 #include "impressao/ValorImpresso.h"
+#include "util/ChaveAcesso.h"
 #include "util/Codificacao.h"
 #include "util/Codigos.h"
 #include "util/Latin1.h"
@@ -32,7 +34,7 @@ constexpr int kNaoLido = 0;
 constexpr std::size_t kTamanhoPrefixoId = 3; // "NFe"
 constexpr std::size_t kTamanhoCNPJ = 14;
 // No value of a document has more than 15 characters. A file of somebody else's with hundreds of
-// digits must not outgrow the buffer that the caller was told to bring.
+// digits must not outgrow the buffer that the caller was asked to bring.
 constexpr double kMaiorValor = 1e15;
 
 constexpr std::string_view kSeparadorCancelamento =
@@ -90,9 +92,9 @@ bool lerProtocolo(std::string_view retorno, CupomFiscal &cf) {
 bool lerIdentificacao(std::string_view documento, CupomFiscal &cf) {
     LeitorXml leitor(documento);
     const auto id = leitor.propriedade("Id=\"");
-    if (!id || id->size() < kTamanhoPrefixoId + kDigitosDaChave)
+    if (!id || id->size() < kTamanhoPrefixoId + ChaveAcesso::kDigitos)
         return semChave("infNFe Id", id.value_or(""));
-    cf.ChaveDeAcesso = id->substr(kTamanhoPrefixoId, kDigitosDaChave);
+    cf.ChaveDeAcesso = id->substr(kTamanhoPrefixoId, ChaveAcesso::kDigitos);
     if (!ehChave(cf.ChaveDeAcesso)) return semChave("infNFe Id", *id);
     LeitorXml doInicio(documento);
     return ler(leitor, "<cUF>", cf.UF) && ler(leitor, "<serie>", cf.Serie) &&
@@ -285,12 +287,12 @@ int parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view r
     if (!offline && !retorno) return kNaoLido;
 
     if (!lerPrimeiro(pedido->texto, {"<ChaAcesso>", "<chNFe>"}, cf.ChaveDeAcesso)) return kNaoLido;
-    if (cf.ChaveDeAcesso.tamanho() < kDigitosDaChave) {
+    if (cf.ChaveDeAcesso.tamanho() < ChaveAcesso::kDigitos) {
         semChave("ChaAcesso", cf.ChaveDeAcesso);
         return kNaoLido;
     }
-    cf.Serie = cf.ChaveDeAcesso.texto().substr(22, 3);
-    cf.NumeroNotaFiscal = cf.ChaveDeAcesso.texto().substr(25, 9);
+    cf.Serie = ChaveAcesso::parte(cf.ChaveDeAcesso, ChaveAcesso::Parte::kSerie);
+    cf.NumeroNotaFiscal = ChaveAcesso::parte(cf.ChaveDeAcesso, ChaveAcesso::Parte::kNNF);
     return offline || lerProtocolo(retorno->texto, cf) ? kLido : kNaoLido;
 }
 

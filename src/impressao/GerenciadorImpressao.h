@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The print manager: reads a document and its return into the receipt model, and lays receipts out
 // as text with printer mark-up. Stores nothing on disk; the entry that does is Impressao's.
 #pragma once
@@ -17,17 +18,19 @@ inline constexpr std::string_view kOffline = "OFFLINE";
 // total of taxes takes the one that the application gave; one whose totals are of a form without
 // the printed values (services) has no ICMS, and the rest is what its items add up to. Sets the
 // environment of DadosImpressao.h.
-// 1; 0 a file cannot be read or lacks an element that a receipt needs, with `cf` partly filled.
+// ZEL_OK; 0 a file cannot be read or lacks an element that a receipt needs, with `cf` partly
+// filled.
 int parseXMLCupomFiscal(std::string_view xmlPath, std::string_view returnPath, CupomFiscal &cf);
 
 // Fills access key, series, number and, with a return, the protocol of the cancellation from a
-// cancellation request ("ctgCanc" in its path names a contingency copy). 1 or 0 as above.
+// cancellation request ("ctgCanc" in its path names a contingency copy). ZEL_OK or 0 as above.
 int parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view returnPath,
                                     CupomFiscal &cf);
 
 // Appends a sale receipt to `texto`, with `urlQrcode` as the content of its QR code, which an empty
 // one has built, and empties the application's total of taxes. `viaEstabelecimento` names the copy
-// of a contingency receipt. 1, or -1 with nothing appended when `colunas` is neither 42 nor 48.
+// of a contingency receipt. ZEL_OK, or ZEL_RECUSADO with nothing appended when `colunas` is neither
+// 42 nor 48.
 int layoutNFC(const CupomFiscal &cf, std::string_view urlQrcode, int colunas, std::string &texto,
               bool viaEstabelecimento);
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/Impressao.h"
 
 #include "ZEL_FelborFramework.h"
@@ -9,7 +10,7 @@
 #include "impressao/LeituraXml.h"
 #include "impressao/ZEL_PDF.h"
 #include "util/Arquivo.h"
-#include "util/Codigos.h"
+#include "util/ChaveAcesso.h"
 #include "util/Cripto.h"
 #include "util/Numero.h"
 #include "util/Recusa.h"

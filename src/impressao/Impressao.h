@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The entry of printing: from files to the text that the application sends to its printer, to what
 // the library keeps of it (key, protocol, QR-code content, last receipt) and to the PDFs.
 #pragma once
@@ -20,17 +21,19 @@ enum class TipoDocumento { kVenda = 1, kCancelamento = 5 };
 // (sales without their items) or "1" the text is kept as the last receipt, otherwise there is none
 // and the earlier one stays. A contingency sale prints twice, the consumer's copy first. PDFs are
 // written when configured.
-// 1; -1 a null path, an unknown `tipoDocumento`, a sale in other columns, files that cannot be read
-// or lack an element (also the return, for a PDF); -24 PDF of a document whose return has neither
-// "SITCODIGO" 100 nor 150; -22, -23; -40, -52. From the first failure on nothing more is done, and
-// `saida` holds the text that was laid out before it.
+// ZEL_OK; ZEL_RECUSADO a null path, an unknown `tipoDocumento`, a sale in other columns, files that
+// cannot be read or lack an element (also the return, for a PDF); ZEL_FALHA_IMPRESSAO PDF of a
+// document whose return has neither "SITCODIGO" 100 nor 150; ZEL_FALHA_PDF, ZEL_FALHA_GRAVACAO_PDF;
+// ZEL_CONFIG_ILEGIVEL, ZEL_ARQUIVO_INDISPONIVEL. From the first failure on nothing more is done,
+// and `saida` holds the text that was laid out before it.
 int fnGerarArquivoFormatadoNF(std::string_view xmlPath, std::string_view returnPath,
                               std::string_view urlQrcode, int colunas, int tipoDocumento,
                               std::string_view reservado, std::string &saida);
 
 // Reads "VALORPGTO=value;" out of the first 99 characters of `parametros`, in any case: with `modo`
 // 1 the change of the receipt is that value less its total and will be printed, with another there
-// is none. Without such an entry nothing changes. 1, or -40, -52 when the change cannot be stored.
+// is none. Without such an entry nothing changes. ZEL_OK, or ZEL_CONFIG_ILEGIVEL,
+// ZEL_ARQUIVO_INDISPONIVEL when the change cannot be stored.
 int fnAnalisarParametrosImpressao(const CupomFiscal &cf, int modo, std::string_view parametros);
 
 } // namespace zel

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/LayoutImpressao.h"
 
 #include "ZEL_FelborFramework.h"
@@ -25,6 +26,8 @@ struct ChavesEndereco {
 constexpr ChavesEndereco kChavesProducao{"Producao", "ChaveConsultaProducao"};
 constexpr ChavesEndereco kChavesHomologacao{"Homologacao", "ChaveConsultaHomologacao"};
 
+// The address of the QR code, its parameters in their order and the hash over them, version 100:
+// NT 2015.002 and Manual de Padrões Técnicos do DANFE-NFC-e e QR Code 3.x.
 // These states publish the hash over the parameters alone.
 constexpr std::string_view kUFsSemInterrogacao[] = {"SP", "RS", "MT"};
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where a consumer checks a receipt: the address of the state's page, and the content of the QR
 // code with the hash that proves the emitter knows its taxpayer token. Addresses and token are
 // configuration; `ambiente` is that of DadosImpressao.h.
@@ -12,8 +13,8 @@ namespace zel {
 
 // The address for the emitter's state into `endereco`: the page where a person types the access
 // key (`consultaPorChave`), where the state has one, otherwise the one that the QR code opens; with
-// an `ambiente` other than 1 and 2 the link delivered with the authorization. 1, or -1 with an
-// empty address when the configuration has no such state.
+// an `ambiente` other than 1 and 2 the link delivered with the authorization. ZEL_OK, or
+// ZEL_RECUSADO with an empty address when the configuration has no such state.
 int retornarEnderecoConsulta(const CupomFiscal &cf, int ambiente, std::string &endereco,
                              bool consultaPorChave);
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/LeituraXml.h"
 
 #include "util/Arquivo.h"

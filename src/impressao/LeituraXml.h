@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Takes values out of XML text by walking from start tag to start tag, without building a tree: a
 // document is read in one pass, and where an element may stand is bounded by the group around it.
 // Files and texts come out in ISO-8859-1, values with their references decoded.
@@ -31,15 +32,15 @@ class LeitorXml {
 public:
     explicit LeitorXml(std::string_view texto) : resto_(texto) {}
 
-    // Goes behind the next `marca` ("<enderEmit>").
+    // Goes after the next `marca` ("<enderEmit>").
     bool avancar(std::string_view marca);
 
     // The value of the element whose start tag is the next `marca` ("<xNome>"): the text up to the
-    // next "<". Goes behind it.
+    // next "<". Goes after it.
     std::optional<std::string> valor(std::string_view marca);
 
-    // The attribute value behind the next `abertura`, which ends in the quote ("Id=\""). Goes
-    // behind it.
+    // The attribute value after the next `abertura`, which ends in the quote ("Id=\""). Goes
+    // after it.
     std::optional<std::string> propriedade(std::string_view abertura);
 
     // A reader of the next group of that name, its attributes included; none for an empty element

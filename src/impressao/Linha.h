@@ -1,4 +1,5 @@
-// The lines of a receipt: texts put one behind the other, and fields of a fixed width.
+// SPDX-License-Identifier: MIT
+// The lines of a receipt: texts put one after the other, and fields of a fixed width.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +14,7 @@ void anexar(std::string &saida, const Partes &...partes) {
     (saida.append(std::string_view(partes)), ...);
 }
 
-// The text with blanks behind it up to `largura` characters; a longer one stays whole ("%-*s").
+// The text with blanks after it up to `largura` characters; a longer one stays whole ("%-*s").
 inline std::string aEsquerda(std::string_view texto, std::size_t largura) {
     const std::size_t falta = texto.size() < largura ? largura - texto.size() : 0;
     return std::string(texto).append(falta, ' ');

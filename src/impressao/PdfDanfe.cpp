@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/PdfDanfe.h"
 
 #include "util/Marcacao.h"

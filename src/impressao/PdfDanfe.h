@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The receipt on PDF pages: its printer mark-up turned into lines of normal and condensed text. No
 // image is drawn, the QR code stands there as its content.
 #pragma once

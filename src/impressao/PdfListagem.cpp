@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/PdfListagem.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The listing of a document: its indented XML on PDF pages, coloured by the role of each character.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/PdfPagina.h"
 
 #include "ZEL_FelborFramework.h"

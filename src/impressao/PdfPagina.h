@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: MIT
 // Text on the pages of one PDF document: drawn line after line, broken at the right margin, a new
-// page when one is full. Owns the document; the library behind it is called here and nowhere else.
+// page when one is full. Owns the document; the PDF library is called here and nowhere else.
 // What stands on the pages, and in which file, is its users' affair.
 #pragma once
 
@@ -33,8 +34,8 @@ struct MargensPdf {
     std::string_view continuacao; // in front of what did not fit on a line
 };
 
-// A failure is kept and ends all drawing; `salvar` answers it. The first one is told on standard
-// error.
+// A failure is kept and ends all drawing; `salvar` answers it. The first one is reported on
+// standard error.
 class PdfPagina {
 public:
     // Creates the document with its first page.
@@ -42,15 +43,15 @@ public:
     PdfPagina(const PdfPagina &) = delete;
     PdfPagina &operator=(const PdfPagina &) = delete;
 
-    // Draws Latin-1 text behind what was drawn last. "\n" begins a line; a character that would
+    // Draws Latin-1 text after what was drawn last. "\n" begins a line; a character that would
     // begin beyond the right margin goes to the next one. Other control bytes are not drawn.
     void escrever(std::string_view texto, const EstiloPdf &estilo);
 
     // What is drawn next begins a line: this one, when nothing was drawn on it.
     void terminarLinha();
 
-    // Writes the document to a file, whole or not at all, as the last thing done with it. 1; -22 it
-    // could not be created or drawn; -23 it could not be saved.
+    // Writes the document to a file, whole or not at all, as the last thing done with it. ZEL_OK;
+    // ZEL_FALHA_PDF it could not be created or drawn; ZEL_FALHA_GRAVACAO_PDF it could not be saved.
     int salvar(const std::string &caminho);
 
 private:

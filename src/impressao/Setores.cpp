@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/Setores.h"
 
 #include "config/Arredondamento.h"
@@ -24,6 +25,7 @@ struct RotuloForma {
     std::string_view rotulo;
 };
 
+// The values of tPag: Manual de Orientação do Contribuinte 6.0, Anexo I, group YA.
 constexpr RotuloForma kRotulosForma[] = {
     {1, "Dinheiro"},
     {2, "Cheque"},
@@ -33,7 +35,7 @@ constexpr RotuloForma kRotulosForma[] = {
     {10, "Vale Alimentação"_l1},
     {11, "Vale Refeição"_l1},
     {12, "Vale Presente"},
-    {13, "Vale Combustivel"},
+    {13, "Vale Combustivel"}, // without its accent: kept
     {99, "Outros"},
 };
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sectors of a sale receipt, in the order in which they print: each appends its lines, with
 // printer mark-up and ended by "\r\n", to the text. Which sectors a receipt has is the print
 // manager's choice; the widths and the literals that depend on them are ColunasLayout's.
@@ -45,7 +46,7 @@ void imprimirSetor_III(const ColunasLayout &layout, std::span<const Item> itens,
 void imprimirSetor_IV(const ColunasLayout &layout, const CupomFiscal &cf, std::string &texto);
 
 // Approximate taxes, when there are any: their value in the place of the "|" of `mensagem`, or
-// behind it.
+// after it.
 void imprimirSetor_V(const ColunasLayout &layout, const CupomFiscal &cf, std::string_view mensagem,
                      std::string &texto);
 

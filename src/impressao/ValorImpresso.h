@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Configuration values as receipts and QR codes show them. In the file they are XML text, in which
 // any tool may have written references; as an application stored them they may be plain.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "impressao/ZEL_PDF.h"
 
 #include "ZEL_FelborFramework.h"
@@ -12,8 +13,8 @@
 #include "impressao/PdfListagem.h"
 #include "impressao/PdfPagina.h"
 #include "util/Arquivo.h"
+#include "util/ChaveAcesso.h"
 #include "util/Codificacao.h"
-#include "util/Codigos.h"
 #include "util/Diretorio.h"
 #include "util/Recusa.h"
 #include "util/Texto.h"

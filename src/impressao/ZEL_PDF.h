@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PDF files: the listing of a document ("_XML.pdf") and its receipt ("_DANFE.pdf"), both in the
 // data directory and named after the document's Id. Drawing is PdfPagina's and its users'.
 #pragma once
@@ -7,19 +8,22 @@
 namespace zel {
 
 // Writes the listing of a document. `origem` "DocXML": `conteudo` is the document in base64;
-// "DocXMLBase64": it is a return file whose element "DOCXMLBASE64", in any case, holds that. 1; -1
-// another `origem`, no such element, no base64, no document, or an Id that is not "NFe" and 44
-// digits; -22 the PDF could not be drawn; -23 it could not be saved.
+// "DocXMLBase64": it is a return file whose element "DOCXMLBASE64", in any case, holds that.
+// ZEL_OK; ZEL_RECUSADO another `origem`, no such element, no base64, no document, or an Id that is
+// not "NFe" and 44 digits; ZEL_FALHA_PDF the PDF could not be drawn; ZEL_FALHA_GRAVACAO_PDF it
+// could not be saved.
 int fnGerarPDF(std::string_view origem, std::string_view conteudo);
 
 // Writes a receipt text with its printer mark-up, laid out for `colunas`, to a file of the data
-// directory. 1; -1 the name leads out of that directory; -22; -23.
+// directory. ZEL_OK; ZEL_RECUSADO the name leads out of that directory; ZEL_FALHA_PDF;
+// ZEL_FALHA_GRAVACAO_PDF.
 int fnGerarPDFDanfe(std::string_view texto, int colunas, std::string_view arquivo);
 
 // Writes the receipt, in 48 columns, of an authorized document (with its protocol) given in base64.
-// 1; -1 as fnGerarPDF, or a document from which no receipt can be read; -40, -52 the configuration
-// could not be loaded; -52 the working copy "danfe_pdf_temp.xml" could not be written; -22; -23.
-// The working copy is gone in every case.
+// ZEL_OK; ZEL_RECUSADO as fnGerarPDF, or a document from which no receipt can be read;
+// ZEL_CONFIG_ILEGIVEL, ZEL_ARQUIVO_INDISPONIVEL the configuration could not be loaded;
+// ZEL_ARQUIVO_INDISPONIVEL the working copy "danfe_pdf_temp.xml" could not be written;
+// ZEL_FALHA_PDF; ZEL_FALHA_GRAVACAO_PDF. The working copy is gone in every case.
 int fnGerarPDFDanfeDoXml(std::string_view base64);
 
 } // namespace zel

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "negocio/Abertura.h"
 
 #include "ZEL_FelborFramework.h"
@@ -5,6 +6,7 @@
 #include "documento/ZEL_ArquivoPersistencia.h"
 #include "documento/ZEL_Conformidade.h"
 #include "documento/ZEL_Controle.h"
+#include "documento/ZEL_Limites.h"
 #include "documento/ZEL_Persistencia.h"
 #include "negocio/Argumento.h"
 #include "util/Gravacao.h"
@@ -20,24 +22,22 @@ namespace zel {
 
 namespace {
 
-constexpr std::size_t kMaiorDocumento = 20;
-constexpr std::size_t kMaiorTexto = 60;
 constexpr std::size_t kMaiorEmail = 59; // one less than the other fields
 
 // The digits of the document; none when it does not fit its field.
 std::string digitosDoDocumento(std::string_view documento) {
-    return fnRetirarCaracter(argumentoAceito(documento, 1, kMaiorDocumento));
+    return fnRetirarCaracter(argumentoAceito(documento, 1, kMaiorEstrangeiro));
 }
 
 // The element that identifies a consumer at the opening; empty for none.
 std::string_view identificacaoNaAbertura(std::size_t digitos) {
     if (digitos == 11) return "CPF";
     if (digitos == 14) return "CNPJ";
-    return digitos >= 5 && digitos <= kMaiorDocumento ? "idEstrangeiro" : "";
+    return digitos >= 5 && digitos <= kMaiorEstrangeiro ? "idEstrangeiro" : "";
 }
 
-// The address group, without children when no street was accepted. 1, or -1 when the street lacks
-// the rest of its address.
+// The address group, without children when no street was accepted. ZEL_OK, or ZEL_RECUSADO when the
+// street lacks the rest of its address.
 int montarEndereco(const DadosConsumidor &consumidor, ST_tagZEL &endereco) {
     const std::string logradouro = argumentoAceito(consumidor.logradouro, 2, kMaiorTexto);
     if (logradouro.empty()) return ZEL_OK;
@@ -49,9 +49,12 @@ int montarEndereco(const DadosConsumidor &consumidor, ST_tagZEL &endereco) {
     const std::array<Parte, 5> partes{{
         {{"numero", consumidor.numero}, "nro", 1, kMaiorTexto},
         {{"bairro", consumidor.bairro}, "xBairro", 1, kMaiorTexto},
-        {{"codigoMunicipio", consumidor.codigoMunicipio}, "cMun", 7, 7},
+        {{"codigoMunicipio", consumidor.codigoMunicipio},
+         "cMun",
+         kDigitosMunicipio,
+         kDigitosMunicipio},
         {{"municipio", consumidor.municipio}, "xMun", 1, kMaiorTexto},
-        {{"uf", consumidor.uf}, "UF", 2, 2},
+        {{"uf", consumidor.uf}, "UF", kLetrasUf, kLetrasUf},
     }};
     addSeAceito(endereco, "xLgr", logradouro);
     for (const auto &[argumento, elemento, minimo, maximo] : partes) {
@@ -63,11 +66,12 @@ int montarEndereco(const DadosConsumidor &consumidor, ST_tagZEL &endereco) {
                                                          .maximo = static_cast<int>(maximo)});
         addSeAceito(endereco, elemento, valor);
     }
-    addSeAceito(endereco, "CEP", argumentoAceito(consumidor.cep, 1, 8));
+    addSeAceito(endereco, "CEP", argumentoAceito(consumidor.cep, 1, kDigitosCep));
     return ZEL_OK;
 }
 
-// Fills the opening section; it stays empty when the consumer is not identified. 1 or -1.
+// Fills the opening section; it stays empty when the consumer is not identified. ZEL_OK or
+// ZEL_RECUSADO.
 int montarAbertura(const DadosConsumidor &consumidor, std::string_view identificacao,
                    std::string_view email, ST_tagZEL &abertura) {
     ST_tagZEL endereco("enderDest");

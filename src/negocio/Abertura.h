@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Opening a receipt and recording its consumer: the group `dest` of the opening section.
 #pragma once
 
@@ -23,9 +24,10 @@ struct DadosConsumidor {
 };
 
 // Starts a new receipt, discarding what the last one left. 11 digits make a CPF, 14 a CNPJ, 5 to 20
-// others a foreign id; without an identification no `dest` is written. 1; -1 a street without the
-// rest of its address; -130 a receipt is in progress; -120 to -122 a value out of its length; -40,
-// -52.
+// others a foreign id; without an identification no `dest` is written. ZEL_OK; ZEL_RECUSADO a
+// street without the rest of its address; ZEL_CUPOM_EM_ANDAMENTO a receipt is in progress;
+// ZEL_TAG_NAO_CONFORME to ZEL_TAG_OBRIGATORIA a value out of its length; ZEL_CONFIG_ILEGIVEL,
+// ZEL_ARQUIVO_INDISPONIVEL.
 int fnCFAbrir_ZEL_Felbor(const DadosConsumidor &consumidor);
 
 // The same with receipt number and series written to the configuration first; they keep their new
@@ -33,7 +35,8 @@ int fnCFAbrir_ZEL_Felbor(const DadosConsumidor &consumidor);
 int fnCFAbrirNumSerie_ZEL_Felbor(int numero, int serie, const DadosConsumidor &consumidor);
 
 // Replaces the opening section, in any state: up to 11 digits make a CPF, 13 or more a CNPJ, there
-// are no foreign ids. `email` has 1 to 59 characters. 1; -1 as above; -52 no document in progress.
+// are no foreign ids. `email` has 1 to 59 characters. ZEL_OK; ZEL_RECUSADO as above;
+// ZEL_ARQUIVO_INDISPONIVEL no document in progress.
 int fnCFIdentificarConsumidor_ZEL_Felbor(const DadosConsumidor &consumidor, std::string_view email);
 
 // Check and store an opening section, which may be empty; the opening goes together with changes of

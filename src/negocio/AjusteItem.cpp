@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "negocio/AjusteItem.h"
 
 #include "ZEL_FelborFramework.h"

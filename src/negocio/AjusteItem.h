@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 // Changing an item already sold: discount, surcharge, cancelling it or part of its quantity. All of
 // it asks for state 2; item 0 means the last one, except where an item is cancelled whole. The
-// item's taxes are rebuilt behind each change, from the new base.
+// item's taxes are rebuilt after each change, from the new base.
 #pragma once
 
 #include "documento/ZEL_Tag.h"
@@ -13,18 +14,24 @@ namespace zel {
 enum class Ajuste { kDesconto, kAcrescimo };
 
 // Type: second character "%" (of the gross value) or "$" (amount). Value: decimal text, a comma as
-// the point. 1; -100 the state; -52 no document in progress; -99 an empty argument, a negative item
-// or value; -11 no such item; -20 it has an adjustment; -35 the amount reaches the gross value.
+// the point. ZEL_OK; ZEL_ESTADO_INVALIDO the state; ZEL_ARQUIVO_INDISPONIVEL no document in
+// progress; ZEL_ARGUMENTO_INVALIDO an empty argument, a negative item or value;
+// ZEL_ITEM_INEXISTENTE no such item; ZEL_ITEM_JA_AJUSTADO it has an adjustment;
+// ZEL_AJUSTE_EXCESSIVO the amount reaches the gross value.
 int fnCFLancarDescontoItem_ZEL_Felbor(int item, std::string_view tipo, std::string_view valor);
 int fnCFLancarAcrescimoItem_ZEL_Felbor(int item, std::string_view tipo, std::string_view valor);
 
-// Takes the item out; those behind it move up. 1; -100; -52; -99 no such item, 0 included.
+// Takes the item out; those after it move up. ZEL_OK; ZEL_ESTADO_INVALIDO;
+// ZEL_ARQUIVO_INDISPONIVEL; ZEL_ARGUMENTO_INVALIDO no such item, 0 included.
 int fnCFCancelarItem_ZEL_Felbor(int item);
 
-// Lowers the quantity, to two decimals. 1; -100; -99; -52; -11; -31 not less than the item has.
+// Lowers the quantity, to two decimals. ZEL_OK; ZEL_ESTADO_INVALIDO; ZEL_ARGUMENTO_INVALIDO;
+// ZEL_ARQUIVO_INDISPONIVEL; ZEL_ITEM_INEXISTENTE; ZEL_CANCELAMENTO_EXCESSIVO not less than the item
+// has.
 int fnCFCancelarItemParcial_ZEL_Felbor(int item, std::string_view quantidade);
 
-// Takes the item's discount or surcharge away. 1; -100; -99; -52; -11; -21 there is none.
+// Takes the item's discount or surcharge away. ZEL_OK; ZEL_ESTADO_INVALIDO; ZEL_ARGUMENTO_INVALIDO;
+// ZEL_ARQUIVO_INDISPONIVEL; ZEL_ITEM_INEXISTENTE; ZEL_NADA_A_REMOVER there is none.
 int fnCFCancelarDescontoItem_ZEL_Felbor(int item);
 int fnCFCancelarAcrescimoItem_ZEL_Felbor(int item);
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "negocio/Argumento.h"
 
 #include "util/Numero.h"

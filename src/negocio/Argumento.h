@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts of the flat interface on their way into a section: plain characters, bounded, or refused.
 // Every rule here counts characters of the plain text, a reference as the one it stands for.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "negocio/Cancelamento.h"
 
 #include "ZEL_FelborFramework.h"
@@ -7,7 +8,7 @@
 #include "documento/ZEL_Inicializacao.h"
 #include "negocio/Argumento.h"
 #include "negocio/Requisicao.h"
-#include "util/Codigos.h"
+#include "util/ChaveAcesso.h"
 #include "util/Cripto.h"
 #include "util/Diretorio.h"
 #include "util/Numero.h"
@@ -37,12 +38,12 @@ DadosCancelamento ultimoDocumento() {
 }
 
 // Printing an older document stores its key: the event must not void one document under the number
-// of another. Only a sound key can tell.
+// of another. Only a sound key decides.
 bool ehDeOutroDocumento(const DadosCancelamento &ultimo) {
-    const std::string_view chave = ultimo.chave;
-    if (!ehChave(chave) || fnCalcula_cDV(chave.substr(0, 43)) != chave.substr(43)) return false;
-    return lerInteiro(chave.substr(22, 3)) != lerInteiro(ultimo.serie) ||
-           lerInteiro(chave.substr(25, 9)) != lerInteiro(ultimo.numero);
+    const auto chave = ChaveAcesso::ler(ultimo.chave);
+    if (!chave || !chave->integra()) return false;
+    return lerInteiro(chave->parte(ChaveAcesso::Parte::kSerie)) != lerInteiro(ultimo.serie) ||
+           lerInteiro(chave->parte(ChaveAcesso::Parte::kNNF)) != lerInteiro(ultimo.numero);
 }
 
 void completarJustificativa(DadosCancelamento &cancelado, std::string_view padrao) {
@@ -66,7 +67,7 @@ DadosRequisicao dadosDoEvento(const DadosCancelamento &cancelado, const std::tm 
     DadosRequisicao dados;
     dados.numero = argumentoCortado(cancelado.numero, 9);
     dados.serie = argumentoCortado(cancelado.serie, 4);
-    dados.chave = argumentoCortado(cancelado.chave, kDigitosDaChave);
+    dados.chave = argumentoCortado(cancelado.chave, ChaveAcesso::kDigitos);
     dados.protocolo = argumentoCortado(cancelado.protocolo, 15);
     dados.justificativa = argumentoCortado(cancelado.justificativa, 99);
     dados.dataHora = dataHora(local);
@@ -75,11 +76,11 @@ DadosRequisicao dadosDoEvento(const DadosCancelamento &cancelado, const std::tm 
 }
 
 // CNPJ, series and number as they stand in the key.
-std::string nomeDoArquivoOffline(std::string_view chave) {
-    return std::string(chave.substr(6, 14))
+std::string nomeDoArquivoOffline(const ChaveAcesso &chave) {
+    return std::string(chave.parte(ChaveAcesso::Parte::kCNPJ))
         .append("_")
-        .append(chave.substr(22, 3))
-        .append(chave.substr(25, 9))
+        .append(chave.parte(ChaveAcesso::Parte::kSerie))
+        .append(chave.parte(ChaveAcesso::Parte::kNNF))
         .append(".ctgCanc");
 }
 
@@ -131,10 +132,11 @@ int fnCFCancelarOffline_ZEL_Felbor(std::string_view numero, std::string_view ser
     completarJustificativa(cancelado, kJustificativaOffline);
 
     // The file's name is cut out of the key.
-    const std::string chaveSimples = textoSimples(cancelado.chave);
-    if (!ehChave(chaveSimples))
-        return recusar(Motivo::kChaveInvalida, {.campo = "chave", .dado = chaveSimples});
-    const std::string nome = nomeDoArquivoOffline(chaveSimples);
+    const std::string textoDaChave = textoSimples(cancelado.chave);
+    const auto chaveSimples = ChaveAcesso::ler(textoDaChave);
+    if (!chaveSimples)
+        return recusar(Motivo::kChaveInvalida, {.campo = "chave", .dado = textoDaChave});
+    const std::string nome = nomeDoArquivoOffline(*chaveSimples);
     std::string evento;
     const int escrito = fnCriarLayoutXmlCanc_ZEL_Felbor(cancelado, std::time(nullptr), evento);
     if (escrito != ZEL_OK) return escrito;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "negocio/Consulta.h"
 
 #include "ZEL_FelborFramework.h"
@@ -40,7 +41,7 @@ constexpr std::array<TipoConsulta, 3> kTipos{{
     {"CHAVE", false, {{{}, {}, {}, {&D::chave, 44}}}},
 }};
 
-// 1, or -99 when the kind needs an argument that is null.
+// ZEL_OK, or ZEL_ARGUMENTO_INVALIDO when the kind needs an argument that is null.
 int preencher(const TipoConsulta &tipo, const Argumentos &argumentos, DadosRequisicao &dados) {
     dados.porNumero = tipo.porNumero;
     dados.numeroInicial = dados.numeroFinal = "0";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "negocio/Encerramento.h"
 
 #include "ZEL_FelborFramework.h"
@@ -6,6 +7,7 @@
 #include "documento/ZEL_Cabecalho.h"
 #include "documento/ZEL_Conformidade.h"
 #include "documento/ZEL_Controle.h"
+#include "documento/ZEL_Limites.h"
 #include "documento/ZEL_Montagem.h"
 #include "documento/ZEL_Persistencia.h"
 #include "documento/ZEL_Somas.h"
@@ -26,7 +28,7 @@ namespace zel {
 
 namespace {
 
-constexpr std::size_t kMaiorMensagem = 5000;
+constexpr std::size_t kMaiorMensagem = kMaiorInfCpl;
 
 // A closing message as it is stored: trimmed, its printer marks in square brackets.
 std::string mensagem(std::string_view texto) {
@@ -34,7 +36,8 @@ std::string mensagem(std::string_view texto) {
     return escaparXml(fnRetornarFormatado2Representantes(trim(simples)));
 }
 
-// 1, or -108: above the configured value the consumer must be identified by one of the elements.
+// ZEL_OK, or ZEL_CONSUMIDOR_OBRIGATORIO: above the configured value the consumer must be identified
+// by one of the elements.
 int verificarConsumidor(std::initializer_list<std::string_view> aceitos) {
     const double limite = lerDecimal(valorConfig(R"(CONFIGURACAO\ValorMaxIdeCliente)"_chave));
     const double total = lerDecimal(totalDoCupom(G_stXML_Persistencia));

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Closing: the last section, the complete document and its way out.
 #pragma once
 
@@ -10,8 +11,9 @@ namespace zel {
 // Closes a paid receipt (state 4 to 5) with the information for the consumer (5000 characters are
 // kept; line ends stay for the printed receipt, printer marks in angle brackets are allowed). Above
 // "CONFIGURACAO\ValorMaxIdeCliente" the consumer must be identified by CPF, foreign id or CNPJ.
-// 1; -131, -135 the state; -52 no document in progress; -108; -1 a section is missing, or the
-// number cannot be built; -120 a text beyond its length; -40.
+// ZEL_OK; ZEL_NENHUM_CUPOM, ZEL_ENCERRAMENTO_FORA_DE_ORDEM the state; ZEL_ARQUIVO_INDISPONIVEL no
+// document in progress; ZEL_CONSUMIDOR_OBRIGATORIO; ZEL_RECUSADO a section is missing, or the
+// number cannot be built; ZEL_TAG_NAO_CONFORME a text beyond its length; ZEL_CONFIG_ILEGIVEL.
 int fnCFEncerrar_ZEL_Felbor(std::string_view infoConsumidor);
 
 // The same with information for the tax authority (2000 characters) as well: written only when both
@@ -20,7 +22,7 @@ int fnCFEncerrarConfigMsg_ZEL_Felbor(std::string_view infoConsumidor, std::strin
 
 // Checks and stores a closing section, which may be empty, has the document written and sets state
 // 5, all in one step. When the document cannot be written nothing
-// has changed, and closing can be repeated. -1 where there is no document in progress.
+// has changed, and closing can be repeated. ZEL_RECUSADO where there is no document in progress.
 int fnCFeEncerrarTAG_ZEL(ST_tagZEL encerramento);
 
 } // namespace zel

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "negocio/Inicializacao.h"
 
 #include "ZEL_FelborFramework.h"
@@ -8,7 +9,7 @@ namespace zel {
 
 int fnCFInicializar_ZEL_Felbor() {
     const int resultado = inicializarConfig();
-    // A document in progress is judged by the configuration, so it is looked at behind it.
+    // A document in progress is judged by the configuration, so it is looked at after it.
     fnInicializarVariaveis_ZEL();
     return resultado;
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "negocio/Inutilizacao.h"
 
 #include "ZEL_FelborFramework.h"

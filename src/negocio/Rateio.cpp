@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "negocio/Rateio.h"
 
 #include "ZEL_FelborFramework.h"

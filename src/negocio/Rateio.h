@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Prorating: a discount or surcharge on the whole receipt, spread over its items by their gross
 // values, so that the document carries every adjustment on its items.
 #pragma once
@@ -9,7 +10,8 @@ namespace zel {
 // Type: first character "D" or "A", second "%" or "$". A value that is not above zero means none.
 // Changes the items in memory alone; saving, and undoing what a failure leaves, is the caller's.
 // Each share is cut to two decimals; what that leaves goes to the first item with the largest one.
-// 1; -35 an item would be used up or cannot take its share, or there is nothing to spread over.
+// ZEL_OK; ZEL_AJUSTE_EXCESSIVO an item would be used up or cannot take its share, or there is
+// nothing to spread over.
 int fnRatearDescAcresTotalizacao(std::string_view tipo, std::string_view valor);
 
 } // namespace zel

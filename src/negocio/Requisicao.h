@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The requests that go to the tax authority beside the documents: cancellation event, inutilization
 // and consultation, the latter with parameters for the sending component. Owns the form of the four
 // texts, plain XML without declaration or namespace, and their way out; what goes into one is its
@@ -34,7 +35,7 @@ std::string escreverRequisicao(Requisicao qual, const DadosRequisicao &dados);
 
 // Replaces the file of the request by its text (parametrosEnvio.xml for the parameters of a
 // consultation, documentosEnvio.xml for the others), then keeps the history copies of what is sent.
-// 1 or -52.
+// ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
 int enviarRequisicao(Requisicao qual, const DadosRequisicao &dados);
 
 } // namespace zel

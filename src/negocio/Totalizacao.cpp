@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "negocio/Totalizacao.h"
 
 #include "ZEL_FelborFramework.h"
@@ -28,6 +29,7 @@ constexpr double nada(const Somas &) {
     return 0;
 }
 
+// Manual de Orientação do Contribuinte 6.0, Anexo I, group W.
 constexpr CampoTotal kICMSTot[] = {
     {"vBC", [](const Somas &s) { return s.baseICMS; }},
     {"vICMS", [](const Somas &s) { return s.valorICMS; }},

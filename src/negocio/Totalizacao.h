@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Totalization: closes the list of items, spreads an adjustment of the whole receipt over them and
 // stores the totals group that payment and closing compare against.
 #pragma once
@@ -9,8 +10,9 @@
 namespace zel {
 
 // Type: "D%", "D$", "A%", "A$"; value: decimal text, not above zero for none. From state 2 to 3.
-// 1; -131, -133 the state; -52 no document in progress; -35 the adjustment cannot be spread; -120 a
-// total beyond its length; -40.
+// ZEL_OK; ZEL_NENHUM_CUPOM, ZEL_TOTALIZACAO_FORA_DE_ORDEM the state; ZEL_ARQUIVO_INDISPONIVEL no
+// document in progress; ZEL_AJUSTE_EXCESSIVO the adjustment cannot be spread; ZEL_TAG_NAO_CONFORME
+// a total beyond its length; ZEL_CONFIG_ILEGIVEL.
 int fnCFTotalizar_ZEL_Felbor(std::string_view tipo, std::string_view valor);
 
 // Checks and stores the group `total`, and state 3, without a look at the state. Items that changed

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "negocio/Transporte.h"
 
 #include "ZEL_FelborFramework.h"
@@ -5,6 +6,7 @@
 #include "documento/ZEL_ArquivoPersistencia.h"
 #include "documento/ZEL_Conformidade.h"
 #include "documento/ZEL_Controle.h"
+#include "documento/ZEL_Limites.h"
 #include "documento/ZEL_Persistencia.h"
 #include "negocio/Argumento.h"
 #include "util/Recusa.h"
@@ -15,19 +17,18 @@ namespace zel {
 namespace {
 
 constexpr std::size_t kMaiorDocumento = 14;
-constexpr std::size_t kMaiorTexto = 60;
 
 ST_tagZEL montarTransporte(const DadosTransportadora &dados) {
     ST_tagZEL transporta("transporta");
     const std::string documento = argumentoAceito(dados.documento, 1, kMaiorDocumento);
-    // Told from the text as given, so that a CPF with points and dash (14) is taken for a CNPJ.
+    // Decided by the text as given, so that a CPF with points and dash (14) is taken for a CNPJ.
     if (const std::string_view nome = cpfOuCnpj(documento.size()); !nome.empty())
         transporta.addSubTag(nome, fnRetirarCaracter(documento));
     addSeAceito(transporta, "xNome", argumentoAceito(dados.nome, 1, kMaiorTexto));
     addSeAceito(transporta, "IE", argumentoAceito(dados.inscricaoEstadual, 2, 2));
     addSeAceito(transporta, "xEnder", argumentoAceito(dados.endereco, 1, kMaiorTexto));
     addSeAceito(transporta, "xMun", argumentoAceito(dados.municipio, 1, kMaiorTexto));
-    addSeAceito(transporta, "UF", argumentoAceito(dados.uf, 2, 2));
+    addSeAceito(transporta, "UF", argumentoAceito(dados.uf, kLetrasUf, kLetrasUf));
     ST_tagZEL transp = semTransporte();
     transp.addSubTag(std::move(transporta));
     return transp;
@@ -62,7 +63,7 @@ int adicionarTransporte(ST_tagZEL transp) {
 
 ST_tagZEL semTransporte() {
     ST_tagZEL transp("transp");
-    transp.addSubTag("modfrete", "9"); // the check spells it as the layout does
+    transp.addSubTag("modfrete", "9"); // kept so; the check spells it as the layout does
     return transp;
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The carrier of a delivery: the group `transp` of the transport section.
 #pragma once
 
@@ -18,8 +19,9 @@ struct DadosTransportadora {
 };
 
 // Stores the carrier, in states 0 to 4, of a document whose "IDE\indPres" is 4 (delivery). The
-// state does not change. 1; -100 another state; -109 no delivery; -52 no document in progress; -120
-// to -122 a value out of its length; -40.
+// state does not change. ZEL_OK; ZEL_ESTADO_INVALIDO another state;
+// ZEL_TRANSPORTADORA_NAO_PERMITIDA no delivery; ZEL_ARQUIVO_INDISPONIVEL no document in progress;
+// ZEL_TAG_NAO_CONFORME to ZEL_TAG_OBRIGATORIA a value out of its length; ZEL_CONFIG_ILEGIVEL.
 int fnCFIdentificarTransportadora_ZEL_Felbor(const DadosTransportadora &transportadora);
 
 // Checks and stores the group `transp`.

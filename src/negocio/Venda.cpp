@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "negocio/Venda.h"
 
 #include "ZEL_FelborFramework.h"
@@ -6,6 +7,7 @@
 #include "documento/ZEL_ArquivoPersistencia.h"
 #include "documento/ZEL_Conformidade.h"
 #include "documento/ZEL_Controle.h"
+#include "documento/ZEL_Limites.h"
 #include "documento/ZEL_Persistencia.h"
 #include "imposto/Presets.h"
 #include "imposto/ZEL_TrataImposto.h"
@@ -32,7 +34,7 @@ struct AjusteInline {
     std::string valor;
 };
 
-// 1, or -99 for a number that no document can carry.
+// ZEL_OK, or ZEL_ARGUMENTO_INVALIDO for a number that no document can carry.
 int lerNumeros(const DadosVenda &dados, Numeros &numeros) {
     const double quantidade = lerDecimal(argumentoDecimal(dados.quantidade));
     numeros.quantidade = formatarDecimal(quantidade, 4);
@@ -50,7 +52,8 @@ int lerNumeros(const DadosVenda &dados, Numeros &numeros) {
     return ZEL_OK;
 }
 
-// 1; -99 an amount that is no plain decimal, for its text stands in the document as given; -35.
+// ZEL_OK; ZEL_ARGUMENTO_INVALIDO an amount that is no plain decimal, for its text stands in the
+// document as given; ZEL_AJUSTE_EXCESSIVO.
 int calcularAjuste(const Numeros &numeros, AjusteInline &ajuste) {
     const double valor = lerDecimal(numeros.valorAjuste);
     if (valor == 0 || numeros.tipo.size() < 2) return ZEL_OK;
@@ -61,6 +64,7 @@ int calcularAjuste(const Numeros &numeros, AjusteInline &ajuste) {
     if (forma == '$' && !ehDecimalPuro(numeros.valorAjuste))
         return recusar(Motivo::kNaoEhDecimal,
                        {.campo = "valorAjuste", .dado = numeros.valorAjuste});
+    // Spelt so where an item is sold; the section check gives it the layout's spelling, "vDesc".
     ajuste.nome = operacao == 'D' ? "Vdesc" : "vOutro";
     ajuste.valor = forma == '%' ? formatarMoeda(bruto * valor / 100) : numeros.valorAjuste;
     // The surcharge is held to the same bound as the discount.
@@ -77,11 +81,11 @@ std::string ouConfigurado(std::string_view argumento, std::size_t maximo, Chave 
 
 ST_tagZEL montarProduto(const DadosVenda &dados, const Numeros &numeros,
                         const AjusteInline &ajuste) {
-    const std::string unidade = escaparXml(argumentoCortado(dados.unidade, 6));
+    const std::string unidade = escaparXml(argumentoCortado(dados.unidade, kMaiorUnidade));
     ST_tagZEL prod("prod");
-    prod.addSubTag("cProd", escaparXml(argumentoCortado(dados.codigo, 60)))
+    prod.addSubTag("cProd", escaparXml(argumentoCortado(dados.codigo, kMaiorTexto)))
         .addSubTag("cEAN", " ")
-        .addSubTag("xProd", escaparXml(argumentoCortado(dados.descricao, 120)))
+        .addSubTag("xProd", escaparXml(argumentoCortado(dados.descricao, kMaiorDescricao)))
         .addSubTag("NCM", ouConfigurado(dados.ncm, 9, R"(PROD\NCM)"_chave))
         .addSubTag("CFOP", ouConfigurado(dados.cfop, 6, R"(PROD\CFOP)"_chave))
         .addSubTag("uCom", unidade)

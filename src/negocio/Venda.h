@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Selling: an item's product group, its taxes and its place in the document in progress.
 #pragma once
 
@@ -21,10 +22,12 @@ struct DadosVenda {
     std::string_view descricao;   // 120
 };
 
-// Sells an item in states 1 and 2 and leaves state 2; the tax presets are used up. 1; -99 a
-// quantity, price or adjustment below zero, or a price or amount that is no plain decimal; -35 the
-// adjustment reaches the item's gross value; -1 no tax group, or 999 items sold; -131, -132 the
-// state; -52 no document in progress; -120 to -122 a value out of its length; -40.
+// Sells an item in states 1 and 2 and leaves state 2; the tax presets are used up. ZEL_OK;
+// ZEL_ARGUMENTO_INVALIDO a quantity, price or adjustment below zero, or a price or amount that is
+// no plain decimal; ZEL_AJUSTE_EXCESSIVO the adjustment reaches the item's gross value;
+// ZEL_RECUSADO no tax group, or 999 items sold; ZEL_NENHUM_CUPOM, ZEL_VENDA_FORA_DE_ORDEM the
+// state; ZEL_ARQUIVO_INDISPONIVEL no document in progress; ZEL_TAG_NAO_CONFORME to
+// ZEL_TAG_OBRIGATORIA a value out of its length; ZEL_CONFIG_ILEGIVEL.
 int fnCFVender_ZEL_Felbor(const DadosVenda &dados);
 
 // The same with the item given whole as tag text; the presets stay.

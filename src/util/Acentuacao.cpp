@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Acentuacao.h"
 
 #include <array>
@@ -23,7 +24,7 @@ constexpr Faixa kFaixas[] = {
     {0xE7, 0xE7, 'c'}, {0xE8, 0xEB, 'e'}, {0xEC, 0xEF, 'i'}, {0xF9, 0xFC, 'u'},
 };
 
-constexpr std::array<char, 256> kSemAcento = [] {
+constexpr std::array<char, 256> kSemAcento = []() {
     std::array<char, 256> mapa{};
     for (std::size_t i = 0; i < mapa.size(); ++i)
         mapa[i] = static_cast<char>(i);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Arquivo.h"
 
 #include "ZEL_FelborFramework.h"
@@ -26,7 +27,7 @@ std::string diretorioDe(const std::string &caminho) {
     return barra == caminho.npos ? "./" : caminho.substr(0, barra + 1);
 }
 
-// What stands under a name; none when nothing does, or when that cannot be told (errno).
+// What stands under a name; none when nothing does, or when that cannot be known (errno).
 std::optional<struct stat> situacao(const std::string &caminho) {
     struct stat dados {};
     if (::lstat(caminho.c_str(), &dados) != 0) return {};
@@ -38,7 +39,7 @@ bool naoExiste() {
     return errno == ENOENT || errno == ENOTDIR;
 }
 
-// Writes at the place given, or behind what was written last.
+// Writes at the place given, or after what was written last.
 bool escreverTudo(int fd, std::string_view conteudo, std::optional<off_t> lugar = {}) {
     while (!conteudo.empty()) {
         const ssize_t escritos = insistir([&] {
@@ -52,7 +53,8 @@ bool escreverTudo(int fd, std::string_view conteudo, std::optional<off_t> lugar 
     return true;
 }
 
-// The file behind a symbolic link, also when it does not exist yet; a path that is no link itself.
+// The file that a symbolic link points to, also when it does not exist yet; a path that is no link
+// itself.
 std::string seguirLigacoes(std::string caminho) {
     for (int saltos = 0; saltos < 8; ++saltos) {
         char alvo[4096];

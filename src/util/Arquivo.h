@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The files of the library, and those that the application names. A file is read whole, replaced
 // whole or not at all, changed within one sector, or extended by one record; success means that the
 // change is on the disk (written, flushed, renamed, directory flushed). Interrupted calls are
@@ -47,51 +48,57 @@ bool ehLigacao(const std::string &caminho);
 Leitura lerArquivo(const std::string &caminho, std::string &conteudo,
                    Ligacao ligacao = Ligacao::kSeguida);
 
-// Writes `conteudo` beside the file (its name with ".novo" behind), flushes it, puts it in the
+// Writes `conteudo` beside the file (its name with ".novo" appended), flushes it, puts it in the
 // file's place and flushes the directory. With a link that is followed, the file it points to is
-// replaced. The target must be a regular file, a link, or not exist. 1, or -52 with the old file
-// whole.
+// replaced. The target must be a regular file, a link, or not exist. ZEL_OK, or
+// ZEL_ARQUIVO_INDISPONIVEL with the old file whole.
 int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
                       Ligacao ligacao = Ligacao::kNaoSeguida);
 
 // Writes a file that does not exist yet, in a directory where others may write at the same time. 1;
-// -1 the name, or that of its scratch file, is taken: try another one; -52.
+// ZEL_RECUSADO the name, or that of its scratch file, is taken: try another one;
+// ZEL_ARQUIVO_INDISPONIVEL.
 int criarArquivo(const std::string &caminho, std::string_view conteudo);
 
 // Writes the file that the application named: links are followed, a device or pipe is written
 // through, a file keeps its mode. It is replaced whole; where that cannot be (a file of somebody
 // else's, one with several names, a directory that may not be written) it is written over in its
-// place. 1, or -52 with the old content where it could be kept.
+// place. ZEL_OK, or ZEL_ARQUIVO_INDISPONIVEL with the old content where it could be kept.
 int gravarDestino(const std::string &caminho, std::string_view conteudo);
 
-// Renames `de` over `para`, in one step. Whoever needs it flushed asks for that. 1, or -52 with
-// both as they were.
+// Renames `de` over `para`, in one step. Whoever needs it flushed asks for that. ZEL_OK, or
+// ZEL_ARQUIVO_INDISPONIVEL with both as they were.
 int renomearArquivo(const std::string &de, const std::string &para);
 
-// Flushes the directory that the file stands in, and with it earlier renames. 1 or -52.
+// Flushes the directory that the file stands in, and with it earlier renames. ZEL_OK or
+// ZEL_ARQUIVO_INDISPONIVEL.
 int descarregarDiretorio(const std::string &caminho);
 
 // Writes the scratch file of one that is to be replaced, without a flush. A link that is followed
-// has it beside the file it points to. 1 or -52.
+// has it beside the file it points to. ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
 int escreverRascunho(const std::string &caminho, std::string_view conteudo, Acesso acesso,
                      Ligacao ligacao);
 
-// Puts the scratch file in the place of its file, or removes it; without a flush. 1 or -52.
+// Puts the scratch file in the place of its file, or removes it; without a flush. ZEL_OK or
+// ZEL_ARQUIVO_INDISPONIVEL.
 int instalarRascunho(const std::string &caminho, Ligacao ligacao);
 void removerRascunho(const std::string &caminho, Ligacao ligacao);
 
-// Writes bytes over a file from `lugar` on, at its end for an append, without a flush. 1 or -52.
+// Writes bytes over a file from `lugar` on, at its end for an append, without a flush. ZEL_OK or
+// ZEL_ARQUIVO_INDISPONIVEL.
 int escreverNoLugar(const std::string &caminho, std::size_t lugar, std::string_view bytes,
                     Ligacao ligacao);
 
-// Flushes a file's bytes, and the name of one that a link points to elsewhere. 1 or -52.
+// Flushes a file's bytes, and the name of one that a link points to elsewhere. ZEL_OK or
+// ZEL_ARQUIVO_INDISPONIVEL.
 int descarregarArquivo(const std::string &caminho, Ligacao ligacao);
 
 // A file that is made in somebody else's directory is his: whoever works there next must be able to
 // use it.
 void darAoDonoDoDiretorio(int fd, const std::string &caminho);
 
-// Removes a file; one that does not exist is removed already. 1 or -52.
+// Removes a file; one that does not exist is removed already. ZEL_OK or
+// ZEL_ARQUIVO_INDISPONIVEL.
 int removerArquivo(const std::string &caminho);
 
 // Removes the scratch files that a dead process left in a directory (its path ends in "/"), those

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A text field of fixed capacity: its type says how many characters are kept, assignment cuts at
 // that length. Plain records of such fields replace buffers with magic sizes.
 #pragma once

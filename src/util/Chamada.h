@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One call of an exported function, as the log sees it: what it answers and why, in one line.
 #pragma once
 

@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: MIT
 // Other written forms of the same bytes: UTF-8 of Latin-1 text, hexadecimal, base64, and the SHA-1
-// digest of a text. The library behind SHA-1 and base64 is known to this room alone.
+// digest of a text. The library used for SHA-1 and base64 is known to this room alone.
 #pragma once
 
 #include <cstddef>
@@ -28,7 +29,7 @@ std::string fnConvertSHA1_HEXA(std::string_view sha1);
 std::string codificarBase64(std::string_view bytes);
 
 // The bytes of a base64 text; blanks and line ends inside it are skipped. None when it is malformed
-// (a foreign character, missing padding, text behind the padding).
+// (a foreign character, missing padding, text after the padding).
 std::optional<std::string> fnParseBase64ToUtf8(std::string_view base64);
 
 } // namespace zel

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Codigos.h"
 
 #include "util/Acentuacao.h"
@@ -32,6 +33,7 @@ struct FormaPagamento {
     std::string_view codigo;
 };
 
+// Manual de Orientação do Contribuinte 6.0, Anexo I, group YA, the values of tPag.
 constexpr std::array<FormaPagamento, 9> kFormas{{
     {"DINHEIRO", "01"},
     {"CHEQUE", "02"},
@@ -48,23 +50,8 @@ constexpr std::size_t kMaximoForma = 49; // of a name, in characters
 
 } // namespace
 
-bool ehChave(std::string_view texto) {
-    return texto.size() == kDigitosDaChave && areDigit(texto);
-}
-
-std::string fnCalcula_cDV(std::string_view chave) {
-    std::size_t soma = 0;
-    std::size_t peso = 2;
-    for (auto digito = chave.rbegin(); digito != chave.rend(); ++digito) {
-        if (ehDigito(*digito)) soma += static_cast<std::size_t>(*digito - '0') * peso;
-        peso = peso == 9 ? 2 : peso + 1;
-    }
-    const std::size_t resto = soma % 11;
-    return std::string(1, static_cast<char>(resto < 2 ? '0' : '0' + (11 - resto)));
-}
-
 std::string fnFormatarCPFCNPJ(std::string_view documento) {
-    const std::string digitos = fnRetirarCaracter(documento);
+    std::string digitos = fnRetirarCaracter(documento);
     if (digitos.empty() || digitos.size() > kMaximoDigitos) return digitos;
     return digitos.size() > kDigitosCpf
                ? aplicarMascara(kMascaraCnpj, fnZerosLeft(digitos, kDigitosCnpj))

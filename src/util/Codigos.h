@@ -1,22 +1,13 @@
-// Codes and numbers that the tax authority defines: the check digit of the access key, the written
-// forms of CPF and CNPJ, the payment forms. Pure functions over digits; whether a CPF or CNPJ is a
-// valid one is nobody's question here.
+// SPDX-License-Identifier: MIT
+// Codes and numbers that the tax authority defines: the written forms of CPF and CNPJ, the payment
+// forms. Pure functions over digits; whether a CPF or CNPJ is a valid one is nobody's question
+// here.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace zel {
-
-inline constexpr std::size_t kDigitosDaChave = 44;
-
-// 44 digits: what an access key looks like, and nothing that could lead a file name elsewhere.
-bool ehChave(std::string_view texto);
-
-// Check digit ("0" to "9") of an access key given without it (43 digits), modulo 11 with weights 2
-// to 9 from the right. A character that is no digit counts as 0.
-std::string fnCalcula_cDV(std::string_view chave);
 
 // CPF (up to 11 digits) or CNPJ (12 to 15 digits, a fifteenth is dropped) with its punctuation,
 // zeros put in front where digits are missing; whatever is no digit is dropped from the text first.

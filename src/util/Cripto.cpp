@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Cripto.h"
 
 #include "ZEL_FelborFramework.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scrambling with a repeating key: keeps texts from casual eyes, it is no encryption. A scrambled
 // file has no header and no check value, so a wrong key gives garbage, never an error. Owns the
 // form of the contingency files and of "ultimadanfe.bin", both under the fixed key.
@@ -23,14 +24,15 @@ std::string fnCriptografar(std::string_view claro, std::string_view chave);
 std::string fnDescriptografar(std::string_view embaralhado, std::string_view chave);
 
 // Scrambles or unscrambles file `origem` into file `destino`, which may be the same one. Paths and
-// key are cut to their limits. 1, or -52 when the source cannot be read or the target not written.
+// key are cut to their limits. ZEL_OK, or ZEL_ARQUIVO_INDISPONIVEL when the source cannot be read
+// or the target not written.
 int fnCriptografarArquivo(std::string_view origem, std::string_view destino,
                           std::string_view chave);
 int fnDescriptografarArquivo(std::string_view origem, std::string_view destino,
                              std::string_view chave);
 
 // A contingency file at the path as given: the text and a terminating zero byte under the fixed
-// key. 1 or -52.
+// key. ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
 int fnCriarArquivoContigencia(const std::string &caminho, std::string_view texto);
 
 // The plain text of a contingency file's content: all bytes but the last, which is the scrambled
@@ -39,10 +41,10 @@ std::string fnDescriptBufferContingencia(std::string_view conteudo,
                                          std::string_view chave = kChaveFixa);
 
 // Keeps the last receipt in "ultimadanfe.bin" of the data directory, readable by its owner alone.
-// 1 or -52.
+// ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
 int fnCriarArquivoCriptUltimaDanfe(std::string_view texto);
 
-// Reads it back into `texto`. 1, or -52 with `texto` unchanged.
+// Reads it back into `texto`. ZEL_OK, or ZEL_ARQUIVO_INDISPONIVEL with `texto` unchanged.
 int fnLerArquivoCriptUltimaDanfe(std::string &texto);
 
 } // namespace zel

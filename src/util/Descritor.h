@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An open file: closed when it goes out of scope, never under one of the numbers of standard input,
 // output and error. A host that closed those would otherwise print into the library's files.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Diario.h"
 
 #include "ZEL_FelborFramework.h"

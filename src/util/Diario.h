@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The journal: one file of the data directory, written in order with one flush a record. What a
 // call changes in all files is in one record; once that is on the disk the call is done, and the
 // files themselves need no flush: whatever a power cut tears in them is put right from here. Knows
@@ -22,7 +23,8 @@ class Diario {
 public:
     // Opens the journal of the data directory, if there is one.
     Leitura abrir();
-    // The same, and makes one of zeros where there is none, flushed. 1 or -52.
+    // The same, and makes one of zeros where there is none, flushed. ZEL_OK or
+    // ZEL_ARQUIVO_INDISPONIVEL.
     int abrirOuCriar();
     void fechar() { arquivo_.fechar(); }
 
@@ -51,15 +53,15 @@ public:
 
     // The record of the changes that would come next.
     std::string preparar(std::vector<MudancaDiario> mudancas);
-    // Appends it and flushes it. 1, or -52 without it. Where the disk refuses the flush and the way
-    // back as well, the record stands and counts as done.
+    // Appends it and flushes it. ZEL_OK, or ZEL_ARQUIVO_INDISPONIVEL without it. Where the disk
+    // refuses the flush and the way back as well, the record stands and counts as done.
     int acrescentar(const std::string &registro);
 
     // Notes, without a flush, how the files stand that the last record changed.
     void carimbar(std::vector<CarimboDiario> carimbos);
 
     // Begins anew, with room for a record of `tamanho` bytes. The files that it speaks of must be
-    // flushed before. 1 or -52.
+    // flushed before. ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
     int esvaziar(std::size_t tamanho = 0);
 
 private:

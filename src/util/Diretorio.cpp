@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Diretorio.h"
 
 #include "util/Texto.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the library keeps its files: beside the shared object itself, or in the directory that the
 // environment variable ZEL_DIRETORIO names. Decided here and nowhere else, as is how a list of
 // directories to write copies to is read.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/ErroDoSistema.h"
 
 #include "util/Numero.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The system's errors in words of our own: the same in every locale.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the records of a journal add up to: for each file what it was left with, and how to tell
 // whether somebody else wrote it, or took it away, later than that. Pure: looks at no file.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Gravacao.h"
 
 #include "ZEL_FelborFramework.h"

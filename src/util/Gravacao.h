@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 // Changes of several files of the data directory that happen together: one record of the journal
 // is the moment at which they do, the files follow without a flush of their own. What a process
-// that died, a power cut or a refusing disk leaves behind is put right from the journal by whoever
+// that died, a power cut or a refusing disk leaves is put right from the journal by whoever
 // comes next, except in a file that somebody else wrote later. Knows what is to be where, not what
 // it means.
 #pragma once
@@ -34,11 +35,12 @@ struct MudancaArquivo {
 
 // Makes the changes, within a turn (Trava.h): all of them, and durably, or none. A file changes
 // where it stands when its size stays or its end is new, otherwise by a rename, so that readers
-// find it whole. 1 or -52.
+// find it whole. ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
 int gravarJuntos(std::span<const MudancaArquivo> mudancas);
 
 // At the beginning of a turn: takes note of what other processes did, and puts right what a dead
-// one left. 1, or -52 when something that was done cannot be put in place.
+// one left. ZEL_OK, or ZEL_ARQUIVO_INDISPONIVEL when something that was done cannot be put in
+// place.
 int acompanharDiario();
 
 // At a quiet moment: flushes the files and empties the journal when it is half full. What fails is

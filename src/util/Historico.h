@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // History copies of what is exchanged with the sending component: one XML file in each configured
 // directory. Owns the names of the copies; which texts are copied is decided by their writers.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one place that turns a moment into local time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text literals in ISO-8859-1. Sources are UTF-8, the library speaks Latin-1 at every border:
 // "ção"_l1 is turned into Latin-1 bytes at compile time, so every compiler writes the same bytes.
 #pragma once

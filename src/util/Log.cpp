@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Log.h"
 
 #include "util/Campo.h"

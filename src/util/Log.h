@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the library has to say to whoever looks after the till: lines in the file that the
 // environment variable ZEL_LOG names (an absolute path, or "stderr"), refused calls or, with
 // ZEL_LOG_NIVEL=chamadas, all of them. Both are read once, by the first call of the process; a

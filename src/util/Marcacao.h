@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Printer mark-up. Receipt texts carry it in angle brackets ("<b>"); inside a document the same
 // mark-up travels in square brackets ("[b]"), its representatives. Owns the two tables of names.
 #pragma once

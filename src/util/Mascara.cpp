@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Mascara.h"
 
 #include "util/Numero.h"

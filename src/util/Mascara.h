@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the log may show of what an application gives: on one line, short, without secrets, and
 // without what identifies a person.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Why a call was refused: every place of refusal names one of these, and from the table come the
 // code that it answers and what the log says of it. A code is not answered in any other way.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Numero.h"
 
 #include "util/Texto.h"
@@ -43,7 +44,7 @@ double lerDecimal(std::string_view texto) {
         std::from_chars(prefixo.digitos.data(), fim, valor, std::chars_format::fixed);
     if (erro == std::errc::result_out_of_range) {
         // Hundreds of digits in front of the point: a bound that no field of a document can hold,
-        // never infinity. Hundreds of zeros behind it: zero.
+        // never infinity. Hundreds of zeros after it: zero.
         const std::string_view inteiros = prefixo.digitos.substr(0, prefixo.digitos.find('.'));
         valor = inteiros.find_first_not_of('0') == inteiros.npos
                     ? 0

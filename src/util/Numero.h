@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Decimal texts, read and written without the process locale: an application that calls setlocale
 // must not change one byte of a document. Everything here is a pure function.
 #pragma once

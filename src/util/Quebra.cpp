@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Quebra.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Recusa.h"
 
 #include "util/Campo.h"

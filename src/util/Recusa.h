@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The way in which a call is refused: recusar() answers the code and, while somebody listens, keeps
 // the reason of the call under way with what was given. The last reason stands: what came before it
 // was tried another way. The border (api/Chamada.h) asks for its text when the call has ended. With

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/RegistroDiario.h"
 
 #include "util/Soma.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One record of the journal as bytes: which files a call changed, and how. All numbers are
 // little-endian. Knows neither files nor what they hold.
 //

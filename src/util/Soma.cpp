@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Soma.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Texto.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Mechanical text helpers over Latin-1 bytes: character classes and case as ASCII tables of our
 // own (never the process locale), trimming, replacing, cutting apart. Pure functions.
 #pragma once
@@ -40,10 +41,10 @@ std::string trim(std::string_view texto);
 // Without leading and trailing blanks.
 std::string_view retirarEspacos(std::string_view texto);
 
-// Replaces every occurrence of `de` by `para`, searching on behind each replacement.
+// Replaces every occurrence of `de` by `para`, searching on after each replacement.
 std::string substituirAll(std::string_view texto, std::string_view de, std::string_view para);
 
-// Cuts the text at `separador` into at most `maximo` pieces; empty pieces are skipped, text behind
+// Cuts the text at `separador` into at most `maximo` pieces; empty pieces are skipped, text after
 // the last piece is dropped.
 std::vector<std::string_view> split(std::string_view texto, char separador, std::size_t maximo);
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/TextoXml.h"
 
 #include "util/Texto.h"
@@ -51,7 +52,7 @@ std::optional<Referencia> lerReferencia(std::string_view texto) {
 std::string textoSimples(std::string_view texto, FimDeLinha fimDeLinha) {
     std::string simples;
     simples.reserve(texto.size());
-    bool retorno = false; // the last character was a CR: an LF behind it is the same line end
+    bool retorno = false; // the last character was a CR: an LF after it is the same line end
     while (!texto.empty()) {
         char c = texto.front();
         std::size_t tamanho = 1;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts on their way into and out of XML: a value is well-formed however the application wrote it,
 // and its length is counted in characters, a reference counting as the one it stands for.
 #pragma once

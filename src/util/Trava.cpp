@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "util/Trava.h"
 
 #include "util/Arquivo.h"

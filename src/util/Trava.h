@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Keeps processes apart that work in one data directory. Two locks on the file
 // "ZEL_Framework.trava" there, each of one process at a time: the turn, for the time of one change
 // of files, and the receipt, from the first change of the receipt to the end of the process. The

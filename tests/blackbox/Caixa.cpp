@@ -1,14 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include "blackbox/Caixa.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <iterator>
-#include <sstream>
-#include <stdexcept>
+#include <filesystem>
 
 namespace fs = std::filesystem;
 
@@ -16,17 +13,14 @@ namespace {
 
 constexpr std::string_view kPrefixo = "libcaixa";
 
-std::string lerTudo(const fs::path &caminho) {
-    std::ifstream arquivo(caminho, std::ios::binary);
-    EXPECT_TRUE(arquivo) << caminho << " cannot be read";
-    return {std::istreambuf_iterator<char>(arquivo), {}};
+std::string lerOuFalhar(const fs::path &caminho) {
+    const auto conteudo = lerTudo(caminho);
+    EXPECT_TRUE(conteudo) << caminho << " cannot be read";
+    return conteudo.value_or("");
 }
 
-void escreverTudo(const fs::path &caminho, std::string_view conteudo) {
-    std::ofstream arquivo(caminho, std::ios::binary | std::ios::trunc);
-    arquivo.write(conteudo.data(), static_cast<std::streamsize>(conteudo.size()));
-    arquivo.close();
-    EXPECT_TRUE(arquivo) << caminho << " cannot be written";
+void gravarOuFalhar(const fs::path &caminho, std::string_view conteudo) {
+    EXPECT_TRUE(gravarTudo(caminho, conteudo)) << caminho << " cannot be written";
 }
 
 // Replaces what stands between the first `antes` and the next `depois`, if there is one.
@@ -78,43 +72,31 @@ const char *logDaBateria() {
     return logDeTodos.caminho().c_str();
 }
 
-Caixa::Caixa() {
+Caixa::Caixa() : pasta_(std::make_shared<PastaTemporaria>()) {
     // A developer's own till must not be touched.
     unsetenv("ZEL_DIRETORIO");
-    std::string modelo = (fs::temp_directory_path() / "zel-caixa-XXXXXX").string();
-    if (mkdtemp(modelo.data()) == nullptr) throw std::runtime_error("no temporary directory");
-    diretorio_ = modelo;
     iniciar();
 }
 
-Caixa::Caixa(const Caixa &daMesmaLoja) : diretorio_(daMesmaLoja.diretorio_), dono_(false) {
+Caixa::Caixa(const Caixa &daMesmaLoja) : pasta_(daMesmaLoja.pasta_) {
     iniciar();
 }
 
 Caixa::~Caixa() {
     parar();
     logDeTodos.conferir();
-    if (!dono_) return;
-    std::error_code ignorado;
-    fs::remove_all(diretorio_, ignorado);
 }
 
 void Caixa::iniciar() {
-    // Another file name is another library to the loader, with globals of its own.
     static int copias = 0;
-    const std::string nome =
-        std::string(kPrefixo) + std::to_string(getpid()) + "_" + std::to_string(++copias) + ".so";
-    const fs::path copia = diretorio_ / nome;
+    const std::string copia = *pasta_ / (std::string(kPrefixo) + std::to_string(getpid()) + "_" +
+                                         std::to_string(++copias) + ".so");
     fs::copy_file(ZEL_BIBLIOTECA, copia);
-    biblioteca_ = dlopen(copia.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (biblioteca_ == nullptr) throw std::runtime_error(dlerror());
-    funcoes_ = std::make_unique<Funcoes>(biblioteca_);
+    biblioteca_ = std::make_unique<Biblioteca>(copia);
 }
 
 void Caixa::parar() {
-    funcoes_.reset();
-    if (biblioteca_ != nullptr) dlclose(biblioteca_);
-    biblioteca_ = nullptr;
+    biblioteca_.reset();
 }
 
 void Caixa::reiniciar() {
@@ -123,30 +105,30 @@ void Caixa::reiniciar() {
 }
 
 std::string Caixa::lerArquivo(std::string_view nome) const {
-    return lerTudo(diretorio_ / nome);
+    return lerOuFalhar(*pasta_ / nome);
 }
 
 bool Caixa::existe(std::string_view nome) const {
-    return fs::exists(diretorio_ / nome);
+    return fs::exists(*pasta_ / nome);
 }
 
 void Caixa::escreverArquivo(std::string_view nome, std::string_view conteudo) const {
-    escreverTudo(diretorio_ / nome, conteudo);
+    gravarOuFalhar(*pasta_ / nome, conteudo);
 }
 
 std::string Caixa::config(const char *chave) const {
     std::vector<char> valor(ZEL_TAMANHO_VALOR, '?');
-    EXPECT_EQ(funcoes_->regRetornarValor_ZEL(chave, valor.data()), ZEL_OK) << chave;
+    EXPECT_EQ(funcoes().regRetornarValor_ZEL(chave, valor.data()), ZEL_OK) << chave;
     return valor.data();
 }
 
 void Caixa::config(const char *chave, const char *valor) const {
-    EXPECT_EQ(funcoes_->regAlterarValor_ZEL(chave, valor), ZEL_OK) << chave;
+    EXPECT_EQ(funcoes().regAlterarValor_ZEL(chave, valor), ZEL_OK) << chave;
 }
 
 std::string Caixa::info(const char *indice) const {
     std::vector<char> valor(ZEL_TAMANHO_INFO, '?');
-    EXPECT_EQ(funcoes_->rInfoEstendida_ZEL(indice, valor.data()), ZEL_OK) << indice;
+    EXPECT_EQ(funcoes().rInfoEstendida_ZEL(indice, valor.data()), ZEL_OK) << indice;
     return valor.data();
 }
 
@@ -181,8 +163,8 @@ void compararComOuro(std::string_view nome, std::string_view texto) {
     const char *regenerar = getenv("ZEL_REGENERAR");
     if (regenerar != nullptr && std::string_view(regenerar) == "1") {
         fs::create_directories(caminho.parent_path());
-        escreverTudo(caminho, texto);
+        gravarOuFalhar(caminho, texto);
         return;
     }
-    EXPECT_EQ(lerTudo(caminho), texto) << "golden file " << nome;
+    EXPECT_EQ(lerOuFalhar(caminho), texto) << "golden file " << nome;
 }

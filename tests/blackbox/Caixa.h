@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 // A till in a temporary directory: the shared object is copied there and loaded, so that its files
 // stand beside the copy and no test sees another's. Owns the directory and removes it. Functions
 // are called by their own names: caixa->aCFVender_ZEL(...). Golden files are compared here too.
 #pragma once
 
-#include "blackbox/Funcoes.h"
+#include "apoio/Biblioteca.h"
+#include "apoio/PastaTemporaria.h"
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -20,8 +21,8 @@ public:
     ~Caixa();
     Caixa &operator=(const Caixa &) = delete;
 
-    const Funcoes *operator->() const { return funcoes_.get(); }
-    const Funcoes &funcoes() const { return *funcoes_; }
+    const Funcoes *operator->() const { return &funcoes(); }
+    const Funcoes &funcoes() const { return biblioteca_->funcoes(); }
 
     // What a new process finds: the library unloaded and loaded anew over the same files. The
     // application gets no chance to say goodbye.
@@ -32,14 +33,14 @@ public:
     void iniciar();
 
     // Where the library keeps its files; ends in "/".
-    std::string diretorio() const { return diretorio_.string() + "/"; }
+    std::string diretorio() const { return *pasta_ / ""; }
 
     // Bytes of a file of the till; a missing file fails the test and reads as empty.
     std::string lerArquivo(std::string_view nome) const;
     bool existe(std::string_view nome) const;
     void escreverArquivo(std::string_view nome, std::string_view conteudo) const;
 
-    // A configuration value by path, as the running library tells it; an unknown path fails the
+    // A configuration value by path, as the running library reports it; an unknown path fails the
     // test.
     std::string config(const char *chave) const;
     // Stores one; a refusal fails the test.
@@ -49,10 +50,8 @@ public:
     std::string info(const char *indice) const;
 
 private:
-    std::filesystem::path diretorio_;
-    bool dono_ = true; // of the directory
-    void *biblioteca_ = nullptr;
-    std::unique_ptr<Funcoes> funcoes_;
+    std::shared_ptr<const PastaTemporaria> pasta_;
+    std::unique_ptr<Biblioteca> biblioteca_;
 };
 
 // Every till of the tests has a log, which is this file: a refusal without a reason fails the test

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The log of a till, read as whoever looks after it would: the lines that a call appended. Sets the
 // environment for the libraries that are loaded while it lives.
 #pragma once

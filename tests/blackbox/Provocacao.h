@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A refusal to be provoked, and the ways in which tills are brought to where they refuse.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every refusal answers its own code and changes nothing: an application decides by these numbers.
 #include "blackbox/Caixa.h"
 

@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
 // What leaves the library: reissues, contingency files, history copies, the text of values and the
 // configuration as another process sees it.
+#include "apoio/Passos.h"
 #include "blackbox/Caixa.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +15,7 @@ namespace fs = std::filesystem;
 namespace {
 
 void fecharCupom(const Caixa &c, const char *texto = "", const char *descricao = "Produto") {
-    ASSERT_EQ(c->aCFAbrir_ZEL("", "", "", "", "", "", "", "", ""), ZEL_OK);
+    ASSERT_EQ(abrirSemConsumidor(c.funcoes()), ZEL_OK);
     ASSERT_EQ(c->aCFVender_ZEL("T1800", "1", "10.00", "", "", "1", "UN", descricao), ZEL_OK);
     ASSERT_EQ(c->aCFTotalizar_ZEL("", ""), ZEL_OK);
     ASSERT_EQ(c->aCFEfetuarPagamento_ZEL("dinheiro", ""), ZEL_OK);
@@ -86,7 +88,7 @@ TEST(Reemissao, recusas_nao_gastam_numeros) {
 
 TEST(Reemissao, sem_uma_secao_gasta_o_numero_e_nao_escreve) {
     Caixa caixa;
-    ASSERT_EQ(caixa->aCFAbrir_ZEL("", "", "", "", "", "", "", "", ""), ZEL_OK);
+    ASSERT_EQ(abrirSemConsumidor(caixa.funcoes()), ZEL_OK);
     EXPECT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(3, nullptr), -1);
     EXPECT_EQ(numeros(caixa), (Numeros{"2", "17102545"}));
     EXPECT_FALSE(caixa.existe("documentosEnvio.xml"));

@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: MIT
 // Callers that keep to no rule: every argument of every function null, empty, far too long, of
-// every byte, nested without end, in every receipt state. A fall, a code that the header does not
+// every byte, nested without end, in every receipt state. A crash, a code that the header does not
 // list, a refusal that changes something, a sale spoilt for good or a stack that grows with the
 // input shows here: all of it runs on a stack of 256 kB and under a locale with a decimal comma.
-#include "../../fuzz/Chamadas.h"
+#include "apoio/Chamadas.h"
+#include "apoio/Passos.h"
 #include "blackbox/Caixa.h"
 
 #include <gtest/gtest.h>
@@ -57,7 +59,7 @@ void levarAoEstado(const Caixa &c, int estado) {
             EXPECT_EQ(c->aCFConfICMS00_ZEL("0", "00", "3", "18,00"), ZEL_OK);
             EXPECT_EQ(c->aCFConfPisNT_ZEL("07"), ZEL_OK);
             EXPECT_EQ(c->aCFConfCofinsNT_ZEL("07"), ZEL_OK);
-            return c->aCFVender_ZEL("T1800", "1", "10.00", "", "", "1", "UN", "Produto");
+            return venderUm(c.funcoes());
         },
         [&] { return c->aCFTotalizar_ZEL("", ""); },
         [&] { return c->aCFEfetuarPagamento_ZEL("dinheiro", ""); },
@@ -80,7 +82,7 @@ void maltratar(const Caixa &c, int estado, const Chamada &chamada, const Texto &
     for (std::size_t qual = 0; qual <= chamada.argumentos.size(); ++qual) {
         std::vector<Texto> textos;
         for (const Argumento &argumento : chamada.argumentos)
-            textos.push_back(argumento.plausivel);
+            textos.emplace_back(argumento.plausivel);
         for (std::size_t i = 0; i < textos.size(); ++i)
             if (i == qual || qual == textos.size()) textos[i] = texto;
         const std::string antes = c.lerArquivo("ArqPersist.bin");

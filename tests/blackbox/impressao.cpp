@@ -1,5 +1,8 @@
+// SPDX-License-Identifier: MIT
 // From a sale to paper, and to its cancellation: the documents that the library wrote are the ones
 // that it prints, requests and cancels.
+#include "apoio/Passos.h"
+#include "apoio/Retorno.h"
 #include "blackbox/Caixa.h"
 
 #include <gtest/gtest.h>
@@ -18,9 +21,7 @@ void fecharCupom(const Caixa &c) {
 }
 
 std::string retorno(const Caixa &c) {
-    return "<Retorno><SitCodigo>100</SitCodigo><DocChaAcesso>" + c.config("NFCE\\ChaveDeAcesso") +
-           "</DocChaAcesso><DocProtocolo>143260000000001</DocProtocolo><DocDhAut>"
-           "2026-11-24T10:20:30-03:00</DocDhAut><DocDigestValue>abc=</DocDigestValue></Retorno>";
+    return retornoAutorizado(c.config("NFCE\\ChaveDeAcesso"));
 }
 
 std::string imprimir(const Caixa &c, const std::string &xml, const std::string &ret, int colunas,
@@ -88,7 +89,7 @@ void fecharCupom(const Caixa &c, const CupomDeServico &cupom) {
     c.config("IMPOSTO\\ISSQN\\cMunFG", "12");
     c.config("IMPOSTO\\ISSQN\\cListServ", "101");
     c.config("IMPOSTO\\ISSQN\\cSitTrib", "N");
-    ASSERT_EQ(c->aCFAbrir_ZEL("", "", "", "", "", "", "", "", ""), ZEL_OK);
+    ASSERT_EQ(abrirSemConsumidor(c.funcoes()), ZEL_OK);
     if (!cupom.xml.empty()) {
         ASSERT_EQ(c->aCFVenderXml_ZEL(cupom.xml.c_str()), ZEL_OK);
     }
@@ -101,7 +102,7 @@ void fecharCupom(const Caixa &c, const CupomDeServico &cupom) {
     ASSERT_EQ(c->tCFEncerrar_ZEL(""), ZEL_OK);
 }
 
-// The amount behind the first such label of a line; empty when there is none.
+// The amount after the first such label of a line; empty when there is none.
 std::string valorDe(const std::string &cupom, const std::string &rotulo) {
     const std::size_t inicio = cupom.find(rotulo + "  ");
     if (inicio == cupom.npos) return {};
@@ -175,7 +176,7 @@ TEST(Impressao, recusas) {
 TEST(Cancelamento, do_cupom_em_andamento_e_do_ultimo_documento) {
     Caixa caixa;
     EXPECT_EQ(caixa->tCFCancelar_ZEL(nullptr, "", "", "", ""), -99);
-    ASSERT_EQ(caixa->aCFAbrir_ZEL("", "", "", "", "", "", "", "", ""), ZEL_OK);
+    ASSERT_EQ(abrirSemConsumidor(caixa.funcoes()), ZEL_OK);
     EXPECT_EQ(caixa->tCFCancelar_ZEL("", "", "", "", ""), ZEL_OK);
     EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 6);
     EXPECT_EQ(caixa->tCFCancelar_ZEL("", "", "", "", ""), -1) << "cancelled already";

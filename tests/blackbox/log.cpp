@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The log as a file among others: what it never shows, how long it gets, who else writes to it, and
 // that no call fails for it.
 #include "blackbox/Log.h"

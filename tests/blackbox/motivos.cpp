@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Each reason for which a call can be refused, provoked through the functions: the line in the log
 // must have the function, the code with its name, and the reason's own text with what was given.
 #include "blackbox/Log.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Refusals for files, the configuration, arguments, the state and the form of tag text.
 #include "blackbox/Provocacao.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Refusals on the way of a receipt: items, payments, issuing, cancellation, printing.
 #include "blackbox/Provocacao.h"
 

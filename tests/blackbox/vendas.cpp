@@ -1,4 +1,5 @@
-// Whole sales, told as lists of calls and compared with golden documents and persistence files: a
+// SPDX-License-Identifier: MIT
+// Whole sales, given as lists of calls and compared with golden documents and persistence files: a
 // wrong digit, an element out of order or a record that changes its form shows here. Every sale is
 // also run with a new process before each call: nothing may live in memory alone.
 #include "blackbox/Caixa.h"
@@ -41,7 +42,7 @@ Chamada configurar(const char *chave, const char *valor) {
     return [=](C c) { return c->regAlterarValor_ZEL(chave, valor); };
 }
 
-std::vector<Venda> vendas() {
+std::vector<Venda> vendas() { // NOLINT(readability-function-size): a table
     return {
         {"simples",
          {abrir(), vender("T1800", "1", "10.00"), totalizar(), pagar("dinheiro"), encerrar()}},

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Emulador.h"
 
 #include <algorithm>
@@ -103,7 +104,8 @@ public:
     void qrPorFuncoes(int) {
         std::string_view dados = tirar(dois());
         exigir(dados.size() >= 3 && dados[0] == 49, "another symbology");
-        const int funcao = dados[1], n = static_cast<unsigned char>(dados[2]);
+        const int funcao = static_cast<unsigned char>(dados[1]),
+                  n = static_cast<unsigned char>(dados[2]);
         dados.remove_prefix(3);
         if (funcao == 65)
             exigir(n == 50 && dados == "\0"sv, "another model");

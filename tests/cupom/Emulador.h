@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A receipt printer in small: does what the bytes of one dialect say, by a command table of its own
 // that knows nothing of the profiles, and shows the paper. What the dialect does not know throws
 // std::runtime_error: a printer would print it as rubbish.

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 // The C functions, through the shared object: codes, files, and bytes that nothing else changes.
 #include "apoio.h"
-#include "unit/PastaTemporaria.h"
+#include "apoio/PastaTemporaria.h"
 #include "zel_cupom.h"
 
 #include <algorithm>

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "apoio.h"
 
 #include "Png.h"
+#include "apoio/Arquivo.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -63,8 +65,7 @@ Fontes &fontesDoTeste() {
 }
 
 std::string lerDado(const std::string &caminho) {
-    std::ifstream arquivo(caminho, std::ios::binary);
-    return {std::istreambuf_iterator<char>(arquivo), {}};
+    return lerTudo(caminho).value_or("");
 }
 
 ImagemCinza logotipoDoTeste(int largura, int altura) {

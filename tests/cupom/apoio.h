@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of the pictures share: a receipt drawn, a picture read, a QR code found in it.
 #pragma once
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The header is C, and a C program needs nothing else: a receipt to SVG and to printer
  * bytes. The result is 0 or the
  * number of the step that failed. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Printer bytes: what a printer of each profile makes of them.
 #include "EscPos.h"
 #include "Emulador.h"
@@ -232,7 +233,8 @@ TEST(EscPos, features_that_are_false_are_not_used) {
     const Dialeto &dialeto = dialetos().front();
     const std::string tudo = textoDo(dialeto.perfil);
     const auto sem = [](std::string texto, std::string_view recurso) {
-        return trocar(texto, std::string(recurso) + " = true", std::string(recurso) + " = false");
+        return trocar(std::move(texto), std::string(recurso) + " = true",
+                      std::string(recurso) + " = false");
     };
     const std::string semQr = sem(tudo, "qrCode"), semImagem = sem(semQr, "bitImageRaster");
     const std::string semCorte = sem(sem(tudo, "paperPartCut"), "paperFullCut");

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # What libzel-cupom shows to the loader: exactly the functions of its header; and that it needs
 # nothing of the fiscal library.
 #   exportados.sh LIBRARY FOLDER_OF_THE_LIBRARY

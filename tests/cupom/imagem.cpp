@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 // Logo, PNG and SVG.
 #include "Imagem.h"
 #include "Base64.h"
 #include "apoio.h"
-#include "unit/PastaTemporaria.h"
+#include "apoio/PastaTemporaria.h"
 
 #include <gtest/gtest.h>
 #include <png.h>

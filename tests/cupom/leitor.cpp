@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Mark-up in, model out, in a short notation: lines end with ";", a line begins with "^" when it is
 // centred and with ">" when it stands to the right, {cb} changes the letters, QR(3)(text) is a
 // code, +4 a feed, # a cut and @ the logo.

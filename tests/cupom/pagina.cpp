@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where things stand on the paper, in dots.
 #include "Pagina.h"
 #include "Leitor.h"

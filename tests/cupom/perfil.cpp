@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Profiles: what is read, and what a profile is refused for.
 #include "Perfil.h"
 

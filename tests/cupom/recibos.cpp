@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 // Whole receipts as pictures: every receipt that the fiscal library prints in its own tests, and
 // one that shows all of the mark-up. ZEL_REGENERAR=1 draws the reference pictures anew; look at
 // them before they are committed. A picture that differs is left in the directory of the build.
 #include "apoio.h"
+#include "apoio/Arquivo.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 #include <gtest/gtest.h>
 
 using namespace zel::cupom;
@@ -23,7 +24,7 @@ std::string referencia(const std::string &nome) {
 }
 
 void gravar(const std::string &caminho, const ImagemCinza &imagem) {
-    std::ofstream(caminho, std::ios::binary) << pngDaImagem(imagem);
+    EXPECT_TRUE(gravarTudo(caminho, pngDaImagem(imagem))) << caminho;
 }
 
 std::string substituir(std::string texto, std::string_view de, std::string_view para) {

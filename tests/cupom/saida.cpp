@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 // Sending to printers: those that work, and those that are missing, refuse, stall or go away.
 #include "Saida.h"
 #include "Conexao.h"
-#include "unit/PastaTemporaria.h"
+#include "apoio/PastaTemporaria.h"
 
 #include <arpa/inet.h>
 #include <array>

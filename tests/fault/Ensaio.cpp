@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "fault/Ensaio.h"
 
 #include <algorithm>
@@ -40,31 +41,18 @@ bool temRascunho(const disco::Fotografia &arquivos) {
     });
 }
 
-} // namespace
-
 // Loaded once and never called by this process, so that each process that forks off finds it as
 // new; to load it again for each of them would take most of the time.
-const Biblioteca &Biblioteca::nova() {
+const Biblioteca &bibliotecaNova() {
     static const Biblioteca biblioteca(ZEL_BIBLIOTECA);
     return biblioteca;
 }
-
-Biblioteca::Biblioteca(const std::string &caminho)
-    : endereco_(dlopen(caminho.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-    if (endereco_ == nullptr) throw std::runtime_error(dlerror());
-}
-
-Biblioteca::~Biblioteca() {
-    dlclose(endereco_);
-}
-
-namespace {
 
 const pid_t kPrimeiroProcesso = getpid();
 bool usada = false; // by this process; the first one never does
 
 // Another file is another library to the loader. Made by the first process, for itself and for
-// those that it starts: these end in the middle of things and would leave theirs behind.
+// those that it starts: these end in the middle of things and would leave theirs.
 class Copia {
 public:
     Copia() : diretorio_((fs::temp_directory_path() / "zel-copia-XXXXXX").string()) {
@@ -89,16 +77,19 @@ const Copia kCopia;
 
 Processo::Processo(const std::string &diretorio, bool frio) {
     setenv("ZEL_DIRETORIO", diretorio.c_str(), 1);
-    const Biblioteca &nova = Biblioteca::nova();
+    bibliotecaNova();
     const std::string caminho = kCopia.caminho();
     if (getpid() == kPrimeiroProcesso || std::exchange(usada, true)) {
         if (dlopen(caminho.c_str(), RTLD_NOW | RTLD_NOLOAD) != nullptr)
             throw std::runtime_error("the library of an earlier process is still loaded");
         carregada_ = std::make_unique<Biblioteca>(caminho);
     }
-    funcoes_ = std::make_unique<Funcoes>((carregada_ ? *carregada_ : nova).endereco());
     char info[ZEL_TAMANHO_INFO];
-    if (!frio) funcoes_->rInfoEstendida_ZEL("1", info);
+    if (!frio) funcoes().rInfoEstendida_ZEL("1", info);
+}
+
+const Funcoes &Processo::funcoes() const {
+    return (carregada_ ? *carregada_ : bibliotecaNova()).funcoes();
 }
 
 namespace {
@@ -110,7 +101,7 @@ Retrato retratarArquivos(const std::string &diretorio) {
     if (const auto registros = retrato.arquivos.find("ArqPersist.bin");
         registros != retrato.arquivos.end())
         registros->second.resize(registros->second.rfind('\n') + 1);
-    // Behind its root tag a changed configuration ends, a created one has a line end.
+    // After its root tag a changed configuration ends, a created one has a line end.
     if (const auto config = retrato.arquivos.find("ZEL_Framework.xml");
         config != retrato.arquivos.end())
         config->second.resize(config->second.find_last_not_of("\r\n") + 1);
@@ -130,12 +121,12 @@ Retrato retratar(const Funcoes &funcoes, const std::string &diretorio) {
     char texto[ZEL_TAMANHO_VALOR];
     for (const char *indice : {"1", "3"}) {
         funcoes.rInfoEstendida_ZEL(indice, texto);
-        retrato.memoria.push_back(texto);
+        retrato.memoria.emplace_back(texto);
     }
     retrato.memoria.push_back(std::to_string(funcoes.rCFVerificarStatus_ZEL()));
     for (const char *chave : {"IDE\\nNF", "NFCE\\ChaveDeAcesso", "CONFIGURACAO\\TrocoUltimaNFCe"}) {
         funcoes.regRetornarValor_ZEL(chave, texto);
-        retrato.memoria.push_back(texto);
+        retrato.memoria.emplace_back(texto);
     }
     return retrato;
 }
@@ -144,7 +135,7 @@ std::string diferenca(const Retrato &achado, const Retrato &esperado) {
     std::string texto;
     for (std::size_t i = 0; i < achado.memoria.size(); ++i)
         if (achado.memoria[i] != esperado.memoria[i])
-            texto += "told " + achado.memoria[i] + " for " + esperado.memoria[i] + "; ";
+            texto += "reported " + achado.memoria[i] + " for " + esperado.memoria[i] + "; ";
     for (const auto &[nome, bytes] : achado.arquivos) {
         const auto outro = esperado.arquivos.find(nome);
         if (outro == esperado.arquivos.end()) {

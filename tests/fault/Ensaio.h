@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: MIT
 // A roteiro played once without disturbance, so that any step can be played again from the files
 // that it found and compared with what it should leave. Each step runs as a process of its own
 // would: the library is loaded, finds its files, works. The clock stands still.
 #pragma once
 
+#include "apoio/Biblioteca.h"
 #include "disco/Processo.h"
 #include "disco/Vigia.h"
 #include "fault/Roteiro.h"
@@ -10,20 +12,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-class Biblioteca {
-public:
-    explicit Biblioteca(const std::string &caminho);
-    ~Biblioteca();
-    Biblioteca(const Biblioteca &) = delete;
-    Biblioteca &operator=(const Biblioteca &) = delete;
-
-    void *endereco() const { return endereco_; }
-    static const Biblioteca &nova();
-
-private:
-    void *endereco_;
-};
 
 // The library as a new process finds it, over a directory, with the receipt in progress in memory
 // unless `frio`.
@@ -33,14 +21,13 @@ public:
     Processo(const Processo &) = delete;
     Processo &operator=(const Processo &) = delete;
 
-    const Funcoes &funcoes() const { return *funcoes_; }
+    const Funcoes &funcoes() const;
 
 private:
     std::unique_ptr<Biblioteca> carregada_;
-    std::unique_ptr<Funcoes> funcoes_;
 };
 
-// What an operation may change: what the library tells, and the files of the till.
+// What an operation may change: what the library reports, and the files of the till.
 struct Retrato {
     std::vector<std::string> memoria;
     disco::Fotografia arquivos;

@@ -1,4 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "fault/Roteiro.h"
+
+#include "apoio/Retorno.h"
 
 #include <cstdio>
 #include <cstring>
@@ -35,14 +38,10 @@ int imprimir(F f, D diretorio) {
                       retorno = diretorio + "retorno.xml";
     char chave[ZEL_TAMANHO_VALOR];
     f.regRetornarValor_ZEL("NFCE\\ChaveDeAcesso", chave);
-    // Not one of the calls that are watched.
+    // Not one of the calls that are watched, as those of a stream are.
     std::FILE *arquivo = std::fopen(retorno.c_str(), "w");
     if (arquivo == nullptr) return 0;
-    std::fprintf(arquivo,
-                 "<Retorno><SitCodigo>100</SitCodigo><DocChaAcesso>%s</DocChaAcesso><DocProtocolo>"
-                 "143260000000001</DocProtocolo><DocDhAut>2026-11-24T10:20:30-03:00</DocDhAut>"
-                 "<DocDigestValue>abc=</DocDigestValue></Retorno>",
-                 chave);
+    std::fputs(retornoAutorizado(chave).c_str(), arquivo);
     std::fclose(arquivo);
     std::vector<char> cupom(ZEL_TAMANHO_CUPOM);
     return f.GerarArquivoFormatadoNF_ZEL(documento.c_str(), retorno.c_str(), "", 48, 1, "",

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 // The life of a till in steps: every operation that changes a file, each at a place where it
 // succeeds. A roteiro is played from its beginning; each step is answered with a positive code.
 #pragma once
 
-#include "blackbox/Funcoes.h"
+#include "apoio/Funcoes.h"
 
 #include <string>
 #include <vector>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What each operation of one process asks of the disk, as a table that is read when it changes: a
 // save too many, a flush too many or a file written twice shows here.
 #include "fault/Ensaio.h"

@@ -1,5 +1,7 @@
-// Files that were cut short, hit by a bad sector, edited by hand or mistaken for others: no fall
+// SPDX-License-Identifier: MIT
+// Files that were cut short, hit by a bad sector, edited by hand or mistaken for others: no crash
 // and no hang, what was whole is kept, and a damaged original is kept beside before it is replaced.
+#include "apoio/Passos.h"
 #include "fault/Ensaio.h"
 
 #include <gtest/gtest.h>
@@ -78,13 +80,13 @@ bool temLinhasDe(std::string_view linhas, std::string_view texto) {
 }
 
 int vender(const Funcoes &f) {
-    return f.aCFVender_ZEL("T1800", "1", "10,00", "", "", "1", "UN", "Produto");
+    return venderUm(f);
 }
 
 // Whatever was in progress, the next receipt is a right one.
 void venderOutro(const Funcoes &f, const std::string &diretorio) {
     f.regAlterarValor_ZEL("CONFIGURACAO\\estadoCFe", "0");
-    EXPECT_EQ(f.aCFAbrir_ZEL("", "", "", "", "", "", "", "", ""), ZEL_OK);
+    EXPECT_EQ(abrirSemConsumidor(f), ZEL_OK);
     EXPECT_EQ(vender(f), ZEL_OK);
     EXPECT_EQ(f.aCFTotalizar_ZEL("", ""), ZEL_OK);
     EXPECT_EQ(f.aCFEfetuarPagamento_ZEL("01", ""), ZEL_OK);
@@ -157,7 +159,7 @@ protected:
             venderOutro(f, ensaio_.diretorio());
         } else {
             EXPECT_TRUE(ehSubsequencia(inteiro(dano.bytes), depois[kConfig])) << "overwritten";
-            f.aCFAbrir_ZEL("", "", "", "", "", "", "", "", "");
+            abrirSemConsumidor(f);
             vender(f);
         }
     }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The journal itself: torn at any byte, with a bit flipped, of another directory or of an older
 // time, one that cannot be made; and what somebody wrote between two processes, which it must not
 // undo. Files that are older than the journal lost what was not flushed.

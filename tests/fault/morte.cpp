@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A process that dies at any call that changes a file leaves the state and the document of before
 // or of after the operation, agreeing with each other, and the sale goes on to a right document.
 #include "fault/Ensaio.h"

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 // Power that fails, which is worse than a process that dies: the bytes that were not flushed may be
 // lost, torn or there, and each change of a name that was not flushed happened or did not. The
-// calls of an operation are recorded, and behind each of them every disk that a power cut could
+// calls of an operation are recorded, and after each of them every disk that a power cut could
 // leave is given to a new process.
 #include "fault/Ensaio.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A call that fails: the operation answers a negative code and has changed nothing, or it has done
 // its work whole; either way the next call works, and so does the next process.
 #include "fault/Ensaio.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs a build into an empty directory and uses it from there:
 #   instalado.sh BUILD SOURCES DIRECTORY
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Uses an installed library as a till's programmer would: compiles programs with what pkg-config and
 # CMake say, and sells a receipt with each of them.
 #   usar.sh SOURCES DIRECTORY

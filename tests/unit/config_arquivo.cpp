@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of the configuration file, whoever wrote, tore or changed it.
 #include "config/ArquivoConfig.h"
 #include "util/Texto.h"
@@ -63,7 +64,7 @@ TEST(ConfigArquivo, foreign_text_is_read_as_written) {
         EXPECT_EQ(carregado(com(de, para)).valores[chave], esperado) << para;
 }
 
-// What stands behind the strange piece is neither read, nor lost, nor doubled by the completion.
+// What stands after the strange piece is neither read, nor lost, nor doubled by the completion.
 TEST(ConfigArquivo, reading_ends_at_what_is_not_understood) {
     for (const std::string_view estranho :
          {"<EstadoCFe>2</EstadoCFe>", "<novo><IDE><cUF>50</cUF></IDE></novo>", "<cUF>50</cUF>",
@@ -89,10 +90,10 @@ TEST(ConfigArquivo, missing_entries_come_back_in_their_group) {
                  "</TIMEZONESERVIDOR>\r\n    <TipoAmbiente>3</TipoAmbiente>\r\n  </CONFIGURACAO>");
     esperarParte(carregado("<FRAMEWORKZEL><IDE><cUF>35</IDE></FRAMEWORKZEL>").arquivo.texto,
                  "<IDE><cUF>35</cUF>  <cNF>17102544</cNF>\r\n");
-    // One dFab left: the first keeps it, the second is added behind.
+    // One dFab left: the first keeps it, the second is added after.
     const std::string umDFab = com("<dVal></dVal>\r\n      <dFab></dFab>\r\n", "<dVal></dVal>\r\n");
     esperarParte(carregado(umDFab).arquivo.texto, "</vPMC>\r\n      <dFab></dFab>\r\n    </MED>");
-    // A group's end tag is gone: the groups behind it are not missing, and can be changed.
+    // A group's end tag is gone: the groups after it are not missing, and can be changed.
     const std::string aberto = com("  </CONFIGURACAO>\r\n", "");
     EXPECT_EQ(carregado(aberto).arquivo.texto, aberto);
     esperarParte(alterado(aberto, {{kCUF, "35"}}), "<cUF>35<");
@@ -152,7 +153,7 @@ TEST(ConfigArquivo, change_leaves_everything_else_as_it_is) {
     const std::string alheio = com("<cUF>", "<!-- </cUF> --><outro><cUF>43</cUF></outro>\t<cUF>");
     EXPECT_EQ(alterado(alheio, {{kCUF, "35"}, {R"(IDE\natOP)"_chave, ""}}) + "\n",
               substituirAll(substituirAll(alheio, "\t<cUF>43<", "\t<cUF>35<"), "Venda", ""));
-    // The text ends one character behind the root, but only where something changes.
+    // The text ends one character after the root, but only where something changes.
     const std::string cauda = com("</FRAMEWORKZEL>\r\n", "</FRAMEWORKZEL>xyz");
     EXPECT_TRUE(alterado(cauda, {{kCUF, "35"}}).ends_with("</FRAMEWORKZEL>x"));
     EXPECT_EQ(alterado(cauda, {{kCUF, "43"}}), cauda);
@@ -179,7 +180,7 @@ TEST(ConfigArquivo, change_is_read_back) {
     }
 }
 
-// Torn and hostile texts: nothing hangs or falls, and what was completed once is complete.
+// Torn and hostile texts: nothing hangs or crashes, and what was completed once is complete.
 TEST(ConfigArquivo, torn_text_is_completed_at_once) {
     const std::string raiz = "<FRAMEWORKZEL>";
     for (std::size_t i = raiz.size(); i < kCriado.size(); i += i < 450 ? 1 : 173) {

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 // The registry and its file: what is written when, what is read again when, and that a failure
 // leaves both as they were.
-#include "DiretorioDeDados.h"
 #include "ZEL_FelborFramework.h"
+#include "apoio/DiretorioDeDados.h"
 #include "config/Registro.h"
 #include "util/Texto.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tag tree: read from text, changed, written out, and signed by its digest.
 #include "ZEL_FelborFramework.h"
 #include "documento/ZEL_Digest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ZEL_FelborFramework.h"
 #include "documento/ZEL_Conformidade.h"
 #include "documento/ZEL_Moldes.h"

@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: MIT
+#include "apoio/Imposto.h"
 #include "imposto/GruposContribuicao.h"
-#include "imposto_apoio.h"
 
 namespace zel {
 

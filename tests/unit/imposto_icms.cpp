@@ -1,5 +1,6 @@
+// SPDX-License-Identifier: MIT
+#include "apoio/Imposto.h"
 #include "imposto/GruposICMS.h"
-#include "imposto_apoio.h"
 
 #include <regex>
 
@@ -8,7 +9,7 @@ namespace zel {
 namespace {
 
 // A group's section with all its keys but `Orig`, "*" in front of those that must be filled, and
-// its elements behind `orig`: sold at the base 100.00 "/" rebuilt for the base 50.00.
+// its elements after `orig`: sold at the base 100.00 "/" rebuilt for the base 50.00.
 struct Caso {
     std::string grupo, chaves, elementos;
 };

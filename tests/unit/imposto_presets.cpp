@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
+#include "apoio/Imposto.h"
 #include "imposto/GruposICMS.h"
 #include "imposto/TotalImposto.h"
-#include "imposto_apoio.h"
 
 namespace zel {
 

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 // Documents and returns (files beside the golden receipts), and a till of its own for each test.
 #pragma once
 
-#include "DiretorioDeDados.h"
 #include "ZEL_FelborFramework.h"
+#include "apoio/DiretorioDeDados.h"
 #include "config/Registro.h"
 #include "documento/ZEL_Persistencia.h"
 #include "imposto/TotalImposto.h"
@@ -28,11 +29,10 @@ inline std::filesystem::path ouro(std::string_view nome) {
 }
 
 inline std::string dado(std::string_view nome) {
-    std::ifstream arquivo(ouro(nome), std::ios::binary);
-    return {std::istreambuf_iterator<char>(arquivo), {}};
+    return lerTudo(ouro(nome)).value_or("");
 }
 
-// Replaces the first `de` behind `marco`; both must be there.
+// Replaces the first `de` after `marco`; both must be there.
 inline std::string trocar(std::string texto, std::string_view de, std::string_view para,
                           std::string_view marco = "") {
     const std::size_t lugar = texto.find(de, texto.find(marco));

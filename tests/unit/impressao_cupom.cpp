@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole receipts against golden files, and the entry of printing: what is stored when, and what a
 // refusal leaves. ZEL_REGENERAR=1 rewrites the golden receipts; look at the difference.
 #include "impressao/Impressao.h"
@@ -29,8 +30,9 @@ protected:
     }
     void compararComOuro(const std::string &nome) const {
         const char *regenerar = std::getenv("ZEL_REGENERAR");
-        if (regenerar != nullptr && std::string_view(regenerar) == "1")
-            std::ofstream(ouro(nome), std::ios::binary) << saida;
+        if (regenerar != nullptr && std::string_view(regenerar) == "1") {
+            EXPECT_TRUE(gravarTudo(ouro(nome), saida)) << nome;
+        }
         EXPECT_EQ(dado(nome), saida) << nome;
         EXPECT_EQ(ultima(), saida);
     }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading documents and returns: what is required, what is optional, which word of which
 // vocabulary counts, and that no value is taken from a neighbour.
 #include "impressao/LeituraXml.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The PDFs: what is drawn from which mark-up, where lines and pages break, and that no document can
 // make the library write anywhere else.
 #include "impressao/PdfDanfe.h"
@@ -24,7 +25,7 @@ std::string autorizada(const std::string &documento = nota()) {
            substituirAll(dado("retorno_sefaz.xml"), "\n", "") + "</nfeProc>";
 }
 
-// What a PDF draws: "\f" where a page begins, "\n" where a line does (two behind a blank line),
+// What a PDF draws: "\f" where a page begins, "\n" where a line does (two after a blank line),
 // "{font size}" and "{colour}" where they change, and the text: in the file, all but printable
 // bytes are octal numbers.
 std::string lerDesenho(const std::string &pdf) {
@@ -58,7 +59,7 @@ std::string semMarcas(const std::string &desenho) {
 
 class Pdf : public Teste {
 protected:
-    // All in black Courier, which is not told.
+    // All in black Courier, which is not shown.
     std::string danfe(std::string_view texto, int colunas) const {
         EXPECT_EQ(fnGerarPDFDanfe(texto, colunas, "d.pdf"), ZEL_OK);
         const std::string desenho = lerDesenho(pasta.ler("d.pdf"));

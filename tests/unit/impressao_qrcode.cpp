@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Consultation addresses and the QR-code content: one character off, and the authority's page says
 // that the receipt does not exist.
 #include "impressao/LayoutImpressao.h"
@@ -6,7 +7,7 @@
 using namespace impressao;
 using Qrcode = Teste;
 
-// The hashes were made on the command line, with the token behind the parameters:
+// The hashes were made on the command line, with the token after the parameters:
 //   printf '%s' 'chNFe=...&cIdToken=000001senha-é-01' | sha1sum | tr a-f A-F
 // in a UTF-8 terminal, for AM with "?" in front.
 TEST_F(Qrcode, parameters_are_in_order_and_hashed_with_the_token) {

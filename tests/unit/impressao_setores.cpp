@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sectors whose text depends on a border; the rest of them stands in the golden receipts.
 #include "impressao/Setores.h"
 #include "impressao_apoio.h"

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 // The request documents and the operations that send them.
-#include "DiretorioDeDados.h"
 #include "ZEL_FelborFramework.h"
+#include "apoio/DiretorioDeDados.h"
 #include "config/Registro.h"
 #include "documento/ZEL_Cabecalho.h"
 #include "documento/ZEL_Controle.h"
@@ -73,7 +74,7 @@ std::string evento(const Textos<6> &valores) {
         valores);
 }
 
-// The text is the event of document 123, at whatever time it tells.
+// The text is the event of document 123, at whatever time it says.
 void ehEventoDe123(const std::string &texto, std::string_view protocolo, std::string_view motivo) {
     const std::string hora = texto.substr(texto.find("<EveDh>") + 7, 19);
     EXPECT_EQ(texto, evento({"123", "1", kChave, hora, protocolo, motivo}));

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 // The files that leave the library scrambled, and the history copies.
-#include "DiretorioDeDados.h"
 #include "ZEL_FelborFramework.h"
+#include "apoio/DiretorioDeDados.h"
 #include "util/Cripto.h"
 #include "util/Historico.h"
 #include "util/RegistroDiario.h"
@@ -48,7 +49,7 @@ TEST(Cripto, last_receipt_is_private_and_comes_back_without_its_terminator) {
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
-// Names, a fourth copy, a directory put between prefix and name, copies behind one that failed.
+// Names, a fourth copy, a directory put between prefix and name, copies after one that failed.
 TEST(Historico, copies_go_to_three_prefixes_under_their_names) {
     const PastaTemporaria pasta;
     std::tm momento{};

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers as they cross the border: a digit read or written otherwise than here is a wrong total.
 #include "util/Numero.h"
 #include "util/TextoXml.h"

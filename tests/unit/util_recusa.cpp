@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a refusal keeps for the log, and that it keeps nothing, in no memory, while there is none.
 #include "config/Catalogo.h"
 #include "util/ErroDoSistema.h"

@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
 // Encodings, codes, accents and layouts: tables of what goes in and what has to come out.
 #include "util/Acentuacao.h"
+#include "util/ChaveAcesso.h"
 #include "util/Codificacao.h"
 #include "util/Codigos.h"
 #include "util/Latin1.h"
@@ -45,9 +47,40 @@ TEST(Codificacao, high_bytes_are_encoded) {
 }
 
 // The long key is the worked example of the taxpayer manual; remainders 0 and 1 give one digit.
-TEST(Codigos, check_digit_has_its_weights_and_remainders) {
-    conferir(fnCalcula_cDV, {{"5206043300991100250655012000000780026730161", "5"}});
-    conferir(fnCalcula_cDV, {{"6", "0"}, {"1", "9"}, {"10000000", "2"}, {"1x", "8"}});
+TEST(ChaveAcesso, check_digit_has_its_weights_and_remainders) {
+    const auto digito = [](std::string_view chave) { return std::string(1, fnCalcula_cDV(chave)); };
+    conferir(digito, {{"5206043300991100250655012000000780026730161", "5"}});
+    conferir(digito, {{"6", "0"}, {"1", "9"}, {"10000000", "2"}, {"1x", "8"}});
+}
+
+TEST(ChaveAcesso, built_and_cut_at_the_same_places) {
+    using Parte = ChaveAcesso::Parte;
+    const ChaveAcesso::Partes partes{"52",        "0604", "33009911002506", "55", "012",
+                                     "000000780", "0",    "26730161"};
+    const auto chave = ChaveAcesso::montar(partes);
+    ASSERT_TRUE(chave && chave->integra());
+    EXPECT_EQ(chave->texto(), "52060433009911002506550120000007800267301615");
+    const std::pair<Parte, std::string_view> kPartes[] = {
+        {Parte::kCUF, partes.cUF}, {Parte::kAAMM, partes.AAMM},     {Parte::kCNPJ, partes.CNPJ},
+        {Parte::kMod, partes.mod}, {Parte::kSerie, partes.serie},   {Parte::kNNF, partes.nNF},
+        {Parte::kCNF, partes.cNF}, {Parte::kTpEmis, partes.tpEmis}, {Parte::kCDV, "5"}};
+    for (const auto &[parte, valor] : kPartes)
+        EXPECT_EQ(chave->parte(parte), valor);
+}
+
+TEST(ChaveAcesso, what_is_no_key) {
+    // A part too long beside one too short still makes 44.
+    EXPECT_FALSE(ChaveAcesso::montar(
+        {"5", "0604", "33009911002506", "55", "0123", "000000780", "0", "26730161"}));
+    EXPECT_FALSE(ChaveAcesso::montar(
+        {"52", "0604", "33009911002506", "55", "-12", "000000780", "0", "26730161"}));
+    const std::string boa = "52060433009911002506550120000007800267301615";
+    for (const std::string &texto : {std::string(), boa.substr(1), boa + "0", boa.substr(1) + "x",
+                                     boa.substr(1) + '\0', "/" + boa.substr(1)})
+        EXPECT_FALSE(ChaveAcesso::ler(texto)) << texto;
+    const auto outroDigito = ChaveAcesso::ler(boa.substr(0, 43) + "6");
+    ASSERT_TRUE(outroDigito);
+    EXPECT_FALSE(outroDigito->integra());
 }
 
 TEST(Codigos, cpf_and_cnpj_keep_zeros_and_lose_digits_beyond_the_mask) {

@@ -1,8 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "Loja.h"
 
-#include "blackbox/Funcoes.h"
+#include "apoio/Biblioteca.h"
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/capability.h>
@@ -12,11 +12,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -40,29 +35,14 @@ const Loja::Valores kLimpa = {
     {R"(IMPOSTO\ICMS\ICMSSN102\CSOSN)", "102"},
 };
 
-fs::path pastaNova() {
-    std::string modelo = (fs::temp_directory_path() / "zel-loja-XXXXXX").string();
-    if (mkdtemp(modelo.data()) == nullptr) throw std::runtime_error("no temporary directory");
-    return modelo;
-}
-
-std::string lerTudo(const fs::path &caminho) {
-    std::ifstream arquivo(caminho, std::ios::binary);
-    return {std::istreambuf_iterator<char>(arquivo), {}};
-}
-
-void escreverTudo(const fs::path &caminho, std::string_view conteudo) {
-    std::ofstream(caminho, std::ios::binary | std::ios::trunc) << conteudo;
-}
-
-void abrirComo(const fs::path &caminho, int modo, int fd) {
+void abrirComo(const std::string &caminho, int modo, int fd) {
     dup2(open(caminho.c_str(), modo, 0600), fd);
 }
 
 // The child: its files are those of `pasta`.
 [[noreturn]] void tornarSeZel(const std::vector<std::string> &argumentos,
                               const std::map<std::string, std::string> &ambiente,
-                              const fs::path &pasta) {
+                              const PastaTemporaria &pasta) {
     abrirComo(pasta / "entrada", O_RDONLY, STDIN_FILENO);
     abrirComo(pasta / "saida", O_WRONLY | O_CREAT, STDOUT_FILENO);
     abrirComo(pasta / "erros", O_WRONLY | O_CREAT, STDERR_FILENO);
@@ -92,12 +72,11 @@ int esperar(pid_t processo) {
 
 Resultado rodar(const std::vector<std::string> &argumentos,
                 const std::map<std::string, std::string> &ambiente, std::string_view entrada) {
-    const fs::path pasta = pastaNova();
-    escreverTudo(pasta / "entrada", entrada);
+    const PastaTemporaria pasta;
+    pasta.gravar("entrada", entrada);
     const pid_t processo = fork();
     if (processo == 0) tornarSeZel(argumentos, ambiente, pasta);
-    Resultado resultado{esperar(processo), lerTudo(pasta / "saida"), lerTudo(pasta / "erros")};
-    fs::remove_all(pasta);
+    Resultado resultado{esperar(processo), pasta.ler("saida"), pasta.ler("erros")};
     return resultado;
 }
 
@@ -114,7 +93,7 @@ std::vector<std::string> achados(std::string_view json) {
     return lista;
 }
 
-Loja::Loja() : diretorio_(pastaNova()) {
+Loja::Loja() {
     // The library creates the file; its text is then changed.
     const Resultado criada =
         rodar({"config", "gravar", "--diretorio", diretorio(), R"(EMIT\CRT)", "1"});
@@ -122,13 +101,7 @@ Loja::Loja() : diretorio_(pastaNova()) {
     configurar(kLimpa);
 }
 
-Loja::~Loja() {
-    std::error_code ignorado;
-    fs::permissions(diretorio_, fs::perms::owner_all, ignorado);
-    fs::remove_all(diretorio_, ignorado);
-}
-
-void Loja::configurar(const Valores &valores) {
+void Loja::configurar(const Valores &valores) const {
     std::string texto = ler("ZEL_Framework.xml");
     for (const auto &[caminho, valor] : valores) {
         // The start tags of the groups and of the key follow each other.
@@ -147,11 +120,11 @@ void Loja::configurar(const Valores &valores) {
 }
 
 std::string Loja::ler(std::string_view nome) const {
-    return lerTudo(diretorio_ / nome);
+    return pasta_.ler(nome);
 }
 
 void Loja::escrever(std::string_view nome, std::string_view conteudo) const {
-    escreverTudo(diretorio_ / nome, conteudo);
+    pasta_.gravar(nome, conteudo);
 }
 
 void Loja::trocar(std::string_view nome, std::string_view de, std::string_view para) const {
@@ -169,12 +142,12 @@ void Loja::comCaixaAberto(const std::function<void(const Funcoes &)> &passos,
     if (processo == 0) {
         close(fim[1]);
         setenv("ZEL_DIRETORIO", diretorio().c_str(), 1);
-        void *biblioteca = dlopen(ZEL_BIBLIOTECA, RTLD_NOW | RTLD_LOCAL);
-        if (biblioteca != nullptr) passos(Funcoes(biblioteca));
+        const Biblioteca biblioteca(ZEL_BIBLIOTECA);
+        passos(biblioteca.funcoes());
         char letra = '.';
         const bool avisado = write(pronto[1], &letra, 1) == 1;
         if (read(fim[0], &letra, 1) != 0 || !avisado) _exit(1);
-        _exit(biblioteca == nullptr || testing::Test::HasFailure());
+        _exit(testing::Test::HasFailure());
     }
     close(pronto[1]);
     close(fim[0]);

@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: MIT
 // A shop in a temporary directory, looked after by the built program zel. To begin with its
 // configuration is that of a shop in production about which nothing is to be said. Owns the
 // directory and removes it.
 #pragma once
 
-#include <filesystem>
+#include "apoio/PastaTemporaria.h"
+
 #include <functional>
 #include <map>
 #include <string>
@@ -33,14 +35,11 @@ public:
     using Valores = std::vector<std::pair<std::string_view, std::string_view>>;
 
     Loja();
-    ~Loja();
-    Loja(const Loja &) = delete;
-    Loja &operator=(const Loja &) = delete;
 
-    std::string diretorio() const { return diretorio_.string() + "/"; }
+    std::string diretorio() const { return pasta_ / ""; }
 
     // Writes values (ISO-8859-1) into the text of the configuration file.
-    void configurar(const Valores &valores);
+    void configurar(const Valores &valores) const;
 
     std::string ler(std::string_view nome) const;
     void escrever(std::string_view nome, std::string_view conteudo) const;
@@ -59,5 +58,5 @@ public:
     static void vender(const Funcoes &caixa, int estado);
 
 private:
-    std::filesystem::path diretorio_;
+    PastaTemporaria pasta_;
 };

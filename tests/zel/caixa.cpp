@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 // zel vender, cancelar, inutilizar and consultar over a till's directory: what they leave on disk,
 // and what they say of a sale that was refused.
 #include "Loja.h"
 
-#include "blackbox/Funcoes.h"
+#include "apoio/Funcoes.h"
 
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lists the catalogue of the configuration file for scripts/gerar-configuracao: one key a line, in
 // file order: path, longest value in characters and default (ISO-8859-1), separated by tabs.
 #include "config/Catalogo.h"

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 // The subcommands codigo, config and estado, what the command says of itself, and how it writes.
 #include "Loja.h"
 
-#include "blackbox/Funcoes.h"
+#include "apoio/Funcoes.h"
 
 #include <gtest/gtest.h>
 

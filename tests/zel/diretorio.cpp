@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 // zel conferir over directories: the configuration file as a text, rights, leftovers, the receipt
 // in progress. Nothing there may change by being looked at.
 #include "Loja.h"
 
 #include "Texto.h"
-#include "blackbox/Funcoes.h"
+#include "apoio/Funcoes.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -64,7 +65,7 @@ TEST(Diretorio, elementoDesconhecidoDizLinhaENome) {
 }
 
 // What the command says must be what a till finds: with the unknown element the library, too, goes
-// back to the defaults behind it.
+// back to the defaults after it.
 TEST(Diretorio, chaveIgnoradaEhIgnoradaPeloCaixa) {
     const Loja loja;
     loja.trocar("ZEL_Framework.xml", "<cUF>", "<Novo></Novo><cUF>");

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 // zel conferir over documents: one that the library wrote, with one fault at a time.
 #include "Loja.h"
 
-#include "blackbox/Funcoes.h"
+#include "apoio/Funcoes.h"
 
 #include <gtest/gtest.h>
 
@@ -111,7 +112,7 @@ TEST_F(Documento, umaFaltaUmAchado) {
     }
 }
 
-// Documents are one line: the place is told by characters, and by lines where there are some.
+// Documents are one line: the place is given by characters, and by lines where there are some.
 TEST_F(Documento, lugarDoErro) {
     const Loja loja;
     EXPECT_NE(conferir(loja, "<NFe>\xe3<b</NFe>").saida.find("no caracter 9)"), std::string::npos);

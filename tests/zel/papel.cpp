@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zel ver and zel imprimir: which receipt they take, and a printer that is missing, refuses or
 // stops taking bytes.
 #include "Loja.h"

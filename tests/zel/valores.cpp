@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // zel conferir over directories with one fault each in the configuration: the fault is found under
 // its name and severity, and nothing else is.
 #include "Loja.h"

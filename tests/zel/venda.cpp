@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What zel vender and the requests read, before the library is asked: the sale and the ranges as
 // texts, a table each.
 #include "Venda.h"

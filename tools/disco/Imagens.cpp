@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "disco/Imagens.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a power cut may leave of a directory: bytes that were not flushed are lost or torn, changes
 // of names that were not flushed happened or did not, each for itself. Knows files by their names
 // in one directory, and calls by what Vigia recorded.

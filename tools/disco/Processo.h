@@ -1,4 +1,5 @@
-// Other processes and their directory, for programs that watch what a process leaves behind.
+// SPDX-License-Identifier: MIT
+// Other processes and their directory, for programs that watch what a process leaves.
 #pragma once
 
 #include "disco/Imagens.h"
@@ -17,7 +18,7 @@ void revelar(const std::string &diretorio, const Fotografia &fotografia,
              Idade idade = Idade::kAntiga);
 
 // Runs `acao` in a process of its own. Its answer (0 to 125), kMorto where a plan ended it, or
-// kSemResposta when it fell, or said nothing for a minute.
+// kSemResposta when it crashed, or said nothing for a minute.
 inline constexpr int kSemResposta = 126;
 int emOutroProcesso(const std::function<int()> &acao);
 

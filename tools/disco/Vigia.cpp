@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "disco/Vigia.h"
 
 #include <cerrno>
@@ -46,7 +47,7 @@ int contarIdade(int resultado, struct stat *dados) {
     return resultado;
 }
 
-// The C library's own function behind the one defined here.
+// The C library's own function that the one defined here replaces.
 template <class Funcao>
 Funcao *proxima(const char *nome) {
     return reinterpret_cast<Funcao *>(dlsym(RTLD_NEXT, nome));
@@ -68,8 +69,8 @@ std::string caminhoDe(int fd) {
 
 using Destino = Vigia::Destino;
 
-// Makes the call, or not, as the plan has it. `fazer(destino)` makes it; `narrar(resultado)` tells
-// what a success did.
+// Makes the call, or not, as the plan has it. `fazer(destino)` makes it; `narrar(resultado)`
+// reports what a success did.
 template <class Fazer, class Narrar>
 auto passar(Chamada chamada, Fazer fazer, Narrar narrar) {
     using Resultado = decltype(fazer(Destino::kFazer));
@@ -156,7 +157,7 @@ void fixarRelogio(long segundos) {
 
 namespace {
 
-// A call told by its descriptor alone.
+// A call reported by its descriptor alone.
 template <class Real>
 int comDescritor(Chamada chamada, int fd, Real real) {
     return passar(

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The file calls of the running program, as a program under test makes them: recorded, refused, cut
 // short, or the last thing that it does. The program that links this room defines the C library's
 // file functions itself, so every shared object that it loads calls these (link with
@@ -45,7 +46,7 @@ struct Evento {
     std::string caminho{};              // absolute; of a descriptor, what it was opened for
     std::string outro{};                // kRenomear, kTrocar, kLigar: the second one
     std::string bytes{};                // kEscrever
-    std::optional<std::size_t> lugar{}; // kEscrever: where; none behind the end
+    std::optional<std::size_t> lugar{}; // kEscrever: where; none after the end
     std::size_t tamanho = 0;            // kCortar: the new size; kLer: bytes read
     Tempos tempos{};                    // kSituacao by path
 };
@@ -58,7 +59,7 @@ struct Plano {
         kSair,         // exit(3) before the call, as a signal handler may
         kMorrerNoMeio, // a write that gets half its bytes out; other calls pass
         kErro,         // answers -1 with `erro`; nothing is done
-        kErroSempre,   // that, and each call behind it
+        kErroSempre,   // that, and each call after it
         kCurta,        // a write takes half its bytes; other calls pass
         kCurtaCheia,   // that, and the next write finds the disk full
     };

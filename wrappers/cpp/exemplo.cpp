@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sells, prints and cancels one receipt: exemplo DIRECTORY (absolute; the library's files go
 // there).
 #include "ZEL_Felbor.hpp"

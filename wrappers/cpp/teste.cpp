@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The C++17 layer against a real library: teste DIRECTORY CASES. Ends with 1 and what failed.
 #include "ZEL_Felbor.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sells, prints and cancels one receipt: Exemplo DIRECTORY LIBRARY
 using System;
 using Zel.Felbor;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The C# library against a real library: Teste DIRECTORY LIBRARY CASES
 using System;
 using System.Globalization;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 import java.math.BigDecimal;
 import zel.felbor.Ajuste;
 import zel.felbor.Aliquota;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sells, prints and cancels one receipt: exemplo.js DIRECTORY [LIBRARY]
 'use strict';
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 import { Operacoes } from './lib/operacoes';
 
 export { Codigo, Consumidor, Estado, FormaPagamento, TipoConsulta } from './lib/operacoes';

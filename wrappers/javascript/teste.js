@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The package against a real library: teste.js DIRECTORY LIBRARY CASES
 'use strict';
 

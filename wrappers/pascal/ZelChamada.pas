@@ -1,4 +1,5 @@
-﻿{ The library, loaded once for the process, and one call of it at a time. }
+﻿{ SPDX-License-Identifier: MIT }
+{ The library, loaded once for the process, and one call of it at a time. }
 unit ZelChamada;
 {$I zel.inc}
 

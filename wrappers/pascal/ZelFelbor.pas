@@ -1,4 +1,5 @@
-﻿{ The receipt of one data directory, which is the process's. Text is converted to ISO-8859-1 strictly,
+﻿{ SPDX-License-Identifier: MIT }
+{ The receipt of one data directory, which is the process's. Text is converted to ISO-8859-1 strictly,
   file names are not; calls from several threads are made one after the other. What each function does,
   and in which state, is in ZEL_FelborFramework.h. }
 unit ZelFelbor;

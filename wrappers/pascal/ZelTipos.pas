@@ -1,4 +1,5 @@
-﻿{ Text of the application. }
+﻿{ SPDX-License-Identifier: MIT }
+{ Text of the application. }
 unit ZelTipos;
 {$I zel.inc}
 

@@ -1,4 +1,5 @@
-﻿{ What is converted on the way to the library; failures of the package. }
+﻿{ SPDX-License-Identifier: MIT }
+{ What is converted on the way to the library; failures of the package. }
 unit ZelValores;
 {$I zel.inc}
 

@@ -1,3 +1,4 @@
+{ SPDX-License-Identifier: MIT }
 { Sells, prints and cancels one receipt: exemplo DIRECTORY LIBRARY }
 program exemplo;
 {$IFDEF FPC}{$MODE DELPHI}{$CODEPAGE UTF8}{$ENDIF}

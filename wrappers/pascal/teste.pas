@@ -1,3 +1,4 @@
+{ SPDX-License-Identifier: MIT }
 { The units against a real library: teste DIRECTORY LIBRARY CASES }
 program teste;
 {$I zel.inc}

@@ -1,4 +1,5 @@
 <?php
+// SPDX-License-Identifier: MIT
 // Sells, prints and cancels one receipt: exemplo.php DIRECTORY LIBRARY
 
 declare(strict_types=1);

@@ -1,4 +1,6 @@
-/* PHP binds its extensions deeply, which the runtime of a sanitizer refuses: a dlopen that does not. */
+/* SPDX-License-Identifier: MIT */
+/* PHP binds its extensions deeply, which the runtime of a sanitizer refuses: a dlopen that does
+ * not. */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 

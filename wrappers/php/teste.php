@@ -1,4 +1,5 @@
 <?php
+// SPDX-License-Identifier: MIT
 // The package against a real library: teste.php DIRECTORY LIBRARY CASES
 // With "ao-mesmo-tempo" in place of the cases: what one of two processes at once does.
 

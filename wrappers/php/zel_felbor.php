@@ -1,4 +1,5 @@
 <?php
+// SPDX-License-Identifier: MIT
 // All of the package: require __DIR__ . '/zel_felbor.php';
 
 declare(strict_types=1);

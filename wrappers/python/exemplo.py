@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Sells, prints and cancels one receipt: exemplo.py DIRECTORY [LIBRARY]"""
 import sys
 from decimal import Decimal

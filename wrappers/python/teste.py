@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The Python package against a real library: teste.py DIRECTORY LIBRARY CASES"""
 import os
 import sys

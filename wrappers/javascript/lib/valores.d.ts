@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /** A decimal, a text like "12,50", a BigInt, or a whole number. */
 export type Numero = Decimal | string | bigint | number;
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is converted on the way to the library; each result is a Buffer that ends in a zero byte.
 'use strict';
 

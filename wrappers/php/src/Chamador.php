@@ -1,4 +1,5 @@
 <?php
+// SPDX-License-Identifier: MIT
 // The library, loaded once for the process, and one process at a time in its directory.
 
 declare(strict_types=1);

@@ -1,4 +1,5 @@
 <?php
+// SPDX-License-Identifier: MIT
 // What is converted on the way to the library; failures of the package.
 
 declare(strict_types=1);

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """NFC-e through libZEL_FelborFramework.
 
     from decimal import Decimal

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The library, loaded once for the process, and one call of it at a time."""
 from __future__ import annotations
 

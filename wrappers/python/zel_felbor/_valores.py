@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What is converted on the way to the library: text, decimal numbers, rates, adjustments."""
 from __future__ import annotations
 

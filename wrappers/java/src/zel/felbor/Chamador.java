@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 package zel.felbor;
 
 import com.sun.jna.Library;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 package zel.felbor;
 
 /** An argument that cannot be handed to the library; nothing was called. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 package zel.felbor;
 
 /** A character that ISO-8859-1 does not have. */

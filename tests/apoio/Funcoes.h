@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The 47 functions of one loaded copy of the library, called by their own names. Whoever loaded the
 // copy owns it and keeps it loaded; tests and benchmarks share this.
 #pragma once

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 // A temporary directory as the library's data directory, in a program that links the rooms.
 #pragma once
 
-#include "PastaTemporaria.h"
+#include "apoio/PastaTemporaria.h"
 #include "util/Diretorio.h"
 
 namespace zel {

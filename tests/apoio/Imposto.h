@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 // A till of its own for each tax test: an empty directory, the default configuration without any
 // tax section, an open receipt, no presets.
 #pragma once
 
-#include "DiretorioDeDados.h"
 #include "ZEL_FelborFramework.h"
+#include "apoio/DiretorioDeDados.h"
 #include "config/Registro.h"
 #include "documento/ZEL_Persistencia.h"
 #include "imposto/Presets.h"

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 // The 47 functions as one table, each callable with a text for every argument: a hostile caller
 // needs to know no signature. Owns the copies of the arguments, each ending exactly with its buffer
 // on the heap, result buffers of exactly the documented size, and the codes that each function may
 // answer. File names are meant relative to the working directory.
 #pragma once
 
-#include "blackbox/Funcoes.h"
+#include "apoio/Funcoes.h"
 
 #include <algorithm>
 #include <array>
@@ -116,7 +117,7 @@ inline constexpr Argumento kValor{"", ZEL_TAMANHO_VALOR};
 inline constexpr Argumento kCupom{"", ZEL_TAMANHO_CUPOM + 2 * kMaiorTexto};
 
 // In the order of the header.
-inline const std::vector<Chamada> &chamadas() {
+inline const std::vector<Chamada> &chamadas() { // NOLINT(readability-function-size): a table
     using F = Funcoes;
     const std::vector<int> venda{-1, -35, -99, -120, -122, -131, -132};
     const std::vector<int> preset{-99, -100};
