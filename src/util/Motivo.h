@@ -243,14 +243,13 @@ constexpr const LinhaMotivo &linhaDo(Motivo motivo) {
     return kMotivos[static_cast<std::size_t>(motivo)];
 }
 
-static_assert(
-    [] {
-        for (std::size_t i = 0; i < kMotivos.size(); ++i)
-            if (static_cast<std::size_t>(kMotivos[i].motivo) != i || kMotivos[i].texto.empty() ||
-                kMotivos[i].codigo > 0)
-                return false;
-        return true;
-    }(),
-    "every reason has its row, with a text and a refusing code");
+constexpr bool todosTemLinha() {
+    for (std::size_t i = 0; i < kMotivos.size(); ++i)
+        if (static_cast<std::size_t>(kMotivos[i].motivo) != i || kMotivos[i].texto.empty() ||
+            kMotivos[i].codigo > 0)
+            return false;
+    return true;
+}
+static_assert(todosTemLinha(), "every reason has its row, with a text and a refusing code");
 
 } // namespace zel
