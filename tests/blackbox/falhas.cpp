@@ -86,12 +86,14 @@ TEST(VersaoAnterior, o_que_ela_deixou_esperando_e_julgado) {
         const char *descricao, *nome;
         std::string espera, noLugar; // in place before; empty for no file
         std::string esperado;        // in place after
+        char estado = '5';
     } casos[] = {
         {"committed document", "documentosEnvio.xml", documento, "velho", documento},
         {"document of another key", "documentosEnvio.xml", alheio, "velho", "velho"},
         {"records alone", "ArqPersist.bin", registros, "", registros},
         {"records that the file has", "ArqPersist.bin", registros, registros, registros},
         {"records of another state", "ArqPersist.bin", aberto, registros, registros},
+        {"records alone, and the state set back", "ArqPersist.bin", registros, "", "", '0'},
     };
     for (const auto &caso : casos) {
         SCOPED_TRACE(caso.descricao);
@@ -101,9 +103,12 @@ TEST(VersaoAnterior, o_que_ela_deixou_esperando_e_julgado) {
         fs::remove(caixa.diretorio() + nome);
         if (!caso.noLugar.empty()) caixa.escreverArquivo(nome, caso.noLugar);
         caixa.escreverArquivo(espera, caso.espera);
+        std::string config = caixa.lerArquivo("ZEL_Framework.xml");
+        config.at(config.find("</estadoCFe>") - 1) = caso.estado;
+        caixa.escreverArquivo("ZEL_Framework.xml", config);
         caixa.iniciar();
-        EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 5);
-        EXPECT_EQ(caixa.lerArquivo(nome), caso.esperado);
+        EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), caso.estado - '0');
+        EXPECT_EQ(caixa.existe(nome) ? caixa.lerArquivo(nome) : "", caso.esperado);
         EXPECT_FALSE(caixa.existe(espera));
     }
 }

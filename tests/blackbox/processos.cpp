@@ -260,4 +260,43 @@ TEST(DescritoresPadrao, nenhum_arquivo_os_usa) {
     }
 }
 
+// Whoever starts a program that runs with its owner's rights chooses the environment, and must not
+// choose by it where these rights write.
+TEST(DiretorioDeDados, nao_e_do_ambiente_com_direitos_de_outro) {
+    constexpr uid_t kDono = 65534, kQuemChama = 65533;
+    if (::geteuid() != 0) GTEST_SKIP() << "only root gives files away";
+    // Not in the temporary directory, which may ignore the bit.
+    const fs::path base = fs::path(ZEL_BIBLIOTECA).parent_path() / "privilegiado";
+    for (const bool comDireitos : {false, true}) {
+        SCOPED_TRACE(comDireitos);
+        fs::remove_all(base);
+        const std::string programa = base / "programa", copia = base / "lib/lib.so",
+                          alvo = base / "alvo/";
+        for (const char *pasta : {"lib", "alvo"}) {
+            fs::create_directories(base / pasta);
+            fs::permissions(base / pasta, fs::perms::all);
+        }
+        fs::copy_file(ZEL_BIBLIOTECA, copia);
+        fs::copy_file(ZEL_PRIVILEGIADO, programa);
+        ASSERT_EQ(::chown(programa.c_str(), kDono, kDono), 0);
+        ASSERT_EQ(::chmod(programa.c_str(), comDireitos ? 04755 : 0755), 0);
+        const pid_t filho = ::fork();
+        if (filho == 0) {
+            setenv("ZEL_DIRETORIO", alvo.c_str(), 1);
+            setenv("ZEL_LOG", (alvo + "log").c_str(), 1);
+            if (::setuid(kQuemChama) == 0)
+                ::execl(programa.c_str(), programa.c_str(), copia.c_str(), nullptr);
+            _exit(127);
+        }
+        int fim = 0;
+        ASSERT_EQ(::waitpid(filho, &fim, 0), filho);
+        if (WIFEXITED(fim) && WEXITSTATUS(fim) == 127)
+            GTEST_SKIP() << "another user cannot get here";
+        EXPECT_EQ(fs::exists(base / "lib/ZEL_Framework.xml"), comDireitos);
+        EXPECT_EQ(fs::exists(base / "alvo/ZEL_Framework.xml"), !comDireitos);
+        EXPECT_EQ(fs::exists(base / "alvo/log"), !comDireitos);
+    }
+    fs::remove_all(base);
+}
+
 } // namespace
