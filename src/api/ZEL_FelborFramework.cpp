@@ -9,6 +9,7 @@
 #include "documento/ZEL_Controle.h"
 #include "documento/ZEL_InfoEstendida.h"
 #include "documento/ZEL_Inicializacao.h"
+#include "documento/ZEL_Persistencia.h"
 #include "imposto/Presets.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/Impressao.h"
@@ -65,7 +66,7 @@ template <typename Funcao>
 int quadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
     return semExcecao(
         [&] {
-            fnInicializarVariaveis_ZEL();
+            fnInicializarVariaveis_ZEL(G_stXML_Persistencia);
             return funcao();
         },
         nome);
@@ -96,7 +97,7 @@ int quadroDeMudanca(Funcao funcao, const char *nome = __builtin_FUNCTION()) noex
     return semExcecao(
         [&] {
             return naVez([&] {
-                fnInicializarVariaveis_ZEL();
+                fnInicializarVariaveis_ZEL(G_stXML_Persistencia);
                 return funcao();
             });
         },
@@ -115,10 +116,14 @@ int mudancaSemQuadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noe
         nome);
 }
 
-// Changes of the receipt: the process that made the first of them, to its end.
+// Changes of the receipt, which `funcao` gets: the process that made the first of them, to its end.
 template <typename Funcao>
 int quadroDoCupom(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
-    return semExcecao([&] { return naVez([&] { return fnComPosseDoCupom_ZEL(funcao); }); }, nome);
+    ST_PersitenceXML_ZEL &cupom = G_stXML_Persistencia;
+    const auto comPosse = [&] {
+        return fnComPosseDoCupom_ZEL(cupom, [&] { return funcao(cupom); });
+    };
+    return semExcecao([&] { return naVez(comPosse); }, nome);
 }
 
 // Hands over the text that a read fills, empty where there is nothing to report.
@@ -140,7 +145,8 @@ using namespace zel;
 // ---- Initialization -----------------------------------------------------------------------------
 
 int aCFInicializar_ZEL() {
-    return semExcecao([] { return naVez([] { return fnCFInicializar_ZEL_Felbor(); }); });
+    return semExcecao(
+        [] { return naVez([] { return fnCFInicializar_ZEL_Felbor(G_stXML_Persistencia); }); });
 }
 
 // ---- Opening and identification -----------------------------------------------------------------
@@ -148,10 +154,10 @@ int aCFInicializar_ZEL() {
 int aCFAbrir_ZEL(const char *documento, const char *nome, const char *logradouro,
                  const char *numero, const char *bairro, const char *codigoMunicipio,
                  const char *municipio, const char *uf, const char *cep) {
-    return quadroDoCupom([&] {
-        return fnCFAbrir_ZEL_Felbor({texto(documento), texto(nome), texto(logradouro),
-                                     texto(numero), texto(bairro), texto(codigoMunicipio),
-                                     texto(municipio), texto(uf), texto(cep)});
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFAbrir_ZEL_Felbor(cupom, {texto(documento), texto(nome), texto(logradouro),
+                                            texto(numero), texto(bairro), texto(codigoMunicipio),
+                                            texto(municipio), texto(uf), texto(cep)});
     });
 }
 
@@ -159,8 +165,8 @@ int aCFAbrirNumSerie_ZEL(int numeroCupom, int serie, const char *documento, cons
                          const char *logradouro, const char *numero, const char *bairro,
                          const char *codigoMunicipio, const char *municipio, const char *uf,
                          const char *cep) {
-    return quadroDoCupom([&] {
-        return fnCFAbrirNumSerie_ZEL_Felbor(numeroCupom, serie,
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFAbrirNumSerie_ZEL_Felbor(cupom, numeroCupom, serie,
                                             {texto(documento), texto(nome), texto(logradouro),
                                              texto(numero), texto(bairro), texto(codigoMunicipio),
                                              texto(municipio), texto(uf), texto(cep)});
@@ -171,8 +177,9 @@ int aCFIdentificarConsumidor_ZEL(const char *documento, const char *nome, const 
                                  const char *numero, const char *bairro,
                                  const char *codigoMunicipio, const char *municipio, const char *uf,
                                  const char *cep, const char *email) {
-    return quadroDoCupom([&] {
+    return quadroDoCupom([&](auto &cupom) {
         return fnCFIdentificarConsumidor_ZEL_Felbor(
+            cupom,
             {texto(documento), texto(nome), texto(logradouro), texto(numero), texto(bairro),
              texto(codigoMunicipio), texto(municipio), texto(uf), texto(cep)},
             texto(email));
@@ -182,10 +189,10 @@ int aCFIdentificarConsumidor_ZEL(const char *documento, const char *nome, const 
 int aCFIdentificarTransportadora_ZEL(const char *documento, const char *nome,
                                      const char *inscricaoEstadual, const char *endereco,
                                      const char *municipio, const char *uf) {
-    return quadroDoCupom([&] {
-        return fnCFIdentificarTransportadora_ZEL_Felbor({texto(documento), texto(nome),
-                                                         texto(inscricaoEstadual), texto(endereco),
-                                                         texto(municipio), texto(uf)});
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFIdentificarTransportadora_ZEL_Felbor(
+            cupom, {texto(documento), texto(nome), texto(inscricaoEstadual), texto(endereco),
+                    texto(municipio), texto(uf)});
     });
 }
 
@@ -194,17 +201,17 @@ int aCFIdentificarTransportadora_ZEL(const char *documento, const char *nome,
 int aCFVender_ZEL(const char *aliquota, const char *quantidade, const char *valorUnitario,
                   const char *tipoAjuste, const char *valorAjuste, const char *codigo,
                   const char *unidade, const char *descricao) {
-    return quadroDoCupom([&] {
-        return fnCFVender_ZEL_Felbor({.aliquota = texto(aliquota),
-                                      .quantidade = texto(quantidade),
-                                      .valorUnitario = texto(valorUnitario),
-                                      .tipoAjuste = texto(tipoAjuste),
-                                      .valorAjuste = texto(valorAjuste),
-                                      .codigo = texto(codigo),
-                                      .ncm = {},
-                                      .cfop = {},
-                                      .unidade = texto(unidade),
-                                      .descricao = texto(descricao)});
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFVender_ZEL_Felbor(cupom, {.aliquota = texto(aliquota),
+                                             .quantidade = texto(quantidade),
+                                             .valorUnitario = texto(valorUnitario),
+                                             .tipoAjuste = texto(tipoAjuste),
+                                             .valorAjuste = texto(valorAjuste),
+                                             .codigo = texto(codigo),
+                                             .ncm = {},
+                                             .cfop = {},
+                                             .unidade = texto(unidade),
+                                             .descricao = texto(descricao)});
     });
 }
 
@@ -212,65 +219,74 @@ int aCFVenderCompleto_ZEL(const char *aliquota, const char *quantidade, const ch
                           const char *tipoAjuste, const char *valorAjuste, const char *codigo,
                           const char *ncm, const char *cfop, const char *unidade,
                           const char *descricao, const char *) {
-    return quadroDoCupom([&] {
-        return fnCFVender_ZEL_Felbor({.aliquota = texto(aliquota),
-                                      .quantidade = texto(quantidade),
-                                      .valorUnitario = texto(valorUnitario),
-                                      .tipoAjuste = texto(tipoAjuste),
-                                      .valorAjuste = texto(valorAjuste),
-                                      .codigo = texto(codigo),
-                                      .ncm = texto(ncm),
-                                      .cfop = texto(cfop),
-                                      .unidade = texto(unidade),
-                                      .descricao = texto(descricao)});
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFVender_ZEL_Felbor(cupom, {.aliquota = texto(aliquota),
+                                             .quantidade = texto(quantidade),
+                                             .valorUnitario = texto(valorUnitario),
+                                             .tipoAjuste = texto(tipoAjuste),
+                                             .valorAjuste = texto(valorAjuste),
+                                             .codigo = texto(codigo),
+                                             .ncm = texto(ncm),
+                                             .cfop = texto(cfop),
+                                             .unidade = texto(unidade),
+                                             .descricao = texto(descricao)});
     });
 }
 
 int aCFVenderXml_ZEL(const char *xmlItem) {
-    return quadroDoCupom([&] { return fnCFVenderXml_ZEL_Felbor(texto(xmlItem)); });
+    return quadroDoCupom(
+        [&](auto &cupom) { return fnCFVenderXml_ZEL_Felbor(cupom, texto(xmlItem)); });
 }
 
 int aCFLancarDescontoItem_ZEL(int item, const char *tipo, const char *valor) {
-    return quadroDoCupom(
-        [&] { return fnCFLancarDescontoItem_ZEL_Felbor(item, texto(tipo), texto(valor)); });
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFLancarDescontoItem_ZEL_Felbor(cupom, item, texto(tipo), texto(valor));
+    });
 }
 
 int aCFLancarAcrescimoItem_ZEL(int item, const char *tipo, const char *valor) {
-    return quadroDoCupom(
-        [&] { return fnCFLancarAcrescimoItem_ZEL_Felbor(item, texto(tipo), texto(valor)); });
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFLancarAcrescimoItem_ZEL_Felbor(cupom, item, texto(tipo), texto(valor));
+    });
 }
 
 int aCFCancelarItem_ZEL(int item) {
-    return quadroDoCupom([&] { return fnCFCancelarItem_ZEL_Felbor(item); });
+    return quadroDoCupom([&](auto &cupom) { return fnCFCancelarItem_ZEL_Felbor(cupom, item); });
 }
 
 int aCFCancelarItemParcial_ZEL(int item, const char *quantidade) {
-    return quadroDoCupom(
-        [&] { return fnCFCancelarItemParcial_ZEL_Felbor(item, texto(quantidade)); });
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFCancelarItemParcial_ZEL_Felbor(cupom, item, texto(quantidade));
+    });
 }
 
 int aCFCancelarDescontoItem_ZEL(int item) {
-    return quadroDoCupom([&] { return fnCFCancelarDescontoItem_ZEL_Felbor(item); });
+    return quadroDoCupom(
+        [&](auto &cupom) { return fnCFCancelarDescontoItem_ZEL_Felbor(cupom, item); });
 }
 
 int aCFCancelarAcrescimoItem_ZEL(int item) {
-    return quadroDoCupom([&] { return fnCFCancelarAcrescimoItem_ZEL_Felbor(item); });
+    return quadroDoCupom(
+        [&](auto &cupom) { return fnCFCancelarAcrescimoItem_ZEL_Felbor(cupom, item); });
 }
 
 // ---- Totalization and payment -------------------------------------------------------------------
 
 int aCFTotalizar_ZEL(const char *tipo, const char *valor) {
-    return quadroDoCupom([&] { return fnCFTotalizar_ZEL_Felbor(texto(tipo), texto(valor)); });
+    return quadroDoCupom(
+        [&](auto &cupom) { return fnCFTotalizar_ZEL_Felbor(cupom, texto(tipo), texto(valor)); });
 }
 
 int aCFEfetuarPagamento_ZEL(const char *forma, const char *valor) {
-    return quadroDoCupom(
-        [&] { return fnCFEfetuarPagamento_ZEL_Felbor(texto(forma), texto(valor)); });
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFEfetuarPagamento_ZEL_Felbor(cupom, texto(forma), texto(valor));
+    });
 }
 
 int aCFEstornarPagamento_ZEL(const char *formaAtual, const char *formaNova, const char *valor) {
-    return quadroDoCupom([&] {
-        return fnCFEstornarPagamento_ZEL_Felbor(texto(formaAtual), texto(formaNova), texto(valor));
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFEstornarPagamento_ZEL_Felbor(cupom, texto(formaAtual), texto(formaNova),
+                                                texto(valor));
     });
 }
 
@@ -281,20 +297,21 @@ int aCFValorLeiImposto_ZEL(const char *valor) {
 // ---- Closing, cancellation and requests ---------------------------------------------------------
 
 int tCFEncerrar_ZEL(const char *informacoes) {
-    return quadroDoCupom([&] { return fnCFEncerrar_ZEL_Felbor(texto(informacoes)); });
+    return quadroDoCupom(
+        [&](auto &cupom) { return fnCFEncerrar_ZEL_Felbor(cupom, texto(informacoes)); });
 }
 
 int tCFEncerrarConfigMsg_ZEL(const char *informacoes, const char *informacoesFisco) {
-    return quadroDoCupom([&] {
-        return fnCFEncerrarConfigMsg_ZEL_Felbor(texto(informacoes), texto(informacoesFisco));
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFEncerrarConfigMsg_ZEL_Felbor(cupom, texto(informacoes), texto(informacoesFisco));
     });
 }
 
 int tCFCancelar_ZEL(const char *numero, const char *serie, const char *chave, const char *protocolo,
                     const char *justificativa) {
     return quadroDeMudanca([&] {
-        return fnCFCancelar_ZEL_Felbor(texto(numero), texto(serie), texto(chave), texto(protocolo),
-                                       texto(justificativa));
+        return fnCFCancelar_ZEL_Felbor(G_stXML_Persistencia, texto(numero), texto(serie),
+                                       texto(chave), texto(protocolo), texto(justificativa));
     });
 }
 
@@ -409,7 +426,7 @@ int rCFVerificarStatus_ZEL() {
 int rInfoEstendida_ZEL(const char *indice, char *valor) {
     return quadro([&] {
         return entregar("valor", valor, [&](std::string &resultado) {
-            return fnInfoEstendida_ZEL(texto(indice), resultado);
+            return fnInfoEstendida_ZEL(G_stXML_Persistencia, texto(indice), resultado);
         });
     });
 }
@@ -425,10 +442,10 @@ int rURLQrcode_ZEL(char *url) {
 // ---- Contingency, printing and files ------------------------------------------------------------
 
 int aCFContingenciaUltimaNota_ZEL(int tipo, char *textoDocumento) {
-    return quadroDoCupom([&] {
+    return quadroDoCupom([&](auto &cupom) {
         const std::string_view entrada = texto(textoDocumento);
         std::string resultado(entrada);
-        const int codigo = fnGerarXMLContingencia(tipo, resultado);
+        const int codigo = fnGerarXMLContingencia(cupom, tipo, resultado);
         // A refused call leaves the text alone, so that it may even be a literal.
         if (textoDocumento != nullptr && resultado != entrada)
             copiarResultado(resultado, textoDocumento);

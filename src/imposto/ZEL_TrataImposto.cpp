@@ -3,7 +3,6 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Arredondamento.h"
-#include "documento/ZEL_Persistencia.h"
 #include "imposto/Grupo.h"
 #include "imposto/GruposContribuicao.h"
 #include "imposto/GruposICMS.h"
@@ -60,18 +59,14 @@ int fnTratarImposto(std::string_view aliquota, std::string_view base, std::strin
     return resultado;
 }
 
-int fnAtualizar_TagImposto(int item, std::string_view quantidade, std::string_view tipo,
+int fnAtualizar_TagImposto(ST_tagZEL &item, std::string_view quantidade, std::string_view tipo,
                            std::string_view valor) {
-    ST_tagZEL *tag = G_stXML_Persistencia.item(item);
-    if (!tag)
-        return recusar(Motivo::kItemInexistente,
-                       {.maximo = G_stXML_Persistencia.quantidadeItens(), .numero = item});
-    ST_tagZEL *imposto = tag->getSubTag("imposto");
+    ST_tagZEL *imposto = item.getSubTag("imposto");
     if (!imposto) return ZEL_OK;
 
     // An item sold as tag text may hold anything that passed the section check: what is missing
     // reads as zero.
-    const ST_tagZEL *prod = tag->getSubTag("prod");
+    const ST_tagZEL *prod = item.getSubTag("prod");
     const auto doProduto = [&](std::string_view nome) {
         return prod ? prod->valorDe(nome) : std::string_view{};
     };

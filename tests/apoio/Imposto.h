@@ -6,7 +6,7 @@
 #include "ZEL_FelborFramework.h"
 #include "apoio/DiretorioDeDados.h"
 #include "config/Registro.h"
-#include "documento/ZEL_Persistencia.h"
+#include "documento/ZEL_Tag.h"
 #include "imposto/Presets.h"
 #include "util/Texto.h"
 
@@ -40,7 +40,6 @@ protected:
         ASSERT_EQ(inicializarConfig(), ZEL_OK);
         configurar(R"(IMPOSTO\ICMS\ICMS00)", "Orig= CST= modBC=");
         configurar("CONFIGURACAO", "estadoCFe=1");
-        G_stXML_Persistencia = {};
         G_stTagImpostoConfTemp = {};
     }
     void TearDown() override { unsetenv("ZEL_DIRETORIO"); }
