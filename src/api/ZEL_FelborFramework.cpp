@@ -92,6 +92,12 @@ int naVez(Funcao funcao) {
     return codigo == ZEL_OK ? funcao() : codigo;
 }
 
+// Presets of the next item, which `funcao` gets: nothing of them reaches a file.
+template <typename Funcao>
+int quadroDosPresets(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
+    return quadro([&] { return funcao(G_stTagImpostoConfTemp); }, nome);
+}
+
 template <typename Funcao>
 int quadroDeMudanca(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
     return semExcecao(
@@ -202,16 +208,17 @@ int aCFVender_ZEL(const char *aliquota, const char *quantidade, const char *valo
                   const char *tipoAjuste, const char *valorAjuste, const char *codigo,
                   const char *unidade, const char *descricao) {
     return quadroDoCupom([&](auto &cupom) {
-        return fnCFVender_ZEL_Felbor(cupom, {.aliquota = texto(aliquota),
-                                             .quantidade = texto(quantidade),
-                                             .valorUnitario = texto(valorUnitario),
-                                             .tipoAjuste = texto(tipoAjuste),
-                                             .valorAjuste = texto(valorAjuste),
-                                             .codigo = texto(codigo),
-                                             .ncm = {},
-                                             .cfop = {},
-                                             .unidade = texto(unidade),
-                                             .descricao = texto(descricao)});
+        return fnCFVender_ZEL_Felbor(cupom, G_stTagImpostoConfTemp,
+                                     {.aliquota = texto(aliquota),
+                                      .quantidade = texto(quantidade),
+                                      .valorUnitario = texto(valorUnitario),
+                                      .tipoAjuste = texto(tipoAjuste),
+                                      .valorAjuste = texto(valorAjuste),
+                                      .codigo = texto(codigo),
+                                      .ncm = {},
+                                      .cfop = {},
+                                      .unidade = texto(unidade),
+                                      .descricao = texto(descricao)});
     });
 }
 
@@ -220,16 +227,17 @@ int aCFVenderCompleto_ZEL(const char *aliquota, const char *quantidade, const ch
                           const char *ncm, const char *cfop, const char *unidade,
                           const char *descricao, const char *) {
     return quadroDoCupom([&](auto &cupom) {
-        return fnCFVender_ZEL_Felbor(cupom, {.aliquota = texto(aliquota),
-                                             .quantidade = texto(quantidade),
-                                             .valorUnitario = texto(valorUnitario),
-                                             .tipoAjuste = texto(tipoAjuste),
-                                             .valorAjuste = texto(valorAjuste),
-                                             .codigo = texto(codigo),
-                                             .ncm = texto(ncm),
-                                             .cfop = texto(cfop),
-                                             .unidade = texto(unidade),
-                                             .descricao = texto(descricao)});
+        return fnCFVender_ZEL_Felbor(cupom, G_stTagImpostoConfTemp,
+                                     {.aliquota = texto(aliquota),
+                                      .quantidade = texto(quantidade),
+                                      .valorUnitario = texto(valorUnitario),
+                                      .tipoAjuste = texto(tipoAjuste),
+                                      .valorAjuste = texto(valorAjuste),
+                                      .codigo = texto(codigo),
+                                      .ncm = texto(ncm),
+                                      .cfop = texto(cfop),
+                                      .unidade = texto(unidade),
+                                      .descricao = texto(descricao)});
     });
 }
 
@@ -347,60 +355,73 @@ int GeraXMLConsulta_ZEL(const char *tipo, const char *inicio, const char *fim, c
 
 int aCFConfICMS00_ZEL(const char *origem, const char *cst, const char *modBC,
                       const char *aliquota) {
-    return quadro([&] {
-        return fnCFConfICMS00_ZEL_Felbor(texto(origem), texto(cst), texto(modBC), texto(aliquota));
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfICMS00_ZEL_Felbor(presets, texto(origem), texto(cst), texto(modBC),
+                                         texto(aliquota));
     });
 }
 
 int aCFConfICMS40_ZEL(const char *origem, const char *cst, const char *valorDesonerado,
                       const char *motivo) {
-    return quadro([&] {
-        return fnCFConfICMS40_ZEL_Felbor(texto(origem), texto(cst), texto(valorDesonerado),
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfICMS40_ZEL_Felbor(presets, texto(origem), texto(cst), texto(valorDesonerado),
                                          texto(motivo));
     });
 }
 
 int aCFConfICMS60_ZEL(const char *origem, const char *cst, const char *baseRetida,
                       const char *valorRetido) {
-    return quadro([&] {
-        return fnCFConfICMS60_ZEL_Felbor(texto(origem), texto(cst), texto(baseRetida),
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfICMS60_ZEL_Felbor(presets, texto(origem), texto(cst), texto(baseRetida),
                                          texto(valorRetido));
     });
 }
 
 int aCFConfPisAliq_ZEL(const char *cst, const char *aliquota) {
-    return quadro([&] { return fnCFConfPisAliq_ZEL_Felbor(texto(cst), texto(aliquota)); });
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfPisAliq_ZEL_Felbor(presets, texto(cst), texto(aliquota));
+    });
 }
 
 int aCFConfPisQtde_ZEL(const char *cst, const char *valorUnidade) {
-    return quadro([&] { return fnCFConfPisQtde_ZEL_Felbor(texto(cst), texto(valorUnidade)); });
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfPisQtde_ZEL_Felbor(presets, texto(cst), texto(valorUnidade));
+    });
 }
 
 int aCFConfPisNT_ZEL(const char *cst) {
-    return quadro([&] { return fnCFConfPisNT_ZEL_Felbor(texto(cst)); });
+    return quadroDosPresets(
+        [&](auto &presets) { return fnCFConfPisNT_ZEL_Felbor(presets, texto(cst)); });
 }
 
 int aCFConfPisOutr_ZEL(const char *cst, const char *aliquota, const char *valorUnidade) {
-    return quadro([&] {
-        return fnCFConfPisOutr_ZEL_Felbor(texto(cst), texto(aliquota), texto(valorUnidade));
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfPisOutr_ZEL_Felbor(presets, texto(cst), texto(aliquota),
+                                          texto(valorUnidade));
     });
 }
 
 int aCFConfCofinsAliq_ZEL(const char *cst, const char *aliquota) {
-    return quadro([&] { return fnCFConfCofinsAliq_ZEL_Felbor(texto(cst), texto(aliquota)); });
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfCofinsAliq_ZEL_Felbor(presets, texto(cst), texto(aliquota));
+    });
 }
 
 int aCFConfCofinsQtde_ZEL(const char *cst, const char *valorUnidade) {
-    return quadro([&] { return fnCFConfCofinsQtde_ZEL_Felbor(texto(cst), texto(valorUnidade)); });
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfCofinsQtde_ZEL_Felbor(presets, texto(cst), texto(valorUnidade));
+    });
 }
 
 int aCFConfCofinsNT_ZEL(const char *cst) {
-    return quadro([&] { return fnCFConfCofinsNT_ZEL_Felbor(texto(cst)); });
+    return quadroDosPresets(
+        [&](auto &presets) { return fnCFConfCofinsNT_ZEL_Felbor(presets, texto(cst)); });
 }
 
 int aCFConfCofinsOutr_ZEL(const char *cst, const char *aliquota, const char *valorUnidade) {
-    return quadro([&] {
-        return fnCFConfCofinsOutr_ZEL_Felbor(texto(cst), texto(aliquota), texto(valorUnidade));
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfCofinsOutr_ZEL_Felbor(presets, texto(cst), texto(aliquota),
+                                             texto(valorUnidade));
     });
 }
 

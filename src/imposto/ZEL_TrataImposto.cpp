@@ -49,13 +49,14 @@ std::string fnCalcularValorBC(std::string_view quantidade, std::string_view valo
     return {};
 }
 
-int fnTratarImposto(std::string_view aliquota, std::string_view base, std::string_view quantidade,
-                    ST_tagZEL &imposto) {
+int fnTratarImposto(const ST_tagImpostoConfTemp &presets, std::string_view aliquota,
+                    std::string_view base, std::string_view quantidade, ST_tagZEL &imposto) {
     const std::string taxa = lerAliquota(aliquota);
     if (ehServico(aliquota)) return fnTratarISS(taxa, base, imposto);
-    int resultado = fnTratarICMS(taxa, base, imposto);
-    if (resultado == ZEL_OK) resultado = fnTratarPIS(taxa, base, quantidade, imposto);
-    if (resultado == ZEL_OK) resultado = fnTratarCOFINS(taxa, base, quantidade, imposto);
+    int resultado = fnTratarICMS(presets.icms, taxa, base, imposto);
+    if (resultado == ZEL_OK) resultado = fnTratarPIS(presets.pis, taxa, base, quantidade, imposto);
+    if (resultado == ZEL_OK)
+        resultado = fnTratarCOFINS(presets.cofins, taxa, base, quantidade, imposto);
     return resultado;
 }
 

@@ -8,7 +8,6 @@
 #include "documento/ZEL_Conformidade.h"
 #include "documento/ZEL_Controle.h"
 #include "documento/ZEL_Limites.h"
-#include "imposto/Presets.h"
 #include "imposto/ZEL_TrataImposto.h"
 #include "negocio/Argumento.h"
 #include "util/Numero.h"
@@ -123,7 +122,8 @@ int guardarItem(ST_PersitenceXML_ZEL &documento, ST_tagZEL item) {
 
 } // namespace
 
-int fnCFVender_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, const DadosVenda &dados) {
+int fnCFVender_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, ST_tagImpostoConfTemp &presets,
+                          const DadosVenda &dados) {
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
     Numeros numeros;
     if (const int resultado = lerNumeros(dados, numeros); resultado != ZEL_OK) return resultado;
@@ -135,8 +135,9 @@ int fnCFVender_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, const DadosVenda &dad
                                                numeros.tipo, numeros.valorAjuste);
     ST_tagZEL item = newST_tagZEL(false, nomeSecao(Secao::kVenda));
     ST_tagZEL imposto("imposto");
-    const int tributado = fnTratarImposto(trocarVirgula(argumentoCortado(dados.aliquota, 15)), base,
-                                          numeros.quantidade, imposto);
+    const int tributado =
+        fnTratarImposto(presets, trocarVirgula(argumentoCortado(dados.aliquota, 15)), base,
+                        numeros.quantidade, imposto);
     if (tributado != ZEL_OK) return tributado;
 
     item.addSubTag(montarProduto(dados, numeros, ajuste)).addSubTag(std::move(imposto));
@@ -146,9 +147,9 @@ int fnCFVender_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, const DadosVenda &dad
     if (const int resultado = guardarItem(documento, std::move(item)); resultado != ZEL_OK)
         return resultado;
     ZEL_TIPO_DESC_ACREC = numeros.tipo;
-    fnZerarConfTempICMS();
-    fnZerarConfTempPIS();
-    fnZerarConfTempCONFINS();
+    fnZerarConfTempICMS(presets);
+    fnZerarConfTempPIS(presets);
+    fnZerarConfTempCONFINS(presets);
     return ZEL_OK;
 }
 

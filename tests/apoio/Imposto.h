@@ -40,7 +40,6 @@ protected:
         ASSERT_EQ(inicializarConfig(), ZEL_OK);
         configurar(R"(IMPOSTO\ICMS\ICMS00)", "Orig= CST= modBC=");
         configurar("CONFIGURACAO", "estadoCFe=1");
-        G_stTagImpostoConfTemp = {};
     }
     void TearDown() override { unsetenv("ZEL_DIRETORIO"); }
 
@@ -59,6 +58,8 @@ protected:
         const int codigo = operacao(imposto);
         return codigo == ZEL_OK ? resumo(imposto) : std::to_string(codigo);
     }
+
+    ST_tagImpostoConfTemp presets;
 
 private:
     PastaTemporaria pasta_;
