@@ -479,9 +479,9 @@ int GerarArquivoFormatadoNF_ZEL(const char *caminhoXml, const char *caminhoRetor
                                 const char *reservado, char *saida) {
     return mudancaSemQuadro([&] {
         return entregar("saida", saida, [&](std::string &resultado) {
-            return fnGerarArquivoFormatadoNF(texto(caminhoXml), texto(caminhoRetorno),
-                                             texto(urlQrcode), colunas, tipoDocumento,
-                                             texto(reservado), resultado);
+            return fnGerarArquivoFormatadoNF(
+                G_stXML_Persistencia, G_stDadosImpressao, texto(caminhoXml), texto(caminhoRetorno),
+                texto(urlQrcode), colunas, tipoDocumento, texto(reservado), resultado);
         });
     });
 }
@@ -499,7 +499,10 @@ int GeraPDF_ZEL(const char *documentoBase64) {
 }
 
 int GeraPDF_DANFE_ZEL(const char *documentoBase64) {
-    return mudancaSemQuadro([&] { return fnGerarPDFDanfeDoXml(texto(documentoBase64)); });
+    return mudancaSemQuadro([&] {
+        return fnGerarPDFDanfeDoXml(G_stXML_Persistencia, G_stDadosImpressao,
+                                    texto(documentoBase64));
+    });
 }
 
 int eCriptografarArquivo_ZEL(const char *origem, const char *destino, const char *chave) {
