@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
     pasta.gravar("ArqPersist.bin", tirarAte(texto, '\0'));
     if (!texto.empty()) pasta.gravar("ArqPersist.tmp", texto);
 
-    exigir(fnResolverPendencias_ZEL() == ZEL_OK);
+    exigir(fnResolverPendencias_ZEL());
     ST_PersitenceXML_ZEL documento;
     const int codigo = fnCarregaEstrutura_ZEL(documento);
     exigir(codigo == ZEL_OK || codigo == ZEL_RECUSADO);

@@ -68,7 +68,7 @@ void fnPrepararArquivos_ZEL() {
     const bool certos = !vez || acompanharDiario() == ZEL_OK;
     const bool sozinho = vez && certos && posse;
     arquivosProntos =
-        garantirConfig() == ZEL_OK && certos && (!sozinho || fnResolverPendencias_ZEL() == ZEL_OK);
+        garantirConfig() == ZEL_OK && certos && (!sozinho || fnResolverPendencias_ZEL());
     if (sozinho) removerSobras();
 }
 
