@@ -22,22 +22,25 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
     pasta.gravar("retorno.xml", texto);
     const std::string_view retorno = texto.empty() ? kOffline : "retorno.xml";
 
+    const ST_PersitenceXML_ZEL emCurso;
+    DadosImpressao impressao;
     CupomFiscal cf;
     std::string itens;
     std::string saida;
-    if (parseXMLCupomFiscal(xml, retorno, cf) == ZEL_OK) {
+    if (parseXMLCupomFiscal(impressao, xml, retorno, cf)) {
         std::size_t maiorDescricao = 0;
         for (const Item &item : cf.Itens)
             maiorDescricao =
                 std::max(maiorDescricao, std::string_view(item.DescricaoProduto).size());
         imprimirSetor_III(*createLayout(colunas), cf.Itens, itens);
         exigir(itens.size() <= (300 + maiorDescricao) * cf.Itens.size());
-        exigir(layoutNFC(cf, "", colunas, saida, (escolha & 4) != 0) == ZEL_OK);
+        exigir(layoutNFC(emCurso, impressao, cf, "", colunas, saida, (escolha & 4) != 0) == ZEL_OK);
         exigir(saida.size() < 8192 + 2 * std::string_view(cf.MsgPromocional).size() + itens.size() +
                                   100 * cf.Pagamentos.size());
     }
     const int tipo = escolha & 4 ? 5 : 1;
-    const int codigo = fnGerarArquivoFormatadoNF(xml, retorno, "", colunas, tipo, "", saida);
+    const int codigo =
+        fnGerarArquivoFormatadoNF(emCurso, impressao, xml, retorno, "", colunas, tipo, "", saida);
     exigir(pronta == ZEL_OK && (codigo == ZEL_OK || (codigo == ZEL_RECUSADO && saida.empty())));
     return 0;
 }

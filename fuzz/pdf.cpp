@@ -26,8 +26,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
         exigir(pagina.salvar(pasta / "cupom.pdf") == ZEL_OK);
         return 0;
     }
+    DadosImpressao impressao;
     for (const int codigo : {fnGerarPDF("DocXML", base64), fnGerarPDF("DocXMLBase64", texto),
-                             fnGerarPDFDanfeDoXml(base64)})
+                             fnGerarPDFDanfeDoXml({}, impressao, base64)})
         exigir(codigo == ZEL_OK || codigo == ZEL_RECUSADO);
     for (const auto &entrada : std::filesystem::directory_iterator("."))
         if (const std::string nome = entrada.path().filename(); !nome.starts_with("ZEL_Framework."))

@@ -20,13 +20,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
     pasta.gravar("ArqPersist.bin", tirarAte(texto, '\0'));
     if (!texto.empty()) pasta.gravar("ArqPersist.tmp", texto);
 
-    exigir(fnResolverPendencias_ZEL() == ZEL_OK);
-    const int codigo = fnCarregaEstrutura_ZEL();
+    exigir(fnResolverPendencias_ZEL());
+    ST_PersitenceXML_ZEL documento;
+    const int codigo = fnCarregaEstrutura_ZEL(documento);
     exigir(codigo == ZEL_OK || codigo == ZEL_RECUSADO);
-    exigir(fnPersistEstrutura_ZEL() == ZEL_OK && !std::filesystem::exists("ArqPersist.tmp"));
+    exigir(fnPersistEstrutura_ZEL(documento) == ZEL_OK &&
+           !std::filesystem::exists("ArqPersist.tmp"));
     exigir(std::filesystem::exists("ArqPersist.bin.danificado") == (codigo != ZEL_OK));
     const std::string gravado = pasta.ler("ArqPersist.bin");
-    exigir(fnCarregaEstrutura_ZEL() == ZEL_OK && fnPersistEstrutura_ZEL() == ZEL_OK);
+    exigir(fnCarregaEstrutura_ZEL(documento) == ZEL_OK &&
+           fnPersistEstrutura_ZEL(documento) == ZEL_OK);
     exigir(pasta.ler("ArqPersist.bin") == gravado);
     return 0;
 }

@@ -9,6 +9,7 @@
 #include "documento/ZEL_Controle.h"
 #include "documento/ZEL_InfoEstendida.h"
 #include "documento/ZEL_Inicializacao.h"
+#include "documento/ZEL_Persistencia.h"
 #include "imposto/Presets.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/Impressao.h"
@@ -65,7 +66,7 @@ template <typename Funcao>
 int quadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
     return semExcecao(
         [&] {
-            fnInicializarVariaveis_ZEL();
+            fnInicializarVariaveis_ZEL(G_stXML_Persistencia);
             return funcao();
         },
         nome);
@@ -91,12 +92,18 @@ int naVez(Funcao funcao) {
     return codigo == ZEL_OK ? funcao() : codigo;
 }
 
+// Presets of the next item, which `funcao` gets: nothing of them reaches a file.
+template <typename Funcao>
+int quadroDosPresets(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
+    return quadro([&] { return funcao(G_stTagImpostoConfTemp); }, nome);
+}
+
 template <typename Funcao>
 int quadroDeMudanca(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
     return semExcecao(
         [&] {
             return naVez([&] {
-                fnInicializarVariaveis_ZEL();
+                fnInicializarVariaveis_ZEL(G_stXML_Persistencia);
                 return funcao();
             });
         },
@@ -115,10 +122,14 @@ int mudancaSemQuadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noe
         nome);
 }
 
-// Changes of the receipt: the process that made the first of them, to its end.
+// Changes of the receipt, which `funcao` gets: the process that made the first of them, to its end.
 template <typename Funcao>
 int quadroDoCupom(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
-    return semExcecao([&] { return naVez([&] { return fnComPosseDoCupom_ZEL(funcao); }); }, nome);
+    ST_PersitenceXML_ZEL &cupom = G_stXML_Persistencia;
+    const auto comPosse = [&] {
+        return fnComPosseDoCupom_ZEL(cupom, [&] { return funcao(cupom); });
+    };
+    return semExcecao([&] { return naVez(comPosse); }, nome);
 }
 
 // Hands over the text that a read fills, empty where there is nothing to report.
@@ -140,7 +151,8 @@ using namespace zel;
 // ---- Initialization -----------------------------------------------------------------------------
 
 int aCFInicializar_ZEL() {
-    return semExcecao([] { return naVez([] { return fnCFInicializar_ZEL_Felbor(); }); });
+    return semExcecao(
+        [] { return naVez([] { return fnCFInicializar_ZEL_Felbor(G_stXML_Persistencia); }); });
 }
 
 // ---- Opening and identification -----------------------------------------------------------------
@@ -148,10 +160,10 @@ int aCFInicializar_ZEL() {
 int aCFAbrir_ZEL(const char *documento, const char *nome, const char *logradouro,
                  const char *numero, const char *bairro, const char *codigoMunicipio,
                  const char *municipio, const char *uf, const char *cep) {
-    return quadroDoCupom([&] {
-        return fnCFAbrir_ZEL_Felbor({texto(documento), texto(nome), texto(logradouro),
-                                     texto(numero), texto(bairro), texto(codigoMunicipio),
-                                     texto(municipio), texto(uf), texto(cep)});
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFAbrir_ZEL_Felbor(cupom, {texto(documento), texto(nome), texto(logradouro),
+                                            texto(numero), texto(bairro), texto(codigoMunicipio),
+                                            texto(municipio), texto(uf), texto(cep)});
     });
 }
 
@@ -159,8 +171,8 @@ int aCFAbrirNumSerie_ZEL(int numeroCupom, int serie, const char *documento, cons
                          const char *logradouro, const char *numero, const char *bairro,
                          const char *codigoMunicipio, const char *municipio, const char *uf,
                          const char *cep) {
-    return quadroDoCupom([&] {
-        return fnCFAbrirNumSerie_ZEL_Felbor(numeroCupom, serie,
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFAbrirNumSerie_ZEL_Felbor(cupom, numeroCupom, serie,
                                             {texto(documento), texto(nome), texto(logradouro),
                                              texto(numero), texto(bairro), texto(codigoMunicipio),
                                              texto(municipio), texto(uf), texto(cep)});
@@ -171,8 +183,9 @@ int aCFIdentificarConsumidor_ZEL(const char *documento, const char *nome, const 
                                  const char *numero, const char *bairro,
                                  const char *codigoMunicipio, const char *municipio, const char *uf,
                                  const char *cep, const char *email) {
-    return quadroDoCupom([&] {
+    return quadroDoCupom([&](auto &cupom) {
         return fnCFIdentificarConsumidor_ZEL_Felbor(
+            cupom,
             {texto(documento), texto(nome), texto(logradouro), texto(numero), texto(bairro),
              texto(codigoMunicipio), texto(municipio), texto(uf), texto(cep)},
             texto(email));
@@ -182,10 +195,10 @@ int aCFIdentificarConsumidor_ZEL(const char *documento, const char *nome, const 
 int aCFIdentificarTransportadora_ZEL(const char *documento, const char *nome,
                                      const char *inscricaoEstadual, const char *endereco,
                                      const char *municipio, const char *uf) {
-    return quadroDoCupom([&] {
-        return fnCFIdentificarTransportadora_ZEL_Felbor({texto(documento), texto(nome),
-                                                         texto(inscricaoEstadual), texto(endereco),
-                                                         texto(municipio), texto(uf)});
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFIdentificarTransportadora_ZEL_Felbor(
+            cupom, {texto(documento), texto(nome), texto(inscricaoEstadual), texto(endereco),
+                    texto(municipio), texto(uf)});
     });
 }
 
@@ -194,8 +207,9 @@ int aCFIdentificarTransportadora_ZEL(const char *documento, const char *nome,
 int aCFVender_ZEL(const char *aliquota, const char *quantidade, const char *valorUnitario,
                   const char *tipoAjuste, const char *valorAjuste, const char *codigo,
                   const char *unidade, const char *descricao) {
-    return quadroDoCupom([&] {
-        return fnCFVender_ZEL_Felbor({.aliquota = texto(aliquota),
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFVender_ZEL_Felbor(cupom, G_stTagImpostoConfTemp,
+                                     {.aliquota = texto(aliquota),
                                       .quantidade = texto(quantidade),
                                       .valorUnitario = texto(valorUnitario),
                                       .tipoAjuste = texto(tipoAjuste),
@@ -212,8 +226,9 @@ int aCFVenderCompleto_ZEL(const char *aliquota, const char *quantidade, const ch
                           const char *tipoAjuste, const char *valorAjuste, const char *codigo,
                           const char *ncm, const char *cfop, const char *unidade,
                           const char *descricao, const char *) {
-    return quadroDoCupom([&] {
-        return fnCFVender_ZEL_Felbor({.aliquota = texto(aliquota),
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFVender_ZEL_Felbor(cupom, G_stTagImpostoConfTemp,
+                                     {.aliquota = texto(aliquota),
                                       .quantidade = texto(quantidade),
                                       .valorUnitario = texto(valorUnitario),
                                       .tipoAjuste = texto(tipoAjuste),
@@ -227,50 +242,59 @@ int aCFVenderCompleto_ZEL(const char *aliquota, const char *quantidade, const ch
 }
 
 int aCFVenderXml_ZEL(const char *xmlItem) {
-    return quadroDoCupom([&] { return fnCFVenderXml_ZEL_Felbor(texto(xmlItem)); });
+    return quadroDoCupom(
+        [&](auto &cupom) { return fnCFVenderXml_ZEL_Felbor(cupom, texto(xmlItem)); });
 }
 
 int aCFLancarDescontoItem_ZEL(int item, const char *tipo, const char *valor) {
-    return quadroDoCupom(
-        [&] { return fnCFLancarDescontoItem_ZEL_Felbor(item, texto(tipo), texto(valor)); });
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFLancarDescontoItem_ZEL_Felbor(cupom, item, texto(tipo), texto(valor));
+    });
 }
 
 int aCFLancarAcrescimoItem_ZEL(int item, const char *tipo, const char *valor) {
-    return quadroDoCupom(
-        [&] { return fnCFLancarAcrescimoItem_ZEL_Felbor(item, texto(tipo), texto(valor)); });
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFLancarAcrescimoItem_ZEL_Felbor(cupom, item, texto(tipo), texto(valor));
+    });
 }
 
 int aCFCancelarItem_ZEL(int item) {
-    return quadroDoCupom([&] { return fnCFCancelarItem_ZEL_Felbor(item); });
+    return quadroDoCupom([&](auto &cupom) { return fnCFCancelarItem_ZEL_Felbor(cupom, item); });
 }
 
 int aCFCancelarItemParcial_ZEL(int item, const char *quantidade) {
-    return quadroDoCupom(
-        [&] { return fnCFCancelarItemParcial_ZEL_Felbor(item, texto(quantidade)); });
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFCancelarItemParcial_ZEL_Felbor(cupom, item, texto(quantidade));
+    });
 }
 
 int aCFCancelarDescontoItem_ZEL(int item) {
-    return quadroDoCupom([&] { return fnCFCancelarDescontoItem_ZEL_Felbor(item); });
+    return quadroDoCupom(
+        [&](auto &cupom) { return fnCFCancelarDescontoItem_ZEL_Felbor(cupom, item); });
 }
 
 int aCFCancelarAcrescimoItem_ZEL(int item) {
-    return quadroDoCupom([&] { return fnCFCancelarAcrescimoItem_ZEL_Felbor(item); });
+    return quadroDoCupom(
+        [&](auto &cupom) { return fnCFCancelarAcrescimoItem_ZEL_Felbor(cupom, item); });
 }
 
 // ---- Totalization and payment -------------------------------------------------------------------
 
 int aCFTotalizar_ZEL(const char *tipo, const char *valor) {
-    return quadroDoCupom([&] { return fnCFTotalizar_ZEL_Felbor(texto(tipo), texto(valor)); });
+    return quadroDoCupom(
+        [&](auto &cupom) { return fnCFTotalizar_ZEL_Felbor(cupom, texto(tipo), texto(valor)); });
 }
 
 int aCFEfetuarPagamento_ZEL(const char *forma, const char *valor) {
-    return quadroDoCupom(
-        [&] { return fnCFEfetuarPagamento_ZEL_Felbor(texto(forma), texto(valor)); });
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFEfetuarPagamento_ZEL_Felbor(cupom, texto(forma), texto(valor));
+    });
 }
 
 int aCFEstornarPagamento_ZEL(const char *formaAtual, const char *formaNova, const char *valor) {
-    return quadroDoCupom([&] {
-        return fnCFEstornarPagamento_ZEL_Felbor(texto(formaAtual), texto(formaNova), texto(valor));
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFEstornarPagamento_ZEL_Felbor(cupom, texto(formaAtual), texto(formaNova),
+                                                texto(valor));
     });
 }
 
@@ -281,20 +305,21 @@ int aCFValorLeiImposto_ZEL(const char *valor) {
 // ---- Closing, cancellation and requests ---------------------------------------------------------
 
 int tCFEncerrar_ZEL(const char *informacoes) {
-    return quadroDoCupom([&] { return fnCFEncerrar_ZEL_Felbor(texto(informacoes)); });
+    return quadroDoCupom(
+        [&](auto &cupom) { return fnCFEncerrar_ZEL_Felbor(cupom, texto(informacoes)); });
 }
 
 int tCFEncerrarConfigMsg_ZEL(const char *informacoes, const char *informacoesFisco) {
-    return quadroDoCupom([&] {
-        return fnCFEncerrarConfigMsg_ZEL_Felbor(texto(informacoes), texto(informacoesFisco));
+    return quadroDoCupom([&](auto &cupom) {
+        return fnCFEncerrarConfigMsg_ZEL_Felbor(cupom, texto(informacoes), texto(informacoesFisco));
     });
 }
 
 int tCFCancelar_ZEL(const char *numero, const char *serie, const char *chave, const char *protocolo,
                     const char *justificativa) {
     return quadroDeMudanca([&] {
-        return fnCFCancelar_ZEL_Felbor(texto(numero), texto(serie), texto(chave), texto(protocolo),
-                                       texto(justificativa));
+        return fnCFCancelar_ZEL_Felbor(G_stXML_Persistencia, texto(numero), texto(serie),
+                                       texto(chave), texto(protocolo), texto(justificativa));
     });
 }
 
@@ -330,60 +355,73 @@ int GeraXMLConsulta_ZEL(const char *tipo, const char *inicio, const char *fim, c
 
 int aCFConfICMS00_ZEL(const char *origem, const char *cst, const char *modBC,
                       const char *aliquota) {
-    return quadro([&] {
-        return fnCFConfICMS00_ZEL_Felbor(texto(origem), texto(cst), texto(modBC), texto(aliquota));
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfICMS00_ZEL_Felbor(presets, texto(origem), texto(cst), texto(modBC),
+                                         texto(aliquota));
     });
 }
 
 int aCFConfICMS40_ZEL(const char *origem, const char *cst, const char *valorDesonerado,
                       const char *motivo) {
-    return quadro([&] {
-        return fnCFConfICMS40_ZEL_Felbor(texto(origem), texto(cst), texto(valorDesonerado),
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfICMS40_ZEL_Felbor(presets, texto(origem), texto(cst), texto(valorDesonerado),
                                          texto(motivo));
     });
 }
 
 int aCFConfICMS60_ZEL(const char *origem, const char *cst, const char *baseRetida,
                       const char *valorRetido) {
-    return quadro([&] {
-        return fnCFConfICMS60_ZEL_Felbor(texto(origem), texto(cst), texto(baseRetida),
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfICMS60_ZEL_Felbor(presets, texto(origem), texto(cst), texto(baseRetida),
                                          texto(valorRetido));
     });
 }
 
 int aCFConfPisAliq_ZEL(const char *cst, const char *aliquota) {
-    return quadro([&] { return fnCFConfPisAliq_ZEL_Felbor(texto(cst), texto(aliquota)); });
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfPisAliq_ZEL_Felbor(presets, texto(cst), texto(aliquota));
+    });
 }
 
 int aCFConfPisQtde_ZEL(const char *cst, const char *valorUnidade) {
-    return quadro([&] { return fnCFConfPisQtde_ZEL_Felbor(texto(cst), texto(valorUnidade)); });
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfPisQtde_ZEL_Felbor(presets, texto(cst), texto(valorUnidade));
+    });
 }
 
 int aCFConfPisNT_ZEL(const char *cst) {
-    return quadro([&] { return fnCFConfPisNT_ZEL_Felbor(texto(cst)); });
+    return quadroDosPresets(
+        [&](auto &presets) { return fnCFConfPisNT_ZEL_Felbor(presets, texto(cst)); });
 }
 
 int aCFConfPisOutr_ZEL(const char *cst, const char *aliquota, const char *valorUnidade) {
-    return quadro([&] {
-        return fnCFConfPisOutr_ZEL_Felbor(texto(cst), texto(aliquota), texto(valorUnidade));
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfPisOutr_ZEL_Felbor(presets, texto(cst), texto(aliquota),
+                                          texto(valorUnidade));
     });
 }
 
 int aCFConfCofinsAliq_ZEL(const char *cst, const char *aliquota) {
-    return quadro([&] { return fnCFConfCofinsAliq_ZEL_Felbor(texto(cst), texto(aliquota)); });
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfCofinsAliq_ZEL_Felbor(presets, texto(cst), texto(aliquota));
+    });
 }
 
 int aCFConfCofinsQtde_ZEL(const char *cst, const char *valorUnidade) {
-    return quadro([&] { return fnCFConfCofinsQtde_ZEL_Felbor(texto(cst), texto(valorUnidade)); });
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfCofinsQtde_ZEL_Felbor(presets, texto(cst), texto(valorUnidade));
+    });
 }
 
 int aCFConfCofinsNT_ZEL(const char *cst) {
-    return quadro([&] { return fnCFConfCofinsNT_ZEL_Felbor(texto(cst)); });
+    return quadroDosPresets(
+        [&](auto &presets) { return fnCFConfCofinsNT_ZEL_Felbor(presets, texto(cst)); });
 }
 
 int aCFConfCofinsOutr_ZEL(const char *cst, const char *aliquota, const char *valorUnidade) {
-    return quadro([&] {
-        return fnCFConfCofinsOutr_ZEL_Felbor(texto(cst), texto(aliquota), texto(valorUnidade));
+    return quadroDosPresets([&](auto &presets) {
+        return fnCFConfCofinsOutr_ZEL_Felbor(presets, texto(cst), texto(aliquota),
+                                             texto(valorUnidade));
     });
 }
 
@@ -409,7 +447,7 @@ int rCFVerificarStatus_ZEL() {
 int rInfoEstendida_ZEL(const char *indice, char *valor) {
     return quadro([&] {
         return entregar("valor", valor, [&](std::string &resultado) {
-            return fnInfoEstendida_ZEL(texto(indice), resultado);
+            return fnInfoEstendida_ZEL(G_stXML_Persistencia, texto(indice), resultado);
         });
     });
 }
@@ -425,10 +463,10 @@ int rURLQrcode_ZEL(char *url) {
 // ---- Contingency, printing and files ------------------------------------------------------------
 
 int aCFContingenciaUltimaNota_ZEL(int tipo, char *textoDocumento) {
-    return quadroDoCupom([&] {
+    return quadroDoCupom([&](auto &cupom) {
         const std::string_view entrada = texto(textoDocumento);
         std::string resultado(entrada);
-        const int codigo = fnGerarXMLContingencia(tipo, resultado);
+        const int codigo = fnGerarXMLContingencia(cupom, tipo, resultado);
         // A refused call leaves the text alone, so that it may even be a literal.
         if (textoDocumento != nullptr && resultado != entrada)
             copiarResultado(resultado, textoDocumento);
@@ -441,9 +479,9 @@ int GerarArquivoFormatadoNF_ZEL(const char *caminhoXml, const char *caminhoRetor
                                 const char *reservado, char *saida) {
     return mudancaSemQuadro([&] {
         return entregar("saida", saida, [&](std::string &resultado) {
-            return fnGerarArquivoFormatadoNF(texto(caminhoXml), texto(caminhoRetorno),
-                                             texto(urlQrcode), colunas, tipoDocumento,
-                                             texto(reservado), resultado);
+            return fnGerarArquivoFormatadoNF(
+                G_stXML_Persistencia, G_stDadosImpressao, texto(caminhoXml), texto(caminhoRetorno),
+                texto(urlQrcode), colunas, tipoDocumento, texto(reservado), resultado);
         });
     });
 }
@@ -461,7 +499,10 @@ int GeraPDF_ZEL(const char *documentoBase64) {
 }
 
 int GeraPDF_DANFE_ZEL(const char *documentoBase64) {
-    return mudancaSemQuadro([&] { return fnGerarPDFDanfeDoXml(texto(documentoBase64)); });
+    return mudancaSemQuadro([&] {
+        return fnGerarPDFDanfeDoXml(G_stXML_Persistencia, G_stDadosImpressao,
+                                    texto(documentoBase64));
+    });
 }
 
 int eCriptografarArquivo_ZEL(const char *origem, const char *destino, const char *chave) {

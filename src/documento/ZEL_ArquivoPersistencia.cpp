@@ -3,7 +3,6 @@
 
 #include "ZEL_FelborFramework.h"
 #include "documento/ZEL_Parser.h"
-#include "documento/ZEL_Persistencia.h"
 #include "documento/ZEL_Registros.h"
 #include "util/Arquivo.h"
 #include "util/Diretorio.h"
@@ -89,17 +88,17 @@ int lerRegistro(ST_PersitenceXML_ZEL &documento, std::string_view linha) {
     return documento.fnAdicionarTagZEL(secao, std::move(raiz));
 }
 
-// Before any save: a damaged original is kept beside. ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
-int guardarDanificado() {
-    if (!arquivo.danificado) return ZEL_OK;
+// Before any save: a damaged original is kept beside. False when it cannot be.
+bool guardarDanificado() {
+    if (!arquivo.danificado) return true;
     std::string original;
     const Leitura leitura = lerArquivo(caminho(), original, Ligacao::kNaoSeguida);
-    if (leitura == Leitura::kFalha) return arquivoIndisponivel();
+    if (leitura == Leitura::kFalha) return false;
     if (leitura == Leitura::kLido &&
         substituirArquivo(fnConfigurarPath(kNomeDanificado), original, Acesso::kPrivado) != ZEL_OK)
-        return arquivoIndisponivel();
+        return false;
     arquivo.danificado = false;
-    return ZEL_OK;
+    return true;
 }
 
 // What this process knows of a file that holds the document whole, in the order of its records.
@@ -144,28 +143,30 @@ int recusarSemDocumento() {
     return arquivo.lido ? recusar(Motivo::kSemDocumento) : arquivoIndisponivel();
 }
 
-void fnEsquecerEstrutura_ZEL() {
-    G_stXML_Persistencia.fnLimpar();
+void fnEsquecerEstrutura_ZEL(ST_PersitenceXML_ZEL &documento) {
+    documento.fnLimpar();
     arquivo = {};
 }
 
-int fnPersistEstrutura_ZEL(std::span<const Alteracao> alteracoes,
+int fnPersistEstrutura_ZEL(const ST_PersitenceXML_ZEL &documento,
+                           std::span<const Alteracao> alteracoes,
                            std::span<const MudancaArquivo> outros) {
-    if (!arquivo.lido || guardarDanificado() != ZEL_OK) return arquivoIndisponivel();
-    const std::string texto = escreverDocumento(G_stXML_Persistencia);
+    if (!arquivo.lido || !guardarDanificado()) return arquivoIndisponivel();
+    const std::string texto = escreverDocumento(documento);
     std::vector<MudancaArquivo> mudancas(outros.begin(), outros.end());
     mudancas.push_back({.nome = kNome, .depois = texto});
     if (const int resultado = alterarConfig(alteracoes, mudancas); resultado != ZEL_OK)
         return resultado;
-    assumirInteiro(G_stXML_Persistencia, texto.size());
+    assumirInteiro(documento, texto.size());
     return ZEL_OK;
 }
 
-int fnPersistUltimo_ZEL(Secao secao, std::span<const Alteracao> alteracoes) {
-    const ST_PersitenceXML_ZEL &documento = G_stXML_Persistencia;
+int fnPersistUltimo_ZEL(const ST_PersitenceXML_ZEL &documento, Secao secao,
+                        std::span<const Alteracao> alteracoes) {
     const ST_tagZEL *novo = ultimoDe(documento, secao);
     const auto lugar = lugarDoUltimo(documento, secao);
-    if (arquivo.danificado || novo == nullptr || !lugar) return fnPersistEstrutura_ZEL(alteracoes);
+    if (arquivo.danificado || novo == nullptr || !lugar)
+        return fnPersistEstrutura_ZEL(documento, alteracoes);
     std::string fim;
     escreverRegistro(fim, secao, *novo);
     if (arquivo.transporteNoFim > 0)
@@ -189,24 +190,24 @@ int fnPersistUltimo_ZEL(Secao secao, std::span<const Alteracao> alteracoes) {
     return ZEL_OK;
 }
 
-int fnCarregaEstrutura_ZEL(bool *passageira) {
+int fnCarregaEstrutura_ZEL(ST_PersitenceXML_ZEL &documento, bool *passageira) {
     if (passageira != nullptr) *passageira = true;
     std::string texto;
     const Leitura leitura = lerArquivo(caminho(), texto, Ligacao::kNaoSeguida);
     if (leitura == Leitura::kFalha) return arquivoIndisponivel();
 
     // Read apart, for memory may run out on the way.
-    ST_PersitenceXML_ZEL documento;
+    ST_PersitenceXML_ZEL lido;
     std::size_t inteiro = 0;
     const int resultado = percorrerLinhas(
-        texto, inteiro, [&](std::string_view linha) { return lerRegistro(documento, linha); });
+        texto, inteiro, [&](std::string_view linha) { return lerRegistro(lido, linha); });
     if (passageira != nullptr) *passageira = false;
-    G_stXML_Persistencia = std::move(documento);
+    documento = std::move(lido);
     arquivo = {.lido = true, .tamanho = {}};
     if (leitura == Leitura::kInexistente) return arquivoIndisponivel();
     arquivo.danificado = resultado != ZEL_OK;
     if (inteiro != texto.size()) return resultado;
-    assumirInteiro(G_stXML_Persistencia, inteiro);
+    assumirInteiro(documento, inteiro);
     // Edited by somebody who put it elsewhere.
     const std::size_t lugar = inteiro - std::min(arquivo.transporteNoFim, inteiro);
     if (!texto.substr(lugar).starts_with("04|")) arquivo.transporteNoFim = 0;

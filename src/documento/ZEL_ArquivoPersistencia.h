@@ -8,6 +8,7 @@
 
 #include "config/Registro.h"
 #include "documento/Secao.h"
+#include "documento/ZEL_Persistencia.h"
 #include "util/Gravacao.h"
 
 #include <span>
@@ -23,22 +24,24 @@ bool fnEstruturaLida_ZEL();
 int recusarSemDocumento();
 
 // Empties the memory, as in a new process: nothing is written until the file has been read again.
-void fnEsquecerEstrutura_ZEL();
+void fnEsquecerEstrutura_ZEL(ST_PersitenceXML_ZEL &documento);
 
 // Writes the document whole, in one commit with changes of the configuration. ZEL_OK; ZEL_RECUSADO,
 // ZEL_CONFIG_ILEGIVEL or ZEL_ARQUIVO_INDISPONIVEL with files and configuration as before. A file
 // that was found damaged is first kept beside as ArqPersist.bin.danificado.
-int fnPersistEstrutura_ZEL(std::span<const Alteracao> alteracoes = {},
+int fnPersistEstrutura_ZEL(const ST_PersitenceXML_ZEL &documento,
+                           std::span<const Alteracao> alteracoes = {},
                            std::span<const MudancaArquivo> outros = {});
 
 // The same of the record last added to a section: only that is written, where it is the last of the
 // file or stands in front of the carrier's, so that item 999 costs what the first one did;
 // otherwise the whole document.
-int fnPersistUltimo_ZEL(Secao secao, std::span<const Alteracao> alteracoes = {});
+int fnPersistUltimo_ZEL(const ST_PersitenceXML_ZEL &documento, Secao secao,
+                        std::span<const Alteracao> alteracoes = {});
 
-// Reads the document back into G_stXML_Persistencia. A torn last record is dropped. ZEL_OK;
+// Reads the document back from its file. A torn last record is dropped. ZEL_OK;
 // ZEL_ARQUIVO_INDISPONIVEL there is no document or it cannot be read (`passageira` says which);
 // ZEL_RECUSADO a record is malformed: what was read before it is kept.
-int fnCarregaEstrutura_ZEL(bool *passageira = nullptr);
+int fnCarregaEstrutura_ZEL(ST_PersitenceXML_ZEL &documento, bool *passageira = nullptr);
 
 } // namespace zel

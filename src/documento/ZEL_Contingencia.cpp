@@ -6,18 +6,17 @@
 #include "documento/ZEL_ArquivoPersistencia.h"
 #include "documento/ZEL_Cabecalho.h"
 #include "documento/ZEL_Montagem.h"
-#include "documento/ZEL_Persistencia.h"
 #include "util/Numero.h"
 #include "util/Recusa.h"
 
 namespace zel {
 
-int fnGerarXMLContingencia(int tipo, std::string &texto) {
+int fnGerarXMLContingencia(ST_PersitenceXML_ZEL &documento, int tipo, std::string &texto) {
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
     bool passageira = false;
-    const int carga = fnCarregaEstrutura_ZEL(&passageira);
+    const int carga = fnCarregaEstrutura_ZEL(documento, &passageira);
     if (passageira) return carga;
-    if (!G_stXML_Persistencia.temListaDeVendas()) return recusar(Motivo::kReemitirSemItens);
+    if (!documento.temListaDeVendas()) return recusar(Motivo::kReemitirSemItens);
 
     std::string parametros;
     if (tipo == kSubstituicao) {
@@ -27,7 +26,7 @@ int fnGerarXMLContingencia(int tipo, std::string &texto) {
         parametros = "<SubstituirDocumento><nNF>" + numero(R"(IDE\nNF)"_chave) + "</nNF><serie>" +
                      numero(R"(IDE\Serie)"_chave) + "</serie></SubstituirDocumento>";
     }
-    const int resultado = fnXMLFormatado_ZEL(tipo, texto, {.parametros = parametros});
+    const int resultado = fnXMLFormatado_ZEL(documento, tipo, texto, {.parametros = parametros});
     return resultado == 0 ? recusar(Motivo::kTipoDeEmissao, {.numero = tipo}) : resultado;
 }
 

@@ -2,6 +2,8 @@
 // Reissue of the last document from its stored sections: in contingency, or to replace it.
 #pragma once
 
+#include "documento/ZEL_Persistencia.h"
+
 #include <string>
 
 namespace zel {
@@ -11,6 +13,6 @@ namespace zel {
 // number and series of the document that it replaces. The receipt state does not matter. ZEL_OK;
 // ZEL_RECUSADO an unknown kind, no document, or what fnXMLFormatado_ZEL refuses;
 // ZEL_CONFIG_ILEGIVEL, ZEL_ARQUIVO_INDISPONIVEL.
-int fnGerarXMLContingencia(int tipo, std::string &texto);
+int fnGerarXMLContingencia(ST_PersitenceXML_ZEL &documento, int tipo, std::string &texto);
 
 } // namespace zel

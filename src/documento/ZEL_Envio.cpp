@@ -22,7 +22,7 @@ int fnGravarDocumento_ZEL(std::string_view documento, const JuntoDoDocumento &ju
     };
     if (!junto.parametros.empty()) incluir(kArquivoParametros, junto.parametros);
     incluir(kArquivoDocumentos, documento);
-    return junto.estrutura ? fnPersistEstrutura_ZEL(junto.alteracoes, mudancas)
+    return junto.estrutura ? fnPersistEstrutura_ZEL(*junto.estrutura, junto.alteracoes, mudancas)
                            : alterarConfig(junto.alteracoes, mudancas);
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "config/Registro.h"
+#include "documento/ZEL_Persistencia.h"
 #include "util/Historico.h"
 
 #include <span>
@@ -21,7 +22,7 @@ int fnCriarArquivoEnvio(std::string_view nome, std::string_view texto);
 struct JuntoDoDocumento {
     std::span<const Alteracao> alteracoes{}; // of the configuration
     std::string_view parametros{};           // of parametrosEnvio.xml; empty leaves it alone
-    bool estrutura = false;                  // the document in progress, too
+    const ST_PersitenceXML_ZEL *estrutura = nullptr; // the document in progress, too
 };
 
 // Writes an issued document to documentosEnvio.xml: either all of it changes or nothing does, also

@@ -4,7 +4,6 @@
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_Persistencia.h"
 #include "documento/ZEL_Somas.h"
 #include "util/Numero.h"
 #include "util/Recusa.h"
@@ -16,8 +15,7 @@ namespace zel {
 
 namespace {
 
-std::string vendendo(long long indice) {
-    const ST_PersitenceXML_ZEL &documento = G_stXML_Persistencia;
+std::string vendendo(const ST_PersitenceXML_ZEL &documento, long long indice) {
     if (!documento.temListaDeVendas()) return {};
     if (indice == 1) return formatarInteiro(documento.quantidadeItens());
     if (indice == 2) return std::string(ZEL_TIPO_DESC_ACREC.texto());
@@ -26,8 +24,7 @@ std::string vendendo(long long indice) {
     return prod != nullptr ? std::string(prod->valorDe("vProd")) : std::string{};
 }
 
-std::string pagando(long long indice) {
-    const ST_PersitenceXML_ZEL &documento = G_stXML_Persistencia;
+std::string pagando(const ST_PersitenceXML_ZEL &documento, long long indice) {
     if (indice != 1 && indice != 2) return {};
     const std::string total = totalDoCupom(documento);
     if (!documento.pagamentos || documento.pagamentos->empty())
@@ -40,10 +37,10 @@ std::string pagando(long long indice) {
     return formatarMoeda(std::abs(falta));
 }
 
-std::string encerrado(long long indice) {
+std::string encerrado(const ST_PersitenceXML_ZEL &documento, long long indice) {
     switch (indice) {
     case 1:
-        return totalDoCupom(G_stXML_Persistencia);
+        return totalDoCupom(documento);
     case 2:
         return std::string(valorConfig(R"(IDE\nNF)"_chave));
     case 3:
@@ -63,16 +60,17 @@ std::string encerrado(long long indice) {
 
 } // namespace
 
-int fnInfoEstendida_ZEL(std::string_view indice, std::string &saida) {
+int fnInfoEstendida_ZEL(const ST_PersitenceXML_ZEL &documento, std::string_view indice,
+                        std::string &saida) {
     saida.clear();
     const long long numero = lerInteiro(indice);
     const int estado = fnCFVerificarStatus_ZEL();
     if (estado < kVendendo) return ZEL_OK;
     if (numero == 0 || numero > 7)
         return recusar(Motivo::kIndice, {.campo = "indice", .dado = indice});
-    if (estado == kVendendo) saida = vendendo(numero);
-    if (estado == kTotalizado || estado == kPagamento) saida = pagando(numero);
-    if (estado == kEncerrado) saida = encerrado(numero);
+    if (estado == kVendendo) saida = vendendo(documento, numero);
+    if (estado == kTotalizado || estado == kPagamento) saida = pagando(documento, numero);
+    if (estado == kEncerrado) saida = encerrado(documento, numero);
     saida.resize(std::min<std::size_t>(saida.size(), 99));
     return ZEL_OK;
 }

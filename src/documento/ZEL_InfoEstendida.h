@@ -3,6 +3,8 @@
 // Reads the document in progress and the configuration, changes nothing.
 #pragma once
 
+#include "documento/ZEL_Persistencia.h"
+
 #include <string>
 #include <string_view>
 
@@ -21,6 +23,7 @@ namespace zel {
 //   5                                                                           series
 //   6                                                                           authorization time
 //   7                                                                           digest
-int fnInfoEstendida_ZEL(std::string_view indice, std::string &saida);
+int fnInfoEstendida_ZEL(const ST_PersitenceXML_ZEL &documento, std::string_view indice,
+                        std::string &saida);
 
 } // namespace zel

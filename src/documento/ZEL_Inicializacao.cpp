@@ -68,27 +68,27 @@ void fnPrepararArquivos_ZEL() {
     const bool certos = !vez || acompanharDiario() == ZEL_OK;
     const bool sozinho = vez && certos && posse;
     arquivosProntos =
-        garantirConfig() == ZEL_OK && certos && (!sozinho || fnResolverPendencias_ZEL() == ZEL_OK);
+        garantirConfig() == ZEL_OK && certos && (!sozinho || fnResolverPendencias_ZEL());
     if (sozinho) removerSobras();
 }
 
-void fnInicializarVariaveis_ZEL() {
+void fnInicializarVariaveis_ZEL(ST_PersitenceXML_ZEL &documento) {
     if (documentoCarregado) return;
     const Vez vez;
     const PosseDoCupom posse;
     construirMoldes();
     fnPrepararArquivos_ZEL();
     bool passageira = false;
-    fnCarregaEstrutura_ZEL(&passageira);
+    fnCarregaEstrutura_ZEL(documento, &passageira);
     documentoCarregado = arquivosProntos && !passageira;
 }
 
-void fnRecarregarVariaveis_ZEL() {
-    fnEsquecerEstrutura_ZEL();
+void fnRecarregarVariaveis_ZEL(ST_PersitenceXML_ZEL &documento) {
+    fnEsquecerEstrutura_ZEL(documento);
     arquivosProntos = documentoCarregado = false;
     // A configuration that cannot be read is the operation's to answer.
     fnXML_CarregarXML_ZEL();
-    fnInicializarVariaveis_ZEL();
+    fnInicializarVariaveis_ZEL(documento);
 }
 
 void fnFinalizarVariaveis_ZEL() {

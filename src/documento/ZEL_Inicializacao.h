@@ -4,12 +4,14 @@
 #pragma once
 
 #include "ZEL_FelborFramework.h"
+#include "documento/ZEL_Persistencia.h"
 #include "util/Trava.h"
 
 namespace zel {
 
-// All of it. A step that fails for a passing reason is tried again by the next call.
-void fnInicializarVariaveis_ZEL();
+// All of it, with the document as its file has it. A step that fails for a passing reason is tried
+// again by the next call.
+void fnInicializarVariaveis_ZEL(ST_PersitenceXML_ZEL &documento);
 
 // Configuration and output files alone, for functions that do without the document in progress: the
 // first call of a process, whichever it is, sees the file. A failure is tried again as above.
@@ -17,15 +19,15 @@ void fnPrepararArquivos_ZEL();
 
 // All of it anew, for a process that goes on where another one may have worked: what it had in
 // memory must not be saved over that.
-void fnRecarregarVariaveis_ZEL();
+void fnRecarregarVariaveis_ZEL(ST_PersitenceXML_ZEL &documento);
 
-// Runs a change of the receipt, within a turn: ZEL_ARQUIVO_INDISPONIVEL while another process has
+// Runs a change of the document, within a turn: ZEL_ARQUIVO_INDISPONIVEL while another process has
 // the receipt. The first change that succeeds keeps it for this process.
 template <class Funcao>
-int fnComPosseDoCupom_ZEL(Funcao funcao) {
+int fnComPosseDoCupom_ZEL(ST_PersitenceXML_ZEL &documento, Funcao funcao) {
     PosseDoCupom posse;
     if (!posse) return posse.recusa();
-    posse.nova() ? fnRecarregarVariaveis_ZEL() : fnInicializarVariaveis_ZEL();
+    posse.nova() ? fnRecarregarVariaveis_ZEL(documento) : fnInicializarVariaveis_ZEL(documento);
     const int resultado = funcao();
     if (resultado > 0) posse.manter();
     return resultado;

@@ -3,7 +3,6 @@
 
 #include "ZEL_FelborFramework.h"
 #include "documento/ZEL_Cabecalho.h"
-#include "documento/ZEL_Persistencia.h"
 #include "util/Acentuacao.h"
 #include "util/Cripto.h"
 #include "util/Diretorio.h"
@@ -102,22 +101,22 @@ int gravarContingencia(const Cabecalho &cabecalho, const std::string &documento,
 
 } // namespace
 
-int fnXMLFormatado_ZEL(int tipo, std::string &texto, const JuntoDoDocumento &junto) {
+int fnXMLFormatado_ZEL(const ST_PersitenceXML_ZEL &documento, int tipo, std::string &texto,
+                       const JuntoDoDocumento &junto) {
     if (tipo == kContingencia && separarDiretorios(texto).empty())
         return recusar(Motivo::kContingenciaSemDiretorio, {.campo = "texto", .dado = texto});
     Cabecalho cabecalho;
     if (const int resultado = cabecalhoZEL(tipo, std::time(nullptr), cabecalho);
         resultado != ZEL_OK)
         return resultado;
-    std::string documento = cabecalho.texto;
-    if (const int incompleto = escreverCorpo(documento, G_stXML_Persistencia);
-        incompleto != ZEL_OK) {
+    std::string emitido = cabecalho.texto;
+    if (const int incompleto = escreverCorpo(emitido, documento); incompleto != ZEL_OK) {
         const int resultado = alterarConfig(cabecalho.numeracao);
         return resultado == ZEL_OK ? incompleto : resultado;
     }
-    documento = fnAdequarCaracteres(documento);
-    if (tipo == kContingencia) return gravarContingencia(cabecalho, documento, texto);
-    return gravarEnvio(cabecalho, std::move(documento), texto, junto);
+    emitido = fnAdequarCaracteres(emitido);
+    if (tipo == kContingencia) return gravarContingencia(cabecalho, emitido, texto);
+    return gravarEnvio(cabecalho, std::move(emitido), texto, junto);
 }
 
 } // namespace zel

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "documento/ZEL_Envio.h"
+#include "documento/ZEL_Persistencia.h"
 
 #include <string>
 #include <string_view>
@@ -19,6 +20,7 @@ namespace zel {
 // cannot be built, kind 4 without a directory; ZEL_CONFIG_ILEGIVEL, ZEL_ARQUIVO_INDISPONIVEL. A
 // document refused for a missing section has still consumed its number and numeric code; otherwise
 // a failure leaves everything as it was.
-int fnXMLFormatado_ZEL(int tipo, std::string &texto, const JuntoDoDocumento &junto);
+int fnXMLFormatado_ZEL(const ST_PersitenceXML_ZEL &documento, int tipo, std::string &texto,
+                       const JuntoDoDocumento &junto);
 
 } // namespace zel

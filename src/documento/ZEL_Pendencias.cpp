@@ -7,7 +7,6 @@
 #include "documento/ZEL_Registros.h"
 #include "util/Arquivo.h"
 #include "util/Diretorio.h"
-#include "util/Recusa.h"
 
 #include <string>
 #include <utility>
@@ -75,22 +74,21 @@ bool pertenceAConfiguracao(std::string_view documento) {
 }
 
 // Puts what waits under `pendente` in the place of `nome` when `pertence(conteudo)`, and drops it
-// otherwise.
+// otherwise. False when it cannot.
 template <class Pertence>
-int resolver(std::string_view nome, std::string_view pendente, Pertence pertence) {
+bool resolver(std::string_view nome, std::string_view pendente, Pertence pertence) {
     const std::string espera = fnConfigurarPath(pendente), lugar = fnConfigurarPath(nome);
     std::string conteudo;
     switch (lerArquivo(espera, conteudo, Ligacao::kNaoSeguida)) {
     case Leitura::kInexistente:
-        return ZEL_OK;
+        return true;
     case Leitura::kFalha:
-        return arquivoIndisponivel();
+        return false;
     case Leitura::kLido:
         break;
     }
-    if (!pertence(conteudo)) return removerArquivo(espera);
-    const int movido = renomearArquivo(espera, lugar);
-    return movido == ZEL_OK ? descarregarDiretorio(lugar) : movido;
+    if (!pertence(conteudo)) return removerArquivo(espera) == ZEL_OK;
+    return renomearArquivo(espera, lugar) == ZEL_OK && descarregarDiretorio(lugar) == ZEL_OK;
 }
 
 bool registrosPertencem(std::string_view esperando) {
@@ -105,20 +103,16 @@ bool registrosPertencem(std::string_view esperando) {
 
 } // namespace
 
-int fnResolverPendencias_ZEL() {
+bool fnResolverPendencias_ZEL() {
     std::string documento;
     if (lerArquivo(fnConfigurarPath("documentosEnvio.xml.tmp"), documento, Ligacao::kNaoSeguida) ==
         Leitura::kFalha)
-        return arquivoIndisponivel();
+        return false;
     // Parameters wait only while their document does.
-    int resultado = resolver("parametrosEnvio.xml", "parametrosEnvio.xml.tmp",
-                             [&](std::string_view) { return pertenceAConfiguracao(documento); });
-    if (resultado == ZEL_OK)
-        resultado =
-            resolver("documentosEnvio.xml", "documentosEnvio.xml.tmp", pertenceAConfiguracao);
-    if (resultado == ZEL_OK)
-        resultado = resolver("ArqPersist.bin", "ArqPersist.tmp", registrosPertencem);
-    return resultado;
+    return resolver("parametrosEnvio.xml", "parametrosEnvio.xml.tmp",
+                    [&](std::string_view) { return pertenceAConfiguracao(documento); }) &&
+           resolver("documentosEnvio.xml", "documentosEnvio.xml.tmp", pertenceAConfiguracao) &&
+           resolver("ArqPersist.bin", "ArqPersist.tmp", registrosPertencem);
 }
 
 } // namespace zel

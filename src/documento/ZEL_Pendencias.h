@@ -6,8 +6,8 @@
 
 namespace zel {
 
-// Puts in place what belongs to the configuration, and drops the rest. ZEL_OK, or
-// ZEL_ARQUIVO_INDISPONIVEL when that cannot be done yet.
-int fnResolverPendencias_ZEL();
+// Puts in place what belongs to the configuration, and drops the rest. False when that cannot be
+// done yet.
+bool fnResolverPendencias_ZEL();
 
 } // namespace zel

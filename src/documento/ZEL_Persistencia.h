@@ -42,6 +42,7 @@ struct ST_PersitenceXML_ZEL {
     bool temListaDeVendas() const { return vendas.has_value(); }
 };
 
+// Known to the exported functions alone, which hand it to the operations.
 extern ST_PersitenceXML_ZEL G_stXML_Persistencia;
 
 // Runs an operation; when it does not answer 1, or memory runs out in it, runs `desfazer`.

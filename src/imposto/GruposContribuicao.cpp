@@ -134,16 +134,16 @@ int atualizar(const Tributo &t, std::span<const Grupo> grupos, const ST_tagZEL &
 
 } // namespace
 
-int fnTratarPIS(std::string_view aliquotaVenda, std::string_view base, std::string_view quantidade,
-                ST_tagZEL &imposto) {
-    return tratar(kPis, kGruposPIS, fnIdentificarImpostoPIS(), G_stTagImpostoConfTemp.pis,
+int fnTratarPIS(const Preset &preset, std::string_view aliquotaVenda, std::string_view base,
+                std::string_view quantidade, ST_tagZEL &imposto) {
+    return tratar(kPis, kGruposPIS, fnIdentificarImpostoPIS(preset), preset,
                   {aliquotaVenda, base, quantidade}, imposto);
 }
 
-int fnTratarCOFINS(std::string_view aliquotaVenda, std::string_view base,
+int fnTratarCOFINS(const Preset &preset, std::string_view aliquotaVenda, std::string_view base,
                    std::string_view quantidade, ST_tagZEL &imposto) {
-    return tratar(kCofins, kGruposCOFINS, fnIdentificarImpostoCOFINS(),
-                  G_stTagImpostoConfTemp.cofins, {aliquotaVenda, base, quantidade}, imposto);
+    return tratar(kCofins, kGruposCOFINS, fnIdentificarImpostoCOFINS(preset), preset,
+                  {aliquotaVenda, base, quantidade}, imposto);
 }
 
 int fnTratarISS(std::string_view aliquotaVenda, std::string_view base, ST_tagZEL &imposto) {

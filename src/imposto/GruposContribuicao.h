@@ -5,17 +5,19 @@
 #pragma once
 
 #include "documento/ZEL_Tag.h"
+#include "imposto/Presets.h"
 
 #include <string_view>
 
 namespace zel {
 
 // Add the `PIS` or `COFINS` tag with the group in force to `imposto`; when no group is in force
-// they add nothing. ZEL_OK; ZEL_RECUSADO when a required value of the group is missing.
-int fnTratarPIS(std::string_view aliquota, std::string_view base, std::string_view quantidade,
-                ST_tagZEL &imposto);
-int fnTratarCOFINS(std::string_view aliquota, std::string_view base, std::string_view quantidade,
-                   ST_tagZEL &imposto);
+// they add nothing. `preset`: that of the tax. ZEL_OK; ZEL_RECUSADO when a required value of the
+// group is missing.
+int fnTratarPIS(const Preset &preset, std::string_view aliquota, std::string_view base,
+                std::string_view quantidade, ST_tagZEL &imposto);
+int fnTratarCOFINS(const Preset &preset, std::string_view aliquota, std::string_view base,
+                   std::string_view quantidade, ST_tagZEL &imposto);
 
 // Adds the `ISSQN` tag to `imposto`. ZEL_OK; ZEL_RECUSADO when a required value is missing.
 int fnTratarISS(std::string_view aliquota, std::string_view base, ST_tagZEL &imposto);

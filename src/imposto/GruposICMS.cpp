@@ -100,14 +100,14 @@ constexpr std::array<std::string_view, 3> kAceitaVazio{"ICMS00", "ICMS40", "ICMS
 
 } // namespace
 
-int fnTratarICMS(std::string_view aliquotaVenda, std::string_view base, ST_tagZEL &imposto) {
-    const auto selecao = fnIdentificarImpostoICMS();
+int fnTratarICMS(const Preset &preset, std::string_view aliquotaVenda, std::string_view base,
+                 ST_tagZEL &imposto) {
+    const auto selecao = fnIdentificarImpostoICMS(preset);
     const Grupo *grupo = selecao ? procurarGrupo(kGrupos, selecao->grupo) : nullptr;
     if (!grupo) return recusar(Motivo::kSemGrupoIcms);
-    const Preset *preset =
-        selecao->fonte == Fonte::kConfTemp ? &G_stTagImpostoConfTemp.icms : nullptr;
+    const bool doPreset = selecao->fonte == Fonte::kConfTemp;
     ST_tagZEL tag("ICMS");
-    if (auto montado = montarGrupo(*grupo, preset, {aliquotaVenda, base, {}}))
+    if (auto montado = montarGrupo(*grupo, doPreset ? &preset : nullptr, {aliquotaVenda, base, {}}))
         tag.addSubTag(std::move(*montado));
     else if (std::ranges::find(kAceitaVazio, grupo->nome.texto()) == kAceitaVazio.end())
         return jaRecusado(Motivo::kImpostoSemValor);

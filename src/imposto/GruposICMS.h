@@ -4,16 +4,18 @@
 #pragma once
 
 #include "documento/ZEL_Tag.h"
+#include "imposto/Presets.h"
 
 #include <string_view>
 
 namespace zel {
 
-// Adds the `ICMS` tag with the group in force to `imposto`. `aliquota`: the sale's rate with two
-// decimals; `base`: the tax base. ZEL_OK; ZEL_RECUSADO when no group is in force or a required
-// value of it is missing, except that ICMS00, ICMS40 and ICMS60 then leave the `ICMS` tag empty and
-// answer 1.
-int fnTratarICMS(std::string_view aliquota, std::string_view base, ST_tagZEL &imposto);
+// Adds the `ICMS` tag with the group in force to `imposto`. `preset`: that of ICMS; `aliquota`: the
+// sale's rate with two decimals; `base`: the tax base. ZEL_OK; ZEL_RECUSADO when no group is in
+// force or a required value of it is missing, except that ICMS00, ICMS40 and ICMS60 then leave the
+// `ICMS` tag empty and answer 1.
+int fnTratarICMS(const Preset &preset, std::string_view aliquota, std::string_view base,
+                 ST_tagZEL &imposto);
 
 // Adds the stored `ICMS` tag to `imposto`, its group's values computed anew from the new base and
 // the stored `pICMS` (0.00 when the group has none). A tag without a group is copied. ZEL_OK;

@@ -24,21 +24,13 @@ std::string_view Preset::valor(std::string_view elemento) const {
 
 namespace {
 
-// One tax: its place in the record, the names of its groups and of its rate.
+// The names of a tax's groups and of its rate.
 struct Tributo {
-    Preset ST_tagImpostoConfTemp::*preset;
     std::string_view aliq, qtde, nt, outr, aliquota;
 };
 
-constexpr Tributo kIcms{&ST_tagImpostoConfTemp::icms, {}, {}, {}, {}, {}};
-constexpr Tributo kPis{
-    &ST_tagImpostoConfTemp::pis, "PiSAliq", "PISQtde", "PISNT", "PISOutr", "pPIS"};
-constexpr Tributo kCofins{&ST_tagImpostoConfTemp::cofins,
-                          "COFINSAliq",
-                          "COFINSQtde",
-                          "COFINSNT",
-                          "COFINSOutr",
-                          "pCOFINS"};
+constexpr Tributo kPis{"PiSAliq", "PISQtde", "PISNT", "PISOutr", "pPIS"};
+constexpr Tributo kCofins{"COFINSAliq", "COFINSQtde", "COFINSNT", "COFINSOutr", "pCOFINS"};
 
 // An argument in plain characters, and how many of them it may have.
 struct Limite {
@@ -63,12 +55,11 @@ int recusarTamanho(const Limite &limite) {
 
 // The steps of every preset operation, in order: the state, the erasing, the bounds, the storing. A
 // refused preset thus leaves its tax without any.
-int definirPreset(const Tributo &tributo, std::string_view grupo, const Limite *fora,
+int definirPreset(Preset &preset, std::string_view grupo, const Limite *fora,
                   std::initializer_list<Preset::Valor> valores) {
     const int estado = fnCFVerificarStatus_ZEL();
     if (estado < kAberto || estado > kTotalizado)
         return recusarNoEstado(Motivo::kImpostoForaDoEstado);
-    Preset &preset = G_stTagImpostoConfTemp.*tributo.preset;
     preset = {};
     if (fora != nullptr) return recusarTamanho(*fora);
     preset.grupo = grupo;
@@ -81,52 +72,54 @@ std::string duasCasas(std::string_view simples) {
 }
 
 // ICMS40 and ICMS60: two codes with bounds, two more texts without.
-int presetIcms(std::string_view grupo, std::string_view origem, std::string_view cst,
-               Preset::Valor terceiro, Preset::Valor quarto) {
+int presetIcms(Preset &preset, std::string_view grupo, std::string_view origem,
+               std::string_view cst, Preset::Valor terceiro, Preset::Valor quarto) {
     const std::string orig = textoSimples(origem), CST = textoSimples(cst);
-    return definirPreset(kIcms, grupo, primeiroFora({{"origem", orig, 1, 1}, {"cst", CST, 2, 2}}),
+    return definirPreset(preset, grupo, primeiroFora({{"origem", orig, 1, 1}, {"cst", CST, 2, 2}}),
                          {{"orig", {orig}}, {"CST", {CST}}, terceiro, quarto});
 }
 
-int presetAliq(const Tributo &tributo, std::string_view cst, std::string_view aliquota) {
+int presetAliq(Preset &preset, const Tributo &tributo, std::string_view cst,
+               std::string_view aliquota) {
     const std::string CST = textoSimples(cst), taxa = textoSimples(aliquota);
-    return definirPreset(tributo, tributo.aliq,
+    return definirPreset(preset, tributo.aliq,
                          primeiroFora({{"cst", CST, 2, 2}, {"aliquota", taxa, 1, 6}}),
                          {{"CST", {CST}}, {tributo.aliquota, {duasCasas(taxa)}}});
 }
 
-int presetQtde(const Tributo &tributo, std::string_view cst, std::string_view valorUnidade) {
+int presetQtde(Preset &preset, const Tributo &tributo, std::string_view cst,
+               std::string_view valorUnidade) {
     const std::string CST = textoSimples(cst), valor = textoSimples(valorUnidade);
-    return definirPreset(tributo, tributo.qtde,
+    return definirPreset(preset, tributo.qtde,
                          primeiroFora({{"cst", CST, 2, 2}, {"valorUnidade", valor, 1, 14}}),
                          {{"CST", {CST}}, {"vAliqProd", {valor}}});
 }
 
-int presetNT(const Tributo &tributo, std::string_view cst) {
+int presetNT(Preset &preset, const Tributo &tributo, std::string_view cst) {
     const std::string CST = textoSimples(cst);
-    return definirPreset(tributo, tributo.nt, primeiroFora({{"cst", CST, 2, 2}}), {{"CST", {CST}}});
+    return definirPreset(preset, tributo.nt, primeiroFora({{"cst", CST, 2, 2}}), {{"CST", {CST}}});
 }
 
-int presetOutr(const Tributo &tributo, std::string_view cst, std::string_view aliquota,
-               std::string_view valorUnidade) {
+int presetOutr(Preset &preset, const Tributo &tributo, std::string_view cst,
+               std::string_view aliquota, std::string_view valorUnidade) {
     const std::string CST = textoSimples(cst), taxa = textoSimples(aliquota),
                       valor = textoSimples(valorUnidade);
     // One of the two suffices.
     const Limite daTaxa{"aliquota", taxa, 1, 6}, doValor{"valorUnidade", valor, 1, 14};
     return definirPreset(
-        tributo, tributo.outr,
-        primeiroFora({{"cst", CST, 2, 2}, doValor.cabe() ? doValor : daTaxa}),
+        preset, tributo.outr, primeiroFora({{"cst", CST, 2, 2}, doValor.cabe() ? doValor : daTaxa}),
         {{"CST", {CST}}, {tributo.aliquota, {duasCasas(taxa)}}, {"vAliqProd", {duasCasas(valor)}}});
 }
 
 } // namespace
 
-int fnCFConfICMS00_ZEL_Felbor(std::string_view origem, std::string_view cst, std::string_view modBC,
+int fnCFConfICMS00_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view origem,
+                              std::string_view cst, std::string_view modBC,
                               std::string_view aliquota) {
     const std::string orig = textoSimples(origem), CST = textoSimples(cst),
                       modo = textoSimples(modBC), taxa = textoSimples(aliquota);
     const double centesimos = lerDecimal(fnRetirarCaracter(taxa));
-    return definirPreset(kIcms, "ICMS00",
+    return definirPreset(presets.icms, "ICMS00",
                          primeiroFora({{"origem", orig, 1, 1},
                                        {"cst", CST, 2, 2},
                                        {"modBC", modo, 1, 1},
@@ -137,64 +130,71 @@ int fnCFConfICMS00_ZEL_Felbor(std::string_view origem, std::string_view cst, std
                           {"pICMS", {formatarMoeda(centesimos / 100)}}});
 }
 
-int fnCFConfICMS40_ZEL_Felbor(std::string_view origem, std::string_view cst,
-                              std::string_view vICMSDeson, std::string_view motDesICMS) {
-    return presetIcms("ICMS40", origem, cst, {"vICMSDeson", {textoSimples(vICMSDeson)}},
+int fnCFConfICMS40_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view origem,
+                              std::string_view cst, std::string_view vICMSDeson,
+                              std::string_view motDesICMS) {
+    return presetIcms(presets.icms, "ICMS40", origem, cst,
+                      {"vICMSDeson", {textoSimples(vICMSDeson)}},
                       {"motDesICMS", {textoSimples(motDesICMS)}});
 }
 
-int fnCFConfICMS60_ZEL_Felbor(std::string_view origem, std::string_view cst,
-                              std::string_view vBCSTRet, std::string_view vICMSSTRet) {
-    return presetIcms("ICMS60", origem, cst, {"vBCSTRet", {textoSimples(vBCSTRet)}},
+int fnCFConfICMS60_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view origem,
+                              std::string_view cst, std::string_view vBCSTRet,
+                              std::string_view vICMSSTRet) {
+    return presetIcms(presets.icms, "ICMS60", origem, cst, {"vBCSTRet", {textoSimples(vBCSTRet)}},
                       {"vICMSSTRet", {textoSimples(vICMSSTRet)}});
 }
 
-int fnCFConfPisAliq_ZEL_Felbor(std::string_view cst, std::string_view aliquota) {
-    return presetAliq(kPis, cst, aliquota);
+int fnCFConfPisAliq_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst,
+                               std::string_view aliquota) {
+    return presetAliq(presets.pis, kPis, cst, aliquota);
 }
 
-int fnCFConfCofinsAliq_ZEL_Felbor(std::string_view cst, std::string_view aliquota) {
-    return presetAliq(kCofins, cst, aliquota);
+int fnCFConfCofinsAliq_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst,
+                                  std::string_view aliquota) {
+    return presetAliq(presets.cofins, kCofins, cst, aliquota);
 }
 
-int fnCFConfPisQtde_ZEL_Felbor(std::string_view cst, std::string_view valorUnidade) {
-    return presetQtde(kPis, cst, valorUnidade);
-}
-
-int fnCFConfCofinsQtde_ZEL_Felbor(std::string_view cst, std::string_view valorUnidade) {
-    return presetQtde(kCofins, cst, valorUnidade);
-}
-
-int fnCFConfPisNT_ZEL_Felbor(std::string_view cst) {
-    return presetNT(kPis, cst);
-}
-
-int fnCFConfCofinsNT_ZEL_Felbor(std::string_view cst) {
-    return presetNT(kCofins, cst);
-}
-
-int fnCFConfPisOutr_ZEL_Felbor(std::string_view cst, std::string_view aliquota,
+int fnCFConfPisQtde_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst,
                                std::string_view valorUnidade) {
-    return presetOutr(kPis, cst, aliquota, valorUnidade);
+    return presetQtde(presets.pis, kPis, cst, valorUnidade);
 }
 
-int fnCFConfCofinsOutr_ZEL_Felbor(std::string_view cst, std::string_view aliquota,
+int fnCFConfCofinsQtde_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst,
                                   std::string_view valorUnidade) {
-    return presetOutr(kCofins, cst, aliquota, valorUnidade);
+    return presetQtde(presets.cofins, kCofins, cst, valorUnidade);
 }
 
-int fnZerarConfTempICMS() {
-    G_stTagImpostoConfTemp.icms = {};
+int fnCFConfPisNT_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst) {
+    return presetNT(presets.pis, kPis, cst);
+}
+
+int fnCFConfCofinsNT_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst) {
+    return presetNT(presets.cofins, kCofins, cst);
+}
+
+int fnCFConfPisOutr_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst,
+                               std::string_view aliquota, std::string_view valorUnidade) {
+    return presetOutr(presets.pis, kPis, cst, aliquota, valorUnidade);
+}
+
+int fnCFConfCofinsOutr_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst,
+                                  std::string_view aliquota, std::string_view valorUnidade) {
+    return presetOutr(presets.cofins, kCofins, cst, aliquota, valorUnidade);
+}
+
+int fnZerarConfTempICMS(ST_tagImpostoConfTemp &presets) {
+    presets.icms = {};
     return ZEL_OK;
 }
 
-int fnZerarConfTempPIS() {
-    G_stTagImpostoConfTemp.pis = {};
+int fnZerarConfTempPIS(ST_tagImpostoConfTemp &presets) {
+    presets.pis = {};
     return ZEL_OK;
 }
 
-int fnZerarConfTempCONFINS() {
-    G_stTagImpostoConfTemp.cofins = {};
+int fnZerarConfTempCONFINS(ST_tagImpostoConfTemp &presets) {
+    presets.cofins = {};
     return ZEL_OK;
 }
 

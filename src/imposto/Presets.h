@@ -32,6 +32,7 @@ struct ST_tagImpostoConfTemp {
     Preset cofins;
 };
 
+// Known to the exported functions alone, which hand it to the operations.
 extern ST_tagImpostoConfTemp G_stTagImpostoConfTemp;
 
 // Every operation below answers ZEL_ESTADO_INVALIDO in a receipt state other than 1 to 3 and
@@ -41,39 +42,46 @@ extern ST_tagImpostoConfTemp G_stTagImpostoConfTemp;
 
 // Origin (1 character), CST (2), base mode (1), rate (2 to 5): the rate's digits are hundredths, so
 // "18,00", "18.00" and "1800" are 18.00 and "18" is 0.18.
-int fnCFConfICMS00_ZEL_Felbor(std::string_view origem, std::string_view cst, std::string_view modBC,
+int fnCFConfICMS00_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view origem,
+                              std::string_view cst, std::string_view modBC,
                               std::string_view aliquota);
 
 // Origin (1), CST (2), relieved ICMS value and relief reason (any).
-int fnCFConfICMS40_ZEL_Felbor(std::string_view origem, std::string_view cst,
-                              std::string_view vICMSDeson, std::string_view motDesICMS);
+int fnCFConfICMS40_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view origem,
+                              std::string_view cst, std::string_view vICMSDeson,
+                              std::string_view motDesICMS);
 
 // Origin (1), CST (2), base and value of the ICMS withheld before (any).
-int fnCFConfICMS60_ZEL_Felbor(std::string_view origem, std::string_view cst,
-                              std::string_view vBCSTRet, std::string_view vICMSSTRet);
+int fnCFConfICMS60_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view origem,
+                              std::string_view cst, std::string_view vBCSTRet,
+                              std::string_view vICMSSTRet);
 
 // CST (2), rate in percent (1 to 6), an ordinary decimal number.
-int fnCFConfPisAliq_ZEL_Felbor(std::string_view cst, std::string_view aliquota);
-int fnCFConfCofinsAliq_ZEL_Felbor(std::string_view cst, std::string_view aliquota);
+int fnCFConfPisAliq_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst,
+                               std::string_view aliquota);
+int fnCFConfCofinsAliq_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst,
+                                  std::string_view aliquota);
 
 // CST (2), value per unit (1 to 14).
-int fnCFConfPisQtde_ZEL_Felbor(std::string_view cst, std::string_view valorUnidade);
-int fnCFConfCofinsQtde_ZEL_Felbor(std::string_view cst, std::string_view valorUnidade);
+int fnCFConfPisQtde_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst,
+                               std::string_view valorUnidade);
+int fnCFConfCofinsQtde_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst,
+                                  std::string_view valorUnidade);
 
 // CST (2).
-int fnCFConfPisNT_ZEL_Felbor(std::string_view cst);
-int fnCFConfCofinsNT_ZEL_Felbor(std::string_view cst);
+int fnCFConfPisNT_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst);
+int fnCFConfCofinsNT_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst);
 
 // CST (2), rate in percent, value per unit: a rate of 1 to 6 characters is enough, otherwise the
 // value per unit must have 1 to 14. Both are stored with two decimals, an empty one as 0.00.
-int fnCFConfPisOutr_ZEL_Felbor(std::string_view cst, std::string_view aliquota,
-                               std::string_view valorUnidade);
-int fnCFConfCofinsOutr_ZEL_Felbor(std::string_view cst, std::string_view aliquota,
-                                  std::string_view valorUnidade);
+int fnCFConfPisOutr_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst,
+                               std::string_view aliquota, std::string_view valorUnidade);
+int fnCFConfCofinsOutr_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst,
+                                  std::string_view aliquota, std::string_view valorUnidade);
 
 // Erase the preset of one tax. Always 1.
-int fnZerarConfTempICMS();
-int fnZerarConfTempPIS();
-int fnZerarConfTempCONFINS();
+int fnZerarConfTempICMS(ST_tagImpostoConfTemp &presets);
+int fnZerarConfTempPIS(ST_tagImpostoConfTemp &presets);
+int fnZerarConfTempCONFINS(ST_tagImpostoConfTemp &presets);
 
 } // namespace zel

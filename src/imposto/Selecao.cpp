@@ -2,7 +2,6 @@
 #include "imposto/Selecao.h"
 
 #include "config/Registro.h"
-#include "imposto/Presets.h"
 
 #include <array>
 #include <span>
@@ -61,16 +60,16 @@ std::optional<Selecao> selecionar(const Preset &preset, std::span<const Candidat
 
 } // namespace
 
-std::optional<Selecao> fnIdentificarImpostoICMS() {
-    return selecionar(G_stTagImpostoConfTemp.icms, kIcms);
+std::optional<Selecao> fnIdentificarImpostoICMS(const Preset &preset) {
+    return selecionar(preset, kIcms);
 }
 
-std::optional<Selecao> fnIdentificarImpostoPIS() {
-    return selecionar(G_stTagImpostoConfTemp.pis, kPis);
+std::optional<Selecao> fnIdentificarImpostoPIS(const Preset &preset) {
+    return selecionar(preset, kPis);
 }
 
-std::optional<Selecao> fnIdentificarImpostoCOFINS() {
-    return selecionar(G_stTagImpostoConfTemp.cofins, kCofins);
+std::optional<Selecao> fnIdentificarImpostoCOFINS(const Preset &preset) {
+    return selecionar(preset, kCofins);
 }
 
 } // namespace zel

@@ -3,6 +3,8 @@
 // section of the configuration is filled. One group per tax, whatever else is configured.
 #pragma once
 
+#include "imposto/Presets.h"
+
 #include <optional>
 #include <string_view>
 
@@ -18,9 +20,10 @@ struct Selecao {
     Fonte fonte;
 };
 
-// The group in force for the next item; none when neither a preset nor a section chooses one.
-std::optional<Selecao> fnIdentificarImpostoICMS();
-std::optional<Selecao> fnIdentificarImpostoPIS();
-std::optional<Selecao> fnIdentificarImpostoCOFINS();
+// The group in force for an item with that preset of the tax; none when neither a preset nor a
+// section chooses one.
+std::optional<Selecao> fnIdentificarImpostoICMS(const Preset &preset);
+std::optional<Selecao> fnIdentificarImpostoPIS(const Preset &preset);
+std::optional<Selecao> fnIdentificarImpostoCOFINS(const Preset &preset);
 
 } // namespace zel

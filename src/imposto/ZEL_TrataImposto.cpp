@@ -3,7 +3,6 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Arredondamento.h"
-#include "documento/ZEL_Persistencia.h"
 #include "imposto/Grupo.h"
 #include "imposto/GruposContribuicao.h"
 #include "imposto/GruposICMS.h"
@@ -50,28 +49,25 @@ std::string fnCalcularValorBC(std::string_view quantidade, std::string_view valo
     return {};
 }
 
-int fnTratarImposto(std::string_view aliquota, std::string_view base, std::string_view quantidade,
-                    ST_tagZEL &imposto) {
+int fnTratarImposto(const ST_tagImpostoConfTemp &presets, std::string_view aliquota,
+                    std::string_view base, std::string_view quantidade, ST_tagZEL &imposto) {
     const std::string taxa = lerAliquota(aliquota);
     if (ehServico(aliquota)) return fnTratarISS(taxa, base, imposto);
-    int resultado = fnTratarICMS(taxa, base, imposto);
-    if (resultado == ZEL_OK) resultado = fnTratarPIS(taxa, base, quantidade, imposto);
-    if (resultado == ZEL_OK) resultado = fnTratarCOFINS(taxa, base, quantidade, imposto);
+    int resultado = fnTratarICMS(presets.icms, taxa, base, imposto);
+    if (resultado == ZEL_OK) resultado = fnTratarPIS(presets.pis, taxa, base, quantidade, imposto);
+    if (resultado == ZEL_OK)
+        resultado = fnTratarCOFINS(presets.cofins, taxa, base, quantidade, imposto);
     return resultado;
 }
 
-int fnAtualizar_TagImposto(int item, std::string_view quantidade, std::string_view tipo,
+int fnAtualizar_TagImposto(ST_tagZEL &item, std::string_view quantidade, std::string_view tipo,
                            std::string_view valor) {
-    ST_tagZEL *tag = G_stXML_Persistencia.item(item);
-    if (!tag)
-        return recusar(Motivo::kItemInexistente,
-                       {.maximo = G_stXML_Persistencia.quantidadeItens(), .numero = item});
-    ST_tagZEL *imposto = tag->getSubTag("imposto");
+    ST_tagZEL *imposto = item.getSubTag("imposto");
     if (!imposto) return ZEL_OK;
 
     // An item sold as tag text may hold anything that passed the section check: what is missing
     // reads as zero.
-    const ST_tagZEL *prod = tag->getSubTag("prod");
+    const ST_tagZEL *prod = item.getSubTag("prod");
     const auto doProduto = [&](std::string_view nome) {
         return prod ? prod->valorDe(nome) : std::string_view{};
     };

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "documento/ZEL_Tag.h"
+#include "imposto/Presets.h"
 
 #include <string>
 #include <string_view>
@@ -23,14 +24,13 @@ std::string fnCalcularValorBC(std::string_view quantidade, std::string_view valo
 // makes the item a service with `ISSQN` alone); `base`: from fnCalcularValorBC; `quantidade`: the
 // sold quantity. ZEL_OK; ZEL_RECUSADO when ICMS has no group in force or a group lacks a required
 // value; `imposto` is then unusable.
-int fnTratarImposto(std::string_view aliquota, std::string_view base, std::string_view quantidade,
-                    ST_tagZEL &imposto);
+int fnTratarImposto(const ST_tagImpostoConfTemp &presets, std::string_view aliquota,
+                    std::string_view base, std::string_view quantidade, ST_tagZEL &imposto);
 
-// Rebuilds, in place, the `imposto` of the stored item at the number, counted from 1. `quantidade`:
-// the new one, empty or zero for the item's own; `tipo` and `valor` as for fnCalcularValorBC. An
-// item without `imposto` stays as it is. ZEL_OK; ZEL_ITEM_INEXISTENTE no such item; ZEL_RECUSADO a
-// stored group that does not exist. On failure the item stays as it was.
-int fnAtualizar_TagImposto(int item, std::string_view quantidade, std::string_view tipo,
+// Rebuilds, in place, the `imposto` of a stored item. `quantidade`: the new one, empty or zero for
+// the item's own; `tipo` and `valor` as for fnCalcularValorBC. An item without `imposto` stays as
+// it is. ZEL_OK; ZEL_RECUSADO a stored group that does not exist: the item stays as it was.
+int fnAtualizar_TagImposto(ST_tagZEL &item, std::string_view quantidade, std::string_view tipo,
                            std::string_view valor);
 
 } // namespace zel

@@ -24,6 +24,7 @@ struct DadosImpressao {
     int ambiente() const { return static_cast<int>(lerInteiro(TipoAmbiente)); }
 };
 
+// Known to the exported functions alone, which hand it to printing.
 extern DadosImpressao G_stDadosImpressao;
 
 } // namespace zel

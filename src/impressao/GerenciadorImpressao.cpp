@@ -8,7 +8,6 @@
 #include "documento/ZEL_Somas.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/ColunasLayout.h"
-#include "impressao/DadosImpressao.h"
 #include "impressao/LayoutImpressao.h"
 #include "impressao/LeituraXml.h"
 #include "impressao/Linha.h"
@@ -27,9 +26,6 @@
 namespace zel {
 
 namespace {
-
-constexpr int kLido = 1;
-constexpr int kNaoLido = 0;
 
 constexpr std::size_t kTamanhoPrefixoId = 3; // "NFe"
 constexpr std::size_t kTamanhoCNPJ = 14;
@@ -223,17 +219,17 @@ bool lerDigest(const ArquivoXml &documento, CupomFiscal &cf) {
 }
 
 // Two vocabularies: the sending component's own, and the authorizer's record.
-bool lerAutorizacao(std::string_view retorno, CupomFiscal &cf) {
+bool lerAutorizacao(DadosImpressao &dados, std::string_view retorno, CupomFiscal &cf) {
     const bool normal = cf.TipoEmissao == kEmissaoNormal;
     if (normal && !lerProtocolo(retorno, cf)) return false;
     // A link without its end leads nowhere: one that is too long is none.
     const auto link = primeiroValor(retorno, {"<LinkXML>", "<LinkNFCe>"});
     if (link && link->size() <= kMaximoLink) {
         cf.LinkNFCe = *link;
-        G_stDadosImpressao.TipoAmbiente = formatarInteiro(kLinkPronto);
+        dados.TipoAmbiente = formatarInteiro(kLinkPronto);
         return true;
     }
-    G_stDadosImpressao.TipoAmbiente = cf.TpAmp.texto();
+    dados.TipoAmbiente = cf.TpAmp.texto();
     return (!normal ||
             lerPrimeiro(retorno, {"<DocDhAut>", "<dhRecbto>"}, cf.DataHoraAutorizacao)) &&
            lerPrimeiro(retorno, {"<DocDigestValue>", "<digVal>"}, cf.DigestValueAutorizado);
@@ -263,44 +259,44 @@ void imprimirEmitenteConfigurado(std::string &texto) {
 
 } // namespace
 
-int parseXMLCupomFiscal(std::string_view xmlPath, std::string_view returnPath, CupomFiscal &cf) {
+bool parseXMLCupomFiscal(DadosImpressao &dados, std::string_view xmlPath,
+                         std::string_view returnPath, CupomFiscal &cf) {
     const auto documento = lerComMarca(xmlPath, ".ctg");
-    if (!documento || !lerDocumento(documento->texto, cf)) return kNaoLido;
+    if (!documento || !lerDocumento(documento->texto, cf)) return false;
 
     const bool offline = returnPath == kOffline;
     const auto retorno = offline ? std::nullopt : lerArquivoXml(returnPath, Forma::kClara);
-    if (offline ? !lerDigest(*documento, cf) : !retorno) return kNaoLido;
+    if (offline ? !lerDigest(*documento, cf) : !retorno) return false;
 
     const bool conhecida =
         cf.TipoEmissao == kEmissaoNormal || cf.TipoEmissao == kEmissaoContingencia;
-    if (!offline && conhecida) return lerAutorizacao(retorno->texto, cf) ? kLido : kNaoLido;
-    G_stDadosImpressao.TipoAmbiente = cf.TpAmp.texto();
-    return kLido;
+    if (!offline && conhecida) return lerAutorizacao(dados, retorno->texto, cf);
+    dados.TipoAmbiente = cf.TpAmp.texto();
+    return true;
 }
 
-int parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view returnPath,
-                                    CupomFiscal &cf) {
+bool parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view returnPath,
+                                     CupomFiscal &cf) {
     const auto pedido = lerComMarca(xmlPath, "ctgCanc");
-    if (!pedido) return kNaoLido;
+    if (!pedido) return false;
     const bool offline = returnPath == kOffline;
     const auto retorno = offline ? std::nullopt : lerArquivoXml(returnPath, Forma::kClara);
-    if (!offline && !retorno) return kNaoLido;
+    if (!offline && !retorno) return false;
 
-    if (!lerPrimeiro(pedido->texto, {"<ChaAcesso>", "<chNFe>"}, cf.ChaveDeAcesso)) return kNaoLido;
-    if (cf.ChaveDeAcesso.tamanho() < ChaveAcesso::kDigitos) {
-        semChave("ChaAcesso", cf.ChaveDeAcesso);
-        return kNaoLido;
-    }
+    if (!lerPrimeiro(pedido->texto, {"<ChaAcesso>", "<chNFe>"}, cf.ChaveDeAcesso)) return false;
+    if (cf.ChaveDeAcesso.tamanho() < ChaveAcesso::kDigitos)
+        return semChave("ChaAcesso", cf.ChaveDeAcesso);
     cf.Serie = ChaveAcesso::parte(cf.ChaveDeAcesso, ChaveAcesso::Parte::kSerie);
     cf.NumeroNotaFiscal = ChaveAcesso::parte(cf.ChaveDeAcesso, ChaveAcesso::Parte::kNNF);
-    return offline || lerProtocolo(retorno->texto, cf) ? kLido : kNaoLido;
+    return offline || lerProtocolo(retorno->texto, cf);
 }
 
-int layoutNFC(const CupomFiscal &cf, std::string_view urlQrcode, int colunas, std::string &texto,
+int layoutNFC(const ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados,
+              const CupomFiscal &cf, std::string_view urlQrcode, int colunas, std::string &texto,
               bool viaEstabelecimento) {
     const ColunasLayout *layout = createLayout(colunas);
     if (layout == nullptr) return recusar(Motivo::kColunas, {.numero = colunas});
-    const int ambiente = G_stDadosImpressao.ambiente();
+    const int ambiente = dados.ambiente();
     std::string enderecoChave;
     // Without an address the receipt is printed with the place empty.
     retornarEnderecoConsulta(cf, ambiente, enderecoChave, true);
@@ -310,16 +306,17 @@ int layoutNFC(const CupomFiscal &cf, std::string_view urlQrcode, int colunas, st
     imprimirSetor_I(*layout, cf, texto);
     imprimirSetor_II(*layout, texto);
     if (!resumo) imprimirSetor_III(*layout, cf.Itens, texto);
-    imprimirSetor_IV(*layout, cf, texto);
+    imprimirSetor_IV(*layout, cf, dados.IndicadorTroco, texto);
     imprimirSetor_V(*layout, cf, valorImpresso(R"(NFCE\MsgLeiDoImposto)"_chave), texto);
     imprimirSetor_Va(*layout, cf, texto);
     imprimirSetor_VI(*layout, cf, enderecoChave, ambiente, viaEstabelecimento, texto);
     imprimirSetor_VII(*layout, cf, texto);
     if (urlQrcode.empty())
-        imprimirSetor_VIII(*layout, cf, gerarUrlQrcode(cf) + "<lmodulo>3</lmodulo>", texto);
+        imprimirSetor_VIII(*layout, cf, gerarUrlQrcode(dados, cf) + "<lmodulo>3</lmodulo>",
+                           ambiente, texto);
     else
-        imprimirSetor_VIII(*layout, cf, urlQrcode, texto);
-    imprimirMsgPromocional(*layout, cf, texto);
+        imprimirSetor_VIII(*layout, cf, urlQrcode, ambiente, texto);
+    imprimirMsgPromocional(*layout, emCurso, cf, texto);
     anexar(texto, "<sl>4</sl><gui></gui>");
     G_szTotalImposto.limpar();
     return ZEL_OK;

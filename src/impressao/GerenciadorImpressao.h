@@ -3,7 +3,9 @@
 // as text with printer mark-up. Stores nothing on disk; the entry that does is Impressao's.
 #pragma once
 
+#include "documento/ZEL_Persistencia.h"
 #include "impressao/CupomFiscal.h"
+#include "impressao/DadosImpressao.h"
 
 #include <string>
 #include <string_view>
@@ -17,21 +19,22 @@ inline constexpr std::string_view kOffline = "OFFLINE";
 // copy) and from the authorizer's return, a path or "OFFLINE". A document without an approximate
 // total of taxes takes the one that the application gave; one whose totals are of a form without
 // the printed values (services) has no ICMS, and the rest is what its items add up to. Sets the
-// environment of DadosImpressao.h.
-// ZEL_OK; 0 a file cannot be read or lacks an element that a receipt needs, with `cf` partly
-// filled.
-int parseXMLCupomFiscal(std::string_view xmlPath, std::string_view returnPath, CupomFiscal &cf);
+// environment of `dados`. False when a file cannot be read or lacks an element that a receipt
+// needs, with `cf` partly filled.
+bool parseXMLCupomFiscal(DadosImpressao &dados, std::string_view xmlPath,
+                         std::string_view returnPath, CupomFiscal &cf);
 
 // Fills access key, series, number and, with a return, the protocol of the cancellation from a
-// cancellation request ("ctgCanc" in its path names a contingency copy). ZEL_OK or 0 as above.
-int parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view returnPath,
-                                    CupomFiscal &cf);
+// cancellation request ("ctgCanc" in its path names a contingency copy). False as above.
+bool parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view returnPath,
+                                     CupomFiscal &cf);
 
 // Appends a sale receipt to `texto`, with `urlQrcode` as the content of its QR code, which an empty
 // one has built, and empties the application's total of taxes. `viaEstabelecimento` names the copy
-// of a contingency receipt. ZEL_OK, or ZEL_RECUSADO with nothing appended when `colunas` is neither
-// 42 nor 48.
-int layoutNFC(const CupomFiscal &cf, std::string_view urlQrcode, int colunas, std::string &texto,
+// of a contingency receipt; `emCurso` is the document in progress, with the closing text. ZEL_OK,
+// or ZEL_RECUSADO with nothing appended when `colunas` is neither 42 nor 48.
+int layoutNFC(const ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados,
+              const CupomFiscal &cf, std::string_view urlQrcode, int colunas, std::string &texto,
               bool viaEstabelecimento);
 
 // Replaces `texto` by the receipt of a cancellation, with the emitter of the configuration;

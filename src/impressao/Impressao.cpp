@@ -4,7 +4,6 @@
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
 #include "impressao/ColunasLayout.h"
-#include "impressao/DadosImpressao.h"
 #include "impressao/GerenciadorImpressao.h"
 #include "impressao/LayoutImpressao.h"
 #include "impressao/LeituraXml.h"
@@ -37,12 +36,12 @@ std::string conteudoGuardado(std::string_view conteudo) {
     return cabe ? std::string(conteudo) : std::string{};
 }
 
-int guardarVenda(const CupomFiscal &cf, std::string_view urlQrcode) {
+int guardarVenda(const DadosImpressao &dados, const CupomFiscal &cf, std::string_view urlQrcode) {
     const Alteracao alteracoes[] = {
         {R"(NFCE\ChaveDeAcesso)"_chave, std::string(cf.ChaveDeAcesso)},
         {R"(NFCE\ProtocoloAutorizacao)"_chave, std::string(cf.ProtocoloSefaz)},
-        {kUrlQrcode,
-         urlQrcode.empty() ? conteudoGuardado(gerarUrlQrcode(cf)) : conteudoGuardado(urlQrcode)},
+        {kUrlQrcode, urlQrcode.empty() ? conteudoGuardado(gerarUrlQrcode(dados, cf))
+                                       : conteudoGuardado(urlQrcode)},
     };
     if (const int codigo = alterarConfig(alteracoes); codigo != ZEL_OK) return codigo;
     definirAutorizacao(
@@ -55,12 +54,14 @@ bool semTexto() {
     return completa != "0" && completa != "1";
 }
 
-int imprimirVenda(const CupomFiscal &cf, std::string_view urlQrcode, int colunas,
+int imprimirVenda(const ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados,
+                  const CupomFiscal &cf, std::string_view urlQrcode, int colunas,
                   std::string &saida) {
-    if (const int codigo = guardarVenda(cf, urlQrcode); codigo != ZEL_OK) return codigo;
+    if (const int codigo = guardarVenda(dados, cf, urlQrcode); codigo != ZEL_OK) return codigo;
     if (semTexto()) return ZEL_OK;
-    layoutNFC(cf, urlQrcode, colunas, saida, false);
-    if (cf.TipoEmissao == kEmissaoContingencia) layoutNFC(cf, urlQrcode, colunas, saida, true);
+    layoutNFC(emCurso, dados, cf, urlQrcode, colunas, saida, false);
+    if (cf.TipoEmissao == kEmissaoContingencia)
+        layoutNFC(emCurso, dados, cf, urlQrcode, colunas, saida, true);
     return fnCriarArquivoCriptUltimaDanfe(saida);
 }
 
@@ -99,7 +100,8 @@ int gravarPDFs(const CupomFiscal &cf, std::string_view returnPath, int colunas,
 
 } // namespace
 
-int fnGerarArquivoFormatadoNF(std::string_view xmlPath, std::string_view returnPath,
+int fnGerarArquivoFormatadoNF(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
+                              std::string_view xmlPath, std::string_view returnPath,
                               std::string_view urlQrcode, int colunas, int tipoDocumento,
                               std::string_view /*reservado*/, std::string &saida) {
     saida.clear();
@@ -116,14 +118,16 @@ int fnGerarArquivoFormatadoNF(std::string_view xmlPath, std::string_view returnP
     if (const int codigo = fnXML_CarregarXML_ZEL(); codigo != ZEL_OK) return codigo;
 
     CupomFiscal cf;
-    const auto parse = venda ? parseXMLCupomFiscal : parseXMLCupomFiscalCancelamento;
-    if (parse(xmlPath, returnPath, cf) != ZEL_OK) return jaRecusado(Motivo::kImpressaoSemElemento);
-    const int codigo = venda ? imprimirVenda(cf, urlQrcode, colunas, saida)
+    const bool lido = venda ? parseXMLCupomFiscal(dados, xmlPath, returnPath, cf)
+                            : parseXMLCupomFiscalCancelamento(xmlPath, returnPath, cf);
+    if (!lido) return jaRecusado(Motivo::kImpressaoSemElemento);
+    const int codigo = venda ? imprimirVenda(emCurso, dados, cf, urlQrcode, colunas, saida)
                              : imprimirCancelamento(cf, returnPath != kOffline, colunas, saida);
     return codigo == ZEL_OK ? gravarPDFs(cf, returnPath, colunas, saida) : codigo;
 }
 
-int fnAnalisarParametrosImpressao(const CupomFiscal &cf, int modo, std::string_view parametros) {
+int fnAnalisarParametrosImpressao(DadosImpressao &dados, const CupomFiscal &cf, int modo,
+                                  std::string_view parametros) {
     constexpr std::string_view kEntrada = "VALORPGTO=";
     const std::string texto = toUpperCase(parametros.substr(0, kMaximoParametros));
     const std::size_t entrada = texto.find(kEntrada);
@@ -137,7 +141,7 @@ int fnAnalisarParametrosImpressao(const CupomFiscal &cf, int modo, std::string_v
     const Alteracao troco{R"(CONFIGURACAO\TrocoUltimaNFCe)"_chave,
                           formatarMoeda(comTroco ? lerDecimal(valor) - cf.ValorTotal : 0)};
     if (const int codigo = alterarConfig({&troco, 1}); codigo != ZEL_OK) return codigo;
-    G_stDadosImpressao.IndicadorTroco = comTroco;
+    dados.IndicadorTroco = comTroco;
     return ZEL_OK;
 }
 

@@ -3,7 +3,9 @@
 // the library keeps of it (key, protocol, QR-code content, last receipt) and to the PDFs.
 #pragma once
 
+#include "documento/ZEL_Persistencia.h"
 #include "impressao/CupomFiscal.h"
+#include "impressao/DadosImpressao.h"
 
 #include <string>
 #include <string_view>
@@ -13,6 +15,8 @@ namespace zel {
 enum class TipoDocumento { kVenda = 1, kCancelamento = 5 };
 
 // Lays out the document at `xmlPath` with its return, a path or "OFFLINE", into `saida`.
+//   emCurso        the document in progress: its closing text is the promotional one
+//   dados          what was learnt before; gets the environment of the document read
 //   urlQrcode      QR-code content to print as it stands; empty to have it built
 //   colunas        42 or 48; a cancellation prints the same in any width
 //   tipoDocumento  see above
@@ -26,7 +30,8 @@ enum class TipoDocumento { kVenda = 1, kCancelamento = 5 };
 // document whose return has neither "SITCODIGO" 100 nor 150; ZEL_FALHA_PDF, ZEL_FALHA_GRAVACAO_PDF;
 // ZEL_CONFIG_ILEGIVEL, ZEL_ARQUIVO_INDISPONIVEL. From the first failure on nothing more is done,
 // and `saida` holds the text that was laid out before it.
-int fnGerarArquivoFormatadoNF(std::string_view xmlPath, std::string_view returnPath,
+int fnGerarArquivoFormatadoNF(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
+                              std::string_view xmlPath, std::string_view returnPath,
                               std::string_view urlQrcode, int colunas, int tipoDocumento,
                               std::string_view reservado, std::string &saida);
 
@@ -34,6 +39,7 @@ int fnGerarArquivoFormatadoNF(std::string_view xmlPath, std::string_view returnP
 // 1 the change of the receipt is that value less its total and will be printed, with another there
 // is none. Without such an entry nothing changes. ZEL_OK, or ZEL_CONFIG_ILEGIVEL,
 // ZEL_ARQUIVO_INDISPONIVEL when the change cannot be stored.
-int fnAnalisarParametrosImpressao(const CupomFiscal &cf, int modo, std::string_view parametros);
+int fnAnalisarParametrosImpressao(DadosImpressao &dados, const CupomFiscal &cf, int modo,
+                                  std::string_view parametros);
 
 } // namespace zel

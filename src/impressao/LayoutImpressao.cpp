@@ -3,7 +3,6 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "impressao/DadosImpressao.h"
 #include "impressao/Linha.h"
 #include "impressao/ValorImpresso.h"
 #include "util/Codificacao.h"
@@ -58,11 +57,11 @@ int retornarEnderecoConsulta(const CupomFiscal &cf, int ambiente, std::string &e
     return lerEndereco(cf.EmitUF, portal, endereco);
 }
 
-std::string gerarUrlQrcode(const CupomFiscal &cf, std::string_view baseUrl, int ambiente) {
-    if (ambiente == kLinkPronto) return std::string(baseUrl);
+std::string gerarUrlQrcode(const DadosImpressao &dados, const CupomFiscal &cf,
+                           std::string_view baseUrl) {
+    if (dados.ambiente() == kLinkPronto) return std::string(baseUrl);
     std::string parametros;
-    anexar(parametros, "chNFe=", cf.ChaveDeAcesso,
-           "&nVersao=100&tpAmb=", G_stDadosImpressao.TipoAmbiente);
+    anexar(parametros, "chNFe=", cf.ChaveDeAcesso, "&nVersao=100&tpAmb=", dados.TipoAmbiente);
     if (!cf.IdDest.vazio()) anexar(parametros, "&cDest=", fnRetirarCaracter(cf.IdDest));
     anexar(parametros, "&dhEmi=", fnConverterParaHexa(cf.DataHora),
            "&vNF=", formatarMoeda(cf.ValorTotal), "&vICMS=", cf.TotalICMS,
@@ -74,12 +73,11 @@ std::string gerarUrlQrcode(const CupomFiscal &cf, std::string_view baseUrl, int 
     return url;
 }
 
-std::string gerarUrlQrcode(const CupomFiscal &cf) {
-    const int ambiente = G_stDadosImpressao.ambiente();
+std::string gerarUrlQrcode(const DadosImpressao &dados, const CupomFiscal &cf) {
     std::string endereco;
     // Without an address the receipt shows the parameters alone.
-    retornarEnderecoConsulta(cf, ambiente, endereco, false);
-    return gerarUrlQrcode(cf, endereco, ambiente);
+    retornarEnderecoConsulta(cf, dados.ambiente(), endereco, false);
+    return gerarUrlQrcode(dados, cf, endereco);
 }
 
 std::string calcularHashCodeFromURL(std::string_view parametros, std::string_view uf) {

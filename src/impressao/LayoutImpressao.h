@@ -5,6 +5,7 @@
 #pragma once
 
 #include "impressao/CupomFiscal.h"
+#include "impressao/DadosImpressao.h"
 
 #include <string>
 #include <string_view>
@@ -18,12 +19,13 @@ namespace zel {
 int retornarEnderecoConsulta(const CupomFiscal &cf, int ambiente, std::string &endereco,
                              bool consultaPorChave);
 
-// The QR-code content: `baseUrl`, "?" and the parameters with their hash; for `ambiente` 3
+// The QR-code content: `baseUrl`, "?" and the parameters with their hash; in environment 3
 // `baseUrl` alone, the delivered link.
-std::string gerarUrlQrcode(const CupomFiscal &cf, std::string_view baseUrl, int ambiente);
+std::string gerarUrlQrcode(const DadosImpressao &dados, const CupomFiscal &cf,
+                           std::string_view baseUrl);
 
-// The same for the environment of the document read last and its consultation address.
-std::string gerarUrlQrcode(const CupomFiscal &cf);
+// The same with the consultation address of the environment.
+std::string gerarUrlQrcode(const DadosImpressao &dados, const CupomFiscal &cf);
 
 // SHA-1 in 40 upper-case hexadecimal digits over the parameters and the taxpayer token in UTF-8;
 // "?" stands in front except for the states SP, RS and MT.

@@ -3,7 +3,6 @@
 
 #include "config/Arredondamento.h"
 #include "config/Registro.h"
-#include "documento/ZEL_Persistencia.h"
 #include "impressao/DadosImpressao.h"
 #include "impressao/LayoutImpressao.h"
 #include "impressao/Linha.h"
@@ -74,8 +73,8 @@ void imprimirItem(const ColunasLayout &layout, long long numero, const Item &ite
 }
 
 // Mark-up that the document keeps in square brackets prints as mark-up.
-std::string mensagemPromocional(const CupomFiscal &cf) {
-    const auto &encerramento = G_stXML_Persistencia.encerramento;
+std::string mensagemPromocional(const ST_PersitenceXML_ZEL &emCurso, const CupomFiscal &cf) {
+    const auto &encerramento = emCurso.encerramento;
     const ST_tagZEL *infAdic = encerramento ? encerramento->getSubTag("infAdic") : nullptr;
     const std::string_view infCpl = infAdic != nullptr ? infAdic->valorDe("infCpl") : "";
     if (infCpl.empty()) return std::string(cf.MsgPromocional);
@@ -119,7 +118,8 @@ void imprimirSetor_III(const ColunasLayout &layout, std::span<const Item> itens,
 }
 
 // On the narrow paper some lines leave the condensed mode on until the next "</c>": `fecha`.
-void imprimirSetor_IV(const ColunasLayout &layout, const CupomFiscal &cf, std::string &texto) {
+void imprimirSetor_IV(const ColunasLayout &layout, const CupomFiscal &cf, bool comTroco,
+                      std::string &texto) {
     const auto linha = [&](std::string_view rotulo, std::size_t larguraRotulo, double valor,
                            std::size_t larguraValor, std::string_view fecha) {
         anexar(texto, layout.abreCondensado, aEsquerda(rotulo, larguraRotulo),
@@ -145,8 +145,8 @@ void imprimirSetor_IV(const ColunasLayout &layout, const CupomFiscal &cf, std::s
     for (const Pagamento &pago : cf.Pagamentos) {
         const auto forma = std::ranges::find(kRotulosForma, pago.FormaPgto, &RotuloForma::codigo);
         if (forma != std::end(kRotulosForma)) rotulo = forma->rotulo;
-        const bool comTroco = G_stDadosImpressao.IndicadorTroco && &pago == &cf.Pagamentos.back();
-        pagamento(rotulo, comTroco ? pago.ValorPgto + troco : pago.ValorPgto, "");
+        const bool somado = comTroco && &pago == &cf.Pagamentos.back();
+        pagamento(rotulo, somado ? pago.ValorPgto + troco : pago.ValorPgto, "");
     }
     if (troco > 0) pagamento("TROCO", troco, layout.fechaCondensado);
     anexar(texto, layout.separador);
@@ -203,24 +203,24 @@ void imprimirSetor_VII(const ColunasLayout &layout, const CupomFiscal &cf, std::
 }
 
 void imprimirSetor_VIII(const ColunasLayout &layout, const CupomFiscal &cf,
-                        std::string_view conteudoQrcode, std::string &texto) {
+                        std::string_view conteudoQrcode, int ambiente, std::string &texto) {
     anexar(texto, layout.tituloQrcode, "<ce><qrcode>", conteudoQrcode, layout.fechaQrcode);
     if (cf.TipoEmissao != kEmissaoNormal) return;
     anexar(texto, layout.protocolo, aDireita(cf.ProtocoloSefaz, layout.larguraProtocolo),
            " </c>\r\n");
     // A delivered link comes without the time of authorization.
-    const bool linkPronto = G_stDadosImpressao.ambiente() == kLinkPronto;
+    const bool linkPronto = ambiente == kLinkPronto;
     anexar(texto, "<c>", std::string(18, ' '),
            dataImpressa(linkPronto ? cf.DataHora : cf.DataHoraAutorizacao), layout.fechaData);
 }
 
-void imprimirMsgPromocional(const ColunasLayout &layout, const CupomFiscal &cf,
-                            std::string &texto) {
+void imprimirMsgPromocional(const ColunasLayout &layout, const ST_PersitenceXML_ZEL &emCurso,
+                            const CupomFiscal &cf, std::string &texto) {
     if (!layout.promocionalSempre && valorConfig(R"(NFCE\MSGPROMOCIONAL\Imprimir)"_chave) != "1")
         return;
     anexar(texto, "\r\n", layout.separador, "<ce>",
            valorImpresso(R"(NFCE\MSGPROMOCIONAL\Titulo)"_chave), "</ce>\r\n",
-           mensagemPromocional(cf));
+           mensagemPromocional(emCurso, cf));
 }
 
 } // namespace zel

@@ -4,6 +4,7 @@
 // manager's choice; the widths and the literals that depend on them are ColunasLayout's.
 #pragma once
 
+#include "documento/ZEL_Persistencia.h"
 #include "impressao/ColunasLayout.h"
 #include "impressao/CupomFiscal.h"
 
@@ -42,8 +43,9 @@ void imprimirSetor_II(const ColunasLayout &layout, std::string &texto);
 void imprimirSetor_III(const ColunasLayout &layout, std::span<const Item> itens,
                        std::string &texto);
 
-// Totals, payments and change.
-void imprimirSetor_IV(const ColunasLayout &layout, const CupomFiscal &cf, std::string &texto);
+// Totals, payments and change; `comTroco` adds the change to the last payment.
+void imprimirSetor_IV(const ColunasLayout &layout, const CupomFiscal &cf, bool comTroco,
+                      std::string &texto);
 
 // Approximate taxes, when there are any: their value in the place of the "|" of `mensagem`, or
 // after it.
@@ -63,10 +65,11 @@ void imprimirSetor_VII(const ColunasLayout &layout, const CupomFiscal &cf, std::
 
 // QR code and, in normal emission, the authorization.
 void imprimirSetor_VIII(const ColunasLayout &layout, const CupomFiscal &cf,
-                        std::string_view conteudoQrcode, std::string &texto);
+                        std::string_view conteudoQrcode, int ambiente, std::string &texto);
 
 // Promotional message: the closing text of the document in progress, when that has one, otherwise
 // that of the receipt.
-void imprimirMsgPromocional(const ColunasLayout &layout, const CupomFiscal &cf, std::string &texto);
+void imprimirMsgPromocional(const ColunasLayout &layout, const ST_PersitenceXML_ZEL &emCurso,
+                            const CupomFiscal &cf, std::string &texto);
 
 } // namespace zel

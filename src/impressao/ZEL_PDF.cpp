@@ -102,15 +102,16 @@ private:
 
 // The receipt text of an authorized document: its own protocol stands in it, so it is its return as
 // well.
-int textoDanfe(std::string_view xml, std::string &texto) {
+int textoDanfe(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, std::string_view xml,
+               std::string &texto) {
     // The QR code is hashed with the taxpayer's token, which another program may have changed.
     if (const int codigo = fnXML_CarregarXML_ZEL(); codigo != ZEL_OK) return codigo;
     const CopiaTemporaria copia(xml);
     if (copia.gravada() != ZEL_OK) return copia.gravada();
     CupomFiscal cupom;
-    if (parseXMLCupomFiscal(copia.caminho(), copia.caminho(), cupom) != ZEL_OK)
+    if (!parseXMLCupomFiscal(dados, copia.caminho(), copia.caminho(), cupom))
         return jaRecusado(Motivo::kImpressaoSemElemento);
-    return layoutNFC(cupom, {}, kColunasDanfe, texto, false);
+    return layoutNFC(emCurso, dados, cupom, {}, kColunasDanfe, texto, false);
 }
 
 } // namespace
@@ -130,11 +131,14 @@ int fnGerarPDFDanfe(std::string_view texto, int colunas, std::string_view arquiv
     return pagina.salvar(fnConfigurarPath(arquivo));
 }
 
-int fnGerarPDFDanfeDoXml(std::string_view base64) {
+int fnGerarPDFDanfeDoXml(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
+                         std::string_view base64) {
     Documento documento;
     if (const int lido = lerDocumento(base64, documento); lido != ZEL_OK) return lido;
     std::string texto;
-    if (const int lido = textoDanfe(documento.raiz.toString(), texto); lido != ZEL_OK) return lido;
+    if (const int lido = textoDanfe(emCurso, dados, documento.raiz.toString(), texto);
+        lido != ZEL_OK)
+        return lido;
     return fnGerarPDFDanfe(texto, kColunasDanfe, documento.id + "_DANFE.pdf");
 }
 

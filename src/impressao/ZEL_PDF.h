@@ -3,6 +3,9 @@
 // data directory and named after the document's Id. Drawing is PdfPagina's and its users'.
 #pragma once
 
+#include "documento/ZEL_Persistencia.h"
+#include "impressao/DadosImpressao.h"
+
 #include <string_view>
 
 namespace zel {
@@ -23,7 +26,9 @@ int fnGerarPDFDanfe(std::string_view texto, int colunas, std::string_view arquiv
 // ZEL_OK; ZEL_RECUSADO as fnGerarPDF, or a document from which no receipt can be read;
 // ZEL_CONFIG_ILEGIVEL, ZEL_ARQUIVO_INDISPONIVEL the configuration could not be loaded;
 // ZEL_ARQUIVO_INDISPONIVEL the working copy "danfe_pdf_temp.xml" could not be written;
-// ZEL_FALHA_PDF; ZEL_FALHA_GRAVACAO_PDF. The working copy is gone in every case.
-int fnGerarPDFDanfeDoXml(std::string_view base64);
+// ZEL_FALHA_PDF; ZEL_FALHA_GRAVACAO_PDF. The working copy is gone in every case. `emCurso` and
+// `dados` as for fnGerarArquivoFormatadoNF.
+int fnGerarPDFDanfeDoXml(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
+                         std::string_view base64);
 
 } // namespace zel

@@ -7,7 +7,6 @@
 #include "documento/ZEL_Conformidade.h"
 #include "documento/ZEL_Controle.h"
 #include "documento/ZEL_Limites.h"
-#include "documento/ZEL_Persistencia.h"
 #include "negocio/Argumento.h"
 #include "util/Gravacao.h"
 #include "util/Numero.h"
@@ -92,70 +91,74 @@ int verificarAbertura(ST_tagZEL &abertura) {
     return abertura.subTags ? fnVerificarTAG_ZEL(Secao::kAbertura, abertura) : int{ZEL_OK};
 }
 
-int abrir(const DadosConsumidor &consumidor, std::span<const Alteracao> alteracoes) {
+int abrir(ST_PersitenceXML_ZEL &documento, const DadosConsumidor &consumidor,
+          std::span<const Alteracao> alteracoes) {
     const std::size_t digitos = digitosDoDocumento(consumidor.documento).size();
     ST_tagZEL abertura = newST_tagZEL(false, nomeSecao(Secao::kAbertura));
     if (const int montada =
             montarAbertura(consumidor, identificacaoNaAbertura(digitos), "", abertura);
         montada != ZEL_OK)
         return montada;
-    return fnCFeAbrirTAG_ZEL(std::move(abertura), alteracoes);
+    return fnCFeAbrirTAG_ZEL(documento, std::move(abertura), alteracoes);
 }
 
 } // namespace
 
-int fnCFAbrir_ZEL_Felbor(const DadosConsumidor &consumidor) {
+int fnCFAbrir_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, const DadosConsumidor &consumidor) {
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
-    return abrir(consumidor, {});
+    return abrir(documento, consumidor, {});
 }
 
-int fnCFAbrirNumSerie_ZEL_Felbor(int numero, int serie, const DadosConsumidor &consumidor) {
+int fnCFAbrirNumSerie_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, int numero, int serie,
+                                 const DadosConsumidor &consumidor) {
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
     if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kAbrir); resultado != ZEL_OK)
         return resultado;
     const std::array<Alteracao, 2> numeracao{{{R"(IDE\nNF)"_chave, formatarInteiro(numero)},
                                               {R"(IDE\Serie)"_chave, formatarInteiro(serie)}}};
-    const int aberto = abrir(consumidor, numeracao);
+    const int aberto = abrir(documento, consumidor, numeracao);
     if (aberto == ZEL_OK || aberto == ZEL_ARQUIVO_INDISPONIVEL) return aberto;
     // They stay, whatever the consumer's data are refused for.
     const int guardado = alterarConfig(numeracao);
     return guardado == ZEL_OK ? aberto : guardado;
 }
 
-int fnCFIdentificarConsumidor_ZEL_Felbor(const DadosConsumidor &consumidor,
+int fnCFIdentificarConsumidor_ZEL_Felbor(ST_PersitenceXML_ZEL &documento,
+                                         const DadosConsumidor &consumidor,
                                          std::string_view email) {
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
-    if (!G_stXML_Persistencia.temListaDeVendas()) return recusarSemDocumento();
+    if (!documento.temListaDeVendas()) return recusarSemDocumento();
     const std::size_t digitos = digitosDoDocumento(consumidor.documento).size();
     ST_tagZEL abertura = newST_tagZEL(false, nomeSecao(Secao::kAbertura));
     if (const int montada = montarAbertura(consumidor, cpfOuCnpj(digitos), email, abertura);
         montada != ZEL_OK)
         return montada;
-    return fnCFIdentificarConsumidorTAG_ZEL(std::move(abertura));
+    return fnCFIdentificarConsumidorTAG_ZEL(documento, std::move(abertura));
 }
 
-int fnCFeAbrirTAG_ZEL(ST_tagZEL abertura, std::span<const Alteracao> alteracoes) {
+int fnCFeAbrirTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL abertura,
+                      std::span<const Alteracao> alteracoes) {
     if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kAbrir); resultado != ZEL_OK)
         return resultado;
     if (const int resultado = verificarAbertura(abertura); resultado != ZEL_OK) return resultado;
 
-    ST_PersitenceXML_ZEL anterior = std::exchange(G_stXML_Persistencia, {});
+    ST_PersitenceXML_ZEL anterior = std::exchange(documento, {});
     std::vector<Alteracao> todas(alteracoes.begin(), alteracoes.end());
     todas.push_back(alteracaoEstado(kAberto));
     aliviarDiario(); // between two receipts nobody waits
     return ouDesfaz(
         [&] {
-            G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kAbertura, std::move(abertura));
-            return fnPersistEstrutura_ZEL(todas);
+            documento.fnAdicionarTagZEL(Secao::kAbertura, std::move(abertura));
+            return fnPersistEstrutura_ZEL(documento, todas);
         },
-        [&] { G_stXML_Persistencia = std::move(anterior); });
+        [&] { documento = std::move(anterior); });
 }
 
-int fnCFIdentificarConsumidorTAG_ZEL(ST_tagZEL abertura) {
+int fnCFIdentificarConsumidorTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL abertura) {
     if (const int resultado = verificarAbertura(abertura); resultado != ZEL_OK) return resultado;
-    return desfazendoNaFalha(G_stXML_Persistencia.abertura, [&] {
-        G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kAbertura, std::move(abertura));
-        return fnPersistEstrutura_ZEL();
+    return desfazendoNaFalha(documento.abertura, [&] {
+        documento.fnAdicionarTagZEL(Secao::kAbertura, std::move(abertura));
+        return fnPersistEstrutura_ZEL(documento);
     });
 }
 

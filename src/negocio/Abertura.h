@@ -3,6 +3,7 @@
 #pragma once
 
 #include "config/Registro.h"
+#include "documento/ZEL_Persistencia.h"
 #include "documento/ZEL_Tag.h"
 
 #include <span>
@@ -28,20 +29,23 @@ struct DadosConsumidor {
 // street without the rest of its address; ZEL_CUPOM_EM_ANDAMENTO a receipt is in progress;
 // ZEL_TAG_NAO_CONFORME to ZEL_TAG_OBRIGATORIA a value out of its length; ZEL_CONFIG_ILEGIVEL,
 // ZEL_ARQUIVO_INDISPONIVEL.
-int fnCFAbrir_ZEL_Felbor(const DadosConsumidor &consumidor);
+int fnCFAbrir_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, const DadosConsumidor &consumidor);
 
 // The same with receipt number and series written to the configuration first; they keep their new
 // values even if the opening then fails.
-int fnCFAbrirNumSerie_ZEL_Felbor(int numero, int serie, const DadosConsumidor &consumidor);
+int fnCFAbrirNumSerie_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, int numero, int serie,
+                                 const DadosConsumidor &consumidor);
 
 // Replaces the opening section, in any state: up to 11 digits make a CPF, 13 or more a CNPJ, there
 // are no foreign ids. `email` has 1 to 59 characters. ZEL_OK; ZEL_RECUSADO as above;
 // ZEL_ARQUIVO_INDISPONIVEL no document in progress.
-int fnCFIdentificarConsumidor_ZEL_Felbor(const DadosConsumidor &consumidor, std::string_view email);
+int fnCFIdentificarConsumidor_ZEL_Felbor(ST_PersitenceXML_ZEL &documento,
+                                         const DadosConsumidor &consumidor, std::string_view email);
 
 // Check and store an opening section, which may be empty; the opening goes together with changes of
 // the configuration.
-int fnCFeAbrirTAG_ZEL(ST_tagZEL abertura, std::span<const Alteracao> alteracoes = {});
-int fnCFIdentificarConsumidorTAG_ZEL(ST_tagZEL abertura);
+int fnCFeAbrirTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL abertura,
+                      std::span<const Alteracao> alteracoes = {});
+int fnCFIdentificarConsumidorTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL abertura);
 
 } // namespace zel

@@ -50,8 +50,8 @@ void completarJustificativa(DadosCancelamento &cancelado, std::string_view padra
     if (textoSimples(cancelado.justificativa).empty()) cancelado.justificativa = padrao;
 }
 
-int cancelarCupomEmAndamento() {
-    return fnComPosseDoCupom_ZEL([] {
+int cancelarCupomEmAndamento(ST_PersitenceXML_ZEL &documento) {
+    return fnComPosseDoCupom_ZEL(documento, [] {
         fnDefinirEstadoCFe_ZEL(kCancelado);
         return fnCFVerificarStatus_ZEL() == kCancelado ? int{ZEL_OK} : arquivoIndisponivel();
     });
@@ -86,7 +86,8 @@ std::string nomeDoArquivoOffline(const ChaveAcesso &chave) {
 
 } // namespace
 
-int fnCFCancelar_ZEL_Felbor(std::string_view numero, std::string_view serie, std::string_view chave,
+int fnCFCancelar_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, std::string_view numero,
+                            std::string_view serie, std::string_view chave,
                             std::string_view protocolo, std::string_view justificativa) {
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
     if (const int presentes = recusarNulos({{"numero", numero},
@@ -99,7 +100,7 @@ int fnCFCancelar_ZEL_Felbor(std::string_view numero, std::string_view serie, std
     DadosCancelamento cancelado{numero, serie, chave, protocolo, justificativa};
     if (semTextos(cancelado)) {
         const int estado = fnCFVerificarStatus_ZEL();
-        if (estado < kEncerrado) return cancelarCupomEmAndamento();
+        if (estado < kEncerrado) return cancelarCupomEmAndamento(documento);
         if (estado != kEncerrado) return recusarNoEstado(Motivo::kJaCancelado);
         cancelado = ultimoDocumento();
         if (ehDeOutroDocumento(cancelado)) return recusar(Motivo::kChaveDeOutroDocumento);

@@ -3,6 +3,8 @@
 // is sent or, without connection, kept scrambled in files. The event's form is Requisicao's.
 #pragma once
 
+#include "documento/ZEL_Persistencia.h"
+
 #include <ctime>
 #include <optional>
 #include <string>
@@ -25,7 +27,8 @@ struct DadosCancelamento {
 // "Cancelamento de NFCe". 1 the receipt in progress is cancelled; 2 the event is written;
 // ZEL_CONFIG_ILEGIVEL; ZEL_ARGUMENTO_INVALIDO a null text; ZEL_RECUSADO state 6 and five empty
 // texts, or a clock whose year has not four digits; ZEL_ARQUIVO_INDISPONIVEL.
-int fnCFCancelar_ZEL_Felbor(std::string_view numero, std::string_view serie, std::string_view chave,
+int fnCFCancelar_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, std::string_view numero,
+                            std::string_view serie, std::string_view chave,
                             std::string_view protocolo, std::string_view justificativa);
 
 // Writes the event, without protocol, scrambled as CNPJ_SERIENUMERO.ctgCanc, all three from the

@@ -9,7 +9,6 @@
 #include "documento/ZEL_Controle.h"
 #include "documento/ZEL_Limites.h"
 #include "documento/ZEL_Montagem.h"
-#include "documento/ZEL_Persistencia.h"
 #include "documento/ZEL_Somas.h"
 #include "negocio/Transporte.h"
 #include "util/Marcacao.h"
@@ -38,11 +37,12 @@ std::string mensagem(std::string_view texto) {
 
 // ZEL_OK, or ZEL_CONSUMIDOR_OBRIGATORIO: above the configured value the consumer must be identified
 // by one of the elements.
-int verificarConsumidor(std::initializer_list<std::string_view> aceitos) {
+int verificarConsumidor(const ST_PersitenceXML_ZEL &documento,
+                        std::initializer_list<std::string_view> aceitos) {
     const double limite = lerDecimal(valorConfig(R"(CONFIGURACAO\ValorMaxIdeCliente)"_chave));
-    const double total = lerDecimal(totalDoCupom(G_stXML_Persistencia));
+    const double total = lerDecimal(totalDoCupom(documento));
     if (total <= limite) return ZEL_OK;
-    const auto &abertura = G_stXML_Persistencia.abertura;
+    const auto &abertura = documento.abertura;
     const ST_tagZEL *dest = abertura ? abertura->getSubTag(0) : nullptr;
     const bool identificado =
         dest != nullptr && std::any_of(aceitos.begin(), aceitos.end(), [&](std::string_view nome) {
@@ -71,46 +71,47 @@ ST_tagZEL montarEncerramento(std::string_view infAdFisco, std::string_view infCp
 
 } // namespace
 
-int fnCFEncerrar_ZEL_Felbor(std::string_view infoConsumidor) {
+int fnCFEncerrar_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, std::string_view infoConsumidor) {
     if (const int resultado = podeEncerrar(); resultado != ZEL_OK) return resultado;
-    if (!G_stXML_Persistencia.temListaDeVendas()) return recusarSemDocumento();
-    if (const int resultado = verificarConsumidor({"CPF", "idEstrangeiro", "CNPJ"});
+    if (!documento.temListaDeVendas()) return recusarSemDocumento();
+    if (const int resultado = verificarConsumidor(documento, {"CPF", "idEstrangeiro", "CNPJ"});
         resultado != ZEL_OK)
         return resultado;
-    return fnCFeEncerrarTAG_ZEL(montarEncerramento("", mensagem(infoConsumidor)));
+    return fnCFeEncerrarTAG_ZEL(documento, montarEncerramento("", mensagem(infoConsumidor)));
 }
 
-int fnCFEncerrarConfigMsg_ZEL_Felbor(std::string_view infoConsumidor, std::string_view infoFisco) {
+int fnCFEncerrarConfigMsg_ZEL_Felbor(ST_PersitenceXML_ZEL &documento,
+                                     std::string_view infoConsumidor, std::string_view infoFisco) {
     if (const int resultado = podeEncerrar(); resultado != ZEL_OK) return resultado;
-    if (const int resultado = verificarConsumidor({"CPF"}); resultado != ZEL_OK) return resultado;
+    if (const int resultado = verificarConsumidor(documento, {"CPF"}); resultado != ZEL_OK)
+        return resultado;
     const std::string consumidor = mensagem(infoConsumidor);
     const std::string fisco = mensagem(infoFisco);
     const bool ambas = !consumidor.empty() && !fisco.empty();
-    return fnCFeEncerrarTAG_ZEL(ambas ? montarEncerramento(fisco, consumidor)
-                                      : montarEncerramento("", ""));
+    return fnCFeEncerrarTAG_ZEL(documento, ambas ? montarEncerramento(fisco, consumidor)
+                                                 : montarEncerramento("", ""));
 }
 
-int fnCFeEncerrarTAG_ZEL(ST_tagZEL encerramento) {
+int fnCFeEncerrarTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL encerramento) {
     // A document that could not be read would be refused, and a number lost.
     if (!fnEstruturaLida_ZEL()) return arquivoIndisponivel();
     if (encerramento.subTags) {
         const int resultado = fnVerificarTAG_ZEL(Secao::kEncerramento, encerramento);
         if (resultado != ZEL_OK) return resultado;
     }
-    ST_PersitenceXML_ZEL &documento = G_stXML_Persistencia;
     // Assembling nothing is refused as well, but only after it used up a number.
     if (!documento.temListaDeVendas()) return recusar(Motivo::kEncerrarSemItens);
     return desfazendoNaFalha(documento.transporte, [&] {
         if (!documento.transporte) {
-            const int resultado = adicionarTransporte(semTransporte());
+            const int resultado = adicionarTransporte(documento, semTransporte());
             if (resultado != ZEL_OK) return resultado;
         }
         return desfazendoNaFalha(documento.encerramento, [&] {
             documento.fnAdicionarTagZEL(Secao::kEncerramento, std::move(encerramento));
             const Alteracao estado = alteracaoEstado(kEncerrado);
             std::string emitido;
-            return fnXMLFormatado_ZEL(kNormal, emitido,
-                                      {.alteracoes = {&estado, 1}, .estrutura = true});
+            return fnXMLFormatado_ZEL(documento, kNormal, emitido,
+                                      {.alteracoes = {&estado, 1}, .estrutura = &documento});
         });
     });
 }

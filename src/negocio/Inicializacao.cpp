@@ -7,10 +7,10 @@
 
 namespace zel {
 
-int fnCFInicializar_ZEL_Felbor() {
+int fnCFInicializar_ZEL_Felbor(ST_PersitenceXML_ZEL &documento) {
     const int resultado = inicializarConfig();
     // A document in progress is judged by the configuration, so it is looked at after it.
-    fnInicializarVariaveis_ZEL();
+    fnInicializarVariaveis_ZEL(documento);
     return resultado;
 }
 

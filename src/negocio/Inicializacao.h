@@ -2,11 +2,13 @@
 // Initialisation and finalisation of the library.
 #pragma once
 
+#include "documento/ZEL_Persistencia.h"
+
 namespace zel {
 
-// Templates, defaults, configuration file. ZEL_OK; ZEL_ARQUIVO_INDISPONIVEL the file can be neither
-// read nor written.
-int fnCFInicializar_ZEL_Felbor();
+// Templates, defaults, configuration file, the document in progress. ZEL_OK;
+// ZEL_ARQUIVO_INDISPONIVEL the file can be neither read nor written.
+int fnCFInicializar_ZEL_Felbor(ST_PersitenceXML_ZEL &documento);
 
 // Frees the templates. Always 1.
 int fnCFFinalizar_ZEL_Felbor();

@@ -5,7 +5,6 @@
 #include "documento/ZEL_ArquivoPersistencia.h"
 #include "documento/ZEL_Conformidade.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_Persistencia.h"
 #include "documento/ZEL_Somas.h"
 #include "negocio/Argumento.h"
 #include "util/Codigos.h"
@@ -24,36 +23,37 @@ std::string codigoDaForma(std::string_view forma) {
     return fnRetornaCodigoFormaPgto(textoSimples(forma));
 }
 
-double totalAPagar() {
-    return lerDecimal(totalDoCupom(G_stXML_Persistencia));
+double totalAPagar(const ST_PersitenceXML_ZEL &documento) {
+    return lerDecimal(totalDoCupom(documento));
 }
 
 // True when the stored payments, in cents, reach the total.
-bool totalCoberto() {
-    return emCentavos(totalPago(G_stXML_Persistencia)) >= totalAPagar();
+bool totalCoberto(const ST_PersitenceXML_ZEL &documento) {
+    return emCentavos(totalPago(documento)) >= totalAPagar(documento);
 }
 
 // Saves the payment line last added, with the state that it leads to when it completes the total.
-int salvarPagamento(std::span<const Alteracao> alteracoes) {
+int salvarPagamento(const ST_PersitenceXML_ZEL &documento, std::span<const Alteracao> alteracoes) {
     std::vector<Alteracao> todas(alteracoes.begin(), alteracoes.end());
-    if (totalCoberto()) todas.push_back(alteracaoEstado(kPagamento));
-    return fnPersistUltimo_ZEL(Secao::kPagamento, todas);
+    if (totalCoberto(documento)) todas.push_back(alteracaoEstado(kPagamento));
+    return fnPersistUltimo_ZEL(documento, Secao::kPagamento, todas);
 }
 
 } // namespace
 
-int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view valor) {
+int fnCFEfetuarPagamento_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, std::string_view forma,
+                                    std::string_view valor) {
     if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kPagar); resultado != ZEL_OK)
         return resultado;
-    if (!G_stXML_Persistencia.temListaDeVendas()) return recusarSemDocumento();
+    if (!documento.temListaDeVendas()) return recusarSemDocumento();
     const double dado = lerDecimal(argumentoDecimal(valor));
     if (dado < 0) return recusarNegativo("valor", valor);
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
 
-    const double total = totalAPagar();
-    const double pago = totalPago(G_stXML_Persistencia);
+    const double total = totalAPagar(documento);
+    const double pago = totalPago(documento);
     Alteracao troco{kTroco, "0"};
-    if (totalCoberto()) {
+    if (totalCoberto(documento)) {
         const int resultado = alterarConfig({&troco, 1});
         return resultado == ZEL_OK ? recusar(Motivo::kJaPago, {.quantia = pago, .limite = total})
                                    : resultado;
@@ -69,11 +69,11 @@ int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view val
     if (pagamento == 0 || excesso > 0) pagamento = resto;
     ST_tagZEL pag("pag");
     pag.addSubTag("tPag", codigoDaForma(forma)).addSubTag("vPag", formatarMoeda(pagamento));
-    return fnCFeEfetuarPagamentoTAG_ZEL(std::move(pag), {&troco, 1});
+    return fnCFeEfetuarPagamentoTAG_ZEL(documento, std::move(pag), {&troco, 1});
 }
 
-int fnCFEstornarPagamento_ZEL_Felbor(std::string_view forma, std::string_view novaForma,
-                                     std::string_view valor) {
+int fnCFEstornarPagamento_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, std::string_view forma,
+                                     std::string_view novaForma, std::string_view valor) {
     if (fnCFVerificarStatus_ZEL() != kPagamento)
         return recusarNoEstado(Motivo::kEstornoForaDoEstado);
     const double procurado = lerDecimal(argumentoDecimal(valor));
@@ -82,10 +82,10 @@ int fnCFEstornarPagamento_ZEL_Felbor(std::string_view forma, std::string_view no
         presentes != ZEL_OK)
         return presentes;
     if (procurado < 0) return recusarNegativo("valor", valor);
-    if (!G_stXML_Persistencia.temListaDeVendas()) return recusarSemDocumento();
-    if (!G_stXML_Persistencia.pagamentos) return recusar(Motivo::kSemLista);
+    if (!documento.temListaDeVendas()) return recusarSemDocumento();
+    if (!documento.pagamentos) return recusar(Motivo::kSemLista);
 
-    std::vector<ST_tagZEL> &pagamentos = *G_stXML_Persistencia.pagamentos;
+    std::vector<ST_tagZEL> &pagamentos = *documento.pagamentos;
     const std::string codigo = codigoDaForma(forma);
     const double troco = lerDecimal(valorConfig(kTroco));
     for (ST_tagZEL &pagamento : pagamentos) {
@@ -96,23 +96,24 @@ int fnCFEstornarPagamento_ZEL_Felbor(std::string_view forma, std::string_view no
             continue;
         return desfazendoNaFalha(pagamento, [&] {
             pag->getSubTag("tPag")->setValor(codigoDaForma(novaForma));
-            return fnPersistEstrutura_ZEL();
+            return fnPersistEstrutura_ZEL(documento);
         });
     }
     return recusar(Motivo::kPagamentoInexistente, {.campo = codigo, .dado = valor});
 }
 
-int fnCFeEfetuarPagamentoTAG_ZEL(ST_tagZEL pag, std::span<const Alteracao> alteracoes) {
+int fnCFeEfetuarPagamentoTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL pag,
+                                 std::span<const Alteracao> alteracoes) {
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kPagamento));
     raiz.addSubTag(std::move(pag));
     if (const int resultado = fnVerificarTAG_ZEL(Secao::kPagamento, raiz); resultado != ZEL_OK)
         return resultado;
-    const auto &pagamentos = G_stXML_Persistencia.pagamentos;
+    const auto &pagamentos = documento.pagamentos;
     const std::size_t sequencia = pagamentos ? pagamentos->size() : 0;
     raiz.valor = formatarInteiro(static_cast<long long>(sequencia), 3);
-    G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kPagamento, std::move(raiz));
-    return ouDesfaz([&] { return salvarPagamento(alteracoes); },
-                    [] { G_stXML_Persistencia.pagamentos->pop_back(); });
+    documento.fnAdicionarTagZEL(Secao::kPagamento, std::move(raiz));
+    return ouDesfaz([&] { return salvarPagamento(documento, alteracoes); },
+                    [&] { documento.pagamentos->pop_back(); });
 }
 
 } // namespace zel

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "config/Registro.h"
+#include "documento/ZEL_Persistencia.h"
 #include "documento/ZEL_Tag.h"
 
 #include <span>
@@ -18,16 +19,18 @@ namespace zel {
 // progress; ZEL_ARGUMENTO_INVALIDO a negative value; ZEL_JA_PAGO paid already, with the change set
 // to "0" all the same; ZEL_PAGAMENTO_INEXISTENTE a change that its key cannot hold;
 // ZEL_TAG_NAO_CONFORME a value beyond its length; ZEL_CONFIG_ILEGIVEL.
-int fnCFEfetuarPagamento_ZEL_Felbor(std::string_view forma, std::string_view valor);
+int fnCFEfetuarPagamento_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, std::string_view forma,
+                                    std::string_view valor);
 
 // Replaces the form of the first line with the given form and value, in state 4; the last line is
 // looked for by the value as the customer gave it, before the change. ZEL_OK; ZEL_ESTADO_INVALIDO
 // the state; ZEL_ARGUMENTO_INVALIDO an empty argument or a negative value;
 // ZEL_ARQUIVO_INDISPONIVEL; ZEL_SEM_LISTA no payments; ZEL_PAGAMENTO_INEXISTENTE no such line.
-int fnCFEstornarPagamento_ZEL_Felbor(std::string_view forma, std::string_view novaForma,
-                                     std::string_view valor);
+int fnCFEstornarPagamento_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, std::string_view forma,
+                                     std::string_view novaForma, std::string_view valor);
 
 // Checks and stores a payment line, the group `pag`, together with configuration values.
-int fnCFeEfetuarPagamentoTAG_ZEL(ST_tagZEL pag, std::span<const Alteracao> alteracoes = {});
+int fnCFeEfetuarPagamentoTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL pag,
+                                 std::span<const Alteracao> alteracoes = {});
 
 } // namespace zel

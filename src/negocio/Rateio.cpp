@@ -2,7 +2,6 @@
 #include "negocio/Rateio.h"
 
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_Persistencia.h"
 #include "negocio/AjusteItem.h"
 #include "negocio/Argumento.h"
 #include "util/Numero.h"
@@ -18,7 +17,7 @@ namespace {
 
 // One item's part in the prorating.
 struct ST_StructItemAux {
-    int item;       // its number in the document, from 1
+    ItemVendido item;
     double bruto;   // quantity x unit price, unrounded: its weight
     double limite;  // what it carries must stay below
     double parcela; // its share, as written
@@ -26,16 +25,20 @@ struct ST_StructItemAux {
     double ajuste; // the surcharge or discount that it has already
 };
 
-std::vector<ST_StructItemAux> listarItens() {
+std::vector<ST_StructItemAux> listarItens(ST_PersitenceXML_ZEL &documento) {
     std::vector<ST_StructItemAux> lista;
-    for (int item = 1; item <= G_stXML_Persistencia.quantidadeItens(); ++item) {
-        const ST_tagZEL *prod = G_stXML_Persistencia.item(item)->getSubTag("prod");
+    for (int numero = 1; numero <= documento.quantidadeItens(); ++numero) {
+        ST_tagZEL &item = *documento.item(numero);
+        ST_tagZEL *prod = item.getSubTag("prod");
         if (prod == nullptr) continue;
         const bool acrescimo = prod->getSubTag("vOutro") != nullptr;
         const bool desconto = !acrescimo && prod->getSubTag("vDesc") != nullptr;
-        lista.push_back({item,
+        lista.push_back({{numero, item, *prod},
                          lerDecimal(prod->valorDe("qCom")) * lerDecimal(prod->valorDe("vUnCom")),
-                         valorBruto(*prod), 0, acrescimo, desconto,
+                         valorBruto(*prod),
+                         0,
+                         acrescimo,
+                         desconto,
                          lerDecimal(prod->valorDe(acrescimo ? "vOutro" : "vDesc"))});
     }
     return lista;
@@ -76,31 +79,32 @@ bool cabe(const ST_StructItemAux &parte, char operacao) {
 
 int recusarParte(const ST_StructItemAux &parte) {
     return recusar(Motivo::kRateioExcessivo,
-                   {.numero = parte.item, .quantia = parte.parcela, .limite = parte.limite});
+                   {.numero = parte.item.numero, .quantia = parte.parcela, .limite = parte.limite});
 }
 
 // Replaces the item's adjustment by the net one, even by one of zero when it had none. 1 or the
 // code of the change that the item refuses.
 int aplicar(const ST_StructItemAux &parte, char operacao) {
     int resultado = ZEL_OK;
-    if (parte.temAcrescimo) resultado = removerAjuste(Ajuste::kAcrescimo, parte.item);
-    if (parte.temDesconto) resultado = removerAjuste(Ajuste::kDesconto, parte.item);
+    if (parte.temAcrescimo) resultado = removerAjuste(parte.item, Ajuste::kAcrescimo);
+    if (parte.temDesconto) resultado = removerAjuste(parte.item, Ajuste::kDesconto);
     if (resultado != ZEL_OK || anula(parte, operacao)) return resultado;
     const double valor = liquido(parte, operacao);
     const bool acrescimo = valor != 0 ? valor > 0 : operacao == 'A';
-    return lancarAjuste(acrescimo ? Ajuste::kAcrescimo : Ajuste::kDesconto, parte.item,
+    return lancarAjuste(parte.item, acrescimo ? Ajuste::kAcrescimo : Ajuste::kDesconto,
                         acrescimo ? "A$" : "D$", formatarMoeda(std::abs(valor)));
 }
 
 } // namespace
 
-int fnRatearDescAcresTotalizacao(std::string_view tipo, std::string_view valor) {
+int fnRatearDescAcresTotalizacao(ST_PersitenceXML_ZEL &documento, std::string_view tipo,
+                                 std::string_view valor) {
     const double numero = lerDecimal(argumentoDecimal(valor));
     if (!(numero > 0)) return ZEL_OK;
     const char operacao = tipo.empty() ? '\0' : tipo[0];
     const char forma = tipo.size() > 1 ? tipo[1] : '\0';
 
-    std::vector<ST_StructItemAux> lista = listarItens();
+    std::vector<ST_StructItemAux> lista = listarItens(documento);
     double bruto = 0;
     for (const ST_StructItemAux &parte : lista)
         bruto += parte.bruto;

@@ -3,6 +3,8 @@
 // values, so that the document carries every adjustment on its items.
 #pragma once
 
+#include "documento/ZEL_Persistencia.h"
+
 #include <string_view>
 
 namespace zel {
@@ -12,6 +14,7 @@ namespace zel {
 // Each share is cut to two decimals; what that leaves goes to the first item with the largest one.
 // ZEL_OK; ZEL_AJUSTE_EXCESSIVO an item would be used up or cannot take its share, or there is
 // nothing to spread over.
-int fnRatearDescAcresTotalizacao(std::string_view tipo, std::string_view valor);
+int fnRatearDescAcresTotalizacao(ST_PersitenceXML_ZEL &documento, std::string_view tipo,
+                                 std::string_view valor);
 
 } // namespace zel

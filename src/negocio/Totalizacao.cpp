@@ -6,7 +6,6 @@
 #include "documento/ZEL_ArquivoPersistencia.h"
 #include "documento/ZEL_Conformidade.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_Persistencia.h"
 #include "documento/ZEL_Somas.h"
 #include "negocio/Argumento.h"
 #include "negocio/Rateio.h"
@@ -85,33 +84,36 @@ ST_tagZEL montarTotal(const Somas &somas) {
 
 } // namespace
 
-int fnCFTotalizar_ZEL_Felbor(std::string_view tipo, std::string_view valor) {
+int fnCFTotalizar_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, std::string_view tipo,
+                             std::string_view valor) {
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
     if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kTotalizar); resultado != ZEL_OK)
         return resultado;
-    if (!G_stXML_Persistencia.temListaDeVendas()) return recusarSemDocumento();
+    if (!documento.temListaDeVendas()) return recusarSemDocumento();
 
     // Without an adjustment no item changes, and none needs to be kept.
     const bool comAjuste = lerDecimal(argumentoDecimal(valor)) > 0;
     const auto totalizar = [&] {
-        const int rateio = fnRatearDescAcresTotalizacao(argumentoCortado(tipo, 2), valor);
+        const int rateio =
+            fnRatearDescAcresTotalizacao(documento, argumentoCortado(tipo, 2), valor);
         if (rateio != ZEL_OK) return rateio;
-        return fnCFeTotalizarTAG_ZEL(montarTotal(somarItens(G_stXML_Persistencia)),
+        return fnCFeTotalizarTAG_ZEL(documento, montarTotal(somarItens(documento)),
                                      comAjuste ? Itens::kMudados : Itens::kComoEstavam);
     };
-    return comAjuste ? desfazendoNaFalha(G_stXML_Persistencia.vendas, totalizar) : totalizar();
+    return comAjuste ? desfazendoNaFalha(documento.vendas, totalizar) : totalizar();
 }
 
-int fnCFeTotalizarTAG_ZEL(ST_tagZEL total, Itens itens) {
+int fnCFeTotalizarTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL total, Itens itens) {
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kTotalizacao));
     raiz.addSubTag(std::move(total));
     if (const int resultado = fnVerificarTAG_ZEL(Secao::kTotalizacao, raiz); resultado != ZEL_OK)
         return resultado;
-    return desfazendoNaFalha(G_stXML_Persistencia.totalizacao, [&] {
-        G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kTotalizacao, std::move(raiz));
+    return desfazendoNaFalha(documento.totalizacao, [&] {
+        documento.fnAdicionarTagZEL(Secao::kTotalizacao, std::move(raiz));
         const Alteracao estado = alteracaoEstado(kTotalizado);
-        return itens == Itens::kMudados ? fnPersistEstrutura_ZEL({&estado, 1})
-                                        : fnPersistUltimo_ZEL(Secao::kTotalizacao, {&estado, 1});
+        return itens == Itens::kMudados
+                   ? fnPersistEstrutura_ZEL(documento, {&estado, 1})
+                   : fnPersistUltimo_ZEL(documento, Secao::kTotalizacao, {&estado, 1});
     });
 }
 

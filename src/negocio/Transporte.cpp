@@ -7,7 +7,6 @@
 #include "documento/ZEL_Conformidade.h"
 #include "documento/ZEL_Controle.h"
 #include "documento/ZEL_Limites.h"
-#include "documento/ZEL_Persistencia.h"
 #include "negocio/Argumento.h"
 #include "util/Recusa.h"
 #include "util/Texto.h"
@@ -36,29 +35,30 @@ ST_tagZEL montarTransporte(const DadosTransportadora &dados) {
 
 } // namespace
 
-int fnCFIdentificarTransportadora_ZEL_Felbor(const DadosTransportadora &transportadora) {
+int fnCFIdentificarTransportadora_ZEL_Felbor(ST_PersitenceXML_ZEL &documento,
+                                             const DadosTransportadora &transportadora) {
     if (fnCFVerificarStatus_ZEL() > kPagamento)
         return recusarNoEstado(Motivo::kTransporteForaDoEstado);
     const std::string_view presenca = valorConfig(R"(IDE\indPres)"_chave);
     if (presenca != "4") return recusar(Motivo::kTransporteSemEntrega, {.dado = presenca});
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
-    if (!G_stXML_Persistencia.temListaDeVendas()) return recusarSemDocumento();
-    return fnCFIdentificarTransportadoraTAG_ZEL(montarTransporte(transportadora));
+    if (!documento.temListaDeVendas()) return recusarSemDocumento();
+    return fnCFIdentificarTransportadoraTAG_ZEL(documento, montarTransporte(transportadora));
 }
 
-int fnCFIdentificarTransportadoraTAG_ZEL(ST_tagZEL transp) {
-    return desfazendoNaFalha(G_stXML_Persistencia.transporte, [&] {
-        const int resultado = adicionarTransporte(std::move(transp));
-        return resultado == ZEL_OK ? fnPersistEstrutura_ZEL() : resultado;
+int fnCFIdentificarTransportadoraTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL transp) {
+    return desfazendoNaFalha(documento.transporte, [&] {
+        const int resultado = adicionarTransporte(documento, std::move(transp));
+        return resultado == ZEL_OK ? fnPersistEstrutura_ZEL(documento) : resultado;
     });
 }
 
-int adicionarTransporte(ST_tagZEL transp) {
+int adicionarTransporte(ST_PersitenceXML_ZEL &documento, ST_tagZEL transp) {
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kTransporte));
     raiz.addSubTag(std::move(transp));
     if (const int resultado = fnVerificarTAG_ZEL(Secao::kTransporte, raiz); resultado != ZEL_OK)
         return resultado;
-    return G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kTransporte, std::move(raiz));
+    return documento.fnAdicionarTagZEL(Secao::kTransporte, std::move(raiz));
 }
 
 ST_tagZEL semTransporte() {

@@ -2,6 +2,7 @@
 // The carrier of a delivery: the group `transp` of the transport section.
 #pragma once
 
+#include "documento/ZEL_Persistencia.h"
 #include "documento/ZEL_Tag.h"
 
 #include <string_view>
@@ -22,13 +23,14 @@ struct DadosTransportadora {
 // state does not change. ZEL_OK; ZEL_ESTADO_INVALIDO another state;
 // ZEL_TRANSPORTADORA_NAO_PERMITIDA no delivery; ZEL_ARQUIVO_INDISPONIVEL no document in progress;
 // ZEL_TAG_NAO_CONFORME to ZEL_TAG_OBRIGATORIA a value out of its length; ZEL_CONFIG_ILEGIVEL.
-int fnCFIdentificarTransportadora_ZEL_Felbor(const DadosTransportadora &transportadora);
+int fnCFIdentificarTransportadora_ZEL_Felbor(ST_PersitenceXML_ZEL &documento,
+                                             const DadosTransportadora &transportadora);
 
 // Checks and stores the group `transp`.
-int fnCFIdentificarTransportadoraTAG_ZEL(ST_tagZEL transp);
+int fnCFIdentificarTransportadoraTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL transp);
 
 // Checks the group and puts it into the document in memory; saving is the caller's.
-int adicionarTransporte(ST_tagZEL transp);
+int adicionarTransporte(ST_PersitenceXML_ZEL &documento, ST_tagZEL transp);
 
 // The group of a document without a carrier.
 ST_tagZEL semTransporte();

@@ -8,8 +8,6 @@
 #include "documento/ZEL_Conformidade.h"
 #include "documento/ZEL_Controle.h"
 #include "documento/ZEL_Limites.h"
-#include "documento/ZEL_Persistencia.h"
-#include "imposto/Presets.h"
 #include "imposto/ZEL_TrataImposto.h"
 #include "negocio/Argumento.h"
 #include "util/Numero.h"
@@ -101,30 +99,31 @@ ST_tagZEL montarProduto(const DadosVenda &dados, const Numeros &numeros,
     return prod;
 }
 
-int podeVender() {
-    if (G_stXML_Persistencia.quantidadeItens() >= kMaximoItens)
+int podeVender(const ST_PersitenceXML_ZEL &documento) {
+    if (documento.quantidadeItens() >= kMaximoItens)
         return recusar(Motivo::kItensDemais, {.numero = kMaximoItens});
     if (const int resultado = fnVerificarSePosso_ZEL(Operacao::kVender); resultado != ZEL_OK)
         return resultado;
-    return G_stXML_Persistencia.temListaDeVendas() ? int{ZEL_OK} : recusarSemDocumento();
+    return documento.temListaDeVendas() ? int{ZEL_OK} : recusarSemDocumento();
 }
 
 // Adds a checked item to the document and saves it with the state that it leads to.
-int guardarItem(ST_tagZEL item) {
-    item.valor = formatarInteiro(G_stXML_Persistencia.quantidadeItens() + 1);
-    G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kVenda, std::move(item));
+int guardarItem(ST_PersitenceXML_ZEL &documento, ST_tagZEL item) {
+    item.valor = formatarInteiro(documento.quantidadeItens() + 1);
+    documento.fnAdicionarTagZEL(Secao::kVenda, std::move(item));
     const Alteracao estado = alteracaoEstado(kVendendo);
     const std::size_t mudancas = G_EstadoCFe == kVendendo ? 0 : 1;
     return ouDesfaz(
         [&] {
-            return fnPersistUltimo_ZEL(Secao::kVenda, {&estado, mudancas});
+            return fnPersistUltimo_ZEL(documento, Secao::kVenda, {&estado, mudancas});
         },
-        [] { G_stXML_Persistencia.vendas->pop_back(); });
+        [&] { documento.vendas->pop_back(); });
 }
 
 } // namespace
 
-int fnCFVender_ZEL_Felbor(const DadosVenda &dados) {
+int fnCFVender_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, ST_tagImpostoConfTemp &presets,
+                          const DadosVenda &dados) {
     if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
     Numeros numeros;
     if (const int resultado = lerNumeros(dados, numeros); resultado != ZEL_OK) return resultado;
@@ -136,33 +135,35 @@ int fnCFVender_ZEL_Felbor(const DadosVenda &dados) {
                                                numeros.tipo, numeros.valorAjuste);
     ST_tagZEL item = newST_tagZEL(false, nomeSecao(Secao::kVenda));
     ST_tagZEL imposto("imposto");
-    const int tributado = fnTratarImposto(trocarVirgula(argumentoCortado(dados.aliquota, 15)), base,
-                                          numeros.quantidade, imposto);
+    const int tributado =
+        fnTratarImposto(presets, trocarVirgula(argumentoCortado(dados.aliquota, 15)), base,
+                        numeros.quantidade, imposto);
     if (tributado != ZEL_OK) return tributado;
 
     item.addSubTag(montarProduto(dados, numeros, ajuste)).addSubTag(std::move(imposto));
-    if (const int resultado = podeVender(); resultado != ZEL_OK) return resultado;
+    if (const int resultado = podeVender(documento); resultado != ZEL_OK) return resultado;
     if (const int resultado = fnVerificarTAG_ZEL(Secao::kVenda, item); resultado != ZEL_OK)
         return resultado;
-    if (const int resultado = guardarItem(std::move(item)); resultado != ZEL_OK) return resultado;
+    if (const int resultado = guardarItem(documento, std::move(item)); resultado != ZEL_OK)
+        return resultado;
     ZEL_TIPO_DESC_ACREC = numeros.tipo;
-    fnZerarConfTempICMS();
-    fnZerarConfTempPIS();
-    fnZerarConfTempCONFINS();
+    fnZerarConfTempICMS(presets);
+    fnZerarConfTempPIS(presets);
+    fnZerarConfTempCONFINS(presets);
     return ZEL_OK;
 }
 
-int fnCFVenderXml_ZEL_Felbor(std::string_view texto) {
-    return fnCFeVenderTAG_ZEL(texto);
+int fnCFVenderXml_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, std::string_view texto) {
+    return fnCFeVenderTAG_ZEL(documento, texto);
 }
 
-int fnCFeVenderTAG_ZEL(std::string_view texto) {
-    if (const int resultado = podeVender(); resultado != ZEL_OK) return resultado;
+int fnCFeVenderTAG_ZEL(ST_PersitenceXML_ZEL &documento, std::string_view texto) {
+    if (const int resultado = podeVender(documento); resultado != ZEL_OK) return resultado;
     ST_tagZEL item;
     if (const int resultado = fnVerificarFormatarTAG_ZEL(Secao::kVenda, texto, item);
         resultado != ZEL_OK)
         return resultado;
-    return guardarItem(std::move(item));
+    return guardarItem(documento, std::move(item));
 }
 
 } // namespace zel

@@ -2,6 +2,9 @@
 // Selling: an item's product group, its taxes and its place in the document in progress.
 #pragma once
 
+#include "documento/ZEL_Persistencia.h"
+#include "imposto/Presets.h"
+
 #include <string_view>
 
 namespace zel {
@@ -28,12 +31,13 @@ struct DadosVenda {
 // ZEL_RECUSADO no tax group, or 999 items sold; ZEL_NENHUM_CUPOM, ZEL_VENDA_FORA_DE_ORDEM the
 // state; ZEL_ARQUIVO_INDISPONIVEL no document in progress; ZEL_TAG_NAO_CONFORME to
 // ZEL_TAG_OBRIGATORIA a value out of its length; ZEL_CONFIG_ILEGIVEL.
-int fnCFVender_ZEL_Felbor(const DadosVenda &dados);
+int fnCFVender_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, ST_tagImpostoConfTemp &presets,
+                          const DadosVenda &dados);
 
 // The same with the item given whole as tag text; the presets stay.
-int fnCFVenderXml_ZEL_Felbor(std::string_view texto);
+int fnCFVenderXml_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, std::string_view texto);
 
 // Stores an item given as tag text.
-int fnCFeVenderTAG_ZEL(std::string_view texto);
+int fnCFeVenderTAG_ZEL(ST_PersitenceXML_ZEL &documento, std::string_view texto);
 
 } // namespace zel

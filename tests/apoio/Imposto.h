@@ -6,7 +6,7 @@
 #include "ZEL_FelborFramework.h"
 #include "apoio/DiretorioDeDados.h"
 #include "config/Registro.h"
-#include "documento/ZEL_Persistencia.h"
+#include "documento/ZEL_Tag.h"
 #include "imposto/Presets.h"
 #include "util/Texto.h"
 
@@ -40,8 +40,6 @@ protected:
         ASSERT_EQ(inicializarConfig(), ZEL_OK);
         configurar(R"(IMPOSTO\ICMS\ICMS00)", "Orig= CST= modBC=");
         configurar("CONFIGURACAO", "estadoCFe=1");
-        G_stXML_Persistencia = {};
-        G_stTagImpostoConfTemp = {};
     }
     void TearDown() override { unsetenv("ZEL_DIRETORIO"); }
 
@@ -60,6 +58,8 @@ protected:
         const int codigo = operacao(imposto);
         return codigo == ZEL_OK ? resumo(imposto) : std::to_string(codigo);
     }
+
+    ST_tagImpostoConfTemp presets;
 
 private:
     PastaTemporaria pasta_;

@@ -9,12 +9,13 @@ namespace {
 // PIS and COFINS are one table with two sets of names: what they share is tested with COFINS.
 class Contribuicao : public ImpostoTest {
 protected:
-    static std::string vendido(bool pis) {
+    std::string vendido(bool pis) const {
         return resultado([&](auto &imposto) {
-            return (pis ? fnTratarPIS : fnTratarCOFINS)("18.00", "10.00", "4.0000", imposto);
+            return (pis ? fnTratarPIS : fnTratarCOFINS)(pis ? presets.pis : presets.cofins, "18.00",
+                                                        "10.00", "4.0000", imposto);
         });
     }
-    static std::string comPreset(int codigo) {
+    std::string comPreset(int codigo) const {
         EXPECT_EQ(codigo, ZEL_OK);
         return vendido(false);
     }
@@ -50,18 +51,18 @@ TEST_F(Contribuicao, configured_group_has_its_own_form_and_rank) {
 
 TEST_F(Contribuicao, preset_group_takes_its_own_rate_before_the_configuration) {
     configurar(R"(IMPOSTO\COFINS\COFINSALIQ)", "CST=07");
-    EXPECT_EQ(comPreset(fnCFConfCofinsAliq_ZEL_Felbor("01", "1,655")),
+    EXPECT_EQ(comPreset(fnCFConfCofinsAliq_ZEL_Felbor(presets, "01", "1,655")),
               "imposto(COFINS(COFINSAliq(CST=01 vBC=10.00 pCOFINS=1.66 vCOFINS=0.17)))");
-    EXPECT_EQ(comPreset(fnCFConfCofinsQtde_ZEL_Felbor("03", "0,50")),
+    EXPECT_EQ(comPreset(fnCFConfCofinsQtde_ZEL_Felbor(presets, "03", "0,50")),
               "imposto(COFINS(COFINSQtde(CST=03 qBCProd=4.00 vAliqProd=0.50 vCOFINS=0.02)))");
     // The first comma is the one that is a point; what it leaves is written as given.
-    EXPECT_EQ(comPreset(fnCFConfCofinsQtde_ZEL_Felbor("03", "1,2,3")),
+    EXPECT_EQ(comPreset(fnCFConfCofinsQtde_ZEL_Felbor(presets, "03", "1,2,3")),
               "imposto(COFINS(COFINSQtde(CST=03 qBCProd=4.00 vAliqProd=1.2,3 vCOFINS=0.05)))");
     EXPECT_EQ(
-        comPreset(fnCFConfCofinsQtde_ZEL_Felbor("03", "1<2&amp;")),
+        comPreset(fnCFConfCofinsQtde_ZEL_Felbor(presets, "03", "1<2&amp;")),
         "imposto(COFINS(COFINSQtde(CST=03 qBCProd=4.00 vAliqProd=1&lt;2&amp; vCOFINS=0.04)))");
     // Its tax is the quantity's share even where the percentage is written.
-    EXPECT_EQ(comPreset(fnCFConfCofinsOutr_ZEL_Felbor("99", "", "25")),
+    EXPECT_EQ(comPreset(fnCFConfCofinsOutr_ZEL_Felbor(presets, "99", "", "25")),
               "imposto(COFINS(COFINSOutr(CST=99 vBC=10.00 pCOFINS=0.00 vCOFINS=1.00)))");
 }
 

@@ -58,7 +58,7 @@ protected:
         configurar(R"(IMPOSTO\ICMS\)" + std::string(grupo), chaves);
     }
     static std::string vendido(std::string_view base) {
-        return resultado([&](auto &imposto) { return fnTratarICMS("18.00", base, imposto); });
+        return resultado([&](auto &imposto) { return fnTratarICMS({}, "18.00", base, imposto); });
     }
     static std::string remontado(const ST_tagZEL &icms) {
         return resultado([&](auto &imposto) { return fnAtualizarICMS(icms, "50.00", imposto); });

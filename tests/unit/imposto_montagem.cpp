@@ -8,12 +8,10 @@ namespace {
 
 class Montagem : public ImpostoTest {
 protected:
-    static std::string montado(std::string_view aliquota) {
-        return resultado(
-            [&](auto &imposto) { return fnTratarImposto(aliquota, "100.00", "2.0000", imposto); });
-    }
-    static void guardarItem(const ST_tagZEL &item) {
-        G_stXML_Persistencia.fnAdicionarTagZEL(Secao::kVenda, item);
+    std::string montado(std::string_view aliquota) const {
+        return resultado([&](auto &imposto) {
+            return fnTratarImposto(presets, aliquota, "100.00", "2.0000", imposto);
+        });
     }
 };
 
@@ -60,38 +58,33 @@ TEST_F(Montagem, base_is_the_adjusted_value_rounded_step_by_step) {
 TEST_F(Montagem, rebuilt_item_keeps_what_it_was_sold_with) {
     configurar(R"(IMPOSTO\ICMS\ICMS00)", "Orig=0 CST=00 modBC=3");
     ST_tagZEL item("1"), imposto("imposto");
-    ASSERT_EQ(fnTratarImposto("1800", "10.00", "2.5000", imposto), ZEL_OK);
+    ASSERT_EQ(fnTratarImposto(presets, "1800", "10.00", "2.5000", imposto), ZEL_OK);
     imposto.addSubTag(ST_tagZEL("COFINS").addSubTag(grupo("COFINSOutr qBCProd=1 vCOFINS=1")));
     imposto.addSubTag(grupo("ISSQN vBC=1 vAliq=18,00 vISSQN=1 cMunFG=12"));
     item.addSubTag(grupo("prod qCom=2.5000 vUnCom=4.00")).addSubTag(std::move(imposto));
-    guardarItem(item);
-    guardarItem(item);
     // Neither the configuration nor the presets of later sales reach a stored item.
     configurar(R"(IMPOSTO\ICMS\ICMS00)", "Orig=");
-    ASSERT_EQ(fnCFConfICMS40_ZEL_Felbor("0", "40", "1", "9"), ZEL_OK);
-    ASSERT_EQ(fnAtualizar_TagImposto(2, "1,50", "A$", "2.50"), ZEL_OK);
-    EXPECT_EQ(resumo(*G_stXML_Persistencia.item(2)->getSubTag("imposto")),
+    ASSERT_EQ(fnCFConfICMS40_ZEL_Felbor(presets, "0", "40", "1", "9"), ZEL_OK);
+    ASSERT_EQ(fnAtualizar_TagImposto(item, "1,50", "A$", "2.50"), ZEL_OK);
+    EXPECT_EQ(resumo(*item.getSubTag("imposto")),
               "imposto(ICMS(ICMS00(orig=0 CST=00 modBC=3 vBC=8.50 pICMS=18.00 vICMS=1.53)) "
               "COFINS(COFINSOutr(qBCProd=1,50 vCOFINS=1)) "
               "ISSQN(vBC=8.50 vAliq=18,00 vISSQN=1.53 cMunFG=12))");
-    EXPECT_EQ(resumo(*G_stXML_Persistencia.item(1)), resumo(item));
-    ASSERT_EQ(fnAtualizar_TagImposto(2, "0", "D$", "-1"), ZEL_OK);
-    EXPECT_NE(resumo(*G_stXML_Persistencia.item(2)).find("vBC=10.00"), std::string::npos);
+    ASSERT_EQ(fnAtualizar_TagImposto(item, "0", "D$", "-1"), ZEL_OK);
+    EXPECT_NE(resumo(item).find("vBC=10.00"), std::string::npos);
 }
 
 // An item sold as tag text may hold anything.
 TEST_F(Montagem, odd_item_is_rebuilt_whole_or_not_at_all) {
-    EXPECT_EQ(fnAtualizar_TagImposto(1, "", "", ""), ZEL_ITEM_INEXISTENTE);
-    guardarItem(ST_tagZEL("1"));
-    EXPECT_EQ(fnAtualizar_TagImposto(1, "", "", ""), ZEL_OK);
-    ST_tagZEL &item = *G_stXML_Persistencia.item(1);
+    ST_tagZEL item("1");
+    EXPECT_EQ(fnAtualizar_TagImposto(item, "", "", ""), ZEL_OK);
     auto imposto =
         ST_tagZEL("imposto").addSubTag(ST_tagZEL("ICMS").addSubTag(grupo("ICMS00 vBC=7.00")));
     item.addSubTag(imposto);
-    EXPECT_EQ(fnAtualizar_TagImposto(1, "", "", ""), ZEL_OK);
+    EXPECT_EQ(fnAtualizar_TagImposto(item, "", "", ""), ZEL_OK);
     EXPECT_EQ(resumo(item), "1(imposto(ICMS(ICMS00(vBC=0.00))))");
     *item.getSubTag("imposto") = imposto.addSubTag(ST_tagZEL("PIS").addSubTag(grupo("PISX")));
-    EXPECT_EQ(fnAtualizar_TagImposto(1, "", "", ""), ZEL_RECUSADO);
+    EXPECT_EQ(fnAtualizar_TagImposto(item, "", "", ""), ZEL_RECUSADO);
     EXPECT_EQ(resumo(item), "1(imposto(ICMS(ICMS00(vBC=7.00)) PIS(PISX=)))");
 }
 

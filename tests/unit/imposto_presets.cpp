@@ -10,8 +10,8 @@ namespace {
 using Presets = ImpostoTest;
 
 // The groups of the presets of the three taxes.
-std::string presets() {
-    const auto &[icms, pis, cofins] = G_stTagImpostoConfTemp;
+std::string grupos(const ST_tagImpostoConfTemp &presets) {
+    const auto &[icms, pis, cofins] = presets;
     const std::string icmsEPis = std::string(icms.grupo) + " " + std::string(pis.grupo);
     return icmsEPis + " " + std::string(cofins.grupo);
 }
@@ -19,58 +19,61 @@ std::string presets() {
 } // namespace
 
 TEST_F(Presets, preset_ends_alone_when_erased_or_refused) {
-    EXPECT_EQ(fnCFConfICMS40_ZEL_Felbor("0", "40", "", {}), ZEL_OK);
-    EXPECT_EQ(fnCFConfPisNT_ZEL_Felbor("07"), ZEL_OK);
-    EXPECT_EQ(fnCFConfCofinsOutr_ZEL_Felbor("99", {}, "1"), ZEL_OK);
-    EXPECT_EQ(presets(), "ICMS40 PISNT COFINSOutr");
-    fnZerarConfTempPIS();
-    EXPECT_EQ(presets(), "ICMS40  COFINSOutr");
-    EXPECT_EQ(fnCFConfPisNT_ZEL_Felbor("07"), ZEL_OK);
-    fnZerarConfTempICMS();
-    EXPECT_EQ(fnCFConfPisNT_ZEL_Felbor("007"), ZEL_ARGUMENTO_INVALIDO);
+    EXPECT_EQ(fnCFConfICMS40_ZEL_Felbor(presets, "0", "40", "", {}), ZEL_OK);
+    EXPECT_EQ(fnCFConfPisNT_ZEL_Felbor(presets, "07"), ZEL_OK);
+    EXPECT_EQ(fnCFConfCofinsOutr_ZEL_Felbor(presets, "99", {}, "1"), ZEL_OK);
+    EXPECT_EQ(grupos(presets), "ICMS40 PISNT COFINSOutr");
+    fnZerarConfTempPIS(presets);
+    EXPECT_EQ(grupos(presets), "ICMS40  COFINSOutr");
+    EXPECT_EQ(fnCFConfPisNT_ZEL_Felbor(presets, "07"), ZEL_OK);
+    fnZerarConfTempICMS(presets);
+    EXPECT_EQ(fnCFConfPisNT_ZEL_Felbor(presets, "007"), ZEL_ARGUMENTO_INVALIDO);
     configurar("CONFIGURACAO", "estadoCFe=4");
-    EXPECT_EQ(fnCFConfCofinsNT_ZEL_Felbor("07"), ZEL_ESTADO_INVALIDO);
-    EXPECT_EQ(presets(), "  COFINSOutr");
-    fnZerarConfTempCONFINS();
-    EXPECT_EQ(presets(), "  ");
+    EXPECT_EQ(fnCFConfCofinsNT_ZEL_Felbor(presets, "07"), ZEL_ESTADO_INVALIDO);
+    EXPECT_EQ(grupos(presets), "  COFINSOutr");
+    fnZerarConfTempCONFINS(presets);
+    EXPECT_EQ(grupos(presets), "  ");
 }
 
 TEST_F(Presets, bounds_hold_to_the_last_character) {
     const std::string catorze(14, '1'), quinze(15, '1');
     const int aceitos[] = {
-        fnCFConfICMS00_ZEL_Felbor("&lt;", "0&amp;", "3", "18"), // a reference is one character
-        fnCFConfPisAliq_ZEL_Felbor("01", "123456"), fnCFConfPisQtde_ZEL_Felbor("03", catorze),
+        // A reference is one character.
+        fnCFConfICMS00_ZEL_Felbor(presets, "&lt;", "0&amp;", "3", "18"),
+        fnCFConfPisAliq_ZEL_Felbor(presets, "01", "123456"),
+        fnCFConfPisQtde_ZEL_Felbor(presets, "03", catorze),
         // Of the rate and the value per unit, one must fit and the other is free.
-        fnCFConfPisOutr_ZEL_Felbor("99", "123456", quinze),
-        fnCFConfPisOutr_ZEL_Felbor("99", "1234567", catorze)};
+        fnCFConfPisOutr_ZEL_Felbor(presets, "99", "123456", quinze),
+        fnCFConfPisOutr_ZEL_Felbor(presets, "99", "1234567", catorze)};
     for (const int &codigo : aceitos)
         EXPECT_EQ(codigo, ZEL_OK) << &codigo - aceitos;
     const int recusados[] = {
-        fnCFConfICMS00_ZEL_Felbor("0", "00", "3", "7"),
-        fnCFConfICMS00_ZEL_Felbor("0", "00", "3", "018,00"),
-        fnCFConfICMS40_ZEL_Felbor({}, "40", "1", "1"),
-        fnCFConfPisAliq_ZEL_Felbor("01", "1234567"),
-        fnCFConfPisQtde_ZEL_Felbor("03", quinze),
-        fnCFConfPisOutr_ZEL_Felbor("99", "1234567", quinze),
+        fnCFConfICMS00_ZEL_Felbor(presets, "0", "00", "3", "7"),
+        fnCFConfICMS00_ZEL_Felbor(presets, "0", "00", "3", "018,00"),
+        fnCFConfICMS40_ZEL_Felbor(presets, {}, "40", "1", "1"),
+        fnCFConfPisAliq_ZEL_Felbor(presets, "01", "1234567"),
+        fnCFConfPisQtde_ZEL_Felbor(presets, "03", quinze),
+        fnCFConfPisOutr_ZEL_Felbor(presets, "99", "1234567", quinze),
     };
     for (const int &codigo : recusados)
         EXPECT_EQ(codigo, ZEL_ARGUMENTO_INVALIDO) << &codigo - recusados;
 }
 
 TEST_F(Presets, icms_group_is_written_from_the_given_texts) {
-    const auto montado = [](int codigo) {
+    const auto montado = [&](int codigo) {
         EXPECT_EQ(codigo, ZEL_OK);
-        return resultado([](auto &imposto) { return fnTratarICMS("12.00", "100.00", imposto); });
+        return resultado(
+            [&](auto &imposto) { return fnTratarICMS(presets.icms, "12.00", "100.00", imposto); });
     };
-    EXPECT_EQ(montado(fnCFConfICMS00_ZEL_Felbor("1", "00", "3", "18")),
+    EXPECT_EQ(montado(fnCFConfICMS00_ZEL_Felbor(presets, "1", "00", "3", "18")),
               "imposto(ICMS(ICMS00(orig=1 CST=00 modBC=3 vBC=100.00 pICMS=0.18 vICMS=0.18)))");
-    EXPECT_EQ(montado(fnCFConfICMS40_ZEL_Felbor("x", "4y", "0,004", "9")),
+    EXPECT_EQ(montado(fnCFConfICMS40_ZEL_Felbor(presets, "x", "4y", "0,004", "9")),
               "imposto(ICMS(ICMS40(orig=0 CST=04)))");
-    EXPECT_EQ(montado(fnCFConfICMS40_ZEL_Felbor("0", "40", "1,5", "<")),
+    EXPECT_EQ(montado(fnCFConfICMS40_ZEL_Felbor(presets, "0", "40", "1,5", "<")),
               "imposto(ICMS(ICMS40(orig=0 CST=40 vICMSDeson=1.50 motDesICMS=&lt;)))");
-    EXPECT_EQ(montado(fnCFConfICMS40_ZEL_Felbor("0", "40", "1,5", "")),
+    EXPECT_EQ(montado(fnCFConfICMS40_ZEL_Felbor(presets, "0", "40", "1,5", "")),
               "imposto(ICMS(ICMS40(orig=0 CST=40 vICMSDeson=1.50 motDesICMS=)))");
-    EXPECT_EQ(montado(fnCFConfICMS60_ZEL_Felbor("0", "60", "10,5", {})),
+    EXPECT_EQ(montado(fnCFConfICMS60_ZEL_Felbor(presets, "0", "60", "10,5", {})),
               "imposto(ICMS(ICMS60(orig=0 CST=60 vBCSTRet=10.50 vICMSSTRet=0.00)))");
 }
 

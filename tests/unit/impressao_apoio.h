@@ -62,8 +62,6 @@ protected:
     void SetUp() override {
         serDiretorioDeDados(pasta);
         ASSERT_EQ(inicializarConfig(), ZEL_OK);
-        G_stXML_Persistencia.fnLimpar();
-        G_stDadosImpressao = {};
         G_szTotalImposto.limpar();
     }
 
@@ -77,8 +75,9 @@ protected:
         pasta.gravar(nome, texto);
         return texto.empty() ? std::string(kOffline) : pasta / nome;
     }
-    int ler(std::string_view xml, std::string_view retorno, CupomFiscal &cf) const {
-        return parseXMLCupomFiscal(gravar("nota.xml", xml), gravar("retorno.xml", retorno), cf);
+    int ler(std::string_view xml, std::string_view retorno, CupomFiscal &cf) {
+        return parseXMLCupomFiscal(dados, gravar("nota.xml", xml), gravar("retorno.xml", retorno),
+                                   cf);
     }
 
     const std::string cheia = dado("nota_cheia.xml");
@@ -86,6 +85,8 @@ protected:
     const std::string retornoEnvio = dado("retorno_envio.xml"); // the sending component's words
     const std::string retornoSefaz = dado("retorno_sefaz.xml"); // the authorizer's record
     PastaTemporaria pasta;
+    ST_PersitenceXML_ZEL emCurso;
+    DadosImpressao dados;
 };
 
 } // namespace impressao

@@ -15,8 +15,9 @@ class Cupons : public Teste {
 protected:
     int imprimir(std::string_view xml, std::string_view retorno, int colunas,
                  std::string_view urlQrcode = "") {
-        return fnGerarArquivoFormatadoNF(gravar("nota.xml", xml), gravar("retorno.xml", retorno),
-                                         urlQrcode, colunas, 1, "", saida);
+        return fnGerarArquivoFormatadoNF(emCurso, dados, gravar("nota.xml", xml),
+                                         gravar("retorno.xml", retorno), urlQrcode, colunas, 1, "",
+                                         saida);
     }
     static std::string guardado(std::string_view caminho) {
         std::string valor;
@@ -65,12 +66,12 @@ TEST_F(Cupons, receipts_are_the_golden_ones) {
                     {R"(NFCE\Logotipo)", logotipo},
                     {R"(NFCE\MSGPROMOCIONAL\Imprimir)", promocional},
                     {R"(CONFIGURACAO\TrocoUltimaNFCe)", troco}});
-        G_stDadosImpressao.IndicadorTroco = nome == "normal";
-        G_stXML_Persistencia.fnLimpar();
+        dados.IndicadorTroco = nome == "normal";
+        emCurso.fnLimpar();
         if (nome == "normal") {
             ST_tagZEL infAdic("infAdic");
             infAdic.addSubTag("infCpl", "[ce][b]Volte[/b] sempre[/ce]");
-            G_stXML_Persistencia.encerramento.emplace("ENCERRAMENTO").addSubTag(infAdic);
+            emCurso.encerramento.emplace("ENCERRAMENTO").addSubTag(infAdic);
         }
         for (const int colunas : {42, 48}) {
             ASSERT_EQ(imprimir(xml, retorno, colunas), ZEL_OK) << nome;
@@ -89,7 +90,9 @@ TEST_F(Cupons, cancellations_are_the_golden_ones) {
         {"offline_logotipo", "OFFLINE", "12345678909", "L", 42}};
     for (const auto &[nome, volta, cnpj, logotipo, colunas] : casos) {
         configurar({{R"(EMIT\CNPJ)", cnpj}, {R"(NFCE\Logotipo)", logotipo}});
-        ASSERT_EQ(fnGerarArquivoFormatadoNF(pedido, volta, "", colunas, 5, "", saida), ZEL_OK);
+        ASSERT_EQ(
+            fnGerarArquivoFormatadoNF(emCurso, dados, pedido, volta, "", colunas, 5, "", saida),
+            ZEL_OK);
         compararComOuro("cancelamento_" + nome + ".txt");
     }
 }
@@ -137,7 +140,9 @@ TEST_F(Cupons, configuration_values_print_the_same_with_and_without_references) 
             ASSERT_EQ(imprimir(cheia, retornoEnvio, colunas), ZEL_OK);
             cupons[referencias] += saida;
         }
-        ASSERT_EQ(fnGerarArquivoFormatadoNF(pedido, "OFFLINE", "", 48, 5, "", saida), ZEL_OK);
+        ASSERT_EQ(
+            fnGerarArquivoFormatadoNF(emCurso, dados, pedido, "OFFLINE", "", 48, 5, "", saida),
+            ZEL_OK);
         cupons[referencias] += saida;
     }
     EXPECT_EQ(cupons[0], cupons[1]);
@@ -188,12 +193,12 @@ TEST_F(Cupons, longest_receipt_fits_the_promised_buffer) {
     cf.LinkNFCe = std::string(kMaximoLink, 'x');
     cf.EmitNumero = cf.DestNumero = std::numeric_limits<std::int32_t>::min();
     cf.ValorTotal = cf.ValorTotalTributos = cf.ValorDesconto = cf.ValorOutro = 1e15;
-    G_stDadosImpressao.TipoAmbiente = "3";
+    dados.TipoAmbiente = "3";
     for (const std::int32_t emissao : {kEmissaoNormal, kEmissaoContingencia})
         for (const int colunas : {42, 48}) {
             cf.TipoEmissao = emissao;
             std::string texto;
-            ASSERT_EQ(layoutNFC(cf, "", colunas, texto, true), ZEL_OK);
+            ASSERT_EQ(layoutNFC(emCurso, dados, cf, "", colunas, texto, true), ZEL_OK);
             EXPECT_GT(texto.size(), 2 * kMaximoLink);
             EXPECT_LT(texto.size(), 8192U);
         }
@@ -261,8 +266,8 @@ TEST_F(Cupons, print_parameters_set_change_only_when_complete) {
         {1, "valorpgto=10.5;", "0.00", true},
     };
     for (const auto &[modo, parametros, troco, indicador] : casos) {
-        EXPECT_EQ(fnAnalisarParametrosImpressao(cf, modo, parametros), ZEL_OK);
+        EXPECT_EQ(fnAnalisarParametrosImpressao(dados, cf, modo, parametros), ZEL_OK);
         EXPECT_EQ(guardado(R"(CONFIGURACAO\TrocoUltimaNFCe)"), troco) << parametros;
-        EXPECT_EQ(G_stDadosImpressao.IndicadorTroco, indicador) << parametros;
+        EXPECT_EQ(dados.IndicadorTroco, indicador) << parametros;
     }
 }

@@ -98,12 +98,12 @@ TEST_F(Leitura, returns_are_read_in_both_vocabularies) {
         {"6", "<x/>", 1, "2|||||"},
     };
     for (const auto &[tpEmis, retorno, resultado, esperado] : casos) {
-        G_stDadosImpressao = {};
+        dados = {};
         const std::string xml = trocar(simples, "<tpEmis>1", "<tpEmis>" + tpEmis);
         CupomFiscal cf;
         EXPECT_EQ(ler(trocar(xml, "<tpAmb>1", "<tpAmb>2"), retorno, cf), resultado) << retorno;
-        EXPECT_EQ(juntar({G_stDadosImpressao.TipoAmbiente, cf.ProtocoloSefaz,
-                          cf.DataHoraAutorizacao, cf.DigestValueAutorizado, cf.LinkNFCe}),
+        EXPECT_EQ(juntar({dados.TipoAmbiente, cf.ProtocoloSefaz, cf.DataHoraAutorizacao,
+                          cf.DigestValueAutorizado, cf.LinkNFCe}),
                   esperado);
     }
 }

@@ -65,6 +65,7 @@ protected:
         const std::string desenho = lerDesenho(pasta.ler("d.pdf"));
         return substituirAll(substituirAll(desenho, "{0 0 0}", ""), "{F1 ", "{");
     }
+    int gerarDanfe(std::string_view base64) { return fnGerarPDFDanfeDoXml(emCurso, dados, base64); }
     std::string listagem(std::string_view xml) const {
         PdfPagina pagina(kMargensListagem);
         fnEscreverTextoPDF(pagina, xml);
@@ -166,10 +167,11 @@ TEST_F(Pdf, refused_document_or_name_writes_no_file) {
           substituirAll(inteira, " Id=", " id="), substituirAll(inteira, "infNFe", "outro"),
           inteira.substr(0, inteira.size() / 2), std::string()}) {
         EXPECT_EQ(fnGerarPDF("DocXML", codificarBase64(xml)), ZEL_RECUSADO) << xml;
-        EXPECT_EQ(fnGerarPDFDanfeDoXml(codificarBase64(xml)), ZEL_RECUSADO) << xml;
+        EXPECT_EQ(gerarDanfe(codificarBase64(xml)), ZEL_RECUSADO) << xml;
     }
-    EXPECT_EQ(fnGerarPDFDanfeDoXml(codificarBase64(nota())), ZEL_RECUSADO); // not authorized
-    EXPECT_EQ(fnGerarPDFDanfeDoXml("*" + base64), ZEL_RECUSADO);
+    EXPECT_EQ(gerarDanfe(codificarBase64(nota())),
+              ZEL_RECUSADO); // not authorized
+    EXPECT_EQ(gerarDanfe("*" + base64), ZEL_RECUSADO);
     EXPECT_EQ(fnGerarPDF("DocXMLBase64", base64), ZEL_RECUSADO);
     for (const std::string_view nome : {"../x.pdf", "/tmp/x.pdf", ""})
         EXPECT_EQ(fnGerarPDFDanfe("a", 48, nome), ZEL_RECUSADO) << nome;
@@ -180,7 +182,7 @@ TEST_F(Pdf, receipt_of_a_document_leaves_no_working_copy_and_tells_its_failures)
     const std::string infAdic = "<infAdic><infCpl>[b]Volte[/b] sempre</infCpl></infAdic></infNFe>";
     const std::string documento = autorizada(trocar(nota(), "</infNFe>", infAdic));
     const std::string base64 = codificarBase64(documento), arquivo = kId + "_DANFE.pdf";
-    ASSERT_EQ(fnGerarPDFDanfeDoXml(base64), ZEL_OK);
+    ASSERT_EQ(gerarDanfe(base64), ZEL_OK);
     EXPECT_FALSE(existe("danfe_pdf_temp.xml"));
     const std::string texto = semMarcas(lerDesenho(pasta.ler(arquivo)));
     for (const std::string_view trecho :
@@ -192,10 +194,10 @@ TEST_F(Pdf, receipt_of_a_document_leaves_no_working_copy_and_tells_its_failures)
     for (const std::string &nome : {arquivo, kId + "_XML.pdf"})
         std::filesystem::create_directory(pasta / nome);
     EXPECT_EQ(fnGerarPDF("DocXML", base64), ZEL_FALHA_GRAVACAO_PDF);
-    EXPECT_EQ(fnGerarPDFDanfeDoXml(base64), ZEL_FALHA_GRAVACAO_PDF);
+    EXPECT_EQ(gerarDanfe(base64), ZEL_FALHA_GRAVACAO_PDF);
     EXPECT_FALSE(existe("danfe_pdf_temp.xml"));
     std::filesystem::create_directory(pasta / "danfe_pdf_temp.xml");
-    EXPECT_EQ(fnGerarPDFDanfeDoXml(base64), ZEL_ARQUIVO_INDISPONIVEL);
+    EXPECT_EQ(gerarDanfe(base64), ZEL_ARQUIVO_INDISPONIVEL);
 }
 
 TEST_F(Pdf, failed_drawing_is_told_once_and_not_saved) {

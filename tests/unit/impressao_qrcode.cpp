@@ -32,8 +32,8 @@ TEST_F(Qrcode, parameters_are_in_order_and_hashed_with_the_token) {
         cf.ValorTotal = 10.5;
         cf.TotalICMS = "1.80";
         cf.DigestValueAutorizado = "FBFUQdZijVXNc2cxuJ9xHnx0Chc=";
-        G_stDadosImpressao.TipoAmbiente = std::to_string(ambiente);
-        EXPECT_EQ(gerarUrlQrcode(cf, "http://a", ambiente), esperado);
+        dados.TipoAmbiente = std::to_string(ambiente);
+        EXPECT_EQ(gerarUrlQrcode(dados, cf, "http://a"), esperado);
     }
     for (const std::string_view uf : {"RS", "MT"})
         EXPECT_EQ(calcularHashCodeFromURL("x", uf), calcularHashCodeFromURL("x", "SP")) << uf;

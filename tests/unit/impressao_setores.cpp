@@ -37,11 +37,10 @@ TEST_F(Setores, payment_label_and_change_stay_on_their_lines) {
     };
     for (const auto &[troco, indicador, ultimo, linhas] : casos) {
         configurar({{R"(CONFIGURACAO\TrocoUltimaNFCe)", troco}});
-        G_stDadosImpressao.IndicadorTroco = indicador;
         CupomFiscal cf;
         cf.Pagamentos = {{6, 1}, {2, 4}, {6, 3}}; // an unknown form keeps the label before
         std::string texto;
-        imprimirSetor_IV(*createLayout(48), cf, texto);
+        imprimirSetor_IV(*createLayout(48), cf, indicador, texto);
         EXPECT_TRUE(contem(texto, semRotulo));
         EXPECT_TRUE(contem(texto, "\r\nCheque ", 2));
         EXPECT_TRUE(contem(texto, " 4.00\r\n"));

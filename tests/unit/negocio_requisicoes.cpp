@@ -46,12 +46,17 @@ protected:
     static void configurar(std::string_view caminho, std::string_view valor) {
         ASSERT_EQ(fnRegAlterarValor_ZEL(caminho, valor), ZEL_OK) << caminho;
     }
+    // Number, series, key, protocol and justification.
+    int cancelar(const Textos<5> &textos) {
+        return std::apply(fnCFCancelar_ZEL_Felbor, std::tuple_cat(std::tie(documento), textos));
+    }
     bool existe(std::string_view nome) const { return fs::exists(pasta / nome); }
     std::string enviado() const { return pasta.ler("documentosEnvio.xml"); }
     // What makes every replacement of a file fail, for root too.
     void impedir(const std::string &nome) const { fs::create_directory(pasta / (nome + ".novo")); }
 
     PastaTemporaria pasta;
+    ST_PersitenceXML_ZEL documento;
 };
 
 // The text with its "{1}", "{2}" and so on replaced.
@@ -130,16 +135,16 @@ TEST_F(Requisicoes, year_without_four_digits_is_refused) {
 }
 
 TEST_F(Requisicoes, cancellation_is_of_the_document_named_or_else_closed_last) {
-    ASSERT_EQ(fnCFCancelar_ZEL_Felbor("", "", "", "", ""), ZEL_CANCELAMENTO_GRAVADO);
+    ASSERT_EQ(cancelar({"", "", "", "", ""}), ZEL_CANCELAMENTO_GRAVADO);
     ehEventoDe123(enviado(), kProtocolo, "Cancelamento de NFCe");
     configurar(R"(IDE\nNF)", "124");
     fnDefinirEstadoCFe_ZEL(kVendendo);
-    ASSERT_EQ(fnCFCancelar_ZEL_Felbor("123", "1", kChave, "", "\x01"), ZEL_CANCELAMENTO_GRAVADO);
+    ASSERT_EQ(cancelar({"123", "1", kChave, "", "\x01"}), ZEL_CANCELAMENTO_GRAVADO);
     ehEventoDe123(enviado(), "", "Cancelamento de NFCe");
     for (std::size_t i = 0; i < 5; ++i) { // one text alone, whichever it is, names a document
         Textos<5> textos{"", "", "", "", ""};
         textos[i] = "1";
-        EXPECT_EQ(std::apply(fnCFCancelar_ZEL_Felbor, textos), ZEL_CANCELAMENTO_GRAVADO) << i;
+        EXPECT_EQ(cancelar(textos), ZEL_CANCELAMENTO_GRAVADO) << i;
     }
     EXPECT_EQ(fnCFVerificarStatus_ZEL(), kVendendo);
 }
@@ -148,7 +153,7 @@ TEST_F(Requisicoes, failed_request_changes_nothing) {
     configurar(R"(CONFIGURACAO\PathXMLEnvio)", pasta / "copia_");
     pasta.gravar("documentosEnvio.xml", "antigo");
     impedir("documentosEnvio.xml");
-    EXPECT_EQ(fnCFCancelar_ZEL_Felbor("1", "1", kChave, "", ""), ZEL_ARQUIVO_INDISPONIVEL);
+    EXPECT_EQ(cancelar({"1", "1", kChave, "", ""}), ZEL_ARQUIVO_INDISPONIVEL);
     EXPECT_EQ(fnGeraXMLConsulta_ZEL("NUM", "1", "2", "1", ""), ZEL_ARQUIVO_INDISPONIVEL);
     EXPECT_EQ(enviado(), "antigo");
     EXPECT_FALSE(existe("copia_documentosEnvio.xml"));

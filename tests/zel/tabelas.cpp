@@ -92,11 +92,11 @@ class Leitores : public ImpostoTest {
 protected:
     static int tratar(std::string_view grupo, ST_tagZEL &imposto) {
         if (grupo.find("\\PIS\\") != grupo.npos)
-            return fnTratarPIS("18.00", "100.00", "2", imposto);
+            return fnTratarPIS({}, "18.00", "100.00", "2", imposto);
         if (grupo.find("\\COFINS\\") != grupo.npos)
-            return fnTratarCOFINS("18.00", "100.00", "2", imposto);
+            return fnTratarCOFINS({}, "18.00", "100.00", "2", imposto);
         if (grupo.find("\\ISSQN") != grupo.npos) return fnTratarISS("18.00", "100.00", imposto);
-        return fnTratarICMS("18.00", "100.00", imposto);
+        return fnTratarICMS({}, "18.00", "100.00", imposto);
     }
     static std::string vendido(std::string_view grupo) {
         return resultado([&](ST_tagZEL &imposto) { return tratar(grupo, imposto); });
