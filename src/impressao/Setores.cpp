@@ -7,6 +7,7 @@
 #include "impressao/LayoutImpressao.h"
 #include "impressao/Linha.h"
 #include "impressao/ValorImpresso.h"
+#include "util/Codigos.h"
 #include "util/Latin1.h"
 #include "util/Marcacao.h"
 #include "util/Numero.h"
@@ -18,25 +19,6 @@
 namespace zel {
 
 namespace {
-
-struct RotuloForma {
-    int codigo; // tPag
-    std::string_view rotulo;
-};
-
-// The values of tPag: Manual de Orientação do Contribuinte 6.0, Anexo I, group YA.
-constexpr RotuloForma kRotulosForma[] = {
-    {1, "Dinheiro"},
-    {2, "Cheque"},
-    {3, "Cartão de Crédito"_l1},
-    {4, "Cartão de Débito"_l1},
-    {5, "Crédito Loja"_l1},
-    {10, "Vale Alimentação"_l1},
-    {11, "Vale Refeição"_l1},
-    {12, "Vale Presente"},
-    {13, "Vale Combustivel"}, // without its accent: kept
-    {99, "Outros"},
-};
 
 constexpr std::size_t kLarguraPago = 20;
 
@@ -143,8 +125,9 @@ void imprimirSetor_IV(const ColunasLayout &layout, const CupomFiscal &cf, bool c
     const double troco = lerDecimal(valorConfig(R"(CONFIGURACAO\TrocoUltimaNFCe)"_chave));
     std::string_view rotulo; // an unknown form keeps the one before
     for (const Pagamento &pago : cf.Pagamentos) {
-        const auto forma = std::ranges::find(kRotulosForma, pago.FormaPgto, &RotuloForma::codigo);
-        if (forma != std::end(kRotulosForma)) rotulo = forma->rotulo;
+        const auto forma = std::ranges::find(kFormasPagamento, formatarInteiro(pago.FormaPgto, 2),
+                                             &FormaPagamento::codigo);
+        if (forma != std::end(kFormasPagamento)) rotulo = forma->rotulo;
         const bool somado = comTroco && &pago == &cf.Pagamentos.back();
         pagamento(rotulo, somado ? pago.ValorPgto + troco : pago.ValorPgto, "");
     }

@@ -5,8 +5,6 @@
 #include "util/Numero.h"
 #include "util/Texto.h"
 
-#include <algorithm>
-#include <array>
 #include <cstddef>
 
 namespace zel {
@@ -28,23 +26,6 @@ std::string aplicarMascara(std::string_view mascara, std::string_view digitos) {
     return resultado;
 }
 
-struct FormaPagamento {
-    std::string_view nome;
-    std::string_view codigo;
-};
-
-// Manual de Orientação do Contribuinte 6.0, Anexo I, group YA, the values of tPag.
-constexpr std::array<FormaPagamento, 9> kFormas{{
-    {"DINHEIRO", "01"},
-    {"CHEQUE", "02"},
-    {"CARTAO DE CREDITO", "03"},
-    {"CARTAO DE DEBITO", "04"},
-    {"CREDITO LOJA", "05"},
-    {"VALE ALIMENTACAO", "10"},
-    {"VALE REFEICAO", "11"},
-    {"VALE PRESENTE", "12"},
-    {"VALE COMBUSTIVEL", "13"},
-}};
 constexpr std::string_view kOutrasFormas = "99";
 constexpr std::size_t kMaximoForma = 49; // of a name, in characters
 
@@ -60,11 +41,10 @@ std::string fnFormatarCPFCNPJ(std::string_view documento) {
 
 std::string fnRetornaCodigoFormaPgto(std::string_view nome) {
     const std::string procurado = toUpperCase(fnRetiraAcentuacao(nome.substr(0, kMaximoForma)));
-    const auto forma =
-        std::find_if(kFormas.begin(), kFormas.end(), [&procurado](const FormaPagamento &f) {
-            return procurado == f.nome || procurado == f.codigo;
-        });
-    return std::string(forma == kFormas.end() ? kOutrasFormas : forma->codigo);
+    for (const FormaPagamento &forma : kFormasPagamento)
+        if (procurado == forma.codigo || procurado == toUpperCase(fnRetiraAcentuacao(forma.rotulo)))
+            return std::string(forma.codigo);
+    return std::string(kOutrasFormas);
 }
 
 } // namespace zel

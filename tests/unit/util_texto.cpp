@@ -95,8 +95,11 @@ TEST(Codigos, cpf_and_cnpj_keep_zeros_and_lose_digits_beyond_the_mask) {
 }
 
 TEST(Codigos, payment_is_filed_under_its_form) {
-    conferir(fnRetornaCodigoFormaPgto,
-             {{"Cartão de Crédito"_l1, "03"}, {"13", "13"}, {"1", "99"}, {"06", "99"}});
+    conferir(
+        fnRetornaCodigoFormaPgto,
+        {{"CARTAO DE CREDITO", "03"}, {"vale combustível"_l1, "13"}, {"1", "99"}, {"06", "99"}});
+    for (const auto &[codigo, rotulo] : kFormasPagamento)
+        conferir(fnRetornaCodigoFormaPgto, {{rotulo, codigo}, {codigo, codigo}});
 }
 
 TEST(Acentuacao, letters_and_escapes_become_plain_at_the_same_length) {
