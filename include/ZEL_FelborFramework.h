@@ -55,8 +55,8 @@
  *     "stderr", every refused call appends a line in Portuguese (UTF-8) with time, function, code,
  *     field, what was given, shortened and without personal data, and what is allowed, or file and
  *     system error. ZEL_LOG_NIVEL=chamadas writes every call with its time. Both are read as
- *     ZEL_DIRETORIO is. At 10 MB the file begins anew, its predecessor stays beside it with ".1"
- *     behind its name; no call fails for the log.
+ *     ZEL_DIRETORIO is. At 10 MB the file starts over, its predecessor stays beside it with ".1"
+ *     appended to its name; no call fails for the log.
  *
  * Receipt states: 0 no receipt, 1 opened, 2 selling, 3 totalized, 4 paid in full, 5 closed,
  * 6 cancelled.
@@ -131,7 +131,8 @@ enum {
 /* ---- Initialization ------------------------------------------------------------------------- */
 
 /* Puts the default configuration in memory and loads ZEL_Framework.xml over it. A missing file is
- * created; one without its root tags is kept as ZEL_Framework.xml.danificado and a new one made.
+ * created; one without its root tags is kept as ZEL_Framework.xml.danificado and a new one made,
+ * with the factory's issuer, token and number (IDE\nNF): configure it before the next sale.
  * Need not be called. Any state. Answers ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL (a file that exists and
  * cannot be read is left alone). */
 ZEL_API int aCFInicializar_ZEL(void);
@@ -344,16 +345,19 @@ ZEL_API int tCFCancelarOffline_ZEL(const char *numero, const char *serie, const 
                                    const char *justificativa, char *diretorios);
 
 /* Requests that a range of numbers be voided: `numeroInicial` and `numeroFinal` up to 9, `serie` up
- * to 3, `justificativa` up to 60. Any state. Code: ZEL_ARGUMENTO_INVALIDO, a null argument. Loads
- * the configuration. Files: documentosEnvio.xml, history copies. */
+ * to 3, `justificativa` up to 60. What they say is for the caller to check: not that they are
+ * numbers in order, nor that the text has the 15 characters that the authority asks for. Any
+ * state. Code: ZEL_ARGUMENTO_INVALIDO, a null argument. Loads the configuration. Files:
+ * documentosEnvio.xml, history copies. */
 ZEL_API int tCFInutilizar_ZEL(const char *numeroInicial, const char *numeroFinal, const char *serie,
                               const char *justificativa);
 
 /* Requests a consultation. `tipo` is "DATA" (`inicial` and `final` are dates), "NUM" (they are
  * numbers, with `serie`) or "CHAVE" (by the access key): dates up to 25, numbers up to 9, series up
- * to 4, key up to 44. Any state. Code: ZEL_ARGUMENTO_INVALIDO, another `tipo`, or a null argument
- * that it needs. Files: documentosEnvio.xml, history copies, then parametrosEnvio.xml: when only
- * that one cannot be written the answer is ZEL_ARQUIVO_INDISPONIVEL. */
+ * to 4, key up to 44; what they say is for the caller to check. Any state.
+ * Code: ZEL_ARGUMENTO_INVALIDO, another `tipo`, or a null argument that it needs. Files:
+ * documentosEnvio.xml, history copies, then parametrosEnvio.xml: when only that one cannot be
+ * written the answer is ZEL_ARQUIVO_INDISPONIVEL. */
 ZEL_API int GeraXMLConsulta_ZEL(const char *tipo, const char *inicial, const char *final,
                                 const char *serie, const char *chave);
 

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "ArquivoConfig.h"
 
+#include "Codigos.h"
 #include "TabelaChaves.h"
 #include "Texto.h"
+
+#include "ZEL_FelborFramework.h"
 
 #include <algorithm>
 #include <set>
@@ -184,20 +187,28 @@ private:
 
 } // namespace
 
+std::string_view remedioDaRaiz() {
+    return procurarCodigo(ZEL_CONFIG_ILEGIVEL)->remedio;
+}
+
+std::string_view faltaDaRaiz(std::string_view bytes) {
+    if (bytes.empty()) return "o arquivo está vazio";
+    if (bytes.find(kInicioRaiz) == bytes.npos)
+        return "não tem <FRAMEWORKZEL>: não é o arquivo da biblioteca";
+    if (bytes.find(kFimRaiz) == bytes.npos)
+        return "não tem </FRAMEWORKZEL>: o arquivo está cortado";
+    return {};
+}
+
 ArquivoConfig::ArquivoConfig(std::string_view bytes, Relatorio &relatorio)
-    : temRaiz_(bytes.find(kInicioRaiz) != bytes.npos && bytes.find(kFimRaiz) != bytes.npos) {
+    : temRaiz_(faltaDaRaiz(bytes).empty()) {
     if (temRaiz_) {
         Leitor(bytes, elementos_, relatorio).ler();
         conferirPresenca(relatorio);
         conferirCodificacao(bytes, relatorio);
     } else {
-        const std::string_view oQue = bytes.empty() ? "o arquivo está vazio"
-                                      : bytes.find(kInicioRaiz) == bytes.npos
-                                          ? "não tem <FRAMEWORKZEL>: não é o arquivo da biblioteca"
-                                          : "não tem </FRAMEWORKZEL>: o arquivo está cortado";
-        relatorio.registrar({"raiz-ausente", "ZEL_Framework.xml", 0, std::string(oQue),
-                             "Restaure a cópia de segurança. aCFInicializar_ZEL guarda este ao "
-                             "lado e cria um novo, com os valores de fábrica."});
+        relatorio.registrar({"raiz-ausente", "ZEL_Framework.xml", 0,
+                             std::string(faltaDaRaiz(bytes)), std::string(remedioDaRaiz())});
     }
     valer();
 }

@@ -15,6 +15,10 @@
 
 namespace zel::aplicativo {
 
+// Why the library refuses the file as a whole: "não tem <FRAMEWORKZEL>...". Empty when it does not.
+std::string_view faltaDaRaiz(std::string_view bytes);
+std::string_view remedioDaRaiz();
+
 struct ElementoConfig {
     const LinhaChave *chave;
     std::string valor; // as the file holds it, in UTF-8

@@ -2,6 +2,7 @@
 #include "Biblioteca.h"
 
 #include "Arquivos.h"
+#include "Terminal.h"
 #include "Texto.h"
 
 #include "ZEL_FelborFramework.h"
@@ -16,10 +17,19 @@ namespace {
 
 constexpr const char *kVariavel = "ZEL_DIRETORIO";
 
-// As the library: what the variable says when it is an absolute path, else beside the library.
+// Why it is no directory, and what to do.
+std::string motivoSemDiretorio(const std::string &caminho) {
+    const std::string nome = argumento(caminho.c_str());
+    std::string bytes, motivo;
+    if (lerArquivo(caminho, 0, bytes, motivo) == Leitura::kInexistente)
+        return juntar({nome, ": o diretório não existe\n    Remédio: mkdir -p '", nome,
+                       "', com o usuário do caixa"});
+    if (olhar(caminho).tipo != TipoArquivo::kNenhum) return juntar({nome, ": não é um diretório"});
+    return juntar({nome, ": ", motivo, "\n    Remédio: rode o zel com o usuário do caixa."});
+}
+
+// As the library: beside it.
 std::string diretorioDaBiblioteca() {
-    const char *escolhido = ::secure_getenv(kVariavel);
-    if (escolhido != nullptr && *escolhido == '/') return escolhido;
     const void *funcao = ::dlsym(RTLD_DEFAULT, "aCFInicializar_ZEL");
     Dl_info biblioteca{};
     if (funcao == nullptr || ::dladdr(funcao, &biblioteca) == 0 || biblioteca.dli_fname == nullptr)
@@ -31,14 +41,26 @@ std::string diretorioDaBiblioteca() {
 
 } // namespace
 
-std::optional<std::string> escolherDiretorio(const std::string &dado) {
-    if (dado.empty()) {
+std::optional<std::string> escolherDiretorio(const std::string &dado, std::string &motivo) {
+    const char *variavel = dado.empty() ? ::secure_getenv(kVariavel) : nullptr;
+    const std::string escolhido = variavel != nullptr ? variavel : dado;
+    if (escolhido.empty()) {
         const std::string padrao = diretorioDaBiblioteca();
         return diretorioInteiro(padrao).value_or(padrao.ends_with('/') ? padrao : padrao + "/");
     }
-    auto inteiro = diretorioInteiro(dado);
+    if (variavel != nullptr && *variavel != '/') {
+        const std::string nome = argumento(variavel);
+        motivo = juntar({kVariavel, "=", nome, ": não é um caminho absoluto, e a biblioteca o ",
+                         "ignora\n    Remédio: export ", kVariavel, "=\"$PWD/", nome, "\""});
+        return {};
+    }
+    auto inteiro = diretorioInteiro(escolhido);
+    if (!inteiro)
+        motivo = juntar(
+            {variavel != nullptr ? juntar({kVariavel, "="}) : "", motivoSemDiretorio(escolhido)});
     // Before the first call the library has not looked at it.
-    if (inteiro) ::setenv(kVariavel, inteiro->c_str(), 1);
+    else if (variavel == nullptr)
+        ::setenv(kVariavel, inteiro->c_str(), 1);
     return inteiro;
 }
 
@@ -60,10 +82,6 @@ std::string configuracao(std::string_view caminho) {
 
 int gravarConfig(std::string_view caminho, const std::string &latin1) {
     return regAlterarValor_ZEL(std::string(caminho).c_str(), latin1.c_str());
-}
-
-int carregarBiblioteca() {
-    return aCFInicializar_ZEL();
 }
 
 int estadoDoCupom() {

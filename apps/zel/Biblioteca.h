@@ -9,8 +9,9 @@
 namespace zel::aplicativo {
 
 // The data directory, ending in "/": the one given, made the library's own by ZEL_DIRETORIO, or
-// else the library's choice. None when the one given is no directory.
-std::optional<std::string> escolherDiretorio(const std::string &dado);
+// else the library's choice. None, with the reason and the remedy in `motivo`, when the one given
+// or ZEL_DIRETORIO is no directory, or ZEL_DIRETORIO is relative: the library would ignore it.
+std::optional<std::string> escolherDiretorio(const std::string &dado, std::string &motivo);
 
 // Whether the directory has a configuration file: the library would create one.
 bool temConfig(const std::string &diretorio);
@@ -24,8 +25,6 @@ std::string configuracao(std::string_view caminho);
 // Stores a value given in ISO-8859-1; answers the library's code.
 int gravarConfig(std::string_view caminho, const std::string &latin1);
 
-// Loads the configuration: ZEL_OK, or why it cannot be.
-int carregarBiblioteca();
 int estadoDoCupom();
 
 } // namespace zel::aplicativo

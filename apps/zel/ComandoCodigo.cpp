@@ -22,6 +22,18 @@ bool ehO(const LinhaCodigo &linha, std::string_view procurado) {
            igualSemCaixa(procurado, linha.nome.substr(kPrefixo.size()));
 }
 
+// What may have been meant: the code without its sign, or one that the authority answers.
+std::string semCodigo(const std::string &palavra) {
+    std::string texto = juntar({"a biblioteca não tem o código ", palavra});
+    for (const LinhaCodigo &linha : kCodigos)
+        if (ehO(linha, "-" + palavra))
+            return juntar({texto, "; tem o -", palavra, ": zel codigo -", palavra});
+    if (palavra.size() == 3 && soDigitos(palavra))
+        return juntar({texto, "; os da SEFAZ (cStat, no retorno) estão em docs/envio.md, \"O caixa "
+                              "olha a situação antes de imprimir\""});
+    return texto + "; todos os que tem: zel codigo";
+}
+
 void escreverCodigos(const std::vector<const LinhaCodigo *> &linhas) {
     std::string texto;
     for (const LinhaCodigo *linha : linhas)
@@ -55,9 +67,7 @@ int codigo(const Argumentos &argumentos) {
         bool existe = false;
         for (const LinhaCodigo *linha : linhas)
             existe = existe || ehO(*linha, palavra);
-        if (!existe)
-            return falhar(juntar(
-                {"a biblioteca não tem o código ", palavra, "; todos os que tem: zel codigo"}));
+        if (!existe) return falhar(semCodigo(palavra));
     }
     argumentos.json ? escreverCodigosEmJson(linhas) : escreverCodigos(linhas);
     return kLimpo;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ComandoComum.h"
 
+#include "ArquivoConfig.h"
+#include "Arquivos.h"
 #include "Biblioteca.h"
 #include "Codigos.h"
 #include "Json.h"
@@ -15,6 +17,7 @@ namespace zel::aplicativo {
 
 namespace {
 
+constexpr std::string_view kNomeDaConfig = "ZEL_Framework.xml";
 constexpr std::size_t kLarguraDoRotulo = 18;
 
 std::string emTexto(const std::vector<Linha> &linhas) {
@@ -41,24 +44,45 @@ std::string recusa(std::string_view feito, int codigo) {
         {texto, " ", linha->nome, "\n    ", linha->significado, "\n    Remédio: ", linha->remedio});
 }
 
+// Where the file cannot be read the library's reading functions answer defaults: that is said
+// instead.
+bool configLegivel(const std::string &diretorio) {
+    std::string bytes, motivo;
+    switch (lerArquivo(juntar({diretorio, kNomeDaConfig}), kMaximoConfig, bytes, motivo)) {
+    case Leitura::kInexistente:
+        falhar(juntar({"não há ZEL_Framework.xml em ", argumento(diretorio.c_str())}));
+        return false;
+    case Leitura::kFalha:
+        falhar(juntar({argumento(diretorio.c_str()), kNomeDaConfig, ": ", motivo,
+                       "\n    Remédio: rode o zel com o usuário do caixa."}));
+        return false;
+    case Leitura::kLido:
+        break;
+    }
+    const std::string_view falta = faltaDaRaiz(bytes);
+    if (!falta.empty())
+        falhar(juntar({argumento(diretorio.c_str()), kNomeDaConfig, ": ", falta,
+                       "\n    Remédio: ", remedioDaRaiz()}));
+    return falta.empty();
+}
+
 } // namespace
 
 std::optional<std::string> prepararDiretorio(const Argumentos &argumentos, bool cria) {
-    auto diretorio = escolherDiretorio(argumentos.diretorio);
+    std::string motivo;
+    auto diretorio = escolherDiretorio(argumentos.diretorio, motivo);
     if (!diretorio) {
-        falhar(juntar({argumento(argumentos.diretorio.c_str()), ": não é um diretório"}));
+        falhar(motivo);
         return {};
     }
-    if (!cria && !temConfig(*diretorio)) {
-        falhar(juntar({"não há ZEL_Framework.xml em ", argumento(diretorio->c_str())}));
-        return {};
-    }
-    // Reading falls back to defaults when the file cannot be read: that is said instead.
+    if (!cria && !temConfig(*diretorio) && !configLegivel(*diretorio)) return {};
+    // The library first, for it completes what a dead process left.
     int codigo = ZEL_OK;
     if (!lerConfig(R"(IDE\nNF)", codigo)) {
-        falharComCodigo("ZEL_Framework.xml", codigo);
+        falharComCodigo(kNomeDaConfig, codigo);
         return {};
     }
+    if (!cria && !configLegivel(*diretorio)) return {};
     return diretorio;
 }
 

@@ -13,8 +13,8 @@
 
 namespace zel::aplicativo {
 
-// The data directory that the arguments choose, ending in "/". None, and said, when it is none, has
-// no configuration and none is to be created, or has one that cannot be read.
+// The data directory that the arguments choose, ending in "/". None, and said, when it is none, or
+// its configuration cannot be read; when there is none only if it `cria` one.
 std::optional<std::string> prepararDiretorio(const Argumentos &argumentos, bool cria = false);
 
 // What is said, in order: the name for programs, the one for people, the value. A row with an empty

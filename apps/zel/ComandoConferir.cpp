@@ -65,8 +65,9 @@ int conferir(const Argumentos &argumentos) {
     if (comAlvo && olhar(alvo).tipo != TipoArquivo::kDiretorio) return conferirArquivo(argumentos);
     if (!argumentos.esquema.empty())
         return usoErrado(kConferir, "--esquema vale para um documento");
-    const auto diretorio = escolherDiretorio(alvo);
-    if (!diretorio) return falhar(juntar({argumento(alvo.c_str()), ": não é um diretório"}));
+    std::string motivo;
+    const auto diretorio = escolherDiretorio(alvo, motivo);
+    if (!diretorio) return falhar(motivo);
     Relatorio relatorio;
     if (!alvo.empty()) relatorio.comandosPara(argumento(diretorio->c_str()));
     conferirDiretorio(*diretorio, relatorio);

@@ -100,8 +100,8 @@ int gravar(const Argumentos &argumentos) {
         return falhar(
             juntar({chave->caminho, ": o valor tem um caracter que o ISO-8859-1 não tem"}));
     if (comprimento(valor) > chave->tamanho)
-        return falhar(juntar({chave->caminho, ": o valor tem ", std::to_string(comprimento(valor)),
-                              " caracteres, a chave guarda ", std::to_string(chave->tamanho)}));
+        return falhar(juntar({chave->caminho, ": o valor tem ", caracteres(comprimento(valor)),
+                              ", a chave guarda ", std::to_string(chave->tamanho)}));
     if (const int codigo = gravarConfig(chave->caminho, *latin1); codigo != ZEL_OK)
         return falharComCodigo(chave->caminho, codigo);
     Relatorio relatorio;

@@ -173,6 +173,7 @@ private:
             if (!grupo.empty() && !crt.empty() && !regimeServe(crt, grupo.starts_with("ICMSSN")))
                 recusados[grupo].push_back(numeroDe(item));
             conferirGtin(item);
+            conferirProduto(item);
         }
         for (const auto &[grupo, itens] : recusados)
             achar("crt-item", "det",
@@ -203,6 +204,21 @@ private:
                  juntar({gtin, ": o tamanho ou o dígito verificador não confere"}),
                  "Corrija o código de barras no cadastro do produto, ou deixe-o vazio."});
         }
+    }
+
+    // What the authority's schema, or its rules, refuse and sums do not show. 00 is a service.
+    void conferirProduto(const NoXml &item) {
+        const std::string_view ncm = item.valor("prod/NCM");
+        if (!ncm.empty() && ncm != "00" && !(ncm.size() == 8 && soDigitos(ncm)))
+            relatorio_.registrar({"ncm-tamanho", juntar({"item ", numeroDe(item), ", prod/NCM"}),
+                                  item.linha, juntar({inicio(ncm, 20), ": não tem 8 dígitos"}),
+                                  "Corrija o NCM no cadastro do produto, ou em PROD\\NCM."});
+        const std::string_view quantidade = item.valor("prod/qCom");
+        if (!quantidade.empty() && lerDecimal(quantidade).value_or(0) == 0)
+            relatorio_.registrar(
+                {"quantidade-zero", juntar({"item ", numeroDe(item), ", prod/qCom"}), item.linha,
+                 juntar({inicio(quantidade, 20), ": nada foi vendido"}),
+                 "Um texto que não é número vale zero: confira a quantidade antes de vender."});
     }
 
     const NoXml &infNFe_;

@@ -176,7 +176,13 @@ void conferirEmitente(const ArquivoConfig &config, Relatorio &relatorio) {
 void conferirAmbiente(const ArquivoConfig &config, Relatorio &relatorio) {
     const ValorConfig &ambiente = config[kAmbiente];
     const bool producao = ambiente.valor == "1";
-    if (serve(config, kAmbiente) && !producao)
+    if (ambiente.valor == "3")
+        relatorio.registrar(
+            {"ambiente-indefinido", std::string(kAmbiente), ambiente.linha,
+             "3, o valor de fábrica: as notas saem em homologação, e os pedidos levam o 3",
+             juntar({"Para homologar: zel config gravar '", kAmbiente,
+                     "' 2\nPara emitir de verdade: zel config gravar '", kAmbiente, "' 1"})});
+    else if (serve(config, kAmbiente) && !producao)
         relatorio.registrar(
             {"ambiente-homologacao", std::string(kAmbiente), ambiente.linha,
              juntar({ambiente.valor, ": as notas não têm valor fiscal"}),

@@ -134,6 +134,11 @@ void ocultar(Mensagem &mensagem) {
     mensagem.texto = juntar({"o valor (oculto) ", faceta});
 }
 
+// Of an item without a bar code, as every document has it on its way to the sending component.
+bool ehGtinEmBranco(const Mensagem &mensagem) {
+    return mensagem.elemento.starts_with("cEAN") && mensagem.texto.find("' '") != std::string::npos;
+}
+
 // The same fault in many items is one finding. A document that only lacks its signature is one that
 // is not signed yet, which is said elsewhere.
 void relatar(const std::string &mensagens, Relatorio &relatorio) {
@@ -146,14 +151,17 @@ void relatar(const std::string &mensagens, Relatorio &relatorio) {
         ocultar(*mensagem);
         ++contadas[*mensagem];
     }
-    for (const auto &[mensagem, vezes] : contadas)
+    for (const auto &[mensagem, vezes] : contadas) {
+        const bool emBranco = ehGtinEmBranco(mensagem);
         relatorio.registrar(
             {"esquema", mensagem.elemento, 0,
              juntar({"o esquema recusa: ", mensagem.texto,
                      vezes > 1 ? juntar({" (", std::to_string(vezes), " vezes)"}) : ""}),
-             mensagem.elemento.starts_with("cEAN")
+             emBranco
                  ? "A venda sem código de barras grava um branco; o componente de envio o retira."
-                 : "Corrija o valor na configuração ou no programa do caixa."});
+                 : "Corrija o valor na configuração ou no programa do caixa."},
+            emBranco ? Gravidade::kNota : Gravidade::kErro);
+    }
 }
 
 } // namespace

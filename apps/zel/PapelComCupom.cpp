@@ -5,8 +5,10 @@
 
 #include "zel_cupom.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <memory>
 
 namespace zel::aplicativo {
@@ -18,15 +20,39 @@ struct Liberar {
 };
 using Cupom = std::unique_ptr<zel_cupom, Liberar>;
 
+// The library describes without accents; those of its texts that need some, as the command says
+// them.
+struct ComAcentos {
+    int codigo;
+    std::string_view texto;
+};
+constexpr ComAcentos kComAcentos[] = {
+    {ZEL_CUPOM_MEMORIA, "falta memória"},
+    {ZEL_CUPOM_FONTE, "nenhuma fonte monoespaçada: arquivo ausente, ilegível ou de outro tipo"},
+    {ZEL_CUPOM_LOGOTIPO, "logotipo ilegível, grande demais ou que não é PNG"},
+    {ZEL_CUPOM_ARQUIVO, "o arquivo não pode ser gravado"},
+    {ZEL_CUPOM_AUSENTE, "a impressora não foi encontrada"},
+    {ZEL_CUPOM_RECUSADA, "a impressora recusa a ligação: em uso, sem permissão ou sem serviço"},
+    {ZEL_CUPOM_TEMPO, "a impressora não respondeu ou parou de receber"},
+};
+
+std::string_view descrever(int codigo) {
+    const auto linha = std::ranges::find(kComAcentos, codigo, &ComAcentos::codigo);
+    return linha != std::end(kComAcentos) ? linha->texto : zel_cupom_descrever(codigo);
+}
+
 RespostaDoPapel resposta(const Cupom &cupom, int codigo) {
     if (codigo == ZEL_CUPOM_OK) return {codigo, {}, zel_cupom_enviados(cupom.get())};
     const int motivo = errno;
-    RespostaDoPapel falha{codigo, zel_cupom_descrever(codigo), zel_cupom_enviados(cupom.get())};
-    const std::string detalhe = zel_cupom_detalhe(cupom.get());
+    RespostaDoPapel falha{codigo, std::string(descrever(codigo)), zel_cupom_enviados(cupom.get())};
+    const std::string_view detalhe = zel_cupom_detalhe(cupom.get());
+    const std::string_view descricao = zel_cupom_descrever(codigo);
     if (codigo == ZEL_CUPOM_PERFIL)
         falha.descricao = juntar({detalhe, "; os que há: zel imprimir --perfis"});
+    else if (detalhe.starts_with(descricao))
+        falha.descricao += detalhe.substr(descricao.size());
     else if (!detalhe.empty())
-        falha.descricao = detalhe; // begins with the description
+        falha.descricao = detalhe;
     if (codigo == ZEL_CUPOM_ARQUIVO) falha.descricao += juntar({": ", std::strerror(motivo)});
     return falha;
 }

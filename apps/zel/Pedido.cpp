@@ -60,8 +60,8 @@ std::string conferirFaixa(std::string_view inicial, std::string_view final) {
 std::string conferirJustificativa(std::string_view utf8, std::size_t maximo) {
     const std::size_t tamanho = comprimento(utf8);
     if (tamanho >= kMenorJustificativa && tamanho <= maximo) return {};
-    return juntar({"a justificativa tem ", std::to_string(tamanho), " caracteres; são de 15 a ",
-                   std::to_string(maximo)});
+    return juntar(
+        {"a justificativa tem ", caracteres(tamanho), "; são de 15 a ", std::to_string(maximo)});
 }
 
 } // namespace zel::aplicativo

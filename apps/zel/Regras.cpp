@@ -180,8 +180,8 @@ static_assert(std::size(kConferencias) == static_cast<std::size_t>(Regra::kDiret
 Resultado problemaDoValor(const LinhaChave &chave, std::string_view valor) {
     if (comprimento(valor) > chave.tamanho)
         return Problema{"valor-longo",
-                        juntar({mostrar(chave, valor), " tem ", std::to_string(comprimento(valor)),
-                                " caracteres; a chave guarda ", std::to_string(chave.tamanho)}),
+                        juntar({mostrar(chave, valor), " tem ", caracteres(comprimento(valor)),
+                                "; a chave guarda ", std::to_string(chave.tamanho)}),
                         juntar({"Encurte o valor: a biblioteca usa só o começo. Permitido: ",
                                 chave.permitido, "."})};
     if (valor.empty() && chave.tem(kObrigatoria))
@@ -198,7 +198,7 @@ Resultado problemaDoValor(const LinhaChave &chave, std::string_view valor) {
 
 std::string mostrar(const LinhaChave &chave, std::string_view valor) {
     if (chave.tem(kSegredo) || chave.tem(kPessoal))
-        return juntar({"(oculto, ", std::to_string(comprimento(valor)), " caracteres)"});
+        return juntar({"(oculto, ", caracteres(comprimento(valor)), ")"});
     const std::string_view mostrado = inicio(valor, kMaximoMostrado);
     return juntar({"\"", mostrado, mostrado.size() < valor.size() ? "..." : "", "\""});
 }

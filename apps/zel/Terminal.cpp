@@ -11,34 +11,38 @@ namespace zel::aplicativo {
 
 namespace {
 
-bool ehNomeDeUtf8(std::string_view codigo) {
-    return igualSemCaixa(codigo, "UTF-8") || igualSemCaixa(codigo, "UTF8");
+// kNenhum: the locale names no character set beyond ASCII.
+enum class Conjunto { kNenhum, kUtf8, kOutro };
+
+Conjunto conjuntoDe(std::string_view codigo) {
+    if (igualSemCaixa(codigo, "UTF-8") || igualSemCaixa(codigo, "UTF8")) return Conjunto::kUtf8;
+    return igualSemCaixa(codigo, "ANSI_X3.4-1968") ? Conjunto::kNenhum : Conjunto::kOutro;
 }
 
 // The character set that the name of the locale ends with: "pt_BR.UTF-8@euro".
-bool nomeadaUtf8() {
+Conjunto nomeado() {
     for (const char *variavel : {"LC_ALL", "LC_CTYPE", "LANG"}) {
         const char *valor = std::getenv(variavel);
         if (valor == nullptr || *valor == '\0') continue;
         const std::string_view nome = valor;
         const std::size_t ponto = nome.find('.');
-        if (ponto == nome.npos) return false;
-        return ehNomeDeUtf8(nome.substr(ponto + 1, nome.find('@') - ponto - 1));
+        if (ponto == nome.npos) return Conjunto::kNenhum;
+        return conjuntoDe(nome.substr(ponto + 1, nome.find('@') - ponto - 1));
     }
-    return false;
+    return Conjunto::kNenhum;
 }
 
 // A locale that is not installed still says by its name what the terminal shows.
-bool descobrirUtf8() {
-    if (std::setlocale(LC_CTYPE, "") == nullptr) return nomeadaUtf8();
-    const bool utf8 = ehNomeDeUtf8(::nl_langinfo(CODESET));
+Conjunto descobrirConjunto() {
+    if (std::setlocale(LC_CTYPE, "") == nullptr) return nomeado();
+    const Conjunto conjunto = conjuntoDe(::nl_langinfo(CODESET));
     std::setlocale(LC_CTYPE, "C");
-    return utf8;
+    return conjunto;
 }
 
-bool terminalUtf8() {
-    static const bool utf8 = descobrirUtf8();
-    return utf8;
+Conjunto &conjuntoDoTerminal() {
+    static Conjunto conjunto = descobrirConjunto();
+    return conjunto;
 }
 
 bool ehControle(std::string_view texto, std::size_t lugar) {
@@ -76,7 +80,10 @@ void escreverBytes(std::FILE *arquivo, std::string_view bytes) {
 } // namespace
 
 std::string argumento(const char *bytes) {
-    return terminalUtf8() && ehUtf8(bytes) ? std::string(bytes) : utf8DeLatin1(bytes);
+    Conjunto &conjunto = conjuntoDoTerminal();
+    if (conjunto == Conjunto::kNenhum && !ehAscii(bytes) && ehUtf8(bytes))
+        conjunto = Conjunto::kUtf8;
+    return conjunto == Conjunto::kUtf8 && ehUtf8(bytes) ? std::string(bytes) : utf8DeLatin1(bytes);
 }
 
 std::optional<std::string> lerLinha() {
@@ -90,7 +97,7 @@ std::optional<std::string> lerLinha() {
 }
 
 void escrever(std::FILE *arquivo, std::string_view utf8) {
-    escreverBytes(arquivo, mostravel(utf8, terminalUtf8()));
+    escreverBytes(arquivo, mostravel(utf8, conjuntoDoTerminal() == Conjunto::kUtf8));
 }
 
 void escreverJson(std::string_view json) {

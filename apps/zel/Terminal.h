@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What the command reads from and writes to the terminal. The user's locale says how: UTF-8 when
-// that is its character set, ISO-8859-1 otherwise. Whatever would steer the terminal (control
-// characters from a file that is looked at) is written as "?".
+// that is its character set, ISO-8859-1 otherwise. A locale without one ("C", "POSIX", a name that
+// is unknown) is UTF-8 from the first text in it that is UTF-8 and not ASCII. Whatever would steer
+// the terminal (control characters from a file that is looked at) is written as "?".
 #pragma once
 
 #include <cstdio>

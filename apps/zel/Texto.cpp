@@ -98,6 +98,10 @@ std::string_view inicio(std::string_view utf8, std::size_t maximo) {
     return utf8.substr(0, fim);
 }
 
+std::string caracteres(std::size_t quantos) {
+    return juntar({std::to_string(quantos), quantos == 1 ? " caractere" : " caracteres"});
+}
+
 bool ehDigito(char c) {
     return c >= '0' && c <= '9';
 }

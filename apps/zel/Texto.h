@@ -24,6 +24,9 @@ bool ehAscii(std::string_view bytes);
 std::size_t comprimento(std::string_view utf8);
 std::string_view inicio(std::string_view utf8, std::size_t maximo);
 
+// "1 caractere", "2 caracteres".
+std::string caracteres(std::size_t quantos);
+
 bool ehDigito(char c);
 bool soDigitos(std::string_view texto); // and not empty
 bool igualSemCaixa(std::string_view a, std::string_view b);

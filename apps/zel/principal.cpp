@@ -5,6 +5,8 @@
 #include "Terminal.h"
 #include "Texto.h"
 
+#include "ZEL_FelborFramework.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <exception>
@@ -24,7 +26,7 @@ std::string ajudaGeral() {
     for (const Comando *comando : kComandos)
         texto += juntar({"  ", comando->nome, std::string(12 - comando->nome.size(), ' '),
                          comando->resumo, "\n"});
-    return texto + "\nAjuda de um comando: zel COMANDO --help\n\n"
+    return texto + "\nAjuda de um comando: zel COMANDO --help\nVersão: zel --version\n\n"
                    "Saída: 0 nada a dizer, 1 há avisos, 2 há erros ou o uso está errado.\n"
                    "O diretório de dados é o de --diretorio, senão o de ZEL_DIRETORIO, senão o da "
                    "biblioteca.\n";
@@ -48,6 +50,10 @@ int principal(const std::vector<const char *> &dados) {
     const std::string_view nome = dados.front();
     if (nome == "--help" || nome == "-h" || nome == "--ajuda") {
         escrever(ajudaGeral());
+        return kLimpo;
+    }
+    if (nome == "--version" || nome == "--versao") {
+        escrever("zel " ZEL_VERSAO "\n");
         return kLimpo;
     }
     const auto comando = std::ranges::find(kComandos, nome, &Comando::nome);

@@ -6,7 +6,7 @@ _zel() {
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
         palavras=$("$zel" --help 2> /dev/null | sed -n 's/^  \([a-z][a-z]*\)  .*/\1/p')
-        mapfile -t COMPREPLY < <(compgen -W "$palavras --help" -- "$atual")
+        mapfile -t COMPREPLY < <(compgen -W "$palavras --help --version" -- "$atual")
         return
     fi
     case $anterior in

@@ -167,6 +167,16 @@ std::vector<Alteracao> valoresAtuais(std::span<const Alteracao> alteracoes) {
     return atuais;
 }
 
+namespace {
+
+int recusarChave(std::string_view caminho) {
+    return caminho.data() == nullptr
+               ? recusar(Motivo::kChaveNula)
+               : recusar(Motivo::kChaveDesconhecida, {.campo = "chave", .dado = caminho});
+}
+
+} // namespace
+
 int fnInicializarEstruturaDadosZEL_AUX() {
     G_stRegistroZEL_AUX.valores = ValoresConfig{};
     // What the file holds has to be read again.
@@ -176,14 +186,14 @@ int fnInicializarEstruturaDadosZEL_AUX() {
 
 int fnRegRetornarValor_ZEL(std::string_view caminho, std::string &valor) {
     const auto chave = procurarChave(caminho.substr(0, kMaximoCaminho));
-    if (!chave) return recusar(Motivo::kChaveDesconhecida, {.campo = "chave", .dado = caminho});
+    if (!chave) return recusarChave(caminho);
     valor = valorConfig(*chave);
     return ZEL_OK;
 }
 
 int fnRegAlterarValor_ZEL(std::string_view caminho, std::string_view valor) {
     const auto chave = procurarChave(caminho.substr(0, kMaximoCaminho));
-    if (!chave) return recusar(Motivo::kChaveDesconhecida, {.campo = "chave", .dado = caminho});
+    if (!chave) return recusarChave(caminho);
     const Alteracao alteracao{*chave, std::string(valor)};
     return alterarConfig({&alteracao, 1});
 }

@@ -149,9 +149,10 @@ std::string caminhoEmUmaLinha(std::string_view caminho) {
 std::string mostrarDado(std::string_view campo, std::string_view dado, std::size_t tamanho) {
     if (dado.empty()) return "vazio";
     const Sigilo sigilo = sigiloDe(campo, dado);
-    if (sigilo != Sigilo::kNenhum) return "\"" + comMascara(sigilo, dado) + "\"";
-    std::string texto = "\"" + emUmaLinha(dado.substr(0, kMaiorDado));
-    return texto.append(tamanho > kMaiorDado ? "…\"" : "\"");
+    std::string texto = "\"";
+    texto += sigilo == Sigilo::kNenhum ? emUmaLinha(dado.substr(0, kMaiorDado))
+                                       : comMascara(sigilo, dado);
+    return texto.append(sigilo == Sigilo::kNenhum && tamanho > kMaiorDado ? "…\"" : "\"");
 }
 
 } // namespace zel

@@ -24,6 +24,7 @@ enum class Motivo : std::uint8_t {
     kConfigIlegivel,
     kConfigSemLugar,
     kChaveDesconhecida,
+    kChaveNula,
     kValorComFim,
     // Arguments, whichever the function.
     kArgumentoNulo,
@@ -123,7 +124,7 @@ enum class Motivo : std::uint8_t {
 // In the texts: {campo} an argument, an element or a key; {dado} what was given there; {tamanho}
 // its length; {limites} the lengths allowed; {lugar} where it stands; {diretorio} the
 // data directory; {numero} a whole number;
-// {maximo} the highest one allowed;
+// {maximo} the highest one allowed; {itens} that many items;
 // {quantia} and {limite} amounts; {estado} the state of the receipt; {falha} file and system error.
 struct LinhaMotivo {
     Motivo motivo;
@@ -140,9 +141,10 @@ inline constexpr std::array<LinhaMotivo, static_cast<std::size_t>(Motivo::kNenhu
     {Motivo::kSemDocumento, ZEL_ARQUIVO_INDISPONIVEL, "não há cupom em andamento: {diretorio}ArqPersist.bin não existe ou não tem registros; abra um cupom com aCFAbrir_ZEL"},
     {Motivo::kNomeTomado, ZEL_RECUSADO, "o nome do arquivo já existe"},
 
-    {Motivo::kConfigIlegivel, ZEL_CONFIG_ILEGIVEL, "{diretorio}ZEL_Framework.xml: faltam as marcas <FRAMEWORKZEL> e </FRAMEWORKZEL>; restaure a cópia do arquivo, ou chame aCFInicializar_ZEL, que o guarda ao lado e cria outro"},
-    {Motivo::kConfigSemLugar, ZEL_CONFIG_ILEGIVEL, "{diretorio}ZEL_Framework.xml: está danificado e a chave {campo} não tem lugar nele; restaure a cópia do arquivo"},
+    {Motivo::kConfigIlegivel, ZEL_CONFIG_ILEGIVEL, "{diretorio}ZEL_Framework.xml: faltam as marcas <FRAMEWORKZEL> e </FRAMEWORKZEL>; restaure a cópia do arquivo e grave em IDE\\nNF o último número usado, ou chame aCFInicializar_ZEL, que o guarda ao lado e cria outro com os valores de fábrica (CNPJ, token e número)"},
+    {Motivo::kConfigSemLugar, ZEL_CONFIG_ILEGIVEL, "{diretorio}ZEL_Framework.xml: está danificado e a chave {campo} não tem lugar nele; restaure a cópia do arquivo e grave em IDE\\nNF o último número usado"},
     {Motivo::kChaveDesconhecida, ZEL_RECUSADO, "chave: não há chave de configuração {dado}; o caminho é GRUPO\\Chave, como IDE\\nNF (docs/configuracao.md)"},
+    {Motivo::kChaveNula, ZEL_RECUSADO, "chave: ponteiro nulo; passe o caminho de uma chave, como IDE\\nNF"},
     {Motivo::kValorComFim, ZEL_RECUSADO, "{campo}: o valor contém \"</\", que terminaria o elemento no arquivo de configuração"},
 
     {Motivo::kArgumentoNulo, ZEL_ARGUMENTO_INVALIDO, "{campo}: ponteiro nulo; passe um texto, ainda que vazio"},
@@ -187,9 +189,9 @@ inline constexpr std::array<LinhaMotivo, static_cast<std::size_t>(Motivo::kNenhu
     {Motivo::kSemGrupoIcms, ZEL_RECUSADO, "nenhum grupo de ICMS: preencha na configuração IMPOSTO\\ICMS\\ICMS00\\Orig (ou a chave Orig de outro grupo) e as demais do grupo, ou chame aCFConfICMS00_ZEL antes da venda"},
     {Motivo::kImpostoSemValor, ZEL_RECUSADO, "{campo}: vazio; o grupo de imposto {lugar} precisa dele"},
     {Motivo::kGrupoDesconhecido, ZEL_RECUSADO, "o item guardado tem o grupo de imposto {campo}, que não é conhecido"},
-    {Motivo::kItemInexistente, ZEL_ITEM_INEXISTENTE, "item: {numero}; o cupom tem {maximo} itens"},
+    {Motivo::kItemInexistente, ZEL_ITEM_INEXISTENTE, "item: {numero}; o cupom tem {itens}"},
     {Motivo::kItemSemProduto, ZEL_ITEM_INEXISTENTE, "item: {numero}; está guardado sem o grupo prod"},
-    {Motivo::kItemForaDaLista, ZEL_ARGUMENTO_INVALIDO, "item: {numero}; o cupom tem {maximo} itens"},
+    {Motivo::kItemForaDaLista, ZEL_ARGUMENTO_INVALIDO, "item: {numero}; o cupom tem {itens}"},
     {Motivo::kItemMenorQueUm, ZEL_ARGUMENTO_INVALIDO, "item: {numero}; informe 1 ou mais (0 não vale pelo último aqui)"},
     {Motivo::kItemNegativo, ZEL_ARGUMENTO_INVALIDO, "item: {numero}; informe o número do item, de 1 em diante, ou 0 para o último"},
     {Motivo::kItemJaAjustado, ZEL_ITEM_JA_AJUSTADO, "item: {numero}; já tem {campo}, e um item tem um só ajuste: cancele-o antes de lançar outro"},

@@ -97,7 +97,7 @@ struct Lugar {
     std::string_view nome;
     std::string (*texto)();
 };
-constexpr std::array<Lugar, 12> kLugares{{
+constexpr std::array<Lugar, 13> kLugares{{
     {"campo", campo},
     {"dado", dado},
     {"limites", limites},
@@ -111,6 +111,11 @@ constexpr std::array<Lugar, 12> kLugares{{
     {"lugar", [] { return caminhoEmUmaLinha(recusa.lugar); }},
     {"numero", [] { return formatarInteiro(recusa.detalhe.numero); }},
     {"maximo", [] { return formatarInteiro(recusa.detalhe.maximo); }},
+    {"itens",
+     [] {
+         const int quantos = recusa.detalhe.maximo;
+         return formatarInteiro(quantos) + (quantos == 1 ? " item" : " itens");
+     }},
     {"quantia", [] { return formatarDecimal(recusa.detalhe.quantia, 2); }},
     {"limite", [] { return formatarDecimal(recusa.detalhe.limite, 2); }},
     {"estado",

@@ -78,6 +78,14 @@ const std::vector<Provocacao> kProvocacoes{
          return c->regRetornarValor_ZEL("", valor);
      },
      "chave de configuração vazio;"},
+    {Motivo::kChaveNula, "regAlterarValor_ZEL",
+     [](Caixa &c) { return c->regAlterarValor_ZEL(nullptr, "1"); }, "chave: ponteiro nulo"},
+    {Motivo::kChaveNula, "regRetornarValor_ZEL",
+     [](Caixa &c) {
+         char valor[ZEL_TAMANHO_VALOR];
+         return c->regRetornarValor_ZEL(nullptr, valor);
+     },
+     "chave: ponteiro nulo"},
     {Motivo::kValorComFim, "regAlterarValor_ZEL",
      [](Caixa &c) { return c->regAlterarValor_ZEL("CONFIGURACAO\\TokenSefaz", "secreto</x>"); },
      R"(CONFIGURACAO\TokenSefaz: o valor contém "</")"},
@@ -204,6 +212,13 @@ const std::vector<Provocacao> kProvocacoes{
                                          "");
      },
      R"(NCM (ncm, ou PROD\NCM): "2", 1 caractere; permitido: de 2 a 8 caracteres)"},
+    {Motivo::kTagForaDoTamanho, "aCFVenderCompleto_ZEL",
+     [](Caixa &c) {
+         levarAoEstado(c, 1);
+         return c->aCFVenderCompleto_ZEL("T1800", "1", "1.00", "", "", "1", "0901.21.00", "5102",
+                                         "UN", "X", "");
+     },
+     R"(NCM (ncm, ou PROD\NCM): "0901.21.00", 10 caracteres; permitido: de 2 a 8)"},
     {Motivo::kTagDesconhecida, "aCFVenderXml_ZEL",
      [](Caixa &c) {
          levarAoEstado(c, 2);

@@ -89,7 +89,7 @@ const std::vector<Provocacao> kProvocacoes{
          levarAoEstado(c, 2);
          return c->aCFLancarDescontoItem_ZEL(9, "D$", "1");
      },
-     "item: 9; o cupom tem 1 itens"},
+     "item: 9; o cupom tem 1 item"},
     {Motivo::kItemSemProduto, "aCFLancarDescontoItem_ZEL",
      [](Caixa &c) {
          levarAoEstado(c, 2);
@@ -102,7 +102,7 @@ const std::vector<Provocacao> kProvocacoes{
          levarAoEstado(c, 2);
          return c->aCFCancelarItem_ZEL(2);
      },
-     "item: 2; o cupom tem 1 itens"},
+     "item: 2; o cupom tem 1 item"},
     {Motivo::kItemMenorQueUm, "aCFCancelarItem_ZEL",
      [](Caixa &c) {
          levarAoEstado(c, 2);

@@ -29,7 +29,7 @@ zel=$prefixo/bin/zel
 # The example's issuer has an invented state registration, and no token: nothing else is wrong.
 "$zel" conferir "$3/uso/dados-venda" > "$3/conferir.txt" || true
 [[ $(grep -oE '\[[a-z-]+\]$' "$3/conferir.txt" | tr -d '\n') == \
-    '[ie-digito][token-ausente][ambiente-homologacao]' ]] ||
+    '[ie-digito][ambiente-indefinido][token-ausente]' ]] ||
     { cat "$3/conferir.txt"; falhar "zel conferir finds something else in the example's directory"; }
 
 # And it finds the library that draws.
@@ -62,6 +62,7 @@ for comando in $comandos; do
         oferece "$opcao" "$comando" --
     done
 done
+oferece --version --ver
 oferece ZEL_JA_PAGO codigo ZEL_JA
 oferece gravar config g
 oferece data consultar d

@@ -4,7 +4,10 @@
 
 #include "apoio/Funcoes.h"
 
+#include "ZEL_FelborFramework.h"
+
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
@@ -39,6 +42,10 @@ const Caso kCasos[] = {
     {{"codigo", "-35"}, 0, "ZEL_AJUSTE_EXCESSIVO", "ZEL_JA_PAGO"},
     {{"codigo", "ja_pago", "2"}, 0, "ZEL_CANCELAMENTO_GRAVADO", "EXCESSIVO"},
     {{"codigo", "ZEL_JA_PAGO", "--json"}, 0, R"([{"codigo":-34,"nome":"ZEL_JA_PAGO",)", ""},
+    {{"--version"}, 0, "zel " ZEL_VERSAO "\n", ""},
+    {{"--versao"}, 0, "zel " ZEL_VERSAO "\n", ""},
+    {{"codigo", "35"}, 2, "não tem o código 35; tem o -35: zel codigo -35", ""},
+    {{"codigo", "204"}, 2, "os da SEFAZ (cStat, no retorno) estão em docs/envio.md", ""},
     {{"codigo", "-7"}, 2, "não tem o código -7", ""},
     {{"codigo"}, 0, "-135 ZEL_ENCERRAMENTO_FORA_DE_ORDEM", ""},
     {{"config"}, 2, "Uso:", ""},
@@ -61,6 +68,10 @@ const Caso kCasos[] = {
      "gravada assim mesmo",
      ""},
     {{"config", "gravar", R"(IDE\Mod)", "065", "--diretorio", "DIR"}, 2, "a chave guarda 2", ""},
+    {{"inutilizar", "1", "2", "--justificativa", "x", "--diretorio", "DIR"},
+     2,
+     "tem 1 caractere; são",
+     ""},
     {{"config", "gravar", R"(EMIT\xNome)", "Caf\xe2\x82\xac", "--diretorio", "DIR"},
      2,
      "ISO-8859-1",
@@ -115,6 +126,88 @@ TEST(Comandos, gravarPassaPelaBiblioteca) {
     EXPECT_EQ(token.codigo, 0) << token.erros;
     EXPECT_EQ(token.saida.find("NOVO"), std::string::npos);
     EXPECT_NE(loja.ler("ZEL_Framework.xml").find("<TokenSefaz>NOVO-TOKEN<"), std::string::npos);
+}
+
+// A text arrives in ISO-8859-1 whatever the locale: one that names no character set, as that of a
+// script under cron, takes UTF-8 for what it is, and answers in it.
+TEST(Comandos, gravaOMesmoEmTodaLocalidade) {
+    constexpr std::string_view kUtf8 = "S\xc3\xa3o", kLatin1 = "S\xe3o";
+    struct CasoDeLocal {
+        const char *local;
+        std::string_view dado, gravado, mostrado;
+    };
+    const CasoDeLocal casos[] = {
+        {"C.UTF-8", kUtf8, kLatin1, kUtf8},
+        {"C", kUtf8, kLatin1, kUtf8},
+        {"POSIX", kUtf8, kLatin1, kUtf8},
+        {"xx_YY", kUtf8, kLatin1, kUtf8},
+        {"C", kLatin1, kLatin1, kLatin1},
+        {"C.UTF-8", kLatin1, kLatin1, kUtf8},
+        {"xx_YY.ISO-8859-1", kLatin1, kLatin1, kLatin1},
+        {"xx_YY.ISO-8859-1", kUtf8, kUtf8, kUtf8},
+    };
+    for (const auto &[local, dado, gravado, mostrado] : casos) {
+        const Loja loja;
+        const Resultado resultado = rodar({"config", "gravar", R"(EMIT\ENDEREMIT\xMun)",
+                                           std::string(dado), "--diretorio", loja.diretorio()},
+                                          {{"LC_ALL", local}});
+        EXPECT_NE(resultado.saida.find("xMun = " + std::string(mostrado) + "\n"), std::string::npos)
+            << local << "\n"
+            << resultado.saida;
+        EXPECT_NE(loja.ler("ZEL_Framework.xml").find("<xMun>" + std::string(gravado) + "</xMun>"),
+                  std::string::npos)
+            << local << " " << dado;
+    }
+}
+
+// A till that cannot be read, or that the library would not use, is never answered for with the
+// factory's values.
+struct CasoDeCaixa {
+    std::string_view variavel; // ZEL_DIRETORIO, after the shop's directory when it begins with "/"
+    mode_t modoDiretorio, modoConfig;
+    std::string_view config; // "" leaves it
+    bool todo;               // conferir, which tells more, and gravar are refused too
+    std::string_view contem;
+};
+
+TEST(Comandos, caixaQueNaoSeLeEhDito) {
+    const CasoDeCaixa casos[] = {
+        {"/", 0700, 0000, "", false, "ZEL_Framework.xml: sem permissão"},
+        {"/", 0000, 0600, "", false, "ZEL_Framework.xml: sem permissão"},
+        {"/", 0700, 0600, "<FRAMEWORKZEL><CRT>1<", false, "o arquivo está cortado"},
+        {"/", 0700, 0600, "\n", false, "não é o arquivo da biblioteca"},
+        {"caixa1", 0700, 0600, "", true, R"(Remédio: export ZEL_DIRETORIO="$PWD/caixa1")"},
+        {"/nada", 0700, 0600, "", true, "o diretório não existe\n    Remédio: mkdir -p '"},
+        {"/caixa1", 0000, 0600, "", true, "caixa1: sem permissão"},
+        {"/ZEL_Framework.xml", 0700, 0600, "", true, "não é um diretório"},
+    };
+    for (const CasoDeCaixa &caso : casos) {
+        const Loja loja;
+        const std::string diretorio = loja.diretorio();
+        const std::string config = diretorio + "ZEL_Framework.xml";
+        if (!caso.config.empty()) loja.escrever("ZEL_Framework.xml", caso.config);
+        ASSERT_EQ(chmod(config.c_str(), caso.modoConfig), 0);
+        ASSERT_EQ(chmod(diretorio.c_str(), caso.modoDiretorio), 0);
+        std::vector<std::vector<std::string>> comandos{{"estado"},
+                                                       {"config", "listar"},
+                                                       {"config", "ler", R"(IDE\nNF)"},
+                                                       {"vender", "1;Pão;1;1"},
+                                                       {"cancelar"}};
+        if (caso.todo) {
+            comandos.push_back({"conferir"});
+            comandos.push_back({"config", "gravar", R"(IDE\nNF)", "9"});
+        }
+        for (const auto &comando : comandos) {
+            const Resultado resultado =
+                rodar(comando, {{"ZEL_DIRETORIO", (caso.variavel[0] == '/' ? diretorio : "") +
+                                                      std::string(caso.variavel)}});
+            EXPECT_EQ(resultado.codigo, 2) << comando.front() << resultado.saida;
+            EXPECT_NE(resultado.erros.find(caso.contem), std::string::npos)
+                << comando.front() << "\n"
+                << resultado.erros;
+        }
+        chmod(diretorio.c_str(), 0700);
+    }
 }
 
 // Looking into the wrong directory must leave nothing there.

@@ -77,6 +77,9 @@ const Caso kCasos[] = {
     {"<CRT>1<", "<CRT>3<", {"erro crt-item"}},
     {"<cEAN> <", "<cEAN>7891000100104<", {"erro gtin-digito"}},
     {"<cEAN> <", "<cEAN>7891000100103<", {}},
+    {"<NCM>", "<NCM>1", {"aviso ncm-tamanho"}},
+    {"<NCM>", "<NCM>x</NCM><NCM>", {"aviso ncm-tamanho"}},
+    {"<qCom>2.0000<", "<qCom>0.0000<", {"erro item-valor", "aviso quantidade-zero"}},
     {"<vUnCom>8.50<", "<vUnCom>9.50<", {"erro item-valor"}},
     {"<vDesc>1.70<", "<vDesc>1.60<", {"erro soma-difere"}},
     {"<vST>0.00<",
@@ -171,6 +174,8 @@ constexpr std::string_view kEsquema =
 <xs:simpleType><xs:restriction base="xs:string"><xs:maxLength value="5"/></xs:restriction></xs:simpleType>
 </xs:element><xs:element name="natOp" maxOccurs="9">
 <xs:simpleType><xs:restriction base="xs:string"><xs:enumeration value="Venda"/></xs:restriction></xs:simpleType>
+</xs:element><xs:element name="cEAN" minOccurs="0">
+<xs:simpleType><xs:restriction base="xs:string"><xs:pattern value="[0-9]{0}|[0-9]{8}"/></xs:restriction></xs:simpleType>
 </xs:element></xs:sequence></xs:complexType></xs:element>
 <xs:element name="Signature"/></xs:sequence></xs:complexType></xs:element></xs:schema>)";
 
@@ -192,6 +197,11 @@ TEST_F(Documento, esquema) {
     loja.escrever("nfe_v3.10.xsd", kEsquema);
     EXPECT_EQ(doEsquema("<xNome>Z\xe9</xNome><natOp>Venda</natOp>").first,
               std::vector<std::string>{});
+    // What the sending component mends is a note; another wrong code is the till's fault.
+    EXPECT_EQ(doEsquema("<xNome>Z</xNome><natOp>Venda</natOp><cEAN> </cEAN>").first,
+              std::vector<std::string>{"nota esquema"});
+    EXPECT_EQ(doEsquema("<xNome>Z</xNome><natOp>Venda</natOp><cEAN>12</cEAN>").first,
+              std::vector<std::string>{"erro esquema"});
     const auto [lista, saida] =
         doEsquema("<xNome>Joana Segredo</xNome><natOp>Troca</natOp><natOp>Troca</natOp>");
     EXPECT_EQ(lista, (std::vector<std::string>(2, "erro esquema")));

@@ -184,8 +184,8 @@ struct Caso {
 
 const Caso kCasos[] = {
     {{}, "falta --impressora"},
-    {{"--impressora", "/dev/usb/lp77"}, "nao foi encontrada"},
-    {{"--impressora", "tcp://127.0.0.1:1"}, "recusa a ligacao"},
+    {{"--impressora", "/dev/usb/lp77"}, "não foi encontrada: 0 de "},
+    {{"--impressora", "tcp://127.0.0.1:1"}, "recusa a ligação: em uso, sem permissão"},
     {{"--impressora", "tcp://"}, "argumento"},
     {{"--impressora", "/nada/papel"}, "No such file"},
     {{"--impressora", "papel", "--perfil", "nenhum"}, "zel imprimir --perfis"},

@@ -68,7 +68,7 @@ const Caso kCasos[] = {
     {{{R"(CONFIGURACAO\TipoAmbiente)", "2"}}, {"nota ambiente-homologacao"}},
     {{{R"(CONFIGURACAO\TokenSefaz)", ""}}, {"erro token-ausente"}},
     {{{R"(CONFIGURACAO\TokenSefaz)", ""}, {R"(CONFIGURACAO\TipoAmbiente)", "3"}},
-     {"aviso token-ausente", "nota ambiente-homologacao"}},
+     {"aviso ambiente-indefinido", "aviso token-ausente"}},
     {{{R"(CONFIGURACAO\TokenSefaz)", "com branco"}}, {"erro valor-invalido"}},
     {{{R"(URLS\SP\Producao)", ""}}, {"erro endereco-ausente"}},
     {{{R"(URLS\SP\Producao)", "www.nfce.sp.gov.br"}}, {"erro valor-invalido"}},

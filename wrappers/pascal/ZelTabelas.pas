@@ -368,8 +368,10 @@ begin
           TZelTexto('ZEL_Framework.xml não tem o elemento raiz FRAMEWORKZEL, ou está tão da') +
           TZelTexto('nificado que uma chave não tem lugar.');
         Remedio :=
-          TZelTexto('Restaure a cópia de segurança do arquivo. aCFInicializar_ZEL guarda o ') +
-          TZelTexto('danificado ao lado e cria um novo com os valores padrão.');
+          TZelTexto('Restaure a cópia de segurança do arquivo e grave em IDE\nNF o último n') +
+          TZelTexto('úmero usado: o da cópia é antigo, e os números se repetiriam. Sem cópi') +
+          TZelTexto('a, aCFInicializar_ZEL guarda o danificado ao lado e cria um novo com o') +
+          TZelTexto('s valores de fábrica: CNPJ, token e número são gravados de novo.');
       end;
     ZEL_ARQUIVO_INDISPONIVEL:
       begin

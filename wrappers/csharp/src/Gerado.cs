@@ -231,7 +231,7 @@ internal static class Tabelas {
                 return new[] {
                     "ZEL_CONFIG_ILEGIVEL",
                     "ZEL_Framework.xml não tem o elemento raiz FRAMEWORKZEL, ou está tão danificado que uma chave não tem lugar.",
-                    "Restaure a cópia de segurança do arquivo. aCFInicializar_ZEL guarda o danificado ao lado e cria um novo com os valores padrão." };
+                    "Restaure a cópia de segurança do arquivo e grave em IDE\\nNF o último número usado: o da cópia é antigo, e os números se repetiriam. Sem cópia, aCFInicializar_ZEL guarda o danificado ao lado e cria um novo com os valores de fábrica: CNPJ, token e número são gravados de novo." };
             case -52:
                 return new[] {
                     "ZEL_ARQUIVO_INDISPONIVEL",

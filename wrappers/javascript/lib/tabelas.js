@@ -108,7 +108,7 @@ exports.CODIGOS = new Map([
   [-40, {
     nome: 'ZEL_CONFIG_ILEGIVEL',
     significado: 'ZEL_Framework.xml não tem o elemento raiz FRAMEWORKZEL, ou está tão danificado que uma chave não tem lugar.',
-    remedio: 'Restaure a cópia de segurança do arquivo. aCFInicializar_ZEL guarda o danificado ao lado e cria um novo com os valores padrão.',
+    remedio: 'Restaure a cópia de segurança do arquivo e grave em IDE\\nNF o último número usado: o da cópia é antigo, e os números se repetiriam. Sem cópia, aCFInicializar_ZEL guarda o danificado ao lado e cria um novo com os valores de fábrica: CNPJ, token e número são gravados de novo.',
   }],
   [-52, {
     nome: 'ZEL_ARQUIVO_INDISPONIVEL',

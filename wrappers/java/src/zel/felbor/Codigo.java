@@ -46,7 +46,7 @@ public enum Codigo {
         "Diminua o ajuste: ele deve ficar abaixo do valor bruto de cada item."),
     CONFIG_ILEGIVEL(-40,
             "ZEL_Framework.xml não tem o elemento raiz FRAMEWORKZEL, ou está tão danificado que uma chave não tem lugar.",
-        "Restaure a cópia de segurança do arquivo. aCFInicializar_ZEL guarda o danificado ao lado e cria um novo com os valores padrão."),
+        "Restaure a cópia de segurança do arquivo e grave em IDE\\nNF o último número usado: o da cópia é antigo, e os números se repetiriam. Sem cópia, aCFInicializar_ZEL guarda o danificado ao lado e cria um novo com os valores de fábrica: CNPJ, token e número são gravados de novo."),
     ARQUIVO_INDISPONIVEL(-52,
             "Um arquivo não pôde ser lido ou gravado, outro processo está com o cupom, ou não há cupom em andamento onde é preciso um.",
         "Verifique permissão, espaço em disco e se outro programa de caixa está aberto no mesmo diretório; o log diz qual arquivo. Nada mudou: a chamada pode ser repetida."),
