@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: MIT
 """The header, the tables of tabela/ and the files generated from them say the same: 47 functions
 with their arguments in order, codes with their values, sizes of buffers; and one version stands in
-the header, the wrappers' packages and the newest section of the changelog. Each kind of drift is
+the header, the wrappers' packages and the newest section of the changelog; and a payment form is
+named wherever people look for one. Each kind of drift is
 tried, too, on altered copies: one that is not reported would be a test that cannot fail."""
 import copy
 import importlib.machinery
@@ -10,6 +11,7 @@ import importlib.util
 import json
 import re
 import sys
+import unicodedata
 from pathlib import Path
 
 sys.dont_write_bytecode = True
@@ -101,6 +103,28 @@ def alterados(cabecalho, funcoes, codigos):
     yield "code gone from the table", cabecalho, funcoes, codigos[1:]
 
 
+# Where a payment form of the library's table has to be named, too, and how, without its accents.
+FORMAS = {"tabela/funcoes.json": '"valor": "{nome}"', "apps/zel/Venda.cpp": '{{"{nome}", "{codigo}"}}',
+          "apps/zel/ComandoVender.cpp": "{nome}", "include/ZEL_FelborFramework.h": "{nome}",
+          "docs/manual/itens.md": "| {nome} | {codigo} |"}
+
+
+def formas():
+    fonte = (RAIZ / "src/util/Codigos.h").read_text(encoding="utf-8")
+    for codigo, rotulo in re.findall(r'\{"(\d\d)", "([^"]+)"(?:_l1)?\}', fonte):
+        nome = unicodedata.normalize("NFD", rotulo)
+        yield codigo, "".join(letra for letra in nome if not unicodedata.combining(letra))
+
+
+def diferencas_de_forma(codigo, nome):
+    for caminho, molde in FORMAS.items():
+        texto = (RAIZ / caminho).read_text(encoding="utf-8")
+        if molde == "{nome}":  # in prose, over the ends of lines
+            texto = re.sub(r'(\\n|["\s*])+', " ", texto)
+        if molde.format(nome=nome, codigo=codigo) not in texto:
+            yield f"{caminho}: no payment form {nome}, {codigo}"
+
+
 def principal():
     cabecalho = (RAIZ / "include/ZEL_FelborFramework.h").read_text(encoding="utf-8")
     funcoes = json.loads((RAIZ / "tabela/funcoes.json").read_text(encoding="utf-8"))["funcoes"]
@@ -109,6 +133,11 @@ def principal():
     for de, para in (('VERSAO "1.', 'VERSAO "2.'), ("VERSAO_NUMERO 1", "VERSAO_NUMERO 2")):
         if not list(diferencas_de_versao(cabecalho.replace(de, para))):
             erros += [f"not reported: {para}"]
+    outros = "99"  # whatever else is given, in prose
+    conhecidas = [f for f in formas() if f[0] != outros]
+    erros += [erro for forma in conhecidas for erro in diferencas_de_forma(*forma)]
+    if len(conhecidas) < 9 or len(list(diferencas_de_forma("98", "Escambo"))) != len(FORMAS):
+        erros.append("not reported: a payment form that is nowhere named")
     erros += [f"{c.relative_to(RAIZ)} is not what scripts/gerar-tabelas writes"
               for c in gerar.diferentes()]
     erros += [f"not reported: {oque}" for oque, *entrada in alterados(cabecalho, funcoes, codigos)
