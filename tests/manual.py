@@ -188,7 +188,8 @@ class Manual(unittest.TestCase):
 
     # ---- names -------------------------------------------------------------------------------
 
-    cabecalho = (raiz / "include" / "ZEL_FelborFramework.h").read_text("utf-8")
+    cabecalho = "".join((raiz / "include" / nome).read_text("utf-8")
+                        for nome in ("ZEL_FelborFramework.h", "zel_felbor/codigos.h"))
     cupom = (raiz / "cupom" / "include" / "zel_cupom.h").read_text("utf-8")
     funcoes = set(re.findall(r"^ZEL_API int (\w+)\(", cabecalho, re.M))
     constantes = set(re.findall(r"^    (ZEL_\w+)\b", cabecalho + cupom, re.M))

@@ -33,7 +33,7 @@ def provar():
         assert list(respondidos(linha)), linha
     for linha in ("if (codigo == ZEL_RECUSADO) return;", "return ZEL_OK;", "// -1 ZEL_RECUSADO"):
         assert not list(respondidos(linha)), linha
-    nomes = set(re.findall(r'\{ZEL_\w+, "(ZEL_\w+)"\}', (RAIZ / "src/util/Chamada.cpp").read_text("utf-8")))
+    nomes = set(re.findall(r'\{ZEL_\w+, "(ZEL_\w+)"\}', (RAIZ / "src/api/Chamada.cpp").read_text("utf-8")))
     assert RECUSAS <= nomes, f"without a name in the log: {sorted(RECUSAS - nomes)}"
 
 

@@ -20,7 +20,7 @@ sys.path.insert(0, str(RAIZ / "scripts"))
 carregador = importlib.machinery.SourceFileLoader("gerar", str(RAIZ / "scripts/gerar-tabelas"))
 gerar = importlib.util.module_from_spec(importlib.util.spec_from_loader("gerar", carregador))
 carregador.exec_module(gerar)
-from gerador.tabela import constantes
+from gerador.tabela import constantes, ler_cabecalho
 
 TIPOS = {"texto": "const char *", "inteiro": "int", "resultado": "char *",
          "texto_e_resultado": "char *"}
@@ -126,7 +126,7 @@ def diferencas_de_forma(codigo, nome):
 
 
 def principal():
-    cabecalho = (RAIZ / "include/ZEL_FelborFramework.h").read_text(encoding="utf-8")
+    cabecalho = ler_cabecalho()
     funcoes = json.loads((RAIZ / "tabela/funcoes.json").read_text(encoding="utf-8"))["funcoes"]
     codigos = json.loads((RAIZ / "tabela/codigos.json").read_text(encoding="utf-8"))
     erros = [*diferencas(cabecalho, funcoes, codigos), *diferencas_de_versao(cabecalho)]

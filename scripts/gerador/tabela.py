@@ -128,9 +128,15 @@ class Tabelas:
         return [f for f in self.funcoes if f.operacao]
 
 
+def ler_cabecalho():
+    """The public header, the codes and sizes that it includes at its end."""
+    return "\n".join((RAIZ / "include" / nome).read_text(encoding="utf-8")
+                     for nome in ("ZEL_FelborFramework.h", "zel_felbor/codigos.h"))
+
+
 def constantes(cabecalho=None):
     """The enumerated constants of the header with their values."""
-    cabecalho = cabecalho or (RAIZ / "include/ZEL_FelborFramework.h").read_text(encoding="utf-8")
+    cabecalho = cabecalho or ler_cabecalho()
     cabecalho = re.sub(r"/\*.*?\*/", "", cabecalho, flags=re.S)
     pares = re.findall(r"\b(ZEL_\w+)\s*=\s*([-+*\d\s]+)", cabecalho)
     return {nome: eval(valor, {}) for nome, valor in pares}  # digits and + - * alone

@@ -4,11 +4,11 @@
 // checked and nothing is decided in this room, result buffers apart.
 #include "ZEL_FelborFramework.h"
 
+#include "api/Quadro.h"
 #include "config/Registro.h"
 #include "documento/ZEL_Contingencia.h"
 #include "documento/ZEL_Controle.h"
 #include "documento/ZEL_InfoEstendida.h"
-#include "documento/ZEL_Inicializacao.h"
 #include "documento/ZEL_Persistencia.h"
 #include "imposto/Presets.h"
 #include "imposto/TotalImposto.h"
@@ -25,11 +25,8 @@
 #include "negocio/Totalizacao.h"
 #include "negocio/Transporte.h"
 #include "negocio/Venda.h"
-#include "util/Chamada.h"
 #include "util/Cripto.h"
-#include "util/Gravacao.h"
 #include "util/Recusa.h"
-#include "util/Trava.h"
 
 #include <algorithm>
 #include <optional>
@@ -47,89 +44,6 @@ std::string_view texto(const char *argumento) {
 // Copies a result out with its terminator; the caller's buffer has room by contract.
 void copiarResultado(std::string_view resultado, char *saida) {
     *std::copy(resultado.begin(), resultado.end(), saida) = '\0';
-}
-
-// Exceptions end here; only exhausted memory raises one. What every call answers passes through
-// here, and with it the log; `nome` is that of the function that asks.
-template <typename Funcao>
-int semExcecao(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
-    Chamada chamada(nome);
-    try {
-        return chamada.responder(funcao());
-    } catch (...) {
-        return chamada.responder(recusar(Motivo::kSemMemoria));
-    }
-}
-
-// Reads: whatever another process does, they go on.
-template <typename Funcao>
-int quadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
-    return semExcecao(
-        [&] {
-            fnInicializarVariaveis_ZEL(G_stXML_Persistencia);
-            return funcao();
-        },
-        nome);
-}
-
-// Functions without the frame do without the document in progress, not without their files.
-template <typename Funcao>
-int semQuadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
-    return semExcecao(
-        [&] {
-            fnPrepararArquivos_ZEL();
-            return funcao();
-        },
-        nome);
-}
-
-// Changes of files other than the receipt: one process after the other.
-template <typename Funcao>
-int naVez(Funcao funcao) {
-    const Vez vez;
-    if (!vez) return vez.recusa();
-    const int codigo = acompanharDiario();
-    return codigo == ZEL_OK ? funcao() : codigo;
-}
-
-// Presets of the next item, which `funcao` gets: nothing of them reaches a file.
-template <typename Funcao>
-int quadroDosPresets(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
-    return quadro([&] { return funcao(G_stTagImpostoConfTemp); }, nome);
-}
-
-template <typename Funcao>
-int quadroDeMudanca(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
-    return semExcecao(
-        [&] {
-            return naVez([&] {
-                fnInicializarVariaveis_ZEL(G_stXML_Persistencia);
-                return funcao();
-            });
-        },
-        nome);
-}
-
-template <typename Funcao>
-int mudancaSemQuadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
-    return semExcecao(
-        [&] {
-            return naVez([&] {
-                fnPrepararArquivos_ZEL();
-                return funcao();
-            });
-        },
-        nome);
-}
-
-// Changes of the receipt, which `funcao` gets: the process that made the first of them, to its end.
-template <typename Funcao>
-int quadroDoCupom(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
-    ST_PersitenceXML_ZEL &cupom = G_stXML_Persistencia;
-    const auto comPosse = [&] {
-        return fnComPosseDoCupom_ZEL(cupom, [&] { return funcao(cupom); });
-    };
-    return semExcecao([&] { return naVez(comPosse); }, nome);
 }
 
 // Hands over the text that a read fills, empty where there is nothing to report.

@@ -72,7 +72,8 @@ int calcularAjuste(const Numeros &numeros, AjusteInline &ajuste) {
                : int{ZEL_OK};
 }
 
-// What the section check finds too long is refused as given: `maximo` is well above what it allows.
+// Cut to `maximo` characters, more than the section allows, so that what is longer is refused
+// there.
 std::string ouConfigurado(std::string_view argumento, std::size_t maximo, Chave chave) {
     const std::string simples = argumentoCortado(argumento, maximo);
     return simples.empty() ? valorXml(valorConfig(chave)) : escaparXml(simples);
@@ -85,8 +86,8 @@ ST_tagZEL montarProduto(const DadosVenda &dados, const Numeros &numeros,
     prod.addSubTag("cProd", escaparXml(argumentoCortado(dados.codigo, kMaiorTexto)))
         .addSubTag("cEAN", " ")
         .addSubTag("xProd", escaparXml(argumentoCortado(dados.descricao, kMaiorDescricao)))
-        .addSubTag("NCM", ouConfigurado(dados.ncm, kMaiorTexto, R"(PROD\NCM)"_chave))
-        .addSubTag("CFOP", ouConfigurado(dados.cfop, kMaiorTexto, R"(PROD\CFOP)"_chave))
+        .addSubTag("NCM", ouConfigurado(dados.ncm, 9, R"(PROD\NCM)"_chave))
+        .addSubTag("CFOP", ouConfigurado(dados.cfop, 6, R"(PROD\CFOP)"_chave))
         .addSubTag("uCom", unidade)
         .addSubTag("qCom", numeros.quantidade)
         .addSubTag("vUnCom", numeros.valorUnitario)

@@ -2,6 +2,7 @@
 // A refusal to be provoked, and the ways in which tills are brought to where they refuse.
 #pragma once
 
+#include "apoio/Passos.h"
 #include "blackbox/Caixa.h"
 #include "util/Motivo.h"
 
@@ -36,13 +37,5 @@ inline int vender(Caixa &c, const char *preco = "10.00", const char *quantidade 
 }
 
 inline void levarAoEstado(Caixa &c, int estado) {
-    const std::function<int()> passos[] = {
-        [&] { return abrir(c); },
-        [&] { return vender(c); },
-        [&] { return c->aCFTotalizar_ZEL("", ""); },
-        [&] { return c->aCFEfetuarPagamento_ZEL("dinheiro", ""); },
-        [&] { return c->tCFEncerrar_ZEL(""); },
-    };
-    for (int passo = 0; passo < estado; ++passo)
-        ASSERT_EQ(passos[passo](), ZEL_OK) << "step " << passo;
+    ASSERT_EQ(avancar(c.funcoes(), estado), estado);
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Every refusal answers its own code and changes nothing: an application decides by these numbers.
+#include "apoio/Passos.h"
 #include "blackbox/Caixa.h"
 
 #include <gtest/gtest.h>
@@ -23,15 +24,7 @@ int vender(const Caixa &c, const char *preco = "10.00") {
 void levarAoEstado(const Caixa &c, int estado) {
     ASSERT_EQ(c->aCFInicializar_ZEL(), ZEL_OK);
     if (estado == 6) return c.config("CONFIGURACAO\\estadoCFe", "6");
-    const std::function<int()> passos[] = {
-        [&] { return abrir(c); },
-        [&] { return vender(c); },
-        [&] { return c->aCFTotalizar_ZEL("", ""); },
-        [&] { return c->aCFEfetuarPagamento_ZEL("dinheiro", ""); },
-        [&] { return c->tCFEncerrar_ZEL(""); },
-    };
-    for (int passo = 0; passo < estado; ++passo)
-        ASSERT_EQ(passos[passo](), ZEL_OK) << "step " << passo;
+    ASSERT_EQ(avancar(c.funcoes(), estado), estado);
     ASSERT_EQ(c->rCFVerificarStatus_ZEL(), estado);
 }
 

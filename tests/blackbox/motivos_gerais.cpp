@@ -218,7 +218,7 @@ const std::vector<Provocacao> kProvocacoes{
          return c->aCFVenderCompleto_ZEL("T1800", "1", "1.00", "", "", "1", "0901.21.00", "5102",
                                          "UN", "X", "");
      },
-     R"(NCM (ncm, ou PROD\NCM): "0901.21.00", 10 caracteres; permitido: de 2 a 8)"},
+     R"(NCM (ncm, ou PROD\NCM): "0901.21.0", 9 caracteres; permitido: de 2 a 8)"},
     {Motivo::kTagDesconhecida, "aCFVenderXml_ZEL",
      [](Caixa &c) {
          levarAoEstado(c, 2);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "util/Chamada.h"
+#include "api/Chamada.h"
 
 #include "ZEL_FelborFramework.h"
 #include "util/Numero.h"
