@@ -7,9 +7,9 @@
 #include "PastaDoAlvo.h"
 
 #include "config/Registro.h"
+#include "documento/Carga.h"
+#include "documento/Persistencia.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_Inicializacao.h"
-#include "documento/ZEL_Persistencia.h"
 #include "imposto/Presets.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/DadosImpressao.h"

@@ -4,9 +4,9 @@
 #include "Alvo.h"
 
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_Conformidade.h"
-#include "documento/ZEL_Moldes.h"
-#include "documento/ZEL_Parser.h"
+#include "documento/Conformidade.h"
+#include "documento/Moldes.h"
+#include "documento/Parser.h"
 
 using namespace zel;
 

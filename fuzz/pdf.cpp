@@ -28,7 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
     }
     DadosImpressao impressao;
     for (const int codigo : {fnGerarPDF("DocXML", base64), fnGerarPDF("DocXMLBase64", texto),
-                             fnGerarPDFDanfeDoXml({}, impressao, base64)})
+                             gerarPdfDoXml({}, impressao, base64)})
         exigir(codigo == ZEL_OK || codigo == ZEL_RECUSADO);
     for (const auto &entrada : std::filesystem::directory_iterator("."))
         if (const std::string nome = entrada.path().filename(); !nome.starts_with("ZEL_Framework."))

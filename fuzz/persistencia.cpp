@@ -5,9 +5,9 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ZEL_ArquivoPersistencia.h"
+#include "documento/ArquivoPersistencia.h"
+#include "documento/Pendencias.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_Pendencias.h"
 
 using namespace zel;
 
@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
     pasta.gravar("ArqPersist.bin", tirarAte(texto, '\0'));
     if (!texto.empty()) pasta.gravar("ArqPersist.tmp", texto);
 
-    exigir(fnResolverPendencias_ZEL());
+    exigir(resolverPendencias());
     ST_PersitenceXML_ZEL documento;
     const int codigo = fnCarregaEstrutura_ZEL(documento);
     exigir(codigo == ZEL_OK || codigo == ZEL_RECUSADO);

@@ -5,8 +5,8 @@
 #pragma once
 
 #include "api/Chamada.h"
-#include "documento/ZEL_Inicializacao.h"
-#include "documento/ZEL_Persistencia.h"
+#include "documento/Carga.h"
+#include "documento/Persistencia.h"
 #include "imposto/Presets.h"
 #include "util/Gravacao.h"
 #include "util/Recusa.h"
@@ -42,7 +42,7 @@ template <typename Funcao>
 int semQuadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
     return semExcecao(
         [&] {
-            fnPrepararArquivos_ZEL();
+            prepararArquivos();
             return funcao();
         },
         nome);
@@ -80,7 +80,7 @@ int mudancaSemQuadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noe
     return semExcecao(
         [&] {
             return naVez([&] {
-                fnPrepararArquivos_ZEL();
+                prepararArquivos();
                 return funcao();
             });
         },
@@ -91,9 +91,7 @@ int mudancaSemQuadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noe
 template <typename Funcao>
 int quadroDoCupom(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
     ST_PersitenceXML_ZEL &cupom = G_stXML_Persistencia;
-    const auto comPosse = [&] {
-        return fnComPosseDoCupom_ZEL(cupom, [&] { return funcao(cupom); });
-    };
+    const auto comPosse = [&] { return comPosseDoCupom(cupom, [&] { return funcao(cupom); }); };
     return semExcecao([&] { return naVez(comPosse); }, nome);
 }
 

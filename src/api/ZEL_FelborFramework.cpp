@@ -6,10 +6,10 @@
 
 #include "api/Quadro.h"
 #include "config/Registro.h"
-#include "documento/ZEL_Contingencia.h"
+#include "documento/Contingencia.h"
+#include "documento/InfoEstendida.h"
+#include "documento/Persistencia.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_InfoEstendida.h"
-#include "documento/ZEL_Persistencia.h"
 #include "imposto/Presets.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/Impressao.h"
@@ -414,8 +414,7 @@ int GeraPDF_ZEL(const char *documentoBase64) {
 
 int GeraPDF_DANFE_ZEL(const char *documentoBase64) {
     return mudancaSemQuadro([&] {
-        return fnGerarPDFDanfeDoXml(G_stXML_Persistencia, G_stDadosImpressao,
-                                    texto(documentoBase64));
+        return gerarPdfDoXml(G_stXML_Persistencia, G_stDadosImpressao, texto(documentoBase64));
     });
 }
 

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "config/Catalogo.h"
-#include "documento/ZEL_Tag.h"
+#include "documento/Tag.h"
 #include "imposto/Presets.h"
 #include "imposto/Selecao.h"
 #include "util/Campo.h"

@@ -4,7 +4,7 @@
 // Grupo. Rates, bases and quantities are decimal texts, rates in percent.
 #pragma once
 
-#include "documento/ZEL_Tag.h"
+#include "documento/Tag.h"
 #include "imposto/Presets.h"
 
 #include <string_view>

@@ -3,7 +3,7 @@
 // group of an item. Which group it is comes from Selecao, how rows become tags from Grupo.
 #pragma once
 
-#include "documento/ZEL_Tag.h"
+#include "documento/Tag.h"
 #include "imposto/Presets.h"
 
 #include <string_view>

@@ -4,7 +4,7 @@
 // GruposContribuicao's; the item's `prod` and saving the document are the business rooms'.
 #pragma once
 
-#include "documento/ZEL_Tag.h"
+#include "documento/Tag.h"
 #include "imposto/Presets.h"
 
 #include <string>

@@ -3,9 +3,9 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ZEL_Digest.h"
-#include "documento/ZEL_Parser.h"
-#include "documento/ZEL_Somas.h"
+#include "documento/Digest.h"
+#include "documento/Parser.h"
+#include "documento/Somas.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/ColunasLayout.h"
 #include "impressao/LayoutImpressao.h"

@@ -3,7 +3,7 @@
 // as text with printer mark-up. Stores nothing on disk; the entry that does is Impressao's.
 #pragma once
 
-#include "documento/ZEL_Persistencia.h"
+#include "documento/Persistencia.h"
 #include "impressao/CupomFiscal.h"
 #include "impressao/DadosImpressao.h"
 

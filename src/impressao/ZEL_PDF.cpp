@@ -3,9 +3,9 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ZEL_Envio.h"
-#include "documento/ZEL_Parser.h"
-#include "documento/ZEL_Tag.h"
+#include "documento/Envio.h"
+#include "documento/Parser.h"
+#include "documento/Tag.h"
 #include "impressao/CupomFiscal.h"
 #include "impressao/GerenciadorImpressao.h"
 #include "impressao/LeituraXml.h"
@@ -131,8 +131,8 @@ int fnGerarPDFDanfe(std::string_view texto, int colunas, std::string_view arquiv
     return pagina.salvar(fnConfigurarPath(arquivo));
 }
 
-int fnGerarPDFDanfeDoXml(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
-                         std::string_view base64) {
+int gerarPdfDoXml(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
+                  std::string_view base64) {
     Documento documento;
     if (const int lido = lerDocumento(base64, documento); lido != ZEL_OK) return lido;
     std::string texto;

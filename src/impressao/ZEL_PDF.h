@@ -3,7 +3,7 @@
 // data directory and named after the document's Id. Drawing is PdfPagina's and its users'.
 #pragma once
 
-#include "documento/ZEL_Persistencia.h"
+#include "documento/Persistencia.h"
 #include "impressao/DadosImpressao.h"
 
 #include <string_view>
@@ -28,7 +28,7 @@ int fnGerarPDFDanfe(std::string_view texto, int colunas, std::string_view arquiv
 // ZEL_ARQUIVO_INDISPONIVEL the working copy "danfe_pdf_temp.xml" could not be written;
 // ZEL_FALHA_PDF; ZEL_FALHA_GRAVACAO_PDF. The working copy is gone in every case. `emCurso` and
 // `dados` as for fnGerarArquivoFormatadoNF.
-int fnGerarPDFDanfeDoXml(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
-                         std::string_view base64);
+int gerarPdfDoXml(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
+                  std::string_view base64);
 
 } // namespace zel

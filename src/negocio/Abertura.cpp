@@ -3,10 +3,10 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ZEL_ArquivoPersistencia.h"
-#include "documento/ZEL_Conformidade.h"
+#include "documento/ArquivoPersistencia.h"
+#include "documento/Conformidade.h"
+#include "documento/Limites.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_Limites.h"
 #include "negocio/Argumento.h"
 #include "util/Gravacao.h"
 #include "util/Numero.h"
@@ -88,7 +88,7 @@ int montarAbertura(const DadosConsumidor &consumidor, std::string_view identific
 
 // An empty section has nothing to check.
 int verificarAbertura(ST_tagZEL &abertura) {
-    return abertura.subTags ? fnVerificarTAG_ZEL(Secao::kAbertura, abertura) : int{ZEL_OK};
+    return abertura.subTags ? verificarSecao(Secao::kAbertura, abertura) : int{ZEL_OK};
 }
 
 int abrir(ST_PersitenceXML_ZEL &documento, const DadosConsumidor &consumidor,

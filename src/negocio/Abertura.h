@@ -3,8 +3,8 @@
 #pragma once
 
 #include "config/Registro.h"
-#include "documento/ZEL_Persistencia.h"
-#include "documento/ZEL_Tag.h"
+#include "documento/Persistencia.h"
+#include "documento/Tag.h"
 
 #include <span>
 #include <string_view>

@@ -3,7 +3,7 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Arredondamento.h"
-#include "documento/ZEL_ArquivoPersistencia.h"
+#include "documento/ArquivoPersistencia.h"
 #include "documento/ZEL_Controle.h"
 #include "imposto/ZEL_TrataImposto.h"
 #include "negocio/Argumento.h"

@@ -4,8 +4,8 @@
 // item's taxes are rebuilt after each change, from the new base.
 #pragma once
 
-#include "documento/ZEL_Persistencia.h"
-#include "documento/ZEL_Tag.h"
+#include "documento/Persistencia.h"
+#include "documento/Tag.h"
 
 #include <string_view>
 

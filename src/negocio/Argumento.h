@@ -3,7 +3,7 @@
 // Every rule here counts characters of the plain text, a reference as the one it stands for.
 #pragma once
 
-#include "documento/ZEL_Tag.h"
+#include "documento/Tag.h"
 #include "util/TextoXml.h"
 
 #include <initializer_list>

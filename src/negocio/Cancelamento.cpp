@@ -3,9 +3,9 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
+#include "documento/Carga.h"
+#include "documento/DataHora.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_DataHora.h"
-#include "documento/ZEL_Inicializacao.h"
 #include "negocio/Argumento.h"
 #include "negocio/Requisicao.h"
 #include "util/ChaveAcesso.h"
@@ -51,7 +51,7 @@ void completarJustificativa(DadosCancelamento &cancelado, std::string_view padra
 }
 
 int cancelarCupomEmAndamento(ST_PersitenceXML_ZEL &documento) {
-    return fnComPosseDoCupom_ZEL(documento, [] {
+    return comPosseDoCupom(documento, [] {
         fnDefinirEstadoCFe_ZEL(kCancelado);
         return fnCFVerificarStatus_ZEL() == kCancelado ? int{ZEL_OK} : arquivoIndisponivel();
     });

@@ -3,7 +3,7 @@
 // is sent or, without connection, kept scrambled in files. The event's form is Requisicao's.
 #pragma once
 
-#include "documento/ZEL_Persistencia.h"
+#include "documento/Persistencia.h"
 
 #include <ctime>
 #include <optional>

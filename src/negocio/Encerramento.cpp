@@ -3,13 +3,13 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ZEL_ArquivoPersistencia.h"
-#include "documento/ZEL_Cabecalho.h"
-#include "documento/ZEL_Conformidade.h"
+#include "documento/ArquivoPersistencia.h"
+#include "documento/Cabecalho.h"
+#include "documento/Conformidade.h"
+#include "documento/Limites.h"
+#include "documento/Montagem.h"
+#include "documento/Somas.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_Limites.h"
-#include "documento/ZEL_Montagem.h"
-#include "documento/ZEL_Somas.h"
 #include "negocio/Transporte.h"
 #include "util/Marcacao.h"
 #include "util/Numero.h"
@@ -94,9 +94,9 @@ int fnCFEncerrarConfigMsg_ZEL_Felbor(ST_PersitenceXML_ZEL &documento,
 
 int fnCFeEncerrarTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL encerramento) {
     // A document that could not be read would be refused, and a number lost.
-    if (!fnEstruturaLida_ZEL()) return arquivoIndisponivel();
+    if (!estruturaLida()) return arquivoIndisponivel();
     if (encerramento.subTags) {
-        const int resultado = fnVerificarTAG_ZEL(Secao::kEncerramento, encerramento);
+        const int resultado = verificarSecao(Secao::kEncerramento, encerramento);
         if (resultado != ZEL_OK) return resultado;
     }
     // Assembling nothing is refused as well, but only after it used up a number.

@@ -2,8 +2,8 @@
 // Closing: the last section, the complete document and its way out.
 #pragma once
 
-#include "documento/ZEL_Persistencia.h"
-#include "documento/ZEL_Tag.h"
+#include "documento/Persistencia.h"
+#include "documento/Tag.h"
 
 #include <string_view>
 

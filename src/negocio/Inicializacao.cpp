@@ -3,7 +3,7 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ZEL_Inicializacao.h"
+#include "documento/Carga.h"
 
 namespace zel {
 

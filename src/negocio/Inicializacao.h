@@ -2,7 +2,7 @@
 // Initialisation and finalisation of the library.
 #pragma once
 
-#include "documento/ZEL_Persistencia.h"
+#include "documento/Persistencia.h"
 
 namespace zel {
 

@@ -2,10 +2,10 @@
 #include "negocio/Pagamento.h"
 
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_ArquivoPersistencia.h"
-#include "documento/ZEL_Conformidade.h"
+#include "documento/ArquivoPersistencia.h"
+#include "documento/Conformidade.h"
+#include "documento/Somas.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_Somas.h"
 #include "negocio/Argumento.h"
 #include "util/Codigos.h"
 #include "util/Numero.h"
@@ -36,7 +36,7 @@ bool totalCoberto(const ST_PersitenceXML_ZEL &documento) {
 int salvarPagamento(const ST_PersitenceXML_ZEL &documento, std::span<const Alteracao> alteracoes) {
     std::vector<Alteracao> todas(alteracoes.begin(), alteracoes.end());
     if (totalCoberto(documento)) todas.push_back(alteracaoEstado(kPagamento));
-    return fnPersistUltimo_ZEL(documento, Secao::kPagamento, todas);
+    return persistirUltimo(documento, Secao::kPagamento, todas);
 }
 
 } // namespace
@@ -106,7 +106,7 @@ int fnCFeEfetuarPagamentoTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL pag,
                                  std::span<const Alteracao> alteracoes) {
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kPagamento));
     raiz.addSubTag(std::move(pag));
-    if (const int resultado = fnVerificarTAG_ZEL(Secao::kPagamento, raiz); resultado != ZEL_OK)
+    if (const int resultado = verificarSecao(Secao::kPagamento, raiz); resultado != ZEL_OK)
         return resultado;
     const auto &pagamentos = documento.pagamentos;
     const std::size_t sequencia = pagamentos ? pagamentos->size() : 0;

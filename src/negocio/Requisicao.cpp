@@ -3,7 +3,7 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ZEL_Envio.h"
+#include "documento/Envio.h"
 #include "util/Historico.h"
 #include "util/TextoXml.h"
 
@@ -168,7 +168,7 @@ int enviarRequisicao(Requisicao qual, const DadosRequisicao &dados) {
     const Documento &enviado = documento(qual);
     if (const int resultado = fnCriarArquivoEnvio(enviado.arquivo, texto); resultado != ZEL_OK)
         return resultado;
-    if (enviado.copia) fnGuardarHistorico_ZEL(*enviado.copia, texto);
+    if (enviado.copia) guardarHistorico(*enviado.copia, texto);
     return ZEL_OK;
 }
 

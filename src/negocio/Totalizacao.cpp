@@ -3,10 +3,10 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ZEL_ArquivoPersistencia.h"
-#include "documento/ZEL_Conformidade.h"
+#include "documento/ArquivoPersistencia.h"
+#include "documento/Conformidade.h"
+#include "documento/Somas.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_Somas.h"
 #include "negocio/Argumento.h"
 #include "negocio/Rateio.h"
 #include "util/Numero.h"
@@ -106,14 +106,14 @@ int fnCFTotalizar_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, std::string_view t
 int fnCFeTotalizarTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL total, Itens itens) {
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kTotalizacao));
     raiz.addSubTag(std::move(total));
-    if (const int resultado = fnVerificarTAG_ZEL(Secao::kTotalizacao, raiz); resultado != ZEL_OK)
+    if (const int resultado = verificarSecao(Secao::kTotalizacao, raiz); resultado != ZEL_OK)
         return resultado;
     return desfazendoNaFalha(documento.totalizacao, [&] {
         documento.fnAdicionarTagZEL(Secao::kTotalizacao, std::move(raiz));
         const Alteracao estado = alteracaoEstado(kTotalizado);
         return itens == Itens::kMudados
                    ? fnPersistEstrutura_ZEL(documento, {&estado, 1})
-                   : fnPersistUltimo_ZEL(documento, Secao::kTotalizacao, {&estado, 1});
+                   : persistirUltimo(documento, Secao::kTotalizacao, {&estado, 1});
     });
 }
 

@@ -3,8 +3,8 @@
 // stores the totals group that payment and closing compare against.
 #pragma once
 
-#include "documento/ZEL_Persistencia.h"
-#include "documento/ZEL_Tag.h"
+#include "documento/Persistencia.h"
+#include "documento/Tag.h"
 
 #include <string_view>
 

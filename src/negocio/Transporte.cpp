@@ -3,10 +3,10 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ZEL_ArquivoPersistencia.h"
-#include "documento/ZEL_Conformidade.h"
+#include "documento/ArquivoPersistencia.h"
+#include "documento/Conformidade.h"
+#include "documento/Limites.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_Limites.h"
 #include "negocio/Argumento.h"
 #include "util/Recusa.h"
 #include "util/Texto.h"
@@ -56,7 +56,7 @@ int fnCFIdentificarTransportadoraTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tag
 int adicionarTransporte(ST_PersitenceXML_ZEL &documento, ST_tagZEL transp) {
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(Secao::kTransporte));
     raiz.addSubTag(std::move(transp));
-    if (const int resultado = fnVerificarTAG_ZEL(Secao::kTransporte, raiz); resultado != ZEL_OK)
+    if (const int resultado = verificarSecao(Secao::kTransporte, raiz); resultado != ZEL_OK)
         return resultado;
     return documento.fnAdicionarTagZEL(Secao::kTransporte, std::move(raiz));
 }

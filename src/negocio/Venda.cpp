@@ -4,10 +4,10 @@
 #include "ZEL_FelborFramework.h"
 #include "config/Arredondamento.h"
 #include "config/Registro.h"
-#include "documento/ZEL_ArquivoPersistencia.h"
-#include "documento/ZEL_Conformidade.h"
+#include "documento/ArquivoPersistencia.h"
+#include "documento/Conformidade.h"
+#include "documento/Limites.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_Limites.h"
 #include "imposto/ZEL_TrataImposto.h"
 #include "negocio/Argumento.h"
 #include "util/Numero.h"
@@ -117,7 +117,7 @@ int guardarItem(ST_PersitenceXML_ZEL &documento, ST_tagZEL item) {
     const std::size_t mudancas = G_EstadoCFe == kVendendo ? 0 : 1;
     return ouDesfaz(
         [&] {
-            return fnPersistUltimo_ZEL(documento, Secao::kVenda, {&estado, mudancas});
+            return persistirUltimo(documento, Secao::kVenda, {&estado, mudancas});
         },
         [&] { documento.vendas->pop_back(); });
 }
@@ -144,7 +144,7 @@ int fnCFVender_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, ST_tagImpostoConfTemp
 
     item.addSubTag(montarProduto(dados, numeros, ajuste)).addSubTag(std::move(imposto));
     if (const int resultado = podeVender(documento); resultado != ZEL_OK) return resultado;
-    if (const int resultado = fnVerificarTAG_ZEL(Secao::kVenda, item); resultado != ZEL_OK)
+    if (const int resultado = verificarSecao(Secao::kVenda, item); resultado != ZEL_OK)
         return resultado;
     if (const int resultado = guardarItem(documento, std::move(item)); resultado != ZEL_OK)
         return resultado;

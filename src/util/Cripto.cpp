@@ -45,16 +45,16 @@ int transformarArquivo(std::string_view origem, std::string_view destino, std::s
 int fnCriptografarStringToArquivo(std::string_view texto, const std::string &caminho,
                                   Acesso acesso) {
     const std::string terminado = std::string(texto).append(1, '\0');
-    return substituirArquivo(caminho, fnCriptografar(terminado, kChaveFixa), acesso);
+    return substituirArquivo(caminho, embaralhar(terminado, kChaveFixa), acesso);
 }
 
 } // namespace
 
-std::string fnCriptografar(std::string_view claro, std::string_view chave) {
+std::string embaralhar(std::string_view claro, std::string_view chave) {
     return deslocar(claro, chave, 1);
 }
 
-std::string fnDescriptografar(std::string_view embaralhado, std::string_view chave) {
+std::string desembaralhar(std::string_view embaralhado, std::string_view chave) {
     std::string claro = deslocar(embaralhado, chave, -1);
     claro.resize(std::min(claro.find('\xFF'), claro.size()));
     return claro;
@@ -62,12 +62,12 @@ std::string fnDescriptografar(std::string_view embaralhado, std::string_view cha
 
 int fnCriptografarArquivo(std::string_view origem, std::string_view destino,
                           std::string_view chave) {
-    return transformarArquivo(origem, destino, chave, fnCriptografar);
+    return transformarArquivo(origem, destino, chave, embaralhar);
 }
 
 int fnDescriptografarArquivo(std::string_view origem, std::string_view destino,
                              std::string_view chave) {
-    return transformarArquivo(origem, destino, chave, fnDescriptografar);
+    return transformarArquivo(origem, destino, chave, desembaralhar);
 }
 
 int fnCriarArquivoContigencia(const std::string &caminho, std::string_view texto) {
@@ -88,7 +88,7 @@ int fnLerArquivoCriptUltimaDanfe(std::string &texto) {
     if (lerArquivo(fnConfigurarPath(kUltimaDanfe), conteudo, Ligacao::kNaoSeguida) !=
         Leitura::kLido)
         return arquivoIndisponivel();
-    texto = fnDescriptografar(conteudo, kChaveFixa);
+    texto = desembaralhar(conteudo, kChaveFixa);
     texto.resize(std::min(texto.find('\0'), texto.size()));
     return ZEL_OK;
 }

@@ -17,11 +17,11 @@ inline constexpr std::size_t kMaximaChave = 1023;
 
 // Scrambled byte i = byte i + key byte + 84 (mod 256), the key taken in turn; an empty key is a
 // single zero byte.
-std::string fnCriptografar(std::string_view claro, std::string_view chave);
+std::string embaralhar(std::string_view claro, std::string_view chave);
 
 // The inverse, ending in front of the first byte whose plain value is 0xFF: a plain text with a "ÿ"
 // is cut there. Part of the format.
-std::string fnDescriptografar(std::string_view embaralhado, std::string_view chave);
+std::string desembaralhar(std::string_view embaralhado, std::string_view chave);
 
 // Scrambles or unscrambles file `origem` into file `destino`, which may be the same one. Paths and
 // key are cut to their limits. ZEL_OK, or ZEL_ARQUIVO_INDISPONIVEL when the source cannot be read

@@ -6,7 +6,7 @@
 #include "ZEL_FelborFramework.h"
 #include "apoio/DiretorioDeDados.h"
 #include "config/Registro.h"
-#include "documento/ZEL_Tag.h"
+#include "documento/Tag.h"
 #include "imposto/Presets.h"
 #include "util/Texto.h"
 

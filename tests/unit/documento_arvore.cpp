@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The tag tree: read from text, changed, written out, and signed by its digest.
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_Digest.h"
-#include "documento/ZEL_Parser.h"
+#include "documento/Digest.h"
+#include "documento/Parser.h"
 #include "util/Latin1.h"
 
 #include <gtest/gtest.h>

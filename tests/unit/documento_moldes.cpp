@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_Conformidade.h"
-#include "documento/ZEL_Moldes.h"
+#include "documento/Conformidade.h"
+#include "documento/Moldes.h"
 #include "util/Latin1.h"
 
 #include <array>

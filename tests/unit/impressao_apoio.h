@@ -5,7 +5,7 @@
 #include "ZEL_FelborFramework.h"
 #include "apoio/DiretorioDeDados.h"
 #include "config/Registro.h"
-#include "documento/ZEL_Persistencia.h"
+#include "documento/Persistencia.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/DadosImpressao.h"
 #include "impressao/GerenciadorImpressao.h"

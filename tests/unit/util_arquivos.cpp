@@ -12,15 +12,15 @@
 using namespace zel;
 
 TEST(Cripto, bytes_move_by_key_and_constant_and_wrap_around) {
-    EXPECT_EQ(fnCriptografar(std::string("A\0", 2), kChaveFixa), "\x07\xBF");
-    EXPECT_EQ(fnCriptografar(std::string(13, '\0'), kChaveFixa).back(), '\xC6');
-    EXPECT_EQ(fnCriptografar("AB", ""), "\x95\x96");
-    EXPECT_EQ(fnCriptografar("\xFF\x01", "\xFF"), "\x52\x54");
+    EXPECT_EQ(embaralhar(std::string("A\0", 2), kChaveFixa), "\x07\xBF");
+    EXPECT_EQ(embaralhar(std::string(13, '\0'), kChaveFixa).back(), '\xC6');
+    EXPECT_EQ(embaralhar("AB", ""), "\x95\x96");
+    EXPECT_EQ(embaralhar("\xFF\x01", "\xFF"), "\x52\x54");
 }
 
 TEST(Cripto, stream_ends_at_its_first_ff_and_buffer_before_its_last_byte) {
-    const std::string oculto = fnCriptografar("antes\xFF...", kChaveFixa);
-    EXPECT_EQ(fnDescriptografar(oculto, kChaveFixa), "antes");
+    const std::string oculto = embaralhar("antes\xFF...", kChaveFixa);
+    EXPECT_EQ(desembaralhar(oculto, kChaveFixa), "antes");
     EXPECT_EQ(fnDescriptBufferContingencia(oculto), "antes\xFF..");
     EXPECT_EQ(fnDescriptBufferContingencia(oculto.substr(0, 1)), "a");
     EXPECT_EQ(fnDescriptBufferContingencia(""), "");
@@ -31,7 +31,7 @@ TEST(Cripto, key_is_cut_to_its_limit) {
     const std::string texto(2 * kMaximaChave, 't'), chave(kMaximaChave, 'k');
     pasta.gravar("a", texto);
     ASSERT_EQ(fnCriptografarArquivo(pasta / "a", pasta / "b", chave + "z"), ZEL_OK);
-    EXPECT_EQ(pasta.ler("b"), fnCriptografar(texto, chave));
+    EXPECT_EQ(pasta.ler("b"), embaralhar(texto, chave));
 }
 
 TEST(Cripto, last_receipt_is_private_and_comes_back_without_its_terminator) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_Somas.h"
+#include "documento/Somas.h"
 
 #include "util/Numero.h"
 

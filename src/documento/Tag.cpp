@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_Tag.h"
+#include "documento/Tag.h"
 
 #include "util/Texto.h"
 

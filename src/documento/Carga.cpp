@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_Inicializacao.h"
+#include "documento/Carga.h"
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ZEL_ArquivoPersistencia.h"
-#include "documento/ZEL_Moldes.h"
-#include "documento/ZEL_Pendencias.h"
+#include "documento/ArquivoPersistencia.h"
+#include "documento/Moldes.h"
+#include "documento/Pendencias.h"
 #include "util/Arquivo.h"
 #include "util/ChaveAcesso.h"
 #include "util/Diretorio.h"
@@ -59,7 +59,7 @@ void removerSobras() {
 
 } // namespace
 
-void fnPrepararArquivos_ZEL() {
+void prepararArquivos() {
     if (arquivosProntos) return;
     const Vez vez; // another process's change is seen whole or not at all
     const PosseDoCupom posse;
@@ -67,8 +67,7 @@ void fnPrepararArquivos_ZEL() {
     // turn, or a journal that can be read, the files are read as they are.
     const bool certos = !vez || acompanharDiario() == ZEL_OK;
     const bool sozinho = vez && certos && posse;
-    arquivosProntos =
-        garantirConfig() == ZEL_OK && certos && (!sozinho || fnResolverPendencias_ZEL());
+    arquivosProntos = garantirConfig() == ZEL_OK && certos && (!sozinho || resolverPendencias());
     if (sozinho) removerSobras();
 }
 
@@ -77,14 +76,14 @@ void fnInicializarVariaveis_ZEL(ST_PersitenceXML_ZEL &documento) {
     const Vez vez;
     const PosseDoCupom posse;
     construirMoldes();
-    fnPrepararArquivos_ZEL();
+    prepararArquivos();
     bool passageira = false;
     fnCarregaEstrutura_ZEL(documento, &passageira);
     documentoCarregado = arquivosProntos && !passageira;
 }
 
-void fnRecarregarVariaveis_ZEL(ST_PersitenceXML_ZEL &documento) {
-    fnEsquecerEstrutura_ZEL(documento);
+void recarregarVariaveis(ST_PersitenceXML_ZEL &documento) {
+    esquecerEstrutura(documento);
     arquivosProntos = documentoCarregado = false;
     // A configuration that cannot be read is the operation's to answer.
     fnXML_CarregarXML_ZEL();

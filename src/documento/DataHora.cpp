@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_DataHora.h"
+#include "documento/DataHora.h"
 
 #include "config/Registro.h"
 #include "util/Numero.h"

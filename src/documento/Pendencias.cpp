@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_Pendencias.h"
+#include "documento/Pendencias.h"
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
+#include "documento/Registros.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_Registros.h"
 #include "util/Arquivo.h"
 #include "util/Diretorio.h"
 
@@ -103,7 +103,7 @@ bool registrosPertencem(std::string_view esperando) {
 
 } // namespace
 
-bool fnResolverPendencias_ZEL() {
+bool resolverPendencias() {
     std::string documento;
     if (lerArquivo(fnConfigurarPath("documentosEnvio.xml.tmp"), documento, Ligacao::kNaoSeguida) ==
         Leitura::kFalha)

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_Digest.h"
+#include "documento/Digest.h"
 
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_Parser.h"
+#include "documento/Parser.h"
 #include "util/Codificacao.h"
 #include "util/Recusa.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_Envio.h"
+#include "documento/Envio.h"
 
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_ArquivoPersistencia.h"
+#include "documento/ArquivoPersistencia.h"
 #include "util/Gravacao.h"
 #include "util/Numero.h"
 
@@ -15,7 +15,7 @@ int fnCriarArquivoEnvio(std::string_view nome, std::string_view texto) {
     return gravarJuntos({&mudanca, 1});
 }
 
-int fnGravarDocumento_ZEL(std::string_view documento, const JuntoDoDocumento &junto) {
+int gravarDocumento(std::string_view documento, const JuntoDoDocumento &junto) {
     std::vector<MudancaArquivo> mudancas;
     const auto incluir = [&](std::string_view nome, std::string_view texto) {
         mudancas.push_back({.nome = nome, .acesso = Acesso::kUmask, .depois = texto});
@@ -26,7 +26,7 @@ int fnGravarDocumento_ZEL(std::string_view documento, const JuntoDoDocumento &ju
                            : alterarConfig(junto.alteracoes, mudancas);
 }
 
-void fnGuardarHistorico_ZEL(TipoCopia tipo, std::string_view texto) noexcept {
+void guardarHistorico(TipoCopia tipo, std::string_view texto) noexcept {
     try {
         const bool carimbado = lerInteiro(valorConfig(R"(CONFIGURACAO\HistoricoXML)"_chave)) != 0;
         fnReplicarDados(Direcao::kEnvio, tipo, valorConfig(R"(CONFIGURACAO\PathXMLEnvio)"_chave),

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "documento/Secao.h"
-#include "documento/ZEL_Tag.h"
+#include "documento/Tag.h"
 
 #include <string_view>
 
@@ -20,7 +20,7 @@ int fnVerificaConformidade_base_raiz(const ST_tagZEL &molde, ST_tagZEL &entrada)
 
 // Checks the children of a section's root, built by an operation, in place. ZEL_OK; ZEL_RECUSADO
 // templates that are not built; ZEL_TAG_NAO_CONFORME to ZEL_TAG_OBRIGATORIA as above.
-int fnVerificarTAG_ZEL(Secao secao, ST_tagZEL &raiz);
+int verificarSecao(Secao secao, ST_tagZEL &raiz);
 
 // Parses and checks a caller's text; `resultado` becomes a root named after the section ("VENDA")
 // and is untouched on failure. Line ends and tabs in the text count as blanks, other control bytes

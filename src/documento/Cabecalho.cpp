@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_Cabecalho.h"
+#include "documento/Cabecalho.h"
 
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_DataHora.h"
+#include "documento/DataHora.h"
 #include "util/ChaveAcesso.h"
 #include "util/Numero.h"
 #include "util/Recusa.h"

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The templates of the six sections: which elements a caller's text may hold, in which order, which
 // of them it must hold, and how long each value may be. Owns the tables and the trees built from
-// them; the check against them is ZEL_Conformidade's.
+// them; the check against them is Conformidade's.
 #pragma once
 
 #include "documento/Secao.h"
-#include "documento/ZEL_Tag.h"
+#include "documento/Tag.h"
 
 #include <optional>
 

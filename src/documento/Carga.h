@@ -4,7 +4,7 @@
 #pragma once
 
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_Persistencia.h"
+#include "documento/Persistencia.h"
 #include "util/Trava.h"
 
 namespace zel {
@@ -15,19 +15,19 @@ void fnInicializarVariaveis_ZEL(ST_PersitenceXML_ZEL &documento);
 
 // Configuration and output files alone, for functions that do without the document in progress: the
 // first call of a process, whichever it is, sees the file. A failure is tried again as above.
-void fnPrepararArquivos_ZEL();
+void prepararArquivos();
 
 // All of it anew, for a process that goes on where another one may have worked: what it had in
 // memory must not be saved over that.
-void fnRecarregarVariaveis_ZEL(ST_PersitenceXML_ZEL &documento);
+void recarregarVariaveis(ST_PersitenceXML_ZEL &documento);
 
 // Runs a change of the document, within a turn: ZEL_ARQUIVO_INDISPONIVEL while another process has
 // the receipt. The first change that succeeds keeps it for this process.
 template <class Funcao>
-int fnComPosseDoCupom_ZEL(ST_PersitenceXML_ZEL &documento, Funcao funcao) {
+int comPosseDoCupom(ST_PersitenceXML_ZEL &documento, Funcao funcao) {
     PosseDoCupom posse;
     if (!posse) return posse.recusa();
-    posse.nova() ? fnRecarregarVariaveis_ZEL(documento) : fnInicializarVariaveis_ZEL(documento);
+    posse.nova() ? recarregarVariaveis(documento) : fnInicializarVariaveis_ZEL(documento);
     const int resultado = funcao();
     if (resultado > 0) posse.manter();
     return resultado;

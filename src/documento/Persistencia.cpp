@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_Persistencia.h"
+#include "documento/Persistencia.h"
 
 #include "ZEL_FelborFramework.h"
 #include "util/Numero.h"

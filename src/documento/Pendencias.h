@@ -8,6 +8,6 @@ namespace zel {
 
 // Puts in place what belongs to the configuration, and drops the rest. False when that cannot be
 // done yet.
-bool fnResolverPendencias_ZEL();
+bool resolverPendencias();
 
 } // namespace zel

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_Moldes.h"
+#include "documento/Moldes.h"
 
-#include "documento/ZEL_Limites.h"
+#include "documento/Limites.h"
 
 #include <cstddef>
 #include <string_view>

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "config/Registro.h"
-#include "documento/ZEL_Persistencia.h"
+#include "documento/Persistencia.h"
 #include "util/Historico.h"
 
 #include <span>
@@ -27,10 +27,10 @@ struct JuntoDoDocumento {
 
 // Writes an issued document to documentosEnvio.xml: either all of it changes or nothing does, also
 // when the process dies. ZEL_OK; ZEL_CONFIG_ILEGIVEL or ZEL_ARQUIVO_INDISPONIVEL.
-int fnGravarDocumento_ZEL(std::string_view documento, const JuntoDoDocumento &junto);
+int gravarDocumento(std::string_view documento, const JuntoDoDocumento &junto);
 
 // Keeps a history copy of a sent text in the directories of "CONFIGURACAO\PathXMLEnvio". A copy
 // that cannot be written fails nothing.
-void fnGuardarHistorico_ZEL(TipoCopia tipo, std::string_view texto) noexcept;
+void guardarHistorico(TipoCopia tipo, std::string_view texto) noexcept;
 
 } // namespace zel

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_Parser.h"
+#include "documento/Parser.h"
 
 #include "ZEL_FelborFramework.h"
 #include "util/Recusa.h"

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_ArquivoPersistencia.h"
+#include "documento/ArquivoPersistencia.h"
 
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_Parser.h"
-#include "documento/ZEL_Registros.h"
+#include "documento/Parser.h"
+#include "documento/Registros.h"
 #include "util/Arquivo.h"
 #include "util/Diretorio.h"
 #include "util/Gravacao.h"
@@ -135,7 +135,7 @@ std::optional<std::size_t> lugarDoUltimo(const ST_PersitenceXML_ZEL &documento, 
 
 } // namespace
 
-bool fnEstruturaLida_ZEL() {
+bool estruturaLida() {
     return arquivo.lido;
 }
 
@@ -143,7 +143,7 @@ int recusarSemDocumento() {
     return arquivo.lido ? recusar(Motivo::kSemDocumento) : arquivoIndisponivel();
 }
 
-void fnEsquecerEstrutura_ZEL(ST_PersitenceXML_ZEL &documento) {
+void esquecerEstrutura(ST_PersitenceXML_ZEL &documento) {
     documento.fnLimpar();
     arquivo = {};
 }
@@ -161,8 +161,8 @@ int fnPersistEstrutura_ZEL(const ST_PersitenceXML_ZEL &documento,
     return ZEL_OK;
 }
 
-int fnPersistUltimo_ZEL(const ST_PersitenceXML_ZEL &documento, Secao secao,
-                        std::span<const Alteracao> alteracoes) {
+int persistirUltimo(const ST_PersitenceXML_ZEL &documento, Secao secao,
+                    std::span<const Alteracao> alteracoes) {
     const ST_tagZEL *novo = ultimoDe(documento, secao);
     const auto lugar = lugarDoUltimo(documento, secao);
     if (arquivo.danificado || novo == nullptr || !lugar)

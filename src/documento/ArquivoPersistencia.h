@@ -7,8 +7,8 @@
 #pragma once
 
 #include "config/Registro.h"
+#include "documento/Persistencia.h"
 #include "documento/Secao.h"
-#include "documento/ZEL_Persistencia.h"
 #include "util/Gravacao.h"
 
 #include <span>
@@ -18,13 +18,13 @@ namespace zel {
 
 // Whether what is in memory is the whole document: false while its file could not be read. Until
 // then nothing is written over it.
-bool fnEstruturaLida_ZEL();
+bool estruturaLida();
 
 // -52 for an operation that needs the document in progress, where there is none or it was not read.
 int recusarSemDocumento();
 
 // Empties the memory, as in a new process: nothing is written until the file has been read again.
-void fnEsquecerEstrutura_ZEL(ST_PersitenceXML_ZEL &documento);
+void esquecerEstrutura(ST_PersitenceXML_ZEL &documento);
 
 // Writes the document whole, in one commit with changes of the configuration. ZEL_OK; ZEL_RECUSADO,
 // ZEL_CONFIG_ILEGIVEL or ZEL_ARQUIVO_INDISPONIVEL with files and configuration as before. A file
@@ -36,8 +36,8 @@ int fnPersistEstrutura_ZEL(const ST_PersitenceXML_ZEL &documento,
 // The same of the record last added to a section: only that is written, where it is the last of the
 // file or stands in front of the carrier's, so that item 999 costs what the first one did;
 // otherwise the whole document.
-int fnPersistUltimo_ZEL(const ST_PersitenceXML_ZEL &documento, Secao secao,
-                        std::span<const Alteracao> alteracoes = {});
+int persistirUltimo(const ST_PersitenceXML_ZEL &documento, Secao secao,
+                    std::span<const Alteracao> alteracoes = {});
 
 // Reads the document back from its file. A torn last record is dropped. ZEL_OK;
 // ZEL_ARQUIVO_INDISPONIVEL there is no document or it cannot be read (`passageira` says which);

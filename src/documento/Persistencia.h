@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The document in progress: six sections of tag trees in memory (G_stXML_Persistencia). Owns the
-// holder and its rules; its file is ZEL_ArquivoPersistencia's, what goes into a section
+// holder and its rules; its file is ArquivoPersistencia's, what goes into a section
 // the business rooms'.
 #pragma once
 
 #include "documento/Secao.h"
-#include "documento/ZEL_Tag.h"
+#include "documento/Tag.h"
 
 #include <optional>
 #include <string_view>

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_Contingencia.h"
+#include "documento/Contingencia.h"
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ZEL_ArquivoPersistencia.h"
-#include "documento/ZEL_Cabecalho.h"
-#include "documento/ZEL_Montagem.h"
+#include "documento/ArquivoPersistencia.h"
+#include "documento/Cabecalho.h"
+#include "documento/Montagem.h"
 #include "util/Numero.h"
 #include "util/Recusa.h"
 

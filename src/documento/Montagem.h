@@ -4,15 +4,15 @@
 // directories given. Leaves the receipt state to the closing operation.
 #pragma once
 
-#include "documento/ZEL_Envio.h"
-#include "documento/ZEL_Persistencia.h"
+#include "documento/Envio.h"
+#include "documento/Persistencia.h"
 
 #include <string>
 #include <string_view>
 
 namespace zel {
 
-// Builds and writes the document in progress as kind `tipo` (ZEL_Cabecalho.h). `texto` carries the
+// Builds and writes the document in progress as kind `tipo` (Cabecalho.h). `texto` carries the
 // target directories of kind 4 on entry ("dirA/|dirB/", at most three of 300 characters, each with
 // its own separator at the end), and on success the path last written (kind 4) or the document.
 // What goes `junto` is saved in the same step as number, code and key (not for kind 4).

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_Conformidade.h"
+#include "documento/Conformidade.h"
 
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_Moldes.h"
-#include "documento/ZEL_Parser.h"
+#include "documento/Moldes.h"
+#include "documento/Parser.h"
 #include "util/Recusa.h"
 #include "util/Texto.h"
 #include "util/TextoXml.h"
@@ -100,7 +100,7 @@ int fnVerificaConformidade_base_raiz(const ST_tagZEL &molde, ST_tagZEL &entrada)
     return verificarFilhos(molde, entrada);
 }
 
-int fnVerificarTAG_ZEL(Secao secao, ST_tagZEL &raiz) {
+int verificarSecao(Secao secao, ST_tagZEL &raiz) {
     const auto &molde = moldeDaSecao(secao);
     return molde ? fnVerificaConformidade_base_raiz(*molde, raiz) : recusar(Motivo::kSemMoldes);
 }
@@ -111,7 +111,7 @@ int fnVerificarFormatarTAG_ZEL(Secao secao, std::string_view texto, ST_tagZEL &r
     if (std::any_of(texto.begin(), texto.end(), ehControle)) texto = limpo = semControles(texto);
     ST_tagZEL raiz = newST_tagZEL(false, nomeSecao(secao));
     if (const int codigo = fnParseToTag_ZEL(raiz, texto); codigo != ZEL_OK) return codigo;
-    const int codigo = fnVerificarTAG_ZEL(secao, raiz);
+    const int codigo = verificarSecao(secao, raiz);
     if (codigo == ZEL_OK) resultado = std::move(raiz);
     return codigo;
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_InfoEstendida.h"
+#include "documento/InfoEstendida.h"
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
+#include "documento/Somas.h"
 #include "documento/ZEL_Controle.h"
-#include "documento/ZEL_Somas.h"
 #include "util/Numero.h"
 #include "util/Recusa.h"
 

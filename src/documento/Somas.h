@@ -3,7 +3,7 @@
 // Reads tag trees, changes nothing.
 #pragma once
 
-#include "documento/ZEL_Persistencia.h"
+#include "documento/Persistencia.h"
 
 #include <span>
 #include <string>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The lines of the file of the document in progress: their types and where one ends. What stands in
-// them is ZEL_ArquivoPersistencia's.
+// them is ArquivoPersistencia's.
 #pragma once
 
 #include "ZEL_FelborFramework.h"

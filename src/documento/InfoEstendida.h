@@ -3,7 +3,7 @@
 // Reads the document in progress and the configuration, changes nothing.
 #pragma once
 
-#include "documento/ZEL_Persistencia.h"
+#include "documento/Persistencia.h"
 
 #include <string>
 #include <string_view>

@@ -6,7 +6,7 @@
 // per element.
 #pragma once
 
-#include "documento/ZEL_Tag.h"
+#include "documento/Tag.h"
 
 #include <string_view>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "documento/ZEL_Montagem.h"
+#include "documento/Montagem.h"
 
 #include "ZEL_FelborFramework.h"
-#include "documento/ZEL_Cabecalho.h"
+#include "documento/Cabecalho.h"
 #include "util/Acentuacao.h"
 #include "util/Cripto.h"
 #include "util/Diretorio.h"
@@ -73,9 +73,9 @@ int gravarEnvio(const Cabecalho &cabecalho, std::string documento, std::string &
     std::vector<Alteracao> todas = doUltimoDocumento(cabecalho);
     todas.insert(todas.end(), junto.alteracoes.begin(), junto.alteracoes.end());
     junto.alteracoes = todas;
-    if (const int resultado = fnGravarDocumento_ZEL(documento, junto); resultado != ZEL_OK)
+    if (const int resultado = gravarDocumento(documento, junto); resultado != ZEL_OK)
         return resultado;
-    fnGuardarHistorico_ZEL(TipoCopia::kNFCe, documento);
+    guardarHistorico(TipoCopia::kNFCe, documento);
     texto = std::move(documento);
     return ZEL_OK;
 }
