@@ -14,8 +14,7 @@ namespace {
 
 // The input as the journal, or as the change of a record with a right checksum.
 std::string diarioDe(std::string_view entrada) {
-    std::string bytes(kBloco, '\0');
-    if (tirarNumero(entrada, 2) == 0) return bytes.append(entrada);
+    if (tirarNumero(entrada, 2) == 0) return std::string(entrada);
     RegistroDiario registro;
     registro.sequencia = 1;
     registro.lugar.caminho = 0;
@@ -30,7 +29,7 @@ std::string diarioDe(std::string_view entrada) {
         ++registro.sequencia;
     }
     registro.sequencia = 1;
-    return bytes + escreverRegistroDiario(registro);
+    return escreverRegistroDiario(registro);
 }
 
 } // namespace

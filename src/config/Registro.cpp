@@ -26,6 +26,8 @@ struct Registro {
     // The file's bytes as last loaded or saved; none until then. They and the values change
     // together, and only after the file has.
     std::optional<TextoConfig> arquivo;
+    // How a file stands that holds these bytes; none where it could be changed and look the same.
+    std::optional<Identidade> identidade;
     bool inteiro = false; // every value is the one that `arquivo` holds
     Autorizacao autorizacao;
 };
@@ -40,7 +42,8 @@ std::string caminhoArquivo() {
 }
 
 MudancaArquivo mudancaPara(std::string_view texto) {
-    MudancaArquivo mudanca{.nome = kNomeArquivo, .ligacao = Ligacao::kSeguida, .depois = texto};
+    MudancaArquivo mudanca{
+        .nome = kNomeArquivo, .ligacao = Ligacao::kSeguida, .depois = texto, .marcada = true};
     if (G_stRegistroZEL_AUX.arquivo) mudanca.antes = G_stRegistroZEL_AUX.arquivo->texto;
     return mudanca;
 }
@@ -57,6 +60,7 @@ int gravar(std::string_view texto, std::optional<std::string_view> lido) {
 void assumir(CargaConfig carga) {
     G_stRegistroZEL_AUX.valores = std::move(carga.valores);
     G_stRegistroZEL_AUX.arquivo = std::move(carga.arquivo);
+    G_stRegistroZEL_AUX.identidade.reset();
     G_stRegistroZEL_AUX.inteiro = carga.inteira;
 }
 
@@ -69,10 +73,21 @@ int fnXML_CriarArquivo_Felbor_ZEL() {
     return ZEL_OK;
 }
 
+// Whether the file is the one whose bytes are known, as its identity tells.
+bool inalterada() {
+    const Registro &registro = G_stRegistroZEL_AUX;
+    Identidade achada;
+    return registro.arquivo && registro.identidade &&
+           identificar(caminhoArquivo(), Ligacao::kSeguida, achada) == Leitura::kLido &&
+           achada == *registro.identidade;
+}
+
 // Takes over what the file holds, unless its bytes are known already; a missing file is created
-// from the values in memory. `texto` receives the file's bytes.
+// from the values in memory. `texto` receives the file's bytes where they had to be read.
 int carregar(std::string &texto) {
-    switch (lerArquivo(caminhoArquivo(), texto)) {
+    if (inalterada()) return ZEL_OK;
+    Identidade identidade;
+    switch (lerArquivo(caminhoArquivo(), texto, Ligacao::kSeguida, &identidade)) {
     case Leitura::kInexistente:
         return fnXML_CriarArquivo_Felbor_ZEL();
     case Leitura::kFalha:
@@ -80,13 +95,18 @@ int carregar(std::string &texto) {
     case Leitura::kLido:
         break;
     }
-    const auto &conhecido = G_stRegistroZEL_AUX.arquivo;
-    if (conhecido && conhecido->texto == texto) return ZEL_OK;
-    auto carga = fnXML_CarregarXML(texto, G_stRegistroZEL_AUX.valores);
-    if (!carga) return recusar(Motivo::kConfigIlegivel);
-    if (carga->arquivo.texto != texto)
-        if (const int codigo = gravar(carga->arquivo.texto, texto); codigo != ZEL_OK) return codigo;
-    assumir(std::move(*carga));
+    Registro &registro = G_stRegistroZEL_AUX;
+    if (!registro.arquivo || registro.arquivo->texto != texto) {
+        auto carga = fnXML_CarregarXML(texto, registro.valores);
+        if (!carga) return recusar(Motivo::kConfigIlegivel);
+        const bool completa = carga->arquivo.texto == texto;
+        if (!completa)
+            if (const int codigo = gravar(carga->arquivo.texto, texto); codigo != ZEL_OK)
+                return codigo;
+        assumir(std::move(*carga));
+        if (!completa) return ZEL_OK;
+    }
+    if (assentada(identidade)) registro.identidade = identidade;
     return ZEL_OK;
 }
 
@@ -157,6 +177,7 @@ int alterarConfig(std::span<const Alteracao> alteracoes, std::span<const Mudanca
     for (Alteracao &alteracao : cortadas)
         registro.valores.assumir(std::move(alteracao));
     registro.arquivo = std::move(*novo);
+    registro.identidade = identidadeMarcada(kNomeArquivo);
     return ZEL_OK;
 }
 
@@ -181,6 +202,7 @@ int fnInicializarEstruturaDadosZEL_AUX() {
     G_stRegistroZEL_AUX.valores = ValoresConfig{};
     // What the file holds has to be read again.
     G_stRegistroZEL_AUX.arquivo.reset();
+    G_stRegistroZEL_AUX.identidade.reset();
     return ZEL_OK;
 }
 

@@ -51,6 +51,7 @@ void escreverRegistro(std::string &texto, Secao secao, const ST_tagZEL &raiz) {
 
 std::string escreverDocumento(const ST_PersitenceXML_ZEL &documento) {
     std::string texto;
+    texto.reserve(arquivo.tamanho.value_or(0) * 5 / 4); // it seldom grows by more
     const auto uma = [&](Secao secao, const std::optional<ST_tagZEL> &raiz) {
         if (raiz) escreverRegistro(texto, secao, *raiz);
     };

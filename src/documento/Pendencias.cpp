@@ -87,8 +87,8 @@ bool resolver(std::string_view nome, std::string_view pendente, Pertence pertenc
     case Leitura::kLido:
         break;
     }
-    if (!pertence(conteudo)) return removerArquivo(espera) == ZEL_OK;
-    return renomearArquivo(espera, lugar) == ZEL_OK && descarregarDiretorio(lugar) == ZEL_OK;
+    if (!pertence(conteudo)) return removerArquivo(espera);
+    return renomearArquivo(espera, lugar) && descarregarDiretorio(lugar);
 }
 
 bool registrosPertencem(std::string_view esperando) {

@@ -75,6 +75,10 @@ void ST_tagZEL::setValor(std::string_view texto) {
     if (!texto.empty()) valor.emplace(texto);
 }
 
+void ST_tagZEL::reservar(std::size_t filhos) {
+    filhosDe(*this).reserve(filhos);
+}
+
 ST_tagZEL &ST_tagZEL::addSubTag(std::string_view nomeFilho, std::string_view valorFilho) {
     return addSubTag(ST_tagZEL(nomeFilho, valorFilho));
 }

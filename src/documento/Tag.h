@@ -37,6 +37,9 @@ struct ST_tagZEL {
     // Stores the text; an empty one changes nothing, so a value cannot be cleared through it.
     void setValor(std::string_view texto);
 
+    // Makes room for so many children at once.
+    void reservar(std::size_t filhos);
+
     // Append a child; each returns this node. An empty value leaves the child without one.
     ST_tagZEL &addSubTag(std::string_view nomeFilho, std::string_view valorFilho);
     ST_tagZEL &addSubTag(ST_tagZEL filho);

@@ -119,16 +119,15 @@ void remontarContribuicao(const Tributo &t, const Grupo &grupo, ST_tagZEL &guard
     }
 }
 
-int atualizar(const Tributo &t, std::span<const Grupo> grupos, const ST_tagZEL &tributo,
+int atualizar(const Tributo &t, std::span<const Grupo> grupos, ST_tagZEL tributo,
               const ValoresItem &valores, ST_tagZEL &imposto) {
-    ST_tagZEL novo = tributo;
-    for (std::size_t i = 0; novo.subTags && i < novo.subTags->size(); ++i) {
-        ST_tagZEL &guardado = (*novo.subTags)[i];
+    for (std::size_t i = 0; tributo.subTags && i < tributo.subTags->size(); ++i) {
+        ST_tagZEL &guardado = (*tributo.subTags)[i];
         const Grupo *grupo = procurarGrupo(grupos, guardado.nome);
         if (!grupo) return recusar(Motivo::kGrupoDesconhecido, {.campo = guardado.nome});
         remontarContribuicao(t, *grupo, guardado, valores);
     }
-    imposto.addSubTag(std::move(novo));
+    imposto.addSubTag(std::move(tributo));
     return ZEL_OK;
 }
 
@@ -153,18 +152,19 @@ int fnTratarISS(std::string_view aliquotaVenda, std::string_view base, ST_tagZEL
     return ZEL_OK;
 }
 
-int fnAtualizarPIS(const ST_tagZEL &pis, std::string_view base, std::string_view quantidade,
+int fnAtualizarPIS(ST_tagZEL pis, std::string_view base, std::string_view quantidade,
                    ST_tagZEL &imposto) {
-    return atualizar(kPis, kGruposPIS, pis, {{}, base, quantidade}, imposto);
+    return atualizar(kPis, kGruposPIS, std::move(pis), {{}, base, quantidade}, imposto);
 }
 
-int fnAtualizarCOFINS(const ST_tagZEL &cofins, std::string_view base, std::string_view quantidade,
+int fnAtualizarCOFINS(ST_tagZEL cofins, std::string_view base, std::string_view quantidade,
                       ST_tagZEL &imposto) {
-    return atualizar(kCofins, kGruposCOFINS, cofins, {{}, base, quantidade}, imposto);
+    return atualizar(kCofins, kGruposCOFINS, std::move(cofins), {{}, base, quantidade}, imposto);
 }
 
-int fnAtualizarISS(const ST_tagZEL &issqn, std::string_view base, ST_tagZEL &imposto) {
-    imposto.addSubTag(remontarGrupo(kISSQN, issqn, {issqn.valorDe("vAliq"), base, {}}));
+int fnAtualizarISS(ST_tagZEL issqn, std::string_view base, ST_tagZEL &imposto) {
+    const std::string aliquota(issqn.valorDe("vAliq"));
+    imposto.addSubTag(remontarGrupo(kISSQN, std::move(issqn), {aliquota, base, {}}));
     return ZEL_OK;
 }
 

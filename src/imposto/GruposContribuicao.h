@@ -24,14 +24,14 @@ int fnTratarISS(std::string_view aliquota, std::string_view base, ST_tagZEL &imp
 
 // Add the stored `PIS` or `COFINS` tag to `imposto` for a new base and quantity: codes, `pPIS` and
 // `vAliqProd` stay as stored, the tax is base x `pPIS` / 100 or, in a group without `pPIS`,
-// quantity x `vAliqProd` / 100. A tag without a group is copied. ZEL_OK; ZEL_RECUSADO when it holds
-// a group that does not exist.
-int fnAtualizarPIS(const ST_tagZEL &pis, std::string_view base, std::string_view quantidade,
+// quantity x `vAliqProd` / 100. A tag without a group stays as it is. ZEL_OK; ZEL_RECUSADO when it
+// holds a group that does not exist.
+int fnAtualizarPIS(ST_tagZEL pis, std::string_view base, std::string_view quantidade,
                    ST_tagZEL &imposto);
-int fnAtualizarCOFINS(const ST_tagZEL &cofins, std::string_view base, std::string_view quantidade,
+int fnAtualizarCOFINS(ST_tagZEL cofins, std::string_view base, std::string_view quantidade,
                       ST_tagZEL &imposto);
 
 // Adds the stored `ISSQN` tag to `imposto` for a new base, at its stored `vAliq`. Always 1.
-int fnAtualizarISS(const ST_tagZEL &issqn, std::string_view base, ST_tagZEL &imposto);
+int fnAtualizarISS(ST_tagZEL issqn, std::string_view base, ST_tagZEL &imposto);
 
 } // namespace zel

@@ -115,16 +115,15 @@ int fnTratarICMS(const Preset &preset, std::string_view aliquotaVenda, std::stri
     return ZEL_OK;
 }
 
-int fnAtualizarICMS(const ST_tagZEL &icms, std::string_view base, ST_tagZEL &imposto) {
-    ST_tagZEL novo = icms;
-    for (std::size_t i = 0; novo.subTags && i < novo.subTags->size(); ++i) {
-        ST_tagZEL &guardado = (*novo.subTags)[i];
+int fnAtualizarICMS(ST_tagZEL icms, std::string_view base, ST_tagZEL &imposto) {
+    for (std::size_t i = 0; icms.subTags && i < icms.subTags->size(); ++i) {
+        ST_tagZEL &guardado = (*icms.subTags)[i];
         const Grupo *grupo = procurarGrupo(kGrupos, guardado.nome);
         if (!grupo) return recusar(Motivo::kGrupoDesconhecido, {.campo = guardado.nome});
         const std::string pICMSGuardado(guardado.valorDe("pICMS"));
         guardado = remontarGrupo(*grupo, std::move(guardado), {pICMSGuardado, base, {}});
     }
-    imposto.addSubTag(std::move(novo));
+    imposto.addSubTag(std::move(icms));
     return ZEL_OK;
 }
 

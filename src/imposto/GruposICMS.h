@@ -18,8 +18,8 @@ int fnTratarICMS(const Preset &preset, std::string_view aliquota, std::string_vi
                  ST_tagZEL &imposto);
 
 // Adds the stored `ICMS` tag to `imposto`, its group's values computed anew from the new base and
-// the stored `pICMS` (0.00 when the group has none). A tag without a group is copied. ZEL_OK;
+// the stored `pICMS` (0.00 when the group has none). A tag without a group stays as it is. ZEL_OK;
 // ZEL_RECUSADO when it holds a group that does not exist.
-int fnAtualizarICMS(const ST_tagZEL &icms, std::string_view base, ST_tagZEL &imposto);
+int fnAtualizarICMS(ST_tagZEL icms, std::string_view base, ST_tagZEL &imposto);
 
 } // namespace zel

@@ -80,14 +80,14 @@ int fnAtualizar_TagImposto(ST_tagZEL &item, std::string_view quantidade, std::st
 
     ST_tagZEL novo("imposto");
     int resultado = ZEL_OK;
-    if (const auto *icms = imposto->getSubTag("ICMS"))
-        resultado = fnAtualizarICMS(*icms, base, novo);
-    if (const auto *pis = imposto->getSubTag("PIS"); pis && resultado == ZEL_OK)
-        resultado = fnAtualizarPIS(*pis, base, quantidade, novo);
-    if (const auto *cofins = imposto->getSubTag("COFINS"); cofins && resultado == ZEL_OK)
-        resultado = fnAtualizarCOFINS(*cofins, base, quantidade, novo);
-    if (const auto *issqn = imposto->getSubTag("ISSQN"); issqn && resultado == ZEL_OK)
-        resultado = fnAtualizarISS(*issqn, base, novo);
+    if (auto *icms = imposto->getSubTag("ICMS"))
+        resultado = fnAtualizarICMS(std::move(*icms), base, novo);
+    if (auto *pis = imposto->getSubTag("PIS"); pis && resultado == ZEL_OK)
+        resultado = fnAtualizarPIS(std::move(*pis), base, quantidade, novo);
+    if (auto *cofins = imposto->getSubTag("COFINS"); cofins && resultado == ZEL_OK)
+        resultado = fnAtualizarCOFINS(std::move(*cofins), base, quantidade, novo);
+    if (auto *issqn = imposto->getSubTag("ISSQN"); issqn && resultado == ZEL_OK)
+        resultado = fnAtualizarISS(std::move(*issqn), base, novo);
     if (resultado != ZEL_OK) return resultado;
     *imposto = std::move(novo);
     return ZEL_OK;

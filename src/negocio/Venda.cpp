@@ -79,10 +79,13 @@ std::string ouConfigurado(std::string_view argumento, std::size_t maximo, Chave 
     return simples.empty() ? valorXml(valorConfig(chave)) : escaparXml(simples);
 }
 
+constexpr std::size_t kFilhosDoProduto = 15; // with an adjustment
+
 ST_tagZEL montarProduto(const DadosVenda &dados, const Numeros &numeros,
                         const AjusteInline &ajuste) {
     const std::string unidade = escaparXml(argumentoCortado(dados.unidade, kMaiorUnidade));
     ST_tagZEL prod("prod");
+    prod.reservar(kFilhosDoProduto);
     prod.addSubTag("cProd", escaparXml(argumentoCortado(dados.codigo, kMaiorTexto)))
         .addSubTag("cEAN", " ")
         .addSubTag("xProd", escaparXml(argumentoCortado(dados.descricao, kMaiorDescricao)))

@@ -5,6 +5,7 @@
 #include "util/Descritor.h"
 #include "util/Recusa.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <dirent.h>
@@ -12,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 namespace zel {
@@ -164,11 +166,21 @@ bool escreverAoLado(const std::string &destino, std::string_view conteudo, Acess
     return false;
 }
 
+constexpr std::int64_t kSegundo = 1'000'000'000; // nanoseconds
+
+constexpr std::int64_t emNanossegundos(const timespec &momento) {
+    return momento.tv_sec * kSegundo + momento.tv_nsec;
+}
+
+timespec agora() {
+    timespec momento{};
+    ::clock_gettime(CLOCK_REALTIME, &momento);
+    return momento;
+}
+
 Identidade identidadeDe(const struct stat &dados) {
-    constexpr std::int64_t kSegundo = 1'000'000'000;
-    return {dados.st_ino, static_cast<std::uint64_t>(dados.st_size),
-            dados.st_ctim.tv_sec * kSegundo + dados.st_ctim.tv_nsec,
-            dados.st_mtim.tv_sec * kSegundo + dados.st_mtim.tv_nsec};
+    return {dados.st_ino, static_cast<std::uint64_t>(dados.st_size), emNanossegundos(dados.st_ctim),
+            emNanossegundos(dados.st_mtim)};
 }
 
 // Writes into what is no file (a device, a pipe with a reader), without waiting for it.
@@ -198,7 +210,8 @@ int sobrescrever(const std::string &caminho, std::string_view conteudo) {
 
 } // namespace
 
-Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao ligacao) {
+Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao ligacao,
+                   Identidade *identidade) {
     conteudo.clear();
     // Not blocking: a pipe in the place of a file must not hold up the till.
     const Descritor arquivo(caminho.c_str(), O_RDONLY | O_NONBLOCK | naoSeguir(ligacao));
@@ -212,10 +225,12 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao li
         conhecido ? naoEhArquivo(caminho) : falhouArquivo(caminho);
         return Leitura::kFalha;
     }
+    if (identidade != nullptr) *identidade = identidadeDe(dados);
 
     // One byte more than the file holds, so that the end is met in the same read.
+    const auto esperados = static_cast<std::size_t>(dados.st_size);
     std::size_t lidos = 0;
-    conteudo.resize(static_cast<std::size_t>(dados.st_size) + 1);
+    conteudo.resize(esperados + 1);
     for (;;) {
         const ssize_t parte = insistir(
             [&] { return ::read(arquivo.fd(), conteudo.data() + lidos, conteudo.size() - lidos); });
@@ -225,8 +240,8 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao li
             return Leitura::kFalha;
         }
         lidos += static_cast<std::size_t>(parte);
-        if (lidos < conteudo.size()) break;
-        conteudo.resize(conteudo.size() * 2);
+        if (parte == 0 || lidos == esperados) break;
+        if (lidos == conteudo.size()) conteudo.resize(conteudo.size() * 2);
     }
     conteudo.resize(lidos);
     return Leitura::kLido;
@@ -252,17 +267,15 @@ int criarArquivo(const std::string &caminho, std::string_view conteudo) {
         if (!alheio) removerArquivo(novo);
         return alheio ? recusar(Motivo::kNomeTomado) : arquivoIndisponivel();
     }
-    int resultado = ZEL_OK;
-    if (::link(novo.c_str(), caminho.c_str()) != 0) {
-        if (errno == EEXIST)
-            resultado = recusar(Motivo::kNomeTomado);
-        else if (errno == EPERM || errno == EOPNOTSUPP)
-            resultado = renomearArquivo(novo, caminho); // a file system without links
-        else
-            resultado = arquivoIndisponivel(caminho);
-    }
+    bool feito = ::link(novo.c_str(), caminho.c_str()) == 0;
+    const bool tomado = !feito && errno == EEXIST;
+    if (!feito && (errno == EPERM || errno == EOPNOTSUPP))
+        feito = renomearArquivo(novo, caminho); // a file system without links
+    else if (!feito)
+        falhouArquivo(caminho);
     removerArquivo(novo);
-    return resultado == ZEL_OK ? descarregarDiretorio(caminho) : resultado;
+    if (tomado) return recusar(Motivo::kNomeTomado);
+    return feito && descarregarDiretorio(caminho) ? int{ZEL_OK} : arquivoIndisponivel();
 }
 
 int gravarDestino(const std::string &caminho, std::string_view conteudo) {
@@ -298,6 +311,30 @@ Leitura identificar(const std::string &caminho, Ligacao ligacao, Identidade &ide
     return Leitura::kLido;
 }
 
+bool identificar(const Descritor &arquivo, Identidade &identidade) {
+    struct stat dados {};
+    if (!arquivo.aberto() || ::fstat(arquivo.fd(), &dados) != 0 || !S_ISREG(dados.st_mode))
+        return false;
+    identidade = identidadeDe(dados);
+    return true;
+}
+
+bool assentada(const Identidade &identidade) {
+    constexpr std::int64_t kMaiorPasso = 2 * kSegundo; // FAT
+    return emNanossegundos(agora()) - std::max(identidade.mudanca, identidade.escrita) >
+           kMaiorPasso + kSegundo;
+}
+
+bool marcarEscrita(const Descritor &arquivo, Identidade &identidade) {
+    const timespec momento = agora();
+    const timespec acessoEEscrita[] = {{0, UTIME_OMIT}, momento};
+    const bool marcada = ::futimens(arquivo.fd(), acessoEEscrita) == 0;
+    // The time of the change remains the system's, and so does that of whoever writes next.
+    return identificar(arquivo, identidade) && marcada &&
+           identidade.escrita == emNanossegundos(momento) &&
+           identidade.escrita != identidade.mudanca;
+}
+
 Identidade identificarDiretorio(const std::string &caminho) {
     struct stat dados {};
     return ::stat(caminho.c_str(), &dados) == 0 ? identidadeDe(dados) : Identidade{};
@@ -308,14 +345,12 @@ bool ehLigacao(const std::string &caminho) {
     return dados && S_ISLNK(dados->st_mode);
 }
 
-int escreverRascunho(const std::string &caminho, std::string_view conteudo, Acesso acesso,
-                     Ligacao ligacao) {
-    return escreverAoLado(destinoDe(caminho, ligacao), conteudo, acesso, Descarga::kNenhuma)
-               ? int{ZEL_OK}
-               : arquivoIndisponivel();
+bool escreverRascunho(const std::string &caminho, std::string_view conteudo, Acesso acesso,
+                      Ligacao ligacao) {
+    return escreverAoLado(destinoDe(caminho, ligacao), conteudo, acesso, Descarga::kNenhuma);
 }
 
-int instalarRascunho(const std::string &caminho, Ligacao ligacao) {
+bool instalarRascunho(const std::string &caminho, Ligacao ligacao) {
     const std::string destino = destinoDe(caminho, ligacao);
     return renomearArquivo(rascunhoDe(destino), destino);
 }
@@ -324,20 +359,22 @@ void removerRascunho(const std::string &caminho, Ligacao ligacao) {
     removerArquivo(rascunhoDe(destinoDe(caminho, ligacao)));
 }
 
-int escreverNoLugar(const std::string &caminho, std::size_t lugar, std::string_view bytes,
-                    Ligacao ligacao) {
-    const Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK | naoSeguir(ligacao));
-    return arquivo.aberto() && escreverTudo(arquivo.fd(), bytes, static_cast<off_t>(lugar))
-               ? int{ZEL_OK}
-               : arquivoIndisponivel(caminho);
+Descritor abrirNoLugar(const std::string &caminho, Ligacao ligacao) {
+    Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK | naoSeguir(ligacao));
+    if (!arquivo.aberto()) falhouArquivo(caminho);
+    return arquivo;
 }
 
-int descarregarArquivo(const std::string &caminho, Ligacao ligacao) {
+bool escreverNoLugar(const Descritor &arquivo, std::size_t lugar, std::string_view bytes) {
+    return arquivo.aberto() && escreverTudo(arquivo.fd(), bytes, static_cast<off_t>(lugar));
+}
+
+bool descarregarArquivo(const std::string &caminho, Ligacao ligacao) {
     const std::string destino = destinoDe(caminho, ligacao);
     const Descritor arquivo(destino.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
     if (!arquivo.aberto() || insistir([&] { return ::fsync(arquivo.fd()); }) != 0)
-        return arquivoIndisponivel(destino);
-    return destino == caminho ? int{ZEL_OK} : descarregarDiretorio(destino);
+        return falhouArquivo(destino);
+    return destino == caminho || descarregarDiretorio(destino);
 }
 
 void darAoDonoDoDiretorio(int fd, const std::string &caminho) {
@@ -347,19 +384,18 @@ void darAoDonoDoDiretorio(int fd, const std::string &caminho) {
         static_cast<void>(::fchown(fd, diretorio.st_uid, diretorio.st_gid) == 0);
 }
 
-int renomearArquivo(const std::string &de, const std::string &para) {
-    return ::rename(de.c_str(), para.c_str()) == 0 ? int{ZEL_OK} : arquivoIndisponivel(para);
+bool renomearArquivo(const std::string &de, const std::string &para) {
+    return ::rename(de.c_str(), para.c_str()) == 0 || falhouArquivo(para);
 }
 
-int descarregarDiretorio(const std::string &caminho) {
+bool descarregarDiretorio(const std::string &caminho) {
     const Descritor diretorio(diretorioDe(caminho).c_str(), O_RDONLY | O_DIRECTORY);
     const bool feito = (diretorio.aberto() || errno == EACCES) && descarregar(diretorio);
-    return feito ? int{ZEL_OK} : arquivoIndisponivel(caminho);
+    return feito || falhouArquivo(caminho);
 }
 
-int removerArquivo(const std::string &caminho) {
-    return ::unlink(caminho.c_str()) == 0 || errno == ENOENT ? int{ZEL_OK}
-                                                             : arquivoIndisponivel(caminho);
+bool removerArquivo(const std::string &caminho) {
+    return ::unlink(caminho.c_str()) == 0 || errno == ENOENT || falhouArquivo(caminho);
 }
 
 void removerRascunhos(const std::string &diretorio, bool (*nosso)(std::string_view nome)) {

@@ -2,10 +2,13 @@
 // The files of the library, and those that the application names. A file is read whole, replaced
 // whole or not at all, changed within one sector, or extended by one record; success means that the
 // change is on the disk (written, flushed, renamed, directory flushed). Interrupted calls are
-// repeated, errno is turned into a return code once. Where a disk that refuses to be flushed
-// refuses the way back as well, the change stands and is answered as done: a refused sale must not
-// come back to life with the next process. The room knows nothing of what the files hold.
+// repeated. What answers ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL is handed on as it is; what answers
+// false has kept the file and errno for whoever refuses (Recusa.h). Where a disk that refuses to be
+// flushed refuses the way back as well, the change stands and is answered as done: a refused sale
+// must not come back to life with the next process. Knows nothing of what the files hold.
 #pragma once
+
+#include "util/Descritor.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -38,15 +41,26 @@ struct Identidade {
 
 // Reads the identity of a regular file. kFalha also for what is no regular file.
 Leitura identificar(const std::string &caminho, Ligacao ligacao, Identidade &identidade);
+bool identificar(const Descritor &arquivo, Identidade &identidade);
+
+// Whether the file's last change lies so far back that every later one gives it another identity,
+// whatever the file system's clock ticks in.
+bool assentada(const Identidade &identidade);
+
+// Gives a file that was just written this very nanosecond as its time of writing, which no other
+// writer leaves: their changes show, even those within the same tick. False where the file system
+// keeps no such times, or the file is somebody else's; `identidade` is the file's either way.
+bool marcarEscrita(const Descritor &arquivo, Identidade &identidade);
 
 // The identity of a directory, whose path ends in "/": another one after each change of names.
 Identidade identificarDiretorio(const std::string &caminho);
 
 bool ehLigacao(const std::string &caminho);
 
-// Reads a whole regular file into `conteudo` (emptied first). Only a missing file is kInexistente.
+// Reads a whole regular file into `conteudo` (emptied first), with its identity before that. Only a
+// missing file is kInexistente.
 Leitura lerArquivo(const std::string &caminho, std::string &conteudo,
-                   Ligacao ligacao = Ligacao::kSeguida);
+                   Ligacao ligacao = Ligacao::kSeguida, Identidade *identidade = nullptr);
 
 // Writes `conteudo` beside the file (its name with ".novo" appended), flushes it, puts it in the
 // file's place and flushes the directory. With a link that is followed, the file it points to is
@@ -66,40 +80,36 @@ int criarArquivo(const std::string &caminho, std::string_view conteudo);
 // place. ZEL_OK, or ZEL_ARQUIVO_INDISPONIVEL with the old content where it could be kept.
 int gravarDestino(const std::string &caminho, std::string_view conteudo);
 
-// Renames `de` over `para`, in one step. Whoever needs it flushed asks for that. ZEL_OK, or
-// ZEL_ARQUIVO_INDISPONIVEL with both as they were.
-int renomearArquivo(const std::string &de, const std::string &para);
+// Renames `de` over `para`, in one step. Whoever needs it flushed asks for that. False with both as
+// they were.
+bool renomearArquivo(const std::string &de, const std::string &para);
 
-// Flushes the directory that the file stands in, and with it earlier renames. ZEL_OK or
-// ZEL_ARQUIVO_INDISPONIVEL.
-int descarregarDiretorio(const std::string &caminho);
+// Flushes the directory that the file stands in, and with it earlier renames.
+bool descarregarDiretorio(const std::string &caminho);
 
 // Writes the scratch file of one that is to be replaced, without a flush. A link that is followed
-// has it beside the file it points to. ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
-int escreverRascunho(const std::string &caminho, std::string_view conteudo, Acesso acesso,
-                     Ligacao ligacao);
+// has it beside the file it points to.
+bool escreverRascunho(const std::string &caminho, std::string_view conteudo, Acesso acesso,
+                      Ligacao ligacao);
 
-// Puts the scratch file in the place of its file, or removes it; without a flush. ZEL_OK or
-// ZEL_ARQUIVO_INDISPONIVEL.
-int instalarRascunho(const std::string &caminho, Ligacao ligacao);
+// Puts the scratch file in the place of its file, or removes it; without a flush.
+bool instalarRascunho(const std::string &caminho, Ligacao ligacao);
 void removerRascunho(const std::string &caminho, Ligacao ligacao);
 
-// Writes bytes over a file from `lugar` on, at its end for an append, without a flush. ZEL_OK or
-// ZEL_ARQUIVO_INDISPONIVEL.
-int escreverNoLugar(const std::string &caminho, std::size_t lugar, std::string_view bytes,
-                    Ligacao ligacao);
+// Opens a file to write in its place; without waiting, should it be a pipe.
+Descritor abrirNoLugar(const std::string &caminho, Ligacao ligacao);
+// Writes bytes over it from `lugar` on, at its end for an append, without a flush.
+bool escreverNoLugar(const Descritor &arquivo, std::size_t lugar, std::string_view bytes);
 
-// Flushes a file's bytes, and the name of one that a link points to elsewhere. ZEL_OK or
-// ZEL_ARQUIVO_INDISPONIVEL.
-int descarregarArquivo(const std::string &caminho, Ligacao ligacao);
+// Flushes a file's bytes, and the name of one that a link points to elsewhere.
+bool descarregarArquivo(const std::string &caminho, Ligacao ligacao);
 
 // A file that is made in somebody else's directory is his: whoever works there next must be able to
 // use it.
 void darAoDonoDoDiretorio(int fd, const std::string &caminho);
 
-// Removes a file; one that does not exist is removed already. ZEL_OK or
-// ZEL_ARQUIVO_INDISPONIVEL.
-int removerArquivo(const std::string &caminho);
+// Removes a file; one that does not exist is removed already.
+bool removerArquivo(const std::string &caminho);
 
 // Removes the scratch files that a dead process left in a directory (its path ends in "/"), those
 // of files whose name `nosso` takes. Nothing else there is touched.

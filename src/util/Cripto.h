@@ -31,8 +31,8 @@ int fnCriptografarArquivo(std::string_view origem, std::string_view destino,
 int fnDescriptografarArquivo(std::string_view origem, std::string_view destino,
                              std::string_view chave);
 
-// A contingency file at the path as given: the text and a terminating zero byte under the fixed
-// key. ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
+// A contingency file (the name is misspelt and kept) at the path as given: the text and a
+// terminating zero byte under the fixed key. ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
 int fnCriarArquivoContigencia(const std::string &caminho, std::string_view texto);
 
 // The plain text of a contingency file's content: all bytes but the last, which is the scrambled

@@ -81,7 +81,7 @@ Leitura Diario::abrir() {
     }
     tamanho_ = static_cast<std::size_t>(dados.st_size);
     alheio_ = dados.st_uid != ::geteuid() && dados.st_uid != 0;
-    fim_ = kInicio;
+    fim_ = 0;
     ultimo_ = {};
     ultimo_.lugar = {somaDoCaminho(), dados.st_ino};
     ultimo_.epoca = agora();
@@ -90,67 +90,71 @@ Leitura Diario::abrir() {
     return Leitura::kLido;
 }
 
-int Diario::abrirOuCriar() {
+bool Diario::abrirOuCriar() {
     Leitura leitura = arquivo_.aberto() ? Leitura::kLido : abrir();
-    if (leitura == Leitura::kInexistente && criar(fnConfigurarPath(kNome)) == ZEL_OK)
-        leitura = abrir();
-    if (leitura != Leitura::kLido) return arquivoIndisponivel();
+    if (leitura == Leitura::kInexistente && criar(fnConfigurarPath(kNome))) leitura = abrir();
+    if (leitura != Leitura::kLido) return false;
     // One that was cut short has no room that is sure.
-    if (tamanho_ >= kTamanho || ocupar(kTamanho) == ZEL_OK) return ZEL_OK;
+    if (tamanho_ >= kTamanho || ocupar(kTamanho)) return true;
     arquivo_.fechar();
-    return arquivoIndisponivel();
+    return false;
 }
 
 // Zeros that are written take room that no other file can take, and cost less at each flush than
 // room that is only reserved.
-int Diario::ocupar(std::size_t tamanho) {
+bool Diario::ocupar(std::size_t tamanho) {
     const std::string zeros(kZeros, '\0');
     for (std::size_t lugar = tamanho_ / kZeros * kZeros; lugar < tamanho; lugar += kZeros)
         if (const std::size_t inicio = std::max(lugar, tamanho_);
             !escreverTudo(arquivo_.fd(), std::string_view(zeros).substr(inicio - lugar), inicio))
-            return arquivoIndisponivel(kNome);
-    if (insistir([&] { return ::fsync(arquivo_.fd()); }) != 0) return arquivoIndisponivel(kNome);
+            return falhouArquivo(kNome);
+    if (insistir([&] { return ::fsync(arquivo_.fd()); }) != 0) return falhouArquivo(kNome);
     tamanho_ = (tamanho + kZeros - 1) / kZeros * kZeros;
-    return ZEL_OK;
+    return true;
 }
 
-int Diario::criar(const std::string &caminho) {
+bool Diario::criar(const std::string &caminho) {
     arquivo_ = Descritor(caminho.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-    if (!arquivo_.aberto()) return arquivoIndisponivel(caminho);
+    if (!arquivo_.aberto()) return falhouArquivo(caminho);
     darAoDonoDoDiretorio(arquivo_.fd(), caminho);
     tamanho_ = 0;
-    int feito = ocupar(kTamanho);
-    if (feito == ZEL_OK) feito = descarregarDiretorio(caminho);
+    const bool feito = ocupar(kTamanho) && descarregarDiretorio(caminho);
     arquivo_.fechar();
-    if (feito != ZEL_OK) removerArquivo(caminho);
+    if (!feito) removerArquivo(caminho);
     return feito;
+}
+
+// Whether records may reach further than the bytes read. Where the last one's stamps follow it
+// there is nothing more; where a crash or damage left something else, all of it is looked at.
+bool Diario::haMaisQue(std::string_view bytes) const {
+    return fim_ + kSetor > bytes.size() || !lerCarimbos(bytes.substr(fim_, kSetor), ultimo_);
 }
 
 Leitura Diario::ler(Conteudo &conteudo) {
     conteudo = {};
     if (const Leitura leitura = abrir(); leitura != Leitura::kLido) return leitura;
     std::string &bytes = conteudo.bytes;
-    // No further than records reach: after them there are zeros.
     for (std::size_t quanto = kPedaco;; quanto *= 2) {
         if (!lerTrecho(arquivo_.fd(), 0, std::min(quanto, tamanho_), bytes)) {
             falhouArquivo(kNome);
             return Leitura::kFalha;
         }
         percorrer(bytes, conteudo.registros);
-        const bool haMais = fim_ + kSetor > bytes.size() ||
-                            anunciaSeguinte(std::string_view(bytes).substr(fim_), ultimo_);
-        if (quanto >= tamanho_ || !haMais) break;
+        if (quanto >= tamanho_ || !haMaisQue(bytes)) break;
     }
-    setor_ = bytes.substr(0, kSetor);
+    const auto depois = std::string_view(bytes).substr(std::min(fim_, bytes.size()));
+    setor_ = depois.substr(0, kSetor);
     conteudo.carimbos = lerCarimbos(setor_, ultimo_);
-    conteudo.faltamUltimos = carimbosDeSeguinte(setor_, ultimo_);
+    // One that was cut short lacks whatever it had after that.
+    conteudo.faltamUltimos =
+        !conteudo.carimbos && (tamanho_ < kTamanho || haPosteriores(depois, ultimo_));
     carimbos_ = conteudo.carimbos.value_or(std::vector<CarimboDiario>{});
     return Leitura::kLido;
 }
 
 void Diario::percorrer(std::string_view bytes, std::vector<RegistroDiario> &registros) {
     registros.clear();
-    fim_ = kInicio;
+    fim_ = 0;
     ultimo_.sequencia = 0;
     std::size_t tamanho = 0;
     while (fim_ < bytes.size()) {
@@ -176,57 +180,61 @@ bool Diario::emDia() {
     struct stat dados {};
     if (!arquivo_.aberto() || ::fstat(arquivo_.fd(), &dados) != 0 || dados.st_nlink == 0)
         return false;
-    std::string bytes;
-    if (!lerTrecho(arquivo_.fd(), 0, kSetor, bytes) || bytes != setor_) return false;
-    // A process that died may have left a record without its stamps.
-    if (!lerTrecho(arquivo_.fd(), fim_, kSetor, bytes)) return false;
-    return !anunciaSeguinte(bytes, ultimo_);
+    // A record, with or without its stamps, would have taken the place of those that stood there,
+    // and so does whoever empties the journal.
+    std::array<char, kSetor> bytes;
+    const ssize_t lidos = insistir([&] {
+        return ::pread(arquivo_.fd(), bytes.data(), bytes.size(), static_cast<off_t>(fim_));
+    });
+    return lidos >= 0 && std::string_view(bytes.data(), static_cast<std::size_t>(lidos)) == setor_;
 }
 
-std::string Diario::preparar(std::vector<MudancaDiario> mudancas) {
+RegistroDiario Diario::preparar(std::vector<MudancaDiario> mudancas) const {
     RegistroDiario registro = ultimo_;
     ++registro.sequencia;
     registro.momento = agora();
     registro.carimbos = carimbos_;
     registro.mudancas = std::move(mudancas);
-    return escreverRegistroDiario(registro);
+    return registro;
 }
 
-int Diario::acrescentar(const std::string &registro) {
+bool Diario::acrescentar(const std::string &registro) {
     const bool inteiro = escreverTudo(arquivo_.fd(), registro, fim_);
     if (!inteiro || !descarregar(arquivo_.fd())) {
         falhouArquivo(kNome);
-        const bool apagado = escreverTudo(arquivo_.fd(), std::string(kSetor, '\0'), fim_);
-        if (!inteiro || (apagado && descarregar(arquivo_.fd()))) return arquivoIndisponivel();
-        // Written back where the zeros may have got to the disk: what cannot be taken back has
-        // happened.
-        if (apagado && !escreverTudo(arquivo_.fd(), registro.substr(0, kSetor), fim_))
-            return arquivoIndisponivel();
+        setor_.resize(kSetor, '\0');
+        const bool apagado = escreverTudo(arquivo_.fd(), setor_, fim_);
+        if (!inteiro || (apagado && descarregar(arquivo_.fd()))) return false;
+        // Written back where it may have got to the disk without the record: what cannot be taken
+        // back has happened.
+        if (apagado && !escreverTudo(arquivo_.fd(), registro.substr(0, kSetor), fim_)) return false;
     }
     fim_ += registro.size();
     ++ultimo_.sequencia;
     carimbos_.clear();
-    return ZEL_OK;
+    setor_.clear();
+    return true;
 }
 
-void Diario::carimbar(std::vector<CarimboDiario> carimbos) {
+bool Diario::carimbar(std::vector<CarimboDiario> carimbos) {
     carimbos_ = std::move(carimbos);
     setor_ = escreverCarimbos(ultimo_, carimbos_);
-    escreverTudo(arquivo_.fd(), setor_, 0);
+    return escreverTudo(arquivo_.fd(), setor_, fim_);
 }
 
-int Diario::esvaziar(std::size_t tamanho) {
-    if (kInicio + tamanho > tamanho_ && ocupar(kInicio + tamanho) != ZEL_OK)
-        return jaRecusado(Motivo::kArquivo);
-    fim_ = kInicio;
-    ultimo_.sequencia = 0;
-    ultimo_.epoca = agora();
-    // The stamps first: a process that knew the old end sees by them that it is one no more.
-    carimbar({});
-    if (escreverTudo(arquivo_.fd(), std::string(kSetor, '\0'), kInicio)) return ZEL_OK;
-    const int codigo = arquivoIndisponivel(kNome);
+bool Diario::esvaziar(std::size_t tamanho) {
+    if (tamanho + kSetor > tamanho_ && !ocupar(tamanho + kSetor)) return false;
+    // The end first: a process that knew it sees that it is one no more.
+    const bool marcado = fim_ == 0 || escreverTudo(arquivo_.fd(), std::string(kSetor, '\0'), fim_);
+    if (marcado) {
+        fim_ = 0;
+        ultimo_.sequencia = 0;
+        ultimo_.epoca = agora();
+        if (carimbar({})) return true;
+    }
+    falhouArquivo(kNome);
     arquivo_.fechar();
-    return codigo;
+    return false;
 }
 
 } // namespace zel

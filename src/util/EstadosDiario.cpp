@@ -18,14 +18,15 @@ bool EstadoDiario::ehDeOutro(const Identidade &achada) const {
     return achada.mudanca > carimbo->mudanca && achada.escrita != carimbo->escrita;
 }
 
-EstadosDiario::EstadosDiario(const Diario::Conteudo &conteudo) {
+EstadosDiario::EstadosDiario(const Diario::Conteudo &conteudo)
+    : faltamUltimos_(conteudo.faltamUltimos) {
     for (const RegistroDiario &registro : conteudo.registros) {
         carimbar(registro.carimbos);
         aplicar(registro);
     }
     if (conteudo.carimbos) carimbar(*conteudo.carimbos);
     // A file may well be later than records that lost those which followed them.
-    if (conteudo.faltamUltimos) return;
+    if (faltamUltimos_) return;
     for (auto &[nome, estado] : arquivos_)
         estado.limite += kFolga;
 }
@@ -60,7 +61,8 @@ void EstadosDiario::carimbar(const std::vector<CarimboDiario> &carimbos) {
 
 bool EstadosDiario::foiRemovido(const EstadoDiario &estado, const Identidade &diretorio) const {
     if (estado.existia) return true;
-    return estado.carimbo && diretorio_ && diretorio.mudanca > diretorio_->mudanca;
+    if (estado.carimbo && diretorio_) return diretorio.mudanca > diretorio_->mudanca;
+    return faltamUltimos_ && diretorio.mudanca > estado.limite;
 }
 
 } // namespace zel

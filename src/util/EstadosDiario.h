@@ -41,6 +41,7 @@ private:
 
     std::map<std::string, EstadoDiario> arquivos_;
     std::optional<Identidade> diretorio_; // after the last change of names
+    bool faltamUltimos_;
 };
 
 } // namespace zel

@@ -2,6 +2,7 @@
 #include "util/Gravacao.h"
 
 #include "ZEL_FelborFramework.h"
+#include "util/Descritor.h"
 #include "util/Diario.h"
 #include "util/Diretorio.h"
 #include "util/EstadosDiario.h"
@@ -18,12 +19,19 @@ namespace zel {
 
 namespace {
 
+// A file that holds what the journal says.
+struct Cadeia {
+    Identidade identidade; // when that was last seen
+    Descritor aberto;      // to write in its place, once that was done
+    bool marcada = false;  // that is nobody else's identity
+};
+
 // What this process knows of the journal and of the files in it.
 struct Gravador {
     Diario diario;
     pid_t processo = 0;
-    // Files that hold what the journal says, as they stood when that was last seen.
-    std::map<std::string, Identidade, std::less<>> cadeias;
+    // Files that hold what the journal says, by name.
+    std::map<std::string, Cadeia, std::less<>> cadeias;
     bool atrasado = false;  // a file may lack what the journal has
     bool perdeu = false;    // a flush was refused: what a file seems to hold may not reach the disk
     bool recomecar = false; // the journal is damaged: nothing may follow what it still has
@@ -43,6 +51,7 @@ struct Plano {
     std::string caminho;
     std::string inteiro;    // a whole that took the place of an end
     bool noLugar = false;   // written where the file stands
+    bool seguida = false;   // stands as the journal left it
     MudancaDiario trecho{}; // what is written there
     MudancaDiario registro{};
     std::string_view depois{}; // the whole, where it is not
@@ -78,7 +87,7 @@ void descreverTrecho(std::string_view antes, std::string_view depois, MudancaDia
 // Whether a file stands as the journal left it.
 bool continua(const Plano &plano, const Identidade &achada) {
     const auto cadeia = gravador().cadeias.find(plano.mudanca->nome);
-    return cadeia != gravador().cadeias.end() && cadeia->second == achada;
+    return cadeia != gravador().cadeias.end() && cadeia->second.identidade == achada;
 }
 
 void planejarFim(Plano &plano, const MudancaArquivo::Fim &fim) {
@@ -90,7 +99,7 @@ void planejarFim(Plano &plano, const MudancaArquivo::Fim &fim) {
     plano.registro = plano.trecho;
 }
 
-int planejar(const MudancaArquivo &mudanca, Plano &plano) {
+bool planejar(const MudancaArquivo &mudanca, Plano &plano) {
     plano.mudanca = &mudanca;
     plano.caminho = fnConfigurarPath(mudanca.nome);
     plano.trecho.nome = mudanca.nome;
@@ -99,23 +108,20 @@ int planejar(const MudancaArquivo &mudanca, Plano &plano) {
     Identidade achada;
     const Leitura leitura = identificar(plano.caminho, mudanca.ligacao, achada);
     // A link that is not followed makes way.
-    if (leitura == Leitura::kFalha && !ehLigacao(plano.caminho)) return arquivoIndisponivel();
-    const bool seguida = leitura == Leitura::kLido && continua(plano, achada);
-    if (mudanca.fim && seguida && achada.tamanho == mudanca.fim->tamanho) {
-        planejarFim(plano, *mudanca.fim);
-        return ZEL_OK;
-    }
+    if (leitura == Leitura::kFalha && !ehLigacao(plano.caminho)) return false;
+    plano.seguida = leitura == Leitura::kLido && continua(plano, achada);
     if (mudanca.fim && leitura == Leitura::kLido && achada.tamanho == mudanca.fim->tamanho) {
+        planejarFim(plano, *mudanca.fim);
+        if (plano.seguida) return true;
         // The journal does not know it yet.
         if (lerArquivo(plano.caminho, plano.inteiro, mudanca.ligacao) != Leitura::kLido)
-            return arquivoIndisponivel();
+            return false;
         plano.inteiro.resize(std::min(plano.inteiro.size(), mudanca.fim->lugar));
         plano.inteiro.append(mudanca.depois);
-        planejarFim(plano, *mudanca.fim);
         plano.registro.forma = FormaMudanca::kInteira;
         plano.registro.lugar = plano.registro.retirados = 0;
         plano.registro.bytes = plano.inteiro;
-        return ZEL_OK;
+        return true;
     }
     if (mudanca.fim) plano.inteiro = mudanca.fim->inteiro();
     plano.depois = mudanca.fim ? std::string_view(plano.inteiro) : mudanca.depois;
@@ -124,23 +130,22 @@ int planejar(const MudancaArquivo &mudanca, Plano &plano) {
     if (sabido) descreverTrecho(*mudanca.antes, plano.depois, plano.trecho);
     plano.noLugar = sabido && mudanca.antes->size() == plano.depois.size();
     plano.registro = plano.trecho;
-    if (sabido && seguida) return ZEL_OK;
+    if (sabido && plano.seguida) return true;
     plano.registro.forma =
         leitura == Leitura::kInexistente ? FormaMudanca::kInteiraNova : FormaMudanca::kInteira;
     plano.registro.lugar = plano.registro.retirados = 0;
     plano.registro.bytes = plano.depois;
-    return ZEL_OK;
+    return true;
 }
 
-int planejarTodas(std::span<const MudancaArquivo> mudancas, std::vector<Plano> &planos) {
+bool planejarTodas(std::span<const MudancaArquivo> mudancas, std::vector<Plano> &planos) {
     planos.assign(mudancas.size(), {});
     for (std::size_t i = 0; i < mudancas.size(); ++i)
-        if (const int resultado = planejar(mudancas[i], planos[i]); resultado != ZEL_OK)
-            return resultado;
-    return ZEL_OK;
+        if (!planejar(mudancas[i], planos[i])) return false;
+    return true;
 }
 
-std::string registroDe(const std::vector<Plano> &planos) {
+RegistroDiario registroDe(const std::vector<Plano> &planos) {
     std::vector<MudancaDiario> mudancas;
     for (const Plano &plano : planos)
         mudancas.push_back(plano.registro);
@@ -153,41 +158,47 @@ void abandonar(const std::vector<Plano> &planos) {
 }
 
 // New files are there, with room for their bytes, before anything has happened.
-int preparar(const std::vector<Plano> &planos) {
-    for (const Plano &plano : planos)
-        if (!plano.noLugar && escreverRascunho(plano.caminho, plano.depois, plano.mudanca->acesso,
-                                               plano.mudanca->ligacao) != ZEL_OK)
-            return arquivoIndisponivel();
-    return ZEL_OK;
+bool preparar(const std::vector<Plano> &planos) {
+    return std::ranges::all_of(planos, [](const Plano &plano) {
+        return plano.noLugar || escreverRascunho(plano.caminho, plano.depois, plano.mudanca->acesso,
+                                                 plano.mudanca->ligacao);
+    });
 }
 
-int aplicar(const Plano &plano) {
-    if (!plano.noLugar) return instalarRascunho(plano.caminho, plano.mudanca->ligacao);
-    if (plano.trecho.bytes.empty()) return ZEL_OK;
-    return escreverNoLugar(plano.caminho, plano.trecho.lugar, plano.trecho.bytes,
-                           plano.mudanca->ligacao);
+// Makes one change and sees how the file stands then. One that is written in its place stays open:
+// while it is, no other file has its identity.
+bool aplicar(const Plano &plano, Cadeia &cadeia) {
+    const Ligacao ligacao = plano.mudanca->ligacao;
+    cadeia.marcada = false;
+    if (!plano.noLugar) {
+        cadeia.aberto.fechar();
+        return instalarRascunho(plano.caminho, ligacao) &&
+               identificar(plano.caminho, ligacao, cadeia.identidade) == Leitura::kLido;
+    }
+    if (!plano.seguida || !cadeia.aberto.aberto())
+        cadeia.aberto = abrirNoLugar(plano.caminho, ligacao);
+    if (!escreverNoLugar(cadeia.aberto, plano.trecho.lugar, plano.trecho.bytes)) return false;
+    if (!plano.mudanca->marcada) return identificar(cadeia.aberto, cadeia.identidade);
+    cadeia.marcada = marcarEscrita(cadeia.aberto, cadeia.identidade);
+    return cadeia.marcada || identificar(cadeia.aberto, cadeia.identidade);
 }
 
 // The record is on the disk: what fails from here on is put right later. Whether nothing did.
 bool seguir(const std::vector<Plano> &planos) {
-    constexpr int kTentativas = 2; // what hinders it once may not hinder it twice
     Gravador &g = gravador();
     std::vector<CarimboDiario> carimbos;
     bool nomes = false, todos = true;
     for (const Plano &plano : planos) {
-        int feito = jaRecusado(Motivo::kArquivo);
-        for (int vez = 0; vez < kTentativas && feito != ZEL_OK; ++vez)
-            feito = aplicar(plano);
-        CarimboDiario carimbo{std::string(plano.mudanca->nome), {}};
-        if (feito != ZEL_OK || identificar(plano.caminho, plano.mudanca->ligacao,
-                                           carimbo.identidade) != Leitura::kLido) {
+        const std::string nome(plano.mudanca->nome);
+        Cadeia &cadeia = g.cadeias[nome];
+        // What hinders it once may not hinder it twice.
+        if (!aplicar(plano, cadeia) && !aplicar(plano, cadeia)) {
             todos = false;
-            g.cadeias.erase(carimbo.nome);
+            g.cadeias.erase(nome);
             continue;
         }
         nomes |= !plano.noLugar;
-        g.cadeias[carimbo.nome] = carimbo.identidade;
-        carimbos.push_back(std::move(carimbo));
+        carimbos.push_back({nome, cadeia.identidade});
     }
     if (nomes) carimbos.push_back({"", identificarDiretorio(fnConfigurarPath(""))});
     g.diario.carimbar(std::move(carimbos));
@@ -195,35 +206,34 @@ bool seguir(const std::vector<Plano> &planos) {
 }
 
 // Flushes every file that the journal speaks of, and their names.
-int descarregarTudo() {
-    for (const auto &[nome, identidade] : gravador().cadeias) {
+bool descarregarTudo() {
+    for (const auto &[nome, cadeia] : gravador().cadeias) {
         // The configuration may be a link; no other file is followed.
         const std::string caminho = fnConfigurarPath(nome);
-        if (descarregarArquivo(caminho, Ligacao::kSeguida) != ZEL_OK && existeArquivo(caminho))
-            return arquivoIndisponivel();
+        if (!descarregarArquivo(caminho, Ligacao::kSeguida) && existeArquivo(caminho)) return false;
     }
     return descarregarDiretorio(fnConfigurarPath(""));
 }
 
-int esvaziar(std::size_t tamanho) {
+bool esvaziar(std::size_t tamanho) {
     Gravador &g = gravador();
-    if (g.atrasado) return arquivoIndisponivel();
-    if (descarregarTudo() != ZEL_OK) {
+    if (g.atrasado) return false;
+    if (!descarregarTudo()) {
         g.perdeu = g.atrasado = true;
-        return arquivoIndisponivel();
+        return false;
     }
-    if (g.diario.esvaziar(tamanho) != ZEL_OK) {
+    if (!g.diario.esvaziar(tamanho)) {
         g.atrasado = true;
-        return arquivoIndisponivel();
+        return false;
     }
     g.cadeias.clear();
     g.recomecar = false;
-    return ZEL_OK;
+    return true;
 }
 
 // Puts a file in the state that the journal has for it, unless somebody wrote it since; a missing
 // one when it was not `removido`.
-int acertar(const std::string &nome, const EstadoDiario &estado, bool removido) {
+bool acertar(const std::string &nome, const EstadoDiario &estado, bool removido) {
     Gravador &g = gravador();
     const std::string caminho = fnConfigurarPath(nome);
     // Nobody else's journal leads out of his directory.
@@ -232,26 +242,26 @@ int acertar(const std::string &nome, const EstadoDiario &estado, bool removido) 
     std::string conteudo;
     switch (identificar(caminho, ligacao, identidade)) {
     case Leitura::kFalha:
-        return ehLigacao(caminho) ? int{ZEL_OK} : arquivoIndisponivel();
+        return ehLigacao(caminho);
     case Leitura::kInexistente:
-        if (removido) return ZEL_OK;
+        if (removido) return true;
         break;
     case Leitura::kLido:
-        if (lerArquivo(caminho, conteudo, ligacao) != Leitura::kLido) return arquivoIndisponivel();
-        if (conteudo != estado.conteudo && estado.ehDeOutro(identidade)) return ZEL_OK;
+        if (lerArquivo(caminho, conteudo, ligacao) != Leitura::kLido) return false;
+        if (conteudo != estado.conteudo && estado.ehDeOutro(identidade)) return true;
         if (conteudo != estado.conteudo || g.perdeu) break;
-        g.cadeias[nome] = identidade;
-        return ZEL_OK;
+        g.cadeias[nome] = {identidade, {}, false};
+        return true;
     }
     g.mudou = true;
     if (substituirArquivo(caminho, estado.conteudo, estado.acesso, ligacao) != ZEL_OK ||
         identificar(caminho, ligacao, identidade) != Leitura::kLido)
-        return arquivoIndisponivel();
-    g.cadeias[nome] = identidade;
-    return ZEL_OK;
+        return false;
+    g.cadeias[nome] = {identidade, {}, false};
+    return true;
 }
 
-int recuperar() {
+bool recuperar() {
     Gravador &g = gravador();
     Diario::Conteudo conteudo;
     g.cadeias.clear();
@@ -259,7 +269,7 @@ int recuperar() {
     g.atrasado = true;
     switch (g.diario.ler(conteudo)) {
     case Leitura::kFalha:
-        return arquivoIndisponivel();
+        return false;
     case Leitura::kInexistente:
         break;
     case Leitura::kLido:
@@ -268,11 +278,10 @@ int recuperar() {
         // As it was before anything is put right.
         const Identidade diretorio = identificarDiretorio(fnConfigurarPath(""));
         for (const auto &[nome, estado] : estados.arquivos())
-            if (acertar(nome, estado, estados.foiRemovido(estado, diretorio)) != ZEL_OK)
-                return arquivoIndisponivel();
+            if (!acertar(nome, estado, estados.foiRemovido(estado, diretorio))) return false;
     }
     g.atrasado = g.perdeu = false;
-    return ZEL_OK;
+    return true;
 }
 
 Gravador::~Gravador() {
@@ -287,49 +296,62 @@ Gravador::~Gravador() {
     }
 }
 
-// What is to be written, and a record of it that has room.
-int planejarRegistro(std::span<const MudancaArquivo> mudancas, std::vector<Plano> &planos,
-                     std::string &registro) {
-    Gravador &g = gravador();
-    if (const int plano = planejarTodas(mudancas, planos); plano != ZEL_OK) return plano;
-    registro = registroDe(planos);
-    if (g.diario.cabe(registro.size())) return ZEL_OK;
-    if (esvaziar(registro.size()) != ZEL_OK) return arquivoIndisponivel();
-    if (const int plano = planejarTodas(mudancas, planos); plano != ZEL_OK) return plano;
-    registro = registroDe(planos);
-    return g.diario.cabe(registro.size()) ? int{ZEL_OK} : g.diario.esvaziar(registro.size());
+// What is to be written, and a record of it that has room. Once the journal is empty it has the
+// files whole, for which it may have to grow.
+bool planejarRegistro(std::span<const MudancaArquivo> mudancas, std::vector<Plano> &planos,
+                      std::string &registro) {
+    Diario &diario = gravador().diario;
+    constexpr int kVoltas = 3; // as it is, emptied, grown
+    for (int volta = 0; volta < kVoltas; ++volta) {
+        if (!planejarTodas(mudancas, planos)) return false;
+        const RegistroDiario seguinte = registroDe(planos);
+        const std::size_t tamanho = tamanhoRegistroDiario(seguinte);
+        if (diario.cabe(tamanho)) {
+            registro = escreverRegistroDiario(seguinte);
+            return true;
+        }
+        if (!esvaziar(tamanho)) return false;
+    }
+    return false;
 }
 
-} // namespace
-
-int acompanharDiario() {
+bool gravarTodos(std::span<const MudancaArquivo> mudancas) {
     Gravador &g = gravador();
-    if (g.processo == ::getpid() && !g.atrasado && g.diario.emDia()) return ZEL_OK;
-    return recuperar();
-}
-
-int gravarJuntos(std::span<const MudancaArquivo> mudancas) {
-    Gravador &g = gravador();
-    if ((g.processo != ::getpid() || g.atrasado) && recuperar() != ZEL_OK)
-        return arquivoIndisponivel();
-    if (g.diario.abrirOuCriar() != ZEL_OK) return arquivoIndisponivel();
-    if (g.recomecar && esvaziar(0) != ZEL_OK) return arquivoIndisponivel();
+    if ((g.processo != ::getpid() || g.atrasado) && !recuperar()) return false;
+    if (!g.diario.abrirOuCriar() || (g.recomecar && !esvaziar(0))) return false;
     std::vector<Plano> planos;
     std::string registro;
-    if (const int plano = planejarRegistro(mudancas, planos, registro); plano != ZEL_OK)
-        return plano;
+    if (!planejarRegistro(mudancas, planos, registro)) return false;
     g.mudou = g.atrasado = true; // until every file has followed, even if the process ends here
-    if (preparar(planos) != ZEL_OK || g.diario.acrescentar(registro) != ZEL_OK) {
+    if (!preparar(planos) || !g.diario.acrescentar(registro)) {
         g.atrasado = false;
         abandonar(planos);
-        return arquivoIndisponivel();
+        return false;
     }
     try {
         g.atrasado = !seguir(planos);
     } catch (...) {
         // Memory ran out; it has happened all the same, and the next call puts it right.
     }
-    return ZEL_OK;
+    return true;
+}
+
+} // namespace
+
+int acompanharDiario() {
+    Gravador &g = gravador();
+    const bool emDia = g.processo == ::getpid() && !g.atrasado && g.diario.emDia();
+    return emDia || recuperar() ? int{ZEL_OK} : arquivoIndisponivel();
+}
+
+int gravarJuntos(std::span<const MudancaArquivo> mudancas) {
+    return gravarTodos(mudancas) ? int{ZEL_OK} : arquivoIndisponivel();
+}
+
+std::optional<Identidade> identidadeMarcada(std::string_view nome) {
+    const auto cadeia = gravador().cadeias.find(nome);
+    if (cadeia == gravador().cadeias.end() || !cadeia->second.marcada) return {};
+    return cadeia->second.identidade;
 }
 
 void aliviarDiario() {

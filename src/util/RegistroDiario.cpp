@@ -4,6 +4,7 @@
 #include "util/Soma.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace zel {
@@ -26,16 +27,23 @@ bool ehEntrada(const MudancaDiario &mudanca) {
 }
 
 template <class Numero>
-void escrever(std::string &bytes, Numero numero) {
+auto emBytes(Numero numero) {
+    std::array<char, sizeof numero> bytes;
     for (std::size_t i = 0; i < sizeof numero; ++i)
-        bytes.push_back(static_cast<char>(static_cast<std::uint64_t>(numero) >> (8 * i)));
+        bytes[i] = static_cast<char>(static_cast<std::uint64_t>(numero) >> (8 * i));
+    return bytes;
+}
+
+template <class Numero>
+void escrever(std::string &bytes, Numero numero) {
+    const auto novos = emBytes(numero);
+    bytes.append(novos.data(), novos.size());
 }
 
 template <class Numero>
 void corrigir(std::string &bytes, std::size_t lugar, Numero numero) {
-    std::string novos;
-    escrever(novos, numero);
-    bytes.replace(lugar, novos.size(), novos);
+    const auto novos = emBytes(numero);
+    bytes.replace(lugar, novos.size(), novos.data(), novos.size());
 }
 
 constexpr unsigned kPrivado = 1, kSegue = 2; // bits of a change's mode
@@ -118,8 +126,20 @@ MudancaDiario lerMudanca(Leitor &leitor) {
 
 } // namespace
 
+std::size_t tamanhoRegistroDiario(const RegistroDiario &registro) {
+    std::size_t tamanho = kCabeca + 1 + 1;
+    for (const CarimboDiario &carimbo : registro.carimbos)
+        tamanho += 1 + carimbo.nome.size() + 4 * sizeof(std::uint64_t);
+    for (const MudancaDiario &mudanca : registro.mudancas)
+        tamanho +=
+            1 + mudanca.nome.size() + 1 + 1 + 3 * sizeof(std::uint64_t) + mudanca.bytes.size();
+    return emBlocos(tamanho);
+}
+
 std::string escreverRegistroDiario(const RegistroDiario &registro) {
-    std::string bytes(kMarca);
+    std::string bytes;
+    bytes.reserve(tamanhoRegistroDiario(registro));
+    bytes = kMarca;
     escrever(bytes, std::uint32_t{0}); // the checksum, known at the end
     escrever(bytes, std::uint32_t{0}); // and so is the size
     escrever(bytes, registro.lugar.caminho);
@@ -144,42 +164,54 @@ std::string escreverRegistroDiario(const RegistroDiario &registro) {
     return bytes;
 }
 
-std::optional<RegistroDiario> lerRegistroDiario(std::string_view bytes, std::size_t &tamanho) {
-    Leitor cabeca(bytes);
-    if (cabeca.trecho(kMarca.size()) != kMarca) return {};
-    const auto soma = cabeca.numero<std::uint32_t>();
-    const auto util = cabeca.numero<std::uint32_t>();
-    RegistroDiario registro;
-    registro.lugar.caminho = cabeca.numero<std::uint32_t>();
-    registro.epoca = cabeca.numero<std::int64_t>();
-    registro.sequencia = cabeca.numero<std::uint64_t>();
-    registro.momento = cabeca.numero<std::int64_t>();
-    registro.lugar.no = cabeca.numero<std::uint64_t>();
-    if (!cabeca.inteiro() || util > bytes.size() - kCabeca) return {};
-    if (somaCrc32(bytes.substr(kDepoisDaSoma, kCabeca - kDepoisDaSoma + util)) != soma) return {};
+namespace {
 
-    Leitor leitor(bytes.substr(kCabeca, util));
+struct Cabeca {
+    std::uint32_t soma = 0, tamanho = 0;
+    RegistroDiario registro; // without its payload
+};
+
+std::optional<Cabeca> lerCabeca(std::string_view bytes) {
+    Leitor leitor(bytes);
+    if (leitor.trecho(kMarca.size()) != kMarca) return {};
+    Cabeca cabeca;
+    cabeca.soma = leitor.numero<std::uint32_t>();
+    cabeca.tamanho = leitor.numero<std::uint32_t>();
+    RegistroDiario &registro = cabeca.registro;
+    registro.lugar.caminho = leitor.numero<std::uint32_t>();
+    registro.epoca = leitor.numero<std::int64_t>();
+    registro.sequencia = leitor.numero<std::uint64_t>();
+    registro.momento = leitor.numero<std::int64_t>();
+    registro.lugar.no = leitor.numero<std::uint64_t>();
+    if (!leitor.inteiro()) return {};
+    return cabeca;
+}
+
+} // namespace
+
+std::optional<RegistroDiario> lerRegistroDiario(std::string_view bytes, std::size_t &tamanho) {
+    auto cabeca = lerCabeca(bytes);
+    if (!cabeca || cabeca->tamanho > bytes.size() - kCabeca) return {};
+    const std::string_view somados =
+        bytes.substr(kDepoisDaSoma, kCabeca - kDepoisDaSoma + cabeca->tamanho);
+    if (somaCrc32(somados) != cabeca->soma) return {};
+
+    RegistroDiario registro = std::move(cabeca->registro);
+    Leitor leitor(bytes.substr(kCabeca, cabeca->tamanho));
     registro.carimbos = lerCarimbos(leitor);
     registro.mudancas.resize(leitor.numero<std::uint8_t>());
     for (MudancaDiario &mudanca : registro.mudancas)
         mudanca = lerMudanca(leitor);
     if (!leitor.inteiro() || !std::ranges::all_of(registro.mudancas, ehEntrada)) return {};
-    tamanho = emBlocos(kCabeca + util);
+    tamanho = emBlocos(kCabeca + cabeca->tamanho);
     return registro;
-}
-
-bool anunciaSeguinte(std::string_view setor, const RegistroDiario &ultimo) {
-    constexpr std::size_t kLugarDaEpoca = 16;
-    if (!setor.starts_with(kMarca) || setor.size() < kCabeca) return false;
-    Leitor leitor(setor.substr(kLugarDaEpoca));
-    const auto epoca = leitor.numero<std::int64_t>();
-    return leitor.numero<std::uint64_t>() == ultimo.sequencia + 1 &&
-           (ultimo.sequencia == 0 || epoca == ultimo.epoca);
 }
 
 std::string escreverCarimbos(const RegistroDiario &registro,
                              const std::vector<CarimboDiario> &carimbos) {
-    std::string bytes(kMarcaCarimbos);
+    std::string bytes;
+    bytes.reserve(kSetor);
+    bytes = kMarcaCarimbos;
     escrever(bytes, std::uint32_t{0});
     escrever(bytes, registro.epoca);
     escrever(bytes, registro.sequencia);
@@ -220,9 +252,19 @@ std::optional<std::vector<CarimboDiario>> lerCarimbos(std::string_view setor,
     return dele ? std::move(lido->carimbos) : std::nullopt;
 }
 
-bool carimbosDeSeguinte(std::string_view setor, const RegistroDiario &registro) {
-    const auto lido = lerSetor(setor);
-    return lido && lido->epoca == registro.epoca && lido->sequencia > registro.sequencia;
+bool haPosteriores(std::string_view depois, const RegistroDiario &registro) {
+    for (std::size_t lugar = 0; lugar < depois.size(); lugar += kBloco) {
+        const std::string_view bloco = depois.substr(lugar, kSetor);
+        const auto carimbos = lerSetor(bloco);
+        const auto cabeca = lerCabeca(bloco);
+        if (carimbos && carimbos->epoca == registro.epoca &&
+            carimbos->sequencia > registro.sequencia)
+            return true;
+        if (cabeca && cabeca->registro.epoca == registro.epoca &&
+            cabeca->registro.sequencia > registro.sequencia + 1)
+            return true;
+    }
+    return false;
 }
 
 } // namespace zel

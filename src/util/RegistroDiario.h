@@ -71,15 +71,13 @@ struct RegistroDiario {
     std::vector<MudancaDiario> mudancas; // views into the bytes read
 };
 
-// The record's bytes, a multiple of kBloco.
+// The record's bytes, a multiple of kBloco, and how many they are.
 std::string escreverRegistroDiario(const RegistroDiario &registro);
+std::size_t tamanhoRegistroDiario(const RegistroDiario &registro);
 
 // The record at the start of `bytes`, and in `tamanho` the bytes that it takes. None when there is
 // none whole.
 std::optional<RegistroDiario> lerRegistroDiario(std::string_view bytes, std::size_t &tamanho);
-
-// Whether a sector looks like the beginning of the record that follows `ultimo`.
-bool anunciaSeguinte(std::string_view setor, const RegistroDiario &ultimo);
 
 // The stamps of a record alone, as one sector ("ZELC" crc32:4 epoch:8 sequence:8 count:1 {stamp}).
 // None read when they did not fit or the sector is not that of the record.
@@ -88,7 +86,9 @@ std::string escreverCarimbos(const RegistroDiario &registro,
 std::optional<std::vector<CarimboDiario>> lerCarimbos(std::string_view setor,
                                                       const RegistroDiario &registro);
 
-// Whether the stamps are those of a later record of the same epoch: there was one.
-bool carimbosDeSeguinte(std::string_view setor, const RegistroDiario &registro);
+// Whether among the bytes after a record there is one of the same epoch that another one came
+// before, or its stamps: what stood in between is damaged. One that follows directly is none that
+// was reported as done, unless it has stamps.
+bool haPosteriores(std::string_view depois, const RegistroDiario &registro);
 
 } // namespace zel

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <utility>
 
 namespace zel {
 
@@ -32,18 +33,21 @@ constexpr std::uint32_t byteDe(std::string_view bytes, std::size_t i) {
     return static_cast<unsigned char>(bytes[i]);
 }
 
+// The remainder after the next kPasso bytes, of which the first four meet the one before.
+template <std::size_t... Lugar>
+constexpr std::uint32_t passo(std::uint32_t resto, std::string_view bytes,
+                              std::index_sequence<Lugar...>) {
+    const std::uint64_t antes = resto;
+    return (... ^
+            kTabelas[kPasso - 1 - Lugar][byteDe(bytes, Lugar) ^ (antes >> (8 * Lugar) & 0xFFU)]);
+}
+
 } // namespace
 
 std::uint32_t somaCrc32(std::string_view bytes) {
     std::uint32_t resto = 0xFFFFFFFFU;
-    for (; bytes.size() >= kPasso; bytes.remove_prefix(kPasso)) {
-        std::uint32_t proximo = 0;
-        for (std::size_t i = 0; i < kPasso; ++i) {
-            const std::uint32_t doResto = i < 4 ? (resto >> (8 * i)) & 0xFFU : 0U;
-            proximo ^= kTabelas[kPasso - 1 - i][byteDe(bytes, i) ^ doResto];
-        }
-        resto = proximo;
-    }
+    for (; bytes.size() >= kPasso; bytes.remove_prefix(kPasso))
+        resto = passo(resto, bytes, std::make_index_sequence<kPasso>());
     for (std::size_t i = 0; i < bytes.size(); ++i)
         resto = (resto >> 8) ^ kTabelas[0][(resto ^ byteDe(bytes, i)) & 0xFFU];
     return ~resto;

@@ -47,9 +47,20 @@ std::optional<Referencia> lerReferencia(std::string_view texto) {
     return Referencia{static_cast<char>(codigo), fim + 1};
 }
 
+// Most texts have none, and every character stands for itself.
+bool semReferencias(std::string_view texto) {
+    return texto.find('&') == texto.npos;
+}
+
+// What textoSimples() keeps as it is.
+constexpr bool ehSimples(char c) {
+    return c != '&' && static_cast<unsigned char>(c) >= 0x20;
+}
+
 } // namespace
 
 std::string textoSimples(std::string_view texto, FimDeLinha fimDeLinha) {
+    if (std::ranges::all_of(texto, ehSimples)) return std::string(texto);
     std::string simples;
     simples.reserve(texto.size());
     bool retorno = false; // the last character was a CR: an LF after it is the same line end
@@ -101,6 +112,7 @@ std::string escaparXml(std::string_view simples) {
 }
 
 std::size_t comprimentoXml(std::string_view valor) {
+    if (semReferencias(valor)) return valor.size();
     std::size_t caracteres = 0;
     while (!valor.empty()) {
         const auto referencia = lerReferencia(valor);
@@ -111,6 +123,7 @@ std::size_t comprimentoXml(std::string_view valor) {
 }
 
 std::string_view cortarXml(std::string_view valor, std::size_t maximo) {
+    if (semReferencias(valor)) return valor.substr(0, maximo);
     std::string_view resto = valor;
     for (; maximo > 0 && !resto.empty(); --maximo) {
         const auto referencia = lerReferencia(resto);

@@ -85,7 +85,6 @@ TEST_F(Montagem, odd_item_is_rebuilt_whole_or_not_at_all) {
     EXPECT_EQ(resumo(item), "1(imposto(ICMS(ICMS00(vBC=0.00))))");
     *item.getSubTag("imposto") = imposto.addSubTag(ST_tagZEL("PIS").addSubTag(grupo("PISX")));
     EXPECT_EQ(fnAtualizar_TagImposto(item, "", "", ""), ZEL_RECUSADO);
-    EXPECT_EQ(resumo(item), "1(imposto(ICMS(ICMS00(vBC=7.00)) PIS(PISX=)))");
 }
 
 } // namespace zel

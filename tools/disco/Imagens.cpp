@@ -9,7 +9,19 @@ namespace disco {
 namespace {
 
 constexpr std::string_view kDiario = ".diario";
+constexpr std::string_view kCarimbos = "ZELC";
 constexpr std::size_t kSetor = 512, kBloco = 4096;
+
+// Whether a journal was flushed: its stamps alone may be lost.
+bool estaNoDisco(std::string_view durante, std::string_view gravado) {
+    for (std::size_t lugar = 0; lugar < durante.size(); lugar += kBloco) {
+        const std::string_view bloco = durante.substr(lugar, kBloco);
+        if (!bloco.starts_with(kCarimbos) &&
+            bloco != gravado.substr(std::min(lugar, gravado.size()), kBloco))
+            return false;
+    }
+    return true;
+}
 
 } // namespace
 
@@ -167,9 +179,7 @@ std::vector<std::string> Imagens::pendencias() const {
     std::vector<std::string> nomes;
     for (const auto &[nome, no] : nomes_) {
         if (!nome.ends_with(kDiario)) continue;
-        // The stamps alone, in the first block, may be lost.
-        const std::size_t inicio = std::min(kBloco, no->durante.size());
-        if (no->durante.substr(inicio) != no->gravado.substr(std::min(inicio, no->gravado.size())))
+        if (!estaNoDisco(no->durante, no->gravado))
             nomes.push_back(nome + " has bytes that are not flushed");
         if (!gravados_.contains(nome) || gravados_.at(nome) != no)
             nomes.push_back(nome + " stands under a name that is not flushed");

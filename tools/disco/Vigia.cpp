@@ -147,7 +147,7 @@ void envelhecer(const std::string &diretorio, Idade idade) {
 }
 
 void ver(const Evento &evento) {
-    if (evento.chamada == Chamada::kSituacao && !evento.caminho.empty() && evento.fd < 0)
+    if (evento.chamada == Chamada::kSituacao && !evento.caminho.empty())
         vistos()[evento.caminho] = evento.tempos;
 }
 
@@ -292,10 +292,19 @@ int fchown(int fd, uid_t dono, gid_t grupo) noexcept {
     return comDescritor(Chamada::kPermissao, fd, [&] { return real(fd, dono, grupo); });
 }
 
+int futimens(int fd, const timespec momentos[2]) noexcept {
+    static const auto real = proxima<int(int, const timespec[2])>("futimens");
+    return comDescritor(Chamada::kPermissao, fd, [&] { return real(fd, momentos); });
+}
+
 int fstat(int fd, struct stat *dados) noexcept {
     static const auto real = proxima<int(int, struct stat *)>("fstat");
-    return comDescritor(Chamada::kSituacao, fd,
-                        [&] { return contarIdade(real(fd, dados), dados); });
+    return passar(
+        Chamada::kSituacao, [&](Destino) { return contarIdade(real(fd, dados), dados); },
+        [&](int) {
+            return Evento{
+                .fd = fd, .caminho = caminhoDe(fd), .tempos = {dados->st_ctim, dados->st_mtim}};
+        });
 }
 
 int lstat(const char *caminho, struct stat *dados) noexcept {
