@@ -5,7 +5,6 @@
 #include "util/Descritor.h"
 #include "util/Recusa.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <dirent.h>
@@ -13,7 +12,6 @@
 #include <memory>
 #include <optional>
 #include <sys/stat.h>
-#include <time.h>
 #include <unistd.h>
 
 namespace zel {
@@ -34,25 +32,6 @@ std::optional<struct stat> situacao(const std::string &caminho) {
     struct stat dados {};
     if (::lstat(caminho.c_str(), &dados) != 0) return {};
     return dados;
-}
-
-// Whether the last call failed because there is no such file.
-bool naoExiste() {
-    return errno == ENOENT || errno == ENOTDIR;
-}
-
-// Writes at the place given, or after what was written last.
-bool escreverTudo(int fd, std::string_view conteudo, std::optional<off_t> lugar = {}) {
-    while (!conteudo.empty()) {
-        const ssize_t escritos = insistir([&] {
-            return lugar ? ::pwrite(fd, conteudo.data(), conteudo.size(), *lugar)
-                         : ::write(fd, conteudo.data(), conteudo.size());
-        });
-        if (escritos <= 0) return false;
-        conteudo.remove_prefix(static_cast<std::size_t>(escritos));
-        if (lugar) *lugar += escritos;
-    }
-    return true;
 }
 
 // The file that a symbolic link points to, also when it does not exist yet; a path that is no link
@@ -134,7 +113,7 @@ bool escreverNovo(const std::string &caminho, std::string_view conteudo, Acesso 
     const bool escrito =
         arquivo.aberto() &&
         (acesso == Acesso::kUmask || !antigo || herdarPermissoes(arquivo, *antigo)) &&
-        escreverTudo(arquivo.fd(), conteudo) &&
+        arquivo.escrever(conteudo) &&
         (descarga == Descarga::kNenhuma || insistir([&] { return ::fsync(arquivo.fd()); }) == 0) &&
         arquivo.fechar();
     return escrito || falhouArquivo(caminho);
@@ -166,27 +145,10 @@ bool escreverAoLado(const std::string &destino, std::string_view conteudo, Acess
     return false;
 }
 
-constexpr std::int64_t kSegundo = 1'000'000'000; // nanoseconds
-
-constexpr std::int64_t emNanossegundos(const timespec &momento) {
-    return momento.tv_sec * kSegundo + momento.tv_nsec;
-}
-
-timespec agora() {
-    timespec momento{};
-    ::clock_gettime(CLOCK_REALTIME, &momento);
-    return momento;
-}
-
-Identidade identidadeDe(const struct stat &dados) {
-    return {dados.st_ino, static_cast<std::uint64_t>(dados.st_size), emNanossegundos(dados.st_ctim),
-            emNanossegundos(dados.st_mtim)};
-}
-
 // Writes into what is no file (a device, a pipe with a reader), without waiting for it.
 int escreverAtraves(const std::string &caminho, std::string_view conteudo) {
     const Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK);
-    const bool escrito = arquivo.aberto() && escreverTudo(arquivo.fd(), conteudo);
+    const bool escrito = arquivo.aberto() && arquivo.escrever(conteudo);
     return escrito ? int{ZEL_OK} : arquivoIndisponivel(caminho);
 }
 
@@ -198,7 +160,7 @@ int sobrescrever(const std::string &caminho, std::string_view conteudo) {
     if (!arquivo.aberto()) return arquivoIndisponivel(caminho);
     const auto escrever = [&](std::string_view texto) {
         const auto tamanho = static_cast<off_t>(texto.size());
-        return escreverTudo(arquivo.fd(), texto, 0) &&
+        return arquivo.escrever(texto, 0) &&
                insistir([&] { return ::ftruncate(arquivo.fd(), tamanho); }) == 0 &&
                insistir([&] { return ::fsync(arquivo.fd()); }) == 0;
     };
@@ -295,51 +257,6 @@ int gravarDestino(const std::string &caminho, std::string_view conteudo) {
     return sobrescrever(destino, conteudo);
 }
 
-Leitura identificar(const std::string &caminho, Ligacao ligacao, Identidade &identidade) {
-    struct stat dados {};
-    const int resultado = ligacao == Ligacao::kSeguida ? ::stat(caminho.c_str(), &dados)
-                                                       : ::lstat(caminho.c_str(), &dados);
-    if (resultado != 0) {
-        falhouArquivo(caminho);
-        return naoExiste() ? Leitura::kInexistente : Leitura::kFalha;
-    }
-    if (!S_ISREG(dados.st_mode)) {
-        naoEhArquivo(caminho);
-        return Leitura::kFalha;
-    }
-    identidade = identidadeDe(dados);
-    return Leitura::kLido;
-}
-
-bool identificar(const Descritor &arquivo, Identidade &identidade) {
-    struct stat dados {};
-    if (!arquivo.aberto() || ::fstat(arquivo.fd(), &dados) != 0 || !S_ISREG(dados.st_mode))
-        return false;
-    identidade = identidadeDe(dados);
-    return true;
-}
-
-bool assentada(const Identidade &identidade) {
-    constexpr std::int64_t kMaiorPasso = 2 * kSegundo; // FAT
-    return emNanossegundos(agora()) - std::max(identidade.mudanca, identidade.escrita) >
-           kMaiorPasso + kSegundo;
-}
-
-bool marcarEscrita(const Descritor &arquivo, Identidade &identidade) {
-    const timespec momento = agora();
-    const timespec acessoEEscrita[] = {{0, UTIME_OMIT}, momento};
-    const bool marcada = ::futimens(arquivo.fd(), acessoEEscrita) == 0;
-    // The time of the change remains the system's, and so does that of whoever writes next.
-    return identificar(arquivo, identidade) && marcada &&
-           identidade.escrita == emNanossegundos(momento) &&
-           identidade.escrita != identidade.mudanca;
-}
-
-Identidade identificarDiretorio(const std::string &caminho) {
-    struct stat dados {};
-    return ::stat(caminho.c_str(), &dados) == 0 ? identidadeDe(dados) : Identidade{};
-}
-
 bool ehLigacao(const std::string &caminho) {
     const auto dados = situacao(caminho);
     return dados && S_ISLNK(dados->st_mode);
@@ -366,7 +283,7 @@ Descritor abrirNoLugar(const std::string &caminho, Ligacao ligacao) {
 }
 
 bool escreverNoLugar(const Descritor &arquivo, std::size_t lugar, std::string_view bytes) {
-    return arquivo.aberto() && escreverTudo(arquivo.fd(), bytes, static_cast<off_t>(lugar));
+    return arquivo.aberto() && arquivo.escrever(bytes, lugar);
 }
 
 bool descarregarArquivo(const std::string &caminho, Ligacao ligacao) {

@@ -47,6 +47,26 @@ Descritor &Descritor::operator=(Descritor &&outro) noexcept {
     return *this;
 }
 
+bool Descritor::escrever(std::string_view bytes) const {
+    while (!bytes.empty()) {
+        const ssize_t escritos = insistir([&] { return ::write(fd_, bytes.data(), bytes.size()); });
+        if (escritos <= 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(escritos));
+    }
+    return true;
+}
+
+bool Descritor::escrever(std::string_view bytes, std::size_t lugar) const {
+    while (!bytes.empty()) {
+        const ssize_t escritos = insistir(
+            [&] { return ::pwrite(fd_, bytes.data(), bytes.size(), static_cast<off_t>(lugar)); });
+        if (escritos <= 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(escritos));
+        lugar += static_cast<std::size_t>(escritos);
+    }
+    return true;
+}
+
 bool Descritor::fechar() {
     const int resultado = fd_ >= 0 ? ::close(fd_) : 0;
     fd_ = -1;

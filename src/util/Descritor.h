@@ -4,7 +4,8 @@
 #pragma once
 
 #include <cerrno>
-#include <string>
+#include <cstddef>
+#include <string_view>
 #include <sys/types.h>
 
 namespace zel {
@@ -33,6 +34,10 @@ public:
 
     bool aberto() const { return fd_ >= 0; }
     int fd() const { return fd_; }
+
+    // Writes all of it after what was written last, or at `lugar`, bytes from the start.
+    bool escrever(std::string_view bytes) const;
+    bool escrever(std::string_view bytes, std::size_t lugar) const;
 
     // A failed close may have lost bytes (network file systems); the descriptor is gone either way.
     bool fechar();

@@ -10,7 +10,6 @@
 #include <array>
 #include <climits>
 #include <cstdlib>
-#include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,24 +23,6 @@ constexpr std::string_view kNome = "ZEL_Framework.diario";
 constexpr std::size_t kTamanho = std::size_t{4} << 20; // a thousand sales
 constexpr std::size_t kPedaco = std::size_t{64} << 10; // read at a time
 constexpr std::size_t kZeros = std::size_t{512} << 10; // written at a time
-
-std::int64_t agora() {
-    constexpr std::int64_t kSegundo = 1'000'000'000;
-    timespec momento{};
-    ::clock_gettime(CLOCK_REALTIME, &momento);
-    return momento.tv_sec * kSegundo + momento.tv_nsec;
-}
-
-bool escreverTudo(int fd, std::string_view bytes, std::size_t lugar) {
-    while (!bytes.empty()) {
-        const ssize_t escritos = insistir(
-            [&] { return ::pwrite(fd, bytes.data(), bytes.size(), static_cast<off_t>(lugar)); });
-        if (escritos <= 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(escritos));
-        lugar += static_cast<std::size_t>(escritos);
-    }
-    return true;
-}
 
 // What there is from `lugar` on, up to `tamanho` bytes.
 bool lerTrecho(int fd, std::size_t lugar, std::size_t tamanho, std::string &bytes) {
@@ -106,7 +87,7 @@ bool Diario::ocupar(std::size_t tamanho) {
     const std::string zeros(kZeros, '\0');
     for (std::size_t lugar = tamanho_ / kZeros * kZeros; lugar < tamanho; lugar += kZeros)
         if (const std::size_t inicio = std::max(lugar, tamanho_);
-            !escreverTudo(arquivo_.fd(), std::string_view(zeros).substr(inicio - lugar), inicio))
+            !arquivo_.escrever(std::string_view(zeros).substr(inicio - lugar), inicio))
             return falhouArquivo(kNome);
     if (insistir([&] { return ::fsync(arquivo_.fd()); }) != 0) return falhouArquivo(kNome);
     tamanho_ = (tamanho + kZeros - 1) / kZeros * kZeros;
@@ -199,15 +180,15 @@ RegistroDiario Diario::preparar(std::vector<MudancaDiario> mudancas) const {
 }
 
 bool Diario::acrescentar(const std::string &registro) {
-    const bool inteiro = escreverTudo(arquivo_.fd(), registro, fim_);
+    const bool inteiro = arquivo_.escrever(registro, fim_);
     if (!inteiro || !descarregar(arquivo_.fd())) {
         falhouArquivo(kNome);
         setor_.resize(kSetor, '\0');
-        const bool apagado = escreverTudo(arquivo_.fd(), setor_, fim_);
+        const bool apagado = arquivo_.escrever(setor_, fim_);
         if (!inteiro || (apagado && descarregar(arquivo_.fd()))) return false;
         // Written back where it may have got to the disk without the record: what cannot be taken
         // back has happened.
-        if (apagado && !escreverTudo(arquivo_.fd(), registro.substr(0, kSetor), fim_)) return false;
+        if (apagado && !arquivo_.escrever(registro.substr(0, kSetor), fim_)) return false;
     }
     fim_ += registro.size();
     ++ultimo_.sequencia;
@@ -219,13 +200,13 @@ bool Diario::acrescentar(const std::string &registro) {
 bool Diario::carimbar(std::vector<CarimboDiario> carimbos) {
     carimbos_ = std::move(carimbos);
     setor_ = escreverCarimbos(ultimo_, carimbos_);
-    return escreverTudo(arquivo_.fd(), setor_, fim_);
+    return arquivo_.escrever(setor_, fim_);
 }
 
 bool Diario::esvaziar(std::size_t tamanho) {
     if (tamanho + kSetor > tamanho_ && !ocupar(tamanho + kSetor)) return false;
     // The end first: a process that knew it sees that it is one no more.
-    const bool marcado = fim_ == 0 || escreverTudo(arquivo_.fd(), std::string(kSetor, '\0'), fim_);
+    const bool marcado = fim_ == 0 || arquivo_.escrever(std::string(kSetor, '\0'), fim_);
     if (marcado) {
         fim_ = 0;
         ultimo_.sequencia = 0;

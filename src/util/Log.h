@@ -16,9 +16,9 @@ enum class NivelLog : std::uint8_t { kDesligado, kRecusas, kChamadas };
 NivelLog nivelDoLog() noexcept;
 
 // Appends one line: local time with zone, number of the process, `texto`. The file is readable by
-// its owner alone. One that would pass 10 MB is renamed to its name with ".1" behind, in the place
-// of an older one; where it cannot be renamed it begins anew. While another process is at that the
-// line goes into the full file.
+// its owner alone. One that would pass 10 MB is renamed to its name with ".1" appended, in the
+// place of an older one; where it cannot be renamed it begins anew. While another process is at
+// that the line goes into the full file.
 void registrarLog(std::string_view texto) noexcept;
 
 } // namespace zel
