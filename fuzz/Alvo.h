@@ -1,20 +1,16 @@
 // SPDX-License-Identifier: MIT
-// What the fuzz targets share: the input as text, taken apart, and the check of what must hold.
+// What the fuzz targets share: the input, taken apart, and the check of what must hold.
 #pragma once
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <string_view>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho);
+// What a target does with an input: each defines its own.
+void jogar(std::string_view texto);
 
 inline void exigir(bool vale) {
     if (!vale) std::abort();
-}
-
-inline std::string_view textoDe(const std::uint8_t *dados, std::size_t tamanho) {
-    return {reinterpret_cast<const char *>(dados), tamanho};
 }
 
 // The first byte of the text as a number below `limite`; it is taken off.

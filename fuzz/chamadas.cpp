@@ -42,12 +42,11 @@ Texto argumento(std::string_view escrito, const char *plausivel) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho) {
+void jogar(std::string_view resto) {
     static const PastaDoAlvo pasta;
     static const Funcoes funcoes(dlopen(nullptr, RTLD_NOW));
     pasta.esvaziar();
     novoProcesso();
-    std::string_view resto = textoDe(dados, tamanho);
     bool alheio = false; // the application wrote over a file of the library's
     for (int i = 0; i < kMaximoChamadas && !resto.empty(); ++i) {
         std::string_view linha = tirarAte(resto, '\n');
@@ -72,5 +71,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
         exigir(funcoes.rCFVerificarStatus_ZEL() == estado);
         exigir(pasta.ler("ArqPersist.bin") == documento);
     }
-    return 0;
 }

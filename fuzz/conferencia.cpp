@@ -5,36 +5,15 @@
 // The first byte chooses.
 #include "Alvo.h"
 
-#include "ArquivoConfig.h"
 #include "ConferenciaConfig.h"
 #include "ConferenciaDocumento.h"
 #include "Cupom.h"
-#include "TabelaChaves.h"
-#include "Texto.h"
 #include "Venda.h"
-
-#include "config/ArquivoConfig.h"
-#include "util/TextoXml.h"
+#include "apoio/ComoABiblioteca.h"
 
 using namespace zel::aplicativo;
 
 namespace {
-
-void conferirComoABiblioteca(std::string_view texto) {
-    Relatorio relatorio;
-    const ArquivoConfig config(texto, relatorio);
-    const auto carga = zel::fnXML_CarregarXML(texto, zel::ValoresConfig{});
-    exigir(config.temRaiz() == carga.has_value());
-    if (!carga) return;
-    conferirConfig(config, relatorio);
-    for (const LinhaChave &chave : kChaves) {
-        // By path there is only one of the key that stands twice.
-        if (chave.nome() == "dFab") continue;
-        const auto valor = latin1DeUtf8(config[chave.caminho].valor);
-        exigir(valor && zel::cortarBytes(*valor, chave.tamanho) ==
-                            carga->valores[*zel::procurarChave(chave.caminho)]);
-    }
-}
 
 // What is read of a file of items is what the library takes.
 void conferirItens(std::string_view texto) {
@@ -52,14 +31,16 @@ void conferirItens(std::string_view texto) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho) {
-    std::string_view texto = textoDe(dados, tamanho);
+void jogar(std::string_view texto) {
     Relatorio relatorio;
     std::string erro;
     switch (tirarNumero(texto, 3)) {
-    case 0:
-        conferirComoABiblioteca(texto);
+    case 0: {
+        const ArquivoConfig config(texto, relatorio);
+        exigir(diferencaDaBiblioteca(config, texto).empty());
+        if (config.temRaiz()) conferirConfig(config, relatorio);
         break;
+    }
     case 1:
         conferirDocumento(texto, "", relatorio);
         break;
@@ -67,5 +48,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
         exigir(lerCupom(texto, erro).has_value() == erro.empty());
         conferirItens(texto);
     }
-    return 0;
 }

@@ -9,8 +9,8 @@
 
 using namespace zel;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho) {
-    const std::string texto(textoDe(dados, tamanho));
+void jogar(std::string_view entrada) {
+    const std::string texto(entrada);
     const double valor = lerDecimal(texto);
     exigir(std::isfinite(valor));
     if (ehDecimalPuro(texto)) {
@@ -27,5 +27,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
         exigir(std::abs(arredondarOuTruncar(valor, true)) <= std::abs(valor) + 1e-6);
     const long long inteiro = lerInteiro(texto);
     exigir(lerInteiro(formatarInteiro(inteiro, 12)) == inteiro);
-    return 0;
 }

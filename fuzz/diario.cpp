@@ -34,20 +34,19 @@ std::string diarioDe(std::string_view entrada) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho) {
+void jogar(std::string_view texto) {
     static const PastaDoAlvo pasta;
     pasta.esvaziar();
     esquecerDiario();
-    pasta.gravar("ZEL_Framework.diario", diarioDe(textoDe(dados, tamanho)));
+    pasta.gravar("ZEL_Framework.diario", diarioDe(texto));
     pasta.gravar("a", "antes");
     const Vez vez;
     exigir(static_cast<bool>(vez));
     const int codigo = acompanharDiario();
     exigir(codigo == ZEL_OK || codigo == ZEL_ARQUIVO_INDISPONIVEL);
-    if (codigo != ZEL_OK) return 0;
+    if (codigo != ZEL_OK) return;
     const MudancaArquivo mudanca{.nome = "c", .depois = "depois"};
     exigir(gravarJuntos({&mudanca, 1}) == ZEL_OK && pasta.ler("c") == "depois");
     esquecerDiario();
     exigir(acompanharDiario() == ZEL_OK && pasta.ler("c") == "depois");
-    return 0;
 }

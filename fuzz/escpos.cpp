@@ -44,21 +44,20 @@ void conferirTextoPuro(const Cupom &cupom, const Perfil &perfil, std::string_vie
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho) {
-    std::string_view texto = textoDe(dados, tamanho);
+void jogar(std::string_view texto) {
     const auto embutidos = perfisEmbutidos();
     const auto byte = static_cast<std::size_t>(tirarNumero(texto, 256));
     const bool embutido = byte < 128;
     const PerfilEmbutido &escolhido = embutidos[byte % embutidos.size()];
     const auto perfil = lerQualquer(embutido ? escolhido.texto : tirarAte(texto, '\0'));
     exigir(perfil || !embutido);
-    if (!perfil) return 0;
+    if (!perfil) return;
     const int escolha = tirarNumero(texto, 4);
     const Cupom cupom = ler(texto);
     const ImagemCinza logotipo{8, 2, std::vector<std::uint8_t>(16, 0)};
     const auto bytes = gerarEscPos(cupom, {*perfil, escolha % 2 == 0 ? 48 : 42,
                                            escolha < 2 ? &logotipo : nullptr, escolha == 3});
-    if (!bytes) return 0;
+    if (!bytes) return;
     // Rows of dots are the most that paper costs; beside them each byte may change the style.
     const auto pontos = static_cast<std::size_t>(perfil->pontos);
     exigir(bytes->size() <=
@@ -66,5 +65,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
     const bool puro = texto.find('<') == texto.npos && escolha != 3;
     if (puro && embutido && escolhido.nome == "bematech-esc-bema")
         conferirTextoPuro(cupom, *perfil, *bytes);
-    return 0;
 }

@@ -11,10 +11,9 @@
 
 using namespace zel;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho) {
+void jogar(std::string_view texto) {
     static const PastaDoAlvo pasta;
     static const int pronta = inicializarConfig();
-    std::string_view texto = textoDe(dados, tamanho);
     const int escolha = tirarNumero(texto, 8);
     const int colunas = escolha & 1 ? 42 : 48;
     const char *xml = escolha & 2 ? "nota.ctg" : "nota.xml";
@@ -42,5 +41,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
     const int codigo =
         fnGerarArquivoFormatadoNF(emCurso, impressao, xml, retorno, "", colunas, tipo, "", saida);
     exigir(pronta == ZEL_OK && (codigo == ZEL_OK || (codigo == ZEL_RECUSADO && saida.empty())));
-    return 0;
 }

@@ -9,8 +9,7 @@
 
 using namespace zel;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho) {
-    std::string_view texto = textoDe(dados, tamanho);
+void jogar(std::string_view texto) {
     const auto largura = static_cast<std::size_t>(tirarNumero(texto, 64));
     const std::string semMarcas = fnRetornarTextoSemRepresentantes(texto);
     exigir(semMarcas.size() <= texto.size());
@@ -28,5 +27,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
     exigir(textoSimples(valor, FimDeLinha::kMantido) == simples);
     exigir(comprimentoXml(valor) == simples.size());
     exigir(comprimentoXml(cortarXml(valor, largura)) == std::min(largura, simples.size()));
-    return 0;
 }

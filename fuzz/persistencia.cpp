@@ -11,10 +11,9 @@
 
 using namespace zel;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tamanho) {
+void jogar(std::string_view texto) {
     static const PastaDoAlvo pasta;
     static const int pronta = inicializarConfig();
-    std::string_view texto = textoDe(dados, tamanho);
     exigir(pronta == ZEL_OK && fnDefinirEstadoCFe_ZEL(tirarNumero(texto, 7)) == ZEL_OK);
     std::filesystem::remove(pasta / "ArqPersist.bin.danificado");
     pasta.gravar("ArqPersist.bin", tirarAte(texto, '\0'));
@@ -31,5 +30,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *dados, std::size_t tam
     exigir(fnCarregaEstrutura_ZEL(documento) == ZEL_OK &&
            fnPersistEstrutura_ZEL(documento) == ZEL_OK);
     exigir(pasta.ler("ArqPersist.bin") == gravado);
-    return 0;
 }

@@ -15,8 +15,7 @@ int main(int quantos, char **argumentos) {
     for (const auto &entrada :
          std::filesystem::directory_iterator(quantos == 2 ? argumentos[1] : "", erro)) {
         std::fprintf(stderr, "%s\n", entrada.path().c_str()); // the last one shown crashed
-        const std::string dados = lerTudo(entrada.path()).value();
-        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t *>(dados.data()), dados.size());
+        jogar(lerTudo(entrada.path()).value());
         ++jogados;
     }
     return jogados == 0 ? 1 : 0;

@@ -15,20 +15,18 @@ import sys
 import tempfile
 import unittest
 
-exemplos = pathlib.Path(__file__).resolve().parent.parent / "examples"
 sys.dont_write_bytecode = True
-sys.path.insert(0, str(exemplos))
+from apoio.exemplos import DIA, EXEMPLOS, ler  # noqa: E402
 import assinatura  # noqa: E402
 import sefaz  # noqa: E402
 import sefaz_regras  # noqa: E402
 
-DIA = pathlib.Path(sys.argv[1])
 CNPJ = "11222333000181"
 FEITO, RECUSADO, SEM_RESPOSTA, NAO_ENVIADO = 0, 1, 3, 4
 
 
 def do_dia(nome):
-    return (DIA / "envio" / f"{nome}.xml").read_bytes().decode("latin-1")
+    return ler(DIA / "envio" / f"{nome}.xml")
 
 
 class Pasta(unittest.TestCase):
@@ -49,7 +47,7 @@ class Pasta(unittest.TestCase):
         documento, retorno = self.pasta / nome, self.pasta / "retorno.xml"
         documento.write_bytes(texto if isinstance(texto, bytes) else texto.encode("latin-1"))
         retorno.write_text("<SitCodigo>100</SitCodigo>")  # an old one must not be taken for new
-        feito = subprocess.run([sys.executable, exemplos / "enviador.py", "--sefaz", self.pasta,
+        feito = subprocess.run([sys.executable, EXEMPLOS / "enviador.py", "--sefaz", self.pasta,
                                 *opcoes, documento, retorno], capture_output=True, timeout=120,
                                check=False)
         self.assertEqual(feito.stderr, b"")
@@ -65,7 +63,7 @@ class Pasta(unittest.TestCase):
 
 
 class Respostas(Pasta):
-    def test_each_answer_of_the_authority(self):
+    def test_cada_resposta_da_autoridade(self):
         nota = do_dia("nota-102")
         for ordem, esperado, registrado in (
                 ("", (FEITO, "100"), ["100"]),
@@ -85,14 +83,14 @@ class Respostas(Pasta):
                 self.assertEqual(self.situacao(nota), esperado)
                 self.assertEqual(list(self.no_registro().values()), registrado)
 
-    def test_a_denied_document_has_a_protocol_and_stays_denied(self):
+    def test_documento_denegado_tem_protocolo_e_continua_denegado(self):
         self.mandar("102:301")
         _, retorno = self.enviar(do_dia("nota-102"))
         self.assertRegex(retorno, "<DocProtocolo>1[0-9]{14}<.*<DocDigestValue>.{28}<")
         self.assertNotIn("DocXMLBase64", retorno)
         self.assertEqual(self.situacao(do_dia("nota-102")), (RECUSADO, "205"))
 
-    def test_duplicates(self):
+    def test_duplicidades(self):
         nota = do_dia("nota-108")
         ctg = next((DIA / "contingencia").glob("*.ctg"))
         _, primeiro = self.enviar(nota)
@@ -104,7 +102,7 @@ class Respostas(Pasta):
         self.assertEqual(self.situacao(ctg.read_bytes(), ctg.name), (RECUSADO, "539"),
                          "same number, other key")
 
-    def test_rules_that_a_document_breaks(self):
+    def test_regras_que_um_documento_infringe(self):
         nota = do_dia("nota-102")
         chave = re.search(r'Id="NFe([0-9]{44})"', nota)[1]
         outro_dv = str((int(chave[43]) + 1) % 10)
@@ -122,7 +120,7 @@ class Respostas(Pasta):
                 self.assertEqual(self.situacao(nota.replace(de, para, 1)), (RECUSADO, codigo))
         self.assertEqual(self.situacao("<Outro/>"), (RECUSADO, "225"))
 
-    def test_requests(self):
+    def test_pedidos(self):
         self.enviar(do_dia("nota-113"))
         evento = re.sub("<EvenProt>[0-9]*", "<EvenProt>" + self.protocolo(113),
                         do_dia("cancelamento-113"))
@@ -148,7 +146,7 @@ class Respostas(Pasta):
     def protocolo(self, numero):
         return sefaz.Sefaz(self.pasta).relacao(1, numero, numero)[0][3]
 
-    def test_forms_of_the_return(self):
+    def test_formas_do_retorno(self):
         nota = do_dia("nota-102")
         _, retorno = self.enviar(nota, "n.xml", "--link", "http://exemplo/?a=1&b=2")
         self.assertIn("<LinkNFCe>http://exemplo/?a=1&amp;b=2</LinkNFCe>", retorno)
@@ -160,8 +158,7 @@ class Respostas(Pasta):
         self.assertRegex(evento, "^<retEvento xmlns=.*<cStat>494</cStat>")
         self.assertNotIn("<nProt>", evento)
 
-
-    def test_a_document_out_of_schema_is_not_sent(self):
+    def test_documento_fora_do_esquema_nao_se_envia(self):
         for raiz, esperado in (("NFe", (FEITO, "100")), ("Outra", (RECUSADO, "225"))):
             (self.pasta / "nfe_v3.10.xsd").write_text(
                 '<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema" '
@@ -175,13 +172,13 @@ class Respostas(Pasta):
 
 @unittest.skipUnless(assinatura.disponivel(), "openssl and xmlsec1 are not installed")
 class Assinatura(Pasta):
-    def test_digest_is_that_of_the_canonical_text(self):
+    def test_digest_e_o_do_texto_canonico(self):
         nota = do_dia("nota-102").replace("> <", "><")
         assinada = assinatura.assinar(nota, "infNFe", *assinatura.certificado(self.pasta, CNPJ))
         self.assertEqual(assinatura.valor(assinada, "DigestValue"), sefaz_regras.digest(nota))
         self.assertNotIn("\n", assinada)
 
-    def test_faults_of_a_signature(self):
+    def test_faltas_de_uma_assinatura(self):
         nota = do_dia("nota-102").replace("> <", "><")
         boa = assinatura.assinar(nota, "infNFe", *assinatura.certificado(self.pasta, CNPJ))
         alheia = assinatura.assinar(nota, "infNFe",
@@ -192,7 +189,7 @@ class Assinatura(Pasta):
                              (outra, "outro elemento")):
             self.assertEqual(assinatura.conferir(texto, "infNFe", CNPJ), falta)
 
-    def test_key_is_for_its_owner_alone(self):
+    def test_chave_e_so_do_dono(self):
         chave, _ = assinatura.certificado(self.pasta, "99999999000191")
         self.assertEqual(chave.stat().st_mode & 0o077, 0)
 

@@ -43,8 +43,8 @@ public:
         alinhamento_ = static_cast<Alinhamento>(n);
     }
     void fonte(int n) {
-        exigir(n >= 0 && static_cast<std::size_t>(n) < dialeto_.fontes.size(), "unknown font");
-        fonte_ = static_cast<std::size_t>(n);
+        exigir(n == 0 || n == 1, "unknown font");
+        fonte_ = n;
     }
     void negrito(int n) { estilo_.negrito = ligado(n); }
     void italico(int n) { estilo_.italico = ligado(n); }
@@ -74,21 +74,12 @@ public:
         por(40, CortePosto{y_ + 20});
         ++impresso_.cortes;
     }
-    void cortarComAvanco(int n) {
-        exigir(n == 65 || n == 66, "unknown cut");
-        exigir(byte() == 0, "fed beyond the cutter");
-        cortar(n);
-    }
     void abrirGaveta(int) { ++impresso_.gavetas; }
     void abrirGavetaComTempos(int n) {
         exigir(n <= 1 && byte() > 0 && byte() > 0, "no pulse");
         abrirGaveta(n);
     }
     void logotipoGuardado(int) { ++impresso_.logotiposGuardados; }
-    void graficoGuardado(int) {
-        exigir(tirar(dois()) == "0E\x20\x20\1\1"sv, "another graphics function");
-        logotipoGuardado(0);
-    }
 
     void imagem(int) {
         const int passo = dois(), altura = dois();
@@ -100,43 +91,24 @@ public:
         desenharPontos(passo, altura);
     }
 
-    // GS ( k: functions 65 model, 67 module, 69 correction, 80 store, 81 print.
-    void qrPorFuncoes(int) {
-        std::string_view dados = tirar(dois());
-        exigir(dados.size() >= 3 && dados[0] == 49, "another symbology");
-        const int funcao = static_cast<unsigned char>(dados[1]),
-                  n = static_cast<unsigned char>(dados[2]);
-        dados.remove_prefix(3);
-        if (funcao == 65)
-            exigir(n == 50 && dados == "\0"sv, "another model");
-        else if (funcao == 67)
-            modulo_ = n;
-        else if (funcao == 69)
-            exigir(n == 49, "another correction");
-        else if (funcao == 80)
-            conteudo_ = dados;
-        else if (funcao == 81)
-            porQr();
-        else
-            exigir(false, "unknown QR function");
+    // The length counts the three bytes before the content, too.
+    void qrEmFuncao(int) {
+        const int quantos = dois();
+        exigir(tirar(3) == "1P0", "unknown QR function");
+        conteudo_ = tirar(quantos - 3);
     }
-    void qrEntreCodigosDeBarras(int correcao) {
-        exigir(correcao == 1, "another correction");
-        modulo_ = byte();
+    void qrEntreCodigosDeBarras(int n) {
+        modulo_ = n;
         exigir(byte() == 0 && byte() == 1, "another version or kind");
         conteudo_ = tirar(dois());
         porQr();
     }
-    void qrModelo(int n) { exigir(n == 2, "another model"); }
-    void qrCorrecao(int n) { exigir(n == 1, "another correction"); }
-    void qrModulo(int n) {
+    void qrModulo(int n) { modulo_ = n; }
+    void qrModuloAteOito(int n) {
         exigir(n >= 1 && n <= 8, "module too large");
         modulo_ = n;
     }
-    void qrConteudo(int n) {
-        exigir(n == 0, "another kind of content");
-        conteudo_ = tirar(dois());
-    }
+    void qrConteudo(int) { conteudo_ = tirar(dois()); }
     void qrImprimir(int) { porQr(); }
 
     int byte() { return static_cast<unsigned char>(tirar(1).front()); }
@@ -210,7 +182,7 @@ private:
     double x_ = 0;
     int y_ = 24;
     Estilo estilo_;
-    std::size_t fonte_ = 0;
+    int fonte_ = 0;
     Alinhamento alinhamento_ = Alinhamento::kEsquerda;
     const char *codificacao_ = nullptr;
     int modulo_ = 0;
@@ -258,11 +230,17 @@ const Comandos kGenerica = mais(kEscPos, {
                                              {kEsc, "d", &I::avancar},
                                              {kEsc, "p", &I::abrirGavetaComTempos},
                                          });
-const Comandos kGenerica80 = mais(kGenerica, {
-                                                 {kGs, "V", &I::cortarComAvanco},
-                                                 {kGs, "(k", &I::qrPorFuncoes, 0},
-                                                 {kGs, "(L", &I::graficoGuardado, 0},
-                                             });
+const Comandos kGenerica80 =
+    mais(kGenerica, {
+                        {kGs, "V\x41\0"sv, &I::cortar, 0},
+                        {kGs, "V\x42\0"sv, &I::cortar, 0},
+                        {kGs, "(k", &I::qrEmFuncao, 0},
+                        {kGs, "(k\4\0001A2\0"sv, &I::nada, 0}, // model 2
+                        {kGs, "(k\3\0001E1"sv, &I::nada, 0},   // correction M
+                        {kGs, "(k\3\0001C"sv, &I::qrModulo},
+                        {kGs, "(k\3\0001Q0"sv, &I::qrImprimir, 0},
+                        {kGs, "(L\6\0000E\x20\x20\1\1"sv, &I::logotipoGuardado, 0},
+                    });
 const Comandos kGenerica58 = mais(kGenerica, {
                                                  {kFs, ".", &I::nada, 0},
                                                  {kFs, "p\1\0"sv, &I::logotipoGuardado, 0},
@@ -285,7 +263,7 @@ const Comandos kBema = mais(kEscPos, {
                                          {kEsc, "d", &I::alturaDupla},
                                          {kEsc, "m", &I::cortar, 0},
                                          {kEsc, "v", &I::abrirGaveta},
-                                         {kGs, "kQ", &I::qrEntreCodigosDeBarras},
+                                         {kGs, "kQ\1", &I::qrEntreCodigosDeBarras}, // correction M
                                          {kFs, "p\1\0"sv, &I::logotipoGuardado, 0},
                                      });
 const Comandos kStar = mais(kBasicos, {
@@ -298,10 +276,10 @@ const Comandos kStar = mais(kBasicos, {
                                           {kEsc, "h", &I::alturaDupla},
                                           {kEsc, "a", &I::avancar},
                                           {kEsc, "d\3", &I::cortar, 0},
-                                          {kEsc, "\x1DyS0", &I::qrModelo},
-                                          {kEsc, "\x1DyS1", &I::qrCorrecao},
-                                          {kEsc, "\x1DyS2", &I::qrModulo},
-                                          {kEsc, "\x1DyD1", &I::qrConteudo},
+                                          {kEsc, "\x1DyS0\2", &I::nada, 0},
+                                          {kEsc, "\x1DyS1\1", &I::nada, 0},
+                                          {kEsc, "\x1DyS2", &I::qrModuloAteOito},
+                                          {kEsc, "\x1DyD1\0"sv, &I::qrConteudo, 0},
                                           {kEsc, "\x1DyP", &I::qrImprimir, 0},
                                           {kEsc, "\x1DS\1", &I::imagemComCor, 0},
                                           {kEsc, "\x1Cp\1\0"sv, &I::logotipoGuardado, 0},
@@ -335,7 +313,7 @@ char Impressora::decodificar(char byte) const {
 void Impressora::escrever(char byte) {
     exigir(static_cast<unsigned char>(byte) >= 0x20, "unknown command");
     TextoPosto letra;
-    letra.celula = dialeto_.fontes[fonte_];
+    letra.celula = fonte_ == 0 ? kPapeis[0].normal : kPapeis[0].condensada;
     if (estilo_.larguraDupla) letra.celula.largura *= 2;
     if (estilo_.alturaDupla) letra.celula.altura *= 2, letra.celula.base *= 2;
     letra.estilo = estilo_;
@@ -344,7 +322,6 @@ void Impressora::escrever(char byte) {
     letra.x = x_;
     x_ += letra.celula.largura;
     impresso_.letras += letra.texto;
-    impresso_.estilos.push_back(estilo_);
     linha_.push_back(std::move(letra));
 }
 
@@ -385,41 +362,24 @@ constexpr Papel k58{42, 58, 384, {9, 17, 14}, {9, 17, 14}, 21};
 } // namespace
 
 const std::vector<Dialeto> &dialetos() {
-    static const std::vector<Celula> fontes{kPapeis[0].normal, kPapeis[0].condensada};
-    static const std::map<int, const char *> deEpson{{2, "CP850"}, {3, "CP860"}, {16, "CP1252"}};
     static const std::vector<Dialeto> lista{
-        {.perfil = "generico-80mm",
-         .comandos = kGenerica80,
-         .paginas = deEpson,
-         .papel = kPapeis[0],
-         .fontes = fontes},
+        {.perfil = "generico-80mm", .comandos = kGenerica80},
         {.perfil = "generico-58mm",
          .comandos = kGenerica58,
-         .paginas = deEpson,
          .papel = k58,
-         .fontes = fontes,
          .corta = false,
          .encurta = true},
         {.perfil = "escpos-modo-unico",
          .comandos = kModoUnico,
-         .paginas = deEpson,
-         .papel = kPapeis[0],
-         .fontes = fontes,
          .linhasAntesDoCorte = 4,
          .faltam = "\xA7",
          .simples = "S"},
         {.perfil = "bematech-esc-bema",
          .comandos = kBema,
          .paginas = {{2, "CP850"}, {4, "CP860"}},
-         .papel = kPapeis[0],
-         .fontes = fontes,
          .italico = true,
          .linhasAntesDoCorte = 4},
-        {.perfil = "star-line-mode",
-         .comandos = kStar,
-         .paginas = {{6, "CP860"}, {32, "CP1252"}},
-         .papel = kPapeis[0],
-         .fontes = fontes},
+        {.perfil = "star-line-mode", .comandos = kStar, .paginas = {{6, "CP860"}, {32, "CP1252"}}},
     };
     return lista;
 }

@@ -15,9 +15,8 @@ namespace zel::cupom {
 
 struct Impresso {
     ImagemCinza imagem;
-    std::string letras;          // ISO-8859-1, without what was aligned or fed
-    std::vector<Estilo> estilos; // of each of them
-    std::vector<int> modulos;    // of the QR codes that it printed by command
+    std::string letras;       // ISO-8859-1, without what was aligned or fed
+    std::vector<int> modulos; // of the QR codes that it printed by command
     int cortes = 0;
     int imagens = 0;
     int logotiposGuardados = 0;
@@ -30,9 +29,9 @@ struct EntradaDoDialeto;
 struct Dialeto {
     std::string_view perfil;
     const std::vector<EntradaDoDialeto> &comandos;
-    std::map<int, const char *> paginas; // of codes, as iconv names them
-    Papel papel;
-    std::vector<Celula> fontes; // by number
+    // Of codes, as iconv names them; those of Epson's printers.
+    std::map<int, const char *> paginas = {{2, "CP850"}, {3, "CP860"}, {16, "CP1252"}};
+    Papel papel = kPapeis[0];
     // What the direct picture must be without, or have besides, to be like this printer's.
     bool italico = false;
     bool corta = true;

@@ -23,24 +23,6 @@ struct Campo {
 
 constexpr int kLarguraDoCampo = 48, kAlturaDoCampo = 28;
 
-// Words in the letters that they name.
-constexpr std::string_view kMostruario =
-    "<bmp></bmp><ce><xl>LOJA DO Z\xC9</xl>\r\n<e>dupla largura</e>\r\n<da>dupla "
-    "altura</da></ce>\r\n"
-    "normal <b>negrito</b> <i>it\xE1lico</i> <s>sublinhado</s>\r\n"
-    "<c>condensado <b>negrito</b> <i>it\xE1lico</i> <s>sublinhado</s></c>\r\n"
-    "<ad>\xE0 direita</ad>\r\n<ad><c>condensado \xE0 direita</c></ad>\r\n"
-    "\xC1\xC9\xCD\xD3\xDA\xC2\xCA\xD4\xC3\xD5\xC0\xDC\xC7 \xE1\xE9\xED\xF3\xFA\xE2\xEA\xF4\xE3\xF5"
-    "\xE0\xFC\xE7 \xAA\xBA\xA7 R$ 1.234,56 ()[]{}|\r\n"
-    "uma linha mais longa que o papel continua na linha seguinte, e nada se perde\r\n"
-    "<c>tamb\xE9m a condensada, que leva mais letras em cada linha, continua quando n\xE3o cabe</c>"
-    "\r\n<ce>e a linha centrada continua centrada na linha seguinte do papel</ce>\r\n"
-    "grande <xl>G</xl>, alta <da>A</da>, larga <e>L</e> e <c>pequena</c> na mesma linha\r\n"
-    "<qrcode>http://esquerda<lmodulo>4</lmodulo></qrcode>\r\n"
-    "<ad><qrcode>http://direita<lmodulo>5</lmodulo></qrcode></ad>\r\n"
-    "<ce><qrcode>http://centro<lmodulo>8</lmodulo></qrcode></ce>\r\n"
-    "<sl>2</sl><ce>duas linhas acima</ce>\r\n<gui></gui>segunda via\r\n<gui></gui>";
-
 // Both parts are means over the pixels of the field.
 Campo campoEm(const ImagemCinza &uma, const ImagemCinza &outra, int x0, int y0) {
     Campo campo;
@@ -91,9 +73,10 @@ std::vector<Recibo> recibos() {
         if (nome == "cupom_normal_42") // what the narrowest paper makes of it
             lista.push_back({"cupom_normal_58mm", lista.back().texto, papelDe(42, 58)});
     }
+    const std::string mostruario = lerDado(ZEL_REFERENCIA "/mostruario.txt");
     for (const Papel &papel : kPapeis)
-        lista.push_back({"mostruario_" + std::to_string(papel.milimetros) + "mm",
-                         std::string(kMostruario), &papel, true});
+        lista.push_back(
+            {"mostruario_" + std::to_string(papel.milimetros) + "mm", mostruario, &papel, true});
     return lista;
 }
 
@@ -172,6 +155,15 @@ std::string diferenca(const ImagemCinza &uma, const ImagemCinza &outra) {
         }
     }
     return {};
+}
+
+testing::AssertionResult igual(const ImagemCinza &esperada, const ImagemCinza &imagem,
+                               const std::string &nome) {
+    const std::string onde = diferenca(esperada, imagem);
+    if (onde.empty()) return testing::AssertionSuccess();
+    const std::string caminho = std::string(ZEL_SAIDA "/") + nome + ".png";
+    gravarTudo(caminho, pngDaImagem(imagem));
+    return testing::AssertionFailure() << caminho << " differs " << onde;
 }
 
 } // namespace zel::cupom

@@ -7,6 +7,7 @@
 #include "Leitor.h"
 #include "Logotipo.h"
 #include "Pagina.h"
+#include "apoio/Textos.h"
 
 #include <optional>
 #include <string>
@@ -24,7 +25,7 @@ std::string lerDado(const std::string &caminho);
 ImagemCinza logotipoDoTeste(int largura, int altura);
 
 // Every receipt that the fiscal library prints in its own tests, and one that shows all of the
-// mark-up, for each paper.
+// mark-up, in words that name their letters, for each paper.
 struct Recibo {
     std::string nome;
     std::string texto;
@@ -59,5 +60,9 @@ std::vector<std::string> qrsDe(const Cupom &cupom);
 // sixth, which bold letters exceed; at most one pixel in eight may be black here and paper there,
 // which keeps whatever is made of dots (QR codes, logo, cut) in its place.
 std::string diferenca(const ImagemCinza &uma, const ImagemCinza &outra);
+
+// Whether they do not; what differs is left in the directory of the build under that name.
+testing::AssertionResult igual(const ImagemCinza &esperada, const ImagemCinza &imagem,
+                               const std::string &nome);
 
 } // namespace zel::cupom

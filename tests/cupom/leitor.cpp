@@ -3,6 +3,7 @@
 // centred and with ">" when it stands to the right, {cb} changes the letters, QR(3)(text) is a
 // code, +4 a feed, # a cut and @ the logo.
 #include "Leitor.h"
+#include "apoio.h"
 
 #include <gtest/gtest.h>
 
@@ -69,16 +70,9 @@ void conferir(std::initializer_list<Caso> casos) {
         EXPECT_EQ(lido(texto), esperado) << texto;
 }
 
-std::string repetir(std::string_view parte, int vezes) {
-    std::string texto;
-    for (int i = 0; i < vezes; ++i)
-        texto += parte;
-    return texto;
-}
-
 } // namespace
 
-TEST(Leitor, lines_end_where_the_text_says) {
+TEST(Leitor, linhas_acabam_onde_o_texto_diz) {
     conferir({{"", ""},
               {"\n", ";"},
               {"a", "a;"},
@@ -94,7 +88,7 @@ TEST(Leitor, lines_end_where_the_text_says) {
                "a@b c\xA0\xE7;"}}); // nothing that a device would obey
 }
 
-TEST(Leitor, letters_last_until_closed_or_the_receipt_ends) {
+TEST(Leitor, letras_valem_ate_o_fim_da_marca_ou_do_recibo) {
     conferir({{"<c>a\nb</c>c", "{c}a;{c}b{}c;"},
               {"<c>a\n<c>b\n<c>c</c>d</c>e", "{c}a;{c}b;{c}c{}de;"},
               {"<c><b>a</b></c>", "{cb}a;"},
@@ -108,7 +102,7 @@ TEST(Leitor, letters_last_until_closed_or_the_receipt_ends) {
               {"<tb>a</tb><fe>b</fe>", "ab;"}});
 }
 
-TEST(Leitor, alignment_is_that_of_the_first_letter) {
+TEST(Leitor, posicao_e_a_da_primeira_letra) {
     conferir({{"<ce>a</ce>\r\nb", "^a;b;"},
               {"<ce>a\nb</ce>\n", "^a;^b;"},
               {"a<ce>b</ce>", "ab;"},
@@ -117,7 +111,7 @@ TEST(Leitor, alignment_is_that_of_the_first_letter) {
               {"<ce></ce>\r\na", ";a;"}});
 }
 
-TEST(Leitor, what_is_no_text) {
+TEST(Leitor, o_que_nao_e_texto) {
     conferir({{"<bmp></bmp>a\r\n", "@a;"},
               {"a<sl>4</sl><gui></gui>", "a;+4#"},
               {"a\r\n<sl>2</sl>\r\nb", "a;+2b;"},
@@ -128,7 +122,7 @@ TEST(Leitor, what_is_no_text) {
               {"a<ean13>123</ean13>b<hr></hr><upc-a>9</upc-a>c", "abc;"}});
 }
 
-TEST(Leitor, qr_code_has_content_and_module) {
+TEST(Leitor, qr_code_tem_conteudo_e_modulo) {
     conferir({{"<ce><qrcode>http://x?a=1&b<lmodulo>4</lmodulo></qrcode>\r\n</ce>a",
                "^QR(4)(http://x?a=1&b)a;"},
               {"<ce><qrcode>u</qrcode></ce>\r\n<c>a</c>", "^QR(3)(u){c}a;"},
@@ -142,13 +136,13 @@ TEST(Leitor, qr_code_has_content_and_module) {
               {"<qrcode></qrcode><qrcode><lmodulo>4</lmodulo></qrcode>", ""}});
 }
 
-TEST(Leitor, qr_code_beyond_the_largest_symbol_is_text) {
+TEST(Leitor, qr_code_maior_que_o_maior_simbolo_e_texto) {
     const std::string maior(kMaiorQr, 'x');
     EXPECT_EQ(lido("<qrcode>" + maior + "<lmodulo>3</lmodulo></qrcode>"), "QR(3)(" + maior + ")");
     EXPECT_EQ(lido("<ce><qrcode>" + maior + "y<lmodulo>3</lmodulo></qrcode>"), "^" + maior + "y;");
 }
 
-TEST(Leitor, broken_markup_is_text) {
+TEST(Leitor, marca_quebrada_e_texto) {
     conferir({{"Volte <sempre>", "Volte <sempre>;"},
               {"a < b > c << d >", "a < b > c << d >;"},
               {"<", "<;"},
@@ -169,7 +163,7 @@ TEST(Leitor, broken_markup_is_text) {
 }
 
 // The limit is of time: were each of them searched to the end of the text, a test would not end.
-TEST(Leitor, a_million_bytes_of_openings) {
+TEST(Leitor, um_milhao_de_bytes_de_marcas_abertas) {
     const int vezes = 200'000;
     EXPECT_EQ(lido(repetir("<sl>", vezes)).size(), 4U * vezes + 1);
     EXPECT_EQ(lido(repetir("<", 5 * vezes)).size(), 5U * vezes + 1);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Profiles: what is read, and what a profile is refused for.
 #include "Perfil.h"
+#include "apoio.h"
 
 #include <gtest/gtest.h>
 
@@ -24,58 +25,55 @@ std::string motivoDe(std::string_view texto) {
 
 } // namespace
 
-TEST(Perfil, what_is_missing_or_wrong_is_named_with_its_line) {
+TEST(Perfil, o_que_falta_ou_esta_errado_tem_nome_e_linha) {
     const std::string menor(kMenor);
-    const std::pair<std::string, std::string_view> casos[] = {
-        {menor, ""},
-        {"# comment\r\n\r\n" + menor + "  notes  =  a = b \nfeatures.barcodeA = true", ""},
-        {"", "falta name"},
-        {menor + "commands.beep = BEL", "linha 7: comando desconhecido"},
-        {menor + "commands.boldOn ESC E 1", "linha 7: falta o sinal de igual"},
-        {menor + "commands.boldOn = ESC EE 1", "linha 7: comando invalido"},
-        {menor + "commands.boldOn = ESC E 256", "linha 7: comando invalido"},
-        {menor + "commands.boldOn = ESC E {x}", "linha 7: comando invalido"},
-        {menor + "commands.boldOn = ESC E {n", "linha 7: comando invalido"},
-        {menor + "commands.boldOn = ESC E {n}",
-         "linha 7: o comando nao tem os valores que devia ter"},
-        {menor + "commands.size = GS !", "linha 7: o comando nao tem os valores que devia ter"},
-        {menor + "commands.feed = ESC d {n} {n}",
-         "linha 7: o comando nao tem os valores que devia ter"},
-        {menor + "commands.feed = ESC d {n+1}", "linha 7: comando invalido"},
-        {menor + "name = Outro", "linha 7: chave repetida"},
-        {menor + "fonts.4.columns = 48", "linha 7: fonte desconhecida"},
-        {menor + "fonts.1.columns = 7", "linha 7: numero invalido, ou fora de 8 a 255"},
-        {menor + "fonts.1.columns = 64",
-         "cada fonte tem o seu command, ou nenhuma tem e ha printMode"},
-        {menor + "fonts.2.columns = 64\nfonts.2.command = SI\nfonts.0.command = DC2",
+    // After the smallest profile.
+    const std::pair<std::string, std::string_view> linhas[] = {
+        {"", ""},
+        {"\n# comment\r\n  notes  =  a = b \nfeatures.barcodeA = true", ""},
+        {"commands.beep = BEL", "linha 7: comando desconhecido"},
+        {"commands.boldOn ESC E 1", "linha 7: falta o sinal de igual"},
+        {"commands.boldOn = ESC EE 1", "linha 7: comando invalido"},
+        {"commands.boldOn = ESC E 256", "linha 7: comando invalido"},
+        {"commands.boldOn = ESC E {x}", "linha 7: comando invalido"},
+        {"commands.boldOn = ESC E {n", "linha 7: comando invalido"},
+        {"commands.boldOn = ESC E {n}", "linha 7: o comando nao tem os valores que devia ter"},
+        {"commands.size = GS !", "linha 7: o comando nao tem os valores que devia ter"},
+        {"commands.feed = ESC d {n} {n}", "linha 7: o comando nao tem os valores que devia ter"},
+        {"commands.feed = ESC d {n+1}", "linha 7: comando invalido"},
+        {"name = Outro", "linha 7: chave repetida"},
+        {"fonts.4.columns = 48", "linha 7: fonte desconhecida"},
+        {"fonts.1.columns = 7", "linha 7: numero invalido, ou fora de 8 a 255"},
+        {"fonts.1.columns = 64", "cada fonte tem o seu command, ou nenhuma tem e ha printMode"},
+        {"fonts.2.columns = 64\nfonts.2.command = SI\nfonts.0.command = DC2",
          "falta uma fonte no meio"},
-        {menor + "codePages.256 = CP437", "linha 7: numero de pagina invalido"},
-        {menor + "features.qrCode = yes", "linha 7: nem true nem false"},
-        {menor + "features.qrCode = true", "falta commands.qrCode"},
-        {menor + "features.pulseBel = true", "falta commands.pulse"},
-        {menor + "use.logo = big", "linha 7: nem raster nem stored nem none"},
-        {menor + "use.logo = stored", "falta commands.storedLogo"},
-        {menor + "use.paper = thin", "linha 7: uso desconhecido"},
-        {menor + "use.linesBeforeCut = 21", "linha 7: numero invalido, ou fora de 0 a 20"},
-        {menor + "use.largestModule = -1", "linha 7: numero invalido, ou fora de 1 a 16"},
-        {menor + "commands.boldOn = ESC E", "um estilo que comeca e nao acaba, ou o contrario"},
-        {menor + "commands.printMode = ESC ! {n}\ncommands.size = GS ! {n}",
+        {"codePages.256 = CP437", "linha 7: numero de pagina invalido"},
+        {"features.qrCode = yes", "linha 7: nem true nem false"},
+        {"features.qrCode = true", "falta commands.qrCode"},
+        {"features.pulseBel = true", "falta commands.pulse"},
+        {"use.logo = big", "linha 7: nem raster nem stored nem none"},
+        {"use.logo = stored", "falta commands.storedLogo"},
+        {"use.paper = thin", "linha 7: uso desconhecido"},
+        {"use.linesBeforeCut = 21", "linha 7: numero invalido, ou fora de 0 a 20"},
+        {"use.largestModule = -1", "linha 7: numero invalido, ou fora de 1 a 16"},
+        {"commands.boldOn = ESC E", "um estilo que comeca e nao acaba, ou o contrario"},
+        {"commands.printMode = ESC ! {n}\ncommands.size = GS ! {n}",
          "printMode ja escolhe esse estilo"},
-        {menor + "commands.size = GS ! {n}\ncommands.doubleWidthOn = SO\n"
-                 "commands.doubleWidthOff = DC4",
+        {"commands.size = GS ! {n}\ncommands.doubleWidthOn = SO\n"
+         "commands.doubleWidthOff = DC4",
          "size ja escolhe o tamanho"},
-        {std::string(kMenor.substr(0, kMenor.rfind("use."))) + "use.codePage = CP860",
-         "use.codePage nao esta entre codePages"},
-        {std::string(kMenor.substr(0, kMenor.rfind("codePages."))) +
-             "codePages.7 = CP437\nuse.codePage = CP437",
-         "pagina de codigo sem tabela de conversao"},
-        {menor + std::string(kMaiorPerfil, '#'), "perfil longo demais"},
+        {std::string(kMaiorPerfil, '#'), "perfil longo demais"},
     };
-    for (const auto &[texto, motivo] : casos)
-        EXPECT_EQ(motivoDe(texto), motivo) << texto.substr(std::min(texto.size(), kMenor.size()));
+    for (const auto &[linha, motivo] : linhas)
+        EXPECT_EQ(motivoDe(menor + linha), motivo) << linha.substr(0, 99);
+    EXPECT_EQ(motivoDe(""), "falta name");
+    EXPECT_EQ(motivoDe(trocar(menor, "use.codePage = CP850", "use.codePage = CP860")),
+              "use.codePage nao esta entre codePages");
+    EXPECT_EQ(motivoDe(trocar(trocar(menor, "CP850", "CP437"), "CP850", "CP437")),
+              "pagina de codigo sem tabela de conversao");
 }
 
-TEST(Perfil, commands_are_the_bytes_that_a_manual_means) {
+TEST(Perfil, comandos_sao_os_bytes_de_que_um_manual_fala) {
     const std::string dados(300, 'x');
     const std::pair<std::string_view, std::string> casos[] = {
         {"ESC E 1", "\x1B\x45\x01"},

@@ -40,8 +40,7 @@ void abrirComo(const std::string &caminho, int modo, int fd) {
 }
 
 // The child: its files are those of `pasta`.
-[[noreturn]] void tornarSeZel(const std::vector<std::string> &argumentos,
-                              const std::map<std::string, std::string> &ambiente,
+[[noreturn]] void tornarSeZel(const Argumentos &argumentos, const Ambiente &ambiente,
                               const PastaTemporaria &pasta) {
     abrirComo(pasta / "entrada", O_RDONLY, STDIN_FILENO);
     abrirComo(pasta / "saida", O_WRONLY | O_CREAT, STDOUT_FILENO);
@@ -70,34 +69,36 @@ int esperar(pid_t processo) {
 
 } // namespace
 
-Resultado rodar(const std::vector<std::string> &argumentos,
-                const std::map<std::string, std::string> &ambiente, std::string_view entrada) {
+Resultado rodar(const Argumentos &argumentos, const Ambiente &ambiente, std::string_view entrada) {
     const PastaTemporaria pasta;
     pasta.gravar("entrada", entrada);
     const pid_t processo = fork();
     if (processo == 0) tornarSeZel(argumentos, ambiente, pasta);
-    Resultado resultado{esperar(processo), pasta.ler("saida"), pasta.ler("erros")};
-    return resultado;
+    return {esperar(processo), pasta.ler("saida"), pasta.ler("erros")};
 }
 
-std::vector<std::string> achados(std::string_view json) {
+testing::AssertionResult Resultado::deu(int esperado, std::string_view dito) const {
+    if (codigo == esperado) return contem(saida + erros, dito);
+    return testing::AssertionFailure() << "ended with " << codigo << ":\n" << saida + erros;
+}
+
+std::string Resultado::achados() const {
+    std::string_view json = saida;
     const auto depois = [&](std::string_view marca) {
         const std::size_t lugar = json.find(marca);
         if (lugar == json.npos) return std::string();
         json.remove_prefix(lugar + marca.size());
         return std::string(json.substr(0, json.find('"')));
     };
-    std::vector<std::string> lista;
+    std::string lista;
     for (std::string id = depois(R"({"id":")"); !id.empty(); id = depois(R"({"id":")"))
-        lista.push_back(depois(R"("gravidade":")") + " " + id);
+        lista += (lista.empty() ? "" : ", ") + depois(R"("gravidade":")") + " " + id;
     return lista;
 }
 
 Loja::Loja() {
     // The library creates the file; its text is then changed.
-    const Resultado criada =
-        rodar({"config", "gravar", "--diretorio", diretorio(), R"(EMIT\CRT)", "1"});
-    EXPECT_EQ(criada.codigo, 0) << criada.erros;
+    EXPECT_TRUE(zel({"config", "gravar", R"(EMIT\CRT)", "1"}).deu(0));
     configurar(kLimpa);
 }
 
@@ -116,22 +117,7 @@ void Loja::configurar(const Valores &valores) const {
         }
         texto.replace(lugar, texto.find("</", lugar) - lugar, valor);
     }
-    escrever("ZEL_Framework.xml", texto);
-}
-
-std::string Loja::ler(std::string_view nome) const {
-    return pasta_.ler(nome);
-}
-
-void Loja::escrever(std::string_view nome, std::string_view conteudo) const {
-    pasta_.gravar(nome, conteudo);
-}
-
-void Loja::trocar(std::string_view nome, std::string_view de, std::string_view para) const {
-    std::string texto = ler(nome);
-    const std::size_t lugar = texto.find(de);
-    ASSERT_NE(lugar, std::string::npos) << nome << " has no " << de;
-    escrever(nome, texto.replace(lugar, de.size(), para));
+    gravar("ZEL_Framework.xml", texto);
 }
 
 void Loja::comCaixaAberto(const std::function<void(const Funcoes &)> &passos,

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "apoio/PastaTemporaria.h"
+#include "apoio/Textos.h"
 
 #include <functional>
 #include <map>
@@ -15,38 +16,49 @@
 
 class Funcoes;
 
+using Argumentos = std::vector<std::string>;
+using Ambiente = std::map<std::string, std::string>;
+
 struct Resultado {
     int codigo; // exit code; -1 when the program did not end by itself
     std::string saida;
     std::string erros;
+
+    // Whether it ended with that code and wrote that, on either output.
+    testing::AssertionResult deu(int esperado, std::string_view dito = {}) const;
+    // Findings of a JSON report, in its order: "erro cnpj-digito, nota sem-assinatura".
+    std::string achados() const;
 };
 
 // Runs the program with these arguments and environment variables (on top of a locale of UTF-8 and
 // nothing of the library's), as a user who has no more rights than the files give.
-Resultado rodar(const std::vector<std::string> &argumentos,
-                const std::map<std::string, std::string> &ambiente = {},
+Resultado rodar(const Argumentos &argumentos, const Ambiente &ambiente = {},
                 std::string_view entrada = {});
 
-// Findings of a JSON report, in its order: "erro cnpj-digito".
-std::vector<std::string> achados(std::string_view json);
-
-class Loja {
+class Loja : public PastaTemporaria {
 public:
     using Valores = std::vector<std::pair<std::string_view, std::string_view>>;
 
     Loja();
 
-    std::string diretorio() const { return pasta_ / ""; }
+    std::string diretorio() const { return *this / ""; }
 
     // Writes values (ISO-8859-1) into the text of the configuration file.
     void configurar(const Valores &valores) const;
 
-    std::string ler(std::string_view nome) const;
-    void escrever(std::string_view nome, std::string_view conteudo) const;
     // Replaces the first `de` of a file, which must be there.
-    void trocar(std::string_view nome, std::string_view de, std::string_view para) const;
+    void trocar(std::string_view nome, std::string_view de, std::string_view para) const {
+        gravar(nome, ::trocar(ler(nome), de, para));
+    }
 
     Resultado conferir() const { return rodar({"conferir", "--json", diretorio()}); }
+
+    // The command over this shop's directory.
+    Resultado zel(Argumentos argumentos, const Ambiente &ambiente = {},
+                  std::string_view entrada = {}) const {
+        argumentos.insert(argumentos.begin() + 1, {"--diretorio", diretorio()});
+        return rodar(argumentos, ambiente, entrada);
+    }
 
     // A till of this shop in a process of its own; it dies at the end of `passos`.
     void noCaixa(const std::function<void(const Funcoes &)> &passos) const;
@@ -56,7 +68,4 @@ public:
 
     // A sale of two items up to a receipt state, 1 to 5.
     static void vender(const Funcoes &caixa, int estado);
-
-private:
-    PastaTemporaria pasta_;
 };

@@ -46,81 +46,69 @@ protected:
     }
 
     static Resultado conferir(const Loja &loja, std::string_view texto,
-                              const std::vector<std::string> &mais = {}) {
-        loja.escrever("nota.xml", texto);
-        std::vector<std::string> argumentos{"conferir", "--json", loja.diretorio() + "nota.xml"};
+                              const Argumentos &mais = {}) {
+        loja.gravar("nota.xml", texto);
+        Argumentos argumentos{"conferir", "--json", loja / "nota.xml"};
         argumentos.insert(argumentos.end(), mais.begin(), mais.end());
         return rodar(argumentos);
     }
 };
 
-struct Caso {
-    std::string_view de, para;
-    std::vector<std::string> esperados;
-};
-
-const Caso kCasos[] = {
-    {"<xNome>Padaria", "<xNome>P\xe3o & Cia", {"erro xml-malformado"}},
-    {"</ide>", "", {"erro xml-malformado"}},
-    {"</NFe>", "</NFe><NFe/>", {"erro xml-malformado"}},
-    {"<NFe ", "<!DOCTYPE NFe [<!ENTITY a 'b'>]><NFe ", {"erro xml-malformado"}},
-    {"versao=\"3.10\"", "versao=\"4.00\"", {"aviso leiaute-outro"}},
-    {"Id=\"NFe", "Id=\"NF", {"erro chave-forma", "erro qrcode-difere"}},
-    {"<serie>1<", "<serie>2<", {"erro chave-difere"}},
-    {"<tpEmis>1<", "<tpEmis>9<", {"erro chave-difere"}},
-    {"<dhEmi>20", "<dhEmi>200", {"erro chave-difere", "erro qrcode-difere"}},
-    {"<CNPJ>11222333000181<", "<CNPJ>11222333000180<", {"erro chave-difere", "erro cnpj-digito"}},
-    {"<CPF>12345678909<", "<CPF>12345678900<", {"erro cpf-digito", "erro qrcode-difere"}},
-    {"<UF>SP<", "<UF>RJ<", {"erro municipio-uf", "erro uf-codigo"}},
-    {"<cMunFG>3550308<", "<cMunFG>3550309<", {"erro municipio-digito"}},
-    {"<IE>110042490114</IE>", "", {"erro elemento-ausente"}},
-    {"<CRT>1<", "<CRT>3<", {"erro crt-item"}},
-    {"<cEAN> <", "<cEAN>7891000100104<", {"erro gtin-digito"}},
-    {"<cEAN> <", "<cEAN>7891000100103<", {}},
-    {"<NCM>", "<NCM>1", {"aviso ncm-tamanho"}},
-    {"<NCM>", "<NCM>x</NCM><NCM>", {"aviso ncm-tamanho"}},
-    {"<qCom>2.0000<", "<qCom>0.0000<", {"erro item-valor", "aviso quantidade-zero"}},
-    {"<vUnCom>8.50<", "<vUnCom>9.50<", {"erro item-valor"}},
-    {"<vDesc>1.70<", "<vDesc>1.60<", {"erro soma-difere"}},
-    {"<vST>0.00<",
-     "<vST>0.10<",
-     {"erro soma-difere", "erro total-formula", "aviso total-substituicao"}},
-    {"<vNF>29.76<",
-     "<vNF>30.77<",
-     {"erro total-formula", "erro pagamento-difere", "erro qrcode-difere"}},
-    {"<vPag>29.76<", "<vPag>29.77<", {"erro pagamento-difere"}},
-    {"<ICMSTot>", "<ISSQNTot></ISSQNTot><Outro>", {"erro xml-malformado"}},
-    {"nVersao=100", "nVersao=200", {"erro qrcode-forma"}},
-    {"&tpAmb=1", "", {"erro qrcode-forma"}},
-    {"&tpAmb=1", "&tpAmb=2", {"erro qrcode-difere"}},
-    {"cDest=123", "cDest=124", {"erro qrcode-difere"}},
-    {"cHashQRCode=aa", "cHashQRCode=a", {"erro qrcode-forma"}},
-    {"<DigestValue>M", "<DigestValue>N", {"erro qrcode-difere"}},
+const struct {
+    std::string_view de, para, esperados;
+} kCasos[] = {
+    {"<xNome>Padaria", "<xNome>P\xe3o & Cia", "erro xml-malformado"},
+    {"</ide>", "", "erro xml-malformado"},
+    {"</NFe>", "</NFe><NFe/>", "erro xml-malformado"},
+    {"<NFe ", "<!DOCTYPE NFe [<!ENTITY a 'b'>]><NFe ", "erro xml-malformado"},
+    {"versao=\"3.10\"", "versao=\"4.00\"", "aviso leiaute-outro"},
+    {"Id=\"NFe", "Id=\"NF", "erro chave-forma, erro qrcode-difere"},
+    {"<serie>1<", "<serie>2<", "erro chave-difere"},
+    {"<tpEmis>1<", "<tpEmis>9<", "erro chave-difere"},
+    {"<dhEmi>20", "<dhEmi>200", "erro chave-difere, erro qrcode-difere"},
+    {"<CNPJ>11222333000181<", "<CNPJ>11222333000180<", "erro chave-difere, erro cnpj-digito"},
+    {"<CPF>12345678909<", "<CPF>12345678900<", "erro cpf-digito, erro qrcode-difere"},
+    {"<UF>SP<", "<UF>RJ<", "erro municipio-uf, erro uf-codigo"},
+    {"<cMunFG>3550308<", "<cMunFG>3550309<", "erro municipio-digito"},
+    {"<IE>110042490114</IE>", "", "erro elemento-ausente"},
+    {"<CRT>1<", "<CRT>3<", "erro crt-item"},
+    {"<cEAN> <", "<cEAN>7891000100104<", "erro gtin-digito"},
+    {"<cEAN> <", "<cEAN>7891000100103<", ""},
+    {"<NCM>", "<NCM>1", "aviso ncm-tamanho"},
+    {"<NCM>", "<NCM>x</NCM><NCM>", "aviso ncm-tamanho"},
+    {"<qCom>2.0000<", "<qCom>0.0000<", "erro item-valor, aviso quantidade-zero"},
+    {"<vUnCom>8.50<", "<vUnCom>9.50<", "erro item-valor"},
+    {"<vDesc>1.70<", "<vDesc>1.60<", "erro soma-difere"},
+    {"<vST>0.00<", "<vST>0.10<", "erro soma-difere, erro total-formula, aviso total-substituicao"},
+    {"<vNF>29.76<", "<vNF>30.77<", "erro total-formula, erro pagamento-difere, erro qrcode-difere"},
+    {"<vPag>29.76<", "<vPag>29.77<", "erro pagamento-difere"},
+    {"<ICMSTot>", "<ISSQNTot></ISSQNTot><Outro>", "erro xml-malformado"},
+    {"nVersao=100", "nVersao=200", "erro qrcode-forma"},
+    {"&tpAmb=1", "", "erro qrcode-forma"},
+    {"&tpAmb=1", "&tpAmb=2", "erro qrcode-difere"},
+    {"cDest=123", "cDest=124", "erro qrcode-difere"},
+    {"cHashQRCode=aa", "cHashQRCode=a", "erro qrcode-forma"},
+    {"<DigestValue>M", "<DigestValue>N", "erro qrcode-difere"},
 };
 
 TEST_F(Documento, umaFaltaUmAchado) {
     const Loja loja;
     const std::string inteiro = assinado(vendido());
-    EXPECT_EQ(achados(conferir(loja, inteiro).saida), std::vector<std::string>{});
+    EXPECT_EQ(conferir(loja, inteiro).achados(), "");
     for (const auto &[de, para, esperados] : kCasos) {
-        std::string texto = inteiro;
-        const std::size_t lugar = texto.find(de);
-        ASSERT_NE(lugar, std::string::npos) << de;
-        texto.replace(lugar, de.size(), para);
-        const Resultado resultado = conferir(loja, texto);
-        EXPECT_EQ(achados(resultado.saida), esperados) << para << "\n" << resultado.saida;
+        const Resultado resultado = conferir(loja, trocar(inteiro, de, para));
+        EXPECT_EQ(resultado.achados(), esperados) << para << "\n" << resultado.saida;
         // The consumer stands in none of them.
         for (const std::string_view dado : {"Maria", "12345678900", "12345678909"})
-            EXPECT_EQ(resultado.saida.find(dado), std::string::npos) << para;
+            EXPECT_FALSE(contem(resultado.saida, dado)) << para;
     }
 }
 
 // Documents are one line: the place is given by characters, and by lines where there are some.
 TEST_F(Documento, lugarDoErro) {
     const Loja loja;
-    EXPECT_NE(conferir(loja, "<NFe>\xe3<b</NFe>").saida.find("no caracter 9)"), std::string::npos);
-    EXPECT_NE(conferir(loja, "<NFe>\n<b>\n</c></NFe>").saida.find(R"("linha":3)"),
-              std::string::npos);
+    EXPECT_TRUE(contem(conferir(loja, "<NFe>\xe3<b</NFe>").saida, "no caracter 9)"));
+    EXPECT_TRUE(contem(conferir(loja, "<NFe>\n<b>\n</c></NFe>").saida, R"("linha":3)"));
 }
 
 // The key's check digit alone: every other digit is compared with an element.
@@ -129,40 +117,36 @@ TEST_F(Documento, digitoDaChave) {
     std::string texto = vendido();
     char &digito = texto[texto.find("Id=\"NFe") + 7 + 43];
     digito = digito == '9' ? '0' : static_cast<char>(digito + 1);
-    EXPECT_EQ(achados(conferir(loja, texto).saida),
-              (std::vector<std::string>{"erro chave-digito", "erro chave-difere",
-                                        "nota sem-assinatura"}));
+    EXPECT_EQ(conferir(loja, texto).achados(),
+              "erro chave-digito, erro chave-difere, nota sem-assinatura");
 }
 
 TEST_F(Documento, codificacaoDeclarada) {
     const Loja loja;
     const std::string texto = vendido();
-    ASSERT_NE(texto.find("S\xe3o"), std::string::npos);
-    const std::vector<std::string> soNota{"nota sem-assinatura"};
-    EXPECT_EQ(achados(conferir(loja, texto).saida), soNota);
-    EXPECT_EQ(
-        achados(conferir(loja, R"(<?xml version="1.0" encoding="ISO-8859-1"?>)" + texto).saida),
-        soNota);
-    EXPECT_EQ(achados(conferir(loja, R"(<?xml version="1.0" encoding="UTF-8"?>)" + texto).saida),
-              std::vector<std::string>{"erro xml-malformado"});
+    ASSERT_TRUE(contem(texto, "S\xe3o"));
+    for (const auto &[declaracao, esperado] :
+         {std::pair("", "nota sem-assinatura"),
+          {R"(<?xml version="1.0" encoding="ISO-8859-1"?>)", "nota sem-assinatura"},
+          {R"(<?xml version="1.0" encoding="UTF-8"?>)", "erro xml-malformado"}})
+        EXPECT_EQ(conferir(loja, declaracao + texto).achados(), esperado);
 }
 
 TEST_F(Documento, outrosArquivos) {
     const Loja loja;
-    EXPECT_EQ(achados(conferir(loja, loja.ler("ZEL_Framework.xml")).saida),
-              std::vector<std::string>{"nota documento-outro"});
     loja.noCaixa([](const Funcoes &caixa) {
         Loja::vender(caixa, 5);
         ASSERT_EQ(caixa.tCFCancelar_ZEL("", "", "", "", ""), 2);
     });
     const std::string pedido = loja.ler("documentosEnvio.xml");
-    EXPECT_EQ(achados(conferir(loja, pedido).saida),
-              std::vector<std::string>{"nota documento-outro"});
     std::string trocado = pedido;
     trocado.replace(trocado.find("<ChaAcesso>") + 11, 2, "99");
-    EXPECT_EQ(achados(conferir(loja, trocado).saida),
-              (std::vector<std::string>{"erro chave-digito", "nota documento-outro"}));
-    EXPECT_EQ(achados(conferir(loja, "").saida), std::vector<std::string>{"erro xml-malformado"});
+    for (const auto &[texto, esperado] :
+         {std::pair(loja.ler("ZEL_Framework.xml"), "nota documento-outro"),
+          {pedido, "nota documento-outro"},
+          {trocado, "erro chave-digito, nota documento-outro"},
+          {"", "erro xml-malformado"}})
+        EXPECT_EQ(conferir(loja, texto).achados(), esperado);
 }
 
 // A schema of a few lines in place of the published one.
@@ -181,33 +165,31 @@ constexpr std::string_view kEsquema =
 
 TEST_F(Documento, esquema) {
     const Loja loja;
-    const auto nota = [](std::string_view dentro) {
-        return R"(<NFe xmlns="http://www.portalfiscal.inf.br/nfe"><infNFe>)" + std::string(dentro) +
-               "</infNFe></NFe>";
+    const auto conferida = [&](const std::string &dentro) {
+        return conferir(loja,
+                        R"(<NFe xmlns="http://www.portalfiscal.inf.br/nfe"><infNFe>)" + dentro +
+                            "</infNFe></NFe>",
+                        {"--esquema", loja.diretorio()});
     };
-    const auto doEsquema = [&](std::string_view dentro) {
-        const Resultado resultado = conferir(loja, nota(dentro), {"--esquema", loja.diretorio()});
-        std::vector<std::string> lista;
-        for (const std::string &achado : achados(resultado.saida))
-            if (achado.find("esquema") != std::string::npos) lista.push_back(achado);
-        return std::pair(lista, resultado.saida);
+    EXPECT_TRUE(contem(conferida("<xNome>Eva</xNome>").achados(), "erro esquema-indisponivel"));
+    loja.gravar("nfe_v3.10.xsd", kEsquema);
+    const std::pair<std::string, std::string_view> casos[] = {
+        {"<xNome>Z\xe9</xNome><natOp>Venda</natOp>", ""},
+        // What the sending component mends is a note; another wrong code is the till's fault.
+        {"<xNome>Z</xNome><natOp>Venda</natOp><cEAN> </cEAN>", "nota esquema"},
+        {"<xNome>Z</xNome><natOp>Venda</natOp><cEAN>12</cEAN>", "erro esquema"},
     };
-    EXPECT_EQ(doEsquema("<xNome>Eva</xNome>").first,
-              std::vector<std::string>{"erro esquema-indisponivel"});
-    loja.escrever("nfe_v3.10.xsd", kEsquema);
-    EXPECT_EQ(doEsquema("<xNome>Z\xe9</xNome><natOp>Venda</natOp>").first,
-              std::vector<std::string>{});
-    // What the sending component mends is a note; another wrong code is the till's fault.
-    EXPECT_EQ(doEsquema("<xNome>Z</xNome><natOp>Venda</natOp><cEAN> </cEAN>").first,
-              std::vector<std::string>{"nota esquema"});
-    EXPECT_EQ(doEsquema("<xNome>Z</xNome><natOp>Venda</natOp><cEAN>12</cEAN>").first,
-              std::vector<std::string>{"erro esquema"});
-    const auto [lista, saida] =
-        doEsquema("<xNome>Joana Segredo</xNome><natOp>Troca</natOp><natOp>Troca</natOp>");
-    EXPECT_EQ(lista, (std::vector<std::string>(2, "erro esquema")));
-    EXPECT_NE(saida.find("(2 vezes)"), std::string::npos) << saida;
-    EXPECT_NE(saida.find("Troca"), std::string::npos) << saida;
-    EXPECT_EQ(saida.find("Joana"), std::string::npos) << saida;
+    for (const auto &[dentro, esperado] : casos) {
+        const std::string achados = conferida(dentro).achados();
+        EXPECT_TRUE(contem(achados, esperado));
+        EXPECT_EQ(contem(achados, "esquema"), !esperado.empty());
+    }
+    const Resultado segredo =
+        conferida("<xNome>Joana Segredo</xNome><natOp>Troca</natOp><natOp>Troca</natOp>");
+    EXPECT_TRUE(contem(segredo.achados(), "erro esquema, erro esquema"));
+    EXPECT_TRUE(contem(segredo.saida, "(2 vezes)"));
+    EXPECT_TRUE(contem(segredo.saida, "Troca"));
+    EXPECT_FALSE(contem(segredo.saida, "Joana"));
 }
 
 } // namespace

@@ -26,8 +26,8 @@ void igual(const Lido &lido, const Esperado &esperado, const std::string &oque) 
     conferir(lido == esperado, texto.str());
 }
 
-bool contem(const std::string &texto, const std::string &parte) {
-    return texto.find(parte) != texto.npos;
+void contido(const std::string &parte, const std::string &texto, const std::string &oque) {
+    conferir(texto.find(parte) != texto.npos, oque + ": " + texto.substr(0, 300));
 }
 
 std::string hexa(const std::string &bytes) {
@@ -50,9 +50,16 @@ Falha falhaDe(Chamada_ chamada, const std::string &oque) {
     return Falha(Resultado("", 1));
 }
 
+template <typename Chamada_>
+void recusado(Chamada_ chamada, const std::string &dito, const std::string &oque) {
+    contido(dito, falhaDe(chamada, oque).what(), oque);
+}
+
 Conversao converter(const std::string &tipo, const std::string &escolha,
                     const std::string &entrada) {
     if (tipo == "texto") return paraLatin1("a", entrada, escolha == "transliterar");
+    if (tipo == "diretorio")
+        return {"", falhaDe([&] { Cupom(entrada).inicializar(); }, entrada).what()};
     const Decimal numero(entrada);
     if (tipo == "aliquota")
         return (escolha == "servico" ? Aliquota::servico(numero) : Aliquota::mercadoria(numero))
@@ -74,13 +81,9 @@ void testarConversoes(const char *arquivo) {
         ++casos;
         if (esperado.front() != '!') {
             igual(tipo == "texto" ? hexa(lido.texto) : lido.texto, esperado, linha + lido.erro);
-        } else if (tipo != "texto") {
-            conferir(!lido.erro.empty(), linha + " was taken as " + lido.texto);
         } else {
-            const auto blank = esperado.find(' ');
-            conferir(contem(lido.erro, "(" + esperado.substr(1, blank - 1) + ") na posição " +
-                                           esperado.substr(blank + 1) + " não existe"),
-                     linha + ": " + lido.erro);
+            conferir(!lido.erro.empty(), linha + " was taken as " + lido.texto);
+            contido(esperado.substr(1), lido.erro, linha);
         }
     }
     conferir(casos > 30, "the cases were not read");
@@ -96,21 +99,13 @@ void testarEntradas() {
     using namespace std::string_view_literals;
     for (const std::string_view texto :
          {"\xe3"sv, "a\xc3"sv, "\xc0\xaf"sv, "\xed\xa0\x80"sv, "\xf4\x90\x80\x80"sv})
-        conferir(contem(paraLatin1("a", texto, true).erro, "não é UTF-8"), "bad UTF-8 was taken");
-    conferir(contem(paraLatin1("a", "P\0o"sv, true).erro, "(U+0000) na posição 2"),
-             "NUL was taken");
+        contido("não é UTF-8", paraLatin1("a", texto, true).erro, "bad UTF-8");
+    contido("(U+0000) na posição 2", paraLatin1("a", "P\0o"sv, true).erro, "NUL");
 }
 
 void testarDiretorio(const std::string &diretorio) {
-    const auto abrirEm = [](const std::string &onde) {
-        return [onde] { Cupom(onde).inicializar(); };
-    };
-    conferir(contem(falhaDe(abrirEm("caixa1"), "relative").what(), "não é um caminho absoluto"),
-             "why");
-    conferir(contem(falhaDe(abrirEm("/nao/ha"), "missing").what(), "não existe"), "why");
     Cupom(diretorio).inicializar();
     Cupom(diretorio + "/").inicializar();
-    conferir(contem(falhaDe(abrirEm("/"), "second").what(), "já trabalha em " + diretorio), "why");
     conferir(std::filesystem::exists(diretorio + "/ZEL_Framework.xml"), "files elsewhere");
 
     Cupom semExcecoes("relativo", {false, false});
@@ -130,11 +125,8 @@ Resultado venderBala(Cupom &c, const Decimal &preco = 10, const Ajuste &ajuste =
 
 const Passo passos[] = {
     {"sell without receipt", Codigo::NenhumCupom, [](Cupom &c) { return venderBala(c); }},
-    {"close without receipt", Codigo::NenhumCupom, [](Cupom &c) { return c.encerrar(); }},
     {"last receipt", Codigo::ArquivoIndisponivel, [](Cupom &c) { return c.ultimoCupom(); }},
     {"open", Codigo::Ok, [](Cupom &c) { return c.abrir(); }},
-    {"open again", Codigo::CupomEmAndamento, [](Cupom &c) { return c.abrir(); }},
-    {"totalize nothing", Codigo::TotalizacaoForaDeOrdem, [](Cupom &c) { return c.totalizar(); }},
     {"discount of all", Codigo::AjusteExcessivo,
      [](Cupom &c) { return venderBala(c, 10, Ajuste::desconto(10)); }},
     {"price below zero", Codigo::ArgumentoInvalido, [](Cupom &c) { return venderBala(c, -1); }},
@@ -146,30 +138,18 @@ const Passo passos[] = {
     {"discount", Codigo::Ok, [](Cupom &c) { return c.lancarDescontoItem(1, Ajuste::desconto(1)); }},
     {"another", Codigo::ItemJaAjustado,
      [](Cupom &c) { return c.lancarDescontoItem(0, Ajuste::descontoPercentual(1)); }},
-    {"no such item", Codigo::ItemInexistente, [](Cupom &c) { return c.cancelarDescontoItem(2); }},
     {"cancel all of it", Codigo::CancelamentoExcessivo,
      [](Cupom &c) { return c.cancelarItemParcial(1, 1); }},
     {"carrier", Codigo::TransportadoraNaoPermitida,
      [](Cupom &c) { return c.identificarTransportadora("11222333000181", "Frete"); }},
     {"unknown key", Codigo::Recusado, [](Cupom &c) { return c.retornarValor("NAO\\HA"); }},
-    {"pay too early", Codigo::PagamentoForaDeOrdem,
-     [](Cupom &c) { return c.efetuarPagamento(FormaPagamento::Dinheiro); }},
     {"totalize", Codigo::Ok, [](Cupom &c) { return c.totalizar(); }},
-    {"sell too late", Codigo::VendaForaDeOrdem, [](Cupom &c) { return venderBala(c); }},
     {"discount too late", Codigo::EstadoInvalido, [](Cupom &c) { return c.cancelarItem(1); }},
-    {"close unpaid", Codigo::EncerramentoForaDeOrdem, [](Cupom &c) { return c.encerrar(); }},
     {"pay", Codigo::Ok, [](Cupom &c) { return c.efetuarPagamento(FormaPagamento::Cheque); }},
-    {"pay again", Codigo::JaPago,
-     [](Cupom &c) { return c.efetuarPagamento(FormaPagamento::Dinheiro); }},
     {"correct another payment", Codigo::PagamentoInexistente,
      [](Cupom &c) {
          return c.estornarPagamento(FormaPagamento::Outros, FormaPagamento::Cheque, 9);
      }},
-    {"limit of unknown consumers", Codigo::Ok,
-     [](Cupom &c) { return c.alterarValor("CONFIGURACAO\\ValorMaxIdeCliente", "1"); }},
-    {"close for nobody", Codigo::ConsumidorObrigatorio, [](Cupom &c) { return c.encerrar(); }},
-    {"no limit", Codigo::Ok,
-     [](Cupom &c) { return c.alterarValor("CONFIGURACAO\\ValorMaxIdeCliente", "10000"); }},
     {"close", Codigo::Ok, [](Cupom &c) { return c.encerrar(); }},
     {"cancel", Codigo::CancelamentoGravado, [](Cupom &c) { return c.cancelar(); }},
 };
@@ -194,13 +174,6 @@ void testarRespostas(const std::string &diretorio) {
           "message");
 }
 
-std::string repetir(const std::string &texto, int vezes) {
-    std::string tudo;
-    for (int i = 0; i < vezes; ++i)
-        tudo += texto;
-    return tudo;
-}
-
 // A receipt with accents, more text than ZEL_TAMANHO_CUPOM, and every form of payment.
 void testarCupom(const std::string &diretorio) {
     Cupom caixa(diretorio), tolerante(diretorio, {true, true});
@@ -209,22 +182,21 @@ void testarCupom(const std::string &diretorio) {
 
     Consumidor consumidor;
     consumidor.nome = "João – Ltda";
-    conferir(
-        contem(falhaDe([&] { caixa.abrir(consumidor); }, "name").what(), "nome: o caractere \"–\""),
-        "a group's argument is not named");
+    recusado([&] { caixa.abrir(consumidor); }, "nome: o caractere \"–\"", "a group's argument");
     caixa.abrir();
     const auto vender = [](Cupom &c, const std::string &descricao) {
         return c.vender(Aliquota::mercadoria(18), Decimal("1,5"), Decimal("0,75"), "101", "UN",
                         descricao);
     };
-    conferir(
-        contem(falhaDe([&] { vender(caixa, "Pão de queijo – 1ª"); }, "dash").what(),
-               "aCFVender_ZEL: descricao: o caractere \"–\" (U+2013) na posição 15 não existe"),
-        "message of a character");
-    falhaDe([&] { vender(tolerante, "1 €"); }, "euro");
+    recusado([&] { vender(caixa, "Pão de queijo – 1ª"); },
+             "aCFVender_ZEL: descricao: o caractere \"–\" (U+2013) na posição 15 não existe",
+             "dash");
+    recusado([&] { vender(tolerante, "1 €"); }, "€", "euro");
     conferir(caixa.verificarStatus().valor == Estado::Aberto, "a refused text was sold");
     vender(tolerante, "Pão de queijo – 1ª");
-    const std::string longa = repetir("É", 120);
+    std::string longa;
+    for (int i = 0; i < 120; ++i)
+        longa += "É";
     for (int i = 0; i < 800; ++i)
         vender(caixa, longa);
     igual(caixa.infoEstendida("1").valor, "801", "items");
@@ -237,33 +209,26 @@ void testarCupom(const std::string &diretorio) {
 
     const std::string documento =
         detalhe::lerArquivo(caixa.arquivo("documentosEnvio.xml")).value_or("");
-    conferir(contem(documento, "<xProd>P\xe3o de queijo - 1\xaa</xProd>"), "bytes of the accents");
-    conferir(contem(documento, "<xProd>" + repetir("\xc9", 120) + "</xProd>"), "long description");
-    std::string formas;
-    for (auto i = documento.find("<tPag>"); i != documento.npos;
-         i = documento.find("<tPag>", i + 1))
-        formas += documento.substr(i + 6, 2) + " ";
-    igual(formas, "01 02 03 04 05 10 11 12 13 99 ", "forms of payment");
+    contido("<xProd>" + std::string(120, '\xc9') + "</xProd>", documento, "long description");
+    for (const char *forma : {"01", "02", "03", "04", "05", "10", "11", "12", "13"})
+        contido("<tPag>" + std::string(forma) + "</tPag><vPag>1.00<", documento, "payment");
 
     const std::string cupom = caixa.imprimir(caixa.arquivo("documentosEnvio.xml")).valor;
-    conferir(cupom.size() > ZEL_TAMANHO_CUPOM && contem(cupom, "Pão de queijo - 1ª"), "receipt");
+    const std::string queijo = "Pão de queijo - 1ª";
+    conferir(cupom.size() > ZEL_TAMANHO_CUPOM, "receipt");
+    contido(queijo, cupom, "receipt");
     conferir(caixa.ultimoCupom().valor == cupom, "last receipt");
-    const auto reemitido = caixa.reemitir(1);
-    conferir(contem(reemitido.valor, "Pão de queijo - 1ª"), "document issued again");
+    contido(queijo, caixa.reemitir(1).valor, "document issued again");
     const std::string ctg = caixa.contingencia({diretorio}).valor;
     conferir(std::filesystem::exists(ctg), "no file " + ctg);
-    conferir(contem(caixa.imprimir(ctg).valor, "Pão de queijo - 1ª"),
-             "receipt of a scrambled file");
-    falhaDe([&] { caixa.contingencia({"/a|b/"}); }, "a list as a directory");
-
-    conferir(contem(falhaDe([&] { caixa.imprimir(ctg, "/nao/ha.xml"); }, "missing").what(),
-                    "arquivoRetorno: /nao/ha.xml não pôde ser lido"),
-             "missing file");
+    contido(queijo, caixa.imprimir(ctg).valor, "receipt of a scrambled file");
+    recusado([&] { caixa.contingencia({"/a|b/"}); }, "", "a list as a directory");
+    recusado([&] { caixa.imprimir(ctg, "/nao/ha.xml"); },
+             "arquivoRetorno: /nao/ha.xml não pôde ser lido", "missing file");
 
     // A refused PDF leaves the text.
     caixa.alterarValor("CONFIGURACAO\\SalvarDanfePDF", "1");
-    const Falha pdf = falhaDe([&] { caixa.imprimir(ctg); }, "PDF offline");
-    conferir(contem(pdf.texto(), "Pão de queijo - 1ª"), "the text of a failed PDF is lost");
+    contido(queijo, falhaDe([&] { caixa.imprimir(ctg); }, "PDF offline").texto(), "failed PDF");
 }
 
 // Two threads at once; each finds what it wrote.
@@ -292,9 +257,9 @@ void testarThreads(const std::string &diretorio) {
 int main(int argc, char **argv) {
     if (argc != 3) return 2;
     const std::string diretorio = argv[1];
+    testarDiretorio(diretorio);
     testarConversoes(argv[2]);
     testarEntradas();
-    testarDiretorio(diretorio);
     testarRespostas(diretorio);
     testarCupom(diretorio);
     testarThreads(diretorio);

@@ -40,6 +40,7 @@ static class Teste {
             byte[] bytes = Valores.Texto("a", entrada, escolha == "transliterar");
             return BitConverter.ToString(bytes, 0, bytes.Length - 1).Replace("-", "");
         }
+        if (tipo == "diretorio") return new Cupom(entrada).ToString();
         decimal numero = decimal.Parse(entrada, CultureInfo.InvariantCulture);
         byte[] escrito = escolha == "mercadoria" ? Aliquota.Mercadoria(numero).Converter("a")
             : escolha == "servico" ? Aliquota.Servico(numero).Converter("a")
@@ -48,6 +49,8 @@ static class Teste {
     }
 
     static void TestarConversoes(string arquivo) {
+        Caixa().Inicializar();
+        Conferir(File.Exists(diretorio + "/ZEL_Framework.xml"), "files elsewhere");
         int casos = 0;
         foreach (string linha in File.ReadAllLines(arquivo)) {
             if (linha.StartsWith("#", StringComparison.Ordinal)) continue;
@@ -57,28 +60,13 @@ static class Teste {
                 Igual(Converter(c[0], c[1], c[2]), c[3], linha);
                 continue;
             }
-            var t = Erro<EntradaRecusada>(() => Converter(c[0], c[1], c[2]), linha) as TextoInvalido;
-            if (t == null) continue;
-            Igual("!U+" + t.Caractere.ToString("X4") + " " + t.Posicao, c[3], linha);
-            Conferir(t.Message.Contains("(" + c[3].Split(' ')[0].Substring(1) + ") na posição " +
-                                        t.Posicao + " não existe"), t.Message);
+            var e = Erro<EntradaRecusada>(() => Converter(c[0], c[1], c[2]), linha);
+            Conferir(e.Message.Contains(c[3].Substring(1)), linha + ": " + e.Message);
         }
         Conferir(casos > 30, "the cases were not read");
         Erro<TextoInvalido>(() => Valores.Texto("a", "P\0o", true), "U+0000");
         Erro<TextoInvalido>(() => Valores.Texto("a", "\ud83e", true), "half a character");
         Erro<EntradaRecusada>(() => Valores.Texto("a", null, true), "null");
-    }
-
-    static void TestarDiretorio() {
-        Caixa().Inicializar();
-        Conferir(File.Exists(diretorio + "/ZEL_Framework.xml"), "files elsewhere");
-        string[,] recusados = { { "caixa1", "absoluto" }, { "/nao/ha", "não existe" },
-                                { "/", "já trabalha em " + diretorio } };
-        for (int i = 0; i < recusados.GetLength(0); ++i) {
-            string onde = recusados[i, 0];
-            string mensagem = Erro<EntradaRecusada>(() => new Cupom(onde), onde).Message;
-            Conferir(mensagem.Contains(recusados[i, 1]), mensagem);
-        }
     }
 
     static void Vender(Cupom c, string descricao) {
@@ -87,7 +75,7 @@ static class Teste {
 
     static void TestarRecusas(Cupom c) {
         TextoInvalido t = Erro<TextoInvalido>(() => Vender(c, "Pão de queijo – 1ª"), "dash");
-        Igual(t.Argumento + t.Posicao, "descricao15", "character");
+        Igual(t.Argumento + (char)t.Caractere + t.Posicao, "descricao–15", "character");
         Erro<TextoInvalido>(() => Vender(Caixa(true), "1 €"), "euro");
         Igual(c.VerificarStatus(), Estado.Aberto, "state after refused texts");
         Erro<EntradaRecusada>(() => c.LancarDescontoItem(1, Ajuste.Acrescimo(1)), "surcharge");
@@ -108,9 +96,6 @@ static class Teste {
         c.Totalizar();
         c.EfetuarPagamento(FormaPagamento.Dinheiro);
         c.Encerrar("Obrigado pela preferência");
-        string bytes = BitConverter.ToString(File.ReadAllBytes(c.Arquivo("documentosEnvio.xml")));
-        Conferir(bytes.Contains("3E-50-E3-6F-20-64-65-20-71-75-65-69-6A-6F-20-2D-20-31-AA-3C"),
-                 "bytes of the accents");
         TestarImpressao(c);
         Igual(c.Cancelar(), Codigo.CancelamentoGravado, "cancellation");
     }
@@ -150,7 +135,6 @@ static class Teste {
         diretorio = args[0];
         biblioteca = args[1];
         TestarConversoes(args[2]);
-        TestarDiretorio();
         TestarCupom();
         Thread[] threads = { Trabalhar(@"EMIT\IE"), Trabalhar(@"EMIT\xNome") };
         foreach (Thread thread in threads) thread.Start();

@@ -18,6 +18,7 @@ function converter(tipo, escolha, entrada) {
     const bytes = valores.texto('a', entrada, escolha === 'transliterar');
     return bytes.toString('hex').toUpperCase().slice(0, -2);
   }
+  if (tipo === 'diretorio') return new zel.Cupom(entrada);
   if (tipo === 'aliquota') return latin1(valores.aliquota('a', zel.Aliquota[escolha](entrada)));
   return latin1(valores.decimal('a', entrada, Number(escolha)));
 }
@@ -45,6 +46,8 @@ function trabalhar(chave) {
 }
 
 function testarConversoes() {
+  caixa().inicializar();
+  assert.ok(fs.existsSync(`${diretorio}/ZEL_Framework.xml`));
   const linhas = fs.readFileSync(casos, 'utf8').split('\n').filter((l) => l && !l.startsWith('#'));
   assert.ok(linhas.length > 30);
   for (const linha of linhas) {
@@ -54,11 +57,7 @@ function testarConversoes() {
       continue;
     }
     const e = erro(zel.EntradaRecusada, () => converter(tipo, escolha, entrada));
-    if (tipo === 'texto') {
-      const [ponto, posicao] = esperado.slice(1).split(' ');
-      assert.ok(e.message.includes(`(${ponto}) na posição ${posicao} não existe`), e.message);
-      assert.equal(e.posicao, Number(posicao));
-    }
+    assert.ok(e.message.includes(esperado.slice(1)), e.message);
   }
 }
 
@@ -76,16 +75,6 @@ function testarEntradas() {
   assert.throws(() => caixa().vender(18, 1, 1, '1', 'UN', 'Bala'), TypeError);
 }
 
-function testarDiretorio() {
-  caixa().inicializar();
-  assert.ok(fs.existsSync(`${diretorio}/ZEL_Framework.xml`));
-  for (const [onde, motivo] of [
-    ['caixa1', /absoluto/], ['/nao/ha', /não existe/], ['/', /já trabalha em/],
-  ]) {
-    assert.match(erro(zel.EntradaRecusada, () => new zel.Cupom(onde)).message, motivo);
-  }
-}
-
 function vender(c, descricao) {
   c.vender(zel.Aliquota.mercadoria(18), '1,5', '0.75', '101', 'UN', descricao);
 }
@@ -95,8 +84,8 @@ function testarRecusas(c) {
   assert.deepEqual([t.argumento, t.caractere, t.posicao], ['descricao', '–', 15]);
   assert.throws(() => vender(caixa({ transliterar: true }), '1 €'), zel.TextoInvalido);
   assert.equal(c.verificarStatus(), zel.Estado.ABERTO);
-  const surcharge = zel.Ajuste.acrescimo(1);
-  assert.throws(() => c.lancarDescontoItem(1, surcharge), /não é um desconto/);
+  const acrescimo = zel.Ajuste.acrescimo(1);
+  assert.throws(() => c.lancarDescontoItem(1, acrescimo), /não é um desconto/);
   const r = erro(zel.Recusa, () => c.abrir());
   assert.equal(r.codigo, zel.Codigo.CUPOM_EM_ANDAMENTO);
   assert.equal(
@@ -131,8 +120,6 @@ function testarCupom() {
   c.totalizar();
   c.efetuarPagamento(zel.FormaPagamento.DINHEIRO);
   c.encerrar('Obrigado pela preferência');
-  const documento = fs.readFileSync(c.arquivo('documentosEnvio.xml'));
-  assert.ok(documento.includes(Buffer.from('<xProd>P\xe3o de queijo - 1\xaa</xProd>', 'latin1')));
   testarImpressao(c);
   assert.equal(c.cancelar(), zel.Codigo.CANCELAMENTO_GRAVADO);
 }
@@ -150,10 +137,9 @@ async function testarThreads() {
 }
 
 if (isMainThread) {
-  test('conversions', testarConversoes);
-  test('what is no input', testarEntradas);
-  test('one directory', testarDiretorio);
-  test('one receipt', testarCupom);
+  test('conversões', testarConversoes);
+  test('o que não é entrada', testarEntradas);
+  test('um cupom', testarCupom);
   test('threads', testarThreads);
 } else {
   trabalhar(workerData);

