@@ -50,16 +50,16 @@ std::string mudancas(const std::map<std::string, std::string> &antes,
     return bytes;
 }
 
-int abrir(const std::string &caminho, int modo) {
-    const int fd = open(caminho.c_str(), modo | O_CLOEXEC, 0600);
-    if (fd < 0) throw std::runtime_error(caminho + " cannot be opened");
-    return fd;
-}
+constexpr int kNovo = O_RDWR | O_CREAT | O_EXCL;
+constexpr std::size_t kBloco = 4096, kSetor = 512; // of the journal
+constexpr std::size_t kDiario = std::size_t{4} << 20;
 
-void criar(const std::string &caminho, const std::string &conteudo) {
-    const int fd = abrir(caminho, O_WRONLY | O_CREAT | O_EXCL);
-    escreverEDescarregar(fd, conteudo);
-    close(fd);
+void travar(int fd, short tipo) {
+    struct flock pedido {};
+    pedido.l_type = tipo;
+    pedido.l_whence = SEEK_SET;
+    pedido.l_len = 1;
+    exigirBytes(fcntl(fd, F_OFD_SETLK, &pedido), 0);
 }
 
 } // namespace
@@ -78,35 +78,49 @@ std::vector<std::string> gravacoesDoCupom(const fs::path &base, int itens) {
     return gravacoes;
 }
 
-Piso::Piso(const fs::path &base) : pasta_(base) {
-    fd_ = abrir(pasta_ / "piso", O_WRONLY | O_CREAT | O_EXCL | O_APPEND);
+Aberto::Aberto(const std::string &caminho, int modo)
+    : fd_(open(caminho.c_str(), modo | O_CLOEXEC, 0600)) {
+    if (fd_ < 0) throw std::runtime_error(caminho + " cannot be opened");
 }
 
-Piso::~Piso() {
+Aberto::~Aberto() {
     close(fd_);
 }
 
+Piso::Piso(const fs::path &base) : pasta_(base), arquivo_(pasta_ / "piso", kNovo | O_APPEND) {}
+
 void Piso::gravar(const std::vector<std::string> &gravacoes) const {
     for (const std::string &bytes : gravacoes)
-        escreverEDescarregar(fd_, bytes);
+        escreverEDescarregar(arquivo_.fd(), bytes);
 }
 
 ChamadasDeVenda::ChamadasDeVenda(const fs::path &base, const std::string &configuracao,
                                  const std::string &documento)
     : pasta_(base), configuracao_(pasta_ / "ZEL_Framework.xml"),
-      documento_(pasta_ / "ArqPersist.bin"), lido_(configuracao.size() + 1) {
-    criar(configuracao_, configuracao);
-    criar(documento_, documento);
+      documento_(pasta_ / "ArqPersist.bin"), trava_(pasta_ / "trava", kNovo),
+      diario_(pasta_ / "diario", kNovo), aberto_(documento_, kNovo), tamanho_(documento.size()) {
+    escreverEDescarregar(Aberto(configuracao_, kNovo).fd(), configuracao);
+    escreverEDescarregar(diario_.fd(), std::string(kDiario, '\0'));
+    escreverEDescarregar(aberto_.fd(), documento);
 }
 
 void ChamadasDeVenda::vender(const std::string &registro) {
     struct stat dados {};
-    int fd = abrir(configuracao_, O_RDONLY | O_NONBLOCK);
-    exigirBytes(fstat(fd, &dados), 0);
-    exigirBytes(read(fd, lido_.data(), lido_.size()), lido_.size() - 1);
-    close(fd);
-    fd = abrir(documento_, O_WRONLY | O_APPEND | O_NONBLOCK);
-    exigirBytes(fstat(fd, &dados), 0);
-    escreverEDescarregar(fd, registro);
-    close(fd);
+    char bloco[kBloco] = {};
+    travar(trava_.fd(), F_WRLCK);
+    exigirBytes(fstat(trava_.fd(), &dados), 0);
+    exigirBytes(fstat(diario_.fd(), &dados), 0);
+    exigirBytes(pread(diario_.fd(), bloco, kSetor, static_cast<off_t>(fim_)), kSetor);
+    exigirBytes(stat(configuracao_.c_str(), &dados), 0);
+    exigirBytes(lstat(documento_.c_str(), &dados), 0);
+    exigirBytes(pwrite(diario_.fd(), bloco, kBloco, static_cast<off_t>(fim_)), kBloco);
+    exigirBytes(fdatasync(diario_.fd()), 0);
+    exigirBytes(
+        pwrite(aberto_.fd(), registro.data(), registro.size(), static_cast<off_t>(tamanho_)),
+        registro.size());
+    exigirBytes(fstat(aberto_.fd(), &dados), 0);
+    fim_ += kBloco;
+    tamanho_ += registro.size();
+    exigirBytes(pwrite(diario_.fd(), bloco, kSetor, static_cast<off_t>(fim_)), kSetor);
+    travar(trava_.fd(), F_UNLCK);
 }

@@ -21,27 +21,40 @@
 // below `base`.
 std::vector<std::string> gravacoesDoCupom(const std::filesystem::path &base, int itens);
 
-// The plain file, open while this lives.
+// A file that is open while this lives; made where `modo` says so.
+class Aberto {
+public:
+    Aberto(const std::string &caminho, int modo);
+    ~Aberto();
+    Aberto(const Aberto &) = delete;
+    Aberto &operator=(const Aberto &) = delete;
+
+    int fd() const { return fd_; }
+
+private:
+    int fd_;
+};
+
+// The plain file.
 class Piso {
 public:
     explicit Piso(const std::filesystem::path &base);
-    ~Piso();
-    Piso(const Piso &) = delete;
-    Piso &operator=(const Piso &) = delete;
 
     void gravar(const std::vector<std::string> &gravacoes) const;
 
 private:
     PastaTemporaria pasta_;
-    int fd_;
+    Aberto arquivo_;
 };
 
-// The system calls of one sale after the first, bare: the configuration is opened, measured and
-// read (a change by another program must be seen), the document's file is opened, measured,
-// extended by the record and flushed. Files in a directory of its own.
+// The system calls of one sale after the first, bare, and what each of them is for: the turn is
+// taken and given back; lock file and journal are still those of their names, and the journal ends
+// where it ended; configuration and document are as they were left; a block goes to the journal and
+// is flushed, the record to the document, its stamps to the journal. Files in a directory of its
+// own.
 class ChamadasDeVenda {
 public:
-    // `registros`: the records of the sales to come; the document holds `documento` before them.
+    // The document holds `documento` before the sales.
     ChamadasDeVenda(const std::filesystem::path &base, const std::string &configuracao,
                     const std::string &documento);
 
@@ -51,5 +64,7 @@ private:
     PastaTemporaria pasta_;
     std::string configuracao_;
     std::string documento_;
-    std::vector<char> lido_;
+    Aberto trava_, diario_, aberto_;
+    std::size_t tamanho_; // of the document
+    std::size_t fim_ = 0; // of the journal
 };

@@ -39,6 +39,6 @@ void jogar(std::string_view texto) {
     }
     const int tipo = escolha & 4 ? 5 : 1;
     const int codigo =
-        fnGerarArquivoFormatadoNF(emCurso, impressao, xml, retorno, "", colunas, tipo, "", saida);
+        fnGerarArquivoFormatadoNF(emCurso, impressao, {xml, retorno, "", colunas, tipo}, saida);
     exigir(pronta == ZEL_OK && (codigo == ZEL_OK || (codigo == ZEL_RECUSADO && saida.empty())));
 }

@@ -257,8 +257,8 @@ ZEL_API int aCFValorLeiImposto_ZEL(const char *valor);
  * the history copies under CONFIGURACAO\PathXMLEnvio. State 4; then 5. `informacoes` for the
  * consumer, up to 5000; printer mark-up in angle brackets is kept in square ones. Number and
  * numeric code advance; NFCE\ChaveDeAcesso receives the key. A document that could not be written
- * leaves state 4, and the closing can be repeated; a history copy that cannot be written fails
- * nothing.
+ * leaves state 4, and the closing can be repeated, which takes another number where the document
+ * lacked a section; a history copy that cannot be written fails nothing.
  * Codes: ZEL_NENHUM_CUPOM, ZEL_ENCERRAMENTO_FORA_DE_ORDEM; ZEL_CONSUMIDOR_OBRIGATORIO, no CPF, CNPJ
  * or foreign id; ZEL_RECUSADO, the document cannot be assembled: IDE\nNF would pass 999999999, the
  * values of the access key are not digits (IDE\cUF, Mod, Serie and tpEmis, EMIT\CNPJ), or the

@@ -390,12 +390,13 @@ int aCFContingenciaUltimaNota_ZEL(int tipo, char *textoDocumento) {
 
 int GerarArquivoFormatadoNF_ZEL(const char *caminhoXml, const char *caminhoRetorno,
                                 const char *urlQrcode, int colunas, int tipoDocumento,
-                                const char *reservado, char *saida) {
+                                const char * /*reservado*/, char *saida) {
     return mudancaSemQuadro([&] {
         return entregar("saida", saida, [&](std::string &resultado) {
-            return fnGerarArquivoFormatadoNF(
-                G_stXML_Persistencia, G_stDadosImpressao, texto(caminhoXml), texto(caminhoRetorno),
-                texto(urlQrcode), colunas, tipoDocumento, texto(reservado), resultado);
+            return fnGerarArquivoFormatadoNF(G_stXML_Persistencia, G_stDadosImpressao,
+                                             {texto(caminhoXml), texto(caminhoRetorno),
+                                              texto(urlQrcode), colunas, tipoDocumento},
+                                             resultado);
         });
     });
 }

@@ -101,10 +101,9 @@ int gravarPDFs(const CupomFiscal &cf, std::string_view returnPath, int colunas,
 } // namespace
 
 int fnGerarArquivoFormatadoNF(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
-                              std::string_view xmlPath, std::string_view returnPath,
-                              std::string_view urlQrcode, int colunas, int tipoDocumento,
-                              std::string_view /*reservado*/, std::string &saida) {
+                              const PedidoImpressao &pedido, std::string &saida) {
     saida.clear();
+    const auto &[xmlPath, returnPath, urlQrcode, colunas, tipoDocumento] = pedido;
     const TipoDocumento tipo{tipoDocumento};
     const bool venda = tipo == TipoDocumento::kVenda;
     if (xmlPath.data() == nullptr) return recusar(Motivo::kCaminhoNulo, {.campo = "caminhoXml"});

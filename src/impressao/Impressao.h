@@ -14,13 +14,18 @@ namespace zel {
 
 enum class TipoDocumento { kVenda = 1, kCancelamento = 5 };
 
-// Lays out the document at `xmlPath` with its return, a path or "OFFLINE", into `saida`.
+// What is to be printed, as the application asks for it.
+struct PedidoImpressao {
+    std::string_view xmlPath;
+    std::string_view returnPath; // or "OFFLINE"
+    std::string_view urlQrcode;  // content to print as it stands; empty to have it built
+    int colunas;                 // 42 or 48; a cancellation prints the same in any width
+    int tipoDocumento;           // see above
+};
+
+// Lays out a document with its return into `saida`.
 //   emCurso        the document in progress: its closing text is the promotional one
 //   dados          what was learnt before; gets the environment of the document read
-//   urlQrcode      QR-code content to print as it stands; empty to have it built
-//   colunas        42 or 48; a cancellation prints the same in any width
-//   tipoDocumento  see above
-//   reservado      not used
 // A sale stores key, protocol and QR-code content in one save; while "ImpressaoCompleta" is "0"
 // (sales without their items) or "1" the text is kept as the last receipt, otherwise there is none
 // and the earlier one stays. A contingency sale prints twice, the consumer's copy first. PDFs are
@@ -31,9 +36,7 @@ enum class TipoDocumento { kVenda = 1, kCancelamento = 5 };
 // ZEL_CONFIG_ILEGIVEL, ZEL_ARQUIVO_INDISPONIVEL. From the first failure on nothing more is done,
 // and `saida` holds the text that was laid out before it.
 int fnGerarArquivoFormatadoNF(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
-                              std::string_view xmlPath, std::string_view returnPath,
-                              std::string_view urlQrcode, int colunas, int tipoDocumento,
-                              std::string_view reservado, std::string &saida);
+                              const PedidoImpressao &pedido, std::string &saida);
 
 // Reads "VALORPGTO=value;" out of the first 99 characters of `parametros`, in any case: with `modo`
 // 1 the change of the receipt is that value less its total and will be printed, with another there

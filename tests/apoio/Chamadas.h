@@ -2,7 +2,8 @@
 // The 47 functions as one table, each callable with a text for every argument: a hostile caller
 // needs to know no signature. Owns the copies of the arguments, each ending exactly with its buffer
 // on the heap, result buffers of exactly the documented size, and the codes that each function may
-// answer. File names are meant relative to the working directory.
+// answer. File names are meant relative to the working directory. Any of them can be asked for by a
+// row of texts, too.
 #pragma once
 
 #include "apoio/Funcoes.h"
@@ -13,6 +14,7 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -74,6 +76,12 @@ struct Chamada {
         }
         return funcao(funcoes, copias);
     }
+    std::vector<Texto> plausiveis() const {
+        std::vector<Texto> textos;
+        for (const Argumento &argumento : argumentos)
+            textos.emplace_back(argumento.plausivel);
+        return textos;
+    }
     bool responde(int codigo) const {
         constexpr std::array kGerais{int{ZEL_OK}, int{ZEL_CONFIG_ILEGIVEL},
                                      int{ZEL_ARQUIVO_INDISPONIVEL}};
@@ -109,6 +117,16 @@ inline constexpr const char *kItem =
     "</cEANTrib><uTrib>U</uTrib><qTrib>2.0000</qTrib><vUnTrib>1.50</vUnTrib><indTot>1</indTot>"
     "</prod><imposto><ICMS><ICMS00><orig>0</orig><CST>00</CST><modBC>3</modBC><vBC>3.00</vBC>"
     "<pICMS>18.00</pICMS><vICMS>0.54</vICMS></ICMS00></ICMS></imposto>";
+// Of 7.00, with tax substitution of 0.50 that counts in the total.
+inline constexpr const char *kItemComST =
+    "<PROD><cProd>7</cProd><cEAN>7891234567895</cEAN><xProd>A &amp; B</xProd>\r\n"
+    "<NCM>22011000</NCM><CFOP>5405</CFOP><uCom>UN</uCom><qCom>2</qCom>"
+    "<vUnCom>3.50</vUnCom><vProd>7.00</vProd><cEANTrib>7891234567895</cEANTrib>"
+    "<uTrib>UN</uTrib><qTrib>2</qTrib><vUnTrib>3.50</vUnTrib><indTot>1</indTot>"
+    "</PROD><imposto><ICMS><ICMS10><orig>0</orig><CST>10</CST><modBC>3</modBC>"
+    "<vBC>7.00</vBC><pICMS>18.00</pICMS><vICMS>1.26</vICMS><modBCST>4</modBCST>"
+    "<pMVAST>0.40</pMVAST><pRedBCST>0.00</pRedBCST><vBCST>9.80</vBCST>"
+    "<pICMSST>0.18</pICMSST><vICMSST>0.50</vICMSST></ICMS10></ICMS></imposto>";
 // A document that is none, in base64.
 inline constexpr const char *kBase64 = "PE5GZT48aW5mTkZlIElkPSJORmUxIj48L2luZk5GZT48L05GZT4=";
 
@@ -177,3 +195,27 @@ inline const std::vector<Chamada> &chamadas() { // NOLINT(readability-function-s
 
 // A function added to the header needs its row.
 static_assert(sizeof(Funcoes) == 48 * sizeof(void *));
+
+inline constexpr std::nullopt_t kNulo = std::nullopt;
+
+// A call as the row of a table gives it: the function, and its arguments as texts. Those at the end
+// that are left out are empty.
+struct Pedido {
+    template <class... Textos>
+    explicit Pedido(std::string_view nome, const Textos &...textos) : funcao(nome) {
+        (argumentos.emplace_back(textos), ...);
+    }
+
+    std::string_view funcao;
+    std::vector<Texto> argumentos;
+};
+
+inline int fazer(const Funcoes &funcoes, const Pedido &pedido) {
+    for (const Chamada &chamada : chamadas()) {
+        if (chamada.nome != pedido.funcao) continue;
+        std::vector<Texto> textos = pedido.argumentos;
+        textos.resize(chamada.argumentos.size(), "");
+        return chamada.chamar(funcoes, textos);
+    }
+    throw std::invalid_argument(std::string(pedido.funcao));
+}

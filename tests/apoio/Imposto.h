@@ -3,15 +3,12 @@
 // tax section, an open receipt, no presets.
 #pragma once
 
-#include "ZEL_FelborFramework.h"
-#include "apoio/DiretorioDeDados.h"
-#include "config/Registro.h"
+#include "apoio/ComDados.h"
 #include "documento/Tag.h"
 #include "imposto/Presets.h"
 #include "util/Texto.h"
 
 #include <functional>
-#include <gtest/gtest.h>
 
 namespace zel {
 
@@ -33,22 +30,19 @@ inline std::string resumo(const ST_tagZEL &tag) {
     return tag.nome + "(" + filhos + ")";
 }
 
-class ImpostoTest : public testing::Test {
+class ImpostoTest : public ComDados {
 protected:
     void SetUp() override {
-        serDiretorioDeDados(pasta_);
-        ASSERT_EQ(inicializarConfig(), ZEL_OK);
+        ComDados::SetUp();
         configurar(R"(IMPOSTO\ICMS\ICMS00)", "Orig= CST= modBC=");
         configurar("CONFIGURACAO", "estadoCFe=1");
     }
-    void TearDown() override { unsetenv("ZEL_DIRETORIO"); }
 
     // Sets the keys of a section: "Orig=0 CST=20 modBC=".
     static void configurar(const std::string &secao, std::string_view valores) {
         for (const auto par : split(valores, ' ', 20)) {
             const std::string chave(par.substr(0, par.find('=')));
-            const auto valor = par.substr(chave.size() + 1);
-            ASSERT_EQ(fnRegAlterarValor_ZEL(secao + "\\" + chave, valor), ZEL_OK) << par;
+            ComDados::configurar({{secao + "\\" + chave, par.substr(chave.size() + 1)}});
         }
     }
 
@@ -60,9 +54,6 @@ protected:
     }
 
     ST_tagImpostoConfTemp presets;
-
-private:
-    PastaTemporaria pasta_;
 };
 
 } // namespace zel

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A till in a temporary directory: the shared object is copied there and loaded, so that its files
 // stand beside the copy and no test sees another's. Owns the directory and removes it. Functions
-// are called by their own names: caixa->aCFVender_ZEL(...). Golden files are compared here too.
+// are called by their own names: caixa->aCFVender_ZEL(...).
 #pragma once
 
 #include "apoio/Biblioteca.h"
@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+// Every one has a log, for them all unless a test sets another: a refusal without a reason fails
+// the test in which its till ends.
 class Caixa {
 public:
     // Loads the library from a fresh, empty directory.
@@ -23,6 +25,7 @@ public:
 
     const Funcoes *operator->() const { return &funcoes(); }
     const Funcoes &funcoes() const { return biblioteca_->funcoes(); }
+    operator const Funcoes &() const { return funcoes(); }
 
     // What a new process finds: the library unloaded and loaded anew over the same files. The
     // application gets no chance to say goodbye.
@@ -54,10 +57,6 @@ private:
     std::unique_ptr<Biblioteca> biblioteca_;
 };
 
-// Every till of the tests has a log, which is this file: a refusal without a reason fails the test
-// in which its till ends.
-const char *logDaBateria();
-
 // A document in the form of the golden files: one element a line, and what the clock decides
 // (dhEmi, dhCont, the key, cDV) replaced by fixed text. Line ends within the document fail the
 // test.
@@ -65,7 +64,3 @@ std::string mascarar(std::string_view documento);
 
 // The text between the first start and end tag of an element; empty when there is none.
 std::string elemento(std::string_view documento, std::string_view nome);
-
-// Compares with the golden file of that name under tests/blackbox/golden. With ZEL_REGENERAR=1 in
-// the environment the file is written instead.
-void compararComOuro(std::string_view nome, std::string_view texto);

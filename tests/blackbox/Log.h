@@ -3,38 +3,25 @@
 // environment for the libraries that are loaded while it lives.
 #pragma once
 
-#include <stdlib.h>
+#include "apoio/Ambiente.h"
+#include "apoio/PastaTemporaria.h"
 
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
-#include "blackbox/Caixa.h"
-
 class Log {
 public:
-    // An own temporary directory, which goes with it; `nivel` as ZEL_LOG_NIVEL, null for none.
-    explicit Log(const char *nivel = nullptr) {
-        std::string modelo = (std::filesystem::temp_directory_path() / "zel-log-XXXXXX").string();
-        diretorio_ = mkdtemp(modelo.data()) != nullptr ? modelo : "";
-        apontar(caminho().c_str(), nivel);
-    }
-    ~Log() {
-        apontar(logDaBateria(), nullptr);
-        std::error_code ignorado;
-        std::filesystem::remove_all(diretorio_, ignorado);
-    }
-    Log(const Log &) = delete;
-    Log &operator=(const Log &) = delete;
+    // In a directory of its own; `nivel` as ZEL_LOG_NIVEL, null for none.
+    explicit Log(const char *nivel = nullptr) { apontar(caminho().c_str(), nivel); }
 
     // What libraries that are loaded from here on find in their environment; null for nothing.
-    static void apontar(const char *destino, const char *nivel) {
-        destino != nullptr ? setenv("ZEL_LOG", destino, 1) : unsetenv("ZEL_LOG");
-        nivel != nullptr ? setenv("ZEL_LOG_NIVEL", nivel, 1) : unsetenv("ZEL_LOG_NIVEL");
+    void apontar(const char *destino, const char *nivel) const {
+        destino_.por(destino);
+        nivel_.por(nivel);
     }
 
-    std::string caminho() const { return diretorio_ + "/caixa.log"; }
+    std::string caminho() const { return pasta_ / "caixa.log"; }
 
     std::vector<std::string> linhas() const { return linhasDe(caminho()); }
     static std::vector<std::string> linhasDe(const std::string &caminho) {
@@ -46,5 +33,6 @@ public:
     }
 
 private:
-    std::string diretorio_;
+    PastaTemporaria pasta_;
+    Ambiente destino_{"ZEL_LOG", nullptr}, nivel_{"ZEL_LOG_NIVEL", nullptr};
 };

@@ -2,21 +2,27 @@
 // A refusal to be provoked, and the ways in which tills are brought to where they refuse.
 #pragma once
 
+#include "apoio/Chamadas.h"
 #include "apoio/Passos.h"
 #include "blackbox/Caixa.h"
 #include "util/Motivo.h"
-
-#include <gtest/gtest.h>
 
 #include <functional>
 
 using zel::Motivo;
 
+using Preparo = std::function<void(Caixa &)>;
+
+// A till in that state, 0 to 5, and then prepared, makes the call. File names are relative to its
+// directory.
 struct Provocacao {
     Motivo motivo;
-    std::string_view funcao;
-    std::function<int(Caixa &)> fazer;
+    int codigo;
+    int estado;
+    Pedido pedido;
     std::string_view trecho; // of the line
+    Preparo preparar = nullptr;
+    int (*fazer)(Caixa &) = nullptr; // in place of the call, where somebody else has something
 };
 
 // Files, configuration, arguments, states, tag text.
@@ -24,18 +30,14 @@ std::vector<Provocacao> provocacoesGerais();
 // Items, payments, issuing, cancellation, printing.
 std::vector<Provocacao> provocacoesDaVenda();
 
-inline int abrir(Caixa &c, const char *documento = "") {
-    return c->aCFAbrir_ZEL(documento, "", "", "", "", "", "", "", "");
+inline Preparo configurado(const char *chave, const char *valor) {
+    return [=](Caixa &c) { c.config(chave, valor); };
 }
-inline int abrirCom(Caixa &c, const char *numero, const char *municipio, const char *uf) {
-    return c->aCFAbrir_ZEL("12345678909", "Maria", "Rua A", numero, "Centro", municipio, "Recife",
-                           uf, "50030230");
+inline Preparo comArquivo(const char *nome, const std::string &conteudo) {
+    return [=](Caixa &c) { c.escreverArquivo(nome, conteudo); };
 }
-inline int vender(Caixa &c, const char *preco = "10.00", const char *quantidade = "1",
-                  const char *descricao = "Produto") {
-    return c->aCFVender_ZEL("T1800", quantidade, preco, "", "", "1", "UN", descricao);
+inline Preparo comPasta(const std::string &nome) {
+    return [=](Caixa &c) { std::filesystem::create_directory(c.diretorio() + nome); };
 }
-
-inline void levarAoEstado(Caixa &c, int estado) {
-    ASSERT_EQ(avancar(c.funcoes(), estado), estado);
-}
+// A call that succeeds.
+Preparo depoisDe(const Pedido &pedido);

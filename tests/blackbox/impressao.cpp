@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // From a sale to paper, and to its cancellation: the documents that the library wrote are the ones
 // that it prints, requests and cancels.
+#include "apoio/Chamadas.h"
 #include "apoio/Passos.h"
 #include "apoio/Retorno.h"
+#include "apoio/Trecho.h"
 #include "blackbox/Caixa.h"
 
 #include <gtest/gtest.h>
@@ -15,9 +17,9 @@ void fecharCupom(const Caixa &c) {
     ASSERT_EQ(c->aCFAbrir_ZEL("12345678909", "Jos\xE9 & Filhos", "", "", "", "", "", "", ""),
               ZEL_OK);
     ASSERT_EQ(c->aCFVender_ZEL("T1800", "2", "5.25", "", "", "1", "UN", "P\xE3o <doce>"), ZEL_OK);
-    ASSERT_EQ(c->aCFTotalizar_ZEL("D$", "0,50"), ZEL_OK);
-    ASSERT_EQ(c->aCFEfetuarPagamento_ZEL("dinheiro", "20"), ZEL_OK);
-    ASSERT_EQ(c->tCFEncerrar_ZEL("Volte <b>sempre</b>\nsim"), ZEL_OK);
+    ASSERT_EQ(totalizar(c, "D$", "0,50"), ZEL_OK);
+    ASSERT_EQ(pagar(c, "dinheiro", "20"), ZEL_OK);
+    ASSERT_EQ(encerrar(c, "Volte <b>sempre</b>\nsim"), ZEL_OK);
 }
 
 std::string retorno(const Caixa &c) {
@@ -48,7 +50,7 @@ TEST(Impressao, do_documento_ao_papel) {
         EXPECT_EQ(cupom, ultimo.data());
         char url[ZEL_TAMANHO_VALOR];
         EXPECT_EQ(caixa->rURLQrcode_ZEL(url), ZEL_OK);
-        EXPECT_NE(cupom.find("<qrcode>" + std::string(url) + "<lmodulo>"), std::string::npos);
+        EXPECT_TRUE(contem(cupom, "<qrcode>" + std::string(url) + "<lmodulo>"));
     }
     EXPECT_EQ(caixa.info("4"), "143260000000001");
     EXPECT_EQ(caixa.info("6"), "2026-11-24T10:20:30-03:00");
@@ -65,17 +67,9 @@ struct CupomDeServico {
 };
 
 std::vector<CupomDeServico> cuponsDeServico() {
-    const std::string produto =
-        "<PROD><cProd>7</cProd><cEAN>7891234567895</cEAN><xProd>A</xProd><NCM>22011000</NCM>"
-        "<CFOP>5405</CFOP><uCom>UN</uCom><qCom>2</qCom><vUnCom>3.50</vUnCom><vProd>7.00</vProd>"
-        "<cEANTrib>7891234567895</cEANTrib><uTrib>UN</uTrib><qTrib>2</qTrib><vUnTrib>3.50</vUnTrib>"
-        "<indTot>1</indTot></PROD><imposto>";
-    const std::string comST =
-        produto + "<ICMS><ICMS10><orig>0</orig><CST>10</CST><modBC>3</modBC><vBC>7.00</vBC><pICMS>"
-                  "18.00</pICMS><vICMS>1.26</vICMS><modBCST>4</modBCST><pMVAST>0.40</pMVAST>"
-                  "<pRedBCST>0.00</pRedBCST><vBCST>9.80</vBCST><pICMSST>0.18</pICMSST>"
-                  "<vICMSST>0.50</vICMSST></ICMS10></ICMS></imposto>";
-    const std::string semICMS = produto + "<PIS><PISNT><CST>07</CST></PISNT></PIS></imposto>";
+    const std::string comST = kItemComST;
+    const std::string semICMS =
+        comST.substr(0, comST.find("<ICMS>")) + "<PIS><PISNT><CST>07</CST></PISNT></PIS></imposto>";
     return {
         {"", "0", {"", ""}, "ISSQNTot", "", "", "100.00"},
         {"", "2,50", {"D$", "5"}, "ISSQNTot", "7.50", "", "92.50"},
@@ -89,7 +83,7 @@ void fecharCupom(const Caixa &c, const CupomDeServico &cupom) {
     c.config("IMPOSTO\\ISSQN\\cMunFG", "12");
     c.config("IMPOSTO\\ISSQN\\cListServ", "101");
     c.config("IMPOSTO\\ISSQN\\cSitTrib", "N");
-    ASSERT_EQ(abrirSemConsumidor(c.funcoes()), ZEL_OK);
+    ASSERT_EQ(abrir(c), ZEL_OK);
     if (!cupom.xml.empty()) {
         ASSERT_EQ(c->aCFVenderXml_ZEL(cupom.xml.c_str()), ZEL_OK);
     }
@@ -97,9 +91,9 @@ void fecharCupom(const Caixa &c, const CupomDeServico &cupom) {
         ASSERT_EQ(c->aCFVender_ZEL("S0500", "1", "100", "D$", cupom.desconto, "1", "UN", "B"),
                   ZEL_OK);
     }
-    ASSERT_EQ(c->aCFTotalizar_ZEL(cupom.ajuste[0], cupom.ajuste[1]), ZEL_OK);
-    ASSERT_EQ(c->aCFEfetuarPagamento_ZEL("dinheiro", ""), ZEL_OK);
-    ASSERT_EQ(c->tCFEncerrar_ZEL(""), ZEL_OK);
+    ASSERT_EQ(totalizar(c, cupom.ajuste[0], cupom.ajuste[1]), ZEL_OK);
+    ASSERT_EQ(pagar(c), ZEL_OK);
+    ASSERT_EQ(encerrar(c), ZEL_OK);
 }
 
 // The amount after the first such label of a line; empty when there is none.
@@ -123,7 +117,7 @@ TEST(Impressao, cupom_que_termina_em_servico) {
         for (const int colunas : {42, 48}) {
             caixa.escreverArquivo("nota.xml", documento);
             const std::string cupom = imprimir(caixa, "nota.xml", "retorno.xml", colunas);
-            EXPECT_NE(cupom.find("&vNF=" + caso.total + "&vICMS=0.00&"), cupom.npos) << cupom;
+            EXPECT_TRUE(contem(cupom, "&vNF=" + caso.total + "&vICMS=0.00&"));
             EXPECT_EQ(valorDe(cupom, "DESCONTO"), caso.desc) << cupom;
             EXPECT_EQ(valorDe(cupom, "ACRESCIMO"), caso.acresc) << cupom;
             EXPECT_EQ(valorDe(cupom, "VALOR TOTAL R$"), caso.total) << cupom;
@@ -135,38 +129,23 @@ TEST(Impressao, contingencia_imprime_duas_vias_do_arquivo_embaralhado) {
     Caixa caixa;
     caixa.config("IDE\\tpEmis", "9");
     ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
-    char texto[ZEL_TAMANHO_DIRETORIOS];
-    texto[caixa.diretorio().copy(texto, ZEL_TAMANHO_DIRETORIOS)] = '\0';
+    char texto[ZEL_TAMANHO_DIRETORIOS] = {};
+    caixa.diretorio().copy(texto, sizeof texto - 1);
     ASSERT_EQ(caixa->aCFContingenciaUltimaNota_ZEL(4, texto), ZEL_OK);
     const std::string nome = fs::path(texto).filename();
     const std::string cupom = imprimir(caixa, nome, "OFFLINE", 42);
-    std::size_t vias = 0;
-    for (std::size_t i = 0; (i = cupom.find("<sl>4</sl><gui></gui>", i)) != std::string::npos; ++i)
-        ++vias;
-    EXPECT_EQ(vias, 2U);
+    EXPECT_EQ(vezesEm(cupom, "<sl>4</sl><gui></gui>"), 2);
     EXPECT_LT(cupom.find("consumidor</c>"), cupom.find("Estabelecimento</c>"));
     EXPECT_EQ(cupom.find("Protocolo"), std::string::npos);
 }
 
-TEST(Impressao, recusas) {
+TEST(Impressao, pdf_so_do_autorizado) {
     Caixa caixa;
     ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
     caixa.escreverArquivo("retorno.xml", retorno(caixa));
     const std::string chave = caixa.config("NFCE\\ChaveDeAcesso");
-    imprimir(caixa, "documentosEnvio.xml", "retorno.xml", 40, 1, -1);
-    imprimir(caixa, "documentosEnvio.xml", "retorno.xml", 48, 2, -1);
-    imprimir(caixa, "nada.xml", "retorno.xml", 48, 1, -1);
-    imprimir(caixa, "documentosEnvio.xml", "nada.xml", 48, 1, -1);
-    EXPECT_EQ(caixa->GerarArquivoFormatadoNF_ZEL("", "OFFLINE", "", 48, 1, "", nullptr), -99);
-    char saida[8];
-    EXPECT_EQ(caixa->GerarArquivoFormatadoNF_ZEL(nullptr, "OFFLINE", "", 48, 1, "", saida), -1);
-    EXPECT_EQ(caixa->RetornarUltimoBufferFormatadoNF_ZEL(saida), -52);
-    EXPECT_EQ(caixa->GeraPDF_ZEL("###"), -1);
-    EXPECT_EQ(caixa->GeraPDF_DANFE_ZEL(nullptr), -1);
     // The PDF of a document that was not authorized, after its text.
-    std::string negado = retorno(caixa);
-    negado.replace(negado.find(">100<"), 5, ">204<");
-    caixa.escreverArquivo("negado.xml", negado);
+    caixa.escreverArquivo("negado.xml", trocar(retorno(caixa), ">100<", ">204<"));
     caixa.config("CONFIGURACAO\\SalvarDanfePDF", "1");
     EXPECT_NE(imprimir(caixa, "documentosEnvio.xml", "negado.xml", 48, 1, -24), "");
     imprimir(caixa, "documentosEnvio.xml", "retorno.xml", 48);
@@ -175,11 +154,9 @@ TEST(Impressao, recusas) {
 
 TEST(Cancelamento, do_cupom_em_andamento_e_do_ultimo_documento) {
     Caixa caixa;
-    EXPECT_EQ(caixa->tCFCancelar_ZEL(nullptr, "", "", "", ""), -99);
-    ASSERT_EQ(abrirSemConsumidor(caixa.funcoes()), ZEL_OK);
+    ASSERT_EQ(abrir(caixa), ZEL_OK);
     EXPECT_EQ(caixa->tCFCancelar_ZEL("", "", "", "", ""), ZEL_OK);
     EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 6);
-    EXPECT_EQ(caixa->tCFCancelar_ZEL("", "", "", "", ""), -1) << "cancelled already";
     EXPECT_FALSE(caixa.existe("documentosEnvio.xml"));
 
     ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
@@ -202,26 +179,21 @@ TEST(Cancelamento, do_cupom_em_andamento_e_do_ultimo_documento) {
     EXPECT_EQ(caixa->tCFCancelar_ZEL("", "", "", "", ""), -1);
 
     const std::string cupom = imprimir(caixa, "documentosEnvio.xml", "retorno.xml", 48, 5);
-    EXPECT_NE(cupom.find("Cancelamento:143260000000001\r\n"), std::string::npos);
-    EXPECT_NE(imprimir(caixa, "documentosEnvio.xml", "OFFLINE", 42, 5).find("OFF-LINE"),
-              std::string::npos);
+    EXPECT_TRUE(contem(cupom, "Cancelamento:143260000000001\r\n"));
+    EXPECT_TRUE(contem(imprimir(caixa, "documentosEnvio.xml", "OFFLINE", 42, 5), "OFF-LINE"));
 }
 
 TEST(Cancelamento, offline_em_cada_diretorio) {
     Caixa caixa;
     ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
     fs::create_directory(caixa.diretorio() + "b");
-    const std::string lista = caixa.diretorio() + "|" + caixa.diretorio() + "b/";
-    char texto[ZEL_TAMANHO_DIRETORIOS];
-    texto[lista.copy(texto, lista.size())] = '\0';
+    char texto[ZEL_TAMANHO_DIRETORIOS] = {};
+    (caixa.diretorio() + "|" + caixa.diretorio() + "b/").copy(texto, sizeof texto - 1);
     ASSERT_EQ(caixa->tCFCancelarOffline_ZEL("", "", "", "", texto), ZEL_OK);
     const std::string nome = "11111111111111_001000000002.ctgCanc";
     EXPECT_EQ(texto, caixa.diretorio() + "b/" + nome);
     EXPECT_EQ(caixa.lerArquivo(nome), caixa.lerArquivo("b/" + nome));
-    EXPECT_NE(imprimir(caixa, nome, "OFFLINE", 48, 5).find("S\xE9rie: 001"), std::string::npos);
-    char vazio[ZEL_TAMANHO_DIRETORIOS] = "";
-    EXPECT_EQ(caixa->tCFCancelarOffline_ZEL("", "", "", "", vazio), 0);
-    EXPECT_EQ(caixa->tCFCancelarOffline_ZEL("1", "1", "123", "", texto), -1);
+    EXPECT_TRUE(contem(imprimir(caixa, nome, "OFFLINE", 48, 5), "S\xE9rie: 001"));
 }
 
 TEST(Requisicoes, consulta_como_primeira_chamada_do_processo) {
@@ -229,7 +201,6 @@ TEST(Requisicoes, consulta_como_primeira_chamada_do_processo) {
     EXPECT_EQ(caixa->GeraXMLConsulta_ZEL("NUM", "0", "0", "1", nullptr), ZEL_OK);
     EXPECT_EQ(elemento(caixa.lerArquivo("documentosEnvio.xml"), "dhUF"), "43");
     EXPECT_EQ(elemento(caixa.lerArquivo("parametrosEnvio.xml"), "Situacao"), "S");
-    EXPECT_EQ(caixa->tCFInutilizar_ZEL("7", nullptr, "1", ""), -99);
 }
 
 } // namespace

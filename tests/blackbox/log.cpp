@@ -2,15 +2,18 @@
 // The log as a file among others: what it never shows, how long it gets, who else writes to it, and
 // that no call fails for it.
 #include "blackbox/Log.h"
+#include "apoio/Ambiente.h"
+#include "apoio/Chamadas.h"
+#include "apoio/Filho.h"
+#include "apoio/Passos.h"
+#include "apoio/Trecho.h"
 #include "blackbox/Caixa.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
-#include <functional>
 #include <iterator>
 #include <regex>
 
@@ -25,19 +28,6 @@ int recusarChave(const Caixa &c, const char *chave) {
     return c->regAlterarValor_ZEL(chave, "1");
 }
 
-int abrirCom(const Caixa &c, const char *documento, const char *nome, const char *logradouro,
-             const char *numero, const char *bairro, const char *municipio) {
-    return c->aCFAbrir_ZEL(documento, nome, logradouro, numero, bairro, municipio, "Recife", "PE",
-                           "50030230");
-}
-
-std::string tudo(const Log &log) {
-    std::string texto;
-    for (const std::string &linha : log.linhas())
-        texto += linha + "\n";
-    return texto;
-}
-
 void encher(const std::string &caminho, std::uintmax_t tamanho) {
     std::ofstream(caminho) << std::string(tamanho - 1, 'x') << '\n';
 }
@@ -45,48 +35,34 @@ void encher(const std::string &caminho, std::uintmax_t tamanho) {
 // What a call must not bring into the log, and what is there instead.
 struct Segredo {
     std::string_view oculto, visivel;
-    std::function<void(const Caixa &)> recusa;
+    int estado; // in which the till refuses
+    Pedido pedido;
 };
 
+Pedido abrirCom(const char *nome, const char *logradouro, const char *numero, const char *bairro,
+                const char *uf) {
+    return Pedido("aCFAbrir_ZEL", "12345678909", nome, logradouro, numero, bairro, "2611606",
+                  "Recife", uf, "50030230");
+}
+
 const Segredo kSegredos[] = {
-    {"12345678909", "\"123***\"", [](const Caixa &c) { recusarChave(c, "123.456.789-09"); }},
-    {"456.789", "\"123***\"", [](const Caixa &c) { recusarChave(c, "123.456.789-09"); }},
-    {"11222333000181", "\"112***\"", [](const Caixa &c) { recusarChave(c, "11222333000181"); }},
-    {"1234567890", "CPF: \"123***\"",
-     [](const Caixa &c) {
-         c->aCFAbrir_ZEL("", "", "", "", "", "", "", "", "");
-         c->aCFVender_ZEL("T1800", "1", "1", "", "", "1", "UN", "X");
-         c->aCFIdentificarConsumidor_ZEL("1234567890", "Maria", "", "", "", "", "", "", "", "");
-     }},
-    {"\"Z\"", "xNome (nome): \"Z***\"",
-     [](const Caixa &c) {
-         c->aCFAbrir_ZEL("", "", "", "", "", "", "", "", "");
-         c->aCFVender_ZEL("T1800", "1", "1", "", "", "1", "UN", "X");
-         c->aCFIdentificarConsumidor_ZEL("12345678909", "Z", "", "", "", "", "", "", "", "");
-     }},
-    {"Rua das Flores", "bairro: vazio",
-     [](const Caixa &c) {
-         abrirCom(c, "12345678909", "Zulmira", "Rua das Flores", "10", "", "2611606");
-     }},
-    {"Apartamento", "numero: \"A***\"",
-     [](const Caixa &c) {
-         abrirCom(c, "12345678909", "Zulmira", "Rua das Flores",
-                  "Apartamento de numero muito comprido, que nao cabe nos sessenta caracteres",
-                  "Centro", "2611606");
-     }},
-    {"Zulmira", "uf: \"Z***\"",
-     [](const Caixa &c) {
-         c->aCFAbrir_ZEL("12345678909", "PE", "Rua A", "10", "Centro", "2611606", "Recife",
-                         "Zulmira Souza", "50030230");
-     }},
-    {"segredo-do-csc", "TokenSefaz: o valor",
-     [](const Caixa &c) {
-         c->regAlterarValor_ZEL("CONFIGURACAO\\TokenSefaz", "segredo-do-csc</x>");
-     }},
-    {"chave-do-arquivo", "/nao/existe",
-     [](const Caixa &c) {
-         c->eDescriptografarArquivo_ZEL("/nao/existe", "/x", "chave-do-arquivo");
-     }},
+    {"12345678909", "\"123***\"", 0, Pedido("regAlterarValor_ZEL", "123.456.789-09", "1")},
+    {"456.789", "\"123***\"", 0, Pedido("regAlterarValor_ZEL", "123.456.789-09", "1")},
+    {"11222333000181", "\"112***\"", 0, Pedido("regAlterarValor_ZEL", "11222333000181", "1")},
+    {"1234567890", "CPF: \"123***\"", 2,
+     Pedido("aCFIdentificarConsumidor_ZEL", "1234567890", "Maria")},
+    {"\"Z\"", "xNome (nome): \"Z***\"", 2,
+     Pedido("aCFIdentificarConsumidor_ZEL", "12345678909", "Z")},
+    {"Rua das Flores", "bairro: vazio", 0, abrirCom("Zulmira", "Rua das Flores", "10", "", "PE")},
+    {"Apartamento", "numero: \"A***\"", 0,
+     abrirCom("Zulmira", "Rua das Flores",
+              "Apartamento de numero muito comprido, que nao cabe nos sessenta caracteres",
+              "Centro", "PE")},
+    {"Zulmira", "uf: \"Z***\"", 0, abrirCom("PE", "Rua A", "10", "Centro", "Zulmira Souza")},
+    {"segredo-do-csc", "TokenSefaz: o valor", 0,
+     Pedido("regAlterarValor_ZEL", "CONFIGURACAO\\TokenSefaz", "segredo-do-csc</x>")},
+    {"chave-do-arquivo", "/nao/existe", 0,
+     Pedido("eDescriptografarArquivo_ZEL", "/nao/existe", "/x", "chave-do-arquivo")},
 };
 
 TEST(Log, nao_mostra_pessoas_nem_segredos) {
@@ -94,10 +70,11 @@ TEST(Log, nao_mostra_pessoas_nem_segredos) {
         SCOPED_TRACE(segredo.visivel);
         const Log log("chamadas");
         const Caixa caixa;
-        segredo.recusa(caixa);
-        const std::string texto = tudo(log);
-        EXPECT_EQ(texto.find(segredo.oculto), std::string::npos) << texto;
-        EXPECT_NE(texto.find(segredo.visivel), std::string::npos) << texto;
+        ASSERT_EQ(avancar(caixa, segredo.estado), segredo.estado);
+        fazer(caixa, segredo.pedido);
+        const std::string texto = lerTudo(log.caminho()).value_or("");
+        EXPECT_FALSE(contem(texto, segredo.oculto));
+        EXPECT_TRUE(contem(texto, segredo.visivel));
     }
 }
 
@@ -109,9 +86,7 @@ const Dado kDados[] = {
     {"a\n2026-01-01 00:00:00 -0300 [1] tCFEncerrar_ZEL: 1 ZEL_OK", "\"a\\n2026-01-01 "},
     {"a\r\tb\x1B[2J", "\"a\\r\\tb\\x1B[2J\""},
     {"\x85 C1, \x7F", "\"\\x85 C1, \\x7F\""},
-    {"P\xE3o \xE0 Fran\xE7"
-     "a",
-     "\"Pão à França\""},
+    {"P\xE3o \xE0 Fran\347a", "\"Pão à França\""},
     {"{dado}{falha}%s%n", "\"{dado}{falha}%s%n\""},
     {std::string(41, 'x'), "\"" + std::string(40, 'x') + "…\""},
     {std::string(100'000, 'x'), "\"" + std::string(40, 'x') + "…\""},
@@ -124,7 +99,7 @@ TEST(Log, uma_recusa_e_uma_linha_seja_qual_for_o_dado) {
         EXPECT_EQ(recusarChave(caixa, linha.dado.c_str()), ZEL_RECUSADO);
         const auto linhas = log.linhas();
         ASSERT_EQ(linhas.size(), 1U);
-        EXPECT_NE(linhas[0].find(linha.visto), std::string::npos) << linhas[0];
+        EXPECT_TRUE(contem(linhas[0], linha.visto));
         EXPECT_LT(linhas[0].size(), 600U);
         EXPECT_TRUE(std::regex_search(
             linhas[0], std::regex("^[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9:]{8} [-+][0-9]{4} \\[[0-9]+\\] "
@@ -143,25 +118,24 @@ TEST(Log, caminho_em_utf8_e_em_latin1) {
     ASSERT_EQ(linhas.size(), 4U);
     const char *const vistos[] = {" /não: ", " /não: ", " /nÃ: ", " /Â\\x85\\n: "};
     for (std::size_t i = 0; i < linhas.size(); ++i)
-        EXPECT_NE(linhas[i].find(vistos[i]), std::string::npos) << linhas[i];
+        EXPECT_TRUE(contem(linhas[i], vistos[i]));
 }
 
 TEST(Log, so_do_dono_e_na_hora_da_aplicacao) {
-    setenv("TZ", "UTC+3:30", 1);
+    const Ambiente zona("TZ", "UTC+3:30");
     const Log log;
     const Caixa caixa;
     EXPECT_EQ(recusarChave(caixa, "x"), ZEL_RECUSADO);
     struct stat dados {};
     ASSERT_EQ(stat(log.caminho().c_str(), &dados), 0);
     EXPECT_EQ(dados.st_mode & 07777, 0600U);
-    EXPECT_NE(log.linhas().at(0).find(" -0330 ["), std::string::npos) << log.linhas().at(0);
-    unsetenv("TZ");
+    EXPECT_TRUE(contem(log.linhas().at(0), " -0330 ["));
 }
 
 TEST(Log, todas_as_chamadas_com_a_sua_duracao) {
     const Log log("chamadas");
     const Caixa caixa;
-    EXPECT_EQ(caixa->aCFAbrir_ZEL("", "", "", "", "", "", "", "", ""), ZEL_OK);
+    EXPECT_EQ(abrir(caixa), ZEL_OK);
     EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 1);
     EXPECT_EQ(recusarChave(caixa, "x"), ZEL_RECUSADO);
     const char *const esperadas[] = {"aCFAbrir_ZEL: 1 ZEL_OK, [0-9]+\\.[0-9]{3} ms$",
@@ -173,20 +147,12 @@ TEST(Log, todas_as_chamadas_com_a_sua_duracao) {
         EXPECT_TRUE(std::regex_search(linhas[i], std::regex(esperadas[i]))) << linhas[i];
 }
 
-TEST(Log, chamada_aceita_nao_escreve_nada) {
-    const Log log;
-    const Caixa caixa;
-    EXPECT_EQ(caixa->aCFAbrir_ZEL("", "", "", "", "", "", "", "", ""), ZEL_OK);
-    EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 1);
-    EXPECT_FALSE(fs::exists(log.caminho()));
-}
-
 // Off, relative, of an unknown level: no file appears, and the codes stay.
 TEST(Log, desligado_nao_deixa_arquivo) {
     for (const char *destino :
          {static_cast<const char *>(nullptr), "", "caixa.log", "./caixa.log"}) {
         const Log log;
-        Log::apontar(destino, "chamadas");
+        log.apontar(destino, "chamadas");
         const Caixa caixa;
         EXPECT_EQ(recusarChave(caixa, "x"), ZEL_RECUSADO);
         EXPECT_FALSE(fs::exists("caixa.log"));
@@ -203,12 +169,12 @@ TEST(Log, nunca_faz_uma_chamada_falhar) {
     fs::create_symlink("/etc/hostname", base + "/ligacao");
     for (const char *nome : {"/pasta", "/fila", "/ligacao", "/nao/existe", "/fila/x"}) {
         SCOPED_TRACE(nome);
-        Log::apontar((base + nome).c_str(), "chamadas");
+        log.apontar((base + nome).c_str(), "chamadas");
         const Caixa caixa;
         EXPECT_EQ(recusarChave(caixa, "x"), ZEL_RECUSADO);
-        EXPECT_EQ(caixa->aCFAbrir_ZEL("", "", "", "", "", "", "", "", ""), ZEL_OK);
+        EXPECT_EQ(abrir(caixa), ZEL_OK);
     }
-    Log::apontar("/dev/full", nullptr);
+    log.apontar("/dev/full", nullptr);
     const Caixa caixa;
     EXPECT_EQ(recusarChave(caixa, "x"), ZEL_RECUSADO);
 }
@@ -222,7 +188,7 @@ TEST(Log, passa_para_o_anterior_em_dez_megabytes) {
     EXPECT_EQ(recusarChave(caixa, "segunda"), ZEL_RECUSADO);
     const auto linhas = log.linhas();
     ASSERT_EQ(linhas.size(), 2U);
-    EXPECT_NE(linhas[0].find("primeira"), std::string::npos);
+    EXPECT_TRUE(contem(linhas[0], "primeira"));
     EXPECT_EQ(fs::file_size(log.caminho() + ".1"), kMaximo - 50);
     EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(log.caminho()).parent_path()),
                             fs::directory_iterator()),
@@ -237,7 +203,7 @@ TEST(Log, que_nao_pode_ser_renomeado_recomeca) {
     fs::create_directories(log.caminho() + ".1/ocupado");
     EXPECT_EQ(recusarChave(caixa, "nova"), ZEL_RECUSADO);
     ASSERT_EQ(log.linhas().size(), 1U);
-    EXPECT_NE(log.linhas()[0].find("\"nova\""), std::string::npos);
+    EXPECT_TRUE(contem(log.linhas()[0], "\"nova\""));
 }
 
 // While one process is at the rename the others neither wait for it, nor rename, nor lose a line.
@@ -250,22 +216,13 @@ TEST(Log, que_outro_processo_esta_renomeando) {
     EXPECT_EQ(recusarChave(caixa, "durante"), ZEL_RECUSADO);
     EXPECT_FALSE(fs::exists(log.caminho() + ".1"));
     ASSERT_EQ(log.linhas().size(), 2U);
-    EXPECT_NE(log.linhas()[1].find("\"durante\""), std::string::npos);
+    EXPECT_TRUE(contem(log.linhas()[1], "\"durante\""));
     fs::resize_file(log.caminho(), kMaximo + 1'000'000); // it never ends: no further
     EXPECT_EQ(recusarChave(caixa, "demais"), ZEL_RECUSADO);
     EXPECT_EQ(fs::file_size(log.caminho()), kMaximo + 1'000'000);
     close(outro);
     EXPECT_EQ(recusarChave(caixa, "depois"), ZEL_RECUSADO);
     EXPECT_EQ(log.linhas().size(), 1U);
-}
-
-int emOutroProcesso(const std::function<void()> &fazer) {
-    const pid_t filho = fork();
-    if (filho == 0) {
-        fazer();
-        _exit(0);
-    }
-    return filho;
 }
 
 // Lines of processes that write, and rotate, at once: none is lost, none is torn, and no full file
@@ -277,15 +234,13 @@ TEST(Log, de_varios_processos_ao_mesmo_tempo) {
     encher(log.caminho(), kMaximo - 100'000); // rotated about midway
     std::vector<pid_t> filhos;
     for (int p = 0; p < kProcessos; ++p)
-        filhos.push_back(emOutroProcesso([&] {
+        filhos.push_back(comecarFilho([&] {
             for (int i = 0; i < kLinhas; ++i)
                 recusarChave(caixa, ("p" + std::to_string(p) + "_" + std::to_string(i)).c_str());
+            return 0;
         }));
-    for (const pid_t filho : filhos) {
-        int estado = -1;
-        EXPECT_EQ(waitpid(filho, &estado, 0), filho);
-        EXPECT_EQ(estado, 0);
-    }
+    for (const pid_t filho : filhos)
+        EXPECT_EQ(fimDe(filho), 0);
     auto linhas = Log::linhasDe(log.caminho() + ".1");
     ASSERT_FALSE(linhas.empty()) << "not rotated";
     EXPECT_EQ(linhas.front().size(), kMaximo - 100'000 - 1);
@@ -303,8 +258,8 @@ TEST(Log, no_stderr) {
     int canos[2];
     ASSERT_EQ(pipe2(canos, O_CLOEXEC), 0);
     const Log log;
-    Log::apontar("stderr", nullptr);
-    const pid_t filho = emOutroProcesso([&] {
+    log.apontar("stderr", nullptr);
+    const pid_t filho = comecarFilho([&] {
         dup2(canos[1], STDERR_FILENO);
         close(canos[1]);
         const Caixa caixa;
@@ -315,17 +270,15 @@ TEST(Log, no_stderr) {
             recusarChave(caixa, "depois");
             usleep(1000);
         }
-        // Its directory goes with it, which _exit alone would leave.
+        return 0;
     });
     close(canos[1]);
     std::string texto(300, '\0');
     const ssize_t lidos = read(canos[0], texto.data(), texto.size());
     close(canos[0]);
-    int estado = -1;
-    EXPECT_EQ(waitpid(filho, &estado, 0), filho);
-    EXPECT_EQ(estado, 0) << "ended by a signal";
+    EXPECT_EQ(fimDe(filho), 0) << "ended by a signal";
     texto.resize(lidos > 0 ? static_cast<std::size_t>(lidos) : 0);
-    EXPECT_NE(texto.find("\"visivel\""), std::string::npos) << texto;
+    EXPECT_TRUE(contem(texto, "\"visivel\""));
 }
 
 } // namespace

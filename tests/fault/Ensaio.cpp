@@ -164,14 +164,23 @@ void recusarSe(const char *quando, const std::string &diferenca) {
     if (!diferenca.empty()) ADD_FAILURE() << quando << ": " << diferenca;
 }
 
+void emProcessoNovo(const std::string &diretorio,
+                    const std::function<void(const Funcoes &)> &conferir) {
+    const int resposta = disco::emOutroProcesso([&] {
+        const NovasFalhas falhas;
+        soltarTravasHerdadas();
+        const Processo processo(diretorio);
+        conferir(processo.funcoes());
+        return falhas.codigo();
+    });
+    EXPECT_EQ(resposta, 0);
+}
+
 Ensaio::Ensaio(const Roteiro &roteiro) : roteiro_(roteiro), meios_(roteiro.passos.size()) {
     disco::fixarRelogio(kAgora);
-    std::string modelo = (fs::temp_directory_path() / "zel-falhas-XXXXXX").string();
-    if (mkdtemp(modelo.data()) == nullptr) throw std::runtime_error("no temporary directory");
-    diretorio_ = modelo + "/";
     // Each in a process that ends without a goodbye, so that the journal goes on.
-    const auto tocar = [&](std::size_t passo, auto acao) {
-        const std::string memoria = modelo + ".memoria";
+    const auto tocar = [&](std::size_t passo, const Acao &acao) {
+        const std::string memoria = pasta_.caminho() + ".memoria";
         const int resposta = disco::emOutroProcesso([&] {
             const Processo processo(diretorio_);
             const int codigo = acao(processo.funcoes(), diretorio_);
@@ -191,7 +200,7 @@ Ensaio::Ensaio(const Roteiro &roteiro) : roteiro_(roteiro), meios_(roteiro.passo
     };
     retratos_.push_back(tocar(0, [](const Funcoes &, const std::string &) { return 1; }));
     for (std::size_t passo = 0; passo < passos(); ++passo) {
-        if (const auto meio = roteiro_.passos[passo].meio; meio != nullptr) {
+        if (const Acao &meio = roteiro_.passos[passo].meio) {
             meios_[passo] = tocar(passo, meio).arquivos;
             fotos_.pop_back();
             preparar(passo);
@@ -202,8 +211,6 @@ Ensaio::Ensaio(const Roteiro &roteiro) : roteiro_(roteiro), meios_(roteiro.passo
 
 Ensaio::~Ensaio() {
     disco::fixarRelogio(0);
-    std::error_code ignorado;
-    fs::remove_all(diretorio_, ignorado);
 }
 
 int Ensaio::chamadas(std::size_t passo, bool soMudancas) const {
@@ -249,24 +256,18 @@ std::string Ensaio::diferencaNoFim(std::size_t passo, const Retrato &achado) con
 void Ensaio::conferirSucessor(std::size_t passo, bool feito) const {
     // To the end of the roteiro is long: in a selection, one of four goes there.
     const std::size_t fim = tudo() || ++conferidos_ % 4 == 0 ? passos() : passo + 1;
-    const int resposta = disco::emOutroProcesso([&] {
-        const NovasFalhas falhas;
-        soltarTravasHerdadas();
-        const Processo processo(diretorio_);
+    emProcessoNovo(diretorio_, [&](const Funcoes &f) {
         EXPECT_FALSE(temRascunho(disco::fotografar(diretorio_)))
             << "scratch files of a dead process";
-        const Retrato achado = retratar(processo.funcoes(), diretorio_);
+        const Retrato achado = retratar(f, diretorio_);
         const bool depois = achado == retrato(passo + 1);
         if (feito) recusarSe("after it", diferenca(achado, retrato(passo + 1)));
         recusarSe("found", foraDoLugar(passo, achado));
         for (std::size_t i = depois ? passo + 1 : passo; i < fim; ++i)
-            EXPECT_GT(fazer(i, processo.funcoes()), 0) << nome(i);
+            EXPECT_GT(fazer(i, f), 0) << nome(i);
         if (depois || !outroCodigo(passo))
-            recusarSe("at the end",
-                      diferenca(retratar(processo.funcoes(), diretorio_), retrato(fim)));
-        return falhas.codigo();
+            recusarSe("at the end", diferenca(retratar(f, diretorio_), retrato(fim)));
     });
-    EXPECT_EQ(resposta, 0);
 }
 
 bool tudo() {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "apoio/Biblioteca.h"
+#include "apoio/PastaTemporaria.h"
 #include "disco/Processo.h"
 #include "disco/Vigia.h"
 #include "fault/Roteiro.h"
@@ -51,6 +52,10 @@ private:
 // Fails the test unless the difference is empty.
 void recusarSe(const char *quando, const std::string &diferenca);
 
+// In a process of its own over the directory; what fails in it fails the test.
+void emProcessoNovo(const std::string &diretorio,
+                    const std::function<void(const Funcoes &)> &conferir);
+
 class Ensaio {
 public:
     explicit Ensaio(const Roteiro &roteiro);
@@ -95,7 +100,8 @@ public:
 
 private:
     const Roteiro &roteiro_;
-    std::string diretorio_;
+    PastaTemporaria pasta_;
+    std::string diretorio_ = pasta_ / "";
     std::vector<Retrato> retratos_;
     std::vector<disco::Fotografia> fotos_; // the same with the journal
     std::vector<disco::Fotografia> meios_; // empty where a step has none

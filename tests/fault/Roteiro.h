@@ -5,17 +5,20 @@
 
 #include "apoio/Funcoes.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
+// Answers what the library did. `diretorio` is the till's and ends in "/".
+using Acao = std::function<int(const Funcoes &funcoes, const std::string &diretorio)>;
+
 struct Passo {
     const char *nome;
-    // Answers what the library did. `diretorio` is the till's and ends in "/".
-    int (*fazer)(const Funcoes &funcoes, const std::string &diretorio);
+    Acao fazer;
     // A step that is allowed to happen in parts: each file is that of before, of after, or the one
     // that `meio` leaves.
     bool porPartes = false;
-    int (*meio)(const Funcoes &funcoes, const std::string &diretorio) = nullptr;
+    Acao meio = nullptr;
     // A repetition takes another numeric code, so that no two files have the same.
     bool outroCodigo = false;
 };

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 // What each operation of one process asks of the disk, as a table that is read when it changes: a
 // save too many, a flush too many or a file written twice shows here.
+#include "apoio/Ouro.h"
 #include "fault/Ensaio.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
 namespace {
@@ -65,11 +63,7 @@ TEST(Contagem, chamadas_de_cada_operacao) {
             tabela << linha(ensaio.nome(passo), vigia.eventos());
         }
     }
-    const char *regenerar = std::getenv("ZEL_REGENERAR");
-    if (regenerar != nullptr && std::string_view(regenerar) == "1")
-        std::ofstream(ZEL_CHAMADAS) << tabela.str();
-    std::ifstream arquivo(ZEL_CHAMADAS);
-    EXPECT_EQ(tabela.str(), std::string(std::istreambuf_iterator<char>(arquivo), {}));
+    compararComOuro(ZEL_CHAMADAS, tabela.str());
 }
 
 // Loading, too, is an operation that may be killed; here it is only counted.

@@ -2,6 +2,7 @@
 // Files that were cut short, hit by a bad sector, edited by hand or mistaken for others: no crash
 // and no hang, what was whole is kept, and a damaged original is kept beside before it is replaced.
 #include "apoio/Passos.h"
+#include "apoio/Trecho.h"
 #include "fault/Ensaio.h"
 
 #include <gtest/gtest.h>
@@ -79,20 +80,11 @@ bool temLinhasDe(std::string_view linhas, std::string_view texto) {
     return true;
 }
 
-int vender(const Funcoes &f) {
-    return venderUm(f);
-}
-
 // Whatever was in progress, the next receipt is a right one.
 void venderOutro(const Funcoes &f, const std::string &diretorio) {
     f.regAlterarValor_ZEL("CONFIGURACAO\\estadoCFe", "0");
-    EXPECT_EQ(abrirSemConsumidor(f), ZEL_OK);
-    EXPECT_EQ(vender(f), ZEL_OK);
-    EXPECT_EQ(f.aCFTotalizar_ZEL("", ""), ZEL_OK);
-    EXPECT_EQ(f.aCFEfetuarPagamento_ZEL("01", ""), ZEL_OK);
-    EXPECT_EQ(f.tCFEncerrar_ZEL(""), ZEL_OK);
-    EXPECT_NE(disco::fotografar(diretorio)["documentosEnvio.xml"].find("<vNF>10.00</vNF>"),
-              std::string::npos);
+    EXPECT_EQ(avancar(f, 5), 5);
+    EXPECT_TRUE(contem(disco::fotografar(diretorio)["documentosEnvio.xml"], "<vNF>10.00</vNF>"));
 }
 
 // Items whose lines stand whole in front of the first byte that differs.
@@ -100,14 +92,11 @@ int itensIntocados(const std::string &original, const std::string &danificado) {
     const auto [x, y] =
         std::mismatch(original.begin(), original.end(), danificado.begin(), danificado.end());
     const std::string_view antes = inteiro({original.begin(), x});
-    int itens = 0;
-    for (std::size_t i = 0; (i = antes.find("\n02|", i)) != antes.npos; ++i)
-        ++itens;
-    return itens;
+    return vezesEm(antes, "\n02|");
 }
 
 class Danos : public testing::Test {
-protected:
+public:
     // A receipt of three items, in state 2.
     Danos() : ensaio_(roteiros().front()), arquivos_(ensaio_.retrato(8).arquivos) {
         // Where there is a journal it puts right what was damaged.
@@ -116,28 +105,31 @@ protected:
 
     // Each damage in a process of its own: `conferir` finds the damaged file in place.
     template <class Conferir>
-    void experimentar(const char *arquivo, const std::vector<Dano> &danos, Conferir conferir) {
+    void experimentar(const char *arquivo, const std::vector<Dano> &danos,
+                      Conferir conferir) const {
         for (const Dano &dano : danos) {
             SCOPED_TRACE(dano.descricao);
             disco::Fotografia foto = arquivos_;
             foto[arquivo] = dano.bytes;
             disco::revelar(ensaio_.diretorio(), foto);
-            EXPECT_EQ(disco::emOutroProcesso([&] {
-                          const NovasFalhas falhas;
-                          const Processo processo(ensaio_.diretorio());
-                          conferir(processo.funcoes(), dano);
-                          return falhas.codigo();
-                      }),
-                      0);
+            emProcessoNovo(ensaio_.diretorio(), [&](const Funcoes &f) { conferir(f, dano); });
         }
         std::cout << "[ falhas ] arquivos danificados " << danos.size() << '\n';
     }
 
+    void experimentarTodos(const char *arquivo,
+                           void (Danos::*conferir)(const Funcoes &, const Dano &) const) const {
+        const std::string bytes = arquivos_.at(arquivo);
+        for (const auto &danos : {prefixos(bytes), batidas(bytes), alheios(arquivos_)})
+            experimentar(arquivo, danos,
+                         [&](const Funcoes &f, const Dano &dano) { (this->*conferir)(f, dano); });
+    }
+
     // The next sale keeps every complete line, or the file as it was found.
-    void conferirRegistros(const Funcoes &f, const Dano &dano) {
+    void conferirRegistros(const Funcoes &f, const Dano &dano) const {
         char info[ZEL_TAMANHO_INFO];
         f.rInfoEstendida_ZEL("1", info);
-        EXPECT_GE(std::atoi(info), itensIntocados(arquivos_[kRegistros], dano.bytes));
+        EXPECT_GE(std::atoi(info), itensIntocados(arquivos_.at(kRegistros), dano.bytes));
         if (vender(f) == ZEL_OK) {
             disco::Fotografia depois = disco::fotografar(ensaio_.diretorio());
             EXPECT_TRUE(depois[std::string(kRegistros) + ".danificado"] == dano.bytes ||
@@ -148,10 +140,9 @@ protected:
     }
 
     // Starting keeps what the file says, or the file as it was found.
-    void conferirConfig(const Funcoes &f, const Dano &dano) {
+    void conferirConfig(const Funcoes &f, const Dano &dano) const {
         vender(f);
-        const int codigo = f.aCFInicializar_ZEL();
-        EXPECT_EQ(codigo, ZEL_OK);
+        EXPECT_EQ(f.aCFInicializar_ZEL(), ZEL_OK);
         disco::Fotografia depois = disco::fotografar(ensaio_.diretorio());
         const auto copia = depois.find(std::string(kConfig) + ".danificado");
         if (copia != depois.end()) {
@@ -159,7 +150,7 @@ protected:
             venderOutro(f, ensaio_.diretorio());
         } else {
             EXPECT_TRUE(ehSubsequencia(inteiro(dano.bytes), depois[kConfig])) << "overwritten";
-            abrirSemConsumidor(f);
+            abrir(f);
             vender(f);
         }
     }
@@ -169,17 +160,11 @@ protected:
 };
 
 TEST_F(Danos, nos_registros) {
-    const auto conferir = [&](const Funcoes &f, const Dano &dano) { conferirRegistros(f, dano); };
-    experimentar(kRegistros, prefixos(arquivos_[kRegistros]), conferir);
-    experimentar(kRegistros, batidas(arquivos_[kRegistros]), conferir);
-    experimentar(kRegistros, alheios(arquivos_), conferir);
+    experimentarTodos(kRegistros, &Danos::conferirRegistros);
 }
 
 TEST_F(Danos, na_configuracao) {
-    const auto conferir = [&](const Funcoes &f, const Dano &dano) { conferirConfig(f, dano); };
-    experimentar(kConfig, prefixos(arquivos_[kConfig]), conferir);
-    experimentar(kConfig, batidas(arquivos_[kConfig]), conferir);
-    experimentar(kConfig, alheios(arquivos_), conferir);
+    experimentarTodos(kConfig, &Danos::conferirConfig);
 }
 
 // What waits to take a file's place is read by the next process, too.

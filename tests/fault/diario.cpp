@@ -2,6 +2,8 @@
 // The journal itself: torn at any byte, with a bit flipped, of another directory or of an older
 // time, one that cannot be made; and what somebody wrote between two processes, which it must not
 // undo. Files that are older than the journal lost what was not flushed.
+#include "apoio/PastaTemporaria.h"
+#include "apoio/Trecho.h"
 #include "fault/Ensaio.h"
 
 #include <gtest/gtest.h>
@@ -27,6 +29,17 @@ constexpr const char *kDiario = "ZEL_Framework.diario", *kConfig = "ZEL_Framewor
 constexpr std::size_t kBloco = 4096; // of the journal
 constexpr std::size_t kPrimeiraVenda = 5, kUltimoPagamento = 19, kEncerrar = 21;
 
+int alterarVersao(const Funcoes &f, const char *valor = "2.0") {
+    return f.regAlterarValor_ZEL("IDE\\verProc", valor);
+}
+
+// Somewhere from that byte on, the same one in every run.
+void trocarUmBit(std::string &bytes, std::size_t desde, unsigned semente) {
+    std::mt19937 sorte(semente);
+    char &byte = bytes[desde + sorte() % (bytes.size() - desde)];
+    byte = static_cast<char>(byte ^ (1 << sorte() % 8));
+}
+
 class DoDiario : public testing::Test {
 protected:
     DoDiario() : ensaio_(roteiros().front()) {}
@@ -34,14 +47,19 @@ protected:
     // What a new process finds.
     template <class Conferir>
     void religar(Conferir conferir) const {
-        EXPECT_EQ(disco::emOutroProcesso([&] {
-                      const NovasFalhas falhas;
-                      const Processo processo(ensaio_.diretorio());
-                      conferir(processo.funcoes(),
-                               retratar(processo.funcoes(), ensaio_.diretorio()));
-                      return falhas.codigo();
-                  }),
-                  0);
+        emProcessoNovo(ensaio_.diretorio(),
+                       [&](const Funcoes &f) { conferir(f, retratar(f, ensaio_.diretorio())); });
+    }
+    void conferirRetrato(std::size_t passo) const {
+        religar([&](const Funcoes &, const Retrato &achado) {
+            recusarSe("found", diferenca(achado, ensaio_.retrato(passo)));
+        });
+    }
+    void conferirAntesOuDepois(std::size_t passo) const {
+        religar([&](const Funcoes &, const Retrato &achado) {
+            EXPECT_TRUE(achado == ensaio_.retrato(passo) || achado == ensaio_.retrato(passo + 1))
+                << diferenca(achado, ensaio_.retrato(passo));
+        });
     }
 
     // The files of before the step, and the journal of after it.
@@ -90,11 +108,7 @@ TEST_F(DoDiario, rasgado_em_cada_byte_vale_ate_ali) {
             disco::Fotografia foto = semDescarga(passo);
             foto[kDiario] = inteiro.substr(0, n);
             revelarDeAgora(foto);
-            religar([&](const Funcoes &, const Retrato &achado) {
-                EXPECT_TRUE(achado == ensaio_.retrato(passo) ||
-                            achado == ensaio_.retrato(passo + 1))
-                    << diferenca(achado, ensaio_.retrato(passo));
-            });
+            conferirAntesOuDepois(passo);
         }
     }
 }
@@ -102,17 +116,10 @@ TEST_F(DoDiario, rasgado_em_cada_byte_vale_ate_ali) {
 TEST_F(DoDiario, um_bit_trocado_recusa_o_registro) {
     for (unsigned semente = 1; semente <= (tudo() ? 2000U : 60U); ++semente) {
         SCOPED_TRACE(semente);
-        std::mt19937 sorte(semente);
         disco::Fotografia foto = semDescarga(kUltimoPagamento);
-        std::string &diario = foto[kDiario];
-        const std::size_t lugar = sorte() % diario.size();
-        diario[lugar] = static_cast<char>(diario[lugar] ^ (1 << sorte() % 8));
+        trocarUmBit(foto[kDiario], 0, semente);
         revelarDeAgora(foto);
-        religar([&](const Funcoes &, const Retrato &achado) {
-            EXPECT_TRUE(achado == ensaio_.retrato(kUltimoPagamento) ||
-                        achado == ensaio_.retrato(kUltimoPagamento + 1))
-                << diferenca(achado, ensaio_.retrato(kUltimoPagamento));
-        });
+        conferirAntesOuDepois(kUltimoPagamento);
     }
 }
 
@@ -121,18 +128,13 @@ TEST_F(DoDiario, um_bit_trocado_recusa_o_registro) {
 TEST_F(DoDiario, danificado_recomeca_sem_perder_o_que_os_arquivos_tem) {
     for (unsigned semente = 1; semente <= (tudo() ? 400U : 40U); ++semente) {
         SCOPED_TRACE(semente);
-        std::mt19937 sorte(semente);
         disco::Fotografia foto = ensaio_.foto(kUltimoPagamento);
-        std::string &diario = foto[kDiario];
-        const std::size_t lugar = kBloco + sorte() % (diario.size() - kBloco);
-        diario[lugar] = static_cast<char>(diario[lugar] ^ (1 << sorte() % 8));
+        trocarUmBit(foto[kDiario], kBloco, semente);
         revelarDeAgora(foto);
         religar([&](const Funcoes &f, const Retrato &) {
             EXPECT_GT(ensaio_.fazer(kUltimoPagamento, f), 0);
         });
-        religar([&](const Funcoes &, const Retrato &achado) {
-            recusarSe("afterwards", diferenca(achado, ensaio_.retrato(kUltimoPagamento + 1)));
-        });
+        conferirRetrato(kUltimoPagamento + 1);
     }
 }
 
@@ -143,7 +145,7 @@ TEST_F(DoDiario, esvaziado_por_outro_que_morre) {
         const int fim = disco::emOutroProcesso([&] {
             std::optional<Processo> outro(std::in_place, ensaio_.diretorio());
             for (const char *valor : {"2.0", "1.0"})
-                if (outro->funcoes().regAlterarValor_ZEL("IDE\\verProc", valor) != ZEL_OK) return 1;
+                if (alterarVersao(outro->funcoes(), valor) != ZEL_OK) return 1;
             const disco::Vigia vigia(
                 {.ato = disco::Plano::Ato::kMorrer, .em = n, .soMudancas = true});
             outro.reset(); // unloads the library
@@ -211,17 +213,13 @@ TEST_F(DoDiario, antigo_ou_alheio_nao_muda_os_arquivos) {
 // the sending component takes the document.
 TEST_F(DoDiario, o_que_alguem_mudou_depois_fica) {
     const std::string config = ensaio_.retrato(kEncerrar + 1).arquivos.at(kConfig);
-    const auto trocado = [&](const char *de, const char *para) {
-        std::string texto = config;
-        return texto.replace(texto.find(de), std::string_view(de).size(), para);
-    };
     const struct {
         const char *descricao;
         const char *arquivo;
         std::string bytes; // empty: taken away
     } casos[] = {
-        {"state set back", kConfig, trocado("<estadoCFe>5", "<estadoCFe>0")},
-        {"another length", kConfig, trocado("<xNome>RAZAO SOCIAL", "<xNome>Loja")},
+        {"state set back", kConfig, trocar(config, "<estadoCFe>5", "<estadoCFe>0")},
+        {"another length", kConfig, trocar(config, "<xNome>RAZAO SOCIAL", "<xNome>Loja")},
         {"backup of before", kConfig, ensaio_.foto(kPrimeiraVenda).at(kConfig)},
         {"receipt emptied", kRegistros, "01|\r\n"},
         {"receipt taken away", kRegistros, ""},
@@ -239,7 +237,7 @@ TEST_F(DoDiario, o_que_alguem_mudou_depois_fica) {
         religar([&](const Funcoes &f, const Retrato &) {
             disco::Fotografia arquivos = disco::fotografar(ensaio_.diretorio());
             EXPECT_EQ(arquivos[caso.arquivo], caso.bytes);
-            EXPECT_EQ(f.regAlterarValor_ZEL("IDE\\verProc", "2.0"), ZEL_OK);
+            EXPECT_EQ(alterarVersao(f), ZEL_OK);
             arquivos = disco::fotografar(ensaio_.diretorio());
             if (caso.arquivo != std::string_view(kConfig)) {
                 EXPECT_EQ(arquivos[caso.arquivo], caso.bytes);
@@ -258,9 +256,7 @@ TEST_F(DoDiario, ilegivel_deixa_ler_os_arquivos) {
         EXPECT_EQ(ensaio_.fazer(kUltimoPagamento, f), ZEL_ARQUIVO_INDISPONIVEL);
     });
     fs::remove(ensaio_.diretorio() + kDiario);
-    religar([&](const Funcoes &, const Retrato &achado) {
-        recusarSe("afterwards", diferenca(achado, ensaio_.retrato(kUltimoPagamento)));
-    });
+    conferirRetrato(kUltimoPagamento);
 }
 
 // The first call was root's, in the directory of the till's user.
@@ -269,9 +265,7 @@ TEST_F(DoDiario, e_de_quem_tem_o_diretorio) {
     constexpr uid_t kUsuario = 65534;
     disco::revelar(ensaio_.diretorio(), {});
     ASSERT_EQ(::chown(ensaio_.diretorio().c_str(), kUsuario, kUsuario), 0);
-    religar([](const Funcoes &f, const Retrato &) {
-        EXPECT_EQ(f.regAlterarValor_ZEL("IDE\\verProc", "2.0"), ZEL_OK);
-    });
+    religar([](const Funcoes &f, const Retrato &) { EXPECT_EQ(alterarVersao(f), ZEL_OK); });
     struct stat dados {};
     ASSERT_EQ(::stat((ensaio_.diretorio() + kDiario).c_str(), &dados), 0);
     EXPECT_EQ(dados.st_uid, kUsuario);
@@ -279,10 +273,8 @@ TEST_F(DoDiario, e_de_quem_tem_o_diretorio) {
 
 // The disk is full, or refuses, when the journal is to be made: the first call of a till.
 TEST(DiarioNovo, que_nao_pode_ser_feito_recusa_a_chamada) {
-    const std::string modelo = (fs::temp_directory_path() / "zel-diario-XXXXXX").string();
-    std::string diretorio = modelo;
-    ASSERT_NE(mkdtemp(diretorio.data()), nullptr);
-    diretorio += '/';
+    const PastaTemporaria pasta;
+    const std::string diretorio = pasta / "";
     int recusas = 0;
     for (const int erro : {ENOSPC, EIO}) {
         for (int n = 1;; ++n) {
@@ -290,8 +282,7 @@ TEST(DiarioNovo, que_nao_pode_ser_feito_recusa_a_chamada) {
             const int resposta = disco::emOutroProcesso([&] {
                 disco::revelar(diretorio, {});
                 const Processo processo(diretorio, true);
-                const Funcoes &f = processo.funcoes();
-                const auto alterar = [&] { return f.regAlterarValor_ZEL("IDE\\verProc", "2.0"); };
+                const auto alterar = [&] { return alterarVersao(processo.funcoes()); };
                 int codigo = 0;
                 bool disparou = false;
                 {
@@ -303,7 +294,7 @@ TEST(DiarioNovo, que_nao_pode_ser_feito_recusa_a_chamada) {
                 if (!disparou) return 2;
                 if (codigo != ZEL_OK && alterar() != ZEL_OK) return 1;
                 const std::string config = disco::fotografar(diretorio)[kConfig];
-                return config.find("<verProc>2.0<") == std::string::npos ? 1 : 0;
+                return vezesEm(config, "<verProc>2.0<") == 1 ? 0 : 1;
             });
             if (resposta == 2) break;
             ++recusas;
@@ -313,15 +304,11 @@ TEST(DiarioNovo, que_nao_pode_ser_feito_recusa_a_chamada) {
     EXPECT_GT(recusas, 20);
     disco::revelar(diretorio, {});
     fs::create_directory(diretorio + kDiario);
-    EXPECT_EQ(disco::emOutroProcesso([&] {
-                  const Processo processo(diretorio, true);
-                  return processo.funcoes().regAlterarValor_ZEL("IDE\\verProc", "2.0") ==
-                                 ZEL_ARQUIVO_INDISPONIVEL
-                             ? 0
-                             : 1;
-              }),
-              0);
-    fs::remove_all(diretorio);
+    const int resposta = disco::emOutroProcesso([&] {
+        const Processo processo(diretorio, true);
+        return alterarVersao(processo.funcoes()) == ZEL_ARQUIVO_INDISPONIVEL ? 0 : 1;
+    });
+    EXPECT_EQ(resposta, 0);
 }
 
 } // namespace

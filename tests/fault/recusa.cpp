@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 // A call that fails: the operation answers a negative code and has changed nothing, or it has done
 // its work whole; either way the next call works, and so does the next process.
+#include "apoio/Ambiente.h"
+#include "apoio/PastaTemporaria.h"
+#include "apoio/Trecho.h"
 #include "fault/Ensaio.h"
 
 #include <gtest/gtest.h>
@@ -9,8 +12,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 
 namespace {
@@ -86,29 +87,16 @@ int conferir(const Ensaio &ensaio, std::size_t passo, const disco::Plano &plano)
 // or what else it was.
 class LogDasRecusas {
 public:
-    LogDasRecusas() { setenv("ZEL_LOG", caminho_.c_str(), 1); }
-    ~LogDasRecusas() {
-        unsetenv("ZEL_LOG");
-        std::error_code ignorado;
-        std::filesystem::remove(caminho_, ignorado);
-    }
-    LogDasRecusas(const LogDasRecusas &) = delete;
-    LogDasRecusas &operator=(const LogDasRecusas &) = delete;
-
     void conferir() const {
-        std::ifstream arquivo(caminho_);
-        int linhas = 0;
-        for (std::string linha; std::getline(arquivo, linha); ++linhas) {
-            EXPECT_EQ(linha.find("motivo não registrado"), std::string::npos) << linha;
-            EXPECT_EQ(linha.find("um arquivo do diretório"), std::string::npos) << linha;
-        }
-        EXPECT_GT(linhas, 0);
+        const std::string linhas = pasta_.ler("log");
+        EXPECT_FALSE(linhas.empty());
+        EXPECT_FALSE(contem(linhas, "motivo não registrado"));
+        EXPECT_FALSE(contem(linhas, "um arquivo do diretório"));
     }
 
 private:
-    std::string caminho_ = (std::filesystem::temp_directory_path() /
-                            ("zel-recusas-" + std::to_string(getpid()) + ".log"))
-                               .string();
+    PastaTemporaria pasta_;
+    Ambiente destino_{"ZEL_LOG", (pasta_ / "log").c_str()};
 };
 
 TEST_P(Recusa, nada_muda_ou_tudo_esta_feito) {
@@ -144,24 +132,17 @@ TEST_P(Recusa, nada_muda_ou_tudo_esta_feito) {
 TEST(SemTravas, funciona_e_o_log_diz) {
     constexpr std::size_t kVenda = 6;
     const Ensaio ensaio(roteiros().front());
-    const std::string log = ensaio.diretorio() + "log";
+    const int ultima = ensaio.chamadas(kVenda, false);
+    const Ambiente destino("ZEL_LOG", (ensaio.diretorio() + "log").c_str());
     int avisos = 0;
-    for (int n = 1; n <= ensaio.chamadas(kVenda, false); ++n) {
-        ensaio.preparar(kVenda);
-        const int resposta = disco::emOutroProcesso([&] {
-            setenv("ZEL_LOG", log.c_str(), 1);
-            const Processo processo(ensaio.diretorio());
-            const disco::Vigia vigia({.ato = Ato::kErro, .em = n, .erro = ENOLCK});
-            return ensaio.fazer(kVenda, processo.funcoes()) > 0 ? 0 : 1;
-        });
-        const disco::Fotografia arquivos = disco::fotografar(ensaio.diretorio());
-        const auto escrito = arquivos.find("log");
+    for (int n = 1; n <= ultima; ++n) {
+        const int resposta = ensaio.sob(kVenda, {.ato = Ato::kErro, .em = n, .erro = ENOLCK});
+        disco::Fotografia arquivos = disco::fotografar(ensaio.diretorio());
+        const std::string escrito = arquivos["log"];
         // A call that is no lock may be refused, and then the log has that.
-        if (escrito == arquivos.end() ||
-            escrito->second.find(" não tem travas: dois") == std::string::npos)
-            continue;
+        if (!contem(escrito, " não tem travas: dois")) continue;
         ++avisos;
-        EXPECT_EQ(resposta, 0) << escrito->second;
+        EXPECT_EQ(resposta, 0) << escrito;
     }
     EXPECT_GT(avisos, 0);
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The text of the configuration file, whoever wrote, tore or changed it.
+#include "apoio/Trecho.h"
 #include "config/ArquivoConfig.h"
 #include "util/Texto.h"
 
@@ -15,9 +16,9 @@ constexpr Chave kProducaoAC = R"(URLS\AC\Producao)"_chave;
 
 const std::string kCriado = fnXML_CriarArquivo(ValoresConfig{});
 
-// The created file with one piece of it, which must be there, replaced by another.
+// The created file with one piece of it replaced by another, wherever it is.
 std::string com(std::string_view de, std::string_view para) {
-    EXPECT_NE(kCriado.find(de), std::string::npos) << de;
+    EXPECT_TRUE(contem(kCriado, de));
     return substituirAll(kCriado, de, para);
 }
 
@@ -34,13 +35,9 @@ std::string alterado(std::string_view texto, const std::vector<Alteracao> &alter
     return novo->texto;
 }
 
-void esperarParte(std::string_view texto, std::string_view parte) {
-    EXPECT_NE(texto.find(parte), texto.npos) << parte;
-}
-
 } // namespace
 
-TEST(ConfigCatalogo, path_leads_to_its_own_key_or_to_none) {
+TEST(ConfigCatalogo, caminho_leva_a_sua_chave_ou_a_nenhuma) {
     EXPECT_EQ(procurarChave(R"(ide\nf)"), R"(IDE\nNF)"_chave);
     for (const std::string_view caminho :
          {R"(IDE\UF)", R"(IMPOSTO\ICMS\vBC)", R"(ICMS\ICMS00\vBC)", R"(IMPOSTO\ICMS\ICMS00)",
@@ -48,7 +45,7 @@ TEST(ConfigCatalogo, path_leads_to_its_own_key_or_to_none) {
         EXPECT_FALSE(procurarChave(caminho)) << caminho;
 }
 
-TEST(ConfigArquivo, foreign_text_is_read_as_written) {
+TEST(ConfigArquivo, texto_alheio_e_lido_como_esta) {
     const struct {
         std::string_view de, para;
         Chave chave;
@@ -65,7 +62,7 @@ TEST(ConfigArquivo, foreign_text_is_read_as_written) {
 }
 
 // What stands after the strange piece is neither read, nor lost, nor doubled by the completion.
-TEST(ConfigArquivo, reading_ends_at_what_is_not_understood) {
+TEST(ConfigArquivo, a_leitura_para_no_que_nao_entende) {
     for (const std::string_view estranho :
          {"<EstadoCFe>2</EstadoCFe>", "<novo><IDE><cUF>50</cUF></IDE></novo>", "<cUF>50</cUF>",
           "</IDE>", "<estadoCFe>2</EstadoCFe>", "<estadoCFe <", "<!-- <estadoCFe>"}) {
@@ -73,7 +70,7 @@ TEST(ConfigArquivo, reading_ends_at_what_is_not_understood) {
         texto = substituirAll(texto, "<HistoricoXML>0<", "<HistoricoXML>1<");
         const CargaConfig carga = carregado(texto);
         EXPECT_EQ(carga.valores[R"(CONFIGURACAO\HistoricoXML)"_chave], "0") << estranho;
-        esperarParte(carga.arquivo.texto, "<HistoricoXML>1<");
+        EXPECT_TRUE(contem(carga.arquivo.texto, "<HistoricoXML>1<"));
         EXPECT_EQ(carga.arquivo.texto.find("<HistoricoXML>0<"), carga.arquivo.texto.npos)
             << estranho;
         EXPECT_FALSE(carga.inteira) << estranho;
@@ -82,26 +79,28 @@ TEST(ConfigArquivo, reading_ends_at_what_is_not_understood) {
         EXPECT_FALSE(fnXML_CarregarXML(texto, ValoresConfig{})) << texto;
 }
 
-TEST(ConfigArquivo, missing_entries_come_back_in_their_group) {
+TEST(ConfigArquivo, o_que_falta_volta_ao_seu_grupo) {
     EXPECT_EQ(carregado(kCriado).arquivo.texto, kCriado);
     EXPECT_TRUE(carregado(kCriado).inteira);
     EXPECT_EQ(carregado("<FRAMEWORKZEL>\r\n</FRAMEWORKZEL>\r\n").arquivo.texto + "\n", kCriado);
-    esperarParte(carregado(com("    <TipoAmbiente>3</TipoAmbiente>\r\n", "")).arquivo.texto,
-                 "</TIMEZONESERVIDOR>\r\n    <TipoAmbiente>3</TipoAmbiente>\r\n  </CONFIGURACAO>");
-    esperarParte(carregado("<FRAMEWORKZEL><IDE><cUF>35</IDE></FRAMEWORKZEL>").arquivo.texto,
-                 "<IDE><cUF>35</cUF>  <cNF>17102544</cNF>\r\n");
+    EXPECT_TRUE(
+        contem(carregado(com("    <TipoAmbiente>3</TipoAmbiente>\r\n", "")).arquivo.texto,
+               "</TIMEZONESERVIDOR>\r\n    <TipoAmbiente>3</TipoAmbiente>\r\n  </CONFIGURACAO>"));
+    EXPECT_TRUE(contem(carregado("<FRAMEWORKZEL><IDE><cUF>35</IDE></FRAMEWORKZEL>").arquivo.texto,
+                       "<IDE><cUF>35</cUF>  <cNF>17102544</cNF>\r\n"));
     // One dFab left: the first keeps it, the second is added after.
     const std::string umDFab = com("<dVal></dVal>\r\n      <dFab></dFab>\r\n", "<dVal></dVal>\r\n");
-    esperarParte(carregado(umDFab).arquivo.texto, "</vPMC>\r\n      <dFab></dFab>\r\n    </MED>");
+    EXPECT_TRUE(
+        contem(carregado(umDFab).arquivo.texto, "</vPMC>\r\n      <dFab></dFab>\r\n    </MED>"));
     // A group's end tag is gone: the groups after it are not missing, and can be changed.
     const std::string aberto = com("  </CONFIGURACAO>\r\n", "");
     EXPECT_EQ(carregado(aberto).arquivo.texto, aberto);
-    esperarParte(alterado(aberto, {{kCUF, "35"}}), "<cUF>35<");
+    EXPECT_TRUE(contem(alterado(aberto, {{kCUF, "35"}}), "<cUF>35<"));
 }
 
 // Tools that write XML shorten what is empty: a key taken for unknown would end the reading, and
 // the shop would go on with the defaults.
-TEST(ConfigArquivo, empty_element_is_its_key) {
+TEST(ConfigArquivo, elemento_vazio_e_a_sua_chave) {
     for (const std::string_view vazio : {"<cUF/>", "<cUF />", "<cUF \t\r\n/>"}) {
         const std::string texto = com("<cUF>43</cUF>", vazio);
         const CargaConfig carga = carregado(substituirAll(texto, "Venda", "Troca"));
@@ -113,14 +112,15 @@ TEST(ConfigArquivo, empty_element_is_its_key) {
     }
     // Two of one name are two keys still.
     const std::string dois = com("<dFab></dFab>", "<dFab/>");
-    esperarParte(alterado(dois, {{kSegundoDFab, "2"}}), "<dFab/>\r\n      <dVal></dVal>\r\n"
-                                                        "      <dFab>2</dFab>\r\n      <vPMC>");
+    EXPECT_TRUE(contem(alterado(dois, {{kSegundoDFab, "2"}}),
+                       "<dFab/>\r\n      <dVal></dVal>\r\n"
+                       "      <dFab>2</dFab>\r\n      <vPMC>"));
     // The root is none of them, and a stray end tag still ends the reading.
     EXPECT_FALSE(fnXML_CarregarXML("<FRAMEWORKZEL/>", ValoresConfig{}));
     EXPECT_FALSE(carregado(com("<cUF>43</cUF>", "<cUF/></cUF>")).inteira);
 }
 
-TEST(ConfigArquivo, empty_group_gets_its_lines) {
+TEST(ConfigArquivo, grupo_vazio_recebe_as_suas_linhas) {
     for (const std::string grupo : {"CIDE", "MED", "COMB", "PROD", "IMPOSTO", "URLS"}) {
         const std::size_t inicio = kCriado.find("<" + grupo + ">");
         const std::size_t fim = kCriado.find("</" + grupo + ">") + grupo.size() + 3;
@@ -139,7 +139,7 @@ TEST(ConfigArquivo, empty_group_gets_its_lines) {
 }
 
 // However many of them there are, what is unknown is passed over.
-TEST(ConfigArquivo, unknown_elements_do_not_end_the_looking) {
+TEST(ConfigArquivo, elementos_desconhecidos_nao_encerram_a_busca) {
     std::string muitos;
     for (int i = 0; i < 500; ++i)
         muitos += "<n" + std::to_string(i) + (i % 3 ? ">1</n" + std::to_string(i) + ">" : "/>");
@@ -148,7 +148,7 @@ TEST(ConfigArquivo, unknown_elements_do_not_end_the_looking) {
     EXPECT_EQ(carregado(substituirAll(texto, "<cUF>43", "<cUF>35")).valores[kCUF], "43");
 }
 
-TEST(ConfigArquivo, change_leaves_everything_else_as_it_is) {
+TEST(ConfigArquivo, mudanca_deixa_o_resto_como_esta) {
     // The comment stays, as does what is unknown, with a key of the same name in it.
     const std::string alheio = com("<cUF>", "<!-- </cUF> --><outro><cUF>43</cUF></outro>\t<cUF>");
     EXPECT_EQ(alterado(alheio, {{kCUF, "35"}, {R"(IDE\natOP)"_chave, ""}}) + "\n",
@@ -161,7 +161,7 @@ TEST(ConfigArquivo, change_leaves_everything_else_as_it_is) {
 }
 
 // A value that a later load would not give back would be lost with the process.
-TEST(ConfigArquivo, change_is_read_back) {
+TEST(ConfigArquivo, mudanca_e_lida_de_volta) {
     const struct {
         std::string texto;
         std::vector<Alteracao> alteracoes; // the last one holds
@@ -181,7 +181,7 @@ TEST(ConfigArquivo, change_is_read_back) {
 }
 
 // Torn and hostile texts: nothing hangs or crashes, and what was completed once is complete.
-TEST(ConfigArquivo, torn_text_is_completed_at_once) {
+TEST(ConfigArquivo, texto_rasgado_se_completa_de_uma_vez) {
     const std::string raiz = "<FRAMEWORKZEL>";
     for (std::size_t i = raiz.size(); i < kCriado.size(); i += i < 450 ? 1 : 173) {
         for (const std::string_view fim : {"</FRAMEWORKZEL>", "></FRAMEWORKZEL>"}) {

@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The registry and its file: what is written when, what is read again when, and that a failure
 // leaves both as they were.
-#include "ZEL_FelborFramework.h"
-#include "apoio/DiretorioDeDados.h"
-#include "config/Registro.h"
+#include "apoio/ComDados.h"
+#include "apoio/Trecho.h"
 #include "util/Texto.h"
-
-#include <gtest/gtest.h>
 
 using namespace zel;
 
@@ -16,43 +13,31 @@ constexpr std::string_view kNome = "ZEL_Framework.xml";
 constexpr Chave kNatOP = R"(IDE\natOP)"_chave;
 constexpr Chave kNNF = R"(IDE\nNF)"_chave;
 
-class ConfigRegistro : public testing::Test {
+class ConfigRegistro : public ComDados {
 protected:
-    void SetUp() override {
-        serDiretorioDeDados(pasta_);
-        ASSERT_EQ(inicializarConfig(), ZEL_OK);
-    }
-    void TearDown() override { ::unsetenv("ZEL_DIRETORIO"); }
-
     void esperarNoArquivo(std::string_view texto) const {
-        EXPECT_NE(pasta_.ler(kNome).find(texto), std::string::npos) << texto;
+        EXPECT_TRUE(contem(pasta.ler(kNome), texto));
     }
     // As a person with an editor: one piece of the file, which must be there, for another.
     void editar(std::string_view de, std::string_view para) const {
         esperarNoArquivo(de);
-        pasta_.gravar(kNome, substituirAll(pasta_.ler(kNome), de, para));
-    }
-    // A directory stands where the save would write first: it fails, for root too.
-    void impedirGravacao(const std::string &nome) const {
-        std::filesystem::create_directory(pasta_ / (nome + ".novo"));
+        pasta.gravar(kNome, substituirAll(pasta.ler(kNome), de, para));
     }
     static int alterarNNF(std::string_view valor) {
         return fnRegAlterarValor_ZEL(R"(IDE\nNF)", valor);
     }
-
-    PastaTemporaria pasta_;
 };
 
 } // namespace
 
-TEST_F(ConfigRegistro, missing_file_is_made_from_memory) {
+TEST_F(ConfigRegistro, arquivo_perdido_e_refeito_da_memoria) {
     ASSERT_EQ(alterarNNF("77"), ZEL_OK);
-    std::filesystem::remove(pasta_ / kNome);
+    std::filesystem::remove(pasta / kNome);
     ASSERT_EQ(fnXML_CarregarXML_ZEL(), ZEL_OK);
     esperarNoArquivo("<nNF>77</nNF>");
 }
 
-TEST_F(ConfigRegistro, equal_or_refused_values_are_not_written) {
+TEST_F(ConfigRegistro, valores_iguais_ou_recusados_nao_sao_gravados) {
     impedirGravacao("ZEL_Framework.xml");
     const Alteracao iguais[] = {{kNNF, "1"}, {kNatOP, "Venda"}};
     EXPECT_EQ(alterarConfig(iguais), ZEL_OK);
@@ -61,7 +46,7 @@ TEST_F(ConfigRegistro, equal_or_refused_values_are_not_written) {
     EXPECT_EQ(valorConfig(kNNF), "1");
 }
 
-TEST_F(ConfigRegistro, change_of_another_process_is_not_lost) {
+TEST_F(ConfigRegistro, mudanca_de_outro_processo_nao_se_perde) {
     editar("<natOP>Venda<", "<natOP>Troca<");
     ASSERT_EQ(alterarNNF("2"), ZEL_OK);
     ASSERT_EQ(inicializarConfig(), ZEL_OK);
@@ -79,26 +64,26 @@ TEST_F(ConfigRegistro, change_of_another_process_is_not_lost) {
     EXPECT_EQ(valorConfig(kNNF), "1");
 }
 
-TEST_F(ConfigRegistro, values_of_a_file_that_cannot_be_completed_do_not_count) {
+TEST_F(ConfigRegistro, arquivo_que_nao_se_completa_nao_vale) {
     editar("    <cUF>43</cUF>\r\n", "");
     editar("<nNF>1<", "<nNF>5<");
     impedirGravacao("ZEL_Framework.xml");
     EXPECT_EQ(fnXML_CarregarXML_ZEL(), ZEL_ARQUIVO_INDISPONIVEL);
     EXPECT_EQ(inicializarConfig(), ZEL_ARQUIVO_INDISPONIVEL);
     EXPECT_EQ(valorConfig(kNNF), "1");
-    std::filesystem::remove(pasta_ / "ZEL_Framework.xml.novo");
+    std::filesystem::remove(pasta / "ZEL_Framework.xml.novo");
     EXPECT_EQ(fnXML_CarregarXML_ZEL(), ZEL_OK);
     EXPECT_EQ(valorConfig(kNNF), "5");
     esperarNoArquivo("<cUF>43<");
 }
 
-TEST_F(ConfigRegistro, damaged_file_is_never_replaced_without_a_copy) {
+TEST_F(ConfigRegistro, danificado_nunca_e_substituido_sem_copia) {
     ASSERT_EQ(alterarNNF("2"), ZEL_OK);
     const std::string_view danificado = "<FRAMEWORKZEL><IDE><nNF>7</nNF>";
-    pasta_.gravar(kNome, danificado);
+    pasta.gravar(kNome, danificado);
     EXPECT_EQ(alterarNNF("3"), ZEL_CONFIG_ILEGIVEL);
     impedirGravacao("ZEL_Framework.xml.danificado");
     EXPECT_EQ(inicializarConfig(), ZEL_ARQUIVO_INDISPONIVEL);
-    EXPECT_EQ(pasta_.ler(kNome), danificado);
+    EXPECT_EQ(pasta.ler(kNome), danificado);
     EXPECT_EQ(valorConfig(kNNF), "2");
 }

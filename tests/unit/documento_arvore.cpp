@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The tag tree: read from text, changed, written out, and signed by its digest.
 #include "ZEL_FelborFramework.h"
+#include "apoio/Trecho.h"
 #include "documento/Digest.h"
 #include "documento/Parser.h"
 #include "util/Latin1.h"
@@ -11,13 +12,6 @@ using namespace zel;
 
 namespace {
 
-std::string repetir(std::string_view parte, std::size_t vezes) {
-    std::string texto;
-    while (vezes-- > 0)
-        texto += parte;
-    return texto;
-}
-
 // What is stored of a section text; "refused" when it is malformed.
 std::string lido(std::string_view texto) {
     ST_tagZEL raiz("r");
@@ -26,7 +20,7 @@ std::string lido(std::string_view texto) {
 
 } // namespace
 
-TEST(Parser, text_attributes_and_children_come_back_as_given) {
+TEST(TextoDeTags, texto_atributos_e_filhos_voltam_como_vieram) {
     const std::pair<std::string_view, std::string_view> casos[] = {
         {" solto ", ""},
         {"x<a>1</a> , <b><c> 2  3 </c></b>y", "<a>1</a><b><c> 2  3 </c></b>"},
@@ -41,13 +35,13 @@ TEST(Parser, text_attributes_and_children_come_back_as_given) {
         EXPECT_EQ(lido(texto), estrutura) << texto;
 }
 
-TEST(Parser, torn_text_is_refused) {
+TEST(TextoDeTags, rasgado_e_recusado) {
     for (const std::string_view texto :
          {"<", "<a", "<a>", "<a>1<", "<a>1</", "<a>1</a", "<a x=\"1/>", "<a x='1/>", "<a>1</a><b>"})
         EXPECT_EQ(lido(texto), "refused") << texto;
 }
 
-TEST(Parser, wrong_names_and_stray_marks_are_refused) {
+TEST(TextoDeTags, nomes_errados_e_marcas_soltas_sao_recusados) {
     for (const std::string_view texto :
          {"<a>1</b>", "<a>1</A>", "<a>1</a >", "<a>1</ab>", "< a>1</a>", "<>1</>", "</a>",
           "<a><b></a></b>", "<a>1 < 2</a>", "<a x=1/>", "<a =\"1\"/>", "<a <b>1</a>",
@@ -55,7 +49,7 @@ TEST(Parser, wrong_names_and_stray_marks_are_refused) {
         EXPECT_EQ(lido(texto), "refused") << texto;
 }
 
-TEST(Parser, limits_hold_to_the_last_byte) {
+TEST(TextoDeTags, limites_valem_ate_o_ultimo_byte) {
     const auto texto = [](std::size_t nome, std::size_t atributo, std::size_t valor,
                           std::size_t niveis) {
         return repetir("<a>", niveis - 1) + "<" + repetir("n", nome) + " " +
@@ -72,7 +66,7 @@ TEST(Parser, limits_hold_to_the_last_byte) {
     EXPECT_EQ(lido(inicio + "&amp;b</a>"), inicio + "&amp;</a>");
 }
 
-TEST(Parser, document_is_found_behind_its_head) {
+TEST(TextoDeTags, documento_e_achado_depois_do_cabecalho) {
     const std::string_view xml = "\xEF\xBB\xBF<?xml version=\"1.0\"?>\n<!-- a > b --><!----> "
                                  "<NFe><a>1</a></NFe>resto";
     ST_tagZEL no;
@@ -87,14 +81,14 @@ TEST(Parser, document_is_found_behind_its_head) {
 }
 
 // Searches that start again at every tag: minutes at this size, until the run's time limit.
-TEST(Parser, hostile_text_is_read_in_one_pass) {
+TEST(TextoDeTags, hostil_e_lido_de_uma_passada) {
     for (const std::string &texto :
          {repetir("<", 3'000'000), "<a " + repetir("a='1' ", 300'000) + "/>",
           "<a " + repetir("=", 3'000'000) + ">", "<a>" + repetir("x<b/>", 50'000)})
         EXPECT_EQ(lido(texto) == "refused", texto.find('\'') == texto.npos);
 }
 
-TEST(Tag, children_are_inserted_and_removed_at_their_place) {
+TEST(Tag, filhos_entram_e_saem_no_seu_lugar) {
     const std::pair<int, std::string_view> casos[] = {{-1, "<a>1</a><b></b><x></x>"},
                                                       {0, "<x></x><a>1</a><b></b>"},
                                                       {1, "<a>1</a><x></x><b></b>"},
@@ -115,7 +109,7 @@ TEST(Tag, children_are_inserted_and_removed_at_their_place) {
 
 // Any byte more or less here and the authority refuses the digest. It was computed apart, over the
 // UTF-8 text of infNFe with xmlns in front, attributes in double quotes and cEAN closed up.
-TEST(Digest, wrapping_does_not_change_it) {
+TEST(Resumo, o_envoltorio_nao_o_muda) {
     constexpr std::string_view kNfe =
         "<NFe versao='3' xmlns='urn:n'><infNFe Id='NFe1' versao='3.10'><emit><xNome>Pão &amp; Cia"
         "</xNome></emit><det nItem='1'><cEAN> </cEAN><a>1</a></det></infNFe>"_l1;

@@ -24,7 +24,7 @@ protected:
 } // namespace
 
 // Each step fills the section that comes before those of its tax filled so far.
-TEST_F(Contribuicao, configured_group_has_its_own_form_and_rank) {
+TEST_F(Contribuicao, grupo_configurado_tem_forma_e_lugar_proprios) {
     const std::string_view passos[][3] = {
         {R"(COFINS\COFINSST)", "vAliqProd=0,5", "imposto="}, // no key of it can choose it
         {R"(COFINS\COFINSOUTR)", "CST=99 vAliqProd=", "-1"},
@@ -49,7 +49,7 @@ TEST_F(Contribuicao, configured_group_has_its_own_form_and_rank) {
     }
 }
 
-TEST_F(Contribuicao, preset_group_takes_its_own_rate_before_the_configuration) {
+TEST_F(Contribuicao, o_temporario_vem_antes_da_configuracao) {
     configurar(R"(IMPOSTO\COFINS\COFINSALIQ)", "CST=07");
     EXPECT_EQ(comPreset(fnCFConfCofinsAliq_ZEL_Felbor(presets, "01", "1,655")),
               "imposto(COFINS(COFINSAliq(CST=01 vBC=10.00 pCOFINS=1.66 vCOFINS=0.17)))");
@@ -66,7 +66,7 @@ TEST_F(Contribuicao, preset_group_takes_its_own_rate_before_the_configuration) {
               "imposto(COFINS(COFINSOutr(CST=99 vBC=10.00 pCOFINS=0.00 vCOFINS=1.00)))");
 }
 
-TEST_F(Contribuicao, stored_group_is_rebuilt_by_what_it_holds) {
+TEST_F(Contribuicao, guardado_e_remontado_pelo_que_tem) {
     // Stored, and rebuilt for the base 50.00 and the quantity 2.5000; "#" is the tax.
     const std::string casos[][2] = {
         {"#Aliq CST=1 vBC=1 p#=1,8 v#=9", "#Aliq(CST=1 vBC=50.00 p#=1,8 v#=0.90)"},

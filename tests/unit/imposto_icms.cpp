@@ -69,7 +69,7 @@ using IcmsAvulso = Icms;
 
 } // namespace
 
-TEST_P(Icms, elements_stand_in_order_with_their_own_formulas) {
+TEST_P(Icms, elementos_em_ordem_cada_um_com_a_sua_formula) {
     const auto &[nome, chaves, elementos] = GetParam();
     configurarIcms(nome, "Orig=1 " + substituirAll(chaves, "*", ""));
     const std::regex doisLados("([0-9.-]+)/([0-9.-]+)");
@@ -80,7 +80,7 @@ TEST_P(Icms, elements_stand_in_order_with_their_own_formulas) {
     EXPECT_EQ(remontado(icms), "imposto(ICMS(" + nome + "(orig=1 " + noRemontado + ")))");
 }
 
-TEST_P(Icms, only_a_required_key_may_not_be_empty) {
+TEST_P(Icms, so_a_chave_obrigatoria_nao_pode_ser_vazia) {
     const auto &[nome, chaves, elementos] = GetParam();
     const bool semGrupo = nome == "ICMS00" || nome == "ICMS40" || nome == "ICMS60";
     // The one that is no number is not made up: the section check refuses it.
@@ -98,7 +98,7 @@ TEST_P(Icms, only_a_required_key_may_not_be_empty) {
 INSTANTIATE_TEST_SUITE_P(Grupos, Icms, testing::ValuesIn(kCasos),
                          [](const auto &caso) { return caso.param.grupo; });
 
-TEST_F(IcmsAvulso, first_filled_section_counts_complete_or_not) {
+TEST_F(IcmsAvulso, vale_a_primeira_secao_preenchida_completa_ou_nao) {
     EXPECT_EQ(vendido("10.00"), "-1") << "no section is filled";
     configurarIcms("ICMSSN102", "Orig=0 CSOSN=102");
     configurarIcms("ICMS60", "Orig=0 CST=60");
@@ -107,7 +107,7 @@ TEST_F(IcmsAvulso, first_filled_section_counts_complete_or_not) {
     EXPECT_EQ(vendido("10.00"), "-1");
 }
 
-TEST_F(IcmsAvulso, rebuilding_keeps_what_the_application_gave) {
+TEST_F(IcmsAvulso, remontar_guarda_o_que_a_aplicacao_deu) {
     ST_tagZEL icms("ICMS");
     EXPECT_EQ(remontado(icms), "imposto(ICMS=)");
     icms.addSubTag(grupo("ICMS30 CST=030 modBCST=4 vICMSST=x pICMSST=0,5"));

@@ -17,7 +17,7 @@ protected:
 
 } // namespace
 
-TEST_F(Montagem, rate_is_read_in_hundredths_whatever_its_letter) {
+TEST_F(Montagem, aliquota_e_lida_em_centesimos_seja_qual_for_a_letra) {
     const std::string_view casos[][2] = {{"T1800", "18.00"}, {"t18,00", "18.00"}, {"18", "0.18"},
                                          {"F1800", "0.00"},  {"i1800", "0.00"},   {"N700", "7.00"},
                                          {"", "0.00"},       {"T-5.00", "5.00"}};
@@ -26,7 +26,7 @@ TEST_F(Montagem, rate_is_read_in_hundredths_whatever_its_letter) {
         EXPECT_NE(montado(texto).find("pICMS=" + std::string(taxa)), std::string::npos) << texto;
 }
 
-TEST_F(Montagem, service_needs_its_three_codes) {
+TEST_F(Montagem, servico_precisa_dos_seus_tres_codigos) {
     const std::string secao = R"(IMPOSTO\ISSQN)";
     for (const std::string chave : {"cMunFG", "cListServ", "cSitTrib"}) {
         configurar(secao, "cMunFG=4321808 cListServ=1401 cSitTrib=N");
@@ -38,7 +38,7 @@ TEST_F(Montagem, service_needs_its_three_codes) {
                                 "cListServ=1401 cSitTrib=N))");
 }
 
-TEST_F(Montagem, base_is_the_adjusted_value_rounded_step_by_step) {
+TEST_F(Montagem, base_e_o_valor_ajustado_arredondado_passo_a_passo) {
     // At 5.625 the even digit, the quantity rounded first (to 0.0001), 16 characters of a number.
     const std::string_view casos[][5] = {{"2.5", "2.00", "A%", "12.5", "5.62"},
                                          {"0.00005", "1000.00", "", {}, "0.10"},
@@ -55,7 +55,7 @@ TEST_F(Montagem, base_is_the_adjusted_value_rounded_step_by_step) {
     EXPECT_EQ(fnCalcularValorBC("2.5", "1.999", "D%", "0.02"), "4.99");
 }
 
-TEST_F(Montagem, rebuilt_item_keeps_what_it_was_sold_with) {
+TEST_F(Montagem, item_remontado_guarda_o_imposto_da_venda) {
     configurar(R"(IMPOSTO\ICMS\ICMS00)", "Orig=0 CST=00 modBC=3");
     ST_tagZEL item("1"), imposto("imposto");
     ASSERT_EQ(fnTratarImposto(presets, "1800", "10.00", "2.5000", imposto), ZEL_OK);
@@ -75,7 +75,7 @@ TEST_F(Montagem, rebuilt_item_keeps_what_it_was_sold_with) {
 }
 
 // An item sold as tag text may hold anything.
-TEST_F(Montagem, odd_item_is_rebuilt_whole_or_not_at_all) {
+TEST_F(Montagem, item_estranho_e_remontado_ou_recusado) {
     ST_tagZEL item("1");
     EXPECT_EQ(fnAtualizar_TagImposto(item, "", "", ""), ZEL_OK);
     auto imposto =

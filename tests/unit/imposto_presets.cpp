@@ -7,7 +7,7 @@ namespace zel {
 
 namespace {
 
-using Presets = ImpostoTest;
+using ImpostoTemporario = ImpostoTest;
 
 // The groups of the presets of the three taxes.
 std::string grupos(const ST_tagImpostoConfTemp &presets) {
@@ -18,7 +18,7 @@ std::string grupos(const ST_tagImpostoConfTemp &presets) {
 
 } // namespace
 
-TEST_F(Presets, preset_ends_alone_when_erased_or_refused) {
+TEST_F(ImpostoTemporario, so_acaba_o_apagado_ou_recusado) {
     EXPECT_EQ(fnCFConfICMS40_ZEL_Felbor(presets, "0", "40", "", {}), ZEL_OK);
     EXPECT_EQ(fnCFConfPisNT_ZEL_Felbor(presets, "07"), ZEL_OK);
     EXPECT_EQ(fnCFConfCofinsOutr_ZEL_Felbor(presets, "99", {}, "1"), ZEL_OK);
@@ -35,7 +35,7 @@ TEST_F(Presets, preset_ends_alone_when_erased_or_refused) {
     EXPECT_EQ(grupos(presets), "  ");
 }
 
-TEST_F(Presets, bounds_hold_to_the_last_character) {
+TEST_F(ImpostoTemporario, limites_valem_ate_o_ultimo_caractere) {
     const std::string catorze(14, '1'), quinze(15, '1');
     const int aceitos[] = {
         // A reference is one character.
@@ -59,7 +59,7 @@ TEST_F(Presets, bounds_hold_to_the_last_character) {
         EXPECT_EQ(codigo, ZEL_ARGUMENTO_INVALIDO) << &codigo - recusados;
 }
 
-TEST_F(Presets, icms_group_is_written_from_the_given_texts) {
+TEST_F(ImpostoTemporario, grupo_de_icms_sai_dos_textos_dados) {
     const auto montado = [&](int codigo) {
         EXPECT_EQ(codigo, ZEL_OK);
         return resultado(
@@ -77,7 +77,7 @@ TEST_F(Presets, icms_group_is_written_from_the_given_texts) {
               "imposto(ICMS(ICMS60(orig=0 CST=60 vBCSTRet=10.50 vICMSSTRet=0.00)))");
 }
 
-TEST(TotalImposto, text_is_trimmed) {
+TEST(TotalImposto, texto_perde_os_brancos_das_pontas) {
     EXPECT_EQ(fnCFValorLeiImposto_ZEL_Felbor("  R$ 12,34 (15%) "), ZEL_OK);
     EXPECT_EQ(G_szTotalImposto.texto(), "R$ 12,34 (15%)");
 }

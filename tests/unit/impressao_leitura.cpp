@@ -19,7 +19,7 @@ std::string sem(const std::string &xml, std::string_view tag, std::string_view m
 
 } // namespace
 
-TEST_F(Leitura, document_without_a_required_element_is_refused) {
+TEST_F(Leitura, sem_um_elemento_obrigatorio_e_recusado) {
     const auto resultado = [this](const std::string &xml) {
         CupomFiscal cf;
         return ler(xml, retornoEnvio, cf);
@@ -39,7 +39,7 @@ TEST_F(Leitura, document_without_a_required_element_is_refused) {
 
 // Goods with a surcharge and tax substitution, then a service with a discount: the totals of a
 // service name none of the four values that a receipt prints.
-TEST_F(Leitura, totals_of_services_are_those_of_the_items) {
+TEST_F(Leitura, totais_de_servico_sao_os_dos_itens) {
     const std::string servico =
         "<det nItem='2'><prod><cProd>2</cProd><xProd>Conserto</xProd><uCom>UN</uCom><qCom>1</qCom>"
         "<vUnCom>100.00</vUnCom><vProd>100.00</vProd><vDesc>2.50</vDesc></prod><imposto><ISSQN>"
@@ -79,7 +79,7 @@ TEST_F(Leitura, totals_of_services_are_those_of_the_items) {
 }
 
 // Environment, protocol, time, digest and link, of what was read before a refusal too.
-TEST_F(Leitura, returns_are_read_in_both_vocabularies) {
+TEST_F(Leitura, retornos_lidos_nos_dois_vocabularios) {
     const std::string link = "<LinkNFCe>http://x/?a=1&amp;b=2</LinkNFCe>";
     const std::string sefaz = "<dhRecbto>D</dhRecbto><nProt>P</nProt><digVal>V</digVal>";
     const std::string outro = sefaz + "<ProtocoloSefaz>q</ProtocoloSefaz>";
@@ -108,7 +108,7 @@ TEST_F(Leitura, returns_are_read_in_both_vocabularies) {
     }
 }
 
-TEST_F(Leitura, other_forms_of_a_document_are_read) {
+TEST_F(Leitura, outras_formas_de_documento_sao_lidas) {
     const std::string dest = "<CPF>191</CPF><xNome>Ana</xNome><nro>1</nro><xBairro>B</xBairro>";
     std::string xml = trocar(fnParseToUtf8(simples), "nItem='1'", "nItem=\"1\"");
     xml = trocar(xml, "</emit>", "</emit><dest>" + dest + "</dest>"); // ends at its first hole
@@ -121,7 +121,7 @@ TEST_F(Leitura, other_forms_of_a_document_are_read) {
 
 // The digests were computed apart, over the UTF-8 text of the signed element. A document that was
 // converted on its way has the same one, also where its texts grow beyond a limit in bytes.
-TEST_F(Leitura, digest_does_not_depend_on_the_encoding_of_the_file) {
+TEST_F(Leitura, resumo_nao_depende_da_codificacao_do_arquivo) {
     const std::string nota = substituirAll(simples, "\n", "");
     const std::string texto = "<infAdic><infCpl>" + std::string(3000, '\xE7');
     const std::string longa = trocar(nota, "</infNFe>", texto + "</infCpl></infAdic></infNFe>");
@@ -146,7 +146,7 @@ TEST_F(Leitura, digest_does_not_depend_on_the_encoding_of_the_file) {
     }
 }
 
-TEST(LeituraXml, utf8_is_told_from_latin1) {
+TEST(LeituraXml, utf8_se_distingue_de_latin1) {
     for (const auto &[texto, esperado] :
          Pares{{"\xC3\xA7\xE2\x82\xAC\xF0\x9F\x98\x80z", "\xE7??z"},
                {"\xE7\xC3\xA7", "\xE7\xC3\xA7"}, // not UTF-8 throughout
@@ -158,7 +158,7 @@ TEST(LeituraXml, utf8_is_told_from_latin1) {
         EXPECT_EQ(emLatin1(texto), esperado) << texto;
 }
 
-TEST_F(Leitura, cancellation_takes_series_and_number_from_the_key) {
+TEST_F(Leitura, cancelamento_tira_serie_e_numero_da_chave) {
     const std::string pedido = "<ChaAcesso>" + kChave + "</ChaAcesso>";
     const std::string sefaz = "<chNFe>" + kChave + "</chNFe>";
     const std::tuple<std::string, std::string, int, std::string_view> casos[] = {

@@ -77,7 +77,7 @@ protected:
     }
 };
 
-TEST_F(Pdf, receipt_markup_and_widths_decide_size_place_and_breaks) {
+TEST_F(Pdf, marcas_e_larguras_decidem_tamanho_lugar_e_quebras) {
     const std::string cem = substituirAll(std::string(10, 'x'), "x", "0123456789");
     const auto corte = [&](std::size_t n) { return cem.substr(0, n); };
     const auto brancos = [](std::size_t n) { return std::string(n, ' '); };
@@ -107,18 +107,18 @@ TEST_F(Pdf, receipt_markup_and_widths_decide_size_place_and_breaks) {
         EXPECT_EQ(danfe(texto, colunas), "\f" + desenho) << texto;
 }
 
-TEST_F(Pdf, listing_breaks_at_the_margin_and_shows_roles_in_colour_and_font) {
+TEST_F(Pdf, listagem_quebra_na_margem_e_tem_cor_e_fonte) {
     // Bold "m" has 889 thousandths of 8 points: the 83rd begins in front of 585.
     const std::string linha = "{0 0 0}\n" + std::string(83, 'm');
-    EXPECT_TRUE(contem(listagem(std::string(90, 'm')), linha + "\n    mmmmmmm"));
-    EXPECT_TRUE(contem(listagem(std::string(83, 'm') + "\nx"), linha + "\nx"));
+    EXPECT_TRUE(contem(listagem(std::string(90, 'm')), linha + "\n    mmmmmmm", 1));
+    EXPECT_TRUE(contem(listagem(std::string(83, 'm') + "\nx"), linha + "\nx", 1));
     EXPECT_EQ(listagem("<a x=\"/\">> / c</a>"),
               "\f{F1 8}{0 0 1}\n<{1 0 0}a x=\"/\"{0 0 1}>{F2 8}{0 0 0}> / c"
               "{F1 8}{0 0 1}</{1 0 0}a{0 0 1}>");
-    EXPECT_TRUE(contem(pasta.ler("l.pdf"), "\n0 831 Td\n"));
+    EXPECT_TRUE(contem(pasta.ler("l.pdf"), "\n0 831 Td\n", 1));
 }
 
-TEST_F(Pdf, page_breaks_lose_no_line_or_size) {
+TEST_F(Pdf, quebra_de_pagina_nao_perde_linha_nem_tamanho) {
     EXPECT_TRUE(contem(listagem(std::string(103, '\n') + "a"), "\f", 1));
     EXPECT_TRUE(contem(listagem(std::string(104, '\n') + "a"), "\f", 2));
     std::string cupom, desenho;
@@ -136,7 +136,7 @@ TEST_F(Pdf, page_breaks_lose_no_line_or_size) {
     EXPECT_TRUE(contem(pasta.ler("lido.txt"), " Ma\xE7\xE3\n", 1030));
 }
 
-TEST_F(Pdf, document_is_listed_in_any_wrapping_and_encoding) {
+TEST_F(Pdf, documento_listado_em_qualquer_envoltorio_e_codificacao) {
     const std::string utf8 =
         "<NFe><infNFe versao='3.10' Id=' " + kId + " '><xNome>Pão</xNome></infNFe></NFe>";
     const std::string base64 = codificarBase64(autorizada());
@@ -153,11 +153,11 @@ TEST_F(Pdf, document_is_listed_in_any_wrapping_and_encoding) {
         EXPECT_EQ(fnGerarPDF(origem, conteudo), ZEL_OK) << conteudo;
         const std::string texto = semMarcas(lerDesenho(pasta.ler(kId + "_XML.pdf")));
         EXPECT_TRUE(texto.starts_with("\f\n<?xml version=\"1.0\"?>\n<")) << texto;
-        EXPECT_TRUE(contem(texto, linha));
+        EXPECT_TRUE(contem(texto, linha, 1));
     }
 }
 
-TEST_F(Pdf, refused_document_or_name_writes_no_file) {
+TEST_F(Pdf, documento_ou_nome_recusado_nao_grava_arquivo) {
     const std::string inteira = autorizada();
     const std::string base64 = codificarBase64(inteira);
     const auto antes = arquivos();
@@ -178,7 +178,7 @@ TEST_F(Pdf, refused_document_or_name_writes_no_file) {
     EXPECT_EQ(arquivos(), antes);
 }
 
-TEST_F(Pdf, receipt_of_a_document_leaves_no_working_copy_and_tells_its_failures) {
+TEST_F(Pdf, cupom_nao_deixa_copia_de_trabalho_e_diz_as_falhas) {
     const std::string infAdic = "<infAdic><infCpl>[b]Volte[/b] sempre</infCpl></infAdic></infNFe>";
     const std::string documento = autorizada(trocar(nota(), "</infNFe>", infAdic));
     const std::string base64 = codificarBase64(documento), arquivo = kId + "_DANFE.pdf";
@@ -200,7 +200,7 @@ TEST_F(Pdf, receipt_of_a_document_leaves_no_working_copy_and_tells_its_failures)
     EXPECT_EQ(gerarDanfe(base64), ZEL_ARQUIVO_INDISPONIVEL);
 }
 
-TEST_F(Pdf, failed_drawing_is_told_once_and_not_saved) {
+TEST_F(Pdf, desenho_que_falha_e_dito_uma_vez_e_nao_gravado) {
     testing::internal::CaptureStderr();
     PdfPagina pagina(kMargensDanfe);
     for (const float tamanho : {8.0F, 9999.0F, 8.0F}) // the second is no size

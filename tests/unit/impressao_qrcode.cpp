@@ -10,7 +10,7 @@ using Qrcode = Teste;
 // The hashes were made on the command line, with the token after the parameters:
 //   printf '%s' 'chNFe=...&cIdToken=000001senha-é-01' | sha1sum | tr a-f A-F
 // in a UTF-8 terminal, for AM with "?" in front.
-TEST_F(Qrcode, parameters_are_in_order_and_hashed_with_the_token) {
+TEST_F(Qrcode, parametros_em_ordem_e_com_o_hash_do_token) {
     configurar({{R"(CONFIGURACAO\TokenSefaz)", "senha-é-01"_l1}});
     const std::string inicio = "http://a?chNFe=" + kChave + "&nVersao=100&tpAmb=";
     const std::string fim = "&dhEmi=323031342d30312d33315432333a35393a35392d30323a3030&vNF=10.50"
@@ -40,7 +40,7 @@ TEST_F(Qrcode, parameters_are_in_order_and_hashed_with_the_token) {
     EXPECT_NE(calcularHashCodeFromURL("x", "MS"), calcularHashCodeFromURL("x", "SP"));
 }
 
-TEST_F(Qrcode, address_is_of_its_state_environment_and_page) {
+TEST_F(Qrcode, endereco_e_do_seu_estado_ambiente_e_pagina) {
     configurar({{R"(URLS\SP\ChaveConsultaProducao)", "chave.sp"},
                 {R"(URLS\SP\Producao)", "qr.sp"},
                 {R"(URLS\BA\Homologacao)", "hom.ba"}});

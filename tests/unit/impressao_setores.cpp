@@ -7,7 +7,7 @@ using namespace impressao;
 using Setores = Teste;
 
 // "001 1  " + description + "  1 UN X 2.00 2.00": a description of 30 makes a line of 55.
-TEST_F(Setores, item_line_breaks_at_its_width_only) {
+TEST_F(Setores, linha_do_item_so_quebra_na_sua_largura) {
     const std::string preco = " UN     X 2.00                   2.00</c>\r\n";
     const std::tuple<int, std::size_t, std::string> casos[] = {
         {42, 30, "   1 UN X 2.00 2.00</c>\r\n"},
@@ -28,7 +28,7 @@ TEST_F(Setores, item_line_breaks_at_its_width_only) {
     }
 }
 
-TEST_F(Setores, payment_label_and_change_stay_on_their_lines) {
+TEST_F(Setores, rotulo_e_troco_ficam_nas_suas_linhas) {
     const std::string semRotulo = "Pago\r\n" + std::string(44, ' ') + "1.00\r\nCheque  ";
     const std::tuple<std::string_view, bool, std::string_view, int> casos[] = {
         {"0.00", true, "  3.00\r\n", 0},
@@ -41,10 +41,10 @@ TEST_F(Setores, payment_label_and_change_stay_on_their_lines) {
         cf.Pagamentos = {{6, 1}, {2, 4}, {6, 3}}; // an unknown form keeps the label before
         std::string texto;
         imprimirSetor_IV(*createLayout(48), cf, indicador, texto);
-        EXPECT_TRUE(contem(texto, semRotulo));
+        EXPECT_TRUE(contem(texto, semRotulo, 1));
         EXPECT_TRUE(contem(texto, "\r\nCheque ", 2));
-        EXPECT_TRUE(contem(texto, " 4.00\r\n"));
-        EXPECT_TRUE(contem(texto, ultimo));
+        EXPECT_TRUE(contem(texto, " 4.00\r\n", 1));
+        EXPECT_TRUE(contem(texto, ultimo, 1));
         EXPECT_TRUE(contem(texto, "TROCO                   ", linhas));
     }
 }

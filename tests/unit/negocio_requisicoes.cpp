@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The request documents and the operations that send them.
-#include "ZEL_FelborFramework.h"
-#include "apoio/DiretorioDeDados.h"
-#include "config/Registro.h"
+#include "apoio/Ambiente.h"
+#include "apoio/ComDados.h"
 #include "documento/Cabecalho.h"
 #include "documento/DataHora.h"
 #include "documento/ZEL_Controle.h"
@@ -13,12 +12,10 @@
 #include "util/Texto.h"
 
 #include <array>
-#include <gtest/gtest.h>
 #include <limits>
 #include <tuple>
 
 using namespace zel;
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -30,32 +27,24 @@ template <std::size_t N>
 using Textos = std::array<std::string_view, N>;
 
 // A till that closed document 123.
-class Requisicoes : public testing::Test {
+class Requisicoes : public ComDados {
 protected:
     void SetUp() override {
-        serDiretorioDeDados(pasta);
-        ASSERT_EQ(inicializarConfig(), ZEL_OK);
-        configurar(R"(EMIT\CNPJ)", "11222333000181");
-        configurar(R"(IDE\nNF)", "123");
-        configurar(R"(NFCE\ChaveDeAcesso)", kChave);
-        configurar(R"(NFCE\ProtocoloAutorizacao)", "135140000000001 as 23:59");
-        configurar(R"(CONFIGURACAO\TIMEZONESERVIDOR\Utilizar)", "1");
-        configurar(R"(CONFIGURACAO\TIMEZONESERVIDOR\Valor)", "4");
+        ComDados::SetUp();
+        configurar({{R"(EMIT\CNPJ)", "11222333000181"},
+                    {R"(IDE\nNF)", "123"},
+                    {R"(NFCE\ChaveDeAcesso)", kChave},
+                    {R"(NFCE\ProtocoloAutorizacao)", "135140000000001 as 23:59"},
+                    {R"(CONFIGURACAO\TIMEZONESERVIDOR\Utilizar)", "1"},
+                    {R"(CONFIGURACAO\TIMEZONESERVIDOR\Valor)", "4"}});
         fnDefinirEstadoCFe_ZEL(kEncerrado);
-    }
-    static void configurar(std::string_view caminho, std::string_view valor) {
-        ASSERT_EQ(fnRegAlterarValor_ZEL(caminho, valor), ZEL_OK) << caminho;
     }
     // Number, series, key, protocol and justification.
     int cancelar(const Textos<5> &textos) {
         return std::apply(fnCFCancelar_ZEL_Felbor, std::tuple_cat(std::tie(documento), textos));
     }
-    bool existe(std::string_view nome) const { return fs::exists(pasta / nome); }
     std::string enviado() const { return pasta.ler("documentosEnvio.xml"); }
-    // What makes every replacement of a file fail, for root too.
-    void impedir(const std::string &nome) const { fs::create_directory(pasta / (nome + ".novo")); }
 
-    PastaTemporaria pasta;
     ST_PersitenceXML_ZEL documento;
 };
 
@@ -87,7 +76,7 @@ void ehEventoDe123(const std::string &texto, std::string_view protocolo, std::st
 
 } // namespace
 
-TEST_F(Requisicoes, event_is_complete_and_its_texts_are_cut_whole) {
+TEST_F(Requisicoes, evento_completo_com_textos_cortados_inteiros) {
     const std::string amp = substituirAll(std::string(99, '&'), "&", "&amp;");
     const std::string chave = kChave + "0", motivo = amp + "x";
     const std::string hora = dataHora(horaLocal(1391227203).value()); // adjusted by five seconds
@@ -95,14 +84,14 @@ TEST_F(Requisicoes, event_is_complete_and_its_texts_are_cut_whole) {
     fnCriarLayoutXmlCanc_ZEL_Felbor({"1234567890", "00012", chave, "1351400000000019", motivo},
                                     1391227198, texto);
     EXPECT_EQ(texto, "antes " + evento({"123456789", "0001", kChave, hora, kProtocolo, amp}));
-    configurar(R"(CONFIGURACAO\AjustarDhCanc)", "0");
+    configurar({{R"(CONFIGURACAO\AjustarDhCanc)", "0"}});
     texto.clear();
     fnCriarLayoutXmlCanc_ZEL_Felbor({"", "", "", "", "a<b"}, 1391227203, texto);
     EXPECT_EQ(texto, evento({"", "", "", hora, "", "a&lt;b"}));
 }
 
 // A clock far off: a date that no reader understands must not be sent, nor wrap into another one.
-TEST_F(Requisicoes, year_without_four_digits_is_refused) {
+TEST_F(Requisicoes, ano_sem_quatro_digitos_e_recusado) {
     using Momentos = std::numeric_limits<std::time_t>;
     constexpr std::time_t kAno1000 = -30610224000, kAno10000 = 253402300800;
     const struct {
@@ -119,9 +108,7 @@ TEST_F(Requisicoes, year_without_four_digits_is_refused) {
         {Momentos::max(), ZEL_RECUSADO, ZEL_RECUSADO},
         {Momentos::min(), ZEL_RECUSADO, ZEL_RECUSADO},
     };
-    const char *const antes = getenv("TZ");
-    const std::string zonaAnterior = antes != nullptr ? antes : "";
-    setenv("TZ", "UTC0", 1);
+    const Ambiente zona("TZ", "UTC0");
     for (const auto &caso : casos) {
         std::string texto;
         EXPECT_EQ(fnCriarLayoutXmlCanc_ZEL_Felbor({}, caso.momento, texto), caso.evento)
@@ -131,13 +118,12 @@ TEST_F(Requisicoes, year_without_four_digits_is_refused) {
         EXPECT_EQ(cabecalhoZEL(kNormal, caso.momento, cabecalho), caso.documento) << caso.momento;
         EXPECT_EQ(cabecalho.texto.empty(), caso.documento != ZEL_OK) << caso.momento;
     }
-    antes != nullptr ? setenv("TZ", zonaAnterior.c_str(), 1) : unsetenv("TZ");
 }
 
-TEST_F(Requisicoes, cancellation_is_of_the_document_named_or_else_closed_last) {
+TEST_F(Requisicoes, cancela_o_documento_nomeado_ou_o_ultimo) {
     ASSERT_EQ(cancelar({"", "", "", "", ""}), ZEL_CANCELAMENTO_GRAVADO);
     ehEventoDe123(enviado(), kProtocolo, "Cancelamento de NFCe");
-    configurar(R"(IDE\nNF)", "124");
+    configurar({{R"(IDE\nNF)", "124"}});
     fnDefinirEstadoCFe_ZEL(kVendendo);
     ASSERT_EQ(cancelar({"123", "1", kChave, "", "\x01"}), ZEL_CANCELAMENTO_GRAVADO);
     ehEventoDe123(enviado(), "", "Cancelamento de NFCe");
@@ -149,10 +135,10 @@ TEST_F(Requisicoes, cancellation_is_of_the_document_named_or_else_closed_last) {
     EXPECT_EQ(fnCFVerificarStatus_ZEL(), kVendendo);
 }
 
-TEST_F(Requisicoes, failed_request_changes_nothing) {
-    configurar(R"(CONFIGURACAO\PathXMLEnvio)", pasta / "copia_");
+TEST_F(Requisicoes, pedido_que_falha_nada_muda) {
+    configurar({{R"(CONFIGURACAO\PathXMLEnvio)", pasta / "copia_"}});
     pasta.gravar("documentosEnvio.xml", "antigo");
-    impedir("documentosEnvio.xml");
+    impedirGravacao("documentosEnvio.xml");
     EXPECT_EQ(cancelar({"1", "1", kChave, "", ""}), ZEL_ARQUIVO_INDISPONIVEL);
     EXPECT_EQ(fnGeraXMLConsulta_ZEL("NUM", "1", "2", "1", ""), ZEL_ARQUIVO_INDISPONIVEL);
     EXPECT_EQ(enviado(), "antigo");
@@ -160,7 +146,7 @@ TEST_F(Requisicoes, failed_request_changes_nothing) {
     EXPECT_FALSE(existe("parametrosEnvio.xml"));
 }
 
-TEST_F(Requisicoes, offline_cancellation_has_no_protocol_and_at_most_three_copies) {
+TEST_F(Requisicoes, cancelamento_offline_sem_protocolo_em_ate_tres_copias) {
     std::optional<std::string> lista =
         pasta / "a-||" + pasta / "b-|" + pasta / "c-|" + pasta / "d-";
     ASSERT_EQ(fnCFCancelarOffline_ZEL_Felbor("", "", "", "", lista), ZEL_OK);
@@ -173,7 +159,7 @@ TEST_F(Requisicoes, offline_cancellation_has_no_protocol_and_at_most_three_copie
     EXPECT_EQ(fnCFVerificarStatus_ZEL(), kEncerrado);
 }
 
-TEST_F(Requisicoes, offline_list_tells_the_last_file_and_stays_on_refusal) {
+TEST_F(Requisicoes, lista_offline_diz_o_ultimo_arquivo_e_fica_na_recusa) {
     const std::string aqui = pasta / "", falta = pasta / "falta/";
     const std::string fora = kChave.substr(0, 6) + "/../../../" + kChave.substr(16);
     using Lista = std::optional<std::string>;
@@ -192,7 +178,7 @@ TEST_F(Requisicoes, offline_list_tells_the_last_file_and_stays_on_refusal) {
     }
 }
 
-TEST_F(Requisicoes, range_is_cut_to_widths_of_its_own) {
+TEST_F(Requisicoes, faixa_e_cortada_nas_suas_larguras) {
     const std::string longa = std::string(59, 'j') + "<x";
     ASSERT_EQ(fnCFInutilizar_ZEL_Felbor("1234567890", "9876543210", "0012", longa), ZEL_OK);
     EXPECT_EQ(enviado(),
@@ -203,7 +189,7 @@ TEST_F(Requisicoes, range_is_cut_to_widths_of_its_own) {
                   std::string(59, 'j') + "&lt;</Justificativa></Inutilizacao>");
 }
 
-TEST_F(Requisicoes, consultation_holds_the_arguments_of_its_kind_only) {
+TEST_F(Requisicoes, consulta_so_tem_os_argumentos_do_seu_tipo) {
     const std::string consulta =
         "<Consulta><ModeloDocumento>NFCe</ModeloDocumento><Versao>3.10</Versao><tpAmb>3</tpAmb>"
         "<CnpjEmissor>11222333000181</CnpjEmissor><NumeroInicial>{1}</NumeroInicial>"

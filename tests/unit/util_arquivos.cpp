@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The files that leave the library scrambled, and the history copies.
 #include "ZEL_FelborFramework.h"
+#include "apoio/Ambiente.h"
 #include "apoio/DiretorioDeDados.h"
 #include "util/Cripto.h"
 #include "util/Historico.h"
@@ -11,14 +12,14 @@
 
 using namespace zel;
 
-TEST(Cripto, bytes_move_by_key_and_constant_and_wrap_around) {
+TEST(Cripto, bytes_andam_pela_chave_e_pela_constante_e_dao_a_volta) {
     EXPECT_EQ(embaralhar(std::string("A\0", 2), kChaveFixa), "\x07\xBF");
     EXPECT_EQ(embaralhar(std::string(13, '\0'), kChaveFixa).back(), '\xC6');
     EXPECT_EQ(embaralhar("AB", ""), "\x95\x96");
     EXPECT_EQ(embaralhar("\xFF\x01", "\xFF"), "\x52\x54");
 }
 
-TEST(Cripto, stream_ends_at_its_first_ff_and_buffer_before_its_last_byte) {
+TEST(Cripto, fluxo_para_no_primeiro_ff_e_buffer_antes_do_ultimo_byte) {
     const std::string oculto = embaralhar("antes\xFF...", kChaveFixa);
     EXPECT_EQ(desembaralhar(oculto, kChaveFixa), "antes");
     EXPECT_EQ(fnDescriptBufferContingencia(oculto), "antes\xFF..");
@@ -26,7 +27,7 @@ TEST(Cripto, stream_ends_at_its_first_ff_and_buffer_before_its_last_byte) {
     EXPECT_EQ(fnDescriptBufferContingencia(""), "");
 }
 
-TEST(Cripto, key_is_cut_to_its_limit) {
+TEST(Cripto, chave_e_cortada_no_limite) {
     const PastaTemporaria pasta;
     const std::string texto(2 * kMaximaChave, 't'), chave(kMaximaChave, 'k');
     pasta.gravar("a", texto);
@@ -34,7 +35,7 @@ TEST(Cripto, key_is_cut_to_its_limit) {
     EXPECT_EQ(pasta.ler("b"), embaralhar(texto, chave));
 }
 
-TEST(Cripto, last_receipt_is_private_and_comes_back_without_its_terminator) {
+TEST(Cripto, ultimo_cupom_e_so_do_dono_e_volta_sem_terminador) {
     const PastaTemporaria pasta;
     serDiretorioDeDados(pasta);
     std::string lido = "intacto";
@@ -50,7 +51,7 @@ TEST(Cripto, last_receipt_is_private_and_comes_back_without_its_terminator) {
 }
 
 // Names, a fourth copy, a directory put between prefix and name, copies after one that failed.
-TEST(Historico, copies_go_to_three_prefixes_under_their_names) {
+TEST(Historico, copias_em_ate_tres_prefixos_com_os_seus_nomes) {
     const PastaTemporaria pasta;
     std::tm momento{};
     ::strptime("2014-01-31 23:59:09", "%Y-%m-%d %H:%M:%S", &momento);
@@ -77,35 +78,27 @@ TEST(Historico, copies_go_to_three_prefixes_under_their_names) {
 }
 
 // Two zones a day apart: their names can only be the same when the zone set last does not count.
-TEST(Historico, stamp_follows_the_zone_of_the_moment) {
+TEST(Historico, carimbo_segue_o_fuso_do_momento) {
     const PastaTemporaria pasta;
-    const char *const antes = ::getenv("TZ");
-    const std::string zonaAnterior = antes != nullptr ? antes : "";
-    for (const char *const zona : {"AAA12", "BBB-12"}) {
-        ::setenv("TZ", zona, 1);
+    for (const char *const fuso : {"AAA12", "BBB-12"}) {
+        const Ambiente zona("TZ", fuso);
         EXPECT_EQ(fnReplicarDados(Direcao::kEnvio, TipoCopia::kNFCe, pasta / "", "", true), 1);
     }
-    antes != nullptr ? ::setenv("TZ", zonaAnterior.c_str(), 1) : ::unsetenv("TZ");
     const std::filesystem::directory_iterator copias(pasta / "");
     EXPECT_EQ(std::distance(begin(copias), end(copias)), 2);
 }
 
 // A checksum is no proof of who wrote a journal.
-TEST(RegistroDiario, names_of_the_directory_alone) {
-    const std::pair<std::string_view, bool> casos[] = {{"ArqPersist.bin", true},
-                                                       {"..a", true},
-                                                       {"", false},
-                                                       {".", false},
-                                                       {"..", false},
-                                                       {"../a", false},
-                                                       {"/etc/a", false},
-                                                       {"a/b", false},
-                                                       {std::string_view("a\0b", 3), false}};
-    for (const auto &[nome, aceito] : casos) {
+TEST(RegistroDiario, so_nomes_do_diretorio) {
+    const auto aceito = [](std::string_view nome) {
         RegistroDiario registro;
         registro.mudancas.push_back({.nome = nome, .bytes = "x"});
         std::size_t tamanho = 0;
-        EXPECT_EQ(lerRegistroDiario(escreverRegistroDiario(registro), tamanho).has_value(), aceito)
-            << nome;
-    }
+        return lerRegistroDiario(escreverRegistroDiario(registro), tamanho).has_value();
+    };
+    for (const std::string_view nome : {"ArqPersist.bin", "..a"})
+        EXPECT_TRUE(aceito(nome)) << nome;
+    for (const std::string_view nome : {"", ".", "..", "../a", "/etc/a", "a/b"})
+        EXPECT_FALSE(aceito(nome)) << nome;
+    EXPECT_FALSE(aceito(std::string_view("a\0b", 3)));
 }

@@ -7,7 +7,7 @@
 
 using namespace zel;
 
-TEST(Numero, reading_ends_at_the_first_other_character) {
+TEST(Numero, leitura_para_no_primeiro_outro_caractere) {
     const std::pair<std::string_view, double> casos[] = {
         {"1.5", 1.5}, {"  -2", -2}, {"+3.", 3},    {".5", 0.5}, {"1.2.3", 1.2}, {"1,5", 1},
         {"1e5", 1},   {"0x10", 0},  {"inf", 0},    {"nan", 0},  {"", 0},        {"-", 0},
@@ -21,7 +21,7 @@ TEST(Numero, reading_ends_at_the_first_other_character) {
     EXPECT_GT(lerInteiro(enorme), 1000000000000LL);
 }
 
-TEST(Numero, writing_is_correctly_rounded_and_knows_no_negative_zero) {
+TEST(Numero, escrita_arredonda_certo_sem_zero_negativo) {
     const std::pair<double, std::string_view> casos[] = {
         {0.125, "0.12"},  {0.375, "0.38"},   {2.675, "2.67"}, {1e15, "1000000000000000.00"},
         {-0.004, "0.00"}, {-0.005, "-0.01"}, {-0.0, "0.00"},  {-1, "-1.00"}};
@@ -31,7 +31,7 @@ TEST(Numero, writing_is_correctly_rounded_and_knows_no_negative_zero) {
     EXPECT_EQ(formatarInteiro(1234, 2), "1234");
 }
 
-TEST(Numero, cents_and_leading_zeros_are_not_lost) {
+TEST(Numero, centavos_e_zeros_a_esquerda_nao_se_perdem) {
     EXPECT_EQ(arredondarOuTruncar(2.999, false), 3.0);
     EXPECT_EQ(arredondarOuTruncar(-2.999, true), -2.99);
     EXPECT_EQ(arredondarOuTruncar(0.29, true), 0.28) << "by its binary value";
@@ -43,7 +43,7 @@ TEST(Numero, cents_and_leading_zeros_are_not_lost) {
         EXPECT_FALSE(ehDecimalPuro(impuro)) << impuro;
 }
 
-TEST(TextoXml, reference_counts_as_one_and_is_never_cut) {
+TEST(TextoXml, referencia_conta_um_e_nunca_e_cortada) {
     EXPECT_EQ(comprimentoXml("a&amp;&#233;&#xE9;&x;"), 7U);
     EXPECT_EQ(cortarBytes("ab&amp;", 6), "ab");
     EXPECT_EQ(cortarBytes("ab&amp;c", 7), "ab&amp;");

@@ -25,7 +25,7 @@ void conferir(Funcao funcao, Casos casos) {
 } // namespace
 
 // RFC 3174 and RFC 4648.
-TEST(Codificacao, published_vectors_of_sha1_and_base64) {
+TEST(Codificacao, vetores_publicados_de_sha1_e_base64) {
     const auto sha1 = [](std::string_view t) { return fnConvertSHA1_HEXA(fnConvertToSHA1(t)); };
     conferir(sha1, {{"abc", "A9993E364706816ABA3E25717850C26C9CD0D89D"},
                     {"abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq",
@@ -34,26 +34,26 @@ TEST(Codificacao, published_vectors_of_sha1_and_base64) {
     conferir(codificarBase64, {{"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foobar", "Zm9vYmFy"}});
 }
 
-TEST(Codificacao, wrapped_base64_is_read_and_torn_base64_refused) {
+TEST(Codificacao, base64_em_linhas_e_lido_e_rasgado_e_recusado) {
     conferir(fnParseBase64ToUtf8, {{"", ""}, {"Zm8=", "fo"}, {" Zm9v\r\nYm Fy\n", "foobar"}});
     for (const std::string_view mau : {"Zg", "Zg=", "Z", "Zm9v!", "Zg==Zg==", "====", "Zm9\xE9"})
         EXPECT_EQ(fnParseBase64ToUtf8(mau), std::nullopt) << mau;
 }
 
-TEST(Codificacao, high_bytes_are_encoded) {
+TEST(Codificacao, bytes_altos_sao_codificados) {
     EXPECT_EQ(fnParseToUtf8("\xE3 \x80 \xBF \xC0 \xFF"), "ã \xC2\x80 \xC2\xBF \xC3\x80 \xC3\xBF");
     EXPECT_EQ(fnConverterParaHexa("-\x0A\x7F\x80\xFF"), "2d0a7fffffff80ffffffff");
     EXPECT_EQ(fnConverterParaHexa(std::string(120, 'a')).size(), 2U * 99);
 }
 
 // The long key is the worked example of the taxpayer manual; remainders 0 and 1 give one digit.
-TEST(ChaveAcesso, check_digit_has_its_weights_and_remainders) {
+TEST(ChaveAcesso, digito_tem_os_seus_pesos_e_restos) {
     const auto digito = [](std::string_view chave) { return std::string(1, fnCalcula_cDV(chave)); };
     conferir(digito, {{"5206043300991100250655012000000780026730161", "5"}});
     conferir(digito, {{"6", "0"}, {"1", "9"}, {"10000000", "2"}, {"1x", "8"}});
 }
 
-TEST(ChaveAcesso, built_and_cut_at_the_same_places) {
+TEST(ChaveAcesso, montada_e_cortada_nos_mesmos_lugares) {
     using Parte = ChaveAcesso::Parte;
     const ChaveAcesso::Partes partes{"52",        "0604", "33009911002506", "55", "012",
                                      "000000780", "0",    "26730161"};
@@ -68,7 +68,7 @@ TEST(ChaveAcesso, built_and_cut_at_the_same_places) {
         EXPECT_EQ(chave->parte(parte), valor);
 }
 
-TEST(ChaveAcesso, what_is_no_key) {
+TEST(ChaveAcesso, o_que_nao_e_chave) {
     // A part too long beside one too short still makes 44.
     EXPECT_FALSE(ChaveAcesso::montar(
         {"5", "0604", "33009911002506", "55", "0123", "000000780", "0", "26730161"}));
@@ -83,7 +83,7 @@ TEST(ChaveAcesso, what_is_no_key) {
     EXPECT_FALSE(outroDigito->integra());
 }
 
-TEST(Codigos, cpf_and_cnpj_keep_zeros_and_lose_digits_beyond_the_mask) {
+TEST(Codigos, cpf_e_cnpj_guardam_zeros_e_perdem_o_que_passa_da_mascara) {
     conferir(fnFormatarCPFCNPJ, {{"12345678909", "123.456.789-09"},
                                  {"11222333000181", "11.222.333/0001-81"},
                                  {"191", "000.000.001-91"},
@@ -94,7 +94,7 @@ TEST(Codigos, cpf_and_cnpj_keep_zeros_and_lose_digits_beyond_the_mask) {
                                  {"a-b", ""}});
 }
 
-TEST(Codigos, payment_is_filed_under_its_form) {
+TEST(Codigos, pagamento_vai_para_a_sua_forma) {
     conferir(
         fnRetornaCodigoFormaPgto,
         {{"CARTAO DE CREDITO", "03"}, {"vale combustível"_l1, "13"}, {"1", "99"}, {"06", "99"}});
@@ -102,7 +102,7 @@ TEST(Codigos, payment_is_filed_under_its_form) {
         conferir(fnRetornaCodigoFormaPgto, {{rotulo, codigo}, {codigo, codigo}});
 }
 
-TEST(Acentuacao, letters_and_escapes_become_plain_at_the_same_length) {
+TEST(Acentuacao, letras_e_escapes_perdem_acento_no_mesmo_tamanho) {
     conferir(fnRetiraAcentuacao,
              {{"àáâãäª òóôõöº èéêë ìíîï ùúûü ç"_l1, "aaaaaa oooooo eeee iiii uuuu c"},
               {"ÀÁÂÃÄ ÒÓÔÕÖ ÈÉÊË ÌÍÎÏ ÙÚÛÜ Ç"_l1, "AAAAA OOOOO EEEE IIII UUUU C"},
@@ -111,13 +111,13 @@ TEST(Acentuacao, letters_and_escapes_become_plain_at_the_same_length) {
               {"x\x1By", "x  "}});
 }
 
-TEST(Acentuacao, first_state_decides_on_the_accents) {
+TEST(Acentuacao, o_primeiro_estado_decide_os_acentos) {
     conferir(fnAdequarCaracteres, {{"<UF>MT</UF>ção<UF>RS</UF>"_l1, "<UF>MT</UF>cao<UF>RS</UF>"},
                                    {"<UF>RS</UF>ção<UF>MT</UF>"_l1, "<UF>RS</UF>ção<UF>MT</UF>"_l1},
                                    {"<UFST>MT</UFST>ção<UF>M"_l1, "<UFST>MT</UFST>ção<UF>M"_l1}});
 }
 
-TEST(Quebra, one_character_too_many_and_the_last_line_stay_whole) {
+TEST(Quebra, um_caractere_a_mais_e_a_ultima_linha_ficam_inteiros) {
     const auto em = [](std::size_t largura) {
         return [=](std::string_view texto) { return fnQuabraLinhaLayout(texto, largura); };
     };
@@ -127,13 +127,13 @@ TEST(Quebra, one_character_too_many_and_the_last_line_stay_whole) {
     conferir(em(0), {{"abcdef", "abcdef"}});
 }
 
-TEST(Quebra, every_line_is_centred_on_its_own) {
+TEST(Quebra, cada_linha_e_centralizada_por_si) {
     conferir([](std::string_view texto) { return fnCentralizarLayout(texto, 10); },
              {{"abc\nabcd", "   abc\n   abcd"}, {"123456789012", "1234567890\n    12"}, {"", ""}});
     EXPECT_EQ(fnCentralizarLayout("x", 1000), std::string(99, ' ') + "x");
 }
 
-TEST(Marcacao, unclosed_and_unknown_markers_do_not_eat_the_message) {
+TEST(Marcacao, marcas_abertas_e_desconhecidas_nao_comem_a_mensagem) {
     conferir(fnRetornarTextoSemRepresentantes,
              {{"[ce][b]Volte[/b] [b]sempre[/b][/ce][qrcode]http://x[/qrcode]", "Volte sempre"},
               {"a[upc-a]1[/upc-a]b[code128]2[/code128]c[s2of5]3[/s2of5]", "abc"},
@@ -146,7 +146,7 @@ TEST(Marcacao, unclosed_and_unknown_markers_do_not_eat_the_message) {
 }
 
 // Searching the whole rest at every bracket: minutes at this size, until the run's time limit.
-TEST(Marcacao, time_grows_with_the_length_alone) {
+TEST(Marcacao, o_tempo_so_cresce_com_o_tamanho) {
     for (const std::string_view parte : {"[", "[g]", "[b]", "[qrcode][/l]"}) {
         std::string texto;
         while (texto.size() < 200'000)

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+// Pieces of a text: looked for, replaced, repeated.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+// How many times the text has the piece.
+inline int vezesEm(std::string_view texto, std::string_view trecho) {
+    int vezes = 0;
+    for (std::size_t i = 0; (i = texto.find(trecho, i)) != texto.npos; i += trecho.size())
+        ++vezes;
+    return vezes;
+}
+
+// The text has the piece; exactly that many times where a number is given.
+inline testing::AssertionResult contem(std::string_view texto, std::string_view trecho,
+                                       int vezes = -1) {
+    const int tem = vezesEm(texto, trecho);
+    if (vezes < 0 ? tem > 0 : tem == vezes) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "\"" << trecho << "\" " << tem << " times in\n" << texto;
+}
+
+// Replaces the first `de` after `marco`; both must be there.
+inline std::string trocar(std::string texto, std::string_view de, std::string_view para,
+                          std::string_view marco = "") {
+    const std::size_t lugar = texto.find(de, texto.find(marco));
+    EXPECT_NE(lugar, texto.npos) << marco << " " << de;
+    return lugar == texto.npos ? texto : texto.replace(lugar, de.size(), para);
+}
+
+inline std::string repetir(std::string_view trecho, std::size_t vezes) {
+    std::string texto;
+    while (vezes-- > 0)
+        texto += trecho;
+    return texto;
+}
