@@ -52,6 +52,7 @@ MudancaArquivo mudancaPara(std::string_view texto) {
 int gravar(std::string_view texto, std::optional<std::string_view> lido) {
     const Vez vez;
     if (!vez) return vez.recusa();
+    if (const int codigo = acompanharDiario(); codigo != ZEL_OK) return codigo;
     MudancaArquivo mudanca = mudancaPara(texto);
     mudanca.antes = lido;
     return gravarJuntos({&mudanca, 1});
@@ -157,6 +158,8 @@ int alterarConfig(std::span<const Alteracao> alteracoes, std::span<const Mudanca
     }
     const Vez vez;
     if (!vez) return vez.recusa();
+    // A call may change more than once: what is read must be what the last change left.
+    if (const int codigo = completarDiario(); codigo != ZEL_OK) return codigo;
     if (cortadas.empty()) return outros.empty() ? int{ZEL_OK} : gravarJuntos(outros);
     if (const int codigo = fnXML_CarregarXML_ZEL(); codigo != ZEL_OK) return codigo;
 

@@ -294,6 +294,11 @@ bool descarregarArquivo(const std::string &caminho, Ligacao ligacao) {
     return destino == caminho || descarregarDiretorio(destino);
 }
 
+void descarregarTudoQueHa(const std::string &diretorio) {
+    const Descritor aberto(diretorio.c_str(), O_RDONLY | O_DIRECTORY);
+    if (!aberto.aberto() || ::syncfs(aberto.fd()) != 0) ::sync();
+}
+
 void darAoDonoDoDiretorio(int fd, const std::string &caminho) {
     struct stat diretorio {};
     if (::stat(diretorioDe(caminho).c_str(), &diretorio) != 0) return;

@@ -71,6 +71,9 @@ bool escreverNoLugar(const Descritor &arquivo, std::size_t lugar, std::string_vi
 // Flushes a file's bytes, and the name of one that a link points to elsewhere.
 bool descarregarArquivo(const std::string &caminho, Ligacao ligacao);
 
+// Flushes the whole file system that a directory is on, as far as the system lets.
+void descarregarTudoQueHa(const std::string &diretorio);
+
 // A file that is made in somebody else's directory is his: whoever works there next must be able to
 // use it.
 void darAoDonoDoDiretorio(int fd, const std::string &caminho);

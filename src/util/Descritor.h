@@ -35,6 +35,9 @@ public:
     bool aberto() const { return fd_ >= 0; }
     int fd() const { return fd_; }
 
+    // Forgets the number without closing it, once it is known to be somebody else's file.
+    void soltar() { fd_ = -1; }
+
     // Writes all of it after what was written last, or at `lugar`, bytes from the start.
     bool escrever(std::string_view bytes) const;
     bool escrever(std::string_view bytes, std::size_t lugar) const;

@@ -11,6 +11,7 @@
 #include <climits>
 #include <cstdlib>
 #include <fcntl.h>
+#include <iterator>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -21,20 +22,26 @@ namespace {
 
 constexpr std::string_view kNome = "ZEL_Framework.diario";
 constexpr std::size_t kTamanho = std::size_t{4} << 20; // a thousand sales
+// One that is longer was not made here, and is not read to its end.
+constexpr std::size_t kMaior = std::size_t{64} << 20;
 constexpr std::size_t kPedaco = std::size_t{64} << 10; // read at a time
 constexpr std::size_t kZeros = std::size_t{512} << 10; // written at a time
 
 // What there is from `lugar` on, up to `tamanho` bytes.
 bool lerTrecho(int fd, std::size_t lugar, std::size_t tamanho, std::string &bytes) {
     bytes.resize(tamanho);
-    const ssize_t lidos =
-        insistir([&] { return ::pread(fd, bytes.data(), tamanho, static_cast<off_t>(lugar)); });
-    bytes.resize(lidos > 0 ? static_cast<std::size_t>(lidos) : 0);
-    return lidos >= 0;
-}
-
-bool descarregar(int fd) {
-    return insistir([&] { return ::fdatasync(fd); }) == 0;
+    std::size_t lidos = 0;
+    while (lidos < tamanho) {
+        const ssize_t parte = insistir([&] {
+            return ::pread(fd, bytes.data() + lidos, tamanho - lidos,
+                           static_cast<off_t>(lugar + lidos));
+        });
+        if (parte < 0) return false;
+        if (parte == 0) break;
+        lidos += static_cast<std::size_t>(parte);
+    }
+    bytes.resize(lidos);
+    return true;
 }
 
 std::uint32_t somaDoCaminho() {
@@ -60,13 +67,13 @@ Leitura Diario::abrir() {
         arquivo_.fechar();
         return Leitura::kFalha;
     }
-    tamanho_ = static_cast<std::size_t>(dados.st_size);
+    tamanho_ = std::min(static_cast<std::size_t>(dados.st_size), kMaior);
     alheio_ = dados.st_uid != ::geteuid() && dados.st_uid != 0;
     fim_ = 0;
     ultimo_ = {};
     ultimo_.lugar = {somaDoCaminho(), dados.st_ino};
     ultimo_.epoca = agora();
-    carimbos_.clear();
+    danificado_ = false;
     setor_.clear();
     return Leitura::kLido;
 }
@@ -105,38 +112,57 @@ bool Diario::criar(const std::string &caminho) {
     return feito;
 }
 
-// Whether records may reach further than the bytes read. Where the last one's stamps follow it
-// there is nothing more; where a crash or damage left something else, all of it is looked at.
-bool Diario::haMaisQue(std::string_view bytes) const {
-    return fim_ + kSetor > bytes.size() || !lerCarimbos(bytes.substr(fim_, kSetor), ultimo_);
+// Whether a head says that the journal ends there: with the stamps of its last record, or empty.
+bool Diario::terminaEm(const CabecaDiario &cabeca) const {
+    if (cabeca.deRegistro) return false;
+    return cabeca.registro.sequencia == ultimo_.sequencia &&
+           (fim_ == 0 || cabeca.registro.epoca == ultimo_.epoca);
 }
 
 Leitura Diario::ler(Conteudo &conteudo) {
     conteudo = {};
     if (const Leitura leitura = abrir(); leitura != Leitura::kLido) return leitura;
-    std::string &bytes = conteudo.bytes;
+    // No further than records reach. Where a crash or damage left something else at the end, all of
+    // it is looked at.
     for (std::size_t quanto = kPedaco;; quanto *= 2) {
-        if (!lerTrecho(arquivo_.fd(), 0, std::min(quanto, tamanho_), bytes)) {
+        if (!lerTrecho(arquivo_.fd(), 0, std::min(quanto, tamanho_), conteudo.bytes)) {
             falhouArquivo(kNome);
             return Leitura::kFalha;
         }
-        percorrer(bytes, conteudo.registros);
-        if (quanto >= tamanho_ || !haMaisQue(bytes)) break;
+        percorrer(conteudo.bytes, conteudo.registros);
+        const std::string_view bytes = conteudo.bytes;
+        const auto fim = lerCabecaDiario(bytes.substr(std::min(fim_, bytes.size())));
+        if (quanto >= tamanho_ || (fim && terminaEm(*fim))) break;
     }
-    const auto depois = std::string_view(bytes).substr(std::min(fim_, bytes.size()));
-    setor_ = depois.substr(0, kSetor);
-    conteudo.carimbos = lerCarimbos(setor_, ultimo_);
-    // One that was cut short lacks whatever it had after that.
-    conteudo.faltamUltimos =
-        !conteudo.carimbos && (tamanho_ < kTamanho || haPosteriores(depois, ultimo_));
-    carimbos_ = conteudo.carimbos.value_or(std::vector<CarimboDiario>{});
+    concluir(conteudo);
     return Leitura::kLido;
+}
+
+// What stands after the last record read.
+void Diario::concluir(Conteudo &conteudo) {
+    const std::string_view bytes = conteudo.bytes;
+    const std::string_view depois = bytes.substr(std::min(fim_, bytes.size()));
+    setor_ = depois.substr(0, kSetor);
+    auto fim = lerCabecaDiario(depois);
+    const bool terminado = fim && terminaEm(*fim);
+    if (terminado && fim_ == 0) ultimo_.epoca = fim->registro.epoca;
+    // A record that was torn on its way to the disk has the stamps of the last one, too.
+    const bool interrompido = fim && fim->deRegistro && fim_ != 0 && segue(fim->registro);
+    if (fim && (terminado || interrompido)) ultimo_.carimbos = std::move(fim->registro.carimbos);
+    if (!ultimo_.carimbos.empty()) conteudo.carimbos = ultimo_.carimbos;
+    if (terminado) return;
+    // One that was cut short lacks whatever it had after that. Without a first record only zeros
+    // are no damage: it was made and not yet written to.
+    danificado_ = fim_ == 0 ? bytes.find_first_not_of('\0') != bytes.npos
+                            : tamanho_ < kTamanho || haPosteriores(depois, ultimo_);
+    conteudo.danificado = danificado_;
 }
 
 void Diario::percorrer(std::string_view bytes, std::vector<RegistroDiario> &registros) {
     registros.clear();
     fim_ = 0;
     ultimo_.sequencia = 0;
+    ultimo_.carimbos.clear();
     std::size_t tamanho = 0;
     while (fim_ < bytes.size()) {
         auto registro = lerRegistroDiario(bytes.substr(fim_), tamanho);
@@ -161,8 +187,8 @@ bool Diario::emDia() {
     struct stat dados {};
     if (!arquivo_.aberto() || ::fstat(arquivo_.fd(), &dados) != 0 || dados.st_nlink == 0)
         return false;
-    // A record, with or without its stamps, would have taken the place of those that stood there,
-    // and so does whoever empties the journal.
+    // A record, with or without its stamps, would have taken the place of those that stood there;
+    // whoever empties the journal writes others there.
     std::array<char, kSetor> bytes;
     const ssize_t lidos = insistir([&] {
         return ::pread(arquivo_.fd(), bytes.data(), bytes.size(), static_cast<off_t>(fim_));
@@ -170,52 +196,82 @@ bool Diario::emDia() {
     return lidos >= 0 && std::string_view(bytes.data(), static_cast<std::size_t>(lidos)) == setor_;
 }
 
-RegistroDiario Diario::preparar(std::vector<MudancaDiario> mudancas) const {
+bool Diario::temSeuNome() const {
+    struct stat dados {};
+    return ::stat(fnConfigurarPath(kNome).c_str(), &dados) == 0 && dados.st_ino == ultimo_.lugar.no;
+}
+
+RegistroDiario Diario::preparar(std::vector<MudancaDiario> mudancas,
+                                std::vector<CarimboDiario> achados) const {
     RegistroDiario registro = ultimo_;
     ++registro.sequencia;
     registro.momento = agora();
-    registro.carimbos = carimbos_;
+    std::ranges::move(achados, std::back_inserter(registro.carimbos));
     registro.mudancas = std::move(mudancas);
     return registro;
 }
 
+bool Diario::descarregar() {
+    return insistir([&] { return ::fdatasync(arquivo_.fd()); }) == 0 || falhouArquivo(kNome);
+}
+
 bool Diario::acrescentar(const std::string &registro) {
-    const bool inteiro = arquivo_.escrever(registro, fim_);
-    if (!inteiro || !descarregar(arquivo_.fd())) {
+    if (const bool inteiro = arquivo_.escrever(registro, fim_); !inteiro || !descarregar()) {
         falhouArquivo(kNome);
         setor_.resize(kSetor, '\0');
         const bool apagado = arquivo_.escrever(setor_, fim_);
-        if (!inteiro || (apagado && descarregar(arquivo_.fd()))) return false;
-        // Written back where it may have got to the disk without the record: what cannot be taken
-        // back has happened.
-        if (apagado && !arquivo_.escrever(registro.substr(0, kSetor), fim_)) return false;
+        if (apagado && (!inteiro || descarregar())) return false;
+        // What cannot be taken back has happened. Written anew as a whole: what the disk refused
+        // may count as being there.
+        const bool refeito = inteiro && arquivo_.escrever(registro, fim_);
+        if (!refeito && (apagado || !inteiro)) {
+            arquivo_.fechar();
+            return false;
+        }
     }
     fim_ += registro.size();
     ++ultimo_.sequencia;
-    carimbos_.clear();
+    ultimo_.carimbos.clear();
     setor_.clear();
     return true;
 }
 
 bool Diario::carimbar(std::vector<CarimboDiario> carimbos) {
-    carimbos_ = std::move(carimbos);
-    setor_ = escreverCarimbos(ultimo_, carimbos_);
-    return arquivo_.escrever(setor_, fim_);
+    ultimo_.carimbos = std::move(carimbos);
+    // Another one each time, so that who knew the end sees that somebody was there.
+    ultimo_.momento = agora();
+    const std::string bloco = escreverCarimbos(ultimo_);
+    setor_ = bloco.substr(0, kSetor);
+    return arquivo_.escrever(bloco, fim_);
 }
 
 bool Diario::esvaziar(std::size_t tamanho) {
-    if (tamanho + kSetor > tamanho_ && !ocupar(tamanho + kSetor)) return false;
-    // The end first: a process that knew it sees that it is one no more.
-    const bool marcado = fim_ == 0 || arquivo_.escrever(std::string(kSetor, '\0'), fim_);
-    if (marcado) {
-        fim_ = 0;
-        ultimo_.sequencia = 0;
-        ultimo_.epoca = agora();
-        if (carimbar({})) return true;
-    }
+    if (tamanho + kBloco > tamanho_ && !ocupar(tamanho + kBloco)) return false;
+    if (recomecar()) return true;
     falhouArquivo(kNome);
     arquivo_.fechar();
     return false;
+}
+
+// The old end first: a process that knew it sees that it is one no more, and what stands there is
+// as good as before should this be the last that happens. Nobody else knows the end of a damaged
+// one: nothing is left of it.
+bool Diario::recomecar() {
+    if (danificado_) {
+        const std::string zeros(kZeros, '\0');
+        for (std::size_t lugar = 0; lugar < tamanho_; lugar += kZeros)
+            if (!arquivo_.escrever(
+                    std::string_view(zeros).substr(0, std::min(kZeros, tamanho_ - lugar)), lugar))
+                return false;
+    } else if (fim_ != 0 && !carimbar(std::move(ultimo_.carimbos))) {
+        return false;
+    }
+    fim_ = 0;
+    ultimo_.sequencia = 0;
+    ultimo_.epoca = agora();
+    danificado_ = false;
+    // Flushed: a record that follows is torn by a power cut over nothing older.
+    return carimbar({}) && descarregar();
 }
 
 } // namespace zel

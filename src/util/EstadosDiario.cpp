@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "util/EstadosDiario.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace zel {
 
 namespace {
@@ -12,21 +15,28 @@ constexpr std::int64_t kFolga = 60'000'000'000; // nanoseconds
 } // namespace
 
 bool EstadoDiario::ehDeOutro(const Identidade &achada) const {
+    // With times of before: a clock that was set back makes the file's own ones later than its
+    // records.
+    const auto dela = [&](const Identidade &anterior) {
+        return anterior.mudanca == achada.mudanca && anterior.escrita == achada.escrita;
+    };
+    if (std::ranges::any_of(anteriores, dela)) return false;
     if (!carimbo) return achada.mudanca > limite;
     // Not by size or inode: a file whose bytes were not flushed comes back shorter, on some file
     // systems with the time of its last change. Another mode or link changes no bytes.
     return achada.mudanca > carimbo->mudanca && achada.escrita != carimbo->escrita;
 }
 
-EstadosDiario::EstadosDiario(const Diario::Conteudo &conteudo)
-    : faltamUltimos_(conteudo.faltamUltimos) {
+EstadosDiario::EstadosDiario(const Diario::Conteudo &conteudo) : danificado_(conteudo.danificado) {
     for (const RegistroDiario &registro : conteudo.registros) {
         carimbar(registro.carimbos);
         aplicar(registro);
     }
     if (conteudo.carimbos) carimbar(*conteudo.carimbos);
+    for (auto &[nome, estado] : arquivos_)
+        estado.anteriores = std::move(vistos_[nome]);
     // A file may well be later than records that lost those which followed them.
-    if (faltamUltimos_) return;
+    if (danificado_) return;
     for (auto &[nome, estado] : arquivos_)
         estado.limite += kFolga;
 }
@@ -54,6 +64,7 @@ void EstadosDiario::aplicar(const RegistroDiario &registro) {
 void EstadosDiario::carimbar(const std::vector<CarimboDiario> &carimbos) {
     for (const CarimboDiario &carimbo : carimbos) {
         if (carimbo.nome.empty()) diretorio_ = carimbo.identidade;
+        vistos_[carimbo.nome].push_back(carimbo.identidade);
         const auto estado = arquivos_.find(carimbo.nome);
         if (estado != arquivos_.end()) estado->second.carimbo = carimbo.identidade;
     }
@@ -62,7 +73,7 @@ void EstadosDiario::carimbar(const std::vector<CarimboDiario> &carimbos) {
 bool EstadosDiario::foiRemovido(const EstadoDiario &estado, const Identidade &diretorio) const {
     if (estado.existia) return true;
     if (estado.carimbo && diretorio_) return diretorio.mudanca > diretorio_->mudanca;
-    return faltamUltimos_ && diretorio.mudanca > estado.limite;
+    return danificado_ && diretorio.mudanca > estado.limite;
 }
 
 } // namespace zel

@@ -17,8 +17,9 @@ struct EstadoDiario {
     bool existia = false; // before the journal's first record of it
     Acesso acesso = Acesso::kPrivado;
     Ligacao ligacao = Ligacao::kNaoSeguida;
-    std::int64_t limite = 0;           // when its last record had been followed, at the latest
-    std::optional<Identidade> carimbo; // how it stood after that, where that is known
+    std::int64_t limite = 0;            // when its last record had been followed, at the latest
+    std::optional<Identidade> carimbo;  // how it stood after that, where that is known
+    std::vector<Identidade> anteriores; // how it stood before, at any time that is known
 
     // Whether a file that holds something else was written by somebody else, after the last record;
     // otherwise it is one that lost what was not flushed.
@@ -40,8 +41,9 @@ private:
     void carimbar(const std::vector<CarimboDiario> &carimbos);
 
     std::map<std::string, EstadoDiario> arquivos_;
+    std::map<std::string, std::vector<Identidade>> vistos_;
     std::optional<Identidade> diretorio_; // after the last change of names
-    bool faltamUltimos_;
+    bool danificado_;
 };
 
 } // namespace zel

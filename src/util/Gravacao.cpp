@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <map>
+#include <pthread.h>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -45,13 +46,20 @@ Gravador &gravador() {
     return unico;
 }
 
+// A child has what is open here as well; should it close every number, as a service does that
+// starts, and open others, they would be taken for these.
+[[maybe_unused]] const int kNaBifurcacao = ::pthread_atfork(nullptr, nullptr, esquecerDiario);
+
 // One change on its way.
 struct Plano {
     const MudancaArquivo *mudanca = nullptr;
     std::string caminho;
-    std::string inteiro;    // a whole that took the place of an end
-    bool noLugar = false;   // written where the file stands
+    std::string inteiro;  // a whole that took the place of an end
+    bool noLugar = false; // written where the file stands
+    bool existia = false;
+    Identidade achada;      // where it existed
     bool seguida = false;   // stands as the journal left it
+    bool aberta = false;    // was looked at where it is open
     MudancaDiario trecho{}; // what is written there
     MudancaDiario registro{};
     std::string_view depois{}; // the whole, where it is not
@@ -84,10 +92,30 @@ void descreverTrecho(std::string_view antes, std::string_view depois, MudancaDia
     registro.bytes = depois.substr(inicio, depois.size() - fim - inicio);
 }
 
-// Whether a file stands as the journal left it.
-bool continua(const Plano &plano, const Identidade &achada) {
+// Looks at the file, and whether it stands as the journal left it. One that is open need not be
+// looked for, unless a link could lead elsewhere by now.
+Leitura identificar(Plano &plano) {
     const auto cadeia = gravador().cadeias.find(plano.mudanca->nome);
-    return cadeia != gravador().cadeias.end() && cadeia->second.identidade == achada;
+    const bool conhecida = cadeia != gravador().cadeias.end();
+    plano.aberta = conhecida && plano.mudanca->ligacao == Ligacao::kNaoSeguida &&
+                   identificar(cadeia->second.aberto, plano.achada) &&
+                   plano.achada == cadeia->second.identidade;
+    plano.seguida = plano.aberta;
+    if (plano.aberta) return Leitura::kLido;
+    const Leitura leitura = identificar(plano.caminho, plano.mudanca->ligacao, plano.achada);
+    plano.seguida =
+        leitura == Leitura::kLido && conhecida && plano.achada == cadeia->second.identidade;
+    return leitura;
+}
+
+// Whether a file holds what the caller takes it to hold; one that the journal left so does.
+bool ehOSabido(const Plano &plano) {
+    const auto &antes = plano.mudanca->antes;
+    if (!plano.existia || !antes || plano.achada.tamanho != antes->size()) return false;
+    std::string conteudo;
+    return plano.seguida ||
+           (lerArquivo(plano.caminho, conteudo, plano.mudanca->ligacao) == Leitura::kLido &&
+            conteudo == *antes);
 }
 
 void planejarFim(Plano &plano, const MudancaArquivo::Fim &fim) {
@@ -105,12 +133,11 @@ bool planejar(const MudancaArquivo &mudanca, Plano &plano) {
     plano.trecho.nome = mudanca.nome;
     plano.trecho.acesso = mudanca.acesso;
     plano.trecho.ligacao = mudanca.ligacao;
-    Identidade achada;
-    const Leitura leitura = identificar(plano.caminho, mudanca.ligacao, achada);
+    const Leitura leitura = identificar(plano);
     // A link that is not followed makes way.
     if (leitura == Leitura::kFalha && !ehLigacao(plano.caminho)) return false;
-    plano.seguida = leitura == Leitura::kLido && continua(plano, achada);
-    if (mudanca.fim && leitura == Leitura::kLido && achada.tamanho == mudanca.fim->tamanho) {
+    plano.existia = leitura == Leitura::kLido;
+    if (mudanca.fim && plano.existia && plano.achada.tamanho == mudanca.fim->tamanho) {
         planejarFim(plano, *mudanca.fim);
         if (plano.seguida) return true;
         // The journal does not know it yet.
@@ -125,8 +152,7 @@ bool planejar(const MudancaArquivo &mudanca, Plano &plano) {
     }
     if (mudanca.fim) plano.inteiro = mudanca.fim->inteiro();
     plano.depois = mudanca.fim ? std::string_view(plano.inteiro) : mudanca.depois;
-    const bool sabido =
-        leitura == Leitura::kLido && mudanca.antes && achada.tamanho == mudanca.antes->size();
+    const bool sabido = ehOSabido(plano);
     if (sabido) descreverTrecho(*mudanca.antes, plano.depois, plano.trecho);
     plano.noLugar = sabido && mudanca.antes->size() == plano.depois.size();
     plano.registro = plano.trecho;
@@ -147,9 +173,14 @@ bool planejarTodas(std::span<const MudancaArquivo> mudancas, std::vector<Plano> 
 
 RegistroDiario registroDe(const std::vector<Plano> &planos) {
     std::vector<MudancaDiario> mudancas;
-    for (const Plano &plano : planos)
+    std::vector<CarimboDiario> achados;
+    for (const Plano &plano : planos) {
         mudancas.push_back(plano.registro);
-    return gravador().diario.preparar(std::move(mudancas));
+        // What comes back after a power cut is told by it.
+        if (plano.existia && !plano.seguida)
+            achados.push_back({std::string(plano.mudanca->nome), plano.achada});
+    }
+    return gravador().diario.preparar(std::move(mudancas), std::move(achados));
 }
 
 void abandonar(const std::vector<Plano> &planos) {
@@ -165,22 +196,46 @@ bool preparar(const std::vector<Plano> &planos) {
     });
 }
 
-// Makes one change and sees how the file stands then. One that is written in its place stays open:
-// while it is, no other file has its identity.
-bool aplicar(const Plano &plano, Cadeia &cadeia) {
-    const Ligacao ligacao = plano.mudanca->ligacao;
-    cadeia.marcada = false;
-    if (!plano.noLugar) {
-        cadeia.aberto.fechar();
-        return instalarRascunho(plano.caminho, ligacao) &&
-               identificar(plano.caminho, ligacao, cadeia.identidade) == Leitura::kLido;
+// Opens a file to write in its place, unless it is open. False where it is not the one that was
+// looked at.
+bool abrirSeguida(const Plano &plano, Cadeia &cadeia) {
+    if (plano.aberta) return true;
+    Identidade aberta;
+    // A number that the host closed may be a file of its own by now.
+    if (!identificar(cadeia.aberto, aberta) || aberta.no != cadeia.identidade.no)
+        cadeia.aberto.soltar();
+    if (!plano.seguida || !cadeia.aberto.aberto()) {
+        cadeia.aberto = abrirNoLugar(plano.caminho, plano.mudanca->ligacao);
+        if (!identificar(cadeia.aberto, aberta)) return false;
     }
-    if (!plano.seguida || !cadeia.aberto.aberto())
-        cadeia.aberto = abrirNoLugar(plano.caminho, ligacao);
-    if (!escreverNoLugar(cadeia.aberto, plano.trecho.lugar, plano.trecho.bytes)) return false;
+    return aberta == plano.achada;
+}
+
+// Writes a file in its place, and sees how it stands then. It stays open for the next time. False
+// also where somebody was there since it was looked at, or another file has got its name: the next
+// call puts right what stands there.
+bool escreverSobre(const Plano &plano, Cadeia &cadeia) {
+    if (!abrirSeguida(plano, cadeia)) return false;
+    if (!cadeia.aberto.escrever(plano.trecho.bytes, plano.trecho.lugar)) return false;
     if (!plano.mudanca->marcada) return identificar(cadeia.aberto, cadeia.identidade);
-    cadeia.marcada = marcarEscrita(cadeia.aberto, cadeia.identidade);
-    return cadeia.marcada || identificar(cadeia.aberto, cadeia.identidade);
+    // A file that people edit. Another one may have its name, or a link lead elsewhere.
+    Identidade marcada;
+    const bool marca = marcarEscrita(cadeia.aberto, marcada);
+    if (identificar(plano.caminho, plano.mudanca->ligacao, cadeia.identidade) != Leitura::kLido ||
+        cadeia.identidade.no != plano.achada.no)
+        return false;
+    cadeia.marcada = marca && cadeia.identidade == marcada;
+    return true;
+}
+
+// Makes one change and sees how the file stands then.
+bool aplicar(const Plano &plano, Cadeia &cadeia) {
+    cadeia.marcada = false;
+    if (plano.noLugar) return escreverSobre(plano, cadeia);
+    const Ligacao ligacao = plano.mudanca->ligacao;
+    cadeia.aberto.fechar();
+    return instalarRascunho(plano.caminho, ligacao) &&
+           identificar(plano.caminho, ligacao, cadeia.identidade) == Leitura::kLido;
 }
 
 // The record is on the disk: what fails from here on is put right later. Whether nothing did.
@@ -222,6 +277,8 @@ bool esvaziar(std::size_t tamanho) {
         g.perdeu = g.atrasado = true;
         return false;
     }
+    // Of a damaged journal nobody knows which files it had.
+    if (g.recomecar) descarregarTudoQueHa(fnConfigurarPath(""));
     if (!g.diario.esvaziar(tamanho)) {
         g.atrasado = true;
         return false;
@@ -261,27 +318,48 @@ bool acertar(const std::string &nome, const EstadoDiario &estado, bool removido)
     return true;
 }
 
+// Notes how every file stands that holds what the journal says: the process that wrote them did not
+// come to it, and what somebody takes away from here on is to stay away.
+void carimbarTudo() {
+    std::vector<CarimboDiario> carimbos;
+    for (const auto &[nome, cadeia] : gravador().cadeias)
+        carimbos.push_back({nome, cadeia.identidade});
+    carimbos.push_back({"", identificarDiretorio(fnConfigurarPath(""))});
+    gravador().diario.carimbar(std::move(carimbos));
+}
+
+bool acertarTodos(const Diario::Conteudo &conteudo) {
+    Gravador &g = gravador();
+    g.recomecar = conteudo.danificado;
+    const bool interrompido = !conteudo.registros.empty() && !conteudo.carimbos;
+    // Nothing may follow a record that is not on the disk.
+    if (interrompido && !g.diario.descarregar()) return false;
+    const EstadosDiario estados(conteudo);
+    // As it was before anything is put right.
+    const Identidade diretorio = identificarDiretorio(fnConfigurarPath(""));
+    for (const auto &[nome, estado] : estados.arquivos())
+        if (!acertar(nome, estado, estados.foiRemovido(estado, diretorio))) return false;
+    if (interrompido && !g.recomecar) carimbarTudo();
+    return true;
+}
+
 bool recuperar() {
     Gravador &g = gravador();
     Diario::Conteudo conteudo;
     g.cadeias.clear();
     g.processo = ::getpid();
     g.atrasado = true;
-    switch (g.diario.ler(conteudo)) {
-    case Leitura::kFalha:
-        return false;
-    case Leitura::kInexistente:
-        break;
-    case Leitura::kLido:
-        g.recomecar = conteudo.faltamUltimos;
-        const EstadosDiario estados(conteudo);
-        // As it was before anything is put right.
-        const Identidade diretorio = identificarDiretorio(fnConfigurarPath(""));
-        for (const auto &[nome, estado] : estados.arquivos())
-            if (!acertar(nome, estado, estados.foiRemovido(estado, diretorio))) return false;
-    }
+    const Leitura leitura = g.diario.ler(conteudo);
+    if (leitura == Leitura::kFalha) return false;
+    if (leitura == Leitura::kLido && !acertarTodos(conteudo)) return false;
     g.atrasado = g.perdeu = false;
     return true;
+}
+
+// Whether this process knows the journal and left nothing undone.
+bool acompanhado() {
+    const Gravador &g = gravador();
+    return g.processo == ::getpid() && !g.atrasado && g.diario.aberto();
 }
 
 Gravador::~Gravador() {
@@ -317,7 +395,7 @@ bool planejarRegistro(std::span<const MudancaArquivo> mudancas, std::vector<Plan
 
 bool gravarTodos(std::span<const MudancaArquivo> mudancas) {
     Gravador &g = gravador();
-    if ((g.processo != ::getpid() || g.atrasado) && !recuperar()) return false;
+    if (!acompanhado() && !recuperar()) return false;
     if (!g.diario.abrirOuCriar() || (g.recomecar && !esvaziar(0))) return false;
     std::vector<Plano> planos;
     std::string registro;
@@ -339,9 +417,12 @@ bool gravarTodos(std::span<const MudancaArquivo> mudancas) {
 } // namespace
 
 int acompanharDiario() {
-    Gravador &g = gravador();
-    const bool emDia = g.processo == ::getpid() && !g.atrasado && g.diario.emDia();
-    return emDia || recuperar() ? int{ZEL_OK} : arquivoIndisponivel();
+    return (acompanhado() && gravador().diario.emDia()) || recuperar() ? int{ZEL_OK}
+                                                                       : arquivoIndisponivel();
+}
+
+int completarDiario() {
+    return !gravador().atrasado || recuperar() ? int{ZEL_OK} : arquivoIndisponivel();
 }
 
 int gravarJuntos(std::span<const MudancaArquivo> mudancas) {
@@ -355,7 +436,12 @@ std::optional<Identidade> identidadeMarcada(std::string_view nome) {
 }
 
 void aliviarDiario() {
-    if (gravador().diario.passouDaMetade()) esvaziar(0);
+    Diario &diario = gravador().diario;
+    // One that somebody moved away is nobody's to read after a power cut.
+    if (diario.aberto() && !diario.temSeuNome())
+        diario.fechar();
+    else if (diario.passouDaMetade())
+        esvaziar(0);
 }
 
 void esquecerDiario() {

@@ -48,6 +48,9 @@ std::optional<Identidade> identidadeMarcada(std::string_view nome);
 // place.
 int acompanharDiario();
 
+// Within a turn: puts right what the last change of this process left undone. As acompanharDiario.
+int completarDiario();
+
 // At a quiet moment: flushes the files and empties the journal when it is half full. What fails is
 // tried again at the next one.
 void aliviarDiario();

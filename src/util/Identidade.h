@@ -38,6 +38,8 @@ Identidade identidadeDe(const struct stat &dados);
 
 // Reads the identity of a regular file. kFalha also for what is no regular file.
 Leitura identificar(const std::string &caminho, Ligacao ligacao, Identidade &identidade);
+// The same of an open one. False also when it has no name any more. An identity that is as before
+// says that it has kept its name as well: to rename a file changes it, too.
 bool identificar(const Descritor &arquivo, Identidade &identidade);
 
 // Whether the file's last change lies so far back that every later one gives it another identity,

@@ -11,10 +11,10 @@ namespace zel {
 
 namespace {
 
-constexpr std::string_view kMarca = "ZEL1";
+constexpr std::string_view kMarca = "ZEL2";
 constexpr std::string_view kMarcaCarimbos = "ZELC";
-constexpr std::size_t kAntesDaSoma = 4, kDepoisDaSoma = 8; // bytes from the record's start
-constexpr std::size_t kCabeca = 48;
+constexpr std::size_t kAntesDaSoma = 4, kDepoisDaSoma = 8; // bytes from the head's start
+constexpr std::size_t kCabeca = kSetor;
 
 constexpr std::size_t emBlocos(std::size_t tamanho) {
     return (tamanho + kBloco - 1) / kBloco * kBloco;
@@ -43,7 +43,7 @@ void escrever(std::string &bytes, Numero numero) {
 template <class Numero>
 void corrigir(std::string &bytes, std::size_t lugar, Numero numero) {
     const auto novos = emBytes(numero);
-    bytes.replace(lugar, novos.size(), novos.data(), novos.size());
+    std::ranges::copy(novos, bytes.begin() + static_cast<std::ptrdiff_t>(lugar));
 }
 
 constexpr unsigned kPrivado = 1, kSegue = 2; // bits of a change's mode
@@ -58,15 +58,40 @@ void escreverNome(std::string &bytes, std::string_view nome) {
     bytes.append(nome);
 }
 
-void escreverCarimbos(std::string &bytes, const std::vector<CarimboDiario> &carimbos) {
-    escrever(bytes, static_cast<std::uint8_t>(carimbos.size()));
-    for (const CarimboDiario &carimbo : carimbos) {
+constexpr std::size_t tamanhoDe(const CarimboDiario &carimbo) {
+    return 1 + carimbo.nome.size() + 4 * sizeof(std::uint64_t);
+}
+
+// The head, with as many stamps as fit.
+std::string escreverCabeca(std::string_view marca, const RegistroDiario &registro,
+                           std::string_view conteudo = {}) {
+    std::string bytes;
+    bytes.reserve(kCabeca);
+    bytes = marca;
+    escrever(bytes, std::uint32_t{0}); // the checksum, known at the end
+    escrever(bytes, registro.epoca);
+    escrever(bytes, registro.sequencia);
+    escrever(bytes, registro.momento);
+    escrever(bytes, registro.lugar.no);
+    escrever(bytes, registro.lugar.caminho);
+    escrever(bytes, static_cast<std::uint32_t>(conteudo.size()));
+    escrever(bytes, somaCrc32(conteudo));
+    const std::size_t lugarDaConta = bytes.size();
+    std::uint8_t carimbos = 0;
+    escrever(bytes, carimbos);
+    for (const CarimboDiario &carimbo : registro.carimbos) {
+        if (bytes.size() + tamanhoDe(carimbo) > kCabeca) break;
+        ++carimbos;
         escreverNome(bytes, carimbo.nome);
         escrever(bytes, carimbo.identidade.no);
         escrever(bytes, carimbo.identidade.tamanho);
         escrever(bytes, carimbo.identidade.mudanca);
         escrever(bytes, carimbo.identidade.escrita);
     }
+    corrigir(bytes, lugarDaConta, carimbos);
+    corrigir(bytes, kAntesDaSoma, somaCrc32(std::string_view(bytes).substr(kDepoisDaSoma)));
+    bytes.resize(kCabeca, '\0');
+    return bytes;
 }
 
 // Reads bytes from the front; once they do not suffice everything reads as nothing.
@@ -75,6 +100,7 @@ public:
     explicit Leitor(std::string_view bytes) : resto_(bytes) {}
 
     bool inteiro() const { return inteiro_; }
+    std::size_t resto() const { return resto_.size(); }
 
     std::string_view trecho(std::uint64_t tamanho) {
         if (tamanho > resto_.size()) inteiro_ = false;
@@ -127,9 +153,7 @@ MudancaDiario lerMudanca(Leitor &leitor) {
 } // namespace
 
 std::size_t tamanhoRegistroDiario(const RegistroDiario &registro) {
-    std::size_t tamanho = kCabeca + 1 + 1;
-    for (const CarimboDiario &carimbo : registro.carimbos)
-        tamanho += 1 + carimbo.nome.size() + 4 * sizeof(std::uint64_t);
+    std::size_t tamanho = kCabeca + 1;
     for (const MudancaDiario &mudanca : registro.mudancas)
         tamanho +=
             1 + mudanca.nome.size() + 1 + 1 + 3 * sizeof(std::uint64_t) + mudanca.bytes.size();
@@ -137,17 +161,8 @@ std::size_t tamanhoRegistroDiario(const RegistroDiario &registro) {
 }
 
 std::string escreverRegistroDiario(const RegistroDiario &registro) {
-    std::string bytes;
+    std::string bytes(kCabeca, '\0');
     bytes.reserve(tamanhoRegistroDiario(registro));
-    bytes = kMarca;
-    escrever(bytes, std::uint32_t{0}); // the checksum, known at the end
-    escrever(bytes, std::uint32_t{0}); // and so is the size
-    escrever(bytes, registro.lugar.caminho);
-    escrever(bytes, registro.epoca);
-    escrever(bytes, registro.sequencia);
-    escrever(bytes, registro.momento);
-    escrever(bytes, registro.lugar.no);
-    escreverCarimbos(bytes, registro.carimbos);
     escrever(bytes, static_cast<std::uint8_t>(registro.mudancas.size()));
     for (const MudancaDiario &mudanca : registro.mudancas) {
         escreverNome(bytes, mudanca.nome);
@@ -158,111 +173,62 @@ std::string escreverRegistroDiario(const RegistroDiario &registro) {
         escrever(bytes, std::uint64_t{mudanca.bytes.size()});
         bytes.append(mudanca.bytes);
     }
-    corrigir(bytes, kDepoisDaSoma, static_cast<std::uint32_t>(bytes.size() - kCabeca));
-    corrigir(bytes, kAntesDaSoma, somaCrc32(std::string_view(bytes).substr(kDepoisDaSoma)));
+    const auto conteudo = std::string_view(bytes).substr(kCabeca);
+    std::ranges::copy(escreverCabeca(kMarca, registro, conteudo), bytes.begin());
     bytes.resize(emBlocos(bytes.size()), '\0');
     return bytes;
 }
 
-namespace {
+std::string escreverCarimbos(const RegistroDiario &registro) {
+    std::string bytes = escreverCabeca(kMarcaCarimbos, registro);
+    bytes.resize(kBloco, '\0');
+    return bytes;
+}
 
-struct Cabeca {
-    std::uint32_t soma = 0, tamanho = 0;
-    RegistroDiario registro; // without its payload
-};
-
-std::optional<Cabeca> lerCabeca(std::string_view bytes) {
+std::optional<CabecaDiario> lerCabecaDiario(std::string_view bytes) {
+    bytes = bytes.substr(0, kCabeca);
     Leitor leitor(bytes);
-    if (leitor.trecho(kMarca.size()) != kMarca) return {};
-    Cabeca cabeca;
-    cabeca.soma = leitor.numero<std::uint32_t>();
-    cabeca.tamanho = leitor.numero<std::uint32_t>();
+    const std::string_view marca = leitor.trecho(kMarca.size());
+    if (bytes.size() < kCabeca || (marca != kMarca && marca != kMarcaCarimbos)) return {};
+    const auto soma = leitor.numero<std::uint32_t>();
+    CabecaDiario cabeca{.deRegistro = marca == kMarca};
     RegistroDiario &registro = cabeca.registro;
-    registro.lugar.caminho = leitor.numero<std::uint32_t>();
     registro.epoca = leitor.numero<std::int64_t>();
     registro.sequencia = leitor.numero<std::uint64_t>();
     registro.momento = leitor.numero<std::int64_t>();
     registro.lugar.no = leitor.numero<std::uint64_t>();
+    registro.lugar.caminho = leitor.numero<std::uint32_t>();
+    cabeca.tamanho = leitor.numero<std::uint32_t>();
+    cabeca.soma = leitor.numero<std::uint32_t>();
+    registro.carimbos = lerCarimbos(leitor);
     if (!leitor.inteiro()) return {};
+    bytes.remove_suffix(leitor.resto());
+    if (somaCrc32(bytes.substr(kDepoisDaSoma)) != soma) return {};
     return cabeca;
 }
 
-} // namespace
-
 std::optional<RegistroDiario> lerRegistroDiario(std::string_view bytes, std::size_t &tamanho) {
-    auto cabeca = lerCabeca(bytes);
-    if (!cabeca || cabeca->tamanho > bytes.size() - kCabeca) return {};
-    const std::string_view somados =
-        bytes.substr(kDepoisDaSoma, kCabeca - kDepoisDaSoma + cabeca->tamanho);
-    if (somaCrc32(somados) != cabeca->soma) return {};
+    auto cabeca = lerCabecaDiario(bytes);
+    if (!cabeca || !cabeca->deRegistro || cabeca->tamanho > bytes.size() - kCabeca) return {};
+    const std::string_view conteudo = bytes.substr(kCabeca, cabeca->tamanho);
+    if (somaCrc32(conteudo) != cabeca->soma) return {};
 
     RegistroDiario registro = std::move(cabeca->registro);
-    Leitor leitor(bytes.substr(kCabeca, cabeca->tamanho));
-    registro.carimbos = lerCarimbos(leitor);
+    Leitor leitor(conteudo);
     registro.mudancas.resize(leitor.numero<std::uint8_t>());
     for (MudancaDiario &mudanca : registro.mudancas)
         mudanca = lerMudanca(leitor);
     if (!leitor.inteiro() || !std::ranges::all_of(registro.mudancas, ehEntrada)) return {};
-    tamanho = emBlocos(kCabeca + cabeca->tamanho);
+    tamanho = emBlocos(kCabeca + conteudo.size());
     return registro;
-}
-
-std::string escreverCarimbos(const RegistroDiario &registro,
-                             const std::vector<CarimboDiario> &carimbos) {
-    std::string bytes;
-    bytes.reserve(kSetor);
-    bytes = kMarcaCarimbos;
-    escrever(bytes, std::uint32_t{0});
-    escrever(bytes, registro.epoca);
-    escrever(bytes, registro.sequencia);
-    escreverCarimbos(bytes, carimbos);
-    bytes.resize(kSetor, '\0');
-    corrigir(bytes, kAntesDaSoma, somaCrc32(std::string_view(bytes).substr(kDepoisDaSoma)));
-    return bytes;
-}
-
-namespace {
-
-struct SetorDeCarimbos {
-    std::int64_t epoca;
-    std::uint64_t sequencia;
-    std::optional<std::vector<CarimboDiario>> carimbos;
-};
-
-std::optional<SetorDeCarimbos> lerSetor(std::string_view setor) {
-    Leitor leitor(setor);
-    if (setor.size() != kSetor || leitor.trecho(kMarcaCarimbos.size()) != kMarcaCarimbos) return {};
-    const auto soma = leitor.numero<std::uint32_t>();
-    if (somaCrc32(setor.substr(kDepoisDaSoma)) != soma) return {};
-    SetorDeCarimbos lido{};
-    lido.epoca = leitor.numero<std::int64_t>();
-    lido.sequencia = leitor.numero<std::uint64_t>();
-    std::vector<CarimboDiario> carimbos = lerCarimbos(leitor);
-    if (leitor.inteiro()) lido.carimbos = std::move(carimbos);
-    return lido;
-}
-
-} // namespace
-
-std::optional<std::vector<CarimboDiario>> lerCarimbos(std::string_view setor,
-                                                      const RegistroDiario &registro) {
-    auto lido = lerSetor(setor);
-    const bool dele =
-        lido && lido->epoca == registro.epoca && lido->sequencia == registro.sequencia;
-    return dele ? std::move(lido->carimbos) : std::nullopt;
 }
 
 bool haPosteriores(std::string_view depois, const RegistroDiario &registro) {
     for (std::size_t lugar = 0; lugar < depois.size(); lugar += kBloco) {
-        const std::string_view bloco = depois.substr(lugar, kSetor);
-        const auto carimbos = lerSetor(bloco);
-        const auto cabeca = lerCabeca(bloco);
-        if (carimbos && carimbos->epoca == registro.epoca &&
-            carimbos->sequencia > registro.sequencia)
-            return true;
-        if (cabeca && cabeca->registro.epoca == registro.epoca &&
-            cabeca->registro.sequencia > registro.sequencia + 1)
-            return true;
+        const auto cabeca = lerCabecaDiario(depois.substr(lugar, kCabeca));
+        if (!cabeca || cabeca->registro.epoca != registro.epoca) continue;
+        const std::uint64_t proximo = registro.sequencia + 1;
+        if (cabeca->registro.sequencia >= proximo + (cabeca->deRegistro ? 1 : 0)) return true;
     }
     return false;
 }

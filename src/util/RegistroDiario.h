@@ -3,16 +3,21 @@
 // little-endian. Knows neither files nor what they hold.
 //
 //   record     = head payload zeros         up to a multiple of 4096 bytes
-//   head       = "ZEL1" crc32:4 size:4 place:4 epoch:8 sequence:8 moment:8 inode:8
-//   payload    = count:1 {stamp} count:1 {change}
-//   stamp      = length:1 name inode:8 size:8 changed:8 written:8
+//   head       = "ZEL2" crc32:4 epoch:8 sequence:8 moment:8 inode:8 place:4 size:4 payloadCrc32:4
+//                stamps zeros               512 bytes
+//   payload    = count:1 {change}
+//   stamps     = count:1 {length:1 name inode:8 size:8 changed:8 written:8}
 //   change     = length:1 name form:1 mode:1 at:8 removed:8 size:8 bytes
 //
-// crc32 is taken over all that follows it, to the end of the payload, whose length is `size`.
-// `epoch` is the moment at which the journal last began anew, `sequence` counts from 1 since then.
-// `place` is the checksum of the data directory's path, `inode` the journal's own: a journal that
-// was copied elsewhere has neither. `mode` is 1 for a private file, plus 2 where a link is
-// followed. `moment`, `changed` (ctime) and `written` (mtime) are nanoseconds since 1970.
+// `crc32` is taken over what follows it up to the end of the stamps, which are told even where the
+// record is torn, `payloadCrc32` over the `size` bytes of the payload. `epoch` is the moment at
+// which the journal last began anew, `sequence` counts from 1 since then. `place` is the checksum
+// of the data directory's path, `inode` the journal's own: a journal that was copied elsewhere has
+// neither. `mode` is 1 for a private file, plus 2 where a link is followed. `moment`, `changed`
+// (ctime) and `written` (mtime) are nanoseconds since 1970.
+//
+// After the last record stands a head alone, with "ZELC" and its stamps: the next record takes its
+// place and has them, too.
 //
 // A name is that of an entry of the data directory: a record with another one is not read, for a
 // checksum is no proof of who wrote it.
@@ -64,10 +69,11 @@ struct LugarDiario {
 
 struct RegistroDiario {
     std::int64_t epoca = 0;
-    std::uint64_t sequencia = 0;
+    std::uint64_t sequencia = 0; // 0: of a journal that has none yet
     std::int64_t momento = 0;
     LugarDiario lugar;
-    std::vector<CarimboDiario> carimbos; // of what the record before changed
+    // Of what the record before changed, and of what this one found; as many as the head takes.
+    std::vector<CarimboDiario> carimbos;
     std::vector<MudancaDiario> mudancas; // views into the bytes read
 };
 
@@ -79,16 +85,21 @@ std::size_t tamanhoRegistroDiario(const RegistroDiario &registro);
 // none whole.
 std::optional<RegistroDiario> lerRegistroDiario(std::string_view bytes, std::size_t &tamanho);
 
-// The stamps of a record alone, as one sector ("ZELC" crc32:4 epoch:8 sequence:8 count:1 {stamp}).
-// None read when they did not fit or the sector is not that of the record.
-std::string escreverCarimbos(const RegistroDiario &registro,
-                             const std::vector<CarimboDiario> &carimbos);
-std::optional<std::vector<CarimboDiario>> lerCarimbos(std::string_view setor,
-                                                      const RegistroDiario &registro);
+// The head that stands after a record, with that one's stamps: a block, so that the system need not
+// read what it overwrites.
+std::string escreverCarimbos(const RegistroDiario &registro);
+
+// The head at the start of `bytes`, of a record or of stamps alone.
+struct CabecaDiario {
+    bool deRegistro = false;
+    RegistroDiario registro{}; // without its changes
+    std::uint32_t tamanho = 0, soma = 0;
+};
+std::optional<CabecaDiario> lerCabecaDiario(std::string_view bytes);
 
 // Whether among the bytes after a record there is one of the same epoch that another one came
-// before, or its stamps: what stood in between is damaged. One that follows directly is none that
-// was reported as done, unless it has stamps.
+// before, or its stamps: what stood in between is damaged. One that follows directly counts only
+// with its stamps: without them it may be one that was never reported as done.
 bool haPosteriores(std::string_view depois, const RegistroDiario &registro);
 
 } // namespace zel

@@ -12,12 +12,14 @@ constexpr std::string_view kDiario = ".diario";
 constexpr std::string_view kCarimbos = "ZELC";
 constexpr std::size_t kSetor = 512, kBloco = 4096;
 
-// Whether a journal was flushed: its stamps alone may be lost.
+// Whether a journal was flushed: its stamps alone, a block of one sector and zeros, may be lost.
 bool estaNoDisco(std::string_view durante, std::string_view gravado) {
     for (std::size_t lugar = 0; lugar < durante.size(); lugar += kBloco) {
         const std::string_view bloco = durante.substr(lugar, kBloco);
-        if (!bloco.starts_with(kCarimbos) &&
-            bloco != gravado.substr(std::min(lugar, gravado.size()), kBloco))
+        const bool carimbos =
+            bloco.starts_with(kCarimbos) &&
+            bloco.substr(std::min(kSetor, bloco.size())).find_first_not_of('\0') == bloco.npos;
+        if (!carimbos && bloco != gravado.substr(std::min(lugar, gravado.size()), kBloco))
             return false;
     }
     return true;
