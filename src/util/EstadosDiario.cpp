@@ -58,20 +58,25 @@ void EstadosDiario::aplicar(const RegistroDiario &registro) {
         estado.ligacao = mudanca.ligacao;
         estado.limite = registro.momento;
         estado.carimbo.reset();
+        estado.removido = false;
     }
 }
 
 void EstadosDiario::carimbar(const std::vector<CarimboDiario> &carimbos) {
     for (const CarimboDiario &carimbo : carimbos) {
+        const auto estado = arquivos_.find(carimbo.nome);
+        if (carimbo.ausente()) {
+            if (estado != arquivos_.end()) estado->second.removido = true;
+            continue;
+        }
         if (carimbo.nome.empty()) diretorio_ = carimbo.identidade;
         vistos_[carimbo.nome].push_back(carimbo.identidade);
-        const auto estado = arquivos_.find(carimbo.nome);
         if (estado != arquivos_.end()) estado->second.carimbo = carimbo.identidade;
     }
 }
 
 bool EstadosDiario::foiRemovido(const EstadoDiario &estado, const Identidade &diretorio) const {
-    if (estado.existia) return true;
+    if (estado.existia || estado.removido) return true;
     if (estado.carimbo && diretorio_) return diretorio.mudanca > diretorio_->mudanca;
     return danificado_ && diretorio.mudanca > estado.limite;
 }

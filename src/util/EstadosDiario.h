@@ -14,7 +14,8 @@ namespace zel {
 
 struct EstadoDiario {
     std::string conteudo;
-    bool existia = false; // before the journal's first record of it
+    bool existia = false;  // before the journal's first record of it
+    bool removido = false; // a later record found it gone
     Acesso acesso = Acesso::kPrivado;
     Ligacao ligacao = Ligacao::kNaoSeguida;
     std::int64_t limite = 0;            // when its last record had been followed, at the latest

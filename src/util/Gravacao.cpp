@@ -12,8 +12,10 @@
 #include <algorithm>
 #include <map>
 #include <pthread.h>
+#include <set>
 #include <string>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace zel {
@@ -37,6 +39,8 @@ struct Gravador {
     bool perdeu = false;    // a flush was refused: what a file seems to hold may not reach the disk
     bool recomecar = false; // the journal is damaged: nothing may follow what it still has
     bool mudou = false;     // this process changed a file
+    Identidade diretorio;   // after this process's last change of names
+    std::set<std::string> ausentes; // files of the journal that the next record is to call gone
     ~Gravador();
 };
 
@@ -180,6 +184,8 @@ RegistroDiario registroDe(const std::vector<Plano> &planos) {
         if (plano.existia && !plano.seguida)
             achados.push_back({std::string(plano.mudanca->nome), plano.achada});
     }
+    for (const std::string &nome : gravador().ausentes)
+        achados.push_back({nome, {}});
     return gravador().diario.preparar(std::move(mudancas), std::move(achados));
 }
 
@@ -255,7 +261,10 @@ bool seguir(const std::vector<Plano> &planos) {
         nomes |= !plano.noLugar;
         carimbos.push_back({nome, cadeia.identidade});
     }
-    if (nomes) carimbos.push_back({"", identificarDiretorio(fnConfigurarPath(""))});
+    if (nomes) {
+        g.diretorio = identificarDiretorio(fnConfigurarPath(""));
+        carimbos.push_back({"", g.diretorio});
+    }
     g.diario.carimbar(std::move(carimbos));
     return todos;
 }
@@ -284,6 +293,7 @@ bool esvaziar(std::size_t tamanho) {
         return false;
     }
     g.cadeias.clear();
+    g.ausentes.clear();
     g.recomecar = false;
     return true;
 }
@@ -301,8 +311,9 @@ bool acertar(const std::string &nome, const EstadoDiario &estado, bool removido)
     case Leitura::kFalha:
         return ehLigacao(caminho);
     case Leitura::kInexistente:
-        if (removido) return true;
-        break;
+        if (!removido) break;
+        g.ausentes.insert(nome);
+        return true;
     case Leitura::kLido:
         if (lerArquivo(caminho, conteudo, ligacao) != Leitura::kLido) return false;
         if (conteudo != estado.conteudo && estado.ehDeOutro(identidade)) return true;
@@ -347,6 +358,8 @@ bool recuperar() {
     Gravador &g = gravador();
     Diario::Conteudo conteudo;
     g.cadeias.clear();
+    g.ausentes.clear();
+    g.diretorio = {};
     g.processo = ::getpid();
     g.atrasado = true;
     const Leitura leitura = g.diario.ler(conteudo);
@@ -374,6 +387,16 @@ Gravador::~Gravador() {
     }
 }
 
+// Somebody changed names in the directory: the files that are gone are to stay so, although the
+// directory will have a later time by names of this record.
+void notarAusentes(const std::vector<Plano> &planos) {
+    Gravador &g = gravador();
+    const bool nomes = !std::ranges::all_of(planos, &Plano::noLugar);
+    if (!nomes || identificarDiretorio(fnConfigurarPath("")) == g.diretorio) return;
+    for (const auto &[nome, cadeia] : g.cadeias)
+        if (!existeArquivo(fnConfigurarPath(nome))) g.ausentes.insert(nome);
+}
+
 // What is to be written, and a record of it that has room. Once the journal is empty it has the
 // files whole, for which it may have to grow.
 bool planejarRegistro(std::span<const MudancaArquivo> mudancas, std::vector<Plano> &planos,
@@ -382,6 +405,7 @@ bool planejarRegistro(std::span<const MudancaArquivo> mudancas, std::vector<Plan
     constexpr int kVoltas = 3; // as it is, emptied, grown
     for (int volta = 0; volta < kVoltas; ++volta) {
         if (!planejarTodas(mudancas, planos)) return false;
+        notarAusentes(planos);
         const RegistroDiario seguinte = registroDe(planos);
         const std::size_t tamanho = tamanhoRegistroDiario(seguinte);
         if (diario.cabe(tamanho)) {
@@ -406,6 +430,8 @@ bool gravarTodos(std::span<const MudancaArquivo> mudancas) {
         abandonar(planos);
         return false;
     }
+    for (const std::string &nome : std::exchange(g.ausentes, {}))
+        g.cadeias.erase(nome);
     try {
         g.atrasado = !seguir(planos);
     } catch (...) {

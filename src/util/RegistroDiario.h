@@ -55,10 +55,12 @@ struct MudancaDiario {
     std::string_view bytes;
 };
 
-// How a file stood after a change: whoever writes it later leaves another one.
+// How a file stood after a change: whoever writes it later leaves another one. The directory's own
+// has no name; one without an inode is of a file that somebody took away.
 struct CarimboDiario {
     std::string nome;
     Identidade identidade;
+    bool ausente() const { return identidade.no == 0; }
 };
 
 // Where a journal belongs.
