@@ -10,6 +10,7 @@
 #include "util/Trava.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -28,7 +29,8 @@ struct Registro {
     std::optional<TextoConfig> arquivo;
     // How a file stands that holds these bytes; none where it could be changed and look the same.
     std::optional<Identidade> identidade;
-    bool inteiro = false; // every value is the one that `arquivo` holds
+    std::uint64_t vez = 0; // in which they were last found to be the file's
+    bool inteiro = false;  // every value is the one that `arquivo` holds
     Autorizacao autorizacao;
 };
 
@@ -74,11 +76,13 @@ int fnXML_CriarArquivo_Felbor_ZEL() {
     return ZEL_OK;
 }
 
-// Whether the file is the one whose bytes are known, as its identity tells.
+// Whether the file is the one whose bytes are known, as its identity tells; asked once in a turn.
 bool inalterada() {
     const Registro &registro = G_stRegistroZEL_AUX;
+    if (!registro.arquivo) return false;
+    if (Vez::atual() != 0 && registro.vez == Vez::atual()) return true;
     Identidade achada;
-    return registro.arquivo && registro.identidade &&
+    return registro.identidade &&
            identificar(caminhoArquivo(), Ligacao::kSeguida, achada) == Leitura::kLido &&
            achada == *registro.identidade;
 }
@@ -86,7 +90,10 @@ bool inalterada() {
 // Takes over what the file holds, unless its bytes are known already; a missing file is created
 // from the values in memory. `texto` receives the file's bytes where they had to be read.
 int carregar(std::string &texto) {
-    if (inalterada()) return ZEL_OK;
+    if (inalterada()) {
+        G_stRegistroZEL_AUX.vez = Vez::atual();
+        return ZEL_OK;
+    }
     Identidade identidade;
     switch (lerArquivo(caminhoArquivo(), texto, Ligacao::kSeguida, &identidade)) {
     case Leitura::kInexistente:
@@ -107,6 +114,7 @@ int carregar(std::string &texto) {
         assumir(std::move(*carga));
         if (!completa) return ZEL_OK;
     }
+    registro.vez = Vez::atual();
     if (assentada(identidade)) registro.identidade = identidade;
     return ZEL_OK;
 }

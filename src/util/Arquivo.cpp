@@ -135,10 +135,12 @@ bool escreverAoLado(const std::string &destino, std::string_view conteudo, Acess
     if (!antigo && !naoExiste()) return falhouArquivo(destino);
     if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode))
         return naoEhArquivo(destino);
-    removerArquivo(novo); // left by a process that died
     // The mode of a link says nothing.
-    const bool herda = antigo && S_ISREG(antigo->st_mode);
-    if (escreverNovo(novo, conteudo, acesso, herda ? antigo : std::nullopt, descarga)) return true;
+    const auto modelo = antigo && S_ISREG(antigo->st_mode) ? antigo : std::nullopt;
+    const auto escrever = [&] { return escreverNovo(novo, conteudo, acesso, modelo, descarga); };
+    if (escrever()) return true;
+    // Left by a process that died.
+    if (errno == EEXIST && removerArquivo(novo) && escrever()) return true;
     const int erro = errno;
     removerArquivo(novo);
     errno = erro;

@@ -34,6 +34,7 @@ struct Travas {
 };
 
 Travas travas;
+std::uint64_t turnos = 0; // that this process has had
 
 void esquecer() {
     travas.arquivo.fechar();
@@ -123,7 +124,11 @@ int Vez::recusa() {
 }
 
 Vez::Vez() : obtida_(preparar() && (travas.vezes > 0 || esperarVez())) {
-    if (obtida_) ++travas.vezes;
+    if (obtida_ && ++travas.vezes == 1) ++turnos;
+}
+
+std::uint64_t Vez::atual() {
+    return travas.vezes > 0 ? turnos : 0;
 }
 
 Vez::~Vez() {

@@ -6,6 +6,8 @@
 // file system has no locks every process has both, and the log says so.
 #pragma once
 
+#include <cstdint>
+
 namespace zel {
 
 // The turn to change files, for the life of the object; one within another is the same turn. Waits
@@ -22,6 +24,9 @@ public:
     explicit operator bool() const { return obtida_; }
     // The code of that refusal, whose reason is kept.
     static int recusa();
+
+    // The number of this process's turn under way; 0 for none.
+    static std::uint64_t atual();
 
 private:
     bool obtida_;
