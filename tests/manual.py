@@ -4,7 +4,7 @@
 them is run in reading order, as a user would who starts at the first line, and every name in them
 exists.
 
-    manual.py BUILD [-fsanitize=...]          what BUILD holds, installed into a home of its own
+    manual.py BUILD                           what BUILD holds, installed into a home of its own
     manual.py BUILD --regenerar               writes the outputs that the pages show anew, and the
                                               meaning and remedy of the codes
     manual.py --inteiro                       from a fresh clone, built as the first page says
@@ -38,6 +38,9 @@ REGENERAR = "--regenerar" in sys.argv
 argumentos = [a for a in sys.argv[1:] if not a.startswith("--")]
 BUILD = pathlib.Path(argumentos[0]).resolve() if argumentos else None
 OPCOES = [a for a in sys.argv[1:] if a.startswith("-f")]
+# Programs of a build with sanitizers are built so, too.
+if BUILD and not OPCOES and "ZEL_SANITIZE:BOOL=ON" in (BUILD / "CMakeCache.txt").read_text():
+    OPCOES = ["-fsanitize=address,undefined"]
 
 PAGINAS = [raiz / "docs" / "manual.md",
            *(raiz / "docs" / "manual" / nome for nome in re.findall(

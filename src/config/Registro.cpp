@@ -76,7 +76,7 @@ int fnXML_CriarArquivo_Felbor_ZEL() {
     return ZEL_OK;
 }
 
-// Whether the file is the one whose bytes are known, as its identity tells; asked once in a turn.
+// Whether the file is the one whose bytes are known, by its identity; asked once in a turn.
 bool inalterada() {
     const Registro &registro = G_stRegistroZEL_AUX;
     if (!registro.arquivo) return false;

@@ -82,6 +82,6 @@ int fnCFConfCofinsOutr_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_vi
 // Erase the preset of one tax. Always 1.
 int fnZerarConfTempICMS(ST_tagImpostoConfTemp &presets);
 int fnZerarConfTempPIS(ST_tagImpostoConfTemp &presets);
-int fnZerarConfTempCONFINS(ST_tagImpostoConfTemp &presets);
+int fnZerarConfTempCONFINS(ST_tagImpostoConfTemp &presets); // COFINS, spelt so
 
 } // namespace zel

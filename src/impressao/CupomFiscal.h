@@ -85,7 +85,7 @@ struct CupomFiscal {
     Campo<10> Serie;
     Campo<2> CDV;
     const std::tm *Data = nullptr; // the caller's; printing takes dates from the texts
-    Campo<4> TpAmp;                // tpAmb: "1" production, "2" homologation
+    Campo<4> TpAmp;                // tpAmb, spelt so: "1" production, "2" homologation
     Campo<17> ProtocoloSefaz;
     Campo<25> DataHoraAutorizacao;
     Campo<49> DigestValueAutorizado;  // base64

@@ -25,8 +25,6 @@ struct ChavesEndereco {
 constexpr ChavesEndereco kChavesProducao{"Producao", "ChaveConsultaProducao"};
 constexpr ChavesEndereco kChavesHomologacao{"Homologacao", "ChaveConsultaHomologacao"};
 
-// The address of the QR code, its parameters in their order and the hash over them, version 100:
-// NT 2015.002 and Manual de Padrões Técnicos do DANFE-NFC-e e QR Code 3.x.
 // These states publish the hash over the parameters alone.
 constexpr std::string_view kUFsSemInterrogacao[] = {"SP", "RS", "MT"};
 
@@ -57,6 +55,8 @@ int retornarEnderecoConsulta(const CupomFiscal &cf, int ambiente, std::string &e
     return lerEndereco(cf.EmitUF, portal, endereco);
 }
 
+// The address of the QR code, its parameters in their order and the hash over them, version 100:
+// NT 2015.002 and Manual de Padrões Técnicos do DANFE-NFC-e e QR Code 3.x.
 std::string gerarUrlQrcode(const DadosImpressao &dados, const CupomFiscal &cf,
                            std::string_view baseUrl) {
     if (dados.ambiente() == kLinkPronto) return std::string(baseUrl);
@@ -73,6 +73,8 @@ std::string gerarUrlQrcode(const DadosImpressao &dados, const CupomFiscal &cf,
     return url;
 }
 
+// The address of the QR code, its parameters in their order and the hash over them, version 100:
+// NT 2015.002 and Manual de Padrões Técnicos do DANFE-NFC-e e QR Code 3.x.
 std::string gerarUrlQrcode(const DadosImpressao &dados, const CupomFiscal &cf) {
     std::string endereco;
     // Without an address the receipt shows the parameters alone.

@@ -55,7 +55,7 @@ int montarEndereco(const DadosConsumidor &consumidor, ST_tagZEL &endereco) {
         {{"municipio", consumidor.municipio}, "xMun", 1, kMaiorTexto},
         {{"uf", consumidor.uf}, "UF", kLetrasUf, kLetrasUf},
     }};
-    addSeAceito(endereco, "xLgr", logradouro);
+    juntarSeAceito(endereco, "xLgr", logradouro);
     for (const auto &[argumento, elemento, minimo, maximo] : partes) {
         const std::string valor = argumentoAceito(argumento.texto, minimo, maximo);
         if (valor.empty())
@@ -63,9 +63,9 @@ int montarEndereco(const DadosConsumidor &consumidor, ST_tagZEL &endereco) {
                                                          .dado = argumento.texto,
                                                          .minimo = static_cast<int>(minimo),
                                                          .maximo = static_cast<int>(maximo)});
-        addSeAceito(endereco, elemento, valor);
+        juntarSeAceito(endereco, elemento, valor);
     }
-    addSeAceito(endereco, "CEP", argumentoAceito(consumidor.cep, 1, kDigitosCep));
+    juntarSeAceito(endereco, "CEP", argumentoAceito(consumidor.cep, 1, kDigitosCep));
     return ZEL_OK;
 }
 
@@ -77,11 +77,11 @@ int montarAbertura(const DadosConsumidor &consumidor, std::string_view identific
     if (const int montado = montarEndereco(consumidor, endereco); montado != ZEL_OK) return montado;
     if (identificacao.empty()) return ZEL_OK;
     ST_tagZEL dest("dest");
-    addSeAceito(dest, identificacao, digitosDoDocumento(consumidor.documento));
-    addSeAceito(dest, "xNome", argumentoAceito(consumidor.nome, 1, kMaiorTexto));
+    juntarSeAceito(dest, identificacao, digitosDoDocumento(consumidor.documento));
+    juntarSeAceito(dest, "xNome", argumentoAceito(consumidor.nome, 1, kMaiorTexto));
     if (endereco.subTags) dest.addSubTag(std::move(endereco));
     dest.addSubTag("indIEDest", "9");
-    addSeAceito(dest, "email", argumentoAceito(email, 1, kMaiorEmail));
+    juntarSeAceito(dest, "email", argumentoAceito(email, 1, kMaiorEmail));
     abertura.addSubTag(std::move(dest));
     return ZEL_OK;
 }

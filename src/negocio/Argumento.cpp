@@ -51,7 +51,7 @@ int recusarNegativo(std::string_view nome, std::string_view texto) {
     return recusar(Motivo::kArgumentoNegativo, {.campo = nome, .dado = texto});
 }
 
-void addSeAceito(ST_tagZEL &grupo, std::string_view nome, std::string_view simples) {
+void juntarSeAceito(ST_tagZEL &grupo, std::string_view nome, std::string_view simples) {
     if (!simples.empty()) grupo.addSubTag(nome, escaparXml(simples));
 }
 

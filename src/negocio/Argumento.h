@@ -42,6 +42,6 @@ int recusarNulos(std::initializer_list<Argumento> argumentos);
 int recusarNegativo(std::string_view nome, std::string_view texto);
 
 // Appends the element when the plain text is not empty.
-void addSeAceito(ST_tagZEL &grupo, std::string_view nome, std::string_view simples);
+void juntarSeAceito(ST_tagZEL &grupo, std::string_view nome, std::string_view simples);
 
 } // namespace zel

@@ -23,11 +23,11 @@ ST_tagZEL montarTransporte(const DadosTransportadora &dados) {
     // Decided by the text as given, so that a CPF with points and dash (14) is taken for a CNPJ.
     if (const std::string_view nome = cpfOuCnpj(documento.size()); !nome.empty())
         transporta.addSubTag(nome, fnRetirarCaracter(documento));
-    addSeAceito(transporta, "xNome", argumentoAceito(dados.nome, 1, kMaiorTexto));
-    addSeAceito(transporta, "IE", argumentoAceito(dados.inscricaoEstadual, 2, 2));
-    addSeAceito(transporta, "xEnder", argumentoAceito(dados.endereco, 1, kMaiorTexto));
-    addSeAceito(transporta, "xMun", argumentoAceito(dados.municipio, 1, kMaiorTexto));
-    addSeAceito(transporta, "UF", argumentoAceito(dados.uf, kLetrasUf, kLetrasUf));
+    juntarSeAceito(transporta, "xNome", argumentoAceito(dados.nome, 1, kMaiorTexto));
+    juntarSeAceito(transporta, "IE", argumentoAceito(dados.inscricaoEstadual, 2, 2));
+    juntarSeAceito(transporta, "xEnder", argumentoAceito(dados.endereco, 1, kMaiorTexto));
+    juntarSeAceito(transporta, "xMun", argumentoAceito(dados.municipio, 1, kMaiorTexto));
+    juntarSeAceito(transporta, "UF", argumentoAceito(dados.uf, kLetrasUf, kLetrasUf));
     ST_tagZEL transp = semTransporte();
     transp.addSubTag(std::move(transporta));
     return transp;

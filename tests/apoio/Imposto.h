@@ -30,7 +30,7 @@ inline std::string resumo(const ST_tagZEL &tag) {
     return tag.nome + "(" + filhos + ")";
 }
 
-class ImpostoTest : public ComDados {
+class ComImposto : public ComDados {
 protected:
     void SetUp() override {
         ComDados::SetUp();

@@ -112,7 +112,7 @@ private:
 
     const Ensaio &ensaio_;
     std::vector<disco::Evento> eventos_;
-    std::vector<std::size_t> fins_; // how many of them each step had behind it
+    std::vector<std::size_t> fins_; // how many of them there were after each step
     disco::Imagens imagens_;
     std::mt19937 sorte_{1};
     std::size_t passo_ = 0;

@@ -7,7 +7,7 @@ namespace zel {
 namespace {
 
 // PIS and COFINS are one table with two sets of names: what they share is tested with COFINS.
-class Contribuicao : public ImpostoTest {
+class Contribuicao : public ComImposto {
 protected:
     std::string vendido(bool pis) const {
         return resultado([&](auto &imposto) {

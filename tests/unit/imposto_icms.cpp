@@ -52,7 +52,7 @@ const Caso kCasos[] = {
      "vICMSST=0.00 pCredSN=1.00 vCredICMSSN=0.00"},
 };
 
-class Icms : public ImpostoTest, public testing::WithParamInterface<Caso> {
+class Icms : public ComImposto, public testing::WithParamInterface<Caso> {
 protected:
     static void configurarIcms(std::string_view grupo, std::string_view chaves) {
         configurar(R"(IMPOSTO\ICMS\)" + std::string(grupo), chaves);

@@ -6,7 +6,7 @@ namespace zel {
 
 namespace {
 
-class Montagem : public ImpostoTest {
+class Montagem : public ComImposto {
 protected:
     std::string montado(std::string_view aliquota) const {
         return resultado([&](auto &imposto) {

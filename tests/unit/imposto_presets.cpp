@@ -7,7 +7,7 @@ namespace zel {
 
 namespace {
 
-using ImpostoTemporario = ImpostoTest;
+using ImpostoTemporario = ComImposto;
 
 // The groups of the presets of the three taxes.
 std::string grupos(const ST_tagImpostoConfTemp &presets) {

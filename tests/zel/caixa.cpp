@@ -18,7 +18,7 @@ testing::AssertionResult estaEm(const Loja &loja, std::string_view estado) {
     return loja.zel({"estado"}).deu(0, "Estado:            " + std::string(estado));
 }
 
-TEST(Vender, umCupomInteiro) {
+TEST(Vender, um_cupom_inteiro) {
     const Loja loja;
     const Resultado venda = loja.zel({"vender", kPao, kCafe, "--pagamento",
                                       "Cart\xc3\xa3o de D\xc3\xa9"
@@ -36,7 +36,7 @@ TEST(Vender, umCupomInteiro) {
 }
 
 // From a file or the input, beside arguments; without a payment all is paid in cash.
-TEST(Vender, itensDeUmArquivo) {
+TEST(Vender, itens_de_um_arquivo) {
     const Loja loja;
     loja.gravar("itens.txt", "# caf\xe9 da manh\xe3\n1;P\xe3o;1;1,00\n\n2;Leite;1;4,00\n");
     EXPECT_TRUE(
@@ -50,7 +50,7 @@ TEST(Vender, itensDeUmArquivo) {
 }
 
 // What can be seen beforehand opens no receipt.
-TEST(Vender, conferidoAntesDeAbrir) {
+TEST(Vender, conferido_antes_de_abrir) {
     const Loja loja;
     const std::pair<Argumentos, std::string_view> casos[] = {
         {{"vender"}, "falta o que vender"},
@@ -101,7 +101,7 @@ const Recusa kRecusas[] = {
 };
 
 // Each refusal is said with its code, what is left, and a way on that works.
-TEST(Vender, recusaDizOQueFicouEComoContinuar) {
+TEST(Vender, recusa_diz_o_que_ficou_e_como_continuar) {
     for (const auto &[argumentos, passo, nome, estado, valores, corrigidos, remedio] : kRecusas) {
         const Loja loja;
         loja.configurar(valores);
@@ -119,7 +119,7 @@ TEST(Vender, recusaDizOQueFicouEComoContinuar) {
     }
 }
 
-TEST(Vender, recusaEmJsonECanceladaSePedido) {
+TEST(Vender, recusa_em_json_e_cancelada_se_pedido) {
     const Loja loja;
     const Resultado recusada = loja.zel({"vender", kImpossivel, "--cancelar", "--json"});
     EXPECT_EQ(recusada.codigo, 2);
@@ -131,7 +131,7 @@ TEST(Vender, recusaEmJsonECanceladaSePedido) {
 }
 
 // A receipt that was there before is not this sale's to cancel.
-TEST(Vender, cupomDeOutroFicaComoEstava) {
+TEST(Vender, cupom_de_outro_fica_como_estava) {
     const Loja loja;
     loja.noCaixa([](const Funcoes &caixa) { Loja::vender(caixa, 2); });
     EXPECT_TRUE(loja.zel({"vender", kPao, "--cancelar"}).deu(2, "ZEL_CUPOM_EM_ANDAMENTO"));
@@ -144,7 +144,7 @@ TEST(Vender, cupomDeOutroFicaComoEstava) {
     EXPECT_TRUE(estaEm(loja, "3 totalizado"));
 }
 
-TEST(Cancelar, oCupomEmAndamentoEmCadaEstado) {
+TEST(Cancelar, o_cupom_em_andamento_em_cada_estado) {
     for (int estado = 1; estado <= 4; ++estado) {
         const Loja loja;
         loja.noCaixa([&](const Funcoes &caixa) { Loja::vender(caixa, estado); });
@@ -156,7 +156,7 @@ TEST(Cancelar, oCupomEmAndamentoEmCadaEstado) {
     }
 }
 
-TEST(Cancelar, oUltimoDocumento) {
+TEST(Cancelar, o_ultimo_documento) {
     const Loja loja;
     ASSERT_TRUE(loja.zel({"vender", kPao}).deu(0));
     EXPECT_TRUE(loja.zel({"cancelar"}).deu(1, "sem protocolo"));
@@ -173,7 +173,7 @@ TEST(Cancelar, oUltimoDocumento) {
     EXPECT_TRUE(loja.zel({"cancelar"}).deu(2, "diga a CHAVE"));
 }
 
-TEST(Cancelar, umDocumentoPelaChave) {
+TEST(Cancelar, um_documento_pela_chave) {
     const Loja loja;
     EXPECT_TRUE(loja.zel({"cancelar", std::string(kChave + 1) + "0"}).deu(2));
     EXPECT_TRUE(loja.zel({"cancelar", kChave, "--protocolo", "12"}).deu(2));
@@ -215,7 +215,7 @@ const Pedido kPedidos[] = {
     {{"consultar", "data", "2026-01-01", "2026-01-02", "--serie", "1"}, 2, "vai com numero"},
 };
 
-TEST(Pedidos, umaLinhaCada) {
+TEST(Pedidos, uma_linha_cada) {
     const Loja loja;
     for (const auto &[argumentos, codigo, dito, gravado] : kPedidos) {
         loja.gravar("documentosEnvio.xml", "");

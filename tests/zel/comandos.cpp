@@ -64,7 +64,7 @@ const Caso kSemLoja[] = {
     {{"estado", "x"}, 2, "Uso:"},
 };
 
-TEST(Comandos, umaLinhaCada) {
+TEST(Comandos, uma_linha_cada) {
     for (const Caso &caso : kSemLoja)
         conferir(caso, rodar(caso.argumentos));
 }
@@ -89,7 +89,7 @@ const Caso kNaLoja[] = {
     {{"estado"}, 0, "Estado:            0 nenhum cupom"},
 };
 
-TEST(Comandos, umaLinhaCadaNaLoja) {
+TEST(Comandos, uma_linha_cada_na_loja) {
     const Loja loja;
     const std::string limpa = loja.ler("ZEL_Framework.xml");
     for (const Caso &caso : kNaLoja) {
@@ -100,12 +100,12 @@ TEST(Comandos, umaLinhaCadaNaLoja) {
     EXPECT_TRUE(rodar({"config", "ler", R"(EMIT\CRT)", junto}).deu(0, "1\n"));
 }
 
-TEST(Comandos, todoCodigoEmJson) {
+TEST(Comandos, todo_codigo_em_json) {
     const std::string codigos = rodar({"codigo", "--json"}).saida;
     EXPECT_EQ(std::count(codigos.begin(), codigos.end(), '{'), 29);
 }
 
-TEST(Comandos, gravarPassaPelaBiblioteca) {
+TEST(Comandos, gravar_passa_pela_biblioteca) {
     const Loja loja;
     EXPECT_EQ(
         loja.zel({"config", "gravar", R"(emit\enderemit\xmun)", "S\xc3\xa3o Jos\xc3\xa9"}).saida,
@@ -121,7 +121,7 @@ TEST(Comandos, gravarPassaPelaBiblioteca) {
 
 // A text arrives in ISO-8859-1 whatever the locale: one that names no character set, as that of a
 // script under cron, takes UTF-8 for what it is, and answers in it.
-TEST(Comandos, gravaOMesmoEmTodaLocalidade) {
+TEST(Comandos, grava_o_mesmo_em_toda_localidade) {
     const std::string utf8 = "S\xc3\xa3o", latin1 = "S\xe3o";
     const struct {
         const char *local;
@@ -148,7 +148,7 @@ TEST(Comandos, gravaOMesmoEmTodaLocalidade) {
 
 // A till that cannot be read, or that the library would not use, is never answered for with the
 // factory's values.
-TEST(Comandos, caixaQueNaoSeLeEhDito) {
+TEST(Comandos, caixa_que_nao_se_le_eh_dito) {
     const struct {
         std::string variavel; // ZEL_DIRETORIO, after the shop's directory when it begins with "/"
         mode_t modoDiretorio, modoConfig;
@@ -193,14 +193,14 @@ TEST(Comandos, caixaQueNaoSeLeEhDito) {
     }
 }
 
-TEST(Comandos, consumidorDoUltimoCupomOculto) {
+TEST(Comandos, consumidor_do_ultimo_cupom_oculto) {
     const Loja loja;
     loja.configurar({{R"(NFCE\UrlQrcode)", "http://a/?chNFe=1&cDest=12345678909&vNF=1.00"}});
     EXPECT_EQ(loja.zel({"config", "ler", R"(NFCE\UrlQrcode)"}).saida,
               "http://a/?chNFe=1&cDest=(oculto)&vNF=1.00\n");
 }
 
-TEST(Comandos, estadoDeCadaPassoDaVenda) {
+TEST(Comandos, estado_de_cada_passo_da_venda) {
     constexpr std::string_view kEsperados[] = {
         R"("estado":"0 nenhum cupom","ultimo":"nenhum")",
         R"("estado":"1 aberto","itens":"0","total":"0.00","pago":"0.00","ultimo":"nenhum")",
@@ -219,7 +219,7 @@ TEST(Comandos, estadoDeCadaPassoDaVenda) {
 }
 
 // The terminal's character set, as the locale says it, installed or not.
-TEST(Comandos, escreveComoOTerminal) {
+TEST(Comandos, escreve_como_o_terminal) {
     constexpr std::string_view kUtf8 = "acr\xc3\xa9scimo", kLatin1 = "acr\xe9scimo";
     for (const auto &[local, escrito] : {std::pair("C.UTF-8", kUtf8),
                                          {"xx_YY.utf8", kUtf8},
@@ -230,7 +230,7 @@ TEST(Comandos, escreveComoOTerminal) {
 }
 
 // A file from elsewhere must not steer the terminal of whoever looks at it.
-TEST(Comandos, controlesNaoChegamAoTerminal) {
+TEST(Comandos, controles_nao_chegam_ao_terminal) {
     const Loja loja;
     loja.configurar({{R"(EMIT\CRT)", "\x1b[2J\x9b"
                                      "1"}});
@@ -242,7 +242,7 @@ TEST(Comandos, controlesNaoChegamAoTerminal) {
 }
 
 // The commands that a remedy gives can be run as they stand.
-TEST(Comandos, remedioSeCopiaESeRoda) {
+TEST(Comandos, remedio_se_copia_e_se_roda) {
     const Loja loja;
     loja.configurar({{R"(IDE\cUF)", "33"}});
     EXPECT_TRUE(

@@ -32,7 +32,7 @@ const struct {
     {"</FRAMEWORKZEL>", "", {"erro raiz-ausente"}},
 };
 
-TEST(Diretorio, faltaNoTextoDaConfigAchada) {
+TEST(Diretorio, falta_no_texto_da_config_achada) {
     for (const auto &[de, para, esperados] : kTextos) {
         const Loja loja;
         loja.trocar("ZEL_Framework.xml", de, para);
@@ -43,7 +43,7 @@ TEST(Diretorio, faltaNoTextoDaConfigAchada) {
 }
 
 // The line and the name as the catalogue writes it: that is what an editor needs.
-TEST(Diretorio, elementoDesconhecidoDizLinhaENome) {
+TEST(Diretorio, elemento_desconhecido_diz_linha_e_nome) {
     const Loja loja;
     loja.trocar("ZEL_Framework.xml", "<estadoCFe></estadoCFe>", "<EstadoCFe></EstadoCFe>");
     const std::string saida = rodar({"conferir", loja.diretorio()}).saida;
@@ -77,7 +77,7 @@ const struct {
     {".", 0500, "", "erro diretorio-sem-escrita"},
 };
 
-TEST(Diretorio, faltaNosArquivosAchada) {
+TEST(Diretorio, falta_nos_arquivos_achada) {
     for (const auto &[nome, modo, conteudo, esperados] : kArquivos) {
         const Loja loja;
         const std::string caminho = loja.diretorio() + std::string(nome);
@@ -92,7 +92,7 @@ TEST(Diretorio, faltaNosArquivosAchada) {
     }
 }
 
-TEST(Diretorio, copiaSemDireitoDeGravar) {
+TEST(Diretorio, copia_sem_direito_de_gravar) {
     const Loja loja;
     const std::string copias = loja / "copias/";
     fs::create_directory(copias);
@@ -101,7 +101,7 @@ TEST(Diretorio, copiaSemDireitoDeGravar) {
     EXPECT_EQ(loja.conferir().achados(), "erro diretorio-sem-escrita");
 }
 
-TEST(Diretorio, oQueNaoEhDiretorio) {
+TEST(Diretorio, o_que_nao_eh_diretorio) {
     const Loja loja;
     EXPECT_TRUE(rodar({"conferir", loja / "nada"}).deu(2));
     EXPECT_TRUE(rodar({"conferir", "--diretorio", loja / "nada"}).deu(2));
@@ -109,7 +109,7 @@ TEST(Diretorio, oQueNaoEhDiretorio) {
 }
 
 // A receipt left in the middle is a warning; while the till is open it is not.
-TEST(Diretorio, avisoDeCupomEmAndamentoSoComOCaixaFechado) {
+TEST(Diretorio, aviso_de_cupom_em_andamento_so_com_o_caixa_fechado) {
     constexpr std::string_view kResumos[] = {"", "cupom vendendo, 2 itens, total 29.76, pago 0.00",
                                              "", "cupom pago, 2 itens, total 29.76, pago 29.76",
                                              ""};
@@ -130,7 +130,7 @@ TEST(Diretorio, avisoDeCupomEmAndamentoSoComOCaixaFechado) {
 }
 
 // What would be a dead process's leftover is a living one's work.
-TEST(Diretorio, sobraDoCaixaAberto) {
+TEST(Diretorio, sobra_do_caixa_aberto) {
     const Loja loja;
     loja.comCaixaAberto([](const Funcoes &caixa) { Loja::vender(caixa, 2); },
                         [&] {
@@ -141,7 +141,7 @@ TEST(Diretorio, sobraDoCaixaAberto) {
     EXPECT_TRUE(contem(loja.conferir().achados(), "aviso gravacao-interrompida"));
 }
 
-TEST(Diretorio, cupomPerdidoOuEstragado) {
+TEST(Diretorio, cupom_perdido_ou_estragado) {
     const Loja loja;
     loja.noCaixa([](const Funcoes &caixa) { Loja::vender(caixa, 2); });
     loja.trocar("ArqPersist.bin", "02|2|", "09|2|");
@@ -162,7 +162,7 @@ std::string retrato(const std::string &diretorio) {
     return texto.str();
 }
 
-TEST(Diretorio, conferirNaoMudaNada) {
+TEST(Diretorio, conferir_nao_muda_nada) {
     const Loja loja;
     loja.noCaixa([](const Funcoes &caixa) { Loja::vender(caixa, 3); });
     loja.gravar("ArqPersist.tmp", "01|\r\n");

@@ -91,7 +91,7 @@ const struct {
     {"<DigestValue>M", "<DigestValue>N", "erro qrcode-difere"},
 };
 
-TEST_F(Documento, umaFaltaUmAchado) {
+TEST_F(Documento, uma_falta_um_achado) {
     const Loja loja;
     const std::string inteiro = assinado(vendido());
     EXPECT_EQ(conferir(loja, inteiro).achados(), "");
@@ -105,14 +105,14 @@ TEST_F(Documento, umaFaltaUmAchado) {
 }
 
 // Documents are one line: the place is given by characters, and by lines where there are some.
-TEST_F(Documento, lugarDoErro) {
+TEST_F(Documento, lugar_do_erro) {
     const Loja loja;
     EXPECT_TRUE(contem(conferir(loja, "<NFe>\xe3<b</NFe>").saida, "no caracter 9)"));
     EXPECT_TRUE(contem(conferir(loja, "<NFe>\n<b>\n</c></NFe>").saida, R"("linha":3)"));
 }
 
 // The key's check digit alone: every other digit is compared with an element.
-TEST_F(Documento, digitoDaChave) {
+TEST_F(Documento, digito_da_chave) {
     const Loja loja;
     std::string texto = vendido();
     char &digito = texto[texto.find("Id=\"NFe") + 7 + 43];
@@ -121,7 +121,7 @@ TEST_F(Documento, digitoDaChave) {
               "erro chave-digito, erro chave-difere, nota sem-assinatura");
 }
 
-TEST_F(Documento, codificacaoDeclarada) {
+TEST_F(Documento, codificacao_declarada) {
     const Loja loja;
     const std::string texto = vendido();
     ASSERT_TRUE(contem(texto, "S\xe3o"));
@@ -132,7 +132,7 @@ TEST_F(Documento, codificacaoDeclarada) {
         EXPECT_EQ(conferir(loja, declaracao + texto).achados(), esperado);
 }
 
-TEST_F(Documento, outrosArquivos) {
+TEST_F(Documento, outros_arquivos) {
     const Loja loja;
     loja.noCaixa([](const Funcoes &caixa) {
         Loja::vender(caixa, 5);

@@ -44,7 +44,7 @@ protected:
 using Ver = Papel;
 using Imprimir = Papel;
 
-TEST_F(Ver, gravaPngOuSvgDoUltimoCupom) {
+TEST_F(Ver, grava_png_ou_svg_do_ultimo_cupom) {
     const std::string figura = loja / "cupom";
     EXPECT_TRUE(loja.zel({"ver", "--saida", figura}).deu(2, "ainda não há nenhum cupom"));
     vender();
@@ -61,7 +61,7 @@ TEST_F(Ver, gravaPngOuSvgDoUltimoCupom) {
 }
 
 // With a display the picture is opened, by a program of the desktop.
-TEST_F(Ver, abreNaTela) {
+TEST_F(Ver, abre_na_tela) {
     vender();
     EXPECT_TRUE(
         loja.zel({"ver"}, {{"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}}).deu(2, "--saida ARQUIVO"));
@@ -79,7 +79,7 @@ TEST_F(Ver, abreNaTela) {
 }
 
 // In production nothing is printed that the authority has not authorized.
-TEST_F(Imprimir, soOQueFoiAutorizado) {
+TEST_F(Imprimir, so_o_que_foi_autorizado) {
     vender();
     EXPECT_TRUE(imprimir().deu(2, "ainda não tem cupom"));
     // Nor is the trial that zel ver laid out.
@@ -107,7 +107,7 @@ TEST_F(Imprimir, soOQueFoiAutorizado) {
 }
 
 // The request that took the document's place has a receipt of its own, when it was accepted.
-TEST_F(Imprimir, comprovanteDeUmCancelamento) {
+TEST_F(Imprimir, comprovante_de_um_cancelamento) {
     vender();
     EXPECT_TRUE(loja.zel({"cancelar"}).deu(1));
     EXPECT_TRUE(
@@ -116,14 +116,14 @@ TEST_F(Imprimir, comprovanteDeUmCancelamento) {
     EXPECT_TRUE(contem(loja.ler("papel"), "CANCELAMENTO NFC-e"));
 }
 
-TEST_F(Imprimir, contingenciaSemRetorno) {
+TEST_F(Imprimir, contingencia_sem_retorno) {
     vender({{R"(IDE\tpEmis)", "9"}, {R"(IDE\xJust)", "Sem acesso \xe0 internet"}});
     EXPECT_TRUE(imprimir().deu(0));
     EXPECT_FALSE(loja.ler("papel").empty());
 }
 
 // In homologation the return is not needed either; the profile reaches the bytes.
-TEST_F(Imprimir, homologacaoSemRetornoPeloPerfilEscolhido) {
+TEST_F(Imprimir, homologacao_sem_retorno_pelo_perfil_escolhido) {
     vender(kHomologacao);
     const auto bytes = [&](const char *perfil) {
         EXPECT_TRUE(imprimir({"--perfil", perfil}).deu(0));
@@ -146,7 +146,7 @@ const std::pair<Argumentos, std::string_view> kErros[] = {
     {{"imprimir", "papel"}, "não leva argumentos"},
 };
 
-TEST_F(Imprimir, erroClaro) {
+TEST_F(Imprimir, erro_claro) {
     vender(kHomologacao);
     for (const auto &[argumentos, dito] : kErros) {
         const Resultado resultado = loja.zel(argumentos);
@@ -156,7 +156,7 @@ TEST_F(Imprimir, erroClaro) {
     EXPECT_TRUE(loja.zel({"imprimir", "--perfis"}).deu(0, "generico-80mm\n"));
 }
 
-TEST_F(Imprimir, impressoraParadaNaoPrendeOCaixa) {
+TEST_F(Imprimir, impressora_parada_nao_prende_o_caixa) {
     vender(kHomologacao);
     const Porta impressora;
     impressora.ouvir(); // and takes nothing beyond what the system buffers

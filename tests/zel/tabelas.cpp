@@ -18,7 +18,7 @@ namespace {
 using namespace aplicativo;
 
 // Examples of the SINTEGRA pages of the states.
-TEST(Tabelas, inscricoesEstaduais) {
+TEST(Tabelas, inscricoes_estaduais) {
     constexpr std::pair<std::string_view, std::string_view> kInscricoes[] = {
         {"AC", "0100482300112"}, {"AL", "240000048"}, {"AM", "999999990"},    {"CE", "060000015"},
         {"DF", "0730000100109"}, {"ES", "999999990"}, {"MA", "120000385"},    {"MT", "00130000019"},
@@ -42,7 +42,7 @@ struct CasoDeDigito {
     std::string_view certo, errado;
 };
 
-TEST(Tabelas, digitosVerificadores) {
+TEST(Tabelas, digitos_verificadores) {
     const CasoDeDigito kDigitos[] = {
         {ehCnpj, "11222333000181", "11222333000191"}, {ehCnpj, "00000000000191", "00000000000000"},
         {ehCpf, "12345678909", "12345678919"},        {ehCpf, "52998224725", "11111111111"},
@@ -59,7 +59,7 @@ TEST(Tabelas, digitosVerificadores) {
 }
 
 // Over the texts that the fuzz targets gathered.
-TEST(Tabelas, leituraComoADaBiblioteca) {
+TEST(Tabelas, leitura_como_a_da_biblioteca) {
     std::size_t arquivos = 0;
     for (const auto &entrada : std::filesystem::directory_iterator(ZEL_CORPO_CONFIG)) {
         const std::string texto = lerTudo(entrada.path()).value();
@@ -73,7 +73,7 @@ TEST(Tabelas, leituraComoADaBiblioteca) {
 
 // For each tax group of the configuration: a key that the table marks as read changes what is sold,
 // one that it does not leaves it alone; without a required one the group is not built.
-class Leitores : public ImpostoTest {
+class Leitores : public ComImposto {
 protected:
     static int tratar(std::string_view grupo, ST_tagZEL &imposto) {
         if (grupo.find("\\PIS\\") != grupo.npos)
@@ -91,7 +91,7 @@ protected:
     }
 };
 
-TEST_F(Leitores, doImposto) {
+TEST_F(Leitores, do_imposto) {
     std::vector<std::vector<const LinhaChave *>> grupos;
     for (const LinhaChave &chave : kChaves) {
         if (!chave.caminho.starts_with(R"(IMPOSTO\)")) continue;

@@ -115,7 +115,7 @@ const Caso kCasos[] = {
 
 class Valores : public testing::TestWithParam<Caso> {};
 
-TEST_P(Valores, umaFaltaUmAchado) {
+TEST_P(Valores, uma_falta_um_achado) {
     const auto &[valores, esperados] = GetParam();
     const Loja loja;
     loja.configurar(valores);
@@ -131,7 +131,7 @@ TEST_P(Valores, umaFaltaUmAchado) {
 
 INSTANTIATE_TEST_SUITE_P(Faltas, Valores, testing::ValuesIn(kCasos));
 
-TEST(Conferir, lojaLimpaNadaADizer) {
+TEST(Conferir, loja_limpa_nada_a_dizer) {
     const Loja loja;
     EXPECT_TRUE(loja.conferir().deu(0, R"({"alvo":")" + loja.diretorio() +
                                            R"(","erros":0,"avisos":0,"notas":0,"achados":[]})"
@@ -139,7 +139,7 @@ TEST(Conferir, lojaLimpaNadaADizer) {
 }
 
 // An example that its own rule refuses would mislead whoever copies it.
-TEST(Conferir, exemplosDaTabelaServem) {
+TEST(Conferir, exemplos_da_tabela_servem) {
     const Loja loja;
     for (const auto &chave : zel::aplicativo::kChaves)
         if (!chave.exemplo.empty() && zel::aplicativo::procurarChave(chave.caminho) == &chave)

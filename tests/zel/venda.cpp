@@ -97,7 +97,7 @@ const struct {
     {consumidor, "123", "", "confira"},
 };
 
-TEST(Venda, cadaTextoSeLeOuDizPorQueNao) {
+TEST(Venda, cada_texto_se_le_ou_diz_por_que_nao) {
     for (const auto &[ler, texto, esperado, erroEsperado] : kTextosDaVenda) {
         std::string erro;
         const std::string lido = ler(texto, erro);
@@ -109,7 +109,7 @@ TEST(Venda, cadaTextoSeLeOuDizPorQueNao) {
     }
 }
 
-TEST(Venda, arquivoDeItens) {
+TEST(Venda, arquivo_de_itens) {
     std::vector<ItemVenda> itens;
     EXPECT_EQ(lerItens("\xEF\xBB\xBF# lista\r\n\r\n1;P\xc3\xa3o;1;1\r\n2;Leite;2;3", itens), "");
     ASSERT_EQ(itens.size(), 2U);
@@ -141,7 +141,7 @@ const Texto kTextos[] = {
     {conferirData, "31/01/2026", false},
 };
 
-TEST(Pedido, textosDeUmPedido) {
+TEST(Pedido, textos_de_um_pedido) {
     for (const Texto &caso : kTextos)
         EXPECT_EQ(caso.conferir(caso.texto).empty(), caso.certo) << caso.texto;
     EXPECT_EQ(conferirFaixa("9", "10"), "");
@@ -152,7 +152,7 @@ TEST(Pedido, textosDeUmPedido) {
     EXPECT_NE(conferirJustificativa(std::string(61, 'x'), 60), "");
 }
 
-TEST(Pedido, numeroDaChaveSemZeros) {
+TEST(Pedido, numero_da_chave_sem_zeros) {
     const NumeroESerie lido = numeroDaChave("35261111222333000181650120000000451171025564");
     EXPECT_EQ(lido.numero, "45");
     EXPECT_EQ(lido.serie, "12");
