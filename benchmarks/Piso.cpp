@@ -96,9 +96,9 @@ void Piso::gravar(const std::vector<std::string> &gravacoes) const {
 
 ChamadasDeVenda::ChamadasDeVenda(const fs::path &base, const std::string &configuracao,
                                  const std::string &documento)
-    : pasta_(base), configuracao_(pasta_ / "ZEL_Framework.xml"),
-      documento_(pasta_ / "ArqPersist.bin"), trava_(pasta_ / "trava", kNovo),
-      diario_(pasta_ / "diario", kNovo), aberto_(documento_, kNovo), tamanho_(documento.size()) {
+    : pasta_(base), configuracao_(pasta_ / "ZEL_Framework.xml"), trava_(pasta_ / "trava", kNovo),
+      diario_(pasta_ / "diario", kNovo), aberto_(pasta_ / "ArqPersist.bin", kNovo),
+      tamanho_(documento.size()) {
     escreverEDescarregar(Aberto(configuracao_, kNovo).fd(), configuracao);
     escreverEDescarregar(diario_.fd(), std::string(kDiario, '\0'));
     escreverEDescarregar(aberto_.fd(), documento);
@@ -112,7 +112,7 @@ void ChamadasDeVenda::vender(const std::string &registro) {
     exigirBytes(fstat(diario_.fd(), &dados), 0);
     exigirBytes(pread(diario_.fd(), bloco, kSetor, static_cast<off_t>(fim_)), kSetor);
     exigirBytes(stat(configuracao_.c_str(), &dados), 0);
-    exigirBytes(lstat(documento_.c_str(), &dados), 0);
+    exigirBytes(fstat(aberto_.fd(), &dados), 0);
     exigirBytes(pwrite(diario_.fd(), bloco, kBloco, static_cast<off_t>(fim_)), kBloco);
     exigirBytes(fdatasync(diario_.fd()), 0);
     exigirBytes(
@@ -121,6 +121,6 @@ void ChamadasDeVenda::vender(const std::string &registro) {
     exigirBytes(fstat(aberto_.fd(), &dados), 0);
     fim_ += kBloco;
     tamanho_ += registro.size();
-    exigirBytes(pwrite(diario_.fd(), bloco, kSetor, static_cast<off_t>(fim_)), kSetor);
+    exigirBytes(pwrite(diario_.fd(), bloco, kBloco, static_cast<off_t>(fim_)), kBloco);
     travar(trava_.fd(), F_UNLCK);
 }

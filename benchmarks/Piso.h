@@ -50,8 +50,8 @@ private:
 // The system calls of one sale after the first, bare, and what each of them is for: the turn is
 // taken and given back; lock file and journal are still those of their names, and the journal ends
 // where it ended; configuration and document are as they were left; a block goes to the journal and
-// is flushed, the record to the document, its stamps to the journal. Files in a directory of its
-// own.
+// is flushed, the record to the document, a block of stamps to the journal. Files in a directory of
+// its own.
 class ChamadasDeVenda {
 public:
     // The document holds `documento` before the sales.
@@ -63,7 +63,6 @@ public:
 private:
     PastaTemporaria pasta_;
     std::string configuracao_;
-    std::string documento_;
     Aberto trava_, diario_, aberto_;
     std::size_t tamanho_; // of the document
     std::size_t fim_ = 0; // of the journal

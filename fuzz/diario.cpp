@@ -6,19 +6,24 @@
 #include "ZEL_FelborFramework.h"
 #include "util/Gravacao.h"
 #include "util/RegistroDiario.h"
+#include "util/Soma.h"
 #include "util/Trava.h"
+
+#include <filesystem>
+#include <utility>
 
 using namespace zel;
 
 namespace {
 
-// The input as the journal, or as the change of a record with a right checksum.
-std::string diarioDe(std::string_view entrada) {
-    if (tirarNumero(entrada, 2) == 0) return std::string(entrada);
-    RegistroDiario registro;
-    registro.sequencia = 1;
-    registro.lugar.caminho = 0;
-    while (!entrada.empty() && registro.mudancas.size() < 8) {
+// As the journal of this directory has it.
+LugarDiario lugarDe(const PastaDoAlvo &pasta) {
+    return {somaCrc32(std::filesystem::canonical(pasta / "").string()), 0};
+}
+
+RegistroDiario tirarRegistro(std::string_view &entrada, RegistroDiario registro) {
+    ++registro.sequencia;
+    for (auto quantas = tirarNumero(entrada, 4); quantas >= 0; --quantas) {
         MudancaDiario mudanca;
         mudanca.forma = FormaMudanca{static_cast<std::uint8_t>(tirarNumero(entrada, 5))};
         mudanca.lugar = static_cast<std::uint64_t>(tirarNumero(entrada, 256));
@@ -26,10 +31,37 @@ std::string diarioDe(std::string_view entrada) {
         mudanca.nome = tirarNumero(entrada, 2) == 0 ? "a" : "b";
         mudanca.bytes = tirarAte(entrada, '\n');
         registro.mudancas.push_back(mudanca);
-        ++registro.sequencia;
     }
-    registro.sequencia = 1;
-    return escreverRegistroDiario(registro);
+    return registro;
+}
+
+// The input as pieces of a journal, one after the other: bytes, records with right checksums, the
+// stamps after them; and as bits of it that flip.
+std::string diarioDe(std::string_view entrada, RegistroDiario ultimo) {
+    std::string diario;
+    while (!entrada.empty()) {
+        switch (tirarNumero(entrada, 4)) {
+        case 0:
+            diario.append(tirarAte(entrada, '\n'));
+            break;
+        case 1:
+            ultimo = tirarRegistro(entrada, std::move(ultimo));
+            diario.append(escreverRegistroDiario(ultimo));
+            ultimo.mudancas.clear();
+            break;
+        case 2:
+            ultimo.carimbos.push_back({tirarNumero(entrada, 2) == 0 ? "a" : "", {}});
+            ultimo.carimbos.back().identidade.no =
+                static_cast<std::uint64_t>(tirarNumero(entrada, 2));
+            diario.append(escreverCarimbos(ultimo));
+            break;
+        default:
+            if (!diario.empty())
+                diario[static_cast<std::size_t>(tirarNumero(entrada, 256)) * kSetor / 4 %
+                       diario.size()] ^= 1;
+        }
+    }
+    return diario;
 }
 
 } // namespace
@@ -38,7 +70,9 @@ void jogar(std::string_view texto) {
     static const PastaDoAlvo pasta;
     pasta.esvaziar();
     esquecerDiario();
-    pasta.gravar("ZEL_Framework.diario", diarioDe(texto));
+    RegistroDiario vazio;
+    vazio.lugar = lugarDe(pasta);
+    pasta.gravar("ZEL_Framework.diario", diarioDe(texto, vazio));
     pasta.gravar("a", "antes");
     const Vez vez;
     exigir(static_cast<bool>(vez));

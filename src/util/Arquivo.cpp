@@ -270,8 +270,11 @@ bool escreverRascunho(const std::string &caminho, std::string_view conteudo, Ace
 }
 
 bool instalarRascunho(const std::string &caminho, Ligacao ligacao) {
-    const std::string destino = destinoDe(caminho, ligacao);
-    return renomearArquivo(rascunhoDe(destino), destino);
+    const std::string destino = destinoDe(caminho, ligacao), rascunho = rascunhoDe(destino);
+    // A rename over a file would have ext4 write the new one to the disk at once.
+    if (!trocarDeLugar(rascunho, destino)) return renomearArquivo(rascunho, destino);
+    removerArquivo(rascunho); // the old one; what stays of it the next scratch file removes
+    return true;
 }
 
 void removerRascunho(const std::string &caminho, Ligacao ligacao) {

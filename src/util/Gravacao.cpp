@@ -222,7 +222,11 @@ bool abrirSeguida(const Plano &plano, Cadeia &cadeia) {
 // call puts right what stands there.
 bool escreverSobre(const Plano &plano, Cadeia &cadeia) {
     if (!abrirSeguida(plano, cadeia)) return false;
-    if (!cadeia.aberto.escrever(plano.trecho.bytes, plano.trecho.lugar)) return false;
+    const auto escrever = [&] {
+        return cadeia.aberto.escrever(plano.trecho.bytes, plano.trecho.lugar);
+    };
+    // Here, for the file is not the one that was looked at once a part of it is written.
+    if (!escrever() && !escrever()) return false;
     if (!plano.mudanca->marcada) return identificar(cadeia.aberto, cadeia.identidade);
     // A file that people edit. Another one may have its name, or a link lead elsewhere.
     Identidade marcada;
@@ -369,10 +373,10 @@ bool recuperar() {
     return true;
 }
 
-// Whether this process knows the journal and left nothing undone.
+// Whether the journal is known and nothing was left undone.
 bool acompanhado() {
     const Gravador &g = gravador();
-    return g.processo == ::getpid() && !g.atrasado && g.diario.aberto();
+    return g.processo != 0 && !g.atrasado && g.diario.aberto();
 }
 
 Gravador::~Gravador() {
@@ -392,7 +396,14 @@ Gravador::~Gravador() {
 void notarAusentes(const std::vector<Plano> &planos) {
     Gravador &g = gravador();
     const bool nomes = !std::ranges::all_of(planos, &Plano::noLugar);
-    if (!nomes || identificarDiretorio(fnConfigurarPath("")) == g.diretorio) return;
+    // One that is written anew is gone no more.
+    const auto deixada = [&](const auto &cadeia) {
+        return std::ranges::none_of(
+            planos, [&](const Plano &plano) { return plano.mudanca->nome == cadeia.first; });
+    };
+    if (!nomes || !std::ranges::any_of(g.cadeias, deixada) ||
+        identificarDiretorio(fnConfigurarPath("")) == g.diretorio)
+        return;
     for (const auto &[nome, cadeia] : g.cadeias)
         if (!existeArquivo(fnConfigurarPath(nome))) g.ausentes.insert(nome);
 }
@@ -443,8 +454,10 @@ bool gravarTodos(std::span<const MudancaArquivo> mudancas) {
 } // namespace
 
 int acompanharDiario() {
-    return (acompanhado() && gravador().diario.emDia()) || recuperar() ? int{ZEL_OK}
-                                                                       : arquivoIndisponivel();
+    const bool meu = gravador().processo == ::getpid();
+    return (meu && acompanhado() && gravador().diario.emDia()) || recuperar()
+               ? int{ZEL_OK}
+               : arquivoIndisponivel();
 }
 
 int completarDiario() {

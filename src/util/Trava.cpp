@@ -56,8 +56,9 @@ void adequarPermissoes(const std::string &caminho) {
 // The lock file open in this process, and still the one of that name: a file that was removed keeps
 // nobody out.
 bool pronta() {
-    if (!travas.arquivo.aberto() || travas.processo != ::getpid()) return false;
+    if (!travas.arquivo.aberto()) return false;
     if (travas.vezes > 0) return true;
+    if (travas.processo != ::getpid()) return false;
     struct stat dados {};
     return ::fstat(travas.arquivo.fd(), &dados) == 0 && dados.st_nlink > 0;
 }
