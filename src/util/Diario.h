@@ -22,9 +22,8 @@ namespace zel {
 
 class Diario {
 public:
-    // Opens the journal of the data directory, if there is one.
-    Leitura abrir();
-    // The same, and makes one of zeros where there is none, flushed. False without it.
+    // Opens the journal of the data directory, and makes one of zeros where there is none, flushed.
+    // False without it.
     bool abrirOuCriar();
     void fechar() { arquivo_.fechar(); }
 
@@ -37,13 +36,16 @@ public:
         std::string bytes;                                  // the records' views are into these
         std::vector<RegistroDiario> registros;              // those that belong here
         std::optional<std::vector<CarimboDiario>> carimbos; // of the last one, where known
-        bool danificado =
-            false; // others had followed that are damaged, or it is no journal of here
+        bool danificado = false;                            // see below
     };
     // Reads it; the next record will follow the last one read.
     Leitura ler(Conteudo &conteudo);
 
     bool aberto() const { return arquivo_.aberto(); }
+
+    // Whether others had followed the last record read that are damaged, or it is no journal of
+    // here: nothing may follow what it still has.
+    bool danificado() const { return danificado_; }
 
     // Whether the journal ends where this process knows it to: not when another process wrote to it
     // or emptied it since, or when it was removed.
@@ -77,6 +79,7 @@ public:
     bool esvaziar(std::size_t tamanho = 0);
 
 private:
+    Leitura abrir();
     bool criar(const std::string &caminho);
     bool ocupar(std::size_t tamanho);
     void percorrer(std::string_view bytes, std::vector<RegistroDiario> &registros);

@@ -35,11 +35,10 @@ struct Gravador {
     pid_t processo = 0;
     // Files that hold what the journal says, by name.
     std::map<std::string, Cadeia, std::less<>> cadeias;
-    bool atrasado = false;  // a file may lack what the journal has
-    bool perdeu = false;    // a flush was refused: what a file seems to hold may not reach the disk
-    bool recomecar = false; // the journal is damaged: nothing may follow what it still has
-    bool mudou = false;     // this process changed a file
-    Identidade diretorio;   // after this process's last change of names
+    bool atrasado = false; // a file may lack what the journal has
+    bool perdeu = false;   // a flush was refused: what a file seems to hold may not reach the disk
+    bool mudou = false;    // this process changed a file
+    Identidade diretorio;  // after this process's last change of names
     std::set<std::string> ausentes; // files of the journal that the next record is to call gone
     ~Gravador();
 };
@@ -291,14 +290,13 @@ bool esvaziar(std::size_t tamanho) {
         return false;
     }
     // Of a damaged journal nobody knows which files it had.
-    if (g.recomecar) descarregarTudoQueHa(fnConfigurarPath(""));
+    if (g.diario.danificado()) descarregarTudoQueHa(fnConfigurarPath(""));
     if (!g.diario.esvaziar(tamanho)) {
         g.atrasado = true;
         return false;
     }
     g.cadeias.clear();
     g.ausentes.clear();
-    g.recomecar = false;
     return true;
 }
 
@@ -345,7 +343,6 @@ void carimbarTudo() {
 
 bool acertarTodos(const Diario::Conteudo &conteudo) {
     Gravador &g = gravador();
-    g.recomecar = conteudo.danificado;
     const bool interrompido = !conteudo.registros.empty() && !conteudo.carimbos;
     // Nothing may follow a record that is not on the disk.
     if (interrompido && !g.diario.descarregar()) return false;
@@ -354,7 +351,7 @@ bool acertarTodos(const Diario::Conteudo &conteudo) {
     const Identidade diretorio = identificarDiretorio(fnConfigurarPath(""));
     for (const auto &[nome, estado] : estados.arquivos())
         if (!acertar(nome, estado, estados.foiRemovido(estado, diretorio))) return false;
-    if (interrompido && !g.recomecar) carimbarTudo();
+    if (interrompido && !g.diario.danificado()) carimbarTudo();
     return true;
 }
 
@@ -431,7 +428,7 @@ bool planejarRegistro(std::span<const MudancaArquivo> mudancas, std::vector<Plan
 bool gravarTodos(std::span<const MudancaArquivo> mudancas) {
     Gravador &g = gravador();
     if (!acompanhado() && !recuperar()) return false;
-    if (!g.diario.abrirOuCriar() || (g.recomecar && !esvaziar(0))) return false;
+    if (!g.diario.abrirOuCriar() || (g.diario.danificado() && !esvaziar(0))) return false;
     std::vector<Plano> planos;
     std::string registro;
     if (!planejarRegistro(mudancas, planos, registro)) return false;
