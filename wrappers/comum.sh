@@ -42,7 +42,7 @@ executar() {
 conferir_exemplo() {
     local esperado
     for esperado in "total: 17.06" "troco: 42.94" "Pão francês" "ZEL_CANCELAMENTO_GRAVADO" \
-        "Encerramento antes de o total estar pago."; do
+        "Encerramento antes de o total estar pago, ou depois do fim do cupom."; do
         grep -qF "$esperado" "$1" || { cat "$1"; echo "no \"$esperado\" in the example's output"; exit 1; }
     done
 }

@@ -82,7 +82,8 @@ static class Teste {
         Recusa r = Erro<Recusa>(() => c.Abrir(), "open again");
         Igual(r.Codigo, Codigo.CupomEmAndamento, "code");
         Igual(r.Message, "aCFAbrir_ZEL: ZEL_CUPOM_EM_ANDAMENTO (-130): Já há um cupom em andamento. " +
-              "Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios.", "message");
+              "Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios. " +
+              "Se outro programa está com ele, não o cancele: dê a cada caixa o seu diretório.", "message");
     }
 
     static void TestarCupom() {

@@ -348,9 +348,10 @@ begin
       begin
         Nome := 'ZEL_JA_PAGO';
         Significado :=
-          TZelTexto('Os pagamentos já cobrem o total.');
+          TZelTexto('Os pagamentos já cobrem o total. O troco guardado passou a 0.');
         Remedio :=
-          TZelTexto('Encerre o cupom.');
+          TZelTexto('Encerre o cupom. O troco é o que valia antes desta chamada: o que o co') +
+          TZelTexto('nsumidor deu menos o total.');
       end;
     ZEL_AJUSTE_EXCESSIVO:
       begin
@@ -452,7 +453,9 @@ begin
         Significado :=
           TZelTexto('Já há um cupom em andamento.');
         Remedio :=
-          TZelTexto('Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios.');
+          TZelTexto('Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios. Se') +
+          TZelTexto(' outro programa está com ele, não o cancele: dê a cada caixa o seu dir') +
+          TZelTexto('etório.');
       end;
     ZEL_NENHUM_CUPOM:
       begin
@@ -466,9 +469,11 @@ begin
       begin
         Nome := 'ZEL_VENDA_FORA_DE_ORDEM';
         Significado :=
-          TZelTexto('Venda depois da totalização.');
+          TZelTexto('Venda depois da totalização, ou depois do fim do cupom.');
         Remedio :=
-          TZelTexto('Só se vende entre a abertura e a totalização (estados 1 e 2).');
+          TZelTexto('Encerrado ou cancelado o cupom (estados 5 e 6), abra outro com aCFAbri') +
+          TZelTexto('r_ZEL. Totalizado (3 e 4), ele não recebe mais itens: encerre-o, ou ca') +
+          TZelTexto('ncele-o e abra outro.');
       end;
     ZEL_TOTALIZACAO_FORA_DE_ORDEM:
       begin
@@ -484,15 +489,18 @@ begin
         Significado :=
           TZelTexto('Pagamento antes da totalização ou depois do encerramento.');
         Remedio :=
-          TZelTexto('Paga-se depois de totalizar (estados 3 e 4).');
+          TZelTexto('Paga-se depois de totalizar (estados 3 e 4); encerrado ou cancelado o ') +
+          TZelTexto('cupom, abra outro.');
       end;
     ZEL_ENCERRAMENTO_FORA_DE_ORDEM:
       begin
         Nome := 'ZEL_ENCERRAMENTO_FORA_DE_ORDEM';
         Significado :=
-          TZelTexto('Encerramento antes de o total estar pago.');
+          TZelTexto('Encerramento antes de o total estar pago, ou depois do fim do cupom.');
         Remedio :=
-          TZelTexto('Encerre depois que os pagamentos cobrirem o total (estado 4).');
+          TZelTexto('Encerre depois que os pagamentos cobrirem o total (estado 4). No estad') +
+          TZelTexto('o 5 ele já está encerrado, e o documento em documentosEnvio.xml: não h') +
+          TZelTexto('á o que repetir. No 6 foi cancelado: abra outro.');
       end;
   else
     Result := False;

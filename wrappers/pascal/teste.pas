@@ -179,7 +179,8 @@ begin
   Recusado(psAcrescimo, EZelEntrada, TZelTexto('não é um desconto'), 'surcharge');
   Recusado(psAbrir, EZelRecusa, '', 'open again');
   Igual(Visto, TZelTexto('aCFAbrir_ZEL: ZEL_CUPOM_EM_ANDAMENTO (-130): Já há um cupom em ') +
-    'andamento. Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios.', 'message');
+    'andamento. Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios. ' +
+    TZelTexto('Se outro programa está com ele, não o cancele: dê a cada caixa o seu diretório.'), 'message');
 end;
 
 procedure TestarImpressao;

@@ -102,7 +102,8 @@ function testarRecusas(Cupom $c): void
     $r = erro(Recusa::class, fn () => $c->abrir(), 'open again');
     igual($r->codigo, Codigo::CupomEmAndamento, 'code');
     igual($r->getMessage(), 'aCFAbrir_ZEL: ZEL_CUPOM_EM_ANDAMENTO (-130): Já há um cupom em andamento. '
-        . 'Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios.', 'message');
+        . 'Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios. '
+        . 'Se outro programa está com ele, não o cancele: dê a cada caixa o seu diretório.', 'message');
 }
 
 function testarImpressao(Cupom $c, string $diretorio): void

@@ -33,7 +33,7 @@ public enum Codigo {
     SemLista = -30,
     /// <summary>A quantidade a cancelar não é menor que a quantidade do item.</summary>
     CancelamentoExcessivo = -31,
-    /// <summary>Os pagamentos já cobrem o total.</summary>
+    /// <summary>Os pagamentos já cobrem o total. O troco guardado passou a 0.</summary>
     JaPago = -34,
     /// <summary>O desconto ou acréscimo alcança o valor bruto do item, ou um item não comporta a
     ///  sua parte do rateio.</summary>
@@ -65,13 +65,13 @@ public enum Codigo {
     CupomEmAndamento = -130,
     /// <summary>Nenhum cupom está aberto.</summary>
     NenhumCupom = -131,
-    /// <summary>Venda depois da totalização.</summary>
+    /// <summary>Venda depois da totalização, ou depois do fim do cupom.</summary>
     VendaForaDeOrdem = -132,
     /// <summary>Totalização sem itens, ou repetida.</summary>
     TotalizacaoForaDeOrdem = -133,
     /// <summary>Pagamento antes da totalização ou depois do encerramento.</summary>
     PagamentoForaDeOrdem = -134,
-    /// <summary>Encerramento antes de o total estar pago.</summary>
+    /// <summary>Encerramento antes de o total estar pago, ou depois do fim do cupom.</summary>
     EncerramentoForaDeOrdem = -135,
 }
 
@@ -220,8 +220,8 @@ internal static class Tabelas {
             case -34:
                 return new[] {
                     "ZEL_JA_PAGO",
-                    "Os pagamentos já cobrem o total.",
-                    "Encerre o cupom." };
+                    "Os pagamentos já cobrem o total. O troco guardado passou a 0.",
+                    "Encerre o cupom. O troco é o que valia antes desta chamada: o que o consumidor deu menos o total." };
             case -35:
                 return new[] {
                     "ZEL_AJUSTE_EXCESSIVO",
@@ -276,7 +276,7 @@ internal static class Tabelas {
                 return new[] {
                     "ZEL_CUPOM_EM_ANDAMENTO",
                     "Já há um cupom em andamento.",
-                    "Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios." };
+                    "Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios. Se outro programa está com ele, não o cancele: dê a cada caixa o seu diretório." };
             case -131:
                 return new[] {
                     "ZEL_NENHUM_CUPOM",
@@ -285,8 +285,8 @@ internal static class Tabelas {
             case -132:
                 return new[] {
                     "ZEL_VENDA_FORA_DE_ORDEM",
-                    "Venda depois da totalização.",
-                    "Só se vende entre a abertura e a totalização (estados 1 e 2)." };
+                    "Venda depois da totalização, ou depois do fim do cupom.",
+                    "Encerrado ou cancelado o cupom (estados 5 e 6), abra outro com aCFAbrir_ZEL. Totalizado (3 e 4), ele não recebe mais itens: encerre-o, ou cancele-o e abra outro." };
             case -133:
                 return new[] {
                     "ZEL_TOTALIZACAO_FORA_DE_ORDEM",
@@ -296,12 +296,12 @@ internal static class Tabelas {
                 return new[] {
                     "ZEL_PAGAMENTO_FORA_DE_ORDEM",
                     "Pagamento antes da totalização ou depois do encerramento.",
-                    "Paga-se depois de totalizar (estados 3 e 4)." };
+                    "Paga-se depois de totalizar (estados 3 e 4); encerrado ou cancelado o cupom, abra outro." };
             case -135:
                 return new[] {
                     "ZEL_ENCERRAMENTO_FORA_DE_ORDEM",
-                    "Encerramento antes de o total estar pago.",
-                    "Encerre depois que os pagamentos cobrirem o total (estado 4)." };
+                    "Encerramento antes de o total estar pago, ou depois do fim do cupom.",
+                    "Encerre depois que os pagamentos cobrirem o total (estado 4). No estado 5 ele já está encerrado, e o documento em documentosEnvio.xml: não há o que repetir. No 6 foi cancelado: abra outro." };
             default:
                 return null;
         }

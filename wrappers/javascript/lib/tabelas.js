@@ -97,8 +97,8 @@ exports.CODIGOS = new Map([
   }],
   [-34, {
     nome: 'ZEL_JA_PAGO',
-    significado: 'Os pagamentos já cobrem o total.',
-    remedio: 'Encerre o cupom.',
+    significado: 'Os pagamentos já cobrem o total. O troco guardado passou a 0.',
+    remedio: 'Encerre o cupom. O troco é o que valia antes desta chamada: o que o consumidor deu menos o total.',
   }],
   [-35, {
     nome: 'ZEL_AJUSTE_EXCESSIVO',
@@ -153,7 +153,7 @@ exports.CODIGOS = new Map([
   [-130, {
     nome: 'ZEL_CUPOM_EM_ANDAMENTO',
     significado: 'Já há um cupom em andamento.',
-    remedio: 'Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios.',
+    remedio: 'Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios. Se outro programa está com ele, não o cancele: dê a cada caixa o seu diretório.',
   }],
   [-131, {
     nome: 'ZEL_NENHUM_CUPOM',
@@ -162,8 +162,8 @@ exports.CODIGOS = new Map([
   }],
   [-132, {
     nome: 'ZEL_VENDA_FORA_DE_ORDEM',
-    significado: 'Venda depois da totalização.',
-    remedio: 'Só se vende entre a abertura e a totalização (estados 1 e 2).',
+    significado: 'Venda depois da totalização, ou depois do fim do cupom.',
+    remedio: 'Encerrado ou cancelado o cupom (estados 5 e 6), abra outro com aCFAbrir_ZEL. Totalizado (3 e 4), ele não recebe mais itens: encerre-o, ou cancele-o e abra outro.',
   }],
   [-133, {
     nome: 'ZEL_TOTALIZACAO_FORA_DE_ORDEM',
@@ -173,12 +173,12 @@ exports.CODIGOS = new Map([
   [-134, {
     nome: 'ZEL_PAGAMENTO_FORA_DE_ORDEM',
     significado: 'Pagamento antes da totalização ou depois do encerramento.',
-    remedio: 'Paga-se depois de totalizar (estados 3 e 4).',
+    remedio: 'Paga-se depois de totalizar (estados 3 e 4); encerrado ou cancelado o cupom, abra outro.',
   }],
   [-135, {
     nome: 'ZEL_ENCERRAMENTO_FORA_DE_ORDEM',
-    significado: 'Encerramento antes de o total estar pago.',
-    remedio: 'Encerre depois que os pagamentos cobrirem o total (estado 4).',
+    significado: 'Encerramento antes de o total estar pago, ou depois do fim do cupom.',
+    remedio: 'Encerre depois que os pagamentos cobrirem o total (estado 4). No estado 5 ele já está encerrado, e o documento em documentosEnvio.xml: não há o que repetir. No 6 foi cancelado: abra outro.',
   }],
 ]);
 

@@ -104,8 +104,8 @@ enum Codigo: int
             ],
             self::JaPago => [
                 'ZEL_JA_PAGO',
-                'Os pagamentos já cobrem o total.',
-                'Encerre o cupom.',
+                'Os pagamentos já cobrem o total. O troco guardado passou a 0.',
+                'Encerre o cupom. O troco é o que valia antes desta chamada: o que o consumidor deu menos o total.',
             ],
             self::AjusteExcessivo => [
                 'ZEL_AJUSTE_EXCESSIVO',
@@ -160,7 +160,7 @@ enum Codigo: int
             self::CupomEmAndamento => [
                 'ZEL_CUPOM_EM_ANDAMENTO',
                 'Já há um cupom em andamento.',
-                'Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios.',
+                'Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios. Se outro programa está com ele, não o cancele: dê a cada caixa o seu diretório.',
             ],
             self::NenhumCupom => [
                 'ZEL_NENHUM_CUPOM',
@@ -169,8 +169,8 @@ enum Codigo: int
             ],
             self::VendaForaDeOrdem => [
                 'ZEL_VENDA_FORA_DE_ORDEM',
-                'Venda depois da totalização.',
-                'Só se vende entre a abertura e a totalização (estados 1 e 2).',
+                'Venda depois da totalização, ou depois do fim do cupom.',
+                'Encerrado ou cancelado o cupom (estados 5 e 6), abra outro com aCFAbrir_ZEL. Totalizado (3 e 4), ele não recebe mais itens: encerre-o, ou cancele-o e abra outro.',
             ],
             self::TotalizacaoForaDeOrdem => [
                 'ZEL_TOTALIZACAO_FORA_DE_ORDEM',
@@ -180,12 +180,12 @@ enum Codigo: int
             self::PagamentoForaDeOrdem => [
                 'ZEL_PAGAMENTO_FORA_DE_ORDEM',
                 'Pagamento antes da totalização ou depois do encerramento.',
-                'Paga-se depois de totalizar (estados 3 e 4).',
+                'Paga-se depois de totalizar (estados 3 e 4); encerrado ou cancelado o cupom, abra outro.',
             ],
             self::EncerramentoForaDeOrdem => [
                 'ZEL_ENCERRAMENTO_FORA_DE_ORDEM',
-                'Encerramento antes de o total estar pago.',
-                'Encerre depois que os pagamentos cobrirem o total (estado 4).',
+                'Encerramento antes de o total estar pago, ou depois do fim do cupom.',
+                'Encerre depois que os pagamentos cobrirem o total (estado 4). No estado 5 ele já está encerrado, e o documento em documentosEnvio.xml: não há o que repetir. No 6 foi cancelado: abra outro.',
             ],
         };
     }

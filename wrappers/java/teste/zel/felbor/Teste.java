@@ -105,7 +105,8 @@ final class Teste {
         Recusa r = erro(Recusa.class, c::abrir, "open again");
         igual(r.codigo, Codigo.CUPOM_EM_ANDAMENTO, "code");
         igual(r.getMessage(), "aCFAbrir_ZEL: ZEL_CUPOM_EM_ANDAMENTO (-130): Já há um cupom em "
-            + "andamento. Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios.",
+            + "andamento. Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios. "
+            + "Se outro programa está com ele, não o cancele: dê a cada caixa o seu diretório.",
             "message");
     }
 
