@@ -33,12 +33,15 @@ struct Argumentos {
     bool ajudaAchados = false;
     bool continuar = false;
     bool cancelar = false;
+    bool cortar = false;
     bool perfis = false;
     // As given; argumento() makes UTF-8 of those that are no names of files.
     std::string diretorio;
     std::string esquema;
     std::string itens;
     std::string cpf;
+    std::string cnpj;
+    std::string estrangeiro;
     std::string ajuste;
     std::string mensagem;
     std::string documento;

@@ -85,6 +85,14 @@ DadosArquivo olhar(const std::string &caminho) {
     return {tipo, dados.st_mode & 07777U};
 }
 
+std::string ligacaoSemAlvo(const std::string &caminho) {
+    std::array<char, PATH_MAX> alvo{};
+    if (::readlink(caminho.c_str(), alvo.data(), alvo.size() - 1) < 0 ||
+        olhar(caminho).tipo != TipoArquivo::kNenhum)
+        return {};
+    return alvo.data();
+}
+
 bool podeGravar(const std::string &caminho) {
     const int direitos = olhar(caminho).tipo == TipoArquivo::kDiretorio ? W_OK | X_OK : R_OK | W_OK;
     return ::faccessat(AT_FDCWD, caminho.c_str(), direitos, AT_EACCESS) == 0;

@@ -26,6 +26,9 @@ struct DadosArquivo {
 // Links are followed.
 DadosArquivo olhar(const std::string &caminho);
 
+// Where a symbolic link leads that leads to nothing; empty for anything else.
+std::string ligacaoSemAlvo(const std::string &caminho);
+
 // Whether the user who runs the command may write there.
 bool podeGravar(const std::string &caminho);
 

@@ -17,7 +17,6 @@ namespace zel::aplicativo {
 
 namespace {
 
-constexpr std::string_view kOffline = "OFFLINE";
 constexpr int kVenda = 1, kCancelamento = 5;
 constexpr int kColunas = 48, kColunasEstreitas = 42;
 
@@ -37,6 +36,10 @@ Recibo sem(std::string erro, int codigo = 0) {
     recibo.erro = std::move(erro);
     recibo.codigo = codigo;
     return recibo;
+}
+
+std::string comoDocumento(std::string_view chave) {
+    return juntar({"Id=\"NFe", chave, "\""});
 }
 
 std::string digitosDe(std::string_view texto) {
@@ -99,7 +102,7 @@ Recibo montar(const std::string &documento, const std::string &retorno, int colu
         return sem(juntar({nome, ": ", motivo}));
     const bool cancela = bytes.find("<EveTp>") != bytes.npos || documento.ends_with(".ctgCanc");
     const int tipo = cancela ? kCancelamento : kVenda;
-    if (retorno != kOffline)
+    if (retorno != kSemRetorno)
         if (std::string recusa = recusaDoRetorno(retorno, tipo); !recusa.empty())
             return sem(std::move(recusa));
     // A receipt takes less room than its document, twice in contingency, and its fixed parts.
@@ -123,7 +126,7 @@ bool aindaEspera(const std::string &documento, const std::string &chave) {
     std::string bytes, motivo;
     return !chave.empty() &&
            lerArquivo(documento, kMaximoDocumento, bytes, motivo) == Leitura::kLido &&
-           bytes.find(juntar({"Id=\"NFe", chave, "\""})) != bytes.npos;
+           bytes.find(comoDocumento(chave)) != bytes.npos;
 }
 
 // Without a return: the last receipt laid out, when it is that of the last document. Otherwise the
@@ -143,8 +146,8 @@ Recibo ultimo(const std::string &diretorio, const PedidoDeRecibo &pedido) {
     const bool eDele = digitosDe(recibo.texto).find(situacao.chave) != std::string::npos;
     if (serve && eDele && (pedido.colunas == 0 || pedido.colunas == recibo.colunas)) return recibo;
     if (serve && situacao.protocolo.empty() && aindaEspera(espera, situacao.chave)) {
-        Recibo novo =
-            montar(espera, std::string(kOffline), pedido.colunas == 0 ? kColunas : pedido.colunas);
+        Recibo novo = montar(espera, std::string(kSemRetorno),
+                             pedido.colunas == 0 ? kColunas : pedido.colunas);
         if (!situacao.vale()) novo.aviso = kSemResposta;
         return novo;
     }
@@ -160,9 +163,24 @@ Recibo ultimo(const std::string &diretorio, const PedidoDeRecibo &pedido) {
 
 Recibo obterRecibo(const std::string &diretorio, const PedidoDeRecibo &pedido) {
     if (pedido.retorno.empty()) return ultimo(diretorio, pedido);
-    const std::string documento =
-        pedido.documento.empty() ? diretorio + "documentosEnvio.xml" : pedido.documento;
-    return montar(documento, pedido.retorno, pedido.colunas == 0 ? kColunas : pedido.colunas);
+    return montar(pedido.documento, pedido.retorno,
+                  pedido.colunas == 0 ? kColunas : pedido.colunas);
+}
+
+bool ehDocumentoDe(const std::string &documento, std::string_view chave) {
+    constexpr std::size_t kDigitos = 44;
+    std::string bytes, motivo;
+    if (chave.size() != kDigitos ||
+        lerArquivo(documento, kMaximoDocumento, bytes, motivo) != Leitura::kLido)
+        return false;
+    const std::string nome = documento.substr(documento.rfind('/') + 1);
+    const std::string doPedido =
+        juntar({chave.substr(6, 14), "_", chave.substr(22, 3), chave.substr(25, 9), ".ctgCanc"});
+    if (nome == juntar({chave, ".ctg"}) || nome == doPedido) return true;
+    for (const std::string &marca : {comoDocumento(chave), juntar({"<ChaAcesso>", chave, "<"}),
+                                     juntar({"<chNFe>", chave, "<"})})
+        if (bytes.find(marca) != bytes.npos) return true;
+    return false;
 }
 
 } // namespace zel::aplicativo

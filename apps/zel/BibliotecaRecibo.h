@@ -5,12 +5,15 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace zel::aplicativo {
 
+inline constexpr std::string_view kSemRetorno = "OFFLINE";
+
 struct PedidoDeRecibo {
-    std::string documento; // file; empty: documentosEnvio.xml, or the last receipt
-    std::string retorno;   // file or "OFFLINE"; empty: the last receipt
+    std::string documento; // file
+    std::string retorno;   // file or kSemRetorno; empty: the last receipt, whatever `documento` is
     int colunas = 0;       // 42 or 48; 0 for those that it has, 48 for a new one
     bool previa = false;   // one without the authority's answer will do
 };
@@ -25,5 +28,9 @@ struct Recibo {
 };
 
 Recibo obterRecibo(const std::string &diretorio, const PedidoDeRecibo &pedido);
+
+// Whether the file is the document with that access key, a request about it, or one of their
+// scrambled copies, which their names tell.
+bool ehDocumentoDe(const std::string &documento, std::string_view chave);
 
 } // namespace zel::aplicativo

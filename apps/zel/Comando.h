@@ -32,6 +32,10 @@ extern const Comando kCancelar;
 extern const Comando kInutilizar;
 extern const Comando kConsultar;
 
+// From here on what is wrong is said as a JSON object, on the standard output.
+void falarEmJson();
+bool falaEmJson();
+
 // Says on the error output what is wrong, and answers kComErros.
 int falhar(std::string_view texto);
 // The same for a command line that the subcommand does not understand.

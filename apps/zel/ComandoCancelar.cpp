@@ -27,7 +27,7 @@ int cancelarCupom(const Argumentos &argumentos) {
         return usoErrado(kCancelar, "o cupom em andamento não leva justificativa nem protocolo; um "
                                     "documento se cancela pela CHAVE");
     const int codigo = tCFCancelar_ZEL("", "", "", "", "");
-    if (codigo < ZEL_OK) return recusar(argumentos, "cancelar o cupom em andamento", codigo);
+    if (codigo < ZEL_OK) return recusar("cancelar o cupom em andamento", codigo);
     escreverLinhas(argumentos, {{"resultado", "Resultado", "cancelado"},
                                 {"estado", "Estado do cupom", "6 cancelado"}});
     return kLimpo;
@@ -46,7 +46,7 @@ int pedirCancelamento(const Argumentos &argumentos, const std::string &diretorio
     const int codigo =
         tCFCancelar_ZEL(dele.numero.c_str(), dele.serie.c_str(), documento.chave.c_str(),
                         documento.protocolo.c_str(), justificativa->c_str());
-    if (codigo < ZEL_OK) return recusar(argumentos, "pedir o cancelamento", codigo);
+    if (codigo < ZEL_OK) return recusar("pedir o cancelamento", codigo);
     const std::string aviso = documento.protocolo.empty()
                                   ? "sem protocolo a SEFAZ recusa o pedido: dê --protocolo, ou "
                                     "imprima antes com --retorno"

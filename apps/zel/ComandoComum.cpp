@@ -12,6 +12,11 @@
 #include "ZEL_FelborFramework.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace zel::aplicativo {
 
@@ -31,9 +36,14 @@ std::string emTexto(const std::vector<Linha> &linhas) {
     return texto;
 }
 
-void emJson(Json &json, const std::vector<Linha> &linhas) {
-    for (const Linha &linha : linhas)
-        if (!linha.valor.empty()) json.texto(linha.nome, linha.valor);
+void juntarA(Json &json, const std::vector<Linha> &linhas) {
+    for (const Linha &linha : linhas) {
+        if (linha.nome.empty()) continue;
+        if (!linha.json.empty())
+            json.escrito(linha.nome, linha.json);
+        else if (!linha.valor.empty())
+            json.texto(linha.nome, linha.valor);
+    }
 }
 
 std::string recusa(std::string_view feito, int codigo) {
@@ -50,7 +60,11 @@ bool configLegivel(const std::string &diretorio) {
     std::string bytes, motivo;
     switch (lerArquivo(juntar({diretorio, kNomeDaConfig}), kMaximoConfig, bytes, motivo)) {
     case Leitura::kInexistente:
-        falhar(juntar({"não há ZEL_Framework.xml em ", argumento(diretorio.c_str())}));
+        falhar(juntar({"não há ZEL_Framework.xml em ", argumento(diretorio.c_str()),
+                       "\n    Remédio: se o caixa é outro, dê o diretório dele com --diretorio ou "
+                       "ZEL_DIRETORIO; um caixa novo começa com zel config gravar --diretorio '",
+                       trocar(argumento(diretorio.c_str()), "'", R"('\'')"),
+                       R"(' 'EMIT\CNPJ' CNPJ)"}));
         return false;
     case Leitura::kFalha:
         falhar(juntar({argumento(diretorio.c_str()), kNomeDaConfig, ": ", motivo,
@@ -79,24 +93,39 @@ std::optional<std::string> prepararDiretorio(const Argumentos &argumentos, bool 
     // The library first, for it completes what a dead process left.
     int codigo = ZEL_OK;
     if (!lerConfig(R"(IDE\nNF)", codigo)) {
-        falharComCodigo(kNomeDaConfig, codigo);
+        recusar(kNomeDaConfig, codigo);
         return {};
     }
     if (!cria && !configLegivel(*diretorio)) return {};
     return diretorio;
 }
 
-void escreverLinhas(const Argumentos &argumentos, const std::vector<Linha> &linhas) {
-    if (!argumentos.json) return escrever(emTexto(linhas));
-    Json json;
-    json.abrirObjeto();
-    emJson(json, linhas);
-    escreverJson(json.fecharObjeto().escrito());
+std::optional<std::string> prepararDiretorioAParte(const Argumentos &argumentos) {
+    std::fflush(nullptr);
+    const pid_t filho = ::fork();
+    if (filho == 0) std::exit(prepararDiretorio(argumentos) ? kLimpo : kComErros);
+    int estado = 0;
+    while (filho > 0 && ::waitpid(filho, &estado, 0) < 0 && errno == EINTR) {
+    }
+    if (filho < 0) falhar(juntar({"fork: ", std::strerror(errno)}));
+    if (filho < 0 || !WIFEXITED(estado) || WEXITSTATUS(estado) != kLimpo) return {};
+    std::string motivo;
+    return escolherDiretorio(argumentos.diretorio, motivo);
 }
 
-int recusar(const Argumentos &argumentos, std::string_view feito, int codigo,
-            const std::vector<Linha> &mais) {
-    if (!argumentos.json) {
+void escreverLinhas(const Argumentos &argumentos, const std::vector<Linha> &linhas) {
+    argumentos.json ? escreverJson(emJson(linhas)) : escrever(emTexto(linhas));
+}
+
+std::string emJson(const std::vector<Linha> &linhas) {
+    Json json;
+    json.abrirObjeto();
+    juntarA(json, linhas);
+    return json.fecharObjeto().escrito();
+}
+
+int recusar(std::string_view feito, int codigo, const std::vector<Linha> &mais) {
+    if (!falaEmJson()) {
         falhar(recusa(feito, codigo));
         escrever(stderr, emTexto(mais));
         return kComErros;
@@ -110,13 +139,9 @@ int recusar(const Argumentos &argumentos, std::string_view feito, int codigo,
         json.texto("nome", linha->nome)
             .texto("significado", linha->significado)
             .texto("remedio", linha->remedio);
-    emJson(json, mais);
+    juntarA(json, mais);
     escreverJson(json.fecharObjeto().escrito());
     return kComErros;
-}
-
-int falharComCodigo(std::string_view lugar, int codigo) {
-    return falhar(recusa(lugar, codigo));
 }
 
 std::string comando(const Argumentos &argumentos, std::string_view resto) {

@@ -17,22 +17,25 @@ namespace zel::aplicativo {
 // its configuration cannot be read; when there is none only if it `cria` one.
 std::optional<std::string> prepararDiretorio(const Argumentos &argumentos, bool cria = false);
 
-// What is said, in order: the name for programs, the one for people, the value. A row with an empty
-// value is left out.
+// The same without calling the library in this process: a child of it does.
+std::optional<std::string> prepararDiretorioAParte(const Argumentos &argumentos);
+
+// What is said, in order: the name for programs, the one for people, the value. A row without a
+// name is for people alone; one with a value in JSON, which has no label, for programs. A row with
+// an empty value is left out.
 struct Linha {
     std::string_view nome;
-    std::string_view rotulo;
+    std::string rotulo;
     std::string valor;
+    std::string json = {};
 };
 void escreverLinhas(const Argumentos &argumentos, const std::vector<Linha> &linhas);
+// The same as a JSON object.
+std::string emJson(const std::vector<Linha> &linhas);
 
-// Says that the library refused `feito` with `codigo`, and answers kComErros: on the error output,
-// or as a JSON object with `mais` in it. The rows are said in the text too.
-int recusar(const Argumentos &argumentos, std::string_view feito, int codigo,
-            const std::vector<Linha> &mais = {});
-
-// The same of a key or file, always on the error output.
-int falharComCodigo(std::string_view lugar, int codigo);
+// Says that the library refused `feito`, a step, key or file, with `codigo`, and answers kComErros:
+// on the error output, or as a JSON object with `mais` in it. The rows are said in the text too.
+int recusar(std::string_view feito, int codigo, const std::vector<Linha> &mais = {});
 
 // The command line of another subcommand for the same till, to be copied.
 std::string comando(const Argumentos &argumentos, std::string_view resto);

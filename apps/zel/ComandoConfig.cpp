@@ -63,7 +63,7 @@ int listar(const Argumentos &argumentos) {
         anterior = chave.caminho;
         int codigo = 0;
         const auto valor = lerConfig(chave.caminho, codigo);
-        if (!valor) return falharComCodigo(chave.caminho, codigo);
+        if (!valor) return recusar(chave.caminho, codigo);
         const std::string mostrado = valorMostrado(chave, *valor, argumentos.mostrarSegredo);
         texto += juntar({chave.caminho, " = ", mostrado, "\n"});
         json.abrirObjeto().texto("chave", chave.caminho).texto("valor", mostrado).fecharObjeto();
@@ -79,7 +79,7 @@ int ler(const Argumentos &argumentos) {
     if (chave == nullptr) return chaveDesconhecida(caminho);
     int codigo = 0;
     const auto valor = lerConfig(chave->caminho, codigo);
-    if (!valor) return falharComCodigo(chave->caminho, codigo);
+    if (!valor) return recusar(chave->caminho, codigo);
     const std::string mostrado = valorMostrado(*chave, *valor, argumentos.mostrarSegredo);
     Json json;
     json.abrirObjeto().texto("chave", chave->caminho).texto("valor", mostrado).fecharObjeto();
@@ -103,7 +103,7 @@ int gravar(const Argumentos &argumentos) {
         return falhar(juntar({chave->caminho, ": o valor tem ", caracteres(comprimento(valor)),
                               ", a chave guarda ", std::to_string(chave->tamanho)}));
     if (const int codigo = gravarConfig(chave->caminho, *latin1); codigo != ZEL_OK)
-        return falharComCodigo(chave->caminho, codigo);
+        return recusar(chave->caminho, codigo);
     Relatorio relatorio;
     conferirValor(*chave, valor, 0, relatorio);
     const std::string mostrado = valorMostrado(*chave, valor, argumentos.mostrarSegredo);

@@ -75,7 +75,7 @@ int consultar(const Argumentos &argumentos) {
     const int codigo =
         GeraXMLConsulta_ZEL(consulta.tipo.c_str(), consulta.inicial.c_str(), consulta.final.c_str(),
                             consulta.serie.c_str(), consulta.chave.c_str());
-    if (codigo < ZEL_OK) return recusar(argumentos, "pedir a consulta", codigo);
+    if (codigo < ZEL_OK) return recusar("pedir a consulta", codigo);
     escreverLinhas(argumentos, {{"resultado", "Resultado", "pedido gravado"},
                                 {"chave", "Chave de acesso", consulta.chave},
                                 {"inicial", "De", consulta.inicial},

@@ -4,8 +4,7 @@
 
 #include "Arquivos.h"
 #include "Biblioteca.h"
-#include "ComandoComum.h"
-#include "Cupom.h"
+#include "ComandoCupom.h"
 #include "Terminal.h"
 #include "Texto.h"
 
@@ -17,17 +16,13 @@ namespace zel::aplicativo {
 namespace {
 
 std::vector<Linha> linhasDoCupom(const std::string &diretorio, int estado) {
-    std::string bytes, motivo, erro;
+    std::string erro;
     if (estado < 1 || estado > 5) return {};
-    if (lerArquivo(diretorio + "ArqPersist.bin", kMaximoDocumento, bytes, motivo) != Leitura::kLido)
-        return {{"cupom", "Cupom", juntar({"ArqPersist.bin ", motivo})}};
-    const auto cupom = lerCupom(bytes, erro);
+    const auto cupom = cupomNoDisco(diretorio, erro);
     if (!cupom) return {{"cupom", "Cupom", juntar({"ArqPersist.bin: ", erro})}};
-    std::vector<Linha> linhas{{"itens", "Itens", std::to_string(cupom->itens)},
-                              {"total", "Total", formatarMoeda(cupom->total)},
-                              {"pago", "Pago", formatarMoeda(cupom->pago)}};
-    if (estado == 3 && cupom->total > cupom->pago)
-        linhas.push_back({"falta", "Falta pagar", formatarMoeda(cupom->total - cupom->pago)});
+    std::vector<Linha> linhas = estado < 5 ? linhasDoCupom(*cupom) : resumoDoCupom(*cupom);
+    // Before the totals are made nothing is due.
+    if (estado < 3) std::erase_if(linhas, [](const Linha &l) { return l.nome == "falta"; });
     if (estado >= 4)
         linhas.push_back({"troco", "Troco", configuracao(R"(CONFIGURACAO\TrocoUltimaNFCe)")});
     return linhas;
@@ -72,8 +67,8 @@ const Comando kEstado = {
     "estado [--diretorio DIR] [--json]",
     "Mostra o cupom em andamento e o último documento.",
     "Estado do cupom (0 nenhum, 1 aberto, 2 vendendo, 3 totalizado, 4 pago, 5 encerrado,\n"
-    "6 cancelado), itens, total e pagamentos, e número, série, chave e protocolo do último\n"
-    "documento. Não mostra dados do consumidor.\n",
+    "6 cancelado). Do cupom em andamento, o consumidor, cada item e cada pagamento, o total e o\n"
+    "que falta; do último documento, número, série, chave e protocolo.\n",
     kJson | kDiretorioDado,
     estado,
 };

@@ -3,10 +3,13 @@
 #include "ComandoComum.h"
 #include "ComandoRecibo.h"
 
+#include "Arquivos.h"
 #include "Json.h"
 #include "Papel.h"
 #include "Terminal.h"
 #include "Texto.h"
+
+#include <algorithm>
 
 namespace zel::aplicativo {
 
@@ -46,10 +49,38 @@ int naoImprimiu(const Argumentos &argumentos, const std::string &destino,
     return falhar(texto);
 }
 
+bool pareceEndereco(std::string_view destino) {
+    const std::string_view nome = destino.substr(0, destino.find(':'));
+    return destino.find_first_of(".:") != destino.npos && !nome.empty() &&
+           std::ranges::all_of(nome, [](char c) {
+               return ehDigito(c) || c == '.' || c == '-' || (c >= 'a' && c <= 'z') ||
+                      (c >= 'A' && c <= 'Z');
+           });
+}
+
+// Why nothing can be sent there; empty when it can. What was meant for a printer must not end in a
+// file of its name.
+std::string erroDoDestino(const std::string &destino) {
+    constexpr std::string_view kRede = "tcp://";
+    const std::string nome = argumento(destino.c_str());
+    if (destino.starts_with(kRede)) return {};
+    if (destino.find('/') == destino.npos)
+        return juntar({nome, ": não é uma impressora nem um arquivo: uma impressora da rede é ",
+                       kRede, pareceEndereco(destino) ? nome : "10.0.0.5",
+                       ", um dispositivo é como /dev/usb/lp0, e um arquivo leva uma barra, como "
+                       "./cupom.bin"});
+    const std::string alvo = ligacaoSemAlvo(destino);
+    if (alvo.empty()) return {};
+    return juntar({nome, ": é uma ligação para ", argumento(alvo.c_str()),
+                   ", que não existe: a impressora está ligada?"});
+}
+
 int imprimir(const Argumentos &argumentos) {
     if (argumentos.perfis) return listarPerfis(argumentos);
     if (!argumentos.palavras.empty()) return usoErrado(kImprimir, "imprimir não leva argumentos");
     if (argumentos.impressora.empty()) return usoErrado(kImprimir, "falta --impressora DESTINO");
+    if (const std::string erro = erroDoDestino(argumentos.impressora); !erro.empty())
+        return usoErrado(kImprimir, erro);
     const auto espera =
         argumentos.espera.empty() ? kEspera : lerInteiro(argumentos.espera).value_or(0);
     if (espera < 1 || espera > kMaiorEspera)
@@ -77,7 +108,8 @@ const Comando kImprimir = {
     "imprimir --perfis [--json]",
     "Imprime o último cupom, em tempo limitado.",
     "DESTINO é um dispositivo, como /dev/usb/lp0, uma impressora da rede, como\n"
-    "tcp://10.0.0.5 ou tcp://10.0.0.5:9100, ou um arquivo, que recebe os bytes.\n"
+    "tcp://10.0.0.5 ou tcp://10.0.0.5:9100, ou um arquivo, que recebe os bytes e leva uma barra\n"
+    "no nome, como ./cupom.bin.\n"
     "--perfil NOME diz que impressora é (--perfis mostra os nomes); com uma / em NOME, é um\n"
     "arquivo de perfil. Sem ele, a genérica de 80 mm.\n"
     "--espera MS limita o tempo em milissegundos; sem ela, 10000.\n\n"
@@ -85,7 +117,8 @@ const Comando kImprimir = {
     "imprime um que a SEFAZ autorizou, ou de contingência: para o de uma venda nova, --retorno\n"
     "ARQUIVO é a resposta que o componente de envio deixou. --retorno OFFLINE monta o cupom sem\n"
     "ela, para um ensaio.\n"
-    "--documento ARQUIVO é o documento, senão documentosEnvio.xml.\n"
+    "--documento ARQUIVO é o documento, senão documentosEnvio.xml. Do último documento o caixa\n"
+    "guarda o cupom e o protocolo; o de outro é impresso e não muda nada nele.\n"
     "--colunas 42 ou 48 é a largura do cupom.\n"
     "--diretorio DIR escolhe o diretório de dados.\n",
     kJson | kDiretorioDado | kRecibo | kImpressora,

@@ -50,7 +50,7 @@ int inutilizar(const Argumentos &argumentos) {
         argumentos.serie.empty() ? configuracao(R"(IDE\Serie)") : argumentos.serie;
     const int codigo =
         tCFInutilizar_ZEL(inicial.c_str(), final.c_str(), serie.c_str(), justificativa->c_str());
-    if (codigo < ZEL_OK) return recusar(argumentos, "pedir a inutilização", codigo);
+    if (codigo < ZEL_OK) return recusar("pedir a inutilização", codigo);
     const std::string aviso = avisoDaFaixa(final, serie);
     escreverLinhas(argumentos, {{"resultado", "Resultado", "pedido gravado"},
                                 {"inicial", "Número inicial", inicial},

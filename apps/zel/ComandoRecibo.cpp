@@ -1,11 +1,41 @@
 // SPDX-License-Identifier: MIT
 #include "ComandoRecibo.h"
 
+#include "ArquivoConfig.h"
+#include "Arquivos.h"
+#include "BibliotecaCopia.h"
 #include "ComandoComum.h"
 #include "Terminal.h"
 #include "Texto.h"
 
 namespace zel::aplicativo {
+
+namespace {
+
+// Whether laying the receipt out is to change what the till knows: that is for printing the last
+// document, with an answer that says no less of it than the till knows already.
+bool guarda(const std::string &diretorio, const PedidoDeRecibo &pedido) {
+    if (pedido.previa) return false;
+    if (pedido.retorno.empty()) return true;
+    std::string bytes, motivo;
+    if (lerArquivo(diretorio + "ZEL_Framework.xml", kMaximoConfig, bytes, motivo) != Leitura::kLido)
+        return false;
+    Relatorio relatorio;
+    const ArquivoConfig config(bytes, relatorio);
+    return ehDocumentoDe(pedido.documento, config[R"(NFCE\ChaveDeAcesso)"].valor) &&
+           (pedido.retorno != kSemRetorno || config[R"(NFCE\ProtocoloAutorizacao)"].valor.empty());
+}
+
+Recibo montarRecibo(const std::string &diretorio, const PedidoDeRecibo &pedido) {
+    if (guarda(diretorio, pedido)) return obterRecibo(diretorio, pedido);
+    const CopiaDoCaixa copia(diretorio);
+    if (!copia.diretorio().empty()) return obterRecibo(copia.diretorio(), pedido);
+    Recibo nenhum;
+    nenhum.erro = copia.motivo();
+    return nenhum;
+}
+
+} // namespace
 
 std::optional<Recibo> reciboPedido(const Comando &comando, const Argumentos &argumentos,
                                    bool previa, int &saida) {
@@ -19,14 +49,15 @@ std::optional<Recibo> reciboPedido(const Comando &comando, const Argumentos &arg
         usoErrado(comando, "--documento vai com --retorno ARQUIVO ou --retorno OFFLINE");
         return {};
     }
-    const auto diretorio = prepararDiretorio(argumentos);
+    const auto diretorio = prepararDiretorioAParte(argumentos);
     if (!diretorio) return {};
+    const std::string documento =
+        argumentos.documento.empty() ? *diretorio + "documentosEnvio.xml" : argumentos.documento;
     const Recibo recibo =
-        obterRecibo(*diretorio, {argumentos.documento, argumentos.retorno,
-                                 static_cast<int>(lerInteiro(colunas).value_or(0)), previa});
+        montarRecibo(*diretorio, {documento, argumentos.retorno,
+                                  static_cast<int>(lerInteiro(colunas).value_or(0)), previa});
     if (recibo.texto.empty()) {
-        saida = recibo.codigo < 0 ? recusar(argumentos, recibo.erro, recibo.codigo)
-                                  : falhar(recibo.erro);
+        saida = recibo.codigo < 0 ? recusar(recibo.erro, recibo.codigo) : falhar(recibo.erro);
         return {};
     }
     if (!recibo.aviso.empty()) escrever(stderr, juntar({"zel: ", recibo.aviso, "\n"}));

@@ -2,11 +2,12 @@
 // zel vender: a whole receipt, from the opening to the close. Everything that can be checked is
 // checked before it is opened; what the library refuses later leaves a receipt in progress, and
 // that is said with what to do about it.
-#include "ComandoComum.h"
+#include "ComandoCupom.h"
 
 #include "Arquivos.h"
 #include "Biblioteca.h"
-#include "Cupom.h"
+#include "Interrupcao.h"
+#include "Json.h"
 #include "Terminal.h"
 #include "Texto.h"
 #include "Venda.h"
@@ -29,16 +30,27 @@ constexpr std::size_t kMaximoMensagem = 5000;
 struct Andamento {
     std::string passo;
     int codigo = ZEL_OK;
-    bool aberto = false; // by this command
+    bool deOutro = false;      // a program that is open has the receipt
+    bool aberto = false;       // by this command
+    bool interrompido = false; // between two steps
 
+    // Whether the sale goes on. One that this command opened can be given up until it is closed;
+    // one that was there before is taken to its end.
     bool fazer(std::string_view nome, int resposta) {
         passo = nome;
+        codigo = resposta;
+        interrompido = aberto && Interrupcao::pedida();
+        return resposta >= ZEL_OK && !interrompido;
+    }
+    bool encerrar(int resposta) {
+        passo = "encerrar";
         codigo = resposta;
         return resposta >= ZEL_OK;
     }
 };
 
-std::string lerArquivoDeItens(const std::string &caminho, std::vector<ItemVenda> &itens) {
+std::string lerArquivoDeItens(const std::string &caminho, std::vector<ItemVenda> &itens,
+                              Excesso excesso) {
     std::string bytes, motivo;
     if (caminho == "-") {
         for (int c = 0; bytes.size() <= kMaximoEntrada && (c = std::getchar()) != EOF;)
@@ -47,32 +59,57 @@ std::string lerArquivoDeItens(const std::string &caminho, std::vector<ItemVenda>
     } else if (lerArquivo(caminho, kMaximoEntrada, bytes, motivo) != Leitura::kLido) {
         return juntar({argumento(caminho.c_str()), ": ", motivo});
     }
-    const std::string erro = lerItens(bytes, itens);
+    const std::string erro = lerItens(bytes, itens, excesso);
     return erro.empty()
                ? erro
                : juntar({caminho == "-" ? "itens" : argumento(caminho.c_str()), ", ", erro});
 }
 
+// The consumer by one of the three options.
+std::string lerConsumidorDado(const Argumentos &argumentos, std::string &consumidor) {
+    const struct {
+        const std::string &dado;
+        std::string (*ler)(std::string_view, std::string &);
+    } opcoes[] = {{argumentos.cpf, lerConsumidor},
+                  {argumentos.cnpj, lerCnpj},
+                  {argumentos.estrangeiro, lerEstrangeiro}};
+    if (!argumentos.estrangeiro.empty() && argumentos.continuar)
+        return "--estrangeiro só vale na abertura: a biblioteca não o identifica depois";
+    std::string erro;
+    for (const auto &[dado, ler] : opcoes) {
+        if (dado.empty() || !erro.empty()) continue;
+        erro = consumidor.empty() ? ler(argumento(dado.c_str()), consumidor)
+                                  : "--cpf, --cnpj e --estrangeiro se excluem";
+    }
+    return erro;
+}
+
+std::string lerMensagem(const Argumentos &argumentos, Excesso excesso, std::string &mensagem) {
+    auto latin1 = latin1DeUtf8(argumento(argumentos.mensagem.c_str()));
+    if (!latin1) return "--mensagem: tem um caracter que o ISO-8859-1 não tem";
+    if (latin1->size() > kMaximoMensagem && excesso == Excesso::kErro)
+        return "--mensagem: tem mais de 5000 caracteres (--cortar a corta ali)";
+    mensagem = latin1->substr(0, kMaximoMensagem);
+    return {};
+}
+
 // What is wrong with the command line; empty when nothing is.
 std::string lerVenda(const Argumentos &argumentos, Venda &venda) {
+    const Excesso excesso = argumentos.cortar ? Excesso::kCorta : Excesso::kErro;
     std::string erro;
-    if (!argumentos.itens.empty()) erro = lerArquivoDeItens(argumentos.itens, venda.itens);
+    if (!argumentos.itens.empty()) erro = lerArquivoDeItens(argumentos.itens, venda.itens, excesso);
     for (std::size_t i = 0; erro.empty() && i < argumentos.palavras.size(); ++i) {
-        erro = lerItem(argumentos.palavras[i], venda.itens.emplace_back());
+        erro = lerItem(argumentos.palavras[i], venda.itens.emplace_back(), excesso);
         if (!erro.empty()) erro = juntar({argumentos.palavras[i], ": ", erro});
     }
     for (std::size_t i = 0; erro.empty() && i < argumentos.pagamentos.size(); ++i)
         erro = lerPagamento(argumento(argumentos.pagamentos[i].c_str()),
-                            venda.pagamentos.emplace_back());
-    if (erro.empty() && !argumentos.cpf.empty())
-        erro = lerConsumidor(argumento(argumentos.cpf.c_str()), venda.consumidor);
+                            venda.pagamentos.emplace_back(), excesso);
+    if (erro.empty()) erro = lerConsumidorDado(argumentos, venda.consumidor);
     if (erro.empty() && !argumentos.ajuste.empty())
-        erro = lerAjuste(argumento(argumentos.ajuste.c_str()), venda.ajuste);
+        erro = lerAjuste(argumento(argumentos.ajuste.c_str()), venda.ajuste, excesso);
+    if (erro.empty()) erro = lerMensagem(argumentos, excesso, venda.mensagem);
     if (!erro.empty()) return erro;
-    const auto mensagem = latin1DeUtf8(argumento(argumentos.mensagem.c_str()));
-    if (!mensagem) return "--mensagem: tem um caracter que o ISO-8859-1 não tem";
-    if (mensagem->size() > kMaximoMensagem) return "--mensagem: tem mais de 5000 caracteres";
-    venda.mensagem = *mensagem;
     if (venda.itens.empty() && !argumentos.continuar) return "falta o que vender";
     return argumentos.continuar && argumentos.cancelar ? "--continuar e --cancelar se excluem" : "";
 }
@@ -87,9 +124,9 @@ int venderItem(const ItemVenda &item) {
 bool comecar(const Venda &venda, bool continuar, Andamento &ate) {
     const char *consumidor = venda.consumidor.c_str();
     if (!continuar) {
-        ate.aberto =
-            ate.fazer("abrir o cupom", aCFAbrir_ZEL(consumidor, "", "", "", "", "", "", "", ""));
-        return ate.aberto;
+        const int resposta = aCFAbrir_ZEL(consumidor, "", "", "", "", "", "", "", "");
+        ate.aberto = resposta >= ZEL_OK;
+        return ate.fazer("abrir o cupom", resposta);
     }
     return venda.consumidor.empty() ||
            ate.fazer("identificar o consumidor",
@@ -122,7 +159,7 @@ bool vender(const Venda &venda, bool continuar, Andamento &ate) {
     if (totaliza && !ate.fazer("totalizar", aCFTotalizar_ZEL(venda.ajuste.tipo.c_str(),
                                                              venda.ajuste.valor.c_str())))
         return false;
-    return pagar(venda, ate) && ate.fazer("encerrar", tCFEncerrar_ZEL(venda.mensagem.c_str()));
+    return pagar(venda, ate) && ate.encerrar(tCFEncerrar_ZEL(venda.mensagem.c_str()));
 }
 
 bool emAndamento(int estado) {
@@ -131,16 +168,9 @@ bool emAndamento(int estado) {
 
 // Items and amounts of the receipt on disk.
 std::vector<Linha> valores(const std::string &diretorio) {
-    std::string bytes, motivo, erro;
-    if (lerArquivo(diretorio + "ArqPersist.bin", kMaximoDocumento, bytes, motivo) != Leitura::kLido)
-        return {};
-    const auto cupom = lerCupom(bytes, erro);
-    if (!cupom) return {};
-    const double falta = cupom->total - cupom->pago;
-    return {{"itens", "Itens", std::to_string(cupom->itens)},
-            {"total", "Total", formatarMoeda(cupom->total)},
-            {"pago", "Pago", formatarMoeda(cupom->pago)},
-            {"falta", "Falta pagar", falta > 0.004 ? formatarMoeda(falta) : ""}};
+    std::string erro;
+    const auto cupom = cupomNoDisco(diretorio, erro);
+    return cupom ? resumoDoCupom(*cupom) : std::vector<Linha>{};
 }
 
 // At a terminal the user is asked.
@@ -152,14 +182,26 @@ bool querCancelar(const Argumentos &argumentos) {
     return resposta && (igualSemCaixa(*resposta, "s") || igualSemCaixa(*resposta, "sim"));
 }
 
-// What is left of a sale that was refused, and what to do with it.
-std::vector<Linha> oQueFicou(const Argumentos &argumentos, const std::string &diretorio) {
+// What is left of a sale that was refused, and what to do with it. A receipt that another program
+// has open is that program's.
+std::vector<Linha> oQueFicou(const Argumentos &argumentos, const std::string &diretorio,
+                             const Andamento &ate) {
     const int estado = estadoDoCupom();
     std::vector<Linha> linhas{
         {"estado", "Estado do cupom", juntar({std::to_string(estado), " ", nomeDoEstado(estado)})}};
     if (!emAndamento(estado)) return linhas;
     for (Linha &linha : valores(diretorio))
         linhas.push_back(std::move(linha));
+    if (ate.deOutro) {
+        linhas.push_back({"aviso", "Aviso",
+                          "o cupom é de outro programa, que está aberto: venda nele, ou em outro "
+                          "diretório de dados"});
+        return linhas;
+    }
+    if (!ate.aberto && !argumentos.continuar)
+        linhas.push_back({"aviso", "Aviso",
+                          juntar({"o cupom já estava ali e não é desta venda: ",
+                                  comando(argumentos, "estado"), " o mostra"})});
     linhas.push_back({"cancelar", "Para cancelar", comando(argumentos, "cancelar")});
     linhas.push_back({"continuar", "Para continuar", comando(argumentos, "vender --continuar")});
     return linhas;
@@ -169,18 +211,42 @@ int cancelarCupom() {
     return tCFCancelar_ZEL("", "", "", "", "");
 }
 
-int interrompida(const Argumentos &argumentos, const std::string &diretorio, const Andamento &ate) {
+// Between two steps the sale was asked to end: nothing of it is left.
+int desistida(const Argumentos &argumentos, const std::string &diretorio, const Andamento &ate) {
+    if (const int codigo = cancelarCupom(); codigo < ZEL_OK)
+        return recusar("cancelar o cupom da venda interrompida", codigo,
+                       oQueFicou(argumentos, diretorio, ate));
+    return falhar("a venda foi interrompida: nada foi vendido, e o cupom foi cancelado");
+}
+
+int recusada(const Argumentos &argumentos, const std::string &diretorio, const Andamento &ate) {
     const bool cancelado = ate.aberto && argumentos.cancelar && cancelarCupom() >= ZEL_OK;
-    recusar(argumentos, ate.passo, ate.codigo, oQueFicou(argumentos, diretorio));
+    recusar(ate.passo, ate.codigo, oQueFicou(argumentos, diretorio, ate));
     if (cancelado || !ate.aberto || !emAndamento(estadoDoCupom()) || !querCancelar(argumentos))
         return kComErros;
     if (const int codigo = cancelarCupom(); codigo < ZEL_OK)
-        return recusar(argumentos, "cancelar o cupom", codigo);
+        return recusar("cancelar o cupom", codigo);
     escrever(stderr, "O cupom foi cancelado.\n");
     return kComErros;
 }
 
-int encerrada(const Argumentos &argumentos, const std::string &diretorio) {
+// What was there before, to be taken to its end: said before anything is done with it, to programs
+// with the result.
+std::vector<Linha> oQueHavia(const Argumentos &argumentos, const std::string &diretorio) {
+    std::string erro;
+    const auto cupom = cupomNoDisco(diretorio, erro);
+    if (!cupom) return {};
+    const std::vector<Linha> linhas = linhasDoCupom(*cupom);
+    if (argumentos.json) return {{"havia", {}, {}, emJson(linhas)}};
+    escrever("Cupom em andamento, que se leva ao fim:\n");
+    escreverLinhas(argumentos, linhas);
+    escrever("\n");
+    std::fflush(stdout);
+    return {};
+}
+
+int encerrada(const Argumentos &argumentos, const std::string &diretorio,
+              std::vector<Linha> havia) {
     std::vector<Linha> linhas{{"resultado", "Resultado", "vendido"},
                               {"numero", "Número", configuracao(R"(IDE\nNF)")},
                               {"serie", "Série", configuracao(R"(IDE\Serie)")}};
@@ -191,6 +257,8 @@ int encerrada(const Argumentos &argumentos, const std::string &diretorio) {
     linhas.push_back({"chave", "Chave de acesso", configuracao(R"(NFCE\ChaveDeAcesso)")});
     linhas.push_back(
         {"documento", "Documento", argumento((diretorio + "documentosEnvio.xml").c_str())});
+    for (Linha &linha : havia)
+        linhas.push_back(std::move(linha));
     escreverLinhas(argumentos, linhas);
     return kLimpo;
 }
@@ -205,16 +273,24 @@ int vender(const Argumentos &argumentos) {
     if (argumentos.continuar && !emAndamento(estado))
         return falhar(juntar({"não há cupom em andamento (estado ", std::to_string(estado), " ",
                               nomeDoEstado(estado), ")"}));
+    std::vector<Linha> havia;
+    if (argumentos.continuar) havia = oQueHavia(argumentos, *diretorio);
     Andamento ate;
-    return vender(venda, argumentos.continuar, ate) ? encerrada(argumentos, *diretorio)
-                                                    : interrompida(argumentos, *diretorio, ate);
+    ate.deOutro = cupomComOutroProcesso(*diretorio);
+    {
+        const Interrupcao adiada;
+        if (vender(venda, argumentos.continuar, ate))
+            return encerrada(argumentos, *diretorio, std::move(havia));
+        if (ate.interrompido) return desistida(argumentos, *diretorio, ate);
+    }
+    return recusada(argumentos, *diretorio, ate);
 }
 
 } // namespace
 
 const Comando kVender = {
     "vender",
-    "vender ITEM... [--itens ARQUIVO] [--pagamento FORMA[=VALOR]]... [--cpf CPF]\n"
+    "vender ITEM... [--itens ARQUIVO] [--pagamento FORMA[=VALOR]]... [--cpf CPF] [--cortar]\n"
     "vender --continuar [ITEM]... [--pagamento FORMA[=VALOR]]...",
     "Vende um cupom inteiro, da abertura ao encerramento.",
     "ITEM é CÓDIGO;DESCRIÇÃO;QUANTIDADE;PREÇO, e mais, se for preciso, ;UNIDADE (UN)\n"
@@ -228,13 +304,18 @@ const Comando kVender = {
     "paga em dinheiro. FORMA é Dinheiro, Cheque, Cartao de Credito, Cartao de Debito, Credito\n"
     "Loja, Vale Alimentacao, Vale Refeicao, Vale Presente, Vale Combustivel ou Outros, ou o\n"
     "código de dois dígitos.\n"
-    "--cpf CPF identifica o consumidor; um CNPJ também serve.\n"
+    "--cpf CPF, --cnpj CNPJ ou --estrangeiro DOCUMENTO identifica o consumidor, com os dígitos\n"
+    "verificadores certos; em --cpf um CNPJ também serve. De um documento estrangeiro a\n"
+    "biblioteca guarda dígitos, de 5 a 20, e não 11 nem 14.\n"
     "--ajuste AJUSTE é um desconto ou acréscimo no total: -10%, -1,50, +5%, +2,00.\n"
     "--mensagem TEXTO é impressa no fim do cupom.\n\n"
-    "Tudo o que se pode conferir é conferido antes de abrir o cupom. Se a biblioteca recusa um\n"
+    "Tudo o que se pode conferir é conferido antes de abrir o cupom. Um texto ou uma casa decimal\n"
+    "que a biblioteca cortaria é recusado; com --cortar é cortado. Se a biblioteca recusa um\n"
     "passo, zel diz o código, o remédio e em que estado o cupom ficou; num terminal pergunta se\n"
-    "o cancela. --cancelar o cancela sem perguntar. --continuar leva ao fim o cupom que ficou,\n"
-    "com os itens e pagamentos que faltam. O motivo de cada recusa, com o campo: ZEL_LOG.\n"
+    "o cancela. --cancelar o cancela sem perguntar. --continuar mostra o cupom que ficou e o leva\n"
+    "ao fim, com os itens e pagamentos que faltam. O motivo de cada recusa, com o campo: ZEL_LOG.\n"
+    "Interrompida (Ctrl-C) antes do encerramento, a venda é cancelada inteira; a de --continuar\n"
+    "vai até o fim.\n"
     "O documento fica em documentosEnvio.xml, para o componente de envio.\n"
     "--diretorio DIR escolhe o diretório de dados.\n",
     kJson | kDiretorioDado | kVenda,

@@ -90,7 +90,8 @@ const Comando kVer = {
     "O último cupom é o que a biblioteca montou por último. Se o último documento ainda não\n"
     "tem o seu, ele é montado sem a resposta da SEFAZ, só para ver.\n"
     "--retorno ARQUIVO monta o cupom com a resposta que o componente de envio deixou; OFFLINE,\n"
-    "sem ela. --documento ARQUIVO é o documento, senão documentosEnvio.xml.\n"
+    "sem ela. --documento ARQUIVO é o documento, senão documentosEnvio.xml. Ver não muda nada no\n"
+    "diretório do caixa.\n"
     "--colunas 42 ou 48 é a largura do cupom.\n"
     "--diretorio DIR escolhe o diretório de dados.\n",
     kJson | kDiretorioDado | kRecibo | kFigura,

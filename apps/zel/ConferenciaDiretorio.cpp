@@ -29,12 +29,18 @@ constexpr std::string_view kComDados[] = {"ArqPersist.bin", "ArqPersist.tmp", "u
 
 // What a change leaves that was not carried through.
 bool ehSobra(std::string_view nome) {
-    constexpr std::string_view kSobras[] = {"ArqPersist.tmp",           "documentosEnvio.xml.tmp",
-                                            "parametrosEnvio.xml.tmp",  "danfe_pdf_temp.xml",
-                                            "ZEL_Framework.xml.novo",   "ArqPersist.bin.novo",
-                                            "ArqPersist.tmp.novo",      "documentosEnvio.xml.novo",
-                                            "parametrosEnvio.xml.novo", "ultimadanfe.bin.novo"};
-    return std::ranges::find(kSobras, nome) != std::end(kSobras);
+    constexpr std::string_view kSobras[] = {"ArqPersist.tmp", "documentosEnvio.xml.tmp",
+                                            "parametrosEnvio.xml.tmp", "danfe_pdf_temp.xml"};
+    constexpr std::string_view kTrocados[] = {"ZEL_Framework.xml",   "ArqPersist.bin",
+                                              "ArqPersist.tmp",      "documentosEnvio.xml",
+                                              "parametrosEnvio.xml", "ultimadanfe.bin"};
+    if (std::ranges::find(kSobras, nome) != std::end(kSobras)) return true;
+    for (const std::string_view fim : {".novo", ".novo.antigo"})
+        if (nome.ends_with(fim) &&
+            std::ranges::find(kTrocados, nome.substr(0, nome.size() - fim.size())) !=
+                std::end(kTrocados))
+            return true;
+    return false;
 }
 
 class Conferencia {
@@ -130,9 +136,9 @@ private:
 
     void relatarCupom(int estado, const Cupom &cupom) {
         const std::string texto = juntar(
-            {"cupom ", nomeDoEstado(estado), ", ", std::to_string(cupom.itens),
-             cupom.itens == 1 ? " item, total " : " itens, total ", formatarMoeda(cupom.total),
-             ", pago ", formatarMoeda(cupom.pago),
+            {"cupom ", nomeDoEstado(estado), ", ", std::to_string(cupom.itens.size()),
+             cupom.itens.size() == 1 ? " item, total " : " itens, total ",
+             formatarMoeda(cupom.total), ", pago ", formatarMoeda(cupom.pago),
              cupom.cortado ? "; o último registro está cortado, a biblioteca o descarta" : ""});
         if (caixaAberto_) return achar("cupom-em-uso", std::string(kCupom), texto, {});
         constexpr std::string_view kContinuar[] = {"", "venda os itens", "venda ou totalize",

@@ -46,6 +46,12 @@ Json &Json::texto(std::string_view nome, std::string_view utf8) {
     return *this;
 }
 
+Json &Json::escrito(std::string_view nome, std::string_view json) {
+    comecar(nome);
+    escrito_ += json;
+    return *this;
+}
+
 Json &Json::numero(std::string_view nome, long long valor) {
     comecar(nome);
     escrito_ += std::to_string(valor);

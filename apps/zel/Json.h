@@ -15,6 +15,8 @@ public:
     Json &fecharObjeto() { return fechar('}'); }
     Json &fecharLista() { return fechar(']'); }
     Json &texto(std::string_view nome, std::string_view utf8);
+    // A value that is JSON already.
+    Json &escrito(std::string_view nome, std::string_view json);
     Json &numero(std::string_view nome, long long valor);
 
     const std::string &escrito() const { return escrito_; }

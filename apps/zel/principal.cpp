@@ -56,6 +56,7 @@ int principal(const std::vector<const char *> &dados) {
         escrever("zel " ZEL_VERSAO "\n");
         return kLimpo;
     }
+    if (std::ranges::find(dados, std::string_view("--json")) != dados.end()) falarEmJson();
     const auto comando = std::ranges::find(kComandos, nome, &Comando::nome);
     if (comando != std::end(kComandos))
         return executar(**comando, {dados.begin() + 1, dados.end()});

@@ -8,10 +8,14 @@
 #include <linux/capability.h>
 #include <stdlib.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <numeric>
+#include <set>
+#include <sstream>
 
 namespace {
 
@@ -51,6 +55,7 @@ void abrirComo(const std::string &caminho, int modo, int fd) {
     for (const char *variavel : {"ZEL_DIRETORIO", "ZEL_LOG", "LANG", "LC_CTYPE"})
         unsetenv(variavel);
     setenv("LC_ALL", "C.UTF-8", 1);
+    setenv("TZ", "BRT3", 1);
     for (const auto &[nome, valor] : ambiente)
         setenv(nome.c_str(), valor.c_str(), 1);
     std::vector<char *> ponteiros{const_cast<char *>("zel")};
@@ -69,11 +74,13 @@ int esperar(pid_t processo) {
 
 } // namespace
 
-Resultado rodar(const Argumentos &argumentos, const Ambiente &ambiente, std::string_view entrada) {
+Resultado rodar(const Argumentos &argumentos, const Ambiente &ambiente, std::string_view entrada,
+                const std::function<void(pid_t)> &meio) {
     const PastaTemporaria pasta;
     pasta.gravar("entrada", entrada);
     const pid_t processo = fork();
     if (processo == 0) tornarSeZel(argumentos, ambiente, pasta);
+    if (meio) meio(processo);
     return {esperar(processo), pasta.ler("saida"), pasta.ler("erros")};
 }
 
@@ -118,6 +125,19 @@ void Loja::configurar(const Valores &valores) const {
         texto.replace(lugar, texto.find("</", lugar) - lugar, valor);
     }
     gravar("ZEL_Framework.xml", texto);
+}
+
+std::string Loja::retrato() const {
+    std::set<std::string> linhas;
+    for (const auto &entrada : std::filesystem::directory_iterator(diretorio())) {
+        struct stat dados {};
+        stat(entrada.path().c_str(), &dados);
+        std::ostringstream linha;
+        linha << entrada.path() << dados.st_ino << ' ' << dados.st_mode << ' ' << dados.st_size
+              << ' ' << dados.st_mtim.tv_sec << '.' << dados.st_mtim.tv_nsec << '\n';
+        linhas.insert(linha.str());
+    }
+    return std::accumulate(linhas.begin(), linhas.end(), std::string());
 }
 
 void Loja::comCaixaAberto(const std::function<void(const Funcoes &)> &passos,

@@ -30,10 +30,11 @@ struct Resultado {
     std::string achados() const;
 };
 
-// Runs the program with these arguments and environment variables (on top of a locale of UTF-8 and
-// nothing of the library's), as a user who has no more rights than the files give.
+// Runs the program with these arguments and environment variables (on top of a locale of UTF-8,
+// Brazil's zone and nothing of the library's), as a user who has no more rights than the files
+// give. `meio`, with its process, runs while the program does.
 Resultado rodar(const Argumentos &argumentos, const Ambiente &ambiente = {},
-                std::string_view entrada = {});
+                std::string_view entrada = {}, const std::function<void(pid_t)> &meio = {});
 
 class Loja : public PastaTemporaria {
 public:
@@ -55,10 +56,14 @@ public:
 
     // The command over this shop's directory.
     Resultado zel(Argumentos argumentos, const Ambiente &ambiente = {},
-                  std::string_view entrada = {}) const {
+                  std::string_view entrada = {},
+                  const std::function<void(pid_t)> &meio = {}) const {
         argumentos.insert(argumentos.begin() + 1, {"--diretorio", diretorio()});
-        return rodar(argumentos, ambiente, entrada);
+        return rodar(argumentos, ambiente, entrada, meio);
     }
+
+    // Names, rights, sizes and times of all that stands in the directory.
+    std::string retrato() const;
 
     // A till of this shop in a process of its own; it dies at the end of `passos`.
     void noCaixa(const std::function<void(const Funcoes &)> &passos) const;

@@ -6,6 +6,8 @@
 #include "apoio/Funcoes.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
 
 namespace {
 
@@ -57,7 +59,11 @@ TEST(Vender, conferido_antes_de_abrir) {
         {{"vender", "101;Leite"}, "CÓDIGO;DESCRIÇÃO"},
         {{"vender", kPao, "--pagamento", "Pix"}, "a forma de pagamento é uma destas"},
         {{"vender", kPao, "--cpf", "12345678900"}, "confira os dígitos"},
+        {{"vender", kPao, "--cnpj", "123.456.789-09"}, "não é um CNPJ"},
+        {{"vender", kPao, "--cpf", "12345678909", "--estrangeiro", "123456"}, "se excluem"},
+        {{"vender", "--continuar", "--estrangeiro", "123456"}, "só vale na abertura"},
         {{"vender", kPao, "--ajuste", "10%"}, "um ajuste é"},
+        {{"vender", kPao, "--mensagem", std::string(5001, 'x')}, "--cortar"},
         {{"vender", kPao, "--mensagem", "\xe2\x82\xac"}, "ISO-8859-1"},
         {{"vender", "--itens", "/nada/itens.txt"}, "/nada/itens.txt"},
         {{"vender", kPao, "--continuar", "--cancelar"}, "se excluem"},
@@ -114,9 +120,49 @@ TEST(Vender, recusa_diz_o_que_ficou_e_como_continuar) {
         EXPECT_TRUE(estaEm(loja, estado));
         loja.configurar(corrigidos);
         resto.insert(resto.begin(), {"vender", "--continuar"});
-        EXPECT_TRUE(loja.zel(resto).deu(0)) << nome;
+        // What is there is said before it is closed.
+        EXPECT_TRUE(loja.zel(resto).deu(0, "Cupom em andamento, que se leva ao fim:\nItem 1:"))
+            << nome;
         EXPECT_TRUE(estaEm(loja, "5 encerrado"));
     }
+}
+
+TEST(Vender, consumidor_estrangeiro_e_texto_cortado_se_pedido) {
+    const Loja loja;
+    ASSERT_TRUE(loja.zel({"vender", "1;" + std::string(121, 'x') + ";1;1", "--cortar",
+                          "--estrangeiro", "1234567890"})
+                    .deu(0));
+    EXPECT_TRUE(contemTodas(loja.ler("documentosEnvio.xml"),
+                            {"<idEstrangeiro>1234567890<", ">" + std::string(120, 'x') + "<"}));
+}
+
+// Ctrl-C, or a machine that is shut down, in the middle of a sale: nothing of it is left, unless
+// the receipt was there before. That one is taken to its end, and said to programs, too.
+TEST(Vender, interrompida_eh_inteira_ou_nada) {
+    const auto venda = [](const Loja &loja, int sinal, Argumentos argumentos) {
+        loja.gravar("itens.txt", repetir("1;P\xe3o;1;1,00\n", 600));
+        argumentos.insert(argumentos.begin(), {"vender", "--itens", loja / "itens.txt"});
+        return loja.zel(argumentos, {}, {}, [&](pid_t processo) {
+            const std::string cupom = loja / "ArqPersist.bin";
+            std::error_code erro;
+            for (int i = 0; i < 20000 && (!std::filesystem::exists(cupom) ||
+                                          std::filesystem::file_size(cupom, erro) < 3000);
+                 ++i)
+                usleep(1000);
+            kill(processo, sinal);
+        });
+    };
+    for (const int sinal : {SIGINT, SIGTERM}) {
+        const Loja loja;
+        EXPECT_TRUE(venda(loja, sinal, {}).deu(2, "nada foi vendido, e o cupom foi cancelado"));
+        EXPECT_TRUE(estaEm(loja, "6 cancelado"));
+        EXPECT_FALSE(std::filesystem::exists(loja / "documentosEnvio.xml"));
+    }
+    const Loja loja;
+    loja.noCaixa([](const Funcoes &caixa) { Loja::vender(caixa, 2); });
+    EXPECT_TRUE(venda(loja, SIGINT, {"--continuar", "--json"})
+                    .deu(0, R"("havia":{"consumidor":{"tipo":"cpf",)"));
+    EXPECT_TRUE(estaEm(loja, "5 encerrado"));
 }
 
 TEST(Vender, recusa_em_json_e_cancelada_se_pedido) {
@@ -134,12 +180,17 @@ TEST(Vender, recusa_em_json_e_cancelada_se_pedido) {
 TEST(Vender, cupom_de_outro_fica_como_estava) {
     const Loja loja;
     loja.noCaixa([](const Funcoes &caixa) { Loja::vender(caixa, 2); });
-    EXPECT_TRUE(loja.zel({"vender", kPao, "--cancelar"}).deu(2, "ZEL_CUPOM_EM_ANDAMENTO"));
+    EXPECT_TRUE(loja.zel({"vender", kPao, "--cancelar"}).deu(2, "não é desta venda"));
     EXPECT_TRUE(estaEm(loja, "2 vendendo"));
     loja.comCaixaAberto(
         [](const Funcoes &caixa) { EXPECT_EQ(caixa.aCFTotalizar_ZEL("", ""), 1); },
         [&] {
-            EXPECT_TRUE(loja.zel({"vender", "--continuar"}).deu(2, "ZEL_ARQUIVO_INDISPONIVEL"));
+            for (const char *venda : {"--continuar", kPao}) {
+                const Resultado recusada = loja.zel({"vender", venda});
+                EXPECT_TRUE(recusada.deu(2, "o cupom é de outro programa, que está aberto"));
+                // It is not to be cancelled from here.
+                EXPECT_FALSE(contem(recusada.erros, "Para cancelar"));
+            }
         });
     EXPECT_TRUE(estaEm(loja, "3 totalizado"));
 }

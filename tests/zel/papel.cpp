@@ -54,8 +54,6 @@ TEST_F(Ver, grava_png_ou_svg_do_ultimo_cupom) {
     EXPECT_TRUE(loja.zel({"ver", "--saida", figura + ".svg", "--colunas", "42", "--json"})
                     .deu(0, R"("colunas":"42")"));
     EXPECT_TRUE(contem(loja.ler("cupom.svg").substr(0, 300), R"(width="76mm")"));
-    // What was laid out last is shown as it is.
-    EXPECT_TRUE(loja.zel({"ver", "--saida", figura}).deu(0, "Colunas:           42"));
     EXPECT_TRUE(loja.zel({"ver", "--saida", "/nada/cupom.png"}).deu(2));
     EXPECT_TRUE(loja.zel({"ver", "--saida", figura, "--colunas", "40"}).deu(2));
 }
@@ -101,9 +99,35 @@ TEST_F(Imprimir, so_o_que_foi_autorizado) {
     EXPECT_TRUE(outra.deu(0));
     EXPECT_EQ(outra.erros, "");
     EXPECT_TRUE(contem(loja.ler("papel"), "135260000000007"));
+    // What says less than is known is not kept.
+    for (const char *comando : {"ver", "imprimir"})
+        EXPECT_TRUE(loja.zel({comando, comando == std::string("ver") ? "--saida" : "--impressora",
+                              papel, "--retorno", "OFFLINE"})
+                        .deu(0));
     // Other columns would need the return again: without it the protocol would be lost.
     EXPECT_TRUE(loja.zel({"ver", "--saida", papel, "--colunas", "42"}).deu(2));
     EXPECT_TRUE(loja.zel({"cancelar"}).deu(0));
+}
+
+// Looked at, or of another document, a receipt changes nothing that the till knows.
+TEST_F(Imprimir, so_o_ultimo_documento_muda_o_caixa) {
+    vender({{R"(CONFIGURACAO\SalvarDanfePDF)", "1"}});
+    std::filesystem::copy_file(loja / "documentosEnvio.xml", loja / "antiga.xml");
+    ASSERT_TRUE(imprimirComRetorno("<SitCodigo>100</SitCodigo>").deu(0));
+    vender();
+    const PastaTemporaria fora;
+    const std::string antes = loja.retrato();
+    const Argumentos daAntiga{"--documento", loja / "antiga.xml", "--retorno"};
+    for (const std::string &retorno : {loja / "retorno.xml", std::string("OFFLINE")}) {
+        for (Argumentos comando : {Argumentos{"ver", "--saida", fora / "x"},
+                                   Argumentos{"imprimir", "--impressora", fora / "x"}}) {
+            comando.insert(comando.end(), daAntiga.begin(), daAntiga.end());
+            comando.push_back(retorno);
+            EXPECT_TRUE(loja.zel(comando).deu(0)) << retorno;
+        }
+    }
+    EXPECT_TRUE(loja.zel({"ver", "--saida", fora / "x"}).deu(0, "um ensaio"));
+    EXPECT_EQ(loja.retrato(), antes);
 }
 
 // The request that took the document's place has a receipt of its own, when it was accepted.
@@ -138,10 +162,17 @@ const std::pair<Argumentos, std::string_view> kErros[] = {
     {{"imprimir", "--impressora", "tcp://127.0.0.1:1"}, "recusa a ligação: em uso, sem permissão"},
     {{"imprimir", "--impressora", "tcp://"}, "argumento"},
     {{"imprimir", "--impressora", "/nada/papel"}, "No such file"},
-    {{"imprimir", "--impressora", "papel", "--perfil", "nenhum"}, "zel imprimir --perfis"},
-    {{"imprimir", "--impressora", "papel", "--espera", "0"}, "--espera é de 1 a 600000"},
-    {{"imprimir", "--impressora", "papel", "--espera", "600001"}, "--espera é de 1 a 600000"},
-    {{"imprimir", "--impressora", "papel", "--documento", "x.xml"},
+    // What was meant for a printer ends in no file.
+    {{"imprimir", "--impressora", "10.0.0.5"},
+     "10.0.0.5: não é uma impressora nem um arquivo: "
+     "uma impressora da rede é tcp://10.0.0.5,"},
+    {{"imprimir", "--impressora", "10.0.0.5:9100"}, "é tcp://10.0.0.5:9100,"},
+    {{"imprimir", "--impressora", "COM1"}, "um dispositivo é como /dev/usb/lp0"},
+    {{"imprimir", "--impressora", R"(\\srv\p)"}, "um arquivo leva uma barra"},
+    {{"imprimir", "--impressora", "./papel", "--perfil", "nenhum"}, "zel imprimir --perfis"},
+    {{"imprimir", "--impressora", "./papel", "--espera", "0"}, "--espera é de 1 a 600000"},
+    {{"imprimir", "--impressora", "./papel", "--espera", "600001"}, "--espera é de 1 a 600000"},
+    {{"imprimir", "--impressora", "./papel", "--documento", "x.xml"},
      "--documento vai com --retorno"},
     {{"imprimir", "papel"}, "não leva argumentos"},
 };
@@ -154,6 +185,10 @@ TEST_F(Imprimir, erro_claro) {
         EXPECT_TRUE(contem(resultado.erros, dito));
     }
     EXPECT_TRUE(loja.zel({"imprimir", "--perfis"}).deu(0, "generico-80mm\n"));
+    // The device that a link leads to is absent: the link stays.
+    std::filesystem::create_symlink("/dev/usb/lp77", papel);
+    EXPECT_TRUE(imprimir().deu(2, "é uma ligação para /dev/usb/lp77, que não existe"));
+    EXPECT_TRUE(std::filesystem::is_symlink(papel));
 }
 
 TEST_F(Imprimir, impressora_parada_nao_prende_o_caixa) {

@@ -30,17 +30,25 @@ std::string escrito(const std::string &consumidor) {
 }
 
 // Reads a text, and writes what was read.
-template <class Lido, std::string (*ler)(std::string_view, Lido &)>
+template <class Lido, auto ler>
 std::string relido(std::string_view texto, std::string &erro) {
     Lido lido;
     erro = ler(texto, lido);
     return escrito(lido);
 }
 
-constexpr auto *item = relido<ItemVenda, lerItem>;
-constexpr auto *pagamento = relido<PagamentoVenda, lerPagamento>;
-constexpr auto *ajuste = relido<Ajuste, lerAjuste>;
+// With and without what the library would cut.
+template <class Lido, auto ler, Excesso excesso = Excesso::kErro>
+constexpr auto *com =
+    relido<Lido, [](std::string_view texto, Lido &lido) { return ler(texto, lido, excesso); }>;
+
+constexpr auto *item = com<ItemVenda, lerItem>;
+constexpr auto *cortado = com<ItemVenda, lerItem, Excesso::kCorta>;
+constexpr auto *pagamento = com<PagamentoVenda, lerPagamento>;
+constexpr auto *ajuste = com<Ajuste, lerAjuste>;
 constexpr auto *consumidor = relido<std::string, lerConsumidor>;
+constexpr auto *cnpj = relido<std::string, lerCnpj>;
+constexpr auto *estrangeiro = relido<std::string, lerEstrangeiro>;
 
 const struct {
     std::string (*ler)(std::string_view texto, std::string &erro);
@@ -67,6 +75,17 @@ const struct {
     {item, "101;Leite;1;4,00;GARRAFA", "", "unidade com mais de 6"},
     {item, "101;Leite;1;4,00;UN;N;10%", "", "um ajuste é"},
     {item, "101;Caf\xe2\x82\xac;1;4,00", "", "ISO-8859-1"},
+    // What the library would cut in silence.
+    {item, "1;A;0,33333;1", "", "quantidade 0,33333: tem mais de 4 casas"},
+    {item, "1;A;0,333300;1,2345678901000", "1|A|0,333300|1,2345678901000|UN|N|||||"},
+    {item, "1;A;1;1,23456789012", "", "preço 1,23456789012: tem mais de 10 casas"},
+    {item, "1;A;1;9;UN;N;-1,505", "", "1,505: tem mais de 2 casas"},
+    {item, "1;A;1;9;UN;N;-1,505%", "1|A|1|9|UN|N|D%|1,505|||"},
+    {item, "1;" + std::string(121, 'x') + ";1;1", "", "--cortar"},
+    {cortado, "1;" + std::string(121, 'x') + ";0,33333;1;GARRAFA",
+     "1|" + std::string(120, 'x') + "|0,33333|1|GARRAF|N|||||"},
+    {cortado, "1;A;1234567890123456;1", "", "mais de 15"},
+    {pagamento, "Dinheiro=50,001", "", "mais de 2 casas"},
     {pagamento, "Dinheiro=50,00", "01 50,00"},
     {pagamento,
      "CART\xc3\x83O de cr\xc3\xa9"
@@ -94,6 +113,14 @@ const struct {
     {consumidor, "11.222.333/0001-81", "11222333000181"},
     {consumidor, "12345678900", "", "confira os dígitos"},
     {consumidor, "Maria", "", "não é um CPF"},
+    {consumidor, "1234567890", "", "confira os dígitos"}, // is no foreigner
+    {cnpj, "11.222.333/0001-81", "11222333000181"},
+    {cnpj, "123.456.789-09", "", "não é um CNPJ"},
+    {estrangeiro, "1234567890", "1234567890"},
+    {estrangeiro, "AB123456", "", "só guarda os dígitos"},
+    {estrangeiro, "12345678900", "", "o toma por um CPF"},
+    {estrangeiro, "12345678901234", "", "o toma por um CNPJ"},
+    {estrangeiro, "1234", "", "de 5 a 20"},
     {consumidor, "123", "", "confira"},
 };
 
