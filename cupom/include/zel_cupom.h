@@ -21,7 +21,8 @@
  *     Of the paper; their content is no text of the receipt and ends on the line on which it began:
  *       <qrcode>CONTENT<lmodulo>N</lmodulo></qrcode>
  *                      QR code of CONTENT, up to 2331 bytes (what is longer is printed as text), in
- *                      modules of N dots: 1 to 16, 3 when not given
+ *                      modules of N dots: 1 to 16, 3 when not given; of more dots where the code
+ *                      would be less than 25 mm wide
  *       <bmp></bmp>    logo
  *       <gui></gui>    cut
  *       <sl>N</sl>     N blank lines, 0 to 255
@@ -35,11 +36,16 @@
  *       columns  paper   printed          normal letters  condensed letters
  *       48       80 mm   72 mm, 576 dots  12 x 24 dots    9 x 17, 64 to the line
  *       42       76 mm   63 mm, 504 dots  12 x 24 dots    9 x 17, 56 to the line
- *       42       58 mm   48 mm, 384 dots   9 x 17 dots    6.75 x 13, 56 to the line
+ *       42       58 mm   48 mm, 384 dots   9 x 17 dots    9 x 17, 42 to the line
  *
- *     A line that does not fit goes on in the next one. A QR code that does not fit gets the
- *     largest modules with which it does. A receipt of more than 50 m of paper is refused.
- *     These are the papers of the pictures; a printer's line is as wide as its profile says.
+ *     A line that does not fit gives up blanks: those at its end, then of its widest gaps, down to
+ *     one between words. If that is not enough, it goes on in the next line: broken at the widest
+ *     gap before which it fits (the last one of those that are as wide), inside a word only where
+ *     that alone is too long. Pictures and printers break alike.
+ *     A QR code is at least 25 mm wide: smaller modules than that takes are not used. One that does
+ *     not fit gets the largest modules with which it does. Around it are four modules of free
+ * paper. A receipt of more than 50 m of paper is refused. These are the papers of the pictures; a
+ * printer's line is as wide as its profile says.
  *  4. Every function with an int result answers ZEL_CUPOM_OK or the negative code of its failure. A
  *     failure changes nothing: neither the receipt that was read, nor the settings, nor a file.
  *  5. A file is written whole or not at all: beside its place, flushed, renamed.
@@ -169,13 +175,13 @@ ZEL_CUPOM_API int zel_cupom_definir_gaveta(zel_cupom *cupom, int abrir);
 
 /* The bytes that print the receipt, from the printer's initialization on: `bytes` receives the
  * address, `tamanho` the length. Letters are the largest ones of the printer of which a line holds
- * the columns of the paper; condensed ones are the next smaller ones. Where there is none, a
- * condensed line that is too long gives up blanks, from its widest gaps, if that makes it fit.
- * Characters that the chosen
- * code page lacks are printed as plain letters. A QR code is printed by the printer's own command
- * or as dots, as the profile says, and as text where the printer can do neither; the logo in dots
- * or as the printer has it stored; what the printer cannot do otherwise (italics, a cut) is left
- * out. Codes: ZEL_CUPOM_ARGUMENTO, ZEL_CUPOM_LONGO, ZEL_CUPOM_MEMORIA. */
+ * the columns of the paper; condensed ones are the next smaller ones, if there are any.
+ * Characters that the chosen code page lacks are printed as plain letters. A QR code is printed by
+ * the printer's own command or as dots, as the profile says (and as dots where the command does not
+ * reach 25 mm, or the code is not centred), and as text where the printer can do neither; the logo
+ * in dots or as the printer has it stored; what the printer cannot do otherwise (italics, a cut) is
+ * left out. At the end letters and alignment are as after the initialization. Codes:
+ * ZEL_CUPOM_ARGUMENTO, ZEL_CUPOM_LONGO, ZEL_CUPOM_MEMORIA. */
 ZEL_CUPOM_API int zel_cupom_escpos(zel_cupom *cupom, unsigned char **bytes, size_t *tamanho);
 
 /* Sends those bytes to `destino`, which is one of

@@ -3,6 +3,7 @@
 
 #include "Pagina.h"
 #include "Qr.h"
+#include "Quebra.h"
 
 #include <algorithm>
 #include <array>
@@ -81,47 +82,9 @@ std::size_t fontePara(const std::vector<FonteDoPerfil> &fontes, int colunas) {
     return escolhida;
 }
 
-// Lines beyond it are no columns of a receipt.
-constexpr std::size_t kMaiorLinhaEncurtada = 256;
-
-std::size_t letrasDe(const Linha &linha) {
-    std::size_t letras = 0;
-    for (const Trecho &trecho : linha.trechos)
-        letras += trecho.texto.size();
-    return letras;
-}
-
-// Takes a blank from the widest gap of a line; false when none is wider than one.
-bool estreitar(Linha &linha) {
-    std::string *onde = nullptr;
-    std::size_t fim = 0, maior = 1;
-    for (Trecho &trecho : linha.trechos) {
-        std::size_t brancos = 0;
-        for (std::size_t i = 0; i < trecho.texto.size(); ++i) {
-            brancos = trecho.texto[i] == ' ' ? brancos + 1 : 0;
-            if (brancos <= maior) continue;
-            maior = brancos;
-            onde = &trecho.texto;
-            fim = i;
-        }
-    }
-    if (onde != nullptr) onde->erase(fim, 1);
-    return onde != nullptr;
-}
-
-// A line of condensed letters for a printer without a smaller font: brought into its columns at
-// the cost of the widest gaps. As it is when that is not enough.
-Linha encurtar(const Linha &linha, int colunas) {
-    const bool condensada =
-        std::all_of(linha.trechos.begin(), linha.trechos.end(), [](const Trecho &trecho) {
-            return trecho.estilo.condensado && !trecho.estilo.larguraDupla;
-        });
-    std::size_t letras = letrasDe(linha);
-    if (!condensada || letras > kMaiorLinhaEncurtada) return linha;
-    Linha curta = linha;
-    for (; letras > static_cast<std::size_t>(colunas); --letras)
-        if (!estreitar(curta)) return linha;
-    return curta;
+// A line's width of which a letter of either font is a whole part.
+Medida medidaDe(const FonteDoPerfil &normal, const FonteDoPerfil &condensada) {
+    return {normal.colunas * condensada.colunas, condensada.colunas, normal.colunas};
 }
 
 // One walk over a receipt.
@@ -140,6 +103,7 @@ public:
             std::visit([this](const auto &b) { por(b); }, bloco);
             if (altura_ > kMaiorAltura) return {};
         }
+        terminar();
         return std::move(saida_);
     }
 
@@ -151,28 +115,24 @@ private:
 
     void por(const Linha &linha) {
         if (linha.trechos.empty()) return por(Avanco{1});
-        if (condensada_ == normal_)
-            porLetras(encurtar(linha, perfil_.fontes[normal_].colunas));
-        else
-            porLetras(linha);
+        for (const Linha &parte :
+             quebrar(linha, medidaDe(perfil_.fontes[normal_], perfil_.fontes[condensada_]))) {
+            porParte(parte);
+            if (altura_ > kMaiorAltura) return;
+        }
     }
 
-    void porLetras(const Linha &linha) {
+    void porParte(const Linha &linha) {
         alinhar(linha.alinhamento);
-        double cheia = 0; // lines of the paper
         bool alta = false;
         for (const Trecho &trecho : linha.trechos) {
             vestir(trecho.estilo);
             for (const char c : trecho.texto)
                 saida_.push_back(byteDe(*perfil_.pagina, c));
-            const double letra = trecho.estilo.larguraDupla ? 2 : 1;
-            cheia +=
-                static_cast<double>(trecho.texto.size()) * letra / perfil_.fontes[fonte_].colunas;
             alta = alta || trecho.estilo.alturaDupla;
-            if (cheia * kLinha > kMaiorAltura) break;
         }
         saida_.push_back('\n');
-        imprimiu((static_cast<int>(cheia) + 1) * (alta ? 2 * kLinha : kLinha));
+        imprimiu(alta ? 2 * kLinha : kLinha);
     }
 
     void alinhar(Alinhamento alinhamento) {
@@ -181,9 +141,10 @@ private:
             enviar(kOrdens[static_cast<std::size_t>(alinhamento)]);
     }
 
+    void vestir(const Estilo &estilo) { vestir(estilo, estilo.condensado ? condensada_ : normal_); }
+
     // Only what is not yet in force.
-    void vestir(const Estilo &estilo) {
-        const std::size_t fonte = estilo.condensado ? condensada_ : normal_;
+    void vestir(const Estilo &estilo, std::size_t fonte) {
         if (const int modo = modoDe(estilo, fonte); modo != modoDe(estilo_, fonte_))
             enviar(Ordem::kModo, {modo, 0, 0, 0, {}});
         if (fonte != fonte_) perfil_.fontes[fonte].comando.escrever(saida_, {});
@@ -196,11 +157,20 @@ private:
         fonte_ = fonte;
     }
 
+    // What is printed next, which need not begin with the printer's initialization, begins as if it
+    // did.
+    void terminar() {
+        vestir(Estilo(), 0);
+        alinhar(Alinhamento::kEsquerda);
+    }
+
     void por(const Avanco &avanco) {
-        if (tem(Ordem::kAvanco))
-            enviar(Ordem::kAvanco, {avanco.linhas, 0, 0, 0, {}});
-        else
-            saida_.append(static_cast<std::size_t>(avanco.linhas), '\n');
+        for (int resto = avanco.linhas; resto > 0 && tem(Ordem::kAvanco);) {
+            const int agora = std::min(resto, perfil_.maiorAvanco);
+            enviar(Ordem::kAvanco, {agora, 0, 0, 0, {}});
+            resto -= agora;
+        }
+        if (!tem(Ordem::kAvanco)) saida_.append(static_cast<std::size_t>(avanco.linhas), '\n');
         brancas_ += avanco.linhas;
         altura_ += avanco.linhas * kLinha;
     }
@@ -229,20 +199,37 @@ private:
         }
     }
 
+    // By the printer's command where that gives the size, and the free zone at the sides.
     void por(const Qr &qr) {
-        const int modulos = ladoDoQr(qr.conteudo.size()) + 2 * kZonaQuieta;
-        int modulo = std::clamp(perfil_.pontos / modulos, 1, qr.modulo);
-        if (tem(Ordem::kQr)) {
-            modulo = std::min(modulo, perfil_.maiorModulo);
-            alinhar(qr.alinhamento);
-            enviar(Ordem::kQr, {0, modulo, 0, 0, qr.conteudo});
-            imprimiu(modulos * modulo);
-        } else if (tem(Ordem::kImagem) && modulos * modulo <= perfil_.pontos) {
+        const int lado = ladoDoQr(qr.conteudo.size());
+        const int modulo = moduloDoQr(lado, qr.modulo, perfil_.menorLadoDoQr(), perfil_.pontos);
+        const bool pontos =
+            tem(Ordem::kImagem) && (lado + 2 * kZonaQuieta) * modulo <= perfil_.pontos;
+        const bool menor = lado * std::min(modulo, perfil_.maiorModulo) < perfil_.menorLadoDoQr();
+        const bool aoLado = qr.alinhamento != Alinhamento::kCentro;
+        if (tem(Ordem::kQr) && (!pontos || !(menor || aoLado)))
+            porQrPorComando(qr.conteudo, lado, std::min(modulo, perfil_.maiorModulo));
+        else if (pontos)
             porQrEmPontos(qr, modulo);
-        } else {
-            // A reader can still be told the address.
+        else // A reader can still be told the address.
             por(Linha{{{conteudoEscrito(qr.conteudo), Estilo()}}, qr.alinhamento});
-        }
+    }
+
+    // Printers leave no free zone around it: in the middle of the line there is one at its sides.
+    void porQrPorComando(std::string_view conteudo, int lado, int modulo) {
+        porBranco(kZonaQuieta * modulo);
+        alinhar(Alinhamento::kCentro);
+        enviar(Ordem::kQr, {0, modulo, 0, 0, conteudo});
+        imprimiu(lado * modulo);
+        porBranco(kZonaQuieta * modulo);
+    }
+
+    // So many rows of dots, or as many lines as they need at most.
+    void porBranco(int altura) {
+        if (tem(Ordem::kImagem))
+            imprimirPontos(Pontos(8, altura));
+        else
+            por(Avanco{(altura + kLinha - 1) / kLinha});
     }
 
     // Placed by blank dots on its left, for printers that align text alone.

@@ -39,7 +39,7 @@ std::vector<Retangulo> retangulosDe(const CortePosto &corte, const Papel &papel)
 }
 
 Retangulo sublinhadoDe(const TextoPosto &texto, const Papel &papel) {
-    return {papel.margem() + texto.x, texto.base + 2.0,
+    return {static_cast<double>(papel.margem() + texto.x), texto.base + 2.0,
             static_cast<double>(texto.texto.size()) * texto.celula.largura, 2.0};
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Pagina.h"
 
+#include "Quebra.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -13,8 +15,7 @@ constexpr int kAlturaDoCorte = 5 * kPontosPorMilimetro;
 constexpr int kAposLogotipo = kPontosPorMilimetro;
 
 // Where something begins that is so wide in so much room.
-template <class Medida>
-Medida inicio(Alinhamento alinhamento, Medida sala, Medida largura) {
+int inicio(Alinhamento alinhamento, int sala, int largura) {
     switch (alinhamento) {
     case Alinhamento::kEsquerda:
         break;
@@ -45,40 +46,35 @@ public:
 private:
     const Papel &papel() const { return pagina_.papel; }
 
-    // Fills lines of the paper from left to right; a letter that does not fit begins the next one.
     void por(const Linha &linha) {
-        double x = 0;
+        const Medida medida{papel().larguraDoTexto(), papel().normal.largura,
+                            papel().condensada.largura};
+        for (const Linha &parte : quebrar(linha, medida)) {
+            porParte(parte);
+            if (y_ > kMaiorAltura) return;
+        }
+    }
+
+    void porParte(const Linha &linha) {
+        int x = 0;
         for (const Trecho &trecho : linha.trechos) {
             const Celula celula = celulaDe(papel(), trecho.estilo);
-            for (std::string_view resto = trecho.texto; !resto.empty();) {
-                const double livre = papel().larguraDoTexto() - x;
-                const auto cabem =
-                    std::min(resto.size(), static_cast<std::size_t>(livre / celula.largura));
-                if (cabem == 0) {
-                    terminarLinha(linha.alinhamento, x);
-                    if (y_ > kMaiorAltura) return;
-                    x = 0;
-                    continue;
-                }
-                linha_.push_back(
-                    {x, 0, celula, trecho.estilo, std::string(resto.substr(0, cabem))});
-                x += static_cast<double>(cabem) * celula.largura;
-                resto.remove_prefix(cabem);
-            }
+            linha_.push_back({x, 0, celula, trecho.estilo, trecho.texto});
+            x += static_cast<int>(trecho.texto.size()) * celula.largura;
         }
         terminarLinha(linha.alinhamento, x);
     }
 
     // Puts what was filled, `largura` wide, on the paper: letters of any height on one base line.
-    void terminarLinha(Alinhamento alinhamento, double largura) {
+    void terminarLinha(Alinhamento alinhamento, int largura) {
         const int folga = papel().passo - papel().normal.altura;
         int base = papel().normal.base, abaixo = papel().passo - base;
         for (const TextoPosto &texto : linha_) {
             base = std::max(base, texto.celula.base);
             abaixo = std::max(abaixo, texto.celula.altura - texto.celula.base + folga);
         }
-        const double margem = (papel().larguraUtil - papel().larguraDoTexto()) / 2;
-        const double x = margem + inicio(alinhamento, papel().larguraDoTexto(), largura);
+        const int margem = (papel().larguraUtil - papel().larguraDoTexto()) / 2;
+        const int x = margem + inicio(alinhamento, papel().larguraDoTexto(), largura);
         const int fim = y_ + base + abaixo;
         for (TextoPosto &texto : linha_) {
             texto.x += x;
@@ -93,7 +89,8 @@ private:
         QrPosto posto;
         posto.simbolo = gerarQr(qr.conteudo);
         const int modulos = posto.simbolo.lado + 2 * kZonaQuieta;
-        posto.modulo = std::clamp(papel().larguraUtil / modulos, 1, qr.modulo);
+        posto.modulo =
+            moduloDoQr(posto.simbolo.lado, qr.modulo, kMenorLadoDoQr, papel().larguraUtil);
         const int lado = modulos * posto.modulo, zona = kZonaQuieta * posto.modulo;
         posto.x = inicio(qr.alinhamento, papel().larguraUtil, lado) + zona;
         posto.y = y_ + zona;

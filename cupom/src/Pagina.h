@@ -17,7 +17,7 @@ namespace zel::cupom {
 
 // Letters of one style in one line of the paper: the first one begins at `x`, each is a cell wide.
 struct TextoPosto {
-    double x = 0;
+    int x = 0;
     int base = 0; // the line on which the letters stand
     Celula celula;
     Estilo estilo;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The papers: how wide they are and how large their letters, in dots of the print head, 8 to the
 // millimetre (203 dpi). Letters are the two usual ones of receipt printers, 12 x 24 and 9 x 17
-// dots; on the narrow paper, whose 384 dots do not hold 42 of the former, the next smaller ones.
+// dots; on the narrow paper, whose 384 dots do not hold 42 of the former, all are of the latter:
+// its printers have no smaller ones.
 #pragma once
 
 #include "Modelo.h"
@@ -12,10 +13,9 @@ namespace zel::cupom {
 
 constexpr int kPontosPorMilimetro = 8;
 
-// One letter's place on the paper, in dots; it stands on a line `base` below its top. Widths are
-// whole quarters of a dot, so that sums of them are exact.
+// One letter's place on the paper, in dots; it stands on a line `base` below its top.
 struct Celula {
-    double largura = 0;
+    int largura = 0;
     int altura = 0;
     int base = 0;
 
@@ -33,14 +33,14 @@ struct Papel {
     constexpr int largura() const { return milimetros * kPontosPorMilimetro; }
     constexpr int margem() const { return (largura() - larguraUtil) / 2; }
     // What the letters of a line can fill: whole letters, in the middle of the printed dots.
-    constexpr double larguraDoTexto() const { return colunas * normal.largura; }
+    constexpr int larguraDoTexto() const { return colunas * normal.largura; }
 };
 
 // The first one of a number of columns is the usual one.
 constexpr std::array<Papel, 3> kPapeis{{
     {48, 80, 576, {12, 24, 19}, {9, 17, 14}, 28},
     {42, 76, 504, {12, 24, 19}, {9, 17, 14}, 28},
-    {42, 58, 384, {9, 17, 14}, {6.75, 13, 10}, 21},
+    {42, 58, 384, {9, 17, 14}, {9, 17, 14}, 21},
 }};
 
 // The paper of so many columns, `milimetros` wide, 0 for the usual one; null when there is none.

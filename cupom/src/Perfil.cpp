@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Perfil.h"
 
-#include "Modelo.h"
 #include "Texto.h"
 
 #include <map>
@@ -113,6 +112,8 @@ private:
         const std::string_view familia = tirarAte(resto, ".");
         if (chave == "name")
             perfil_.nome = valor;
+        else if (chave == "media.dpi")
+            lerNumero(valor, 100, 1200, perfil_.dpi);
         else if (chave == "media.width.mm")
             lerNumero(valor, 20, 300, perfil_.milimetros);
         else if (chave == "media.width.pixels")
@@ -182,6 +183,8 @@ private:
             lerNumero(valor, 0, kMaisLinhasAntesDoCorte, perfil_.linhasAntesDoCorte);
         else if (resto == "largestModule")
             lerNumero(valor, kMenorModulo, kMaiorModulo, perfil_.maiorModulo);
+        else if (resto == "largestFeed")
+            lerNumero(valor, 1, kMaiorAvanco, perfil_.maiorAvanco);
         else
             falhar("uso desconhecido");
     }

@@ -5,8 +5,11 @@
 #pragma once
 
 #include "Comando.h"
+#include "Modelo.h"
 #include "PaginaDeCodigo.h"
+#include "Qr.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <optional>
@@ -66,9 +69,14 @@ struct Perfil {
     const PaginaDeCodigo *pagina = nullptr;
     int numeroDaPagina = 0;
     ModoLogotipo logotipo = ModoLogotipo::kImagem;
-    int linhasAntesDoCorte = 0; // between what was printed last and the cut, or the tear bar
-    int maiorModulo = 0;        // of a QR code by command
+    int linhasAntesDoCorte = 0;     // between what was printed last and the cut, or the tear bar
+    int maiorModulo = 0;            // of a QR code by command
+    int maiorAvanco = kMaiorAvanco; // lines that one command feeds
+    int dpi = 203;
     std::array<Comando, static_cast<std::size_t>(Ordem::kQuantas)> comandos;
+
+    // Dots of a QR code's side, 25 mm; never fewer than on the pictures, which are of 203 dpi.
+    int menorLadoDoQr() const { return std::max(kMenorLadoDoQr, (dpi * 250 + 253) / 254); }
 
     // The command; one that the model does not have, or whose feature is false, does not exist.
     const Comando &comando(Ordem ordem) const { return comandos[static_cast<std::size_t>(ordem)]; }

@@ -25,6 +25,11 @@ int ladoDoQr(std::size_t bytes) {
     return 21 + 4 * static_cast<int>(versao - kCapacidades.begin());
 }
 
+int moduloDoQr(int lado, int pedido, int menorLado, int largura) {
+    const int minimo = (menorLado + lado - 1) / lado;
+    return std::clamp(std::max(pedido, minimo), 1, std::max(1, largura / (lado + 2 * kZonaQuieta)));
+}
+
 SimboloQr gerarQr(std::string_view conteudo) {
     const std::unique_ptr<QRcode, decltype(&QRcode_free)> qr(
         QRcode_encodeData(static_cast<int>(conteudo.size()),

@@ -3,6 +3,8 @@
 // the content.
 #pragma once
 
+#include "Papel.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -22,6 +24,14 @@ struct SimboloQr {
 
 // Blank modules that must surround a symbol (ISO/IEC 18004:2015, 9.1).
 constexpr int kZonaQuieta = 4;
+
+// Dots of a side, without the quiet zone, that a receipt's code has at least: 25 mm.
+constexpr int kMenorLadoDoQr = 25 * kPontosPorMilimetro;
+
+// Dots of a module's side, of a symbol with `lado` modules: those that were asked for, more of them
+// where the symbol would be smaller than `menorLado` dots, fewer where it would be wider, with its
+// quiet zone, than `largura`; 1 when even those do not fit.
+int moduloDoQr(int lado, int pedido, int menorLado, int largura);
 
 // The modules of a side of the symbol of so many bytes, 1 to kMaiorQr.
 int ladoDoQr(std::size_t bytes);

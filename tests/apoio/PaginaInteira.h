@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What every page has to be, whatever the receipt: everything stands on the paper, in order and
-// beside what stands on the same line, and every letter is there.
+// beside what stands on the same line, and every letter is there (a line that is too long gives up
+// blanks).
 #pragma once
 
 #include "Pagina.h"
@@ -11,10 +12,10 @@
 namespace zel::cupom {
 
 // What is wrong with a page of those letters; empty when nothing is.
-inline std::string_view faltaNa(const Pagina &pagina, std::string_view letras) {
+inline std::string_view faltaNa(const Pagina &pagina, std::string letras) {
     std::string postas;
     int topo = -1, fim = 0;
-    double direita = 0;
+    int direita = 0;
     for (const Elemento &elemento : pagina.elementos) {
         const bool mesmaLinha = elemento.topo == topo;
         if (!mesmaLinha && elemento.topo < fim) return "overlaps";
@@ -24,7 +25,7 @@ inline std::string_view faltaNa(const Pagina &pagina, std::string_view letras) {
         if (const auto *texto = std::get_if<TextoPosto>(&elemento.desenho)) {
             const int alto = texto->base - texto->celula.base;
             if (texto->x < 0 || (mesmaLinha && texto->x != direita)) return "place of a letter";
-            direita = texto->x + static_cast<double>(texto->texto.size()) * texto->celula.largura;
+            direita = texto->x + static_cast<int>(texto->texto.size()) * texto->celula.largura;
             if (direita > pagina.papel.larguraUtil) return "wider than the paper";
             if (alto < topo || alto + texto->celula.altura > fim) return "higher than its line";
             postas += texto->texto;
@@ -34,6 +35,8 @@ inline std::string_view faltaNa(const Pagina &pagina, std::string_view letras) {
             if (qr->y != topo + zona || qr->y + lado + zona != fim) return "QR, above or below";
         }
     }
+    std::erase(postas, ' ');
+    std::erase(letras, ' ');
     return postas == letras ? "" : "letters are lost";
 }
 

@@ -69,6 +69,10 @@ public:
         exigir(linha_.empty(), "fed within a line");
         y_ += n * papel().passo;
     }
+    void avancarAte127(int n) {
+        exigir(n >= 1 && n <= 127, "no feed");
+        avancar(n);
+    }
     void terminar(int) { terminarLinha(); }
     void cortar(int) {
         por(40, CortePosto{y_ + 20});
@@ -136,10 +140,8 @@ private:
     void escrever(char byte);
     char decodificar(char byte) const;
     void terminarLinha();
-    template <class Medida>
-    Medida inicio(Medida sala, Medida largura) const {
-        const int alinhamento = static_cast<int>(alinhamento_);
-        return (sala - largura) * static_cast<Medida>(alinhamento) / 2;
+    int inicio(int sala, int largura) const {
+        return (sala - largura) * static_cast<int>(alinhamento_) / 2;
     }
     void por(int altura, decltype(Elemento::desenho) desenho) {
         exigir(linha_.empty(), "printed within a line");
@@ -147,14 +149,15 @@ private:
         y_ += altura;
     }
 
+    // The symbol alone: whoever wants a quiet zone around it makes one.
     void porQr() {
         QrPosto qr;
         qr.simbolo = gerarQr(conteudo_);
         qr.modulo = modulo_;
-        const int lado = (qr.simbolo.lado + 8) * modulo_;
+        const int lado = qr.simbolo.lado * modulo_;
         exigir(lado <= papel().larguraUtil, "QR code wider than the paper");
-        qr.x = inicio(papel().larguraUtil, lado) + 4 * modulo_;
-        qr.y = y_ + 4 * modulo_;
+        qr.x = inicio(papel().larguraUtil, lado);
+        qr.y = y_;
         impresso_.modulos.push_back(modulo_);
         por(lado, std::move(qr));
     }
@@ -179,7 +182,7 @@ private:
     Pagina pagina_;
     std::vector<std::pair<int, int>> pontos_; // of images
     std::vector<TextoPosto> linha_;
-    double x_ = 0;
+    int x_ = 0;
     int y_ = 24;
     Estilo estilo_;
     int fonte_ = 0;
@@ -224,6 +227,7 @@ const Comandos kEscPos = mais(kBasicos, {
                                             {kGs, "v0\0"sv, &I::imagem, 0},
                                         });
 const Comandos kGenerica = mais(kEscPos, {
+                                             {kFs, ".", &I::nada, 0},
                                              {kEsc, "M", &I::fonte},
                                              {kEsc, "E", &I::negrito},
                                              {kGs, "!", &I::tamanho},
@@ -242,7 +246,6 @@ const Comandos kGenerica80 =
                         {kGs, "(L\6\0000E\x20\x20\1\1"sv, &I::logotipoGuardado, 0},
                     });
 const Comandos kGenerica58 = mais(kGenerica, {
-                                                 {kFs, ".", &I::nada, 0},
                                                  {kFs, "p\1\0"sv, &I::logotipoGuardado, 0},
                                              });
 const Comandos kModoUnico = mais(kEscPos, {
@@ -274,7 +277,7 @@ const Comandos kStar = mais(kBasicos, {
                                           {kEsc, "F", &I::negrito, 0},
                                           {kEsc, "W", &I::larguraDupla},
                                           {kEsc, "h", &I::alturaDupla},
-                                          {kEsc, "a", &I::avancar},
+                                          {kEsc, "a", &I::avancarAte127},
                                           {kEsc, "d\3", &I::cortar, 0},
                                           {kEsc, "\x1DyS0\2", &I::nada, 0},
                                           {kEsc, "\x1DyS1\1", &I::nada, 0},
@@ -299,15 +302,21 @@ bool Impressora::obedecer() {
     return true;
 }
 
+// One character from one code page to another; none where that one lacks it.
+std::optional<char> converter(char c, const char *de, const char *para) {
+    const std::unique_ptr<void, int (*)(void *)> conversor(::iconv_open(para, de), &::iconv_close);
+    char letra = 0, *entra = &c, *sai = &letra;
+    std::size_t falta = 1, cabe = 1;
+    if (::iconv(conversor.get(), &entra, &falta, &sai, &cabe) != 0) return {};
+    return letra;
+}
+
 char Impressora::decodificar(char byte) const {
     if (static_cast<unsigned char>(byte) < 0x80) return byte;
     exigir(codificacao_ != nullptr, "accents without a code page");
-    const std::unique_ptr<void, int (*)(void *)> conversor(::iconv_open("ISO-8859-1", codificacao_),
-                                                           &::iconv_close);
-    char letra = 0, *de = &byte, *para = &letra;
-    std::size_t falta = 1, cabe = 1;
-    exigir(::iconv(conversor.get(), &de, &falta, &para, &cabe) == 0, "no letter of ISO-8859-1");
-    return letra;
+    const auto letra = converter(byte, codificacao_, "ISO-8859-1");
+    exigir(letra.has_value(), "no letter of ISO-8859-1");
+    return *letra;
 }
 
 void Impressora::escrever(char byte) {
@@ -318,7 +327,7 @@ void Impressora::escrever(char byte) {
     if (estilo_.alturaDupla) letra.celula.altura *= 2, letra.celula.base *= 2;
     letra.estilo = estilo_;
     letra.texto = decodificar(byte);
-    if (x_ + letra.celula.largura > papel().larguraDoTexto()) terminarLinha();
+    exigir(x_ + letra.celula.largura <= papel().larguraDoTexto(), "a line longer than the paper");
     letra.x = x_;
     x_ += letra.celula.largura;
     impresso_.letras += letra.texto;
@@ -333,8 +342,8 @@ void Impressora::terminarLinha() {
         abaixo = std::max(abaixo, letra.celula.altura - letra.celula.base + papel().passo -
                                       papel().normal.altura);
     }
-    const double margem = (papel().larguraUtil - papel().larguraDoTexto()) / 2;
-    const double x = margem + inicio(papel().larguraDoTexto(), x_);
+    const int margem = (papel().larguraUtil - papel().larguraDoTexto()) / 2;
+    const int x = margem + inicio(papel().larguraDoTexto(), x_);
     for (TextoPosto &letra : linha_) {
         letra.x += x;
         letra.base = y_ + base;
@@ -349,6 +358,8 @@ Impresso Impressora::imprimir() {
     while (!bytes_.empty())
         if (!obedecer()) escrever(static_cast<char>(byte()));
     exigir(linha_.empty(), "the last line is not ended");
+    exigir(estilo_ == Estilo() && fonte_ == 0 && alinhamento_ == Alinhamento::kEsquerda,
+           "the next job begins in this one's style");
     pagina_.altura = y_ + 24;
     impresso_.imagem = desenharPagina(pagina_, nullptr, 1);
     for (const auto &[x, y] : pontos_)
@@ -356,24 +367,16 @@ Impresso Impressora::imprimir() {
     return std::move(impresso_);
 }
 
-// Where 42 columns are printed in the smaller font, and there is no smaller one for condensed ones.
-constexpr Papel k58{42, 58, 384, {9, 17, 14}, {9, 17, 14}, 21};
+constexpr Papel k512{42, 80, 512, {12, 24, 19}, {9, 17, 14}, 28};
 
 } // namespace
 
 const std::vector<Dialeto> &dialetos() {
     static const std::vector<Dialeto> lista{
         {.perfil = "generico-80mm", .comandos = kGenerica80},
-        {.perfil = "generico-58mm",
-         .comandos = kGenerica58,
-         .papel = k58,
-         .corta = false,
-         .encurta = true},
-        {.perfil = "escpos-modo-unico",
-         .comandos = kModoUnico,
-         .linhasAntesDoCorte = 4,
-         .faltam = "\xA7",
-         .simples = "S"},
+        {.perfil = "generico-80mm-512", .comandos = kGenerica80, .papel = k512},
+        {.perfil = "generico-58mm", .comandos = kGenerica58, .papel = kPapeis[2], .corta = false},
+        {.perfil = "escpos-modo-unico", .comandos = kModoUnico, .linhasAntesDoCorte = 4},
         {.perfil = "bematech-esc-bema",
          .comandos = kBema,
          .paginas = {{2, "CP850"}, {4, "CP860"}},
@@ -382,6 +385,13 @@ const std::vector<Dialeto> &dialetos() {
         {.perfil = "star-line-mode", .comandos = kStar, .paginas = {{6, "CP860"}, {32, "CP1252"}}},
     };
     return lista;
+}
+
+std::string comoSaem(std::string letras, const PaginaDeCodigo &pagina) {
+    for (char &c : letras)
+        if (!converter(c, "ISO-8859-1", pagina.nome.data()))
+            c = kLetrasSimples[static_cast<unsigned char>(c) - 0xA0U];
+    return letras;
 }
 
 Impresso emular(const Dialeto &dialeto, std::string_view bytes) {

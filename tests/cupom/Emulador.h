@@ -4,6 +4,7 @@
 // std::runtime_error: a printer would print it as rubbish.
 #pragma once
 
+#include "PaginaDeCodigo.h"
 #include "apoio.h"
 
 #include <map>
@@ -35,14 +36,15 @@ struct Dialeto {
     // What the direct picture must be without, or have besides, to be like this printer's.
     bool italico = false;
     bool corta = true;
-    bool encurta = false; // condensed lines, for there is no smaller font
     int linhasAntesDoCorte = 0;
-    std::string_view faltam = {};  // letters that its code page lacks
-    std::string_view simples = {}; // and what is printed in their place
 };
 
 // One for each profile of the library.
 const std::vector<Dialeto> &dialetos();
+
+// Letters of ISO-8859-1 as paper shows them that is printed by a code page; by the C library's
+// tables.
+std::string comoSaem(std::string letras, const PaginaDeCodigo &pagina);
 
 // Throws std::runtime_error when the bytes are not of the dialect.
 Impresso emular(const Dialeto &dialeto, std::string_view bytes);

@@ -43,13 +43,25 @@ TEST(Pagina, linha_continua_onde_o_papel_acaba) {
         {&k76, n42 + "x", "0:" + n42 + "/0:x"},
         {&k76, "<c>" + c56 + "x", "0:" + c56 + "/0:x"},
         {&k58, n42 + "x", "3:" + n42 + "/3:x"},
-        {&k58, "<c>" + c56 + "x", "3:" + c56 + "/3:x"},
+        {&k58, "<c>" + c56 + "x", "3:" + c56.substr(14) + "/3:" + c56.substr(42) + "x"},
         {&k80, "<ce>" + n48 + "xx</ce>", "0:" + n48 + "/276:xx"},
         {&k76, "<ad>" + n42 + "xx</ad>", "0:" + n42 + "/480:xx"},
         {&k80, "<ce>x</ce>", "282:x"},
         {&k58, "<ad>x</ad>", "372:x"},
         {&k80, n48.substr(1) + "<c>cc</c>", "0:" + n48.substr(1) + "564:c/0:c"},
         {&k80, n48.substr(1) + "<e>e</e>", "0:" + n48.substr(1) + "/0:e"},
+        // Blanks go first, from the widest gap; then fields stay whole.
+        {&k80, n48 + "  ", "0:" + n48},
+        {&k80, "  " + n48, "0:" + n48},
+        {&k80, "a   " + n42 + " bcd", "0:a " + n42 + " bcd"},
+        {&k58, "<c>001 789  Caneta azul              2.0000 UN X 5.25 10.50",
+         "3:001 789 Caneta azul 2.0000 UN X 5.25 10.50"},
+        {&k58, "<c>   002 7891000100103  Caderno capa dura 200 folhas azul",
+         "3:002 7891000100103/3:Caderno capa dura 200 folhas azul"},
+        {&k58, "<c>3514 0111 2223 3300 0181 6500 1000 0001 2311 7102 5446",
+         "3:3514 0111 2223 3300 0181 6500 1000 0001/3:2311 7102 5446"},
+        {&k80, "a  " + n48 + n48 + "x y", "0:a/0:" + n48 + "/0:" + n48 + "/0:x y"},
+        {&k58, "a " + n42.substr(2) + "<b>  b</b> c", "3:a " + n42.substr(2) + "/3:b12: c"},
     };
     for (const auto &[papel, texto, esperado] : casos)
         EXPECT_EQ(linhas(posta(texto, *papel)), esperado) << texto;
@@ -71,9 +83,9 @@ TEST(Pagina, qr_code_tem_o_seu_modulo_ou_o_maior_que_cabe) {
         std::string texto;
         int x, modulo;
     } casos[] = {
-        {&k80, "<qrcode>u<lmodulo>4</lmodulo></qrcode>", 16, 4},
-        {&k80, "<ce><qrcode>u<lmodulo>4</lmodulo></qrcode></ce>", (576 - 21 * 4) / 2, 4},
-        {&k80, "<ad><qrcode>u<lmodulo>4</lmodulo></qrcode></ad>", 576 - 25 * 4, 4},
+        {&k80, "<qrcode>u<lmodulo>11</lmodulo></qrcode>", 44, 11},
+        {&k80, "<ce><qrcode>u<lmodulo>4</lmodulo></qrcode></ce>", (576 - 21 * 10) / 2, 10}, // 25 mm
+        {&k80, "<ad><qrcode>u<lmodulo>11</lmodulo></qrcode></ad>", 576 - 25 * 11, 11},
         {&k58, "<ce><qrcode>u<lmodulo>16</lmodulo></qrcode></ce>", 55, 13},
         {&k76, "<ce><qrcode>" + longo + "</qrcode></ce>", 75, 2},
     };

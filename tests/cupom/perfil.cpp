@@ -55,6 +55,8 @@ TEST(Perfil, o_que_falta_ou_esta_errado_tem_nome_e_linha) {
         {"use.logo = stored", "falta commands.storedLogo"},
         {"use.paper = thin", "linha 7: uso desconhecido"},
         {"use.linesBeforeCut = 21", "linha 7: numero invalido, ou fora de 0 a 20"},
+        {"use.largestFeed = 256", "linha 7: numero invalido, ou fora de 1 a 255"},
+        {"media.dpi = 72", "linha 7: numero invalido, ou fora de 100 a 1200"},
         {"use.largestModule = -1", "linha 7: numero invalido, ou fora de 1 a 16"},
         {"commands.boldOn = ESC E", "um estilo que comeca e nao acaba, ou o contrario"},
         {"commands.printMode = ESC ! {n}\ncommands.size = GS ! {n}",
@@ -69,7 +71,8 @@ TEST(Perfil, o_que_falta_ou_esta_errado_tem_nome_e_linha) {
     EXPECT_EQ(motivoDe(""), "falta name");
     EXPECT_EQ(motivoDe(trocar(menor, "use.codePage = CP850", "use.codePage = CP860")),
               "use.codePage nao esta entre codePages");
-    EXPECT_EQ(motivoDe(trocar(trocar(menor, "CP850", "CP437"), "CP850", "CP437")),
+    EXPECT_EQ(motivoDe(trocar(trocar(menor, "CP850", "CP437"), "CP850", "CP437")), "");
+    EXPECT_EQ(motivoDe(trocar(trocar(menor, "CP850", "CP866"), "CP850", "CP866")),
               "pagina de codigo sem tabela de conversao");
 }
 

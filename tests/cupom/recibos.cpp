@@ -47,8 +47,12 @@ TEST(Recibos, figuras_sao_as_de_referencia_e_seus_qr_codes_se_leem) {
 // What the comparison is for, each on a receipt of each width: that it sees what a fault would do.
 TEST(Recibos, comparacao_ve_o_que_se_perde) {
     const std::pair<std::string_view, std::string_view> danos[] = {
-        {"<b>", "<i>"},      {"Caneta azul", "           "},  {"--\r\n<c>QTD", "--\r\n\r\n<c>QTD"},
-        {"<c>QTD", "QTD"},   {"CONSUMIDOR N", "ONSUMIDOR N"}, {"<lmodulo>3", "<lmodulo>4"},
+        {"<b>", "<i>"},
+        {"Caneta azul", "           "},
+        {"--\r\n<c>QTD", "--\r\n\r\n<c>QTD"},
+        {"<c>QTD", "<da>QTD"},
+        {"CONSUMIDOR N", "ONSUMIDOR N"},
+        {"<lmodulo>3", "<lmodulo>4"},
         {"</gui>", "<gui>"},
     };
     const std::string texto = lerDado(ZEL_CUPONS "/cupom_offline_42.txt");
