@@ -39,7 +39,8 @@ int naoImprimiu(const Argumentos &argumentos, const std::string &destino,
             .texto("impressora", destino)
             .numero("codigo", resposta.codigo)
             .texto("motivo", resposta.descricao)
-            .texto("enviados", std::to_string(resposta.enviados));
+            .texto("enviados", std::to_string(resposta.enviados))
+            .texto("estado", resposta.estado);
         escreverJson(json.fecharObjeto().escrito());
         return kComErros;
     }
@@ -95,7 +96,8 @@ int imprimir(const Argumentos &argumentos) {
     if (resposta.codigo <= 0) return naoImprimiu(argumentos, destino, resposta);
     escreverLinhas(argumentos, {{"resultado", "Resultado", "impresso"},
                                 {"impressora", "Impressora", destino},
-                                {"enviados", "Bytes enviados", std::to_string(resposta.enviados)}});
+                                {"enviados", "Bytes enviados", std::to_string(resposta.enviados)},
+                                {"estado", "Estado dela", resposta.estado}});
     return kLimpo;
 }
 
@@ -112,7 +114,8 @@ const Comando kImprimir = {
     "no nome, como ./cupom.bin.\n"
     "--perfil NOME diz que impressora é (--perfis mostra os nomes); com uma / em NOME, é um\n"
     "arquivo de perfil. Sem ele, a genérica de 80 mm.\n"
-    "--espera MS limita o tempo em milissegundos; sem ela, 10000.\n\n"
+    "--espera MS limita o tempo em milissegundos; sem ela, 10000. Nele cabe a pergunta pelo\n"
+    "estado: a uma impressora que diz estar sem papel, aberta ou fora de linha nada se envia.\n\n"
     "O último cupom é o que a biblioteca montou por último. Em produção só se\n"
     "imprime um que a SEFAZ autorizou, ou de contingência: para o de uma venda nova, --retorno\n"
     "ARQUIVO é a resposta que o componente de envio deixou. --retorno OFFLINE monta o cupom sem\n"

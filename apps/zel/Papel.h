@@ -19,6 +19,7 @@ struct RespostaDoPapel {
     int codigo = 0;           // of libzel-cupom, 1 when it was done; 0 without that library
     std::string descricao;    // of a failure, in words
     std::size_t enviados = 0; // bytes that the printer took
+    std::string estado;       // what a printer said of itself, in words
 };
 
 // Writes the picture into a file, SVG when its name ends so and PNG otherwise.

@@ -34,6 +34,9 @@ constexpr ComAcentos kComAcentos[] = {
     {ZEL_CUPOM_AUSENTE, "a impressora não foi encontrada"},
     {ZEL_CUPOM_RECUSADA, "a impressora recusa a ligação: em uso, sem permissão ou sem serviço"},
     {ZEL_CUPOM_TEMPO, "a impressora não respondeu ou parou de receber"},
+    {ZEL_CUPOM_SEM_PAPEL, "a impressora está sem papel"},
+    {ZEL_CUPOM_TAMPA, "a tampa da impressora está aberta"},
+    {ZEL_CUPOM_FORA_DE_LINHA, "a impressora está fora de linha"},
 };
 
 std::string_view descrever(int codigo) {
@@ -41,10 +44,17 @@ std::string_view descrever(int codigo) {
     return linha != std::end(kComAcentos) ? linha->texto : zel_cupom_descrever(codigo);
 }
 
+std::string estadoDe(const Cupom &cupom) {
+    const int estado = zel_cupom_estado(cupom.get());
+    if (estado == 0) return "não informado";
+    return std::string(estado == ZEL_CUPOM_OK ? "pronta" : descrever(estado));
+}
+
 RespostaDoPapel resposta(const Cupom &cupom, int codigo) {
-    if (codigo == ZEL_CUPOM_OK) return {codigo, {}, zel_cupom_enviados(cupom.get())};
+    const std::size_t enviados = zel_cupom_enviados(cupom.get());
+    if (codigo == ZEL_CUPOM_OK) return {codigo, {}, enviados, estadoDe(cupom)};
     const int motivo = errno;
-    RespostaDoPapel falha{codigo, std::string(descrever(codigo)), zel_cupom_enviados(cupom.get())};
+    RespostaDoPapel falha{codigo, std::string(descrever(codigo)), enviados, estadoDe(cupom)};
     const std::string_view detalhe = zel_cupom_detalhe(cupom.get());
     const std::string_view descricao = zel_cupom_descrever(codigo);
     if (codigo == ZEL_CUPOM_PERFIL)

@@ -84,10 +84,15 @@ enum {
     ZEL_CUPOM_PERFIL = -8,    /* no such profile, or a file that is none: zel_cupom_detalhe */
 
     /* A printer; zel_cupom_detalhe and zel_cupom_enviados report how far it came. */
-    ZEL_CUPOM_AUSENTE = -9,      /* no such device, host or network */
-    ZEL_CUPOM_RECUSADA = -10,    /* it is there and refuses: in use, no permission, no service */
-    ZEL_CUPOM_TEMPO = -11,       /* it did not answer, or stopped taking bytes, in that time */
-    ZEL_CUPOM_INTERROMPIDA = -12 /* it failed or went away half-way */
+    ZEL_CUPOM_AUSENTE = -9,       /* no such device, host or network */
+    ZEL_CUPOM_RECUSADA = -10,     /* it is there and refuses: in use, no permission, no service */
+    ZEL_CUPOM_TEMPO = -11,        /* it did not answer, or stopped taking bytes, in that time */
+    ZEL_CUPOM_INTERROMPIDA = -12, /* it failed or went away half-way */
+
+    /* What a printer says of itself. */
+    ZEL_CUPOM_SEM_PAPEL = -13,    /* no paper */
+    ZEL_CUPOM_TAMPA = -14,        /* the cover is open */
+    ZEL_CUPOM_FORA_DE_LINHA = -15 /* off line for another reason */
 };
 
 /* Limits. */
@@ -191,13 +196,26 @@ ZEL_CUPOM_API int zel_cupom_escpos(zel_cupom *cupom, unsigned char **bytes, size
  *   another path                  a file, which is replaced when it exists; where there is no such
  *                                 device in /dev (/dev/shm aside) no file takes its place
  * and ends after `espera` milliseconds, 1 to ZEL_CUPOM_MAIOR_ESPERA, whatever the printer does. No
- * SIGPIPE is raised. ZEL_CUPOM_OK: the device took all bytes, the network printer received them, or
- * the file holds them; no printer says by that whether it had paper. A receipt that failed half-way
- * may have been printed in part.
- * Codes: as zel_cupom_escpos; ZEL_CUPOM_ARGUMENTO also for an address that is none;
- * ZEL_CUPOM_ARQUIVO, ZEL_CUPOM_AUSENTE, ZEL_CUPOM_RECUSADA, ZEL_CUPOM_TEMPO,
- * ZEL_CUPOM_INTERROMPIDA. */
+ * SIGPIPE is raised.
+ *
+ * A network printer, and a device that may be read, is asked for its state where the profile knows
+ * how, and has half a second to answer (a quarter of `espera` when that is less). One that answers
+ * that it cannot print is sent no byte. One that answered is asked again after the last byte: then
+ * it may have printed in part what zel_cupom_enviados counts. One that does not answer is printed
+ * to.
+ *
+ * ZEL_CUPOM_OK: the device took all bytes, the network printer received them, or the file holds
+ * them; zel_cupom_estado says whether it had paper. What happens while it prints what it has taken,
+ * nobody says. A receipt that failed half-way may have been printed in part. Codes: as
+ * zel_cupom_escpos; ZEL_CUPOM_ARGUMENTO also for an address that is none; ZEL_CUPOM_ARQUIVO,
+ * ZEL_CUPOM_AUSENTE, ZEL_CUPOM_RECUSADA, ZEL_CUPOM_TEMPO, ZEL_CUPOM_INTERROMPIDA,
+ * ZEL_CUPOM_SEM_PAPEL, ZEL_CUPOM_TAMPA, ZEL_CUPOM_FORA_DE_LINHA. */
 ZEL_CUPOM_API int zel_cupom_imprimir(zel_cupom *cupom, const char *destino, int espera);
+
+/* What the printer said last in the last zel_cupom_imprimir: ZEL_CUPOM_OK for ready,
+ * ZEL_CUPOM_SEM_PAPEL, ZEL_CUPOM_TAMPA or ZEL_CUPOM_FORA_DE_LINHA; 0 when it said nothing, before,
+ * and of null. */
+ZEL_CUPOM_API int zel_cupom_estado(const zel_cupom *cupom);
 
 /* How many bytes the printer took in the last zel_cupom_imprimir; 0 before, and of null. */
 ZEL_CUPOM_API size_t zel_cupom_enviados(const zel_cupom *cupom);

@@ -185,8 +185,16 @@ private:
             lerNumero(valor, kMenorModulo, kMaiorModulo, perfil_.maiorModulo);
         else if (resto == "largestFeed")
             lerNumero(valor, 1, kMaiorAvanco, perfil_.maiorAvanco);
+        else if (resto == "status")
+            lerEstado(valor);
         else
             falhar("uso desconhecido");
+    }
+
+    void lerEstado(std::string_view valor) {
+        for (const FamiliaDeEstado &familia : kFamiliasDeEstado)
+            if (familia.nome == valor) perfil_.estado = &familia;
+        exigir(perfil_.estado != nullptr || valor == "none", "nem escpos nem star nem none");
     }
 
     void lerLogotipo(std::string_view valor) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "Comando.h"
+#include "Estado.h"
 #include "Modelo.h"
 #include "PaginaDeCodigo.h"
 #include "Qr.h"
@@ -73,6 +74,7 @@ struct Perfil {
     int maiorModulo = 0;            // of a QR code by command
     int maiorAvanco = kMaiorAvanco; // lines that one command feeds
     int dpi = 203;
+    const FamiliaDeEstado *estado = nullptr; // how it is asked for its state; null: not at all
     std::array<Comando, static_cast<std::size_t>(Ordem::kQuantas)> comandos;
 
     // Dots of a QR code's side, 25 mm; never fewer than on the pictures, which are of 203 dpi.

@@ -11,6 +11,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <termios.h>
+#include <utility>
 
 namespace zel::cupom {
 
@@ -117,16 +118,37 @@ Envio esvaziar(int fd, unsigned long pergunta, const Prazo &prazo) {
     return Envio::kFeito;
 }
 
-Enviado enviarPorTcp(std::string_view destino, std::string_view bytes, const Prazo &prazo) {
+// The state before and after the bytes, which `mandar` sends.
+template <class Mandar>
+Enviado comEstado(int fd, const FamiliaDeEstado *familia, const Prazo &prazo, Mandar mandar) {
+    const auto impede = [](Estado e) { return e != Estado::kNaoDisse && e != Estado::kPronta; };
+    const auto perguntar = [&] {
+        return familia != nullptr ? perguntarEstado(fd, *familia, prazo) : Estado::kNaoDisse;
+    };
+    const Estado antes = perguntar();
+    if (impede(antes)) return {Envio::kParado, 0, antes};
+    Enviado enviado = mandar();
+    enviado.estado = antes;
+    if (enviado.resultado != Envio::kFeito || antes == Estado::kNaoDisse) return enviado;
+    if (const Estado depois = perguntar(); depois != Estado::kNaoDisse) enviado.estado = depois;
+    if (impede(enviado.estado)) enviado.resultado = Envio::kParado;
+    return enviado;
+}
+
+Enviado enviarPorTcp(std::string_view destino, std::string_view bytes, const Prazo &prazo,
+                     const FamiliaDeEstado *familia) {
     const std::optional<EnderecoTcp> endereco = lerEndereco(destino);
-    if (!endereco) return {Envio::kDestinoInvalido, 0};
+    if (!endereco) return {Envio::kDestinoInvalido};
     const Conexao conexao = conectar(*endereco, prazo);
-    if (conexao.resultado != Envio::kFeito) return {conexao.resultado, 0};
+    if (conexao.resultado != Envio::kFeito) return {conexao.resultado};
     const int fd = conexao.descritor.fd();
-    Enviado enviado;
-    enviado.resultado = escrever(fd, bytes, prazo, enviado.bytes);
-    if (enviado.resultado == Envio::kFeito) enviado.resultado = esvaziar(fd, SIOCOUTQ, prazo);
-    enviado.bytes -= std::min(enviado.bytes, porSair(fd, SIOCOUTQ));
+    const Enviado enviado = comEstado(fd, familia, prazo, [&] {
+        Enviado mandado;
+        mandado.resultado = escrever(fd, bytes, prazo, mandado.bytes);
+        if (mandado.resultado == Envio::kFeito) mandado.resultado = esvaziar(fd, SIOCOUTQ, prazo);
+        mandado.bytes -= std::min(mandado.bytes, porSair(fd, SIOCOUTQ));
+        return mandado;
+    });
     descartarRespostas(fd);
     return enviado;
 }
@@ -141,24 +163,35 @@ Envio esvaziarDispositivo(int fd, bool serial, const Prazo &prazo) {
                              : Envio::kFeito;
 }
 
+// For reading too, where its answers are wanted and it may be read.
+Descritor abrirDispositivo(const std::string &caminho, bool leitura) {
+    constexpr int kModo = O_NONBLOCK | O_NOCTTY;
+    Descritor dispositivo;
+    if (leitura) dispositivo = Descritor(caminho, O_RDWR | kModo);
+    return dispositivo.aberto() ? std::move(dispositivo) : Descritor(caminho, O_WRONLY | kModo);
+}
+
 Enviado enviarAoDispositivo(const std::string &caminho, std::string_view bytes, bool fila,
-                            const Prazo &prazo) {
-    const Descritor dispositivo(caminho, O_WRONLY | O_NONBLOCK | O_NOCTTY);
+                            const Prazo &prazo, const FamiliaDeEstado *familia) {
+    const Descritor dispositivo = abrirDispositivo(caminho, familia != nullptr && !fila);
     if (!dispositivo.aberto()) {
         const bool ausente = errno == ENXIO || errno == ENODEV || errno == ENOENT;
-        return {ausente ? Envio::kAusente : Envio::kRecusado, 0};
+        return {ausente ? Envio::kAusente : Envio::kRecusado};
     }
     const int fd = dispositivo.fd();
     const LinhaSerial linha(fd);
-    Enviado enviado;
-    enviado.resultado = escrever(fd, bytes, prazo, enviado.bytes);
-    if (enviado.resultado == Envio::kFeito && !fila)
-        enviado.resultado = esvaziarDispositivo(fd, linha.aberta(), prazo);
-    if (linha.aberta() && enviado.resultado != Envio::kFeito) {
-        enviado.bytes -= std::min(enviado.bytes, porSair(fd, TIOCOUTQ));
-        linha.abandonar();
-    }
-    return enviado;
+    const auto mandar = [&] {
+        Enviado enviado;
+        enviado.resultado = escrever(fd, bytes, prazo, enviado.bytes);
+        if (enviado.resultado == Envio::kFeito && !fila)
+            enviado.resultado = esvaziarDispositivo(fd, linha.aberta(), prazo);
+        if (linha.aberta() && enviado.resultado != Envio::kFeito) {
+            enviado.bytes -= std::min(enviado.bytes, porSair(fd, TIOCOUTQ));
+            linha.abandonar();
+        }
+        return enviado;
+    };
+    return comEstado(fd, fila ? nullptr : familia, prazo, mandar);
 }
 
 // Where a file in the place of a printer that is switched off would only hide that it is.
@@ -166,27 +199,28 @@ bool entreDispositivos(std::string_view caminho) {
     return caminho.starts_with("/dev/") && !caminho.starts_with("/dev/shm/");
 }
 
-Enviado enviarAoCaminho(const std::string &caminho, std::string_view bytes, const Prazo &prazo) {
+Enviado enviarAoCaminho(const std::string &caminho, std::string_view bytes, const Prazo &prazo,
+                        const FamiliaDeEstado *familia) {
     struct stat dados {};
     const bool existe = ::stat(caminho.c_str(), &dados) == 0;
     if (existe && (S_ISCHR(dados.st_mode) || S_ISFIFO(dados.st_mode)))
-        return enviarAoDispositivo(caminho, bytes, S_ISFIFO(dados.st_mode), prazo);
-    if (!existe && entreDispositivos(caminho)) return {Envio::kAusente, 0};
-    if (!substituirArquivo(caminho, bytes)) return {Envio::kArquivo, 0};
+        return enviarAoDispositivo(caminho, bytes, S_ISFIFO(dados.st_mode), prazo, familia);
+    if (!existe && entreDispositivos(caminho)) return {Envio::kAusente};
+    if (!substituirArquivo(caminho, bytes)) return {Envio::kArquivo};
     return {Envio::kFeito, bytes.size()};
 }
 
 } // namespace
 
-Enviado enviar(const std::string &destino, std::string_view bytes,
-               std::chrono::milliseconds prazo) {
+Enviado enviar(const std::string &destino, std::string_view bytes, std::chrono::milliseconds prazo,
+               const FamiliaDeEstado *familia) {
     const SemSigpipe semSigpipe;
     const Prazo ate(prazo);
     constexpr std::string_view tcp = "tcp://";
     if (destino.starts_with(tcp))
-        return enviarPorTcp(std::string_view(destino).substr(tcp.size()), bytes, ate);
-    if (destino.find("://") != destino.npos) return {Envio::kDestinoInvalido, 0};
-    return enviarAoCaminho(destino, bytes, ate);
+        return enviarPorTcp(std::string_view(destino).substr(tcp.size()), bytes, ate, familia);
+    if (destino.find("://") != destino.npos) return {Envio::kDestinoInvalido};
+    return enviarAoCaminho(destino, bytes, ate, familia);
 }
 
 } // namespace zel::cupom

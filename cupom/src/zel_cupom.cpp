@@ -30,6 +30,7 @@ struct zel_cupom {
     std::optional<Perfil> perfil; // none: the one for the paper
     bool gaveta = false;
     std::size_t enviados = 0;
+    Estado estado = Estado::kNaoDisse;
     std::string detalhe;
 };
 
@@ -145,8 +146,26 @@ int definirPerfil(zel_cupom &recibo, const std::string &perfil) {
     return ZEL_CUPOM_OK;
 }
 
-int codigoDe(Envio envio) {
-    switch (envio) {
+int codigoDe(Estado estado) {
+    switch (estado) {
+    case Estado::kNaoDisse:
+        return 0;
+    case Estado::kPronta:
+        return ZEL_CUPOM_OK;
+    case Estado::kSemPapel:
+        return ZEL_CUPOM_SEM_PAPEL;
+    case Estado::kTampaAberta:
+        return ZEL_CUPOM_TAMPA;
+    case Estado::kForaDeLinha:
+        return ZEL_CUPOM_FORA_DE_LINHA;
+    }
+    return 0;
+}
+
+int codigoDe(const Enviado &enviado) {
+    switch (enviado.resultado) {
+    case Envio::kParado:
+        return codigoDe(enviado.estado);
     case Envio::kFeito:
         return ZEL_CUPOM_OK;
     case Envio::kDestinoInvalido:
@@ -168,10 +187,14 @@ int codigoDe(Envio envio) {
 int imprimir(zel_cupom &recibo, const char *destino, int espera) {
     const Gerado gerado = gerarEscPosDe(recibo);
     if (gerado.codigo != ZEL_CUPOM_OK) return gerado.codigo;
-    const Enviado enviado = enviar(destino, gerado.bytes, std::chrono::milliseconds(espera));
+    const FamiliaDeEstado *familia =
+        recibo.perfil ? recibo.perfil->estado : perfilDoPapel(*recibo.papel).estado;
+    const Enviado enviado =
+        enviar(destino, gerado.bytes, std::chrono::milliseconds(espera), familia);
     const int erro = errno;
     recibo.enviados = enviado.bytes;
-    const int codigo = codigoDe(enviado.resultado);
+    recibo.estado = enviado.estado;
+    const int codigo = codigoDe(enviado);
     if (codigo != ZEL_CUPOM_OK)
         recibo.detalhe = std::string(zel_cupom_descrever(codigo)) + ": " +
                          std::to_string(enviado.bytes) + " de " +
@@ -280,6 +303,7 @@ int zel_cupom_escpos(zel_cupom *cupom, unsigned char **bytes, size_t *tamanho) {
 int zel_cupom_imprimir(zel_cupom *cupom, const char *destino, int espera) {
     if (cupom == nullptr) return ZEL_CUPOM_ARGUMENTO;
     cupom->enviados = 0;
+    cupom->estado = Estado::kNaoDisse;
     cupom->detalhe.clear();
     if (destino == nullptr || *destino == '\0' || espera < 1 || espera > ZEL_CUPOM_MAIOR_ESPERA)
         return ZEL_CUPOM_ARGUMENTO;
@@ -288,6 +312,10 @@ int zel_cupom_imprimir(zel_cupom *cupom, const char *destino, int espera) {
 
 size_t zel_cupom_enviados(const zel_cupom *cupom) {
     return cupom == nullptr ? 0 : cupom->enviados;
+}
+
+int zel_cupom_estado(const zel_cupom *cupom) {
+    return cupom == nullptr ? 0 : codigoDe(cupom->estado);
 }
 
 const char *zel_cupom_detalhe(const zel_cupom *cupom) {
@@ -326,6 +354,12 @@ const char *zel_cupom_descrever(int codigo) {
         return "a impressora nao respondeu ou parou de receber";
     case ZEL_CUPOM_INTERROMPIDA:
         return "a impressora falhou no meio";
+    case ZEL_CUPOM_SEM_PAPEL:
+        return "a impressora esta sem papel";
+    case ZEL_CUPOM_TAMPA:
+        return "a tampa da impressora esta aberta";
+    case ZEL_CUPOM_FORA_DE_LINHA:
+        return "a impressora esta fora de linha";
     default:
         return "codigo desconhecido";
     }

@@ -55,6 +55,7 @@ TEST(Perfil, o_que_falta_ou_esta_errado_tem_nome_e_linha) {
         {"use.logo = stored", "falta commands.storedLogo"},
         {"use.paper = thin", "linha 7: uso desconhecido"},
         {"use.linesBeforeCut = 21", "linha 7: numero invalido, ou fora de 0 a 20"},
+        {"use.status = lpr", "linha 7: nem escpos nem star nem none"},
         {"use.largestFeed = 256", "linha 7: numero invalido, ou fora de 1 a 255"},
         {"media.dpi = 72", "linha 7: numero invalido, ou fora de 100 a 1200"},
         {"use.largestModule = -1", "linha 7: numero invalido, ou fora de 1 a 16"},

@@ -8,6 +8,7 @@
 #include <array>
 #include <csignal>
 #include <gtest/gtest.h>
+#include <map>
 #include <pty.h>
 #include <sys/stat.h>
 #include <termios.h>
@@ -262,4 +263,118 @@ TEST(Saida, impressora_serial_parada_se_deixa_com_ou_sem_sinais) {
     sinais.join();
     ::sigaction(SIGUSR1, &antes, nullptr);
     esperarQueDesista(parado, 1'000'000);
+}
+
+namespace {
+
+// A printer that answers questions for its state and keeps the rest of what it gets.
+struct ImpressoraQueResponde {
+    std::map<std::string, std::string> respostas = {}; // by question
+    std::size_t ateQuando = std::string::npos;         // bytes; then its paper is at its end
+    std::string recebidos = {};
+
+    void atender(int fd, std::size_t quantos) {
+        std::array<char, 4096> parte{};
+        while (recebidos.size() < quantos) {
+            const ssize_t n = insistir([&] { return ::read(fd, parte.data(), parte.size()); });
+            if (n <= 0) break;
+            recebidos.append(parte.data(), static_cast<std::size_t>(n));
+            for (const auto &[pergunta, resposta] : respostas) {
+                if (!recebidos.ends_with(pergunta)) continue;
+                recebidos.resize(recebidos.size() - pergunta.size());
+                const std::string dita = recebidos.size() < ateQuando ? resposta : "\x72";
+                EXPECT_GT(::write(fd, dita.data(), dita.size()), 0);
+                break;
+            }
+        }
+    }
+};
+
+constexpr auto kPapel = "\x10\x04\x04", kTampa = "\x10\x04\x02", kLinhaDela = "\x10\x04\x01",
+               kStarPergunta = "\x1B\x06\x01";
+
+std::string star(char situacao, char papel) {
+    return {'\x23', '\x06', situacao, 0, 0, papel, 0, 0, 0};
+}
+
+} // namespace
+
+// What it says before the first byte keeps all of them back; after the last one it is only told.
+TEST(Saida, impressora_diz_o_seu_estado) {
+    const std::map<std::string, std::string> boa{
+        {kPapel, "\x12"}, {kTampa, "\x12"}, {kLinhaDela, "\x16"}};
+    const auto com = [&](const char *pergunta, const std::string &resposta) {
+        auto respostas = boa;
+        respostas[pergunta] = resposta;
+        return respostas;
+    };
+    const struct {
+        std::size_t familia;
+        std::map<std::string, std::string> respostas;
+        Estado estado;
+    } casos[] = {
+        {0, {}, Estado::kNaoDisse},
+        {0, boa, Estado::kPronta},
+        // A report that nobody asked for, before the answer.
+        {0, com(kPapel, std::string("\x14\0\0\x0F\x12", 5)), Estado::kPronta},
+        {0, com(kPapel, "\x1E"), Estado::kPronta}, // paper comes to its end
+        {0, com(kPapel, "\x72"), Estado::kSemPapel},
+        {0, com(kTampa, "\x16"), Estado::kTampaAberta},
+        {0, com(kLinhaDela, "\x1A"), Estado::kForaDeLinha},
+        {0, com(kLinhaDela, std::string("\0\0", 2)), Estado::kNaoDisse}, // no answer of the family
+        {1, {{kStarPergunta, star(0, 0)}}, Estado::kPronta},
+        {1, {{kStarPergunta, star(0x28, 0x0C)}}, Estado::kSemPapel},
+        {1, {{kStarPergunta, star(0x28, 0)}}, Estado::kTampaAberta},
+        {1, {{kStarPergunta, star(0x08, 0)}}, Estado::kForaDeLinha},
+    };
+    const std::string bytes = bytesDeTeste(3000);
+    for (const auto &caso : casos) {
+        SCOPED_TRACE(static_cast<int>(&caso - casos));
+        const FamiliaDeEstado &familia = kFamiliasDeEstado[caso.familia];
+        const bool imprime = caso.estado == Estado::kPronta || caso.estado == Estado::kNaoDisse;
+        ImpressoraQueResponde daRede{caso.respostas}, serial{caso.respostas};
+        const Porta porta;
+        porta.ouvir();
+        std::thread rede([&] {
+            const Descritor conexao(porta.aceitar());
+            daRede.atender(conexao.fd(), std::string::npos);
+        });
+        Pty pty;
+        std::thread linha([&] { serial.atender(pty.impressora.fd(), bytes.size()); });
+        for (const std::string &destino : {porta.destino(), pty.nome}) {
+            const Enviado enviado = enviar(destino, bytes, kBastante, &familia);
+            conferir(enviado, imprime ? Envio::kFeito : Envio::kParado, imprime ? bytes.size() : 0);
+            EXPECT_EQ(enviado.estado, caso.estado) << destino;
+        }
+        rede.join();
+        pty.aberto.fechar();
+        linha.join();
+        // Questions without an answer are received as the rest is.
+        EXPECT_TRUE(daRede.recebidos.ends_with(imprime ? bytes : "")) << daRede.recebidos.size();
+    }
+}
+
+// The paper ends while the receipt is printed: it was sent, and is not called printed.
+TEST(Saida, impressora_que_para_depois_o_diz) {
+    const Porta porta;
+    porta.ouvir();
+    const std::string bytes = bytesDeTeste(3000);
+    std::thread impressora([&] {
+        const Descritor conexao(porta.aceitar());
+        ImpressoraQueResponde ela{{{kPapel, "\x12"}, {kTampa, "\x12"}, {kLinhaDela, "\x12"}},
+                                  bytes.size()};
+        ela.atender(conexao.fd(), std::string::npos);
+    });
+    const Enviado enviado = enviar(porta.destino(), bytes, kBastante, &kFamiliasDeEstado[0]);
+    impressora.join();
+    conferir(enviado, Envio::kParado, bytes.size());
+    EXPECT_EQ(enviado.estado, Estado::kSemPapel);
+}
+
+// Its silence costs a part of the time; a device that answers anything is no printer that answers.
+TEST(Saida, estado_que_nao_se_sabe_nao_prende) {
+    const auto antes = std::chrono::steady_clock::now();
+    for (const char *destino : {"/dev/null", "/dev/full"})
+        EXPECT_EQ(enviar(destino, "x", kBastante, &kFamiliasDeEstado[0]).estado, Estado::kNaoDisse);
+    EXPECT_LT(std::chrono::steady_clock::now() - antes, 10s);
 }

@@ -7,7 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
+#include <thread>
+#include <tuple>
+#include <unistd.h>
 
 namespace {
 
@@ -202,6 +206,29 @@ TEST_F(Imprimir, impressora_parada_nao_prende_o_caixa) {
     EXPECT_LT(std::chrono::steady_clock::now() - antes, std::chrono::seconds(60));
     EXPECT_TRUE(resultado.deu(2, R"("resultado":"falhou","impressora":"tcp://127.0.0.1:)"));
     EXPECT_TRUE(contem(resultado.saida, R"("codigo":-11,)"));
+}
+
+// It is asked for its state where the connection answers, and what it says is said.
+TEST_F(Imprimir, impressora_sem_papel_o_diz_e_nada_recebe) {
+    vender(kHomologacao);
+    for (const auto &[resposta, codigo, dito] :
+         {std::tuple{'\x12', 0, "Estado dela:       pronta"},
+          {'\x72', 2, "a impressora está sem papel: 0 de "}}) {
+        const Porta impressora;
+        impressora.ouvir();
+        std::thread dela([&, letra = resposta] {
+            const int fd = impressora.aceitar();
+            std::array<char, 4096> parte{};
+            while (::read(fd, parte.data(), parte.size()) > 0)
+                if (parte[0] == '\x10' && ::write(fd, &letra, 1) != 1) break;
+            ::close(fd);
+        });
+        const Resultado resultado =
+            loja.zel({"imprimir", "--impressora", impressora.destino(), "--espera", "20000"});
+        dela.join();
+        EXPECT_EQ(resultado.codigo, codigo);
+        EXPECT_TRUE(contem(resultado.saida + resultado.erros, dito)) << resultado.saida;
+    }
 }
 
 } // namespace
