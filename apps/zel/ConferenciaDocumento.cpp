@@ -5,6 +5,7 @@
 #include "Digitos.h"
 #include "Esquema.h"
 #include "Estados.h"
+#include "Municipios.h"
 #include "Texto.h"
 #include "util/ChaveAcesso.h"
 
@@ -72,6 +73,7 @@ public:
         conferirNumeros();
         conferirLugares();
         conferirItens();
+        conferirProdutos(infNFe_, relatorio_);
         conferirTotais(infNFe_, relatorio_);
     }
 
@@ -145,6 +147,9 @@ private:
         conferirMunicipio("emit/enderEmit/cMun", estado != nullptr ? estado->codigo : "");
         const Estado *doDestino = procurarEstado(valor("dest/enderDest/UF"));
         conferirMunicipio("dest/enderDest/cMun", doDestino != nullptr ? doDestino->codigo : "");
+        conferirEndereco("emit/enderEmit");
+        conferirEndereco("dest/enderDest");
+        conferirFuso();
         if (estado != nullptr && !valor("ide/cUF").empty() && estado->codigo != valor("ide/cUF"))
             achar("uf-codigo", "ide/cUF",
                   juntar({valor("ide/cUF"), " não é o código de ", estado->uf, ", que é ",
@@ -164,6 +169,36 @@ private:
                   "Use o código do município na tabela do IBGE.");
     }
 
+    // A consumer's address is not shown.
+    void conferirEndereco(std::string_view grupo) {
+        const auto caminho = [&](std::string_view nome) { return juntar({grupo, "/", nome}); };
+        const bool daLoja = grupo.starts_with("emit/");
+        const std::string_view nome = valor(caminho("xMun"));
+        const std::string_view certo = nomeDoMunicipio(valor(caminho("cMun")));
+        if (!nome.empty() && !certo.empty() && !mesmoNome(nome, certo))
+            achar("municipio-nome", caminho("xMun"),
+                  daLoja ? juntar({"\"", nome, "\", mas o código é de ", certo})
+                         : "não é o nome do município do código",
+                  "Use nome e código do município na tabela do IBGE.");
+        const Estado *estado = procurarEstado(valor(caminho("UF")));
+        const Estado *doCep = estadoDoCep(valor(caminho("CEP")));
+        if (estado != nullptr && doCep != nullptr && estado != doCep)
+            achar("cep-uf", caminho("CEP"),
+                  daLoja ? juntar({valor(caminho("CEP")), " é de ", doCep->uf, ", não de ",
+                                   estado->uf})
+                         : "não é um CEP do estado do endereço",
+                  "Confira o CEP e o estado.");
+    }
+
+    void conferirFuso() {
+        const std::string_view emissao = valor("ide/dhEmi");
+        constexpr std::size_t kFuso = 6; // "-03:00"
+        if (emissao.size() < kFuso + 1 || fusoDoBrasil(emissao.substr(emissao.size() - kFuso)))
+            return;
+        achar("fuso-estranho", "ide/dhEmi", juntar({emissao, ": o Brasil vai de -02:00 a -05:00"}),
+              std::string(remedioDoFuso()));
+    }
+
     void conferirItens() {
         std::map<std::string_view, std::vector<std::string_view>> recusados; // items by group
         for (const NoXml &item : infNFe_.filhos) {
@@ -172,8 +207,6 @@ private:
             const std::string_view crt = valor("emit/CRT");
             if (!grupo.empty() && !crt.empty() && !regimeServe(crt, grupo.starts_with("ICMSSN")))
                 recusados[grupo].push_back(numeroDe(item));
-            conferirGtin(item);
-            conferirProduto(item);
         }
         for (const auto &[grupo, itens] : recusados)
             achar("crt-item", "det",
@@ -193,32 +226,6 @@ private:
         const NoXml *icms = imposto != nullptr ? imposto->filho("ICMS") : nullptr;
         if (icms == nullptr || icms->filhos.empty()) return {};
         return icms->filhos.front().nome;
-    }
-
-    void conferirGtin(const NoXml &item) {
-        for (const std::string_view caminho : {"prod/cEAN", "prod/cEANTrib"}) {
-            const std::string_view gtin = aparar(item.valor(caminho));
-            if (gtin.empty() || ehGtin(gtin)) continue;
-            relatorio_.registrar(
-                {"gtin-digito", juntar({"item ", numeroDe(item), ", ", caminho}), item.linha,
-                 juntar({gtin, ": o tamanho ou o dígito verificador não confere"}),
-                 "Corrija o código de barras no cadastro do produto, ou deixe-o vazio."});
-        }
-    }
-
-    // What the authority's schema, or its rules, refuse and sums do not show. 00 is a service.
-    void conferirProduto(const NoXml &item) {
-        const std::string_view ncm = item.valor("prod/NCM");
-        if (!ncm.empty() && ncm != "00" && !(ncm.size() == 8 && soDigitos(ncm)))
-            relatorio_.registrar({"ncm-tamanho", juntar({"item ", numeroDe(item), ", prod/NCM"}),
-                                  item.linha, juntar({inicio(ncm, 20), ": não tem 8 dígitos"}),
-                                  "Corrija o NCM no cadastro do produto, ou em PROD\\NCM."});
-        const std::string_view quantidade = item.valor("prod/qCom");
-        if (!quantidade.empty() && lerDecimal(quantidade).value_or(0) == 0)
-            relatorio_.registrar(
-                {"quantidade-zero", juntar({"item ", numeroDe(item), ", prod/qCom"}), item.linha,
-                 juntar({inicio(quantidade, 20), ": nada foi vendido"}),
-                 "Um texto que não é número vale zero: confira a quantidade antes de vender."});
     }
 
     const NoXml &infNFe_;

@@ -15,6 +15,9 @@ namespace zel::aplicativo {
 // one (Esquema).
 void conferirDocumento(std::string_view bytes, const std::string &esquema, Relatorio &relatorio);
 
+// The products of the items: texts, codes, values, and what homologation asks for.
+void conferirProdutos(const NoXml &infNFe, Relatorio &relatorio);
+
 // Items against totals, totals against payments. `infNFe` is the document's inner element.
 void conferirTotais(const NoXml &infNFe, Relatorio &relatorio);
 

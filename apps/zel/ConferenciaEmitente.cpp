@@ -3,9 +3,11 @@
 
 #include "Digitos.h"
 #include "Estados.h"
+#include "Municipios.h"
 #include "Regras.h"
 #include "Texto.h"
 
+#include <ctime>
 #include <string>
 
 namespace zel::aplicativo {
@@ -66,6 +68,66 @@ void conferirInscricao(const ArquivoConfig &config, const Estado &estado, Relato
              juntar({"\"", ie.valor, "\": o dígito verificador não confere com a regra de ",
                      estado.uf}),
              "Confira a inscrição estadual dígito por dígito."});
+}
+
+void conferirEndereco(const ArquivoConfig &config, const Estado &estado, Relatorio &relatorio) {
+    constexpr std::string_view kNome = R"(EMIT\ENDEREMIT\xMun)", kCep = R"(EMIT\ENDEREMIT\CEP)";
+    const ValorConfig &nome = config[kNome], &cep = config[kCep];
+    const std::string_view certo = nomeDoMunicipio(config[R"(EMIT\ENDEREMIT\cMun)"].valor);
+    if (serve(config, kNome) && !certo.empty() && !mesmoNome(nome.valor, certo))
+        relatorio.registrar(
+            {"municipio-nome", std::string(kNome), nome.linha,
+             juntar({mostrar(*procurarChave(kNome), nome.valor),
+                     ", mas EMIT\\ENDEREMIT\\cMun é de ", certo}),
+             juntar(
+                 {"Se o código está certo: zel config gravar '", kNome, "' '",
+                  trocar(std::string(certo), "'", R"('\'')"),
+                  "'. Senão corrija o código; um município que mudou de nome fica com o novo."})});
+    const Estado *doCep = estadoDoCep(cep.valor);
+    if (serve(config, kCep) && doCep != nullptr && doCep->uf != estado.uf)
+        relatorio.registrar(
+            {"cep-uf", std::string(kCep), cep.linha,
+             juntar({cep.valor, " é de ", doCep->uf, ", mas ", kUf, " é ", estado.uf}),
+             "Confira o CEP da loja."});
+}
+
+// What an item is sold with when the till names no NCM.
+void conferirNcm(const ArquivoConfig &config, Relatorio &relatorio) {
+    constexpr std::string_view kNcm = R"(PROD\NCM)";
+    const ValorConfig &ncm = config[kNcm];
+    const std::string remedio =
+        juntar({"Grave o da mercadoria que a loja mais vende: zel config gravar '", kNcm,
+                "' NCM, e dê o de cada item ao vender."});
+    if (ncm.valor == procurarChave(kNcm)->padrao)
+        relatorio.registrar(
+            {"ncm-fabrica", std::string(kNcm), ncm.linha,
+             juntar({ncm.valor, " é o de fábrica, de caixas de plástico: vai em todo "
+                                "item vendido sem o seu"}),
+             remedio});
+    else if (serve(config, kNcm) && ncm.valor.size() == 8 && !ehNcm(ncm.valor))
+        relatorio.registrar({"ncm-inexistente", std::string(kNcm), ncm.linha,
+                             juntar({ncm.valor, ": nenhum NCM começa assim"}), remedio});
+}
+
+// As the library writes it: hours west of Greenwich, of the system or as configured.
+void conferirFuso(const ArquivoConfig &config, Relatorio &relatorio) {
+    constexpr std::string_view kUtilizar = R"(CONFIGURACAO\TIMEZONESERVIDOR\Utilizar)";
+    constexpr std::string_view kValor = R"(CONFIGURACAO\TIMEZONESERVIDOR\Valor)";
+    constexpr long kHora = 3600;
+    const bool configurado = config[kUtilizar].valor == "1";
+    const std::string_view chave = configurado ? kValor : kUtilizar;
+    std::time_t agora = std::time(nullptr);
+    std::tm local{};
+    ::localtime_r(&agora, &local);
+    const auto horas =
+        configurado ? lerInteiro(config[kValor].valor).value_or(0) : -local.tm_gmtoff / kHora;
+    const std::string fuso = juntar({"-", comZeros(std::to_string(horas), 2), ":00"});
+    if (!serve(config, chave) || fusoDoBrasil(fuso)) return;
+    relatorio.registrar({"fuso-estranho", std::string(chave), config[chave].linha,
+                         juntar({configurado ? "a hora das notas sai com "
+                                             : "vale o fuso do sistema: a hora das notas sai com ",
+                                 fuso, "; o Brasil vai de -02:00 a -05:00"}),
+                         std::string(remedioDoFuso())});
 }
 
 bool ehDeHomologacao(const std::string &endereco) {
@@ -165,11 +227,14 @@ void conferirEmissao(const ArquivoConfig &config, Relatorio &relatorio) {
 
 void conferirEmitente(const ArquivoConfig &config, Relatorio &relatorio) {
     conferirEmissao(config, relatorio);
+    conferirFuso(config, relatorio);
+    conferirNcm(config, relatorio);
     const Estado *estado = procurarEstado(config[kUf].valor);
     if (estado == nullptr) return;
     conferirCodigoDoEstado(config, *estado, relatorio);
     conferirMunicipio(config, *estado, R"(EMIT\ENDEREMIT\cMun)", relatorio);
     conferirMunicipio(config, *estado, R"(IDE\cMunFG)", relatorio);
+    conferirEndereco(config, *estado, relatorio);
     conferirInscricao(config, *estado, relatorio);
 }
 

@@ -84,6 +84,12 @@ bool ehGtin(std::string_view texto) {
     return texto.back() - '0' == (10 - soma % 10) % 10;
 }
 
+bool ehNcm(std::string_view texto) {
+    if (!saoDigitos(texto, 8)) return false;
+    const std::string_view capitulo = texto.substr(0, 2);
+    return capitulo >= "01" && capitulo <= "97" && capitulo != "77" && texto.substr(2, 2) != "00";
+}
+
 bool ehChave(std::string_view texto) {
     const auto chave = ChaveAcesso::ler(texto);
     return chave && chave->integra();

@@ -19,6 +19,9 @@ bool ehMunicipio(std::string_view texto);
 // 8, 12, 13 or 14 digits, the last one the check digit.
 bool ehGtin(std::string_view texto);
 
+// Eight digits that begin as an NCM does: a chapter from 01 to 97, without 77, and a heading in it.
+bool ehNcm(std::string_view texto);
+
 // An access key that ends with its check digit.
 bool ehChave(std::string_view texto);
 

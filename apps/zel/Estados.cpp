@@ -47,6 +47,21 @@ constexpr Estado kEstados[] = {
     {"TO", "17", "9|11", {}, {}},
 };
 
+// The first three digits of the postal codes of a state, as the Correios publish them.
+struct FaixaDeCep {
+    std::string_view primeiro, ultimo, uf;
+};
+constexpr FaixaDeCep kFaixasDeCep[] = {
+    {"010", "199", "SP"}, {"200", "289", "RJ"}, {"290", "299", "ES"}, {"300", "399", "MG"},
+    {"400", "489", "BA"}, {"490", "499", "SE"}, {"500", "569", "PE"}, {"570", "579", "AL"},
+    {"580", "589", "PB"}, {"590", "599", "RN"}, {"600", "639", "CE"}, {"640", "649", "PI"},
+    {"650", "659", "MA"}, {"660", "688", "PA"}, {"689", "689", "AP"}, {"690", "692", "AM"},
+    {"693", "693", "RR"}, {"694", "698", "AM"}, {"699", "699", "AC"}, {"700", "727", "DF"},
+    {"728", "729", "GO"}, {"730", "736", "DF"}, {"737", "767", "GO"}, {"768", "769", "RO"},
+    {"770", "779", "TO"}, {"780", "788", "MT"}, {"790", "799", "MS"}, {"800", "879", "PR"},
+    {"880", "899", "SC"}, {"900", "999", "RS"},
+};
+
 template <class Casa>
 const Estado *primeiro(Casa casa) {
     const auto achado = std::find_if(std::begin(kEstados), std::end(kEstados), casa);
@@ -68,6 +83,25 @@ const Estado *procurarEstado(std::string_view uf) {
 
 const Estado *procurarEstadoPorCodigo(std::string_view codigo) {
     return primeiro([&](const Estado &estado) { return estado.codigo == codigo; });
+}
+
+const Estado *estadoDoCep(std::string_view cep) {
+    if (cep.size() != 8 || !soDigitos(cep)) return nullptr;
+    const std::string_view inicio = cep.substr(0, 3);
+    for (const FaixaDeCep &faixa : kFaixasDeCep)
+        if (inicio >= faixa.primeiro && inicio <= faixa.ultimo) return procurarEstado(faixa.uf);
+    return nullptr;
+}
+
+bool fusoDoBrasil(std::string_view fuso) {
+    return fuso == "-02:00" || fuso == "-03:00" || fuso == "-04:00" || fuso == "-05:00";
+}
+
+std::string_view remedioDoFuso() {
+    return "Acerte o fuso do sistema (timedatectl set-timezone America/Sao_Paulo, ou o do lugar), "
+           "ou "
+           "diga-o:\nzel config gravar 'CONFIGURACAO\\TIMEZONESERVIDOR\\Valor' 3\n"
+           "zel config gravar 'CONFIGURACAO\\TIMEZONESERVIDOR\\Utilizar' 1";
 }
 
 bool tamanhoDeIe(const Estado &estado, std::string_view ie) {

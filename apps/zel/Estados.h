@@ -27,6 +27,13 @@ struct Estado {
 const Estado *procurarEstado(std::string_view uf);
 const Estado *procurarEstadoPorCodigo(std::string_view codigo);
 
+// The state that a postal code of eight digits is of; null for any other text.
+const Estado *estadoDoCep(std::string_view cep);
+
+// Whether an offset "-03:00" is one of the country's, and what to do about another.
+bool fusoDoBrasil(std::string_view fuso);
+std::string_view remedioDoFuso();
+
 // Whether the number of digits is one that the state uses, and the check digits are right (true
 // where the state's rule is not known here). The text holds digits alone.
 bool tamanhoDeIe(const Estado &estado, std::string_view ie);

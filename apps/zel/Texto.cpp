@@ -121,6 +121,21 @@ std::string minusculas(std::string_view texto) {
     return resultado;
 }
 
+std::string semAcentos(std::string_view utf8) {
+    // U+00C0 to U+00FF, which UTF-8 writes as C3 and one byte.
+    constexpr std::string_view kBases = "AAAAAAACEEEEIIIIDNOOOOO*OUUUUYTs"
+                                        "aaaaaaaceeeeiiiidnooooo/ouuuuyty";
+    std::string texto;
+    for (std::size_t i = 0; i < utf8.size(); ++i) {
+        const std::size_t letra =
+            i + 1 < utf8.size() ? static_cast<unsigned char>(utf8[i + 1]) - 0x80U : kBases.size();
+        const bool comAcento = utf8[i] == '\xC3' && letra < kBases.size();
+        texto += comAcento ? kBases[letra] : utf8[i];
+        if (comAcento) ++i;
+    }
+    return texto;
+}
+
 bool temBrancoNaPonta(std::string_view texto) {
     return !texto.empty() && (ehBranco(texto.front()) || ehBranco(texto.back()));
 }

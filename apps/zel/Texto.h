@@ -31,6 +31,7 @@ bool ehDigito(char c);
 bool soDigitos(std::string_view texto); // and not empty
 bool igualSemCaixa(std::string_view a, std::string_view b);
 std::string minusculas(std::string_view texto);
+std::string semAcentos(std::string_view utf8); // of ISO-8859-1; other characters stay
 bool temBrancoNaPonta(std::string_view texto);
 std::string_view aparar(std::string_view texto);
 

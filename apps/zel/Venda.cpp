@@ -48,16 +48,6 @@ constexpr Forma kFormas[] = {
     {"Outros", "99"},
 };
 
-constexpr std::pair<std::string_view, std::string_view> kAcentos[] = {
-    {"ã", "a"}, {"Ã", "a"}, {"é", "e"}, {"É", "e"}, {"ç", "c"}, {"Ç", "c"}, {"í", "i"}, {"Í", "i"},
-};
-
-std::string semAcentos(std::string texto) {
-    for (const auto &[com, sem] : kAcentos)
-        texto = trocar(std::move(texto), com, sem);
-    return texto;
-}
-
 // Digits with at most one comma or point between them, and not all of them zero: the library writes
 // a price into the document as it is given.
 bool ehValor(std::string_view texto) {
@@ -126,7 +116,7 @@ std::string lerItem(std::string_view texto, ItemVenda &item, Excesso excesso) {
 
 std::string lerPagamento(std::string_view texto, PagamentoVenda &pagamento, Excesso excesso) {
     const std::size_t igual = texto.find('=');
-    const std::string nome = semAcentos(std::string(aparar(texto.substr(0, igual))));
+    const std::string nome = semAcentos(aparar(texto.substr(0, igual)));
     const auto forma = std::find_if(std::begin(kFormas), std::end(kFormas), [&](const Forma &f) {
         return nome == f.codigo || igualSemCaixa(nome, f.nome);
     });

@@ -26,10 +26,11 @@ LD_LIBRARY_PATH=$bibliotecas "$aqui/usar.sh" "$fontes" "$3/uso"
 zel=$prefixo/bin/zel
 "$zel" config gravar 'EMIT\CRT' 3 --diretorio "$3/uso/dados-venda" > /dev/null ||
     falhar "zel config does not write"
-# The example's issuer has an invented state registration, and no token: nothing else is wrong.
-"$zel" conferir "$3/uso/dados-venda" > "$3/conferir.txt" || true
+# The example's issuer has an invented state registration, the factory's NCM and no token: nothing
+# else is wrong.
+TZ=BRT3 "$zel" conferir "$3/uso/dados-venda" > "$3/conferir.txt" || true
 [[ $(grep -oE '\[[a-z-]+\]$' "$3/conferir.txt" | tr -d '\n') == \
-    '[ie-digito][ambiente-indefinido][token-ausente]' ]] ||
+    '[ie-digito][ncm-fabrica][ambiente-indefinido][token-ausente]' ]] ||
     { cat "$3/conferir.txt"; falhar "zel conferir finds something else in the example's directory"; }
 
 # And it finds the library that draws.

@@ -34,6 +34,7 @@ const Loja::Valores kLimpa = {
     {R"(EMIT\ENDEREMIT\xMun)", "S\xe3o Paulo"},
     {R"(EMIT\ENDEREMIT\CEP)", "01001000"},
     {R"(EMIT\IE)", "110042490114"},
+    {R"(PROD\NCM)", "19059090"},
     {R"(IMPOSTO\ICMS\ICMS00\Orig)", ""},
     {R"(IMPOSTO\ICMS\ICMSSN102\Orig)", "0"},
     {R"(IMPOSTO\ICMS\ICMSSN102\CSOSN)", "102"},
@@ -148,6 +149,7 @@ void Loja::comCaixaAberto(const std::function<void(const Funcoes &)> &passos,
     if (processo == 0) {
         close(fim[1]);
         setenv("ZEL_DIRETORIO", diretorio().c_str(), 1);
+        setenv("TZ", "BRT3", 1);
         const Biblioteca biblioteca(ZEL_BIBLIOTECA);
         passos(biblioteca.funcoes());
         char letra = '.';
