@@ -25,6 +25,7 @@ namespace {
 
 constexpr std::size_t kMaximoEntrada = std::size_t{1} << 20;
 constexpr std::size_t kMaximoMensagem = 5000;
+constexpr std::string_view kTroco = R"(CONFIGURACAO\TrocoUltimaNFCe)";
 
 // How far the sale came: the step that was refused, with its code.
 struct Andamento {
@@ -143,12 +144,20 @@ bool venderItens(const Venda &venda, Andamento &ate) {
     return true;
 }
 
+// A payment of what is paid already is refused, and the library then forgets the change.
+int pagarSemPerderTroco(const PagamentoVenda &pagamento) {
+    const std::string troco = configuracao(kTroco);
+    const int codigo = aCFEfetuarPagamento_ZEL(pagamento.forma.c_str(), pagamento.valor.c_str());
+    if (codigo == ZEL_JA_PAGO) gravarConfig(kTroco, troco);
+    return codigo;
+}
+
 bool pagar(const Venda &venda, Andamento &ate) {
     if (venda.pagamentos.empty() && estadoDoCupom() == 3)
         return ate.fazer("pagar em dinheiro", aCFEfetuarPagamento_ZEL("01", ""));
     for (const PagamentoVenda &pagamento : venda.pagamentos)
         if (!ate.fazer(juntar({"pagar ", pagamento.valor, " na forma ", pagamento.forma}),
-                       aCFEfetuarPagamento_ZEL(pagamento.forma.c_str(), pagamento.valor.c_str())))
+                       pagarSemPerderTroco(pagamento)))
             return false;
     return true;
 }
@@ -252,7 +261,7 @@ int encerrada(const Argumentos &argumentos, const std::string &diretorio,
                               {"serie", "Série", configuracao(R"(IDE\Serie)")}};
     for (Linha &linha : valores(diretorio))
         linhas.push_back(std::move(linha));
-    const std::string troco = configuracao(R"(CONFIGURACAO\TrocoUltimaNFCe)");
+    const std::string troco = configuracao(kTroco);
     linhas.push_back({"troco", "Troco", troco == "0" ? "0.00" : troco});
     linhas.push_back({"chave", "Chave de acesso", configuracao(R"(NFCE\ChaveDeAcesso)")});
     linhas.push_back(

@@ -79,7 +79,8 @@ struct Recusa {
     Argumentos argumentos; // after "vender"
     std::string_view passo, nome, estado;
     Loja::Valores valores = {}, corrigidos = {};
-    Argumentos remedio = {}; // after "vender --continuar"
+    Argumentos remedio = {};         // after "vender --continuar"
+    std::string_view encerrado = {}; // said at the end
 };
 
 const Recusa kRecusas[] = {
@@ -92,10 +93,14 @@ const Recusa kRecusas[] = {
      {},
      {},
      {"--pagamento", "Dinheiro"}},
-    {{kPao, "--pagamento", "Cheque", "--pagamento", "Dinheiro=1"},
+    {{kPao, "--pagamento", "Cheque=10", "--pagamento", "Dinheiro=1"},
      "pagar 1 na forma 01",
      "ZEL_JA_PAGO",
-     "4 pago"},
+     "4 pago",
+     {},
+     {},
+     {},
+     "Troco:             5.50\n"},
     {{kPao},
      "encerrar",
      "ZEL_CONSUMIDOR_OBRIGATORIO",
@@ -108,7 +113,8 @@ const Recusa kRecusas[] = {
 
 // Each refusal is said with its code, what is left, and a way on that works.
 TEST(Vender, recusa_diz_o_que_ficou_e_como_continuar) {
-    for (const auto &[argumentos, passo, nome, estado, valores, corrigidos, remedio] : kRecusas) {
+    for (const auto &[argumentos, passo, nome, estado, valores, corrigidos, remedio, encerrado] :
+         kRecusas) {
         const Loja loja;
         loja.configurar(valores);
         Argumentos venda = argumentos, resto = remedio;
@@ -121,8 +127,9 @@ TEST(Vender, recusa_diz_o_que_ficou_e_como_continuar) {
         loja.configurar(corrigidos);
         resto.insert(resto.begin(), {"vender", "--continuar"});
         // What is there is said before it is closed.
-        EXPECT_TRUE(loja.zel(resto).deu(0, "Cupom em andamento, que se leva ao fim:\nItem 1:"))
-            << nome;
+        const Resultado continuada = loja.zel(resto);
+        EXPECT_TRUE(continuada.deu(0, "Cupom em andamento, que se leva ao fim:\nItem 1:")) << nome;
+        EXPECT_TRUE(contem(continuada.saida, encerrado)) << nome;
         EXPECT_TRUE(estaEm(loja, "5 encerrado"));
     }
 }
