@@ -56,7 +56,10 @@
  *     field, what was given, shortened and without personal data, and what is allowed, or file and
  *     system error. ZEL_LOG_NIVEL=chamadas writes every call with its time. Both are read as
  *     ZEL_DIRETORIO is. At 10 MB the file starts over, its predecessor stays beside it with ".1"
- *     appended to its name; no call fails for the log.
+ *     appended to its name; no call fails for the log. A host that wants the reason itself makes an
+ *     anonymous file with memfd_create("zel_felbor", MFD_CLOEXEC) and gives its descriptor in
+ *     ZEL_LOG_DESCRITOR before the first call: after a refusal the file holds one line, "[PROCESS]
+ *     FUNCTION: CODE NAME: REASON". Any other number is ignored.
  *
  * Receipt states: 0 no receipt, 1 opened, 2 selling, 3 totalized, 4 paid in full, 5 closed,
  * 6 cancelled.

@@ -2,6 +2,7 @@
 #include "api/Chamada.h"
 
 #include "ZEL_FelborFramework.h"
+#include "util/LogDescritor.h"
 #include "util/Numero.h"
 #include "util/Recusa.h"
 
@@ -96,10 +97,11 @@ int Chamada::responder(int codigo) noexcept {
         if (codigo < 0 && !motivo) motivo = "motivo não registrado";
         if (!motivo && nivel_ != NivelLog::kChamadas) return codigo;
         std::string texto = resposta(funcao_, codigo);
+        if (motivo) entregarRecusa(texto + ": " + *motivo);
         if (nivel_ == NivelLog::kChamadas) texto += ", " + duracao(inicio_);
         registrarLog(motivo ? texto + ": " + *motivo : texto);
     } catch (...) {
-        // Memory ran out for a line.
+        if (codigo <= 0) entregarRecusa({}); // memory ran out for a line
     }
     return codigo;
 }

@@ -4,10 +4,11 @@
 #include "util/Campo.h"
 #include "util/Descritor.h"
 #include "util/HoraLocal.h"
+#include "util/LogDescritor.h"
+#include "util/LogSinais.h"
 #include "util/Numero.h"
 
 #include <climits>
-#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
@@ -29,6 +30,7 @@ struct OpcoesLog {
     NivelLog nivel = NivelLog::kDesligado;
     Campo<PATH_MAX> destino;
     OpcoesLog() {
+        if (haDescritorDoLog()) nivel = NivelLog::kRecusas;
         const char *onde = ::secure_getenv("ZEL_LOG");
         const std::string_view escolhido = onde == nullptr ? "" : onde;
         if ((escolhido != "stderr" && !escolhido.starts_with('/')) || escolhido.size() >= PATH_MAX)
@@ -59,38 +61,6 @@ std::string momento() {
     texto.append(minutos < 0 ? " -" : " +").append(formatarInteiro(std::abs(minutos) / 60, 2));
     return texto.append(formatarInteiro(std::abs(minutos) % 60, 2));
 }
-
-// Holds back the signals with which the system ends a process that writes where nobody reads, or
-// more than its limit allows: the till must not end for its log.
-class SemSinais {
-public:
-    SemSinais() {
-        ::sigemptyset(&sinais_);
-        ::sigaddset(&sinais_, SIGPIPE);
-        ::sigaddset(&sinais_, SIGXFSZ);
-        ::sigpending(&antes_);
-        ::pthread_sigmask(SIG_BLOCK, &sinais_, &mascara_);
-    }
-    ~SemSinais() {
-        const timespec ja{};
-        sigset_t agora;
-        for (const int sinal : {SIGPIPE, SIGXFSZ}) {
-            // One that was waiting before is not ours.
-            if (::sigismember(&antes_, sinal) == 1) continue;
-            sigset_t este;
-            ::sigemptyset(&este);
-            ::sigaddset(&este, sinal);
-            if (::sigpending(&agora) == 0 && ::sigismember(&agora, sinal) == 1)
-                ::sigtimedwait(&este, nullptr, &ja);
-        }
-        ::pthread_sigmask(SIG_SETMASK, &mascara_, nullptr);
-    }
-    SemSinais(const SemSinais &) = delete;
-    SemSinais &operator=(const SemSinais &) = delete;
-
-private:
-    sigset_t sinais_{}, antes_{}, mascara_{};
-};
 
 // One write, so that lines of two processes do not mix.
 void escreverLinha(int fd, const std::string &linha) {
@@ -152,7 +122,7 @@ NivelLog nivelDoLog() noexcept {
 }
 
 void registrarLog(std::string_view texto) noexcept {
-    if (nivelDoLog() == NivelLog::kDesligado) return;
+    if (opcoes().destino.vazio()) return;
     const int erro = errno;
     try {
         const std::string processo = formatarInteiro(::getpid());

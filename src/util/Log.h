@@ -11,6 +11,7 @@
 
 namespace zel {
 
+// kRecusas also where the log is off and the host holds a descriptor for them (LogDescritor.h).
 enum class NivelLog : std::uint8_t { kDesligado, kRecusas, kChamadas };
 
 NivelLog nivelDoLog() noexcept;

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <sys/mman.h>
 #include <thread>
 #include <unistd.h>
 
@@ -229,14 +230,19 @@ TEST(DiretorioDeDados, nao_e_do_ambiente_com_direitos_de_outro) {
         fs::copy_file(ZEL_PRIVILEGIADO, programa);
         ASSERT_EQ(::chown(programa.c_str(), kDono, kDono), 0);
         ASSERT_EQ(::chmod(programa.c_str(), comDireitos ? 04755 : 0755), 0);
+        const int memoria = ::memfd_create("zel_felbor", 0); // the program inherits it
         const int fim = emFilho([&] {
             setenv("ZEL_DIRETORIO", alvo.c_str(), 1);
             setenv("ZEL_LOG", (alvo + "log").c_str(), 1);
+            setenv("ZEL_LOG_DESCRITOR", std::to_string(memoria).c_str(), 1);
             if (::setuid(kQuemChama) == 0)
                 ::execl(programa.c_str(), programa.c_str(), copia.c_str(), nullptr);
             return 127;
         });
+        const off_t motivo = ::lseek(memoria, 0, SEEK_END);
+        ::close(memoria);
         if (fim == 127) GTEST_SKIP() << "another user cannot get here";
+        EXPECT_EQ(motivo > 0, !comDireitos);
         EXPECT_EQ(fs::exists(base / "lib/ZEL_Framework.xml"), comDireitos);
         EXPECT_EQ(fs::exists(base / "alvo/ZEL_Framework.xml"), !comDireitos);
         EXPECT_EQ(fs::exists(base / "alvo/log"), !comDireitos);
