@@ -125,7 +125,7 @@ enum class Motivo : std::uint8_t {
 // its length; {limites} the lengths allowed; {lugar} where it stands; {diretorio} the
 // data directory; {numero} a whole number;
 // {maximo} the highest one allowed; {itens} that many items;
-// {quantia} and {limite} amounts; {estado} the state of the receipt; {falha} file and system error.
+// {quantia} and {limite} amounts; {estado} the state of the receipt, {depois} what to do after its end; {falha} file and system error.
 struct LinhaMotivo {
     Motivo motivo;
     int codigo;
@@ -154,16 +154,16 @@ inline constexpr std::array<LinhaMotivo, static_cast<std::size_t>(Motivo::kNenhu
     {Motivo::kNaoEhDecimal, ZEL_ARGUMENTO_INVALIDO, "{campo}: {dado}; só dígitos com no máximo uma vírgula ou um ponto, como 12,50"},
     {Motivo::kSaidaNula, ZEL_ARGUMENTO_INVALIDO, "{campo}: ponteiro nulo; passe um buffer para o resultado"},
 
-    {Motivo::kCupomEmAndamento, ZEL_CUPOM_EM_ANDAMENTO, "já há um cupom em andamento, {estado}; continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios"},
+    {Motivo::kCupomEmAndamento, ZEL_CUPOM_EM_ANDAMENTO, "já há um cupom em andamento, {estado}; se é deste caixa, continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios; se é de outro programa que usa este diretório, espere que ele o encerre"},
     {Motivo::kNenhumCupom, ZEL_NENHUM_CUPOM, "nenhum cupom está aberto, {estado}; abra um com aCFAbrir_ZEL"},
-    {Motivo::kVendaForaDeOrdem, ZEL_VENDA_FORA_DE_ORDEM, "só se vende nos estados 1 (aberto) e 2 (vendendo); o cupom está no {estado}"},
-    {Motivo::kTotalizacaoForaDeOrdem, ZEL_TOTALIZACAO_FORA_DE_ORDEM, "totaliza-se uma vez, com itens vendidos, no estado 2 (vendendo); o cupom está no {estado}"},
-    {Motivo::kPagamentoForaDeOrdem, ZEL_PAGAMENTO_FORA_DE_ORDEM, "paga-se depois de aCFTotalizar_ZEL, nos estados 3 (totalizado) e 4 (pago); o cupom está no {estado}"},
-    {Motivo::kEncerramentoForaDeOrdem, ZEL_ENCERRAMENTO_FORA_DE_ORDEM, "encerra-se com o total pago, no estado 4 (pago); o cupom está no {estado}"},
-    {Motivo::kAjusteForaDoEstado, ZEL_ESTADO_INVALIDO, "um item só muda no estado 2 (vendendo), antes de totalizar; o cupom está no {estado}"},
-    {Motivo::kImpostoForaDoEstado, ZEL_ESTADO_INVALIDO, "o imposto do próximo item se define nos estados 1 a 3, depois de aCFAbrir_ZEL; o cupom está no {estado}"},
-    {Motivo::kEstornoForaDoEstado, ZEL_ESTADO_INVALIDO, "um pagamento só se corrige no estado 4 (pago); o cupom está no {estado}"},
-    {Motivo::kTransporteForaDoEstado, ZEL_ESTADO_INVALIDO, "a transportadora se informa antes do encerramento, nos estados 0 a 4; o cupom está no {estado}"},
+    {Motivo::kVendaForaDeOrdem, ZEL_VENDA_FORA_DE_ORDEM, "só se vende nos estados 1 (aberto) e 2 (vendendo); o cupom está no {estado}{depois}"},
+    {Motivo::kTotalizacaoForaDeOrdem, ZEL_TOTALIZACAO_FORA_DE_ORDEM, "totaliza-se uma vez, com itens vendidos, no estado 2 (vendendo); o cupom está no {estado}{depois}"},
+    {Motivo::kPagamentoForaDeOrdem, ZEL_PAGAMENTO_FORA_DE_ORDEM, "paga-se depois de aCFTotalizar_ZEL, nos estados 3 (totalizado) e 4 (pago); o cupom está no {estado}{depois}"},
+    {Motivo::kEncerramentoForaDeOrdem, ZEL_ENCERRAMENTO_FORA_DE_ORDEM, "encerra-se com o total pago, no estado 4 (pago); o cupom está no {estado}{depois}"},
+    {Motivo::kAjusteForaDoEstado, ZEL_ESTADO_INVALIDO, "um item só muda no estado 2 (vendendo), antes de totalizar; o cupom está no {estado}{depois}"},
+    {Motivo::kImpostoForaDoEstado, ZEL_ESTADO_INVALIDO, "o imposto do próximo item se define nos estados 1 a 3, depois de aCFAbrir_ZEL; o cupom está no {estado}{depois}"},
+    {Motivo::kEstornoForaDoEstado, ZEL_ESTADO_INVALIDO, "um pagamento só se corrige no estado 4 (pago); o cupom está no {estado}{depois}"},
+    {Motivo::kTransporteForaDoEstado, ZEL_ESTADO_INVALIDO, "a transportadora se informa antes do encerramento, nos estados 0 a 4; o cupom está no {estado}{depois}"},
 
     {Motivo::kLogradouroSemParte, ZEL_RECUSADO, "{campo}: {dado}; com um logradouro, é obrigatório e tem {limites}"},
     {Motivo::kTransporteSemEntrega, ZEL_TRANSPORTADORA_NAO_PERMITIDA, "IDE\\indPres: {dado}; transportadora só em entrega a domicílio, com IDE\\indPres em 4 na configuração"},
@@ -202,13 +202,13 @@ inline constexpr std::array<LinhaMotivo, static_cast<std::size_t>(Motivo::kNenhu
     {Motivo::kRateioExcessivo, ZEL_AJUSTE_EXCESSIVO, "o item {numero} não comporta a sua parte do rateio, {quantia}: o valor bruto dele é {limite}"},
     {Motivo::kSemLista, ZEL_SEM_LISTA, "o cupom não tem a lista de itens ou pagamentos"},
 
-    {Motivo::kJaPago, ZEL_JA_PAGO, "os pagamentos, {quantia}, já cobrem o total, {limite}: encerre o cupom"},
+    {Motivo::kJaPago, ZEL_JA_PAGO, "os pagamentos, {quantia}, já cobrem o total, {limite}: encerre o cupom; esta chamada zerou CONFIGURACAO\\TrocoUltimaNFCe: se houve troco, grave-o de novo com regAlterarValor_ZEL antes de imprimir"},
     {Motivo::kTrocoGrande, ZEL_PAGAMENTO_INEXISTENTE, "valor: {dado}; o troco não cabe em CONFIGURACAO\\TrocoUltimaNFCe: um código de barras foi digitado como valor?"},
     {Motivo::kPagamentoInexistente, ZEL_PAGAMENTO_INEXISTENTE, "não há pagamento na forma {campo} com o valor {dado}; o último é procurado pelo valor dado antes do troco"},
 
-    {Motivo::kEncerrarSemItens, ZEL_RECUSADO, "não há cupom em andamento: {diretorio}ArqPersist.bin não existe ou não tem registros"},
+    {Motivo::kEncerrarSemItens, ZEL_RECUSADO, "não há cupom em andamento: {diretorio}ArqPersist.bin não existe ou não tem registros; abra um cupom com aCFAbrir_ZEL"},
     {Motivo::kDocumentoIncompleto, ZEL_RECUSADO, "falta no cupom guardado: {campo}"},
-    {Motivo::kReemitirSemItens, ZEL_RECUSADO, "não há cupom guardado que se possa emitir de novo"},
+    {Motivo::kReemitirSemItens, ZEL_RECUSADO, "não há cupom guardado que se possa emitir de novo; encerre um neste diretório antes"},
     {Motivo::kTipoDeEmissao, ZEL_RECUSADO, "tipo: {numero}; permitido: 1 (normal), 3 (substituição), 4 (contingência, em diretórios) ou 5 (contingência, mesma numeração)"},
     {Motivo::kContingenciaSemDiretorio, ZEL_RECUSADO, "texto: {dado}; o tipo 4 precisa de um a três diretórios, cada um com a barra no fim, separados por |"},
     {Motivo::kRelogio, ZEL_RECUSADO, "o relógio do computador marca um ano que não tem quatro dígitos"},

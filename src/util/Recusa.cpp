@@ -97,7 +97,7 @@ struct Lugar {
     std::string_view nome;
     std::string (*texto)();
 };
-constexpr std::array<Lugar, 13> kLugares{{
+constexpr std::array<Lugar, 14> kLugares{{
     {"campo", campo},
     {"dado", dado},
     {"limites", limites},
@@ -122,6 +122,13 @@ constexpr std::array<Lugar, 13> kLugares{{
      [] {
          const auto estado = static_cast<std::size_t>(recusa.detalhe.estado);
          return "estado " + std::string(kEstados[estado < kEstados.size() ? estado : 0]);
+     }},
+    {"depois",
+     [] {
+         constexpr int kEncerrado = 5; // and cancelled, 6
+         return std::string(recusa.detalhe.estado < kEncerrado
+                                ? ""
+                                : ", já terminou: abra outro com aCFAbrir_ZEL");
      }},
 }};
 
