@@ -53,28 +53,57 @@ public:
         return c.comCaminho();
     }
 
-    // GerarArquivoFormatadoNF_ZEL of a sale: the receipt text with its printer mark-up. `retorno`
-    // is the file of the tax authority's answer, or "OFFLINE"; `colunas` 42 or 48; the content of
-    // the QR code is built when none is given.
-    Com<std::string> imprimir(const std::string &arquivoXml, const std::string &retorno = "OFFLINE",
-                              int colunas = 48, const std::string &urlQrcode = "") {
-        return formatar(arquivoXml, retorno, urlQrcode, colunas, 1);
+    // regAlterarValor_ZEL; a value that the key does not keep whole is taken back and refused.
+    Resultado alterarValor(std::string_view chave, std::string_view valor) {
+        if (opcoes().cortar) return Operacoes::alterarValor(chave, valor);
+        const std::string nome(chave);
+        const std::string antes = guardado(nome);
+        const Resultado resultado = Operacoes::alterarValor(chave, valor);
+        const std::string lido = guardado(nome);
+        const std::string dado = paraLatin1("valor", valor, opcoes().transliterar).texto;
+        if (!resultado || lido == dado) return resultado;
+        Operacoes::alterarValor(chave, paraUtf8(antes));
+        return concluir(Resultado("regAlterarValor_ZEL", ZEL_ARGUMENTO_INVALIDO,
+                                  "valor: " + std::to_string(dado.size()) + " caracteres, de que " +
+                                      nome + " guarda " + std::to_string(lido.size()) +
+                                      "; nada mudou"));
     }
 
-    // The same of a cancellation request.
-    Com<std::string> imprimirCancelamento(const std::string &arquivoXml,
-                                          const std::string &retorno = "OFFLINE",
-                                          int colunas = 48) {
-        return formatar(arquivoXml, retorno, "", colunas, 5);
+    // GerarArquivoFormatadoNF_ZEL of a sale: the receipt text with its printer mark-up. `retorno`
+    // is the file of the tax authority's answer, which has to authorize the sale, or "OFFLINE" for
+    // a document of contingency or without fiscal value; `semAutorizacao` lays any other out, too,
+    // for a trial. `colunas` 42 or 48; the content of the QR code is built when none is given.
+    Com<std::string> imprimir(const std::string &arquivoXml, const std::string &retorno,
+                              int colunas = 48, const std::string &urlQrcode = "",
+                              bool semAutorizacao = false) {
+        return formatar(arquivoXml, retorno, urlQrcode, colunas, 1, semAutorizacao);
+    }
+
+    // The same of a cancellation request, which the answer has to have registered.
+    Com<std::string> imprimirCancelamento(const std::string &arquivoXml, const std::string &retorno,
+                                          int colunas = 48, bool semAutorizacao = false) {
+        return formatar(arquivoXml, retorno, "", colunas, 5, semAutorizacao);
     }
 
 private:
+    // Bytes of a value; none where there is no such key, which the function that changes it says.
+    static std::string guardado(const std::string &chave) {
+        std::string valor(ZEL_TAMANHO_VALOR, '\0');
+        const std::lock_guard<std::mutex> vez(detalhe::trava);
+        ::regRetornarValor_ZEL(chave.c_str(), valor.data());
+        return valor.c_str();
+    }
+
     Com<std::string> formatar(const std::string &arquivoXml, const std::string &retorno,
-                              const std::string &urlQrcode, int colunas, int tipo) {
+                              const std::string &urlQrcode, int colunas, int tipo,
+                              bool semAutorizacao) {
         Chamada c(*this, "GerarArquivoFormatadoNF_ZEL");
+        const std::string documento = c.conteudo("arquivoXml", arquivoXml);
+        std::optional<std::string> resposta;
+        if (retorno != "OFFLINE") resposta = c.conteudo("arquivoRetorno", retorno);
+        if (!semAutorizacao) c.conferirAutorizacao(documento, resposta, tipo == 5);
         const std::size_t tamanho = detalhe::tamanhoDoCupom(
-            c.conteudo("arquivoXml", arquivoXml),
-            retorno == "OFFLINE" ? 0 : c.conteudo("arquivoRetorno", retorno).size(),
+            documento, resposta.value_or("").size(),
             detalhe::tamanhoDoArquivo(arquivo("ArqPersist.bin")), urlQrcode.size());
         c.invocar(::GerarArquivoFormatadoNF_ZEL,
                   std::tuple{c.caminho("arquivoXml", arquivoXml),

@@ -13,6 +13,7 @@ import re
 import sys
 import unicodedata
 from pathlib import Path
+from xml.etree import ElementTree
 
 sys.dont_write_bytecode = True
 RAIZ = Path(__file__).resolve().parents[1]
@@ -75,10 +76,24 @@ def diferencas_de_versao(cabecalho):
         yield f"ZEL_VERSAO_NUMERO is not that of {versao}"
     for nome, regra in (("wrappers/python/pyproject.toml", r'^version = "(.*)"$'),
                         ("wrappers/javascript/package.json", r'^  "version": "(.*)",$'),
+                        ("wrappers/php/composer.json", r'^    "version": "(.*)",$'),
+                        ("wrappers/java/pom.xml", r"^  <version>(.*)</version>$"),
+                        ("wrappers/csharp/ZelFelbor.csproj", r"^    <Version>(.*)</Version>$"),
                         ("CHANGELOG.md", r"^## (\d\S*) \(\d{4}-\d\d-\d\d\)$")):
         achada = re.search(regra, (RAIZ / nome).read_text(encoding="utf-8"), re.M)[1]
         if achada != versao:
             yield f"{nome} says version {achada}, the header {versao}"
+
+
+def diferencas_de_pacote():
+    """Files of packages that nothing here builds: they are well-formed, and name every unit."""
+    pacote = RAIZ / "wrappers/pascal/zel_felbor.lpk"
+    for caminho in (pacote, RAIZ / "wrappers/java/pom.xml", RAIZ / "wrappers/csharp/ZelFelbor.csproj"):
+        ElementTree.parse(caminho)
+    nomeadas = {item.get("Value") for item in ElementTree.parse(pacote).iter("Filename")}
+    unidades = {u.name for u in pacote.parent.glob("Zel*.pas")}
+    if nomeadas != unidades:
+        yield f"{pacote.name} and the units differ: {sorted(nomeadas ^ unidades)}"
 
 
 def alterados(cabecalho, funcoes, codigos):
@@ -129,7 +144,8 @@ def principal():
     cabecalho = ler_cabecalho()
     funcoes = json.loads((RAIZ / "tabela/funcoes.json").read_text(encoding="utf-8"))["funcoes"]
     codigos = json.loads((RAIZ / "tabela/codigos.json").read_text(encoding="utf-8"))
-    erros = [*diferencas(cabecalho, funcoes, codigos), *diferencas_de_versao(cabecalho)]
+    erros = [*diferencas(cabecalho, funcoes, codigos), *diferencas_de_versao(cabecalho),
+             *diferencas_de_pacote()]
     for de, para in (('VERSAO "1.', 'VERSAO "2.'), ("VERSAO_NUMERO 1", "VERSAO_NUMERO 2")):
         if not list(diferencas_de_versao(cabecalho.replace(de, para))):
             erros += [f"not reported: {para}"]

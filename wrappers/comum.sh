@@ -9,6 +9,7 @@ biblioteca=$(realpath "$1")
 trabalho=$(realpath -m "$2")
 aqui=$(cd "$(dirname "${BASH_SOURCE[1]}")" && pwd)
 casos=$aqui/../casos.tsv
+entradas=$aqui/../entradas.tsv
 mkdir -p "$trabalho"
 dados=$(mktemp -d "${TMPDIR:-/tmp}/zel-wrapper.XXXXXX")
 trap 'rm -rf "$dados"' EXIT
@@ -45,4 +46,18 @@ conferir_exemplo() {
         "Encerramento antes de o total estar pago, ou depois do fim do cupom."; do
         grep -qF "$esperado" "$1" || { cat "$1"; echo "no \"$esperado\" in the example's output"; exit 1; }
     done
+}
+
+# The first program of the README, in the language that its block names, for the directory $2 in the
+# place of the one that it names.
+programa_do_leiame() {
+    awk -v bloco="\`\`\`$1" '$0 == bloco { dentro = 1; next } dentro && /^```/ { exit } dentro' \
+        "$aqui/README.md" | sed -e "s|/var/lib/caixa1|$2|" -e "s|/caminho/wrappers|$aqui/..|"
+}
+
+# It finds the library by its name alone, and prints its receipt.
+rodar_leiame() {
+    LD_LIBRARY_PATH=$(dirname "$biblioteca") executar "$@" > "$trabalho/leiame.txt"
+    grep -qF "Café 500 g" "$trabalho/leiame.txt" ||
+        { cat "$trabalho/leiame.txt"; echo "the README's program prints no receipt"; exit 1; }
 }

@@ -4,7 +4,9 @@
 #pragma once
 
 #include "ZEL_FelborFramework.h"
-#include "zel_felbor/texto.hpp"
+#include "zel_felbor/autorizacao.hpp"
+#include "zel_felbor/identificacao.hpp"
+#include "zel_felbor/motivo.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -26,8 +28,9 @@ namespace zel_felbor {
 // What a call answered. Texts are UTF-8, in Portuguese.
 class Resultado {
 public:
-    Resultado(const char *funcao, int numero, std::string entrada = "")
-        : funcao_(funcao), numero_(numero), entrada_(std::move(entrada)) {}
+    Resultado(const char *funcao, int numero, std::string entrada = "", std::string motivo = "")
+        : funcao_(funcao), numero_(numero), entrada_(std::move(entrada)),
+          motivo_(std::move(motivo)) {}
 
     bool ok() const noexcept { return entrada_.empty() && numero_ > 0; }
     explicit operator bool() const noexcept { return ok(); }
@@ -43,10 +46,12 @@ public:
     }
     std::string remedio() const { return entradaRecusada() ? "" : descricao().remedio; }
     std::string funcao() const { return funcao_; }
+    // Which field, what was given and what is allowed, or file and system error; may be empty.
+    const std::string &motivo() const noexcept { return motivo_; }
     std::string mensagem() const {
         if (entradaRecusada()) return funcao() + ": " + entrada_;
         return funcao() + ": " + nome() + " (" + std::to_string(numero_) + "): " + significado() +
-               " " + remedio();
+               " " + (motivo_.empty() ? "" : "Motivo: " + motivo_ + ". ") + remedio();
     }
 
 private:
@@ -58,7 +63,7 @@ private:
 
     const char *funcao_;
     int numero_;
-    std::string entrada_;
+    std::string entrada_, motivo_;
 };
 
 // An answer with what was read. After a failure `valor` holds what the function wrote all the same.
@@ -88,6 +93,7 @@ private:
 struct Opcoes {
     bool excecoes = true;      // false: a failure is an answer alone
     bool transliterar = false; // typographic quotes, dashes, ellipses, blanks become plain ones
+    bool cortar = false;       // what does not fit is handed over: it is cut or left out
 };
 
 namespace detalhe {
@@ -173,7 +179,8 @@ private:
         if (!std::filesystem::path(diretorio_).is_absolute())
             return "o diretório não é um caminho absoluto: " + diretorio_;
         if (!std::filesystem::is_directory(diretorio_, falha))
-            return "o diretório não existe: " + diretorio_;
+            return "o diretório não existe: " + diretorio_ +
+                   "; crie-o (mkdir), com permissão de escrita para quem roda o caixa";
         const std::lock_guard<std::mutex> vez(detalhe::trava);
         if (detalhe::diretorioDoProcesso.empty()) {
 #ifdef _WIN32
@@ -181,6 +188,7 @@ private:
 #else
             ::setenv("ZEL_DIRETORIO", diretorio_.c_str(), 1);
 #endif
+            detalhe::ouvirMotivos();
             detalhe::diretorioDoProcesso = diretorio_;
         }
         if (detalhe::diretorioDoProcesso != diretorio_)
@@ -202,6 +210,40 @@ public:
     const char *texto(std::string_view argumento, std::string_view utf8) {
         return guardar(paraLatin1(argumento, utf8, ambiente_.opcoes().transliterar));
     }
+    // An empty text stands for none.
+    const char *texto(std::string_view argumento, std::string_view utf8, std::size_t minimo,
+                      std::size_t maximo) {
+        return utf8.empty() ? "" : obrigatorio(argumento, utf8, minimo, maximo);
+    }
+    // A text that the function would cut, or leave out, is refused.
+    const char *obrigatorio(std::string_view argumento, std::string_view utf8, std::size_t minimo,
+                            std::size_t maximo) {
+        const char *latin1 = texto(argumento, utf8);
+        const std::size_t tamanho = textos_.back().size();
+        if (ambiente_.opcoes().cortar || (tamanho >= minimo && tamanho <= maximo)) return latin1;
+        const std::string ate = std::to_string(maximo);
+        const std::string permitido = minimo == maximo ? "exatamente " + ate
+                                      : minimo > 0 ? "de " + std::to_string(minimo) + " a " + ate
+                                                   : "até " + ate;
+        const std::string recusa = std::to_string(tamanho) + " caracteres; permitido: " + permitido;
+        return recusar(argumento, recusa.c_str());
+    }
+    // A CPF or a CNPJ, or none.
+    const char *documento(std::string_view argumento, std::string_view valor) {
+        if (valor.empty() || ambiente_.opcoes().cortar) return texto(argumento, valor);
+        return guardar(documentoDe(std::string(argumento), valor));
+    }
+    const char *identificacao(const Consumidor &consumidor) {
+        return guardar(identificacaoDe(funcao_, consumidor, ambiente_.opcoes().cortar));
+    }
+    int inteiro(std::string_view, int valor) { return valor; }
+    int inteiro(std::string_view argumento, int valor, int minimo, int maximo) {
+        if (valor < minimo || valor > maximo)
+            recusar(argumento, (std::to_string(valor) + " não está entre " +
+                                std::to_string(minimo) + " e " + std::to_string(maximo))
+                                   .c_str());
+        return valor;
+    }
     const char *decimal(std::string_view argumento, const Decimal &numero, int casas) {
         return guardar(numero.converter(argumento, casas));
     }
@@ -222,6 +264,7 @@ public:
     // File names are bytes of the file system, not ISO-8859-1.
     const char *caminho(std::string_view argumento, std::string_view nome) {
         if (nome.find('\0') != nome.npos) return recusar(argumento, "nome de arquivo com U+0000");
+        if (nome.size() > 300) return recusar(argumento, "nome de arquivo com mais de 300 bytes");
         return guardar({std::string(nome), ""});
     }
 
@@ -235,6 +278,12 @@ public:
         std::optional<std::string> lido = detalhe::lerArquivo(nome);
         if (!lido) recusar(argumento, (nome + " não pôde ser lido").c_str());
         return lido.value_or("");
+    }
+    // Refuses the call when the receipt of these may not be given to a customer.
+    void conferirAutorizacao(std::string_view documento, const std::optional<std::string> &retorno,
+                             bool cancelamento) {
+        std::string recusa = recusaDeImpressao(documento, retorno, cancelamento);
+        if (erro_.empty()) erro_ = std::move(recusa);
     }
     // Up to three directories of up to 300 bytes, and room for the path that comes back.
     char *diretorios(std::string_view argumento, const std::vector<std::string> &lista) {
@@ -257,16 +306,19 @@ public:
         if (!erro_.empty()) return;
         const std::lock_guard<std::mutex> vez(detalhe::trava);
         resposta_ = std::apply(funcao, argumentos);
+        if (resposta_ <= 0) motivo_ = detalhe::motivoDe(funcao_, resposta_);
     }
 
-    Resultado resultado() const { return ambiente_.concluir(Resultado(funcao_, resposta_, erro_)); }
+    Resultado resultado() const {
+        return ambiente_.concluir(Resultado(funcao_, resposta_, erro_, motivo_));
+    }
     Com<std::string> comTexto() const { return com(paraUtf8(saida_.c_str())); }
     Com<std::string> comCaminho() const { return com(std::string(saida_.c_str())); }
     // The state is the answer itself, 0 to 6; what is below is a failure.
     Com<Estado> comEstado() const {
         const int codigo = resposta_ < 0 ? resposta_ : static_cast<int>(Codigo::Ok);
-        return ambiente_.concluir(
-            Com<Estado>(Resultado(funcao_, codigo, erro_), static_cast<Estado>(resposta_)));
+        return ambiente_.concluir(Com<Estado>(Resultado(funcao_, codigo, erro_, motivo_),
+                                              static_cast<Estado>(resposta_)));
     }
 
 private:
@@ -278,13 +330,13 @@ private:
         return guardar({"", std::string(argumento) + ": " + motivo});
     }
     Com<std::string> com(std::string texto) const {
-        return ambiente_.concluir(Com<std::string>(Resultado(funcao_, resposta_, erro_), texto),
-                                  texto);
+        return ambiente_.concluir(
+            Com<std::string>(Resultado(funcao_, resposta_, erro_, motivo_), texto), texto);
     }
 
     const Ambiente &ambiente_;
     const char *funcao_;
-    std::string erro_;
+    std::string erro_, motivo_;
     int resposta_ = static_cast<int>(Codigo::ArgumentoInvalido);
     std::deque<std::string> textos_;
     std::string saida_;

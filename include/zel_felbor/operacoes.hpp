@@ -24,12 +24,13 @@ public:
     Resultado abrir(const Consumidor &consumidor = {}) {
         Chamada c(*this, "aCFAbrir_ZEL");
         c.invocar(::aCFAbrir_ZEL,
-                std::tuple{c.texto("documento", consumidor.documento),
-                c.texto("nome", consumidor.nome), c.texto("logradouro", consumidor.logradouro),
-                c.texto("numero", consumidor.numero), c.texto("bairro", consumidor.bairro),
-                c.texto("codigoMunicipio", consumidor.codigoMunicipio),
-                c.texto("municipio", consumidor.municipio), c.texto("uf", consumidor.uf),
-                c.texto("cep", consumidor.cep)});
+                std::tuple{c.identificacao(consumidor), c.texto("nome", consumidor.nome, 2, 60),
+                c.texto("logradouro", consumidor.logradouro, 2, 60),
+                c.texto("numero", consumidor.numero, 1, 60),
+                c.texto("bairro", consumidor.bairro, 1, 60),
+                c.texto("codigoMunicipio", consumidor.codigoMunicipio, 7, 7),
+                c.texto("municipio", consumidor.municipio, 2, 60),
+                c.texto("uf", consumidor.uf, 2, 2), c.texto("cep", consumidor.cep, 8, 8)});
         return c.resultado();
     }
 
@@ -41,12 +42,15 @@ public:
     Resultado abrirNumSerie(int numeroCupom, int serie, const Consumidor &consumidor = {}) {
         Chamada c(*this, "aCFAbrirNumSerie_ZEL");
         c.invocar(::aCFAbrirNumSerie_ZEL,
-                std::tuple{numeroCupom, serie, c.texto("documento", consumidor.documento),
-                c.texto("nome", consumidor.nome), c.texto("logradouro", consumidor.logradouro),
-                c.texto("numero", consumidor.numero), c.texto("bairro", consumidor.bairro),
-                c.texto("codigoMunicipio", consumidor.codigoMunicipio),
-                c.texto("municipio", consumidor.municipio), c.texto("uf", consumidor.uf),
-                c.texto("cep", consumidor.cep)});
+                std::tuple{c.inteiro("numeroCupom", numeroCupom, 0, 999999999),
+                c.inteiro("serie", serie, 0, 999), c.identificacao(consumidor),
+                c.texto("nome", consumidor.nome, 2, 60),
+                c.texto("logradouro", consumidor.logradouro, 2, 60),
+                c.texto("numero", consumidor.numero, 1, 60),
+                c.texto("bairro", consumidor.bairro, 1, 60),
+                c.texto("codigoMunicipio", consumidor.codigoMunicipio, 7, 7),
+                c.texto("municipio", consumidor.municipio, 2, 60),
+                c.texto("uf", consumidor.uf, 2, 2), c.texto("cep", consumidor.cep, 8, 8)});
         return c.resultado();
     }
 
@@ -55,17 +59,19 @@ public:
     Resultado identificarConsumidor(const Consumidor &consumidor) {
         Chamada c(*this, "aCFIdentificarConsumidor_ZEL");
         c.invocar(::aCFIdentificarConsumidor_ZEL,
-                std::tuple{c.texto("documento", consumidor.documento),
-                c.texto("nome", consumidor.nome), c.texto("logradouro", consumidor.logradouro),
-                c.texto("numero", consumidor.numero), c.texto("bairro", consumidor.bairro),
-                c.texto("codigoMunicipio", consumidor.codigoMunicipio),
-                c.texto("municipio", consumidor.municipio), c.texto("uf", consumidor.uf),
-                c.texto("cep", consumidor.cep), c.texto("email", consumidor.email)});
+                std::tuple{c.identificacao(consumidor), c.texto("nome", consumidor.nome, 2, 60),
+                c.texto("logradouro", consumidor.logradouro, 2, 60),
+                c.texto("numero", consumidor.numero, 1, 60),
+                c.texto("bairro", consumidor.bairro, 1, 60),
+                c.texto("codigoMunicipio", consumidor.codigoMunicipio, 7, 7),
+                c.texto("municipio", consumidor.municipio, 2, 60),
+                c.texto("uf", consumidor.uf, 2, 2), c.texto("cep", consumidor.cep, 8, 8),
+                c.texto("email", consumidor.email, 1, 59)});
         return c.resultado();
     }
 
     // Grava a transportadora de uma entrega. aCFIdentificarTransportadora_ZEL.
-    //   documento: CPF ou CNPJ, só dígitos
+    //   documento: CPF ou CNPJ, com os dígitos verificadores
     //   nome: nome, 2 a 60
     //   inscricaoEstadual: inscrição estadual, 2 caracteres
     //   endereco: endereço, 1 a 60
@@ -76,9 +82,10 @@ public:
             std::string_view municipio = "", std::string_view uf = "") {
         Chamada c(*this, "aCFIdentificarTransportadora_ZEL");
         c.invocar(::aCFIdentificarTransportadora_ZEL,
-                std::tuple{c.texto("documento", documento), c.texto("nome", nome),
-                c.texto("inscricaoEstadual", inscricaoEstadual), c.texto("endereco", endereco),
-                c.texto("municipio", municipio), c.texto("uf", uf)});
+                std::tuple{c.documento("documento", documento), c.texto("nome", nome, 2, 60),
+                c.texto("inscricaoEstadual", inscricaoEstadual, 2, 2),
+                c.texto("endereco", endereco, 1, 60), c.texto("municipio", municipio, 1, 60),
+                c.texto("uf", uf, 2, 2)});
         return c.resultado();
     }
 
@@ -99,8 +106,8 @@ public:
                 c.decimal("quantidade", quantidade, 4),
                 c.decimal("valorUnitario", valorUnitario, 10),
                 c.tipoDeAjuste("tipoAjuste", ajuste, ""), c.valorDeAjuste("valorAjuste", ajuste),
-                c.texto("codigo", codigo), c.texto("unidade", unidade),
-                c.texto("descricao", descricao)});
+                c.texto("codigo", codigo, 1, 60), c.texto("unidade", unidade, 1, 6),
+                c.texto("descricao", descricao, 1, 120)});
         return c.resultado();
     }
 
@@ -124,8 +131,9 @@ public:
                 c.decimal("quantidade", quantidade, 4),
                 c.decimal("valorUnitario", valorUnitario, 10),
                 c.tipoDeAjuste("tipoAjuste", ajuste, ""), c.valorDeAjuste("valorAjuste", ajuste),
-                c.texto("codigo", codigo), c.texto("ncm", ncm), c.texto("cfop", cfop),
-                c.texto("unidade", unidade), c.texto("descricao", descricao), ""});
+                c.texto("codigo", codigo, 1, 60), c.texto("ncm", ncm, 2, 8),
+                c.texto("cfop", cfop, 4, 4), c.texto("unidade", unidade, 1, 6),
+                c.texto("descricao", descricao, 1, 120), ""});
         return c.resultado();
     }
 
@@ -143,7 +151,7 @@ public:
     Resultado lancarDescontoItem(int item, const Ajuste &ajuste) {
         Chamada c(*this, "aCFLancarDescontoItem_ZEL");
         c.invocar(::aCFLancarDescontoItem_ZEL,
-                std::tuple{item, c.tipoDeAjuste("tipo", ajuste, "D"),
+                std::tuple{c.inteiro("item", item), c.tipoDeAjuste("tipo", ajuste, "D"),
                 c.valorDeAjuste("valor", ajuste)});
         return c.resultado();
     }
@@ -154,7 +162,7 @@ public:
     Resultado lancarAcrescimoItem(int item, const Ajuste &ajuste) {
         Chamada c(*this, "aCFLancarAcrescimoItem_ZEL");
         c.invocar(::aCFLancarAcrescimoItem_ZEL,
-                std::tuple{item, c.tipoDeAjuste("tipo", ajuste, "A"),
+                std::tuple{c.inteiro("item", item), c.tipoDeAjuste("tipo", ajuste, "A"),
                 c.valorDeAjuste("valor", ajuste)});
         return c.resultado();
     }
@@ -163,7 +171,7 @@ public:
     //   item: número do item, de 1 a 999
     Resultado cancelarItem(int item) {
         Chamada c(*this, "aCFCancelarItem_ZEL");
-        c.invocar(::aCFCancelarItem_ZEL, std::tuple{item});
+        c.invocar(::aCFCancelarItem_ZEL, std::tuple{c.inteiro("item", item)});
         return c.resultado();
     }
 
@@ -173,7 +181,7 @@ public:
     Resultado cancelarItemParcial(int item, const Decimal &quantidade) {
         Chamada c(*this, "aCFCancelarItemParcial_ZEL");
         c.invocar(::aCFCancelarItemParcial_ZEL,
-                std::tuple{item, c.decimal("quantidade", quantidade, 4)});
+                std::tuple{c.inteiro("item", item), c.decimal("quantidade", quantidade, 4)});
         return c.resultado();
     }
 
@@ -181,7 +189,7 @@ public:
     //   item: número do item, de 1 a 999; 0 é o último
     Resultado cancelarDescontoItem(int item) {
         Chamada c(*this, "aCFCancelarDescontoItem_ZEL");
-        c.invocar(::aCFCancelarDescontoItem_ZEL, std::tuple{item});
+        c.invocar(::aCFCancelarDescontoItem_ZEL, std::tuple{c.inteiro("item", item)});
         return c.resultado();
     }
 
@@ -189,7 +197,7 @@ public:
     //   item: número do item, de 1 a 999; 0 é o último
     Resultado cancelarAcrescimoItem(int item) {
         Chamada c(*this, "aCFCancelarAcrescimoItem_ZEL");
-        c.invocar(::aCFCancelarAcrescimoItem_ZEL, std::tuple{item});
+        c.invocar(::aCFCancelarAcrescimoItem_ZEL, std::tuple{c.inteiro("item", item)});
         return c.resultado();
     }
 
@@ -237,7 +245,7 @@ public:
     //   informacoes: mensagem ao consumidor, até 5000
     Resultado encerrar(std::string_view informacoes = "") {
         Chamada c(*this, "tCFEncerrar_ZEL");
-        c.invocar(::tCFEncerrar_ZEL, std::tuple{c.texto("informacoes", informacoes)});
+        c.invocar(::tCFEncerrar_ZEL, std::tuple{c.texto("informacoes", informacoes, 0, 5000)});
         return c.resultado();
     }
 
@@ -247,8 +255,8 @@ public:
     Resultado encerrarConfigMsg(std::string_view informacoes, std::string_view informacoesFisco) {
         Chamada c(*this, "tCFEncerrarConfigMsg_ZEL");
         c.invocar(::tCFEncerrarConfigMsg_ZEL,
-                std::tuple{c.texto("informacoes", informacoes),
-                c.texto("informacoesFisco", informacoesFisco)});
+                std::tuple{c.obrigatorio("informacoes", informacoes, 1, 5000),
+                c.obrigatorio("informacoesFisco", informacoesFisco, 1, 2000)});
         return c.resultado();
     }
 
@@ -264,9 +272,9 @@ public:
             std::string_view justificativa = "") {
         Chamada c(*this, "tCFCancelar_ZEL");
         c.invocar(::tCFCancelar_ZEL,
-                std::tuple{c.texto("numero", numero), c.texto("serie", serie),
-                c.texto("chave", chave), c.texto("protocolo", protocolo),
-                c.texto("justificativa", justificativa)});
+                std::tuple{c.texto("numero", numero, 1, 9), c.texto("serie", serie, 1, 4),
+                c.texto("chave", chave, 44, 44), c.texto("protocolo", protocolo, 1, 15),
+                c.texto("justificativa", justificativa, 1, 99)});
         return c.resultado();
     }
 
@@ -282,8 +290,8 @@ public:
             std::string_view justificativa = "") {
         Chamada c(*this, "tCFCancelarOffline_ZEL");
         c.invocar(::tCFCancelarOffline_ZEL,
-                std::tuple{c.texto("numero", numero), c.texto("serie", serie),
-                c.texto("chave", chave), c.texto("justificativa", justificativa),
+                std::tuple{c.texto("numero", numero, 1, 9), c.texto("serie", serie, 1, 4),
+                c.texto("chave", chave, 44, 44), c.texto("justificativa", justificativa, 1, 99),
                 c.diretorios("diretorios", diretorios)});
         return c.comCaminho();
     }
@@ -297,9 +305,10 @@ public:
             std::string_view serie, std::string_view justificativa) {
         Chamada c(*this, "tCFInutilizar_ZEL");
         c.invocar(::tCFInutilizar_ZEL,
-                std::tuple{c.texto("numeroInicial", numeroInicial),
-                c.texto("numeroFinal", numeroFinal), c.texto("serie", serie),
-                c.texto("justificativa", justificativa)});
+                std::tuple{c.obrigatorio("numeroInicial", numeroInicial, 1, 9),
+                c.obrigatorio("numeroFinal", numeroFinal, 1, 9),
+                c.obrigatorio("serie", serie, 1, 3),
+                c.obrigatorio("justificativa", justificativa, 1, 60)});
         return c.resultado();
     }
 
@@ -313,8 +322,9 @@ public:
             std::string_view final = "", std::string_view serie = "", std::string_view chave = "") {
         Chamada c(*this, "GeraXMLConsulta_ZEL");
         c.invocar(::GeraXMLConsulta_ZEL,
-                std::tuple{textoDe(tipo), c.texto("inicial", inicial), c.texto("final", final),
-                c.texto("serie", serie), c.texto("chave", chave)});
+                std::tuple{textoDe(tipo), c.texto("inicial", inicial, 1, 25),
+                c.texto("final", final, 1, 25), c.texto("serie", serie, 1, 4),
+                c.texto("chave", chave, 44, 44)});
         return c.resultado();
     }
 
@@ -327,8 +337,8 @@ public:
             const Decimal &aliquota) {
         Chamada c(*this, "aCFConfICMS00_ZEL");
         c.invocar(::aCFConfICMS00_ZEL,
-                std::tuple{c.texto("origem", origem), c.texto("cst", cst), c.texto("modBC", modBC),
-                c.decimal("aliquota", aliquota, 2)});
+                std::tuple{c.texto("origem", origem, 1, 1), c.texto("cst", cst, 2, 2),
+                c.texto("modBC", modBC, 1, 1), c.decimal("aliquota", aliquota, 2)});
         return c.resultado();
     }
 
@@ -342,8 +352,8 @@ public:
             std::string_view motivo = "") {
         Chamada c(*this, "aCFConfICMS40_ZEL");
         c.invocar(::aCFConfICMS40_ZEL,
-                std::tuple{c.texto("origem", origem), c.texto("cst", cst),
-                c.decimal("valorDesonerado", valorDesonerado, 2), c.texto("motivo", motivo)});
+                std::tuple{c.texto("origem", origem, 1, 1), c.texto("cst", cst, 2, 2),
+                c.decimal("valorDesonerado", valorDesonerado, 2), c.texto("motivo", motivo, 1, 1)});
         return c.resultado();
     }
 
@@ -357,7 +367,7 @@ public:
             const std::optional<Decimal> &valorRetido = std::nullopt) {
         Chamada c(*this, "aCFConfICMS60_ZEL");
         c.invocar(::aCFConfICMS60_ZEL,
-                std::tuple{c.texto("origem", origem), c.texto("cst", cst),
+                std::tuple{c.texto("origem", origem, 1, 1), c.texto("cst", cst, 2, 2),
                 c.decimal("baseRetida", baseRetida, 2), c.decimal("valorRetido", valorRetido, 2)});
         return c.resultado();
     }
@@ -368,7 +378,7 @@ public:
     Resultado confPisAliq(std::string_view cst, const Decimal &aliquota) {
         Chamada c(*this, "aCFConfPisAliq_ZEL");
         c.invocar(::aCFConfPisAliq_ZEL,
-                std::tuple{c.texto("cst", cst), c.decimal("aliquota", aliquota, 4)});
+                std::tuple{c.texto("cst", cst, 2, 2), c.decimal("aliquota", aliquota, 4)});
         return c.resultado();
     }
 
@@ -378,7 +388,7 @@ public:
     Resultado confPisQtde(std::string_view cst, const Decimal &valorUnidade) {
         Chamada c(*this, "aCFConfPisQtde_ZEL");
         c.invocar(::aCFConfPisQtde_ZEL,
-                std::tuple{c.texto("cst", cst), c.decimal("valorUnidade", valorUnidade, 4)});
+                std::tuple{c.texto("cst", cst, 2, 2), c.decimal("valorUnidade", valorUnidade, 4)});
         return c.resultado();
     }
 
@@ -386,7 +396,7 @@ public:
     //   cst: código de situação tributária, 2 dígitos
     Resultado confPisNt(std::string_view cst) {
         Chamada c(*this, "aCFConfPisNT_ZEL");
-        c.invocar(::aCFConfPisNT_ZEL, std::tuple{c.texto("cst", cst)});
+        c.invocar(::aCFConfPisNT_ZEL, std::tuple{c.texto("cst", cst, 2, 2)});
         return c.resultado();
     }
 
@@ -396,7 +406,7 @@ public:
     Resultado confCofinsAliq(std::string_view cst, const Decimal &aliquota) {
         Chamada c(*this, "aCFConfCofinsAliq_ZEL");
         c.invocar(::aCFConfCofinsAliq_ZEL,
-                std::tuple{c.texto("cst", cst), c.decimal("aliquota", aliquota, 4)});
+                std::tuple{c.texto("cst", cst, 2, 2), c.decimal("aliquota", aliquota, 4)});
         return c.resultado();
     }
 
@@ -406,7 +416,7 @@ public:
     Resultado confCofinsQtde(std::string_view cst, const Decimal &valorUnidade) {
         Chamada c(*this, "aCFConfCofinsQtde_ZEL");
         c.invocar(::aCFConfCofinsQtde_ZEL,
-                std::tuple{c.texto("cst", cst), c.decimal("valorUnidade", valorUnidade, 4)});
+                std::tuple{c.texto("cst", cst, 2, 2), c.decimal("valorUnidade", valorUnidade, 4)});
         return c.resultado();
     }
 
@@ -414,7 +424,7 @@ public:
     //   cst: código de situação tributária, 2 dígitos
     Resultado confCofinsNt(std::string_view cst) {
         Chamada c(*this, "aCFConfCofinsNT_ZEL");
-        c.invocar(::aCFConfCofinsNT_ZEL, std::tuple{c.texto("cst", cst)});
+        c.invocar(::aCFConfCofinsNT_ZEL, std::tuple{c.texto("cst", cst, 2, 2)});
         return c.resultado();
     }
 
@@ -427,7 +437,7 @@ public:
             const std::optional<Decimal> &valorUnidade = std::nullopt) {
         Chamada c(*this, "aCFConfPisOutr_ZEL");
         c.invocar(::aCFConfPisOutr_ZEL,
-                std::tuple{c.texto("cst", cst), c.decimal("aliquota", aliquota, 4),
+                std::tuple{c.texto("cst", cst, 2, 2), c.decimal("aliquota", aliquota, 4),
                 c.decimal("valorUnidade", valorUnidade, 4)});
         return c.resultado();
     }
@@ -441,7 +451,7 @@ public:
             const std::optional<Decimal> &valorUnidade = std::nullopt) {
         Chamada c(*this, "aCFConfCofinsOutr_ZEL");
         c.invocar(::aCFConfCofinsOutr_ZEL,
-                std::tuple{c.texto("cst", cst), c.decimal("aliquota", aliquota, 4),
+                std::tuple{c.texto("cst", cst, 2, 2), c.decimal("aliquota", aliquota, 4),
                 c.decimal("valorUnidade", valorUnidade, 4)});
         return c.resultado();
     }
@@ -521,7 +531,7 @@ public:
         Chamada c(*this, "eCriptografarArquivo_ZEL");
         c.invocar(::eCriptografarArquivo_ZEL,
                 std::tuple{c.caminho("origem", origem), c.caminho("destino", destino),
-                c.texto("chave", chave)});
+                c.texto("chave", chave, 0, 1023)});
         return c.resultado();
     }
 
@@ -534,7 +544,7 @@ public:
         Chamada c(*this, "eDescriptografarArquivo_ZEL");
         c.invocar(::eDescriptografarArquivo_ZEL,
                 std::tuple{c.caminho("origem", origem), c.caminho("destino", destino),
-                c.texto("chave", chave)});
+                c.texto("chave", chave, 0, 1023)});
         return c.resultado();
     }
 

@@ -55,7 +55,7 @@ inline constexpr DescricaoDeCodigo codigos[] = {
      "Nada a corrigir."},
     {Codigo::Recusado, "ZEL_RECUSADO",
      "Recusado: um argumento ou uma configuração não serve, ou os dados não combinam entre si.",
-     "Veja no log (ZEL_LOG) qual campo foi recusado e por quê; confira os argumentos com o cabeçalho."},
+     "O motivo diz qual campo e por quê: a exceção o traz nas outras linguagens, e o log (ZEL_LOG) em todas. Confira os argumentos com o cabeçalho."},
     {Codigo::ItemInexistente, "ZEL_ITEM_INEXISTENTE",
      "Nenhum item foi vendido, ou o número é maior que o do último item.",
      "Informe um número de item de 1 à quantidade vendida, ou 0 para o último."},
@@ -94,10 +94,10 @@ inline constexpr DescricaoDeCodigo codigos[] = {
      "Restaure a cópia de segurança do arquivo e grave em IDE\\nNF o último número usado: o da cópia é antigo, e os números se repetiriam. Sem cópia, aCFInicializar_ZEL guarda o danificado ao lado e cria um novo com os valores de fábrica: CNPJ, token e número são gravados de novo."},
     {Codigo::ArquivoIndisponivel, "ZEL_ARQUIVO_INDISPONIVEL",
      "Um arquivo não pôde ser lido ou gravado, outro processo está com o cupom, ou não há cupom em andamento onde é preciso um.",
-     "Verifique permissão, espaço em disco e se outro programa de caixa está aberto no mesmo diretório; o log diz qual arquivo. Nada mudou: a chamada pode ser repetida."},
+     "Verifique permissão, espaço em disco e se outro programa de caixa está aberto no mesmo diretório; o motivo, na exceção ou no log, diz qual arquivo. Num diretório novo, abra um cupom antes. Nada mudou: a chamada pode ser repetida."},
     {Codigo::ArgumentoInvalido, "ZEL_ARGUMENTO_INVALIDO",
      "Um argumento é nulo, vazio ou está fora dos limites.",
-     "Confira os argumentos com o cabeçalho: comprimentos, números não negativos, ponteiros não nulos."},
+     "O motivo, na exceção ou no log, diz qual argumento. Confira-o com o cabeçalho: comprimentos, números não negativos, ponteiros não nulos."},
     {Codigo::EstadoInvalido, "ZEL_ESTADO_INVALIDO",
      "O estado do cupom não permite ajuste de item, imposto do próximo item, correção de pagamento ou transportadora.",
      "Consulte o estado com rCFVerificarStatus_ZEL e chame a função no estado que o cabeçalho indica."},
@@ -109,13 +109,13 @@ inline constexpr DescricaoDeCodigo codigos[] = {
      "Configure IDE\\indPres com 4 antes de abrir o cupom de uma entrega."},
     {Codigo::TagNaoConforme, "ZEL_TAG_NAO_CONFORME",
      "Um campo tem comprimento fora do permitido, ou um elemento é desconhecido ou está fora de ordem.",
-     "O log diz qual campo e qual o comprimento permitido."},
+     "O motivo, na exceção ou no log, diz qual campo e qual o comprimento permitido."},
     {Codigo::TagSemElementos, "ZEL_TAG_SEM_ELEMENTOS",
      "O texto não tem elementos, ou há um grupo no lugar de um valor.",
      "Confira o XML do item com o leiaute."},
     {Codigo::TagObrigatoria, "ZEL_TAG_OBRIGATORIA",
      "Falta um elemento obrigatório.",
-     "O log diz qual; complete o XML do item ou a configuração do imposto."},
+     "O motivo, na exceção ou no log, diz qual; complete o XML do item ou a configuração do imposto."},
     {Codigo::CupomEmAndamento, "ZEL_CUPOM_EM_ANDAMENTO",
      "Já há um cupom em andamento.",
      "Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios. Se outro programa está com ele, não o cancele: dê a cada caixa o seu diretório."},
@@ -126,7 +126,7 @@ inline constexpr DescricaoDeCodigo codigos[] = {
      "Venda depois da totalização, ou depois do fim do cupom.",
      "Encerrado ou cancelado o cupom (estados 5 e 6), abra outro com aCFAbrir_ZEL. Totalizado (3 e 4), ele não recebe mais itens: encerre-o, ou cancele-o e abra outro."},
     {Codigo::TotalizacaoForaDeOrdem, "ZEL_TOTALIZACAO_FORA_DE_ORDEM",
-     "Totalização sem itens, ou repetida.",
+     "Totalização sem itens, ou repetida, ou de cupom que já terminou.",
      "Totaliza-se uma vez, depois de vender ao menos um item (estado 2)."},
     {Codigo::PagamentoForaDeOrdem, "ZEL_PAGAMENTO_FORA_DE_ORDEM",
      "Pagamento antes da totalização ou depois do encerramento.",
@@ -204,7 +204,10 @@ constexpr const char *textoDe(TipoConsulta valor) noexcept {
 }
 
 struct Consumidor {
-    std::string documento{}; // CPF, CNPJ ou identificação de estrangeiro
+    std::string documento{}; // CPF ou CNPJ, com os dígitos verificadores
+    std::string cpf{}; // CPF, em lugar de documento
+    std::string cnpj{}; // CNPJ, em lugar de documento
+    std::string estrangeiro{}; // documento de estrangeiro, só dígitos; só ao abrir
     std::string nome{}; // nome do consumidor
     std::string logradouro{}; // rua; sem ela não há endereço
     std::string numero{}; // número do endereço
@@ -213,7 +216,71 @@ struct Consumidor {
     std::string municipio{}; // nome do município
     std::string uf{}; // sigla do estado
     std::string cep{}; // CEP, 8 dígitos
-    std::string email{}; // e-mail; só identificarConsumidor o usa
+    std::string email{}; // e-mail; só identificarConsumidor o grava
+};
+
+// Of an anonymous file in memory.
+inline constexpr const char *descritor = "zel_felbor";
+
+// Letters in two parts, and in one.
+struct Composicao {
+    char32_t letra, marca, junta;
+};
+
+inline constexpr Composicao composicoes[] = {
+    {0x41, 0x0300, 0xC0},
+    {0x41, 0x0301, 0xC1},
+    {0x41, 0x0302, 0xC2},
+    {0x41, 0x0303, 0xC3},
+    {0x41, 0x0308, 0xC4},
+    {0x41, 0x030A, 0xC5},
+    {0x43, 0x0327, 0xC7},
+    {0x45, 0x0300, 0xC8},
+    {0x45, 0x0301, 0xC9},
+    {0x45, 0x0302, 0xCA},
+    {0x45, 0x0308, 0xCB},
+    {0x49, 0x0300, 0xCC},
+    {0x49, 0x0301, 0xCD},
+    {0x49, 0x0302, 0xCE},
+    {0x49, 0x0308, 0xCF},
+    {0x4E, 0x0303, 0xD1},
+    {0x4F, 0x0300, 0xD2},
+    {0x4F, 0x0301, 0xD3},
+    {0x4F, 0x0302, 0xD4},
+    {0x4F, 0x0303, 0xD5},
+    {0x4F, 0x0308, 0xD6},
+    {0x55, 0x0300, 0xD9},
+    {0x55, 0x0301, 0xDA},
+    {0x55, 0x0302, 0xDB},
+    {0x55, 0x0308, 0xDC},
+    {0x59, 0x0301, 0xDD},
+    {0x61, 0x0300, 0xE0},
+    {0x61, 0x0301, 0xE1},
+    {0x61, 0x0302, 0xE2},
+    {0x61, 0x0303, 0xE3},
+    {0x61, 0x0308, 0xE4},
+    {0x61, 0x030A, 0xE5},
+    {0x63, 0x0327, 0xE7},
+    {0x65, 0x0300, 0xE8},
+    {0x65, 0x0301, 0xE9},
+    {0x65, 0x0302, 0xEA},
+    {0x65, 0x0308, 0xEB},
+    {0x69, 0x0300, 0xEC},
+    {0x69, 0x0301, 0xED},
+    {0x69, 0x0302, 0xEE},
+    {0x69, 0x0308, 0xEF},
+    {0x6E, 0x0303, 0xF1},
+    {0x6F, 0x0300, 0xF2},
+    {0x6F, 0x0301, 0xF3},
+    {0x6F, 0x0302, 0xF4},
+    {0x6F, 0x0303, 0xF5},
+    {0x6F, 0x0308, 0xF6},
+    {0x75, 0x0300, 0xF9},
+    {0x75, 0x0301, 0xFA},
+    {0x75, 0x0302, 0xFB},
+    {0x75, 0x0308, 0xFC},
+    {0x79, 0x0301, 0xFD},
+    {0x79, 0x0308, 0xFF},
 };
 
 struct Transliteracao {

@@ -41,6 +41,13 @@ inline std::size_t lerCaractere(std::string_view utf8, char32_t &c) {
     return curto || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000) ? 0 : bytes;
 }
 
+// The one letter that a letter and the mark after it make; 0 when there is none.
+inline char32_t composto(char32_t letra, char32_t marca) {
+    for (const Composicao &c : composicoes)
+        if (c.letra == letra && c.marca == marca) return c.junta;
+    return 0;
+}
+
 inline const char *transliterado(char32_t c) {
     for (const Transliteracao &t : transliteracoes)
         if (t.de == c) return t.para;
@@ -49,9 +56,10 @@ inline const char *transliterado(char32_t c) {
 
 } // namespace detalhe
 
-// ISO-8859-1 of an UTF-8 text. Refused are characters beyond U+00FF, U+0000, and the controls
-// U+0080 to U+009F, which are nearly always another character set taken for this one.
-// `transliterar` replaces typographic quotes, dashes, ellipses and blanks by plain ones.
+// ISO-8859-1 of an UTF-8 text; letters written in two parts are put together. Refused are
+// characters beyond U+00FF, U+0000, and the controls U+0080 to U+009F, which are nearly always
+// another character set taken for this one. `transliterar` replaces typographic quotes, dashes,
+// ellipses and blanks by plain ones.
 inline Conversao paraLatin1(std::string_view argumento, std::string_view utf8, bool transliterar) {
     std::string latin1;
     latin1.reserve(utf8.size());
@@ -62,8 +70,15 @@ inline Conversao paraLatin1(std::string_view argumento, std::string_view utf8, b
     };
     for (std::size_t i = 0; i < utf8.size(); ++posicao) {
         char32_t c = 0;
-        const std::size_t bytes = detalhe::lerCaractere(utf8.substr(i), c);
+        std::size_t bytes = detalhe::lerCaractere(utf8.substr(i), c);
         if (bytes == 0) return recusar("o byte", " não é UTF-8");
+        char32_t marca = 0;
+        const std::size_t outros =
+            i + bytes < utf8.size() ? detalhe::lerCaractere(utf8.substr(i + bytes), marca) : 0;
+        if (const char32_t junta = outros > 0 ? detalhe::composto(c, marca) : 0; junta != 0) {
+            c = junta;
+            bytes += outros;
+        }
         const bool controle = c == 0 || (c >= 0x80 && c < 0xA0);
         if (c < 0x100 && !controle) {
             latin1.push_back(static_cast<char>(c));

@@ -145,7 +145,8 @@ public:
         return {tipo_, ""};
     }
     Conversao valor(std::string_view argumento) const {
-        return tipo_.empty() ? Conversao{} : valor_.converter(argumento, 4);
+        if (tipo_.empty()) return {};
+        return valor_.converter(argumento, tipo_[1] == '$' ? 2 : 4); // an amount is in cents
     }
 
 private:

@@ -1,16 +1,19 @@
 # SPDX-License-Identifier: MIT
 """C++17: the tables and the operations of include/zel_felbor."""
-from .tabela import AVISO, expressoes, literal, quebrar_todas, sem_prefixo, titulo
+from .tabela import AVISO, composicoes, expressoes, literal, quebrar_todas, sem_prefixo, titulo
 
 INICIO = [f"// {AVISO}", "// clang-format off", "#pragma once", ""]
 TIPOS = {"texto": "std::string_view", "caminho": "std::string_view", "inteiro": "int",
-         "decimal": "const Decimal &", "percentual": "const Decimal &",
+         "documento": "std::string_view", "decimal": "const Decimal &", "percentual": "const Decimal &",
          "aliquota": "const Aliquota &", "ajuste": "const Ajuste &", "forma": "FormaPagamento",
          "consulta": "TipoConsulta", "diretorios": "const std::vector<std::string> &"}
 PADROES = {"texto": ' = ""', "ajuste": " = {}", "decimal": " = std::nullopt"}
 MODELOS = {
-    "texto": 'c.texto("{a}", {p})', "grupo": 'c.texto("{a}", {p}.{membro})', "fixo": '""',
-    "inteiro": "{p}", "decimal": 'c.decimal("{a}", {p}, {casas})',
+    "texto": 'c.texto("{a}", {p}{limites})', "texto.obrigatorio": 'c.obrigatorio("{a}", {p}{limites})',
+    "identificacao": "c.identificacao({p})", "documento": 'c.documento("{a}", {p})',
+    "grupo": 'c.texto("{a}", {p}.{membro}{limites})', "fixo": '""',
+    "inteiro": 'c.inteiro("{a}", {p}{limites})', "decimal": 'c.decimal("{a}", {p}, {casas})',
+    "decimal.opcional": 'c.decimal("{a}", {p}, {casas})',
     "percentual": 'c.decimal("{a}", {p}, 2)', "aliquota": 'c.aliquota("{a}", {p})',
     "ajuste.tipo": 'c.tipoDeAjuste("{a}", {p}, "{sentido}")',
     "ajuste.valor": 'c.valorDeAjuste("{a}", {p})', "forma": "textoDe({p})",
@@ -55,6 +58,14 @@ def tabelas(t):
         linhas += [f"struct {nome} {{"]
         linhas += [f"    std::string {a.nome}{{}}; // {a.significado}" for a in argumentos.values()]
         linhas += ["};", ""]
+    linhas += ["// Of an anonymous file in memory.",
+               f"inline constexpr const char *descritor = {literal(t.textos['descritor'])};", "",
+               "// Letters in two parts, and in one.", "struct Composicao {",
+               "    char32_t letra, marca, junta;", "};", "",
+               "inline constexpr Composicao composicoes[] = {"]
+    linhas += [f"    {{0x{ord(letra):02X}, 0x{ord(marca):04X}, 0x{ord(junta):02X}}},"
+               for letra, marca, junta in composicoes()]
+    linhas += ["};", ""]
     linhas += ["struct Transliteracao {", "    char32_t de;", "    const char *para;", "};", "",
                "inline constexpr Transliteracao transliteracoes[] = {"]
     linhas += [f"    {{0x{ord(de):04X}, {literal(para)}}}," for de, para in t.transliteracao]

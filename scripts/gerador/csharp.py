@@ -3,17 +3,21 @@
 from .tabela import AVISO, expressoes, literal, quebrar_todas, sem_prefixo, titulo
 
 TIPOS = {"texto": "string", "caminho": "string", "inteiro": "int", "decimal": "decimal",
-         "percentual": "decimal", "aliquota": "Aliquota", "ajuste": "Ajuste",
+         "documento": "string", "percentual": "decimal", "aliquota": "Aliquota", "ajuste": "Ajuste",
          "forma": "FormaPagamento", "consulta": "TipoConsulta",
          "diretorios": "IList<string>"}
 PADROES = {"texto": '""', "ajuste": "null", "decimal": "null", "Consumidor": "null"}
 MODELOS = {
-    "texto": 'Texto("{a}", {p})', "grupo": 'Texto("{a}", {p}.{membro})', "fixo": "Valores.Vazio",
-    "inteiro": "{p}", "decimal": 'Valores.Decimal("{a}", {p}, {casas})',
-    "percentual": 'Valores.Decimal("{a}", {p}, 2)', "aliquota": '{p}.Converter("{a}")',
+    "texto": 'Texto("{a}", {p}{limites})', "texto.obrigatorio": 'Obrigatorio("{a}", {p}{limites})',
+    "identificacao": 'Identificacao("{funcao}", {p})', "documento": 'Documento("{a}", {p})',
+    "grupo": 'Texto("{a}", {p}.{membro}{limites})', "fixo": "Valores.Vazio",
+    "inteiro": 'Valores.Inteiro("{a}", {p}{limites})',
+    "decimal": 'Valores.Decimal("{a}", {p}, {casas})',
+    "decimal.opcional": 'Valores.Decimal("{a}", {p}, {casas})',
+    "percentual": 'Valores.Decimal("{a}", {p}, 2)', "aliquota": 'Aliquota.Converter("{a}", {p})',
     "ajuste.tipo": 'Ajuste.Tipo("{a}", {p}, "{sentido}")',
-    "ajuste.valor": 'Ajuste.Valor("{a}", {p})', "forma": "Tabelas.TextoDe({p})",
-    "consulta": "Tabelas.TextoDe({p})", "caminho": 'Valores.Caminho("{a}", {p})',
+    "ajuste.valor": 'Ajuste.Valor("{a}", {p})', "forma": 'Tabelas.TextoDe("{a}", {p})',
+    "consulta": 'Tabelas.TextoDe("{a}", {p})', "caminho": 'Valores.Caminho("{a}", {p})',
     "resultado": "saida", "diretorios": "saida"}
 RESPOSTAS = {"nada": "void", "codigo": "Codigo", "texto": "string", "caminho": "string",
              "estado": "Estado"}
@@ -44,18 +48,21 @@ def grupo(nome, argumentos):
 
 
 def texto_de(nome, valores):
-    linhas = [f"    internal static byte[] TextoDe({nome} valor) {{", "        switch (valor) {"]
+    linhas = [f"    internal static byte[] TextoDe(string argumento, {nome} valor) {{",
+              "        switch (valor) {"]
     for v in valores:
         linhas += [f"            case {nome}.{titulo(v['nome'])}:",
                    f"                return Valores.Ascii({literal(v['valor'])});"]
-    return linhas + ["        }", '        throw new EntradaRecusada(valor + " não está na '
-                     'enumeração");', "    }", ""]
+    return linhas + ["        }", '        throw new EntradaRecusada(argumento + ": " + valor + " não está '
+                     'na enumeração");', "    }", ""]
 
 
 def tabelas(t):
     linhas = ["internal static class Tabelas {"]
     linhas += [f"    internal const int {titulo(nome[4:])} = {valor};"
                for nome, valor in t.tamanhos.items()]
+    linhas += [f"    internal const string {titulo(nome)} = {literal(valor)};"
+               for nome, valor in t.textos.items()]
     linhas += ["", "    /// <summary>Name, meaning and remedy; null for a code of no table.</summary>",
                "    internal static string[] Descrever(int codigo) {", "        switch (codigo) {"]
     for c in t.codigos:
@@ -111,7 +118,8 @@ def operacao(f):
     linhas = [f"/// <summary>{f.resumo} {f.nome}.</summary>"]
     linhas += [f'/// <param name="{p.nome}">{p.significado}</param>' for p in f.parametros()]
     lista = ", ".join(map(parametro, f.parametros()))
-    linhas += [f"public {RESPOSTAS[f.resultado()]} {titulo(f.operacao)}({lista}) {{"]
+    classe = "virtual " if f.operacao == "alterarValor" else ""
+    linhas += [f"public {classe}{RESPOSTAS[f.resultado()]} {titulo(f.operacao)}({lista}) {{"]
     for p in f.parametros():
         if p.especie == "Consumidor" and p.opcional:
             linhas += [f"    {p.nome} = {p.nome} ?? new Consumidor();"]
@@ -121,8 +129,8 @@ def operacao(f):
 def operacoes(t):
     linhas = ["/// <summary>One operation for each function.</summary>",
               "public abstract class Operacoes : Chamador {",
-              "    internal Operacoes(string diretorio, bool transliterar, string biblioteca)",
-              "        : base(diretorio, transliterar, biblioteca) {}", ""]
+              "    internal Operacoes(string diretorio, bool transliterar, string biblioteca, bool cortar)",
+              "        : base(diretorio, transliterar, biblioteca, cortar) {}", ""]
     for f in t.operacoes():
         linhas += operacao(f)
     return linhas[:-1] + ["}"]

@@ -4,16 +4,21 @@ from .tabela import AVISO, constante, expressoes, literal, quebrar_todas, sem_pr
 
 PASTA = "wrappers/java/src/zel/felbor/"
 TIPOS = {"texto": "String", "caminho": "String", "inteiro": "int", "decimal": "BigDecimal",
-         "percentual": "BigDecimal", "aliquota": "Aliquota", "ajuste": "Ajuste",
+         "documento": "String", "percentual": "BigDecimal", "aliquota": "Aliquota", "ajuste": "Ajuste",
          "forma": "FormaPagamento", "consulta": "TipoConsulta", "diretorios": "List<String>"}
 PADROES = {"texto": '""', "ajuste": "Ajuste.NENHUM", "decimal": "null",
            "Consumidor": "new Consumidor()"}
 MODELOS = {
-    "texto": 'texto("{a}", {p})', "grupo": 'texto("{a}", {p}.{membro})', "fixo": "Valores.VAZIO",
-    "inteiro": "{p}", "decimal": 'Valores.decimal("{a}", {p}, {casas})',
-    "percentual": 'Valores.decimal("{a}", {p}, 2)', "aliquota": '{p}.converter("{a}")',
-    "ajuste.tipo": '{p}.tipo("{a}", "{sentido}")', "ajuste.valor": '{p}.valor("{a}")',
-    "forma": "Valores.ascii({p}.valor)", "consulta": "Valores.ascii({p}.valor)",
+    "texto": 'texto("{a}", {p}{limites})', "texto.obrigatorio": 'obrigatorio("{a}", {p}{limites})',
+    "identificacao": 'identificacao("{funcao}", {p})', "documento": 'documento("{a}", {p})',
+    "grupo": 'texto("{a}", {p}.{membro}{limites})', "fixo": "Valores.VAZIO",
+    "inteiro": 'Valores.inteiro("{a}", {p}{limites})',
+    "decimal": 'Valores.decimal("{a}", {p}, {casas})',
+    "decimal.opcional": 'Valores.decimalOpcional("{a}", {p}, {casas})',
+    "percentual": 'Valores.decimal("{a}", {p}, 2)', "aliquota": 'Valores.exigir("{a}", {p}).converter("{a}")',
+    "ajuste.tipo": 'Valores.exigir("{a}", {p}).tipo("{a}", "{sentido}")',
+    "ajuste.valor": '{p}.valor("{a}")', "forma": 'Valores.ascii(Valores.exigir("{a}", {p}).valor)',
+    "consulta": 'Valores.ascii(Valores.exigir("{a}", {p}).valor)',
     "caminho": 'Valores.caminho("{a}", {p})', "resultado": "saida", "diretorios": "saida"}
 RESPOSTAS = {"nada": "void", "codigo": "Codigo", "texto": "String", "caminho": "String",
              "estado": "Estado"}
@@ -70,6 +75,8 @@ def grupo(nome, argumentos):
 def tamanhos(t):
     linhas = ["final class Tabelas {"]
     linhas += [f"    static final int {nome[4:]} = {valor};" for nome, valor in t.tamanhos.items()]
+    linhas += [f"    static final String {nome.upper()} = {literal(valor)};"
+               for nome, valor in t.textos.items()]
     linhas += ["", "    private Tabelas() {}", "",
                "    /** Null for a character that has no plain form. */",
                "    static String transliterar(int caractere) {",
@@ -122,8 +129,8 @@ def operacao(f):
 def operacoes(t):
     linhas = ["/** One operation for each function. */",
               "public abstract class Operacoes extends Chamador {",
-              "    Operacoes(String diretorio, boolean transliterar, String biblioteca) {",
-              "        super(diretorio, transliterar, biblioteca);", "    }", ""]
+              "    Operacoes(String diretorio, Opcoes opcoes) {",
+              "        super(diretorio, opcoes);", "    }", ""]
     for f in t.operacoes():
         linhas += operacao(f)
     return linhas[:-1] + ["}"]

@@ -5,13 +5,18 @@ from .tabela import AVISO, constante, expressoes, literal, quebrar_todas, sem_pr
 
 PASTA = "wrappers/javascript/lib/"
 TIPOS = {"texto": "string", "caminho": "string", "inteiro": "number", "decimal": "Numero",
-         "percentual": "Numero", "aliquota": "Aliquota", "ajuste": "Ajuste",
+         "documento": "string", "percentual": "Numero", "aliquota": "Aliquota", "ajuste": "Ajuste",
          "forma": "FormaPagamento", "consulta": "TipoConsulta", "diretorios": "string[]"}
 PADROES = {"texto": "''", "ajuste": "Ajuste.NENHUM", "decimal": "null", "Consumidor": "{}"}
 MODELOS = {
-    "texto": "this._texto('{a}', {p})", "grupo": "this._texto('{a}', {p}.{membro} ?? '')",
-    "fixo": "VAZIO", "inteiro": "valores.inteiro('{a}', {p})",
+    "texto": "this._texto('{a}', {p}{limites})",
+    "texto.obrigatorio": "this._obrigatorio('{a}', {p}{limites})",
+    "identificacao": "this._identificacao('{funcao}', {p})",
+    "documento": "this._documento('{a}', {p})",
+    "grupo": "this._texto('{a}', {p}.{membro} ?? ''{limites})",
+    "fixo": "VAZIO", "inteiro": "valores.inteiro('{a}', {p}{limites})",
     "decimal": "valores.decimal('{a}', {p}, {casas})",
+    "decimal.opcional": "valores.decimalOpcional('{a}', {p}, {casas})",
     "percentual": "valores.decimal('{a}', {p}, 2)",
     "aliquota": "valores.aliquota('{a}', {p})", "ajuste.tipo": "valores.tipo('{a}', {p}, '{sentido}')",
     "ajuste.valor": "valores.valor('{a}', {p})",
@@ -42,6 +47,11 @@ def tabelas(t):
         linhas += ["", f"exports.{nome} = Object.freeze({{"]
         linhas += [f"  {constante(v['nome'])}: {texto(v['valor'])}, // {v['rotulo']}" for v in valores]
         linhas += ["});"]
+    for nome, argumentos in t.grupos.items():
+        campos = ", ".join(f"'{a.nome}'" for a in argumentos.values())
+        linhas += ["", f"exports.{nome.upper()} = [{campos}];"]
+    linhas += ["", f"exports.AUSENTE = {texto(t.textos['ausente'])};",
+               f"exports.DESCRITOR = {texto(t.textos['descritor'])};"]
     linhas += ["", "exports.TAMANHOS = Object.freeze({"]
     linhas += [f"  {nome}: {valor}," for nome, valor in t.tamanhos.items()]
     linhas += ["});", "", "exports.TRANSLITERACAO = new Map(["]

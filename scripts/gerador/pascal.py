@@ -4,18 +4,25 @@ wrappers/pascal."""
 from itertools import groupby
 from textwrap import wrap
 
-from .tabela import AVISO, expressoes, quebrar_todas, titulo
+from .tabela import AVISO, composicoes, expressoes, quebrar_todas, titulo
 
 PASTA = "wrappers/pascal/"
 TIPOS = {"texto": "TZelTexto", "caminho": "TZelTexto", "inteiro": "Integer", "decimal": "Currency",
+         "documento": "TZelTexto",
          "percentual": "Currency", "aliquota": "TZelAliquota", "ajuste": "TZelAjuste",
          "forma": "TZelFormaPagamento", "consulta": "TZelTipoConsulta",
          "diretorios": "array of TZelTexto", "Consumidor": "TZelConsumidor"}
 PADROES = {"texto": "''", "ajuste": "ZelSemAjuste", "decimal": "ZelVazio",
            "Consumidor": "ZelSemConsumidor"}
 MODELOS = {
-    "texto": "PAnsiChar(DeTexto('{a}', {p}))", "grupo": "PAnsiChar(DeTexto('{a}', {p}.{membro}))",
-    "fixo": "''", "inteiro": "{p}", "decimal": "PAnsiChar(ZelDecimal('{a}', {p}, {casas}))",
+    "texto": "PAnsiChar(DeTexto('{a}', {p}{limites}))",
+    "texto.obrigatorio": "PAnsiChar(Obrigatorio('{a}', {p}{limites}))",
+    "identificacao": "PAnsiChar(Identificacao('{funcao}', {p}))",
+    "documento": "PAnsiChar(Documento('{a}', {p}))",
+    "grupo": "PAnsiChar(DeTexto('{a}', {p}.{membro}{limites}))",
+    "fixo": "''", "inteiro": "ZelInteiro('{a}', {p}{limites})",
+    "decimal": "PAnsiChar(ZelDecimal('{a}', {p}, {casas}))",
+    "decimal.opcional": "PAnsiChar(ZelDecimalOpcional('{a}', {p}, {casas}))",
     "percentual": "PAnsiChar(ZelDecimal('{a}', {p}, 2))",
     "aliquota": "PAnsiChar({p}.Converter('{a}'))",
     "ajuste.tipo": "PAnsiChar({p}.ConverterTipo('{a}', '{sentido}'))",
@@ -57,7 +64,7 @@ def tabelas(t):
     linhas += [f"  {c['nome']} = {c['codigo']};" for c in t.codigos]
     linhas += ["  { Tamanhos em bytes. }"]
     linhas += [f"  {nome} = {valor};" for nome, valor in t.tamanhos.items()]
-    linhas += ["", "type"]
+    linhas += ["  ZelDescritor = '" + t.textos["descritor"] + "';", "", "type"]
     for nome, valores in t.enumeracoes.items():
         linhas += enumeracao(nome, valores)
     for nome, argumentos in t.grupos.items():
@@ -82,7 +89,11 @@ def tabelas(t):
         "{ Name, meaning and remedy of a code; False when no table has it. }",
         "function ZelDescrever(Codigo: Integer; out Nome, Significado, Remedio: TZelTexto): Boolean;",
         "{ The plain form of a typographic character; False when it has none. }",
-        "function ZelTransliterar(Caractere: Cardinal; out Simples: TZelTexto): Boolean;", ""]
+        "function ZelTransliterar(Caractere: Cardinal; out Simples: TZelTexto): Boolean;",
+        "{ The one letter that a letter and the mark after it make; 0 when there is none. }",
+        "function ZelCompor(Letra, Marca: Cardinal): Cardinal;",
+        "{ What to do about a library that is not there. }",
+        "function ZelAusente: TZelTexto;", ""]
 
 
 def corpo_das_tabelas(t):
@@ -104,7 +115,16 @@ def corpo_das_tabelas(t):
                "begin", "  Result := True;", "  case Caractere of"]
     linhas += [f"    ${ord(de):04X}: Simples := TZelTexto('{duplicar(para)}');"
                for de, para in t.transliteracao]
-    return linhas + ["  else", "    Result := False;", "  end;", "end;", ""]
+    linhas += ["  else", "    Result := False;", "  end;", "end;", "",
+               "function ZelCompor(Letra, Marca: Cardinal): Cardinal;", "begin",
+               "  case Letra shl 12 or Marca of"]
+    linhas += [f"    ${ord(letra):02X}{ord(marca):03X}: Result := ${ord(junta):02X};"
+               for letra, marca, junta in composicoes()]
+    linhas += ["  else", "    Result := 0;", "  end;", "end;", "", "function ZelAusente: TZelTexto;",
+               "begin", "  Result :="]
+    linhas += ["    " + parte for parte in literal(t.textos["ausente"])]
+    linhas[-1] += ";"
+    return linhas + ["end;", ""]
 
 
 def parametros(lista):
@@ -132,7 +152,8 @@ def declaracao(f):
     linhas += [f"  A{titulo(p.nome)}: {p.significado}." for p in f.parametros()]
     linhas[-1] += " }"
     if curta(f) is None:
-        return linhas + [cabecalho(f, f.parametros())]
+        virtual = " virtual;" if f.operacao == "alterarValor" else ""
+        return linhas + [cabecalho(f, f.parametros()) + virtual]
     return linhas + [cabecalho(f, f.parametros()) + " overload;",
                      cabecalho(f, curta(f)) + " overload;"]
 

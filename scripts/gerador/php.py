@@ -1,17 +1,22 @@
 # SPDX-License-Identifier: MIT
 """PHP: the declarations that its FFI can read, the tables and the operations of wrappers/php."""
-from .tabela import AVISO, expressoes, literal, quebrar_todas, sem_prefixo, titulo
+from .tabela import AVISO, composicoes, expressoes, literal, quebrar_todas, sem_prefixo, titulo
 
 PASTA = "wrappers/php/src/"
 NUMERO = "int|float|string"  # a float is refused by name, whatever the caller's strict_types
 TIPOS = {"texto": "string", "caminho": "string", "inteiro": "int", "decimal": NUMERO,
-         "percentual": NUMERO, "aliquota": "Aliquota", "ajuste": "Ajuste",
+         "documento": "string", "percentual": NUMERO, "aliquota": "Aliquota", "ajuste": "Ajuste",
          "forma": "FormaPagamento", "consulta": "TipoConsulta", "diretorios": "array"}
 PADROES = {"texto": "''", "ajuste": "null", "decimal": "null", "Consumidor": "new Consumidor()"}
 MODELOS = {
-    "texto": "$this->texto('{a}', {p})", "grupo": "$this->texto('{a}', {p}->{membro})",
-    "fixo": "''", "inteiro": "Valores::inteiro('{a}', {p})",
+    "texto": "$this->texto('{a}', {p}{limites})",
+    "texto.obrigatorio": "$this->obrigatorio('{a}', {p}{limites})",
+    "identificacao": "$this->identificacao('{funcao}', {p})",
+    "documento": "$this->documento('{a}', {p})",
+    "grupo": "$this->texto('{a}', {p}->{membro}{limites})",
+    "fixo": "''", "inteiro": "Valores::inteiro('{a}', {p}{limites})",
     "decimal": "Valores::decimal('{a}', {p}, {casas})",
+    "decimal.opcional": "Valores::decimalOpcional('{a}', {p}, {casas})",
     "percentual": "Valores::decimal('{a}', {p}, 2)", "aliquota": "{p}->converter('{a}')",
     "ajuste.tipo": "Ajuste::tipo('{a}', {p}, '{sentido}')",
     "ajuste.valor": "Ajuste::valor('{a}', {p})", "forma": "{p}->value", "consulta": "{p}->value",
@@ -66,6 +71,11 @@ def grupo(nome, argumentos):
 def tabelas(t):
     linhas = ["final class Tabelas", "{"]
     linhas += [f"    public const {nome[4:]} = {valor};" for nome, valor in t.tamanhos.items()]
+    linhas += [f"    public const {nome.upper()} = {texto(valor)};" for nome, valor in t.textos.items()]
+    linhas += ["", "    /** Letters in two parts, and in one. */", "    public const COMPOSICAO = ["]
+    linhas += [f'        "{letra}\\u{{{ord(marca):04X}}}" => "\\u{{{ord(junta):04X}}}",'
+               for letra, marca, junta in composicoes()]
+    linhas += ["    ];"]
     linhas += ["", "    public const TRANSLITERACAO = ["]
     linhas += [f'        "\\u{{{ord(de):04X}}}" => {texto(para)},' for de, para in t.transliteracao]
     return linhas + ["    ];", "}", ""]

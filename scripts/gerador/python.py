@@ -3,18 +3,23 @@
 from .tabela import AVISO, cobra, constante, expressoes, literal, quebrar_todas, sem_prefixo
 
 TIPOS = {"texto": "str", "caminho": "Caminho", "inteiro": "int", "decimal": "Numero",
-         "percentual": "Numero", "aliquota": "Aliquota", "ajuste": "Ajuste",
+         "documento": "str", "percentual": "Numero", "aliquota": "Aliquota", "ajuste": "Ajuste",
          "forma": "FormaPagamento", "consulta": "TipoConsulta", "diretorios": "Sequence[Caminho]"}
 PADROES = {"texto": ' = ""', "ajuste": " = Ajuste()", "decimal": " = None",
            "Consumidor": " = Consumidor()"}
 MODELOS = {
-    "texto": 'self._texto("{a}", {p})', "grupo": 'self._texto("{a}", {p}.{membro})',
-    "fixo": 'b""', "inteiro": '_valores.inteiro("{a}", {p})',
+    "texto": 'self._texto("{a}", {p}{limites})',
+    "texto.obrigatorio": 'self._obrigatorio("{a}", {p}{limites})',
+    "identificacao": 'self._identificacao("{funcao}", {p})',
+    "documento": 'self._documento("{a}", {p})', "grupo": 'self._texto("{a}", {p}.{membro}{limites})',
+    "fixo": 'b""', "inteiro": '_valores.inteiro("{a}", {p}{limites})',
     "decimal": '_valores.decimal("{a}", {p}, {casas})',
-    "percentual": '_valores.decimal("{a}", {p}, 2)', "aliquota": '{p}.converter("{a}")',
-    "ajuste.tipo": '{p}.converter_tipo("{a}", "{sentido}")',
-    "ajuste.valor": '{p}.converter_valor("{a}")', "forma": "{p}.value.encode()",
-    "consulta": "{p}.value.encode()", "caminho": '_valores.caminho("{a}", {p})',
+    "decimal.opcional": '_valores.decimal_opcional("{a}", {p}, {casas})',
+    "percentual": '_valores.decimal("{a}", {p}, 2)', "aliquota": '_valores.aliquota("{a}", {p})',
+    "ajuste.tipo": '_valores.tipo_de_ajuste("{a}", {p}, "{sentido}")',
+    "ajuste.valor": '_valores.valor_de_ajuste("{a}", {p})',
+    "forma": '_valores.escolha("{a}", {p}, FormaPagamento)',
+    "consulta": '_valores.escolha("{a}", {p}, TipoConsulta)', "caminho": '_valores.caminho("{a}", {p})',
     "resultado": "SAIDA", "diretorios": "SAIDA"}
 RESPOSTAS = {"nada": "None", "codigo": "Codigo", "texto": "str", "caminho": "str",
              "estado": "Estado"}
@@ -43,7 +48,8 @@ def tabelas(t):
         linhas += [f'    {cobra(a.nome)}: str = ""  # {a.significado}' for a in argumentos.values()]
     linhas += ["", "", "TAMANHOS = {"]
     linhas += [f'    "{nome}": {valor},' for nome, valor in t.tamanhos.items()]
-    linhas += ["}", "", "TRANSLITERACAO = {"]
+    linhas += ["}", "", f"AUSENTE = {literal(t.textos['ausente'])}",
+               f"DESCRITOR = {literal(t.textos['descritor'])}", "", "TRANSLITERACAO = {"]
     linhas += [f'    "\\u{ord(de):04x}": {literal(para)},' for de, para in t.transliteracao]
     linhas += ["}", "", "ASSINATURAS = {"]
     for f in t.funcoes:

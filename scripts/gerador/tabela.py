@@ -4,6 +4,7 @@ of the wrappers (required ones first), conversions in the order of the C functio
 style."""
 import json
 import re
+import unicodedata
 from dataclasses import dataclass, field
 from pathlib import Path
 
@@ -43,11 +44,22 @@ class Argumento:
     fixo: str = None
     sentido: str = ""
     tamanho: str = ""
+    minimo: int = 0
+    maximo: int = None
+    obrigatorio: bool = False
+
+    def limites(self):
+        """The lengths of a text, or the values of an int, as the last arguments of its conversion."""
+        return "" if self.maximo is None else f", {self.minimo}, {self.maximo}"
 
     def especie(self):
         """How it is converted: its type where that decides, otherwise the kind of its value."""
         if self.fixo is not None:
             return "fixo"
+        if self.grupo:
+            return "identificacao" if self.nome == "documento" else "grupo"
+        if self.obrigatorio or self.opcional and self.valor == "decimal":
+            return "texto.obrigatorio" if self.obrigatorio else "decimal.opcional"
         return self.valor if self.tipo in ("texto", "texto_e_resultado") else self.tipo
 
 
@@ -93,7 +105,7 @@ class Funcao:
                 significado = "o consumidor"
             elif nome == "ajuste":
                 significado = "desconto ou acréscimo"
-            especie = a.grupo or ("ajuste" if nome == "ajuste" else a.especie())
+            especie = a.grupo or ("ajuste" if nome == "ajuste" else a.especie().split(".")[0])
             unicos.setdefault(nome, Parametro(nome, especie, significado, a.opcional))
         return sorted(unicos.values(), key=lambda p: p.opcional)
 
@@ -106,12 +118,12 @@ def nome_do_parametro(argumento):
 
 def expressoes(funcao, modelos, nomear, atributo=lambda nome: nome):
     """The C arguments of a call as source text. `modelos` has a pattern for each kind, in which
-    {p} is the parameter, {a} the argument's name in the header, {casas} and {sentido} its limits;
-    the kind "grupo" has {membro}, too."""
+    {p} is the parameter, {a} the argument's name in the header, {casas}, {sentido} and {limites} what it
+    may be; a group has {membro}, too, and its identification the name of the function, {funcao}."""
     for a in funcao.argumentos:
-        modelo = modelos["grupo" if a.grupo else a.especie()]
-        yield modelo.format(p=nomear(nome_do_parametro(a)), a=a.nome, casas=a.casas,
-                            sentido=a.sentido, membro=atributo(a.nome))
+        yield modelos[a.especie()].format(p=nomear(nome_do_parametro(a)), a=a.nome, casas=a.casas,
+                                          sentido=a.sentido, limites=a.limites(),
+                                          membro=atributo(a.nome), funcao=funcao.nome)
 
 
 @dataclass
@@ -121,6 +133,7 @@ class Tabelas:
     enumeracoes: dict
     transliteracao: list  # of (character, replacement)
     tamanhos: dict  # ZEL_TAMANHO_... of the header
+    textos: dict  # what every wrapper says in the same words
     grupos: dict = field(default_factory=dict)  # name to the arguments that it holds
 
     def operacoes(self):
@@ -149,12 +162,24 @@ def carregar():
                       dados["enumeracoes"],
                       [(de, linha["para"]) for linha in ler("transliteracao.json")
                        for de in linha["de"]],
-                      {n: v for n, v in constantes().items() if n.startswith("ZEL_TAMANHO_")})
+                      {n: v for n, v in constantes().items() if n.startswith("ZEL_TAMANHO_")},
+                      dados["textos"])
+    identificacoes = [Argumento(tipo="texto", **i) for i in dados["identificacoes"]]
     for funcao in tabelas.funcoes:
         for a in funcao.argumentos:
             if a.grupo:
-                tabelas.grupos.setdefault(a.grupo, {}).setdefault(a.nome, a)
+                campos = identificacoes if a.especie() == "identificacao" else [a]
+                grupo = tabelas.grupos.setdefault(a.grupo, {})
+                grupo.update({c.nome: c for c in campos if c.nome not in grupo})
     return tabelas
+
+
+# Letters of ISO-8859-1 that can be written as a letter and a mark after it: (letter, mark, both).
+def composicoes():
+    for c in map(chr, range(0xC0, 0x100)):
+        partes = unicodedata.decomposition(c).split()
+        if len(partes) == 2:
+            yield (*(chr(int(parte, 16)) for parte in partes), c)
 
 
 def literal(texto, aspas='"'):

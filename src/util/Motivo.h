@@ -125,7 +125,8 @@ enum class Motivo : std::uint8_t {
 // its length; {limites} the lengths allowed; {lugar} where it stands; {diretorio} the
 // data directory; {numero} a whole number;
 // {maximo} the highest one allowed; {itens} that many items;
-// {quantia} and {limite} amounts; {estado} the state of the receipt, {depois} what to do after its end; {falha} file and system error.
+// {quantia} and {limite} amounts; {estado} the state of the receipt, {depois} what to do after its
+// end; {falha} file and system error.
 struct LinhaMotivo {
     Motivo motivo;
     int codigo;

@@ -40,7 +40,7 @@ int main(int argc, char **argv) {
         Cupom caixa(argv[1]);
         configurarEmitente(caixa);
         vender(caixa);
-        std::cout << caixa.imprimir(caixa.arquivo("documentosEnvio.xml")).valor << '\n';
+        std::cout << caixa.imprimir(caixa.arquivo("documentosEnvio.xml"), "OFFLINE").valor << '\n';
         std::cout << "cancelamento: " << caixa.cancelar().nome() << '\n';
         caixa.encerrar(); // nothing is open now
     } catch (const Falha &falha) {

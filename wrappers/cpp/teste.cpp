@@ -55,9 +55,53 @@ void recusado(Chamada_ chamada, const std::string &dito, const std::string &oque
     contido(dito, falhaDe(chamada, oque).what(), oque);
 }
 
+std::string caixaDoProcesso;
+
+Conversao converterComprimento(const std::string &limites, const std::string &entrada) {
+    const std::size_t traco = limites.find('-');
+    const Cupom caixa(caixaDoProcesso);
+    Chamada c(caixa, "f");
+    const std::string latin1 = c.texto("a", entrada, std::stoul(limites.substr(0, traco)),
+                                       std::stoul(limites.substr(traco + 1)));
+    try {
+        c.invocar([] { return 1; }, std::tuple<>{});
+        return {c.resultado().ok() ? hexa(latin1) : "", ""};
+    } catch (const Falha &falha) {
+        return {"", falha.what()};
+    }
+}
+
+Conversao converterConsumidor(const std::string &escolha, const std::string &entrada) {
+    Consumidor c;
+    std::istringstream pares(entrada);
+    for (std::string nome, valor;
+         std::getline(pares, nome, '=') && std::getline(pares, valor, ';');) {
+        std::string &campo = nome == "documento"     ? c.documento
+                             : nome == "cpf"         ? c.cpf
+                             : nome == "cnpj"        ? c.cnpj
+                             : nome == "estrangeiro" ? c.estrangeiro
+                             : nome == "nome"        ? c.nome
+                             : nome == "numero"      ? c.numero
+                                                     : c.email;
+        campo = valor;
+    }
+    return identificacaoDe(escolha == "identificar" ? "aCFIdentificarConsumidor_ZEL"
+                                                    : "aCFAbrir_ZEL",
+                           c, escolha == "cortar");
+}
+
 Conversao converter(const std::string &tipo, const std::string &escolha,
                     const std::string &entrada) {
     if (tipo == "texto") return paraLatin1("a", entrada, escolha == "transliterar");
+    if (tipo == "comprimento") return converterComprimento(escolha, entrada);
+    if (tipo == "consumidor") return converterConsumidor(escolha, entrada);
+    if (tipo == "autorizacao") {
+        const std::string retorno = entrada.substr(entrada.find('|') + 1);
+        const auto lido = retorno == "OFFLINE" ? std::nullopt : std::optional(retorno);
+        std::string recusa = recusaDeImpressao(entrada.substr(0, entrada.find('|')), lido,
+                                               escolha == "cancelamento");
+        return {recusa.empty() ? "ok" : "", recusa};
+    }
     if (tipo == "diretorio")
         return {"", falhaDe([&] { Cupom(entrada).inicializar(); }, entrada).what()};
     const Decimal numero(entrada);
@@ -68,8 +112,9 @@ Conversao converter(const std::string &tipo, const std::string &escolha,
 }
 
 // The cases that all languages share.
-void testarConversoes(const char *arquivo) {
-    std::istringstream linhas(detalhe::lerArquivo(arquivo).value_or(""));
+void testarConversoes(const char *arquivo, const char *outro) {
+    std::istringstream linhas(detalhe::lerArquivo(arquivo).value_or("") +
+                              detalhe::lerArquivo(outro).value_or(""));
     int casos = 0;
     for (std::string linha; std::getline(linhas, linha);) {
         if (linha.front() == '#') continue;
@@ -86,7 +131,7 @@ void testarConversoes(const char *arquivo) {
             contido(esperado.substr(1), lido.erro, linha);
         }
     }
-    conferir(casos > 30, "the cases were not read");
+    conferir(casos > 70, "the cases were not read");
 }
 
 void testarEntradas() {
@@ -103,7 +148,40 @@ void testarEntradas() {
     contido("(U+0000) na posição 2", paraLatin1("a", "P\0o"sv, true).erro, "NUL");
 }
 
+// What the functions would cut, or take for something else.
+void testarCortes(const std::string &diretorio) {
+    Cupom c(diretorio), cortante(diretorio, {true, false, true});
+    const std::string longa(121, 'x');
+    recusado([&] { c.abrirNumSerie(1, 1000); }, "serie: 1000", "a long series");
+    recusado([&] { c.lancarDescontoItem(1, Ajuste::desconto(Decimal("0,125"))); }, "valor: 0.125",
+             "parts of a cent");
+    recusado([&] { c.vender(Aliquota::isento(), 1, 1, "1", "UN", longa); }, "descricao: 121", "");
+    recusado([&] { c.identificarTransportadora("123.456.789-00", "Zé"); }, "documento: os", "");
+    recusado([&] { c.encerrarConfigMsg("só uma", ""); }, "informacoesFisco: 0",
+             "one message alone");
+    recusado([&] { c.criptografarArquivo("/a", "/" + std::string(300, 'x'), ""); }, "destino: nome",
+             "a long file name");
+    c.alterarValor("EMIT\\xNome", "Padaria");
+    recusado([&] { c.alterarValor("EMIT\\xNome", longa.substr(60)); },
+             "61 caracteres, de que EMIT\\xNome guarda 60", "a long value");
+    igual(c.retornarValor("EMIT\\xNome").valor, "Padaria", "value after a refusal");
+    cortante.alterarValor("EMIT\\xNome", longa.substr(60));
+    igual(c.retornarValor("EMIT\\xNome").valor, longa.substr(61), "value that was to be cut");
+}
+
+// The last one: the number of the descriptor is the program's from here on.
+void testarMotivo(const std::string &diretorio) {
+    Cupom c(diretorio);
+    const auto recusar = [&] { c.criptografarArquivo("/nao/existe", "/x", ""); };
+    const std::string motivo = "/nao/existe: o arquivo ou o diretório não existe (ENOENT)";
+    contido(motivo, falhaDe(recusar, "no file").resultado().motivo(), "reason");
+    contido("Motivo: ", falhaDe(recusar, "no file").what(), "reason in the message");
+    ::close(detalhe::motivos);
+    igual(falhaDe(recusar, "no file").resultado().motivo(), "", "reason of a closed descriptor");
+}
+
 void testarDiretorio(const std::string &diretorio) {
+    caixaDoProcesso = diretorio;
     Cupom(diretorio).inicializar();
     Cupom(diretorio + "/").inicializar();
     conferir(std::filesystem::exists(diretorio + "/ZEL_Framework.xml"), "files elsewhere");
@@ -168,10 +246,11 @@ void testarRespostas(const std::string &diretorio) {
         }
     }
     const Resultado r = responde.totalizar();
-    igual(r.mensagem(),
-          "aCFTotalizar_ZEL: ZEL_TOTALIZACAO_FORA_DE_ORDEM (-133): Totalização sem itens, ou "
-          "repetida. Totaliza-se uma vez, depois de vender ao menos um item (estado 2).",
-          "message");
+    contido("estado 5 (encerrado)", r.motivo(), "reason");
+    contido("aCFTotalizar_ZEL: ZEL_TOTALIZACAO_FORA_DE_ORDEM (-133): Totalização sem itens, ou "
+            "repetida, ou de cupom que já terminou. Motivo: " +
+                r.motivo() + ". ",
+            r.mensagem(), "message");
 }
 
 // A receipt with accents, more text than ZEL_TAMANHO_CUPOM, and every form of payment.
@@ -181,6 +260,7 @@ void testarCupom(const std::string &diretorio) {
     igual(caixa.retornarValor("EMIT\\xNome").valor, "Padaria São João", "value read back");
 
     Consumidor consumidor;
+    consumidor.cpf = "12345678909";
     consumidor.nome = "João – Ltda";
     recusado([&] { caixa.abrir(consumidor); }, "nome: o caractere \"–\"", "a group's argument");
     caixa.abrir();
@@ -213,7 +293,7 @@ void testarCupom(const std::string &diretorio) {
     for (const char *forma : {"01", "02", "03", "04", "05", "10", "11", "12", "13"})
         contido("<tPag>" + std::string(forma) + "</tPag><vPag>1.00<", documento, "payment");
 
-    const std::string cupom = caixa.imprimir(caixa.arquivo("documentosEnvio.xml")).valor;
+    const std::string cupom = caixa.imprimir(caixa.arquivo("documentosEnvio.xml"), "OFFLINE").valor;
     const std::string queijo = "Pão de queijo - 1ª";
     conferir(cupom.size() > ZEL_TAMANHO_CUPOM, "receipt");
     contido(queijo, cupom, "receipt");
@@ -221,14 +301,15 @@ void testarCupom(const std::string &diretorio) {
     contido(queijo, caixa.reemitir(1).valor, "document issued again");
     const std::string ctg = caixa.contingencia({diretorio}).valor;
     conferir(std::filesystem::exists(ctg), "no file " + ctg);
-    contido(queijo, caixa.imprimir(ctg).valor, "receipt of a scrambled file");
+    contido(queijo, caixa.imprimir(ctg, "OFFLINE").valor, "receipt of a scrambled file");
     recusado([&] { caixa.contingencia({"/a|b/"}); }, "", "a list as a directory");
     recusado([&] { caixa.imprimir(ctg, "/nao/ha.xml"); },
              "arquivoRetorno: /nao/ha.xml não pôde ser lido", "missing file");
 
     // A refused PDF leaves the text.
     caixa.alterarValor("CONFIGURACAO\\SalvarDanfePDF", "1");
-    contido(queijo, falhaDe([&] { caixa.imprimir(ctg); }, "PDF offline").texto(), "failed PDF");
+    contido(queijo, falhaDe([&] { caixa.imprimir(ctg, "OFFLINE"); }, "PDF offline").texto(),
+            "failed PDF");
 }
 
 // Two threads at once; each finds what it wrote.
@@ -255,14 +336,16 @@ void testarThreads(const std::string &diretorio) {
 } // namespace
 
 int main(int argc, char **argv) {
-    if (argc != 3) return 2;
+    if (argc != 4) return 2;
     const std::string diretorio = argv[1];
     testarDiretorio(diretorio);
-    testarConversoes(argv[2]);
+    testarConversoes(argv[2], argv[3]);
     testarEntradas();
+    testarCortes(diretorio);
     testarRespostas(diretorio);
     testarCupom(diretorio);
     testarThreads(diretorio);
+    testarMotivo(diretorio);
     std::cout << (falhas == 0 ? "C++17: ok\n" : "C++17: failed\n");
     return falhas == 0 ? 0 : 1;
 }

@@ -25,7 +25,7 @@ static class Exemplo {
         caixa.AlterarValor(@"EMIT\xNome", "Padaria São João Ltda");
         caixa.AlterarValor(@"EMIT\CNPJ", "11222333000181");
         Vender(caixa);
-        Console.WriteLine(caixa.Imprimir(caixa.Arquivo("documentosEnvio.xml")));
+        Console.WriteLine(caixa.Imprimir(caixa.Arquivo("documentosEnvio.xml"), "OFFLINE"));
         bool pedido = caixa.Cancelar() == Codigo.CancelamentoGravado;
         Console.WriteLine("cancelamento: " + (pedido ? "ZEL_CANCELAMENTO_GRAVADO" : "em andamento"));
         try {

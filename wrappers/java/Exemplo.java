@@ -36,7 +36,7 @@ final class Exemplo {
         caixa.alterarValor("EMIT\\xNome", "Padaria São João Ltda");
         caixa.alterarValor("EMIT\\CNPJ", "11222333000181");
         vender(caixa);
-        System.out.println(caixa.imprimir(caixa.arquivo("documentosEnvio.xml")));
+        System.out.println(caixa.imprimir(caixa.arquivo("documentosEnvio.xml"), "OFFLINE"));
         System.out.println("cancelamento: ZEL_" + caixa.cancelar());
         try {
             caixa.encerrar(); // nothing is open now

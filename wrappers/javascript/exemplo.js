@@ -25,7 +25,7 @@ function vender() {
 caixa.alterarValor('EMIT\\xNome', 'Padaria São João Ltda');
 caixa.alterarValor('EMIT\\CNPJ', '11222333000181');
 vender();
-console.log(caixa.imprimir(caixa.arquivo('documentosEnvio.xml')));
+console.log(caixa.imprimir(caixa.arquivo('documentosEnvio.xml'), 'OFFLINE'));
 const pedido = caixa.cancelar() === zel.Codigo.CANCELAMENTO_GRAVADO;
 console.log('cancelamento:', pedido ? 'ZEL_CANCELAMENTO_GRAVADO' : 'cupom em andamento');
 try {

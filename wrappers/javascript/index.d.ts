@@ -3,12 +3,15 @@ import { Operacoes } from './lib/operacoes';
 
 export { Codigo, Consumidor, Estado, FormaPagamento, TipoConsulta } from './lib/operacoes';
 export {
-  Ajuste, Aliquota, Decimal, EntradaRecusada, ErroZel, Numero, Recusa, TextoInvalido,
+  Ajuste, Aliquota, BibliotecaAusente, Decimal, EntradaRecusada, ErroZel, Numero, Recusa,
+  TextoInvalido,
 } from './lib/valores';
 
 export interface Opcoes {
   /** Typographic quotes, dashes, ellipses and blanks become plain ones. */
   transliterar?: boolean;
+  /** What does not fit is handed over: the library cuts it or leaves it out. */
+  cortar?: boolean;
   /** The shared object, which the first Cupom of a thread loads. */
   biblioteca?: string;
 }
@@ -24,14 +27,19 @@ export class Cupom extends Operacoes {
   reemitir(tipo: 1 | 3 | 5): string;
   /** KEY.ctg in up to three directories; answers the path of the last file. */
   contingencia(diretorios: string[]): string;
-  /** The receipt text of a sale; `retorno` is a file or "OFFLINE". */
+  /**
+   * The receipt text of a sale; `retorno` is the file of the answer that authorizes it, or "OFFLINE"
+   * for one of contingency or without fiscal value.
+   */
   imprimir(
     arquivoXml: string,
-    opcoes?: { retorno?: string; colunas?: 42 | 48; urlQrcode?: string },
+    retorno: string,
+    opcoes?: { colunas?: 42 | 48; urlQrcode?: string; semAutorizacao?: boolean },
   ): string;
   /** The receipt text of a cancellation request. */
   imprimirCancelamento(
     arquivoXml: string,
-    opcoes?: { retorno?: string; colunas?: 42 | 48 },
+    retorno: string,
+    opcoes?: { colunas?: 42 | 48; semAutorizacao?: boolean },
   ): string;
 }

@@ -23,29 +23,60 @@ class Cupom extends Operacoes {
     return this._gravarEm('aCFContingenciaUltimaNota_ZEL', diretorios, 4, SAIDA);
   }
 
-  // The receipt text of a sale with its printer mark-up. `retorno` is the file of the tax
-  // authority's answer, or "OFFLINE"; `colunas` 42 or 48; the content of the QR code is built when
-  // none is given.
-  imprimir(arquivoXml, { retorno = 'OFFLINE', colunas = 48, urlQrcode = '' } = {}) {
-    return this._formatar(arquivoXml, retorno, urlQrcode, colunas, 1);
+  // regAlterarValor_ZEL; a value that the key does not keep whole is taken back and refused.
+  alterarValor(chave, valor) {
+    if (this.cortar) {
+      super.alterarValor(chave, valor);
+      return;
+    }
+    let antes = '';
+    try {
+      antes = this.retornarValor(chave);
+    } catch (erro) {
+      if (!(erro instanceof valores.Recusa)) throw erro; // no such key, which the other one says
+    }
+    super.alterarValor(chave, valor);
+    const guardado = this.retornarValor(chave);
+    const dado = this._texto('valor', valor).toString('latin1').slice(0, -1);
+    if (guardado !== dado) {
+      super.alterarValor(chave, antes);
+      throw new valores.EntradaRecusada(`valor: ${dado.length} caracteres, de que ${chave} guarda `
+        + `${guardado.length}; nada mudou`);
+    }
   }
 
-  // The same of a cancellation request.
-  imprimirCancelamento(arquivoXml, { retorno = 'OFFLINE', colunas = 48 } = {}) {
-    return this._formatar(arquivoXml, retorno, '', colunas, 5);
+  // The receipt text of a sale with its printer mark-up. `retorno` is the file of the tax authority's
+  // answer, which has to authorize the sale, or "OFFLINE" for a document of contingency or without
+  // fiscal value; `semAutorizacao` lays any other out, too, for a trial. `colunas` 42 or 48; the
+  // content of the QR code is built when none is given.
+  imprimir(arquivoXml, retorno, opcoes = {}) {
+    valores.conferirChaves('opcoes', opcoes, ['colunas', 'urlQrcode', 'semAutorizacao']);
+    return this._formatar(arquivoXml, retorno, opcoes, 1);
   }
 
-  _formatar(arquivoXml, retorno, url, colunas, tipo) {
-    return this._ler(
-      'GerarArquivoFormatadoNF_ZEL', this._tamanhoDoCupom(arquivoXml, retorno, url),
+  // The same of a cancellation request, which the answer has to have registered.
+  imprimirCancelamento(arquivoXml, retorno, opcoes = {}) {
+    valores.conferirChaves('opcoes', opcoes, ['colunas', 'semAutorizacao']);
+    return this._formatar(arquivoXml, retorno, opcoes, 5);
+  }
+
+  _formatar(arquivoXml, retorno, { colunas = 48, urlQrcode = '', semAutorizacao = false }, tipo) {
+    const argumentos = [
       valores.caminho('arquivoXml', arquivoXml), valores.caminho('arquivoRetorno', retorno),
-      this._texto('urlQrcode', url), valores.inteiro('colunas', colunas), tipo, VAZIO, SAIDA,
+      this._texto('urlQrcode', urlQrcode), valores.inteiro('colunas', colunas),
+    ];
+    const [xml, resposta] = this._lerParaImprimir(arquivoXml, retorno, tipo === 5, semAutorizacao);
+    return this._ler(
+      'GerarArquivoFormatadoNF_ZEL', this._tamanhoDoCupom(xml, resposta, urlQrcode), ...argumentos,
+      tipo, VAZIO, SAIDA,
     );
   }
 }
 
-const { Ajuste, Aliquota, Decimal, EntradaRecusada, ErroZel, Recusa, TextoInvalido } = valores;
+const {
+  Ajuste, Aliquota, BibliotecaAusente, Decimal, EntradaRecusada, ErroZel, Recusa, TextoInvalido,
+} = valores;
 module.exports = {
-  Ajuste, Aliquota, Codigo, Cupom, Decimal, EntradaRecusada, ErroZel, Estado, FormaPagamento, Recusa,
-  TextoInvalido, TipoConsulta,
+  Ajuste, Aliquota, BibliotecaAusente, Codigo, Cupom, Decimal, EntradaRecusada, ErroZel, Estado,
+  FormaPagamento, Recusa, TextoInvalido, TipoConsulta,
 };

@@ -3,13 +3,16 @@
 'use strict';
 
 const assert = require('node:assert/strict');
+const { execFileSync } = require('node:child_process');
 const fs = require('node:fs');
 const test = require('node:test');
 const { Worker, isMainThread, workerData } = require('node:worker_threads');
 const zel = require('./index.js');
+const { conferirAutorizacao } = require('./lib/autorizacao.js');
+const { identificacao } = require('./lib/consumidor.js');
 const valores = require('./lib/valores.js');
 
-const [, , diretorio, biblioteca, casos] = process.argv;
+const [, , diretorio, biblioteca, ...casos] = process.argv;
 const caixa = (opcoes = {}) => new zel.Cupom(diretorio, { biblioteca, ...opcoes });
 const latin1 = (bytes) => bytes.toString('latin1').replace(/\0$/, '');
 
@@ -17,6 +20,21 @@ function converter(tipo, escolha, entrada) {
   if (tipo === 'texto') {
     const bytes = valores.texto('a', entrada, escolha === 'transliterar');
     return bytes.toString('hex').toUpperCase().slice(0, -2);
+  }
+  if (tipo === 'comprimento') {
+    const escrito = caixa()._texto('a', entrada, ...escolha.split('-').map(Number));
+    return escrito.toString('hex').toUpperCase().slice(0, -2);
+  }
+  if (tipo === 'consumidor') {
+    const consumidor = Object.fromEntries(entrada.split(';').map((par) => par.split('=')));
+    const funcao = escolha === 'identificar' ? 'aCFIdentificarConsumidor_ZEL' : 'aCFAbrir_ZEL';
+    return latin1(identificacao(funcao, consumidor, escolha === 'cortar'));
+  }
+  if (tipo === 'autorizacao') {
+    const [documento, retorno] = entrada.split('|');
+    const lido = retorno === 'OFFLINE' ? null : retorno;
+    conferirAutorizacao(documento, lido, escolha === 'cancelamento');
+    return 'ok';
   }
   if (tipo === 'diretorio') return new zel.Cupom(entrada);
   if (tipo === 'aliquota') return latin1(valores.aliquota('a', zel.Aliquota[escolha](entrada)));
@@ -48,8 +66,9 @@ function trabalhar(chave) {
 function testarConversoes() {
   caixa().inicializar();
   assert.ok(fs.existsSync(`${diretorio}/ZEL_Framework.xml`));
-  const linhas = fs.readFileSync(casos, 'utf8').split('\n').filter((l) => l && !l.startsWith('#'));
-  assert.ok(linhas.length > 30);
+  const linhas = casos.flatMap((nome) => fs.readFileSync(nome, 'utf8').split('\n'))
+    .filter((l) => l && !l.startsWith('#'));
+  assert.ok(linhas.length > 70);
   for (const linha of linhas) {
     const [tipo, escolha, entrada, esperado] = linha.split('\t');
     if (!esperado.startsWith('!')) {
@@ -62,7 +81,7 @@ function testarConversoes() {
 }
 
 function testarEntradas() {
-  for (const numero of [0.1, NaN, 2 ** 60, '', '1e3', ' 1', '1,2,3', '-', undefined]) {
+  for (const numero of [0.1, NaN, 2 ** 60, '', '1e3', ' 1', '1,2,3', '-', undefined, null]) {
     assert.throws(() => valores.decimal('a', numero, 4), TypeError, String(numero));
   }
   assert.equal(String(zel.Decimal.centavos(-5n)), '-0.05');
@@ -70,9 +89,54 @@ function testarEntradas() {
   assert.throws(() => valores.texto('a', 'P\0o', true), zel.TextoInvalido);
   assert.throws(() => valores.texto('a', '\ud83e', true), zel.TextoInvalido);
   assert.throws(() => valores.texto('a', undefined, true), TypeError);
-  assert.throws(() => caixa().cancelarItem(2 ** 32 + 1), zel.EntradaRecusada);
-  assert.throws(() => caixa().efetuarPagamento('Fiado'), zel.EntradaRecusada);
-  assert.throws(() => caixa().vender(18, 1, 1, '1', 'UN', 'Bala'), TypeError);
+  const c = caixa();
+  const { ISENTO } = zel.Aliquota;
+  for (const [tipo, parte, chamada] of [
+    [zel.EntradaRecusada, 'item: ', () => c.cancelarItem(2 ** 32 + 1)],
+    [zel.EntradaRecusada, 'serie: 1000', () => c.abrirNumSerie(1, 1000)],
+    [zel.EntradaRecusada, 'valor: 0.125', () => c.lancarDescontoItem(1, zel.Ajuste.desconto('0,125'))],
+    [zel.EntradaRecusada, 'descricao: 121', () => c.vender(ISENTO, 1, 1, '1', 'UN', 'x'.repeat(121))],
+    [zel.EntradaRecusada, 'documento: os', () => c.identificarTransportadora('123.456.789-00', 'Zé')],
+    [zel.EntradaRecusada, 'informacoesFisco: 0', () => c.encerrarConfigMsg('só uma', '')],
+    [TypeError, 'forma: Fiado', () => c.efetuarPagamento('Fiado')],
+    [TypeError, 'aliquota: ', () => c.vender(18, 1, 1, '1', 'UN', 'Bala')],
+    [TypeError, 'quantidade: ', () => c.vender(ISENTO, null, 1, '1', 'UN', 'Bala')],
+    [TypeError, 'descricao: ', () => c.vender(ISENTO, 1, 1, '1', 'UN', null)],
+    [TypeError, 'consumidor: não há documeto', () => c.abrir({ documeto: '12345678909' })],
+    [TypeError, 'opcoes: não há retorno', () => c.imprimir('/x', 'OFFLINE', { retorno: 'x' })],
+    [TypeError, 'opcoes: não há bibliotca', () => caixa({ bibliotca: 'x' })],
+  ]) {
+    const e = erro(tipo, chamada);
+    assert.ok(e.message.startsWith(parte), e.message);
+  }
+}
+
+function testarValorCortado() {
+  const c = caixa();
+  c.alterarValor('EMIT\\xNome', 'Padaria');
+  const e = erro(zel.EntradaRecusada, () => c.alterarValor('EMIT\\xNome', 'x'.repeat(61)));
+  assert.match(e.message, /61 caracteres, de que .* guarda 60/);
+  assert.equal(c.retornarValor('EMIT\\xNome'), 'Padaria');
+  caixa({ cortar: true }).alterarValor('EMIT\\xNome', 'x'.repeat(61));
+  assert.equal(c.retornarValor('EMIT\\xNome').length, 60);
+  assert.equal(erro(zel.Recusa, () => c.alterarValor('NADA', '1')).funcao, 'regAlterarValor_ZEL');
+}
+
+// The last one: the number of the descriptor is the program's from here on.
+function testarMotivo() {
+  const recusar = () => erro(zel.Recusa, () => caixa().criptografarArquivo('/nao/existe', '/x', ''));
+  const r = recusar();
+  assert.match(r.motivo, /\/nao\/existe: o arquivo ou o diretório não existe \(ENOENT\)/);
+  assert.ok(r.message.includes(r.motivo));
+  fs.closeSync(caixa()._motivos);
+  assert.equal(recusar().motivo, '');
+}
+
+function testarSemBiblioteca() {
+  const programa = "try { new (require('./index.js').Cupom)(process.argv[1], { biblioteca: 'nada.so' }) } "
+    + "catch (e) { console.log(e.name, e.message) }";
+  const visto = execFileSync(process.execPath, ['-e', programa, diretorio], { encoding: 'utf8' });
+  assert.match(visto, /^BibliotecaAusente a biblioteca não pôde .*nada.so.*LD_LIBRARY_PATH/);
 }
 
 function vender(c, descricao) {
@@ -88,24 +152,22 @@ function testarRecusas(c) {
   assert.throws(() => c.lancarDescontoItem(1, acrescimo), /não é um desconto/);
   const r = erro(zel.Recusa, () => c.abrir());
   assert.equal(r.codigo, zel.Codigo.CUPOM_EM_ANDAMENTO);
-  assert.equal(
-    r.message,
-    'aCFAbrir_ZEL: ZEL_CUPOM_EM_ANDAMENTO (-130): Já há um cupom em andamento. '
-      + 'Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios.',
-  );
+  assert.match(r.motivo, /estado 1 \(aberto\)/);
+  assert.ok(r.message.startsWith('aCFAbrir_ZEL: ZEL_CUPOM_EM_ANDAMENTO (-130): Já há um cupom em '
+    + `andamento. Motivo: ${r.motivo}. `), r.message);
 }
 
 function testarImpressao(c) {
-  const cupom = c.imprimir(c.arquivo('documentosEnvio.xml'));
+  const cupom = c.imprimir(c.arquivo('documentosEnvio.xml'), 'OFFLINE');
   assert.ok(cupom.length > 131072 && cupom.includes('Pão de queijo - 1ª'));
   assert.ok(c.ultimoCupom() === cupom);
   assert.ok(c.reemitir(1).includes('Pão de queijo - 1ª'));
   const ctg = c.contingencia([diretorio]);
   assert.ok(fs.existsSync(ctg), ctg);
-  assert.ok(c.imprimir(ctg).includes('Pão de queijo - 1ª'));
-  assert.throws(() => c.imprimir('/nao/ha.xml'), zel.EntradaRecusada);
+  assert.ok(c.imprimir(ctg, 'OFFLINE').includes('Pão de queijo - 1ª'));
+  assert.throws(() => c.imprimir('/nao/ha.xml', 'OFFLINE'), zel.EntradaRecusada);
   c.alterarValor('CONFIGURACAO\\SalvarDanfePDF', '1');
-  const pdf = erro(zel.Recusa, () => c.imprimir(ctg));
+  const pdf = erro(zel.Recusa, () => c.imprimir(ctg, 'OFFLINE'));
   assert.ok(pdf.texto.includes('Pão de queijo - 1ª'));
 }
 
@@ -139,8 +201,11 @@ async function testarThreads() {
 if (isMainThread) {
   test('conversões', testarConversoes);
   test('o que não é entrada', testarEntradas);
+  test('um valor que a chave cortaria', testarValorCortado);
   test('um cupom', testarCupom);
   test('threads', testarThreads);
+  test('sem a biblioteca', testarSemBiblioteca);
+  test('o motivo de uma recusa', testarMotivo);
 } else {
   trabalhar(workerData);
 }

@@ -14,10 +14,16 @@ type
   TZelChamador = class
   private
     FDiretorio: TZelTexto;
-    FTransliterar: Boolean;
+    FTransliterar, FCortar: Boolean;
     function BytesDe(const Nome: TZelTexto): Int64;
   protected
-    function DeTexto(const Argumento, Texto: TZelTexto): RawByteString;
+    { Maximo 0: of any length. An empty text stands for none. }
+    function DeTexto(const Argumento, Texto: TZelTexto; Minimo: Integer = 0;
+      Maximo: Integer = 0): RawByteString;
+    function Obrigatorio(const Argumento, Texto: TZelTexto; Minimo, Maximo: Integer): RawByteString;
+    { A CPF or a CNPJ, or none. }
+    function Documento(const Argumento, Texto: TZelTexto): RawByteString;
+    function Identificacao(const Funcao: TZelTexto; const Consumidor: TZelConsumidor): RawByteString;
     { Around each call. The library computes as C does: what Pascal takes for a failure of a
       floating-point operation is none there. }
     procedure Entrar;
@@ -30,27 +36,35 @@ type
       const Saida: RawByteString): TZelTexto;
     function TamanhoDoUltimo: Int64;
     function TamanhoDoDocumento: Int64;
-    { Bytes that the receipt text of a document takes at most. }
-    function TamanhoDoCupom(const Documento, Retorno, Url: TZelTexto): Int64;
+    { Bytes that the receipt text of a document takes at most, once it may be printed. }
+    function TamanhoDoCupom(const ADocumento, ARetorno, AUrl: TZelTexto;
+      ACancelamento, ASemAutorizacao: Boolean): Int64;
   public
     { ADiretorio is absolute and exists; the library keeps its files there. ATransliterar:
       typographic quotes, dashes, ellipses and blanks become plain ones. ABiblioteca: the shared
-      object, which the first one of a process loads. }
+      object, which the first one of a process loads. ACortar: what does not fit is handed over; the
+      library cuts it or leaves it out. }
     constructor Create(const ADiretorio: TZelTexto; ATransliterar: Boolean = False;
-      const ABiblioteca: TZelTexto = ZelBiblioteca);
+      const ABiblioteca: TZelTexto = ZelBiblioteca; ACortar: Boolean = False);
     { A file of the data directory: "documentosEnvio.xml". }
     function Arquivo(const Nome: TZelTexto): TZelTexto;
     property Diretorio: TZelTexto read FDiretorio;
+    property Cortar: Boolean read FCortar;
   end;
 
 var
   { The 47 functions, from the first TZelChamador on. }
   Funcoes: TZelFuncoes;
+  { The descriptor to which the library writes why it refused last; -1 where there is none. }
+  ZelMotivos: Integer = -1;
 
 implementation
 
 uses
 {$IFDEF FPC}
+{$IFDEF UNIX}
+  BaseUnix,
+{$ENDIF}
   dynlibs,
 {$ELSE}
 {$IFDEF MSWINDOWS}
@@ -59,7 +73,7 @@ uses
   Posix.Stdlib,
 {$ENDIF}
 {$ENDIF}
-  Classes, Math, SyncObjs, SysUtils;
+  Classes, Math, SyncObjs, SysUtils, ZelAutorizacao, ZelIdentificacao;
 
 type
 {$IFDEF FPC}
@@ -76,6 +90,67 @@ var
 
 {$IFDEF FPC}
 function setenv(Nome, Valor: PAnsiChar; Substituir: Integer): Integer; cdecl; external 'c';
+{$ENDIF}
+
+{$IF DEFINED(FPC) AND DEFINED(LINUX)}
+type
+  TMemfdCreate = function(Nome: PAnsiChar; Modo: Cardinal): Integer; cdecl;
+
+{ An anonymous file in memory, to which the library writes what it refused last. }
+procedure OuvirMotivos;
+const
+  FechaNoExec = 1; { MFD_CLOEXEC }
+var
+  Criar: TMemfdCreate;
+begin
+  Criar := TMemfdCreate(GetProcedureAddress(LoadLibrary('libc.so.6'), 'memfd_create'));
+  if (ZelMotivos < 0) and Assigned(Criar) then
+    ZelMotivos := Criar(ZelDescritor, FechaNoExec);
+  setenv('ZEL_LOG_DESCRITOR', PAnsiChar(AnsiString(IntToStr(ZelMotivos))), 1);
+end;
+
+function LerLinha(const Arquivo: RawByteString): RawByteString;
+var
+  Fd: cint;
+  Lidos: TSsize;
+begin
+  Result := '';
+  SetLength(Result, 4096);
+  Fd := FpOpen(PAnsiChar(Arquivo), O_RDONLY);
+  Lidos := FpRead(Fd, PAnsiChar(Result), Length(Result));
+  FpClose(Fd);
+  SetLength(Result, Max(Lidos, 0));
+  SetLength(Result, Max(Pos(#10, Result) - 1, 0));
+end;
+
+{ The reason that the call just made was refused for; empty when the descriptor is no longer that
+  file, or holds what another process wrote. }
+function MotivoDe(const Funcao: TZelTexto; Codigo: Integer): TZelTexto;
+var
+  Linha, Inicio: RawByteString;
+  Lugar: Integer;
+begin
+  Result := '';
+  Inicio := '/proc/self/fd/' + AnsiString(IntToStr(ZelMotivos));
+  if FpReadLink(Inicio) <> '/memfd:' + ZelDescritor + ' (deleted)' then
+    Exit;
+  Linha := LerLinha(Inicio);
+  Inicio := AnsiString('[' + IntToStr(FpGetPid) + '] ' + string(Funcao) + ': ' + IntToStr(Codigo) + ' ');
+  Lugar := Pos(': ', Copy(Linha, Length(Inicio) + 1, Length(Linha)));
+  if (Copy(Linha, 1, Length(Inicio)) <> Inicio) or (Lugar = 0) then
+    Exit;
+  Delete(Linha, 1, Length(Inicio) + Lugar + 1);
+  Result := ZelDeCaminho(PAnsiChar(Linha)); { UTF-8 }
+end;
+{$ELSE}
+procedure OuvirMotivos;
+begin
+end;
+
+function MotivoDe(const Funcao: TZelTexto; Codigo: Integer): TZelTexto;
+begin
+  Result := '';
+end;
 {$ENDIF}
 
 function ProcurarFuncao(const Nome: string): Pointer;
@@ -110,13 +185,15 @@ begin
     if Alca = 0 then
     begin
       DefinirDiretorio(Diretorio);
+      OuvirMotivos;
 {$IFDEF FPC}
       Alca := LoadLibrary(string(Biblioteca));
 {$ELSE}
       Alca := LoadLibrary(PChar(Biblioteca));
 {$ENDIF}
       if Alca = 0 then
-        raise EZelEntrada.Create(TZelTexto('a biblioteca não pôde ser carregada: ') + Biblioteca);
+        raise EZelAusente.Create(TZelTexto('a biblioteca não pôde ser carregada: ') + Biblioteca +
+          '. ' + ZelAusente);
       ZelCarregarFuncoes(ProcurarFuncao, Funcoes);
       DoProcesso := Diretorio;
     end;
@@ -128,7 +205,7 @@ begin
 end;
 
 constructor TZelChamador.Create(const ADiretorio: TZelTexto; ATransliterar: Boolean;
-  const ABiblioteca: TZelTexto);
+  const ABiblioteca: TZelTexto; ACortar: Boolean);
 begin
   FDiretorio := ADiretorio;
   while (Length(FDiretorio) > 1) and (FDiretorio[Length(FDiretorio)] = '/') do
@@ -136,8 +213,10 @@ begin
   if (FDiretorio = '') or (FDiretorio[1] <> '/') then
     raise EZelEntrada.Create(TZelTexto('o diretório não é um caminho absoluto: ') + FDiretorio);
   if not DirectoryExists(string(FDiretorio)) then
-    raise EZelEntrada.Create(TZelTexto('o diretório não existe: ') + FDiretorio);
+    raise EZelEntrada.Create(TZelTexto('o diretório não existe: ') + FDiretorio +
+      TZelTexto('; crie-o (mkdir), com permissão de escrita para quem roda o caixa'));
   FTransliterar := ATransliterar;
+  FCortar := ACortar;
   Carregar(FDiretorio, ABiblioteca);
 end;
 
@@ -146,9 +225,34 @@ begin
   Result := FDiretorio + '/' + Nome;
 end;
 
-function TZelChamador.DeTexto(const Argumento, Texto: TZelTexto): RawByteString;
+function TZelChamador.DeTexto(const Argumento, Texto: TZelTexto;
+  Minimo, Maximo: Integer): RawByteString;
 begin
   Result := ZelLatin1(Argumento, Texto, FTransliterar);
+  if (Maximo > 0) and (Result <> '') and not FCortar then
+    ZelConferirTamanho(Argumento, Length(Result), Minimo, Maximo);
+end;
+
+function TZelChamador.Obrigatorio(const Argumento, Texto: TZelTexto;
+  Minimo, Maximo: Integer): RawByteString;
+begin
+  if (Texto = '') and not FCortar then
+    ZelConferirTamanho(Argumento, 0, Minimo, Maximo);
+  Result := DeTexto(Argumento, Texto, Minimo, Maximo);
+end;
+
+function TZelChamador.Documento(const Argumento, Texto: TZelTexto): RawByteString;
+begin
+  if FCortar or (Texto = '') then
+    Result := DeTexto(Argumento, Texto)
+  else
+    Result := ZelDocumento(Argumento, Texto);
+end;
+
+function TZelChamador.Identificacao(const Funcao: TZelTexto;
+  const Consumidor: TZelConsumidor): RawByteString;
+begin
+  Result := ZelIdentificar(Funcao, Consumidor, FCortar);
 end;
 
 procedure TZelChamador.Entrar;
@@ -168,14 +272,14 @@ end;
 function TZelChamador.Concluir(const Funcao: TZelTexto; Resposta: Integer): Integer;
 begin
   if Resposta < ZEL_OK then
-    raise EZelRecusa.Create(Funcao, Resposta, '');
+    raise EZelRecusa.Create(Funcao, Resposta, '', MotivoDe(Funcao, Resposta));
   Result := Resposta;
 end;
 
 function TZelChamador.ConcluirEstado(const Funcao: TZelTexto; Resposta: Integer): TZelEstado;
 begin
   if Resposta < 0 then
-    raise EZelRecusa.Create(Funcao, Resposta, '');
+    raise EZelRecusa.Create(Funcao, Resposta, '', MotivoDe(Funcao, Resposta));
   Result := TZelEstado(Resposta);
 end;
 
@@ -184,7 +288,7 @@ function TZelChamador.ConcluirTexto(const Funcao: TZelTexto; Resposta: Integer;
 begin
   Result := ZelDeLatin1(PAnsiChar(Saida));
   if Resposta < ZEL_OK then
-    raise EZelRecusa.Create(Funcao, Resposta, Result);
+    raise EZelRecusa.Create(Funcao, Resposta, Result, MotivoDe(Funcao, Resposta));
 end;
 
 function TZelChamador.ConcluirCaminho(const Funcao: TZelTexto; Resposta: Integer;
@@ -192,7 +296,7 @@ function TZelChamador.ConcluirCaminho(const Funcao: TZelTexto; Resposta: Integer
 begin
   Result := ZelDeCaminho(PAnsiChar(Saida));
   if Resposta < ZEL_OK then
-    raise EZelRecusa.Create(Funcao, Resposta, Result);
+    raise EZelRecusa.Create(Funcao, Resposta, Result, MotivoDe(Funcao, Resposta));
 end;
 
 function LerArquivo(const Nome: TZelTexto): RawByteString;
@@ -265,17 +369,22 @@ begin
   Result.Mensagem := Result.Maior;
 end;
 
-function TZelChamador.TamanhoDoCupom(const Documento, Retorno, Url: TZelTexto): Int64;
+function TZelChamador.TamanhoDoCupom(const ADocumento, ARetorno, AUrl: TZelTexto;
+  ACancelamento, ASemAutorizacao: Boolean): Int64;
 var
+  Xml, Resposta: RawByteString;
   Medida: TMedida;
-  DoRetorno, Via: Int64;
+  Via: Int64;
 begin
-  Medida := Medir(LerArquivo(Documento));
-  DoRetorno := 0;
-  if Retorno <> 'OFFLINE' then
-    DoRetorno := Length(LerArquivo(Retorno));
-  Via := 16384 + 32 * Medida.Maior + 2 * (Medida.Mensagem + BytesDe('ArqPersist.bin')) + DoRetorno +
-    Length(Url) + Medida.Itens * (300 + Medida.Maior) + Medida.Pagamentos * 100;
+  Xml := LerArquivo(ADocumento);
+  Resposta := '';
+  if ARetorno <> 'OFFLINE' then
+    Resposta := LerArquivo(ARetorno);
+  if not ASemAutorizacao then
+    ZelConferirAutorizacao(Xml, Resposta, ARetorno <> 'OFFLINE', ACancelamento);
+  Medida := Medir(Xml);
+  Via := 16384 + 32 * Medida.Maior + 2 * (Medida.Mensagem + BytesDe('ArqPersist.bin')) +
+    Length(Resposta) + Length(AUrl) + Medida.Itens * (300 + Medida.Maior) + Medida.Pagamentos * 100;
   Result := Max(ZEL_TAMANHO_CUPOM, 2 * Via);
 end;
 

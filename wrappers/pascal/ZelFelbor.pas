@@ -21,11 +21,16 @@ type
   EZelEntrada = ZelValores.EZelEntrada;
   EZelTexto = ZelValores.EZelTexto;
   EZelRecusa = ZelValores.EZelRecusa;
+  EZelAusente = ZelValores.EZelAusente;
 
   TCupom = class(TZelOperacoes)
   private
-    function Formatar(const AXml, ARetorno, AUrl: TZelTexto; AColunas, ATipo: Integer): TZelTexto;
+    function Formatar(const AXml, ARetorno, AUrl: TZelTexto; AColunas, ATipo: Integer;
+      ASemAutorizacao: Boolean): TZelTexto;
+    function LerOuVazio(const AChave: TZelTexto): TZelTexto;
   public
+    { regAlterarValor_ZEL; a value that the key does not keep whole is taken back and refused. }
+    procedure AlterarValor(const AChave, AValor: TZelTexto); override;
     { aCFContingenciaUltimaNota_ZEL of kind 1 (as the closing does), 3 or 5 (in contingency);
       answers the document. }
     function Reemitir(ATipo: Integer): TZelTexto;
@@ -33,16 +38,19 @@ type
       of the last file. }
     function Contingencia(const ADiretorios: array of TZelTexto): TZelTexto;
     { The receipt text of a sale with its printer mark-up. ARetorno is the file of the tax
-      authority's answer, or "OFFLINE"; AColunas 42 or 48; the content of the QR code is built when
-      none is given. }
-    function Imprimir(const AXml: TZelTexto; const ARetorno: TZelTexto = 'OFFLINE';
-      AColunas: Integer = 48; const AUrlQrcode: TZelTexto = ''): TZelTexto;
-    { The same of a cancellation request. }
-    function ImprimirCancelamento(const AXml: TZelTexto; const ARetorno: TZelTexto = 'OFFLINE';
-      AColunas: Integer = 48): TZelTexto;
+      authority's answer, which has to authorize the sale, or "OFFLINE" for a document of contingency
+      or without fiscal value; ASemAutorizacao lays any other out, too, for a trial. AColunas 42 or
+      48; the content of the QR code is built when none is given. }
+    function Imprimir(const AXml, ARetorno: TZelTexto; AColunas: Integer = 48;
+      const AUrlQrcode: TZelTexto = ''; ASemAutorizacao: Boolean = False): TZelTexto;
+    { The same of a cancellation request, which the answer has to have registered. }
+    function ImprimirCancelamento(const AXml, ARetorno: TZelTexto; AColunas: Integer = 48;
+      ASemAutorizacao: Boolean = False): TZelTexto;
   end;
 
 implementation
+
+uses SysUtils;
 
 function TCupom.Reemitir(ATipo: Integer): TZelTexto;
 var
@@ -74,23 +82,57 @@ begin
   Result := ConcluirCaminho('aCFContingenciaUltimaNota_ZEL', Resposta, Saida);
 end;
 
+{ That there is no such key, the function that changes it says. }
+function TCupom.LerOuVazio(const AChave: TZelTexto): TZelTexto;
+begin
+  Result := '';
+  try
+    Result := RetornarValor(AChave);
+  except
+    on EZelRecusa do
+      Exit;
+  end;
+end;
+
+procedure TCupom.AlterarValor(const AChave, AValor: TZelTexto);
+var
+  Antes: TZelTexto;
+  Dado, Guardado: RawByteString;
+begin
+  if not Cortar then
+    Antes := LerOuVazio(AChave);
+  inherited AlterarValor(AChave, AValor);
+  if Cortar then
+    Exit;
+  Dado := DeTexto('valor', AValor);
+  Guardado := ZelLatin1('valor', RetornarValor(AChave), False);
+  if Dado = Guardado then
+    Exit;
+  inherited AlterarValor(AChave, Antes);
+  raise EZelEntrada.Create('valor: ' + TZelTexto(IntToStr(Length(Dado))) +
+    ' caracteres, de que ' + AChave + ' guarda ' + TZelTexto(IntToStr(Length(Guardado))) +
+    '; nada mudou');
+end;
+
 function TCupom.Imprimir(const AXml, ARetorno: TZelTexto; AColunas: Integer;
-  const AUrlQrcode: TZelTexto): TZelTexto;
+  const AUrlQrcode: TZelTexto; ASemAutorizacao: Boolean): TZelTexto;
 begin
-  Result := Formatar(AXml, ARetorno, AUrlQrcode, AColunas, 1);
+  Result := Formatar(AXml, ARetorno, AUrlQrcode, AColunas, 1, ASemAutorizacao);
 end;
 
-function TCupom.ImprimirCancelamento(const AXml, ARetorno: TZelTexto; AColunas: Integer): TZelTexto;
+function TCupom.ImprimirCancelamento(const AXml, ARetorno: TZelTexto; AColunas: Integer;
+  ASemAutorizacao: Boolean): TZelTexto;
 begin
-  Result := Formatar(AXml, ARetorno, '', AColunas, 5);
+  Result := Formatar(AXml, ARetorno, '', AColunas, 5, ASemAutorizacao);
 end;
 
-function TCupom.Formatar(const AXml, ARetorno, AUrl: TZelTexto; AColunas, ATipo: Integer): TZelTexto;
+function TCupom.Formatar(const AXml, ARetorno, AUrl: TZelTexto; AColunas, ATipo: Integer;
+  ASemAutorizacao: Boolean): TZelTexto;
 var
   Resposta: Integer;
   Saida: RawByteString;
 begin
-  Saida := ZelSaida(TamanhoDoCupom(AXml, ARetorno, AUrl));
+  Saida := ZelSaida(TamanhoDoCupom(AXml, ARetorno, AUrl, ATipo = 5, ASemAutorizacao));
   Entrar;
   try
     Resposta := Funcoes.GerarArquivoFormatadoNF_ZEL(PAnsiChar(ZelCaminho('arquivoXml', AXml)),

@@ -29,7 +29,7 @@ type
       AConsumidor: o consumidor. }
     procedure IdentificarConsumidor(const AConsumidor: TZelConsumidor);
     { Grava a transportadora de uma entrega. aCFIdentificarTransportadora_ZEL.
-      ADocumento: CPF ou CNPJ, só dígitos.
+      ADocumento: CPF ou CNPJ, com os dígitos verificadores.
       ANome: nome, 2 a 60.
       AInscricaoEstadual: inscrição estadual, 2 caracteres.
       AEndereco: endereço, 1 a 60.
@@ -211,7 +211,7 @@ type
     { Grava um valor da configuração. regAlterarValor_ZEL.
       AChave: caminho da chave, com \ entre os grupos.
       AValor: o valor. }
-    procedure AlterarValor(const AChave, AValor: TZelTexto);
+    procedure AlterarValor(const AChave, AValor: TZelTexto); virtual;
     { Lê um valor da configuração. regRetornarValor_ZEL.
       AChave: caminho da chave, com \ entre os grupos. }
     function RetornarValor(const AChave: TZelTexto): TZelTexto;
@@ -263,14 +263,15 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFAbrir_ZEL(PAnsiChar(DeTexto('documento', AConsumidor.Documento)),
-            PAnsiChar(DeTexto('nome', AConsumidor.Nome)),
-            PAnsiChar(DeTexto('logradouro', AConsumidor.Logradouro)),
-            PAnsiChar(DeTexto('numero', AConsumidor.Numero)),
-            PAnsiChar(DeTexto('bairro', AConsumidor.Bairro)),
-            PAnsiChar(DeTexto('codigoMunicipio', AConsumidor.CodigoMunicipio)),
-            PAnsiChar(DeTexto('municipio', AConsumidor.Municipio)),
-            PAnsiChar(DeTexto('uf', AConsumidor.Uf)), PAnsiChar(DeTexto('cep', AConsumidor.Cep)));
+    Resposta := Funcoes.aCFAbrir_ZEL(PAnsiChar(Identificacao('aCFAbrir_ZEL', AConsumidor)),
+            PAnsiChar(DeTexto('nome', AConsumidor.Nome, 2, 60)),
+            PAnsiChar(DeTexto('logradouro', AConsumidor.Logradouro, 2, 60)),
+            PAnsiChar(DeTexto('numero', AConsumidor.Numero, 1, 60)),
+            PAnsiChar(DeTexto('bairro', AConsumidor.Bairro, 1, 60)),
+            PAnsiChar(DeTexto('codigoMunicipio', AConsumidor.CodigoMunicipio, 7, 7)),
+            PAnsiChar(DeTexto('municipio', AConsumidor.Municipio, 2, 60)),
+            PAnsiChar(DeTexto('uf', AConsumidor.Uf, 2, 2)),
+            PAnsiChar(DeTexto('cep', AConsumidor.Cep, 8, 8)));
   finally
     Sair;
   end;
@@ -289,15 +290,17 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFAbrirNumSerie_ZEL(ANumeroCupom, ASerie,
-            PAnsiChar(DeTexto('documento', AConsumidor.Documento)),
-            PAnsiChar(DeTexto('nome', AConsumidor.Nome)),
-            PAnsiChar(DeTexto('logradouro', AConsumidor.Logradouro)),
-            PAnsiChar(DeTexto('numero', AConsumidor.Numero)),
-            PAnsiChar(DeTexto('bairro', AConsumidor.Bairro)),
-            PAnsiChar(DeTexto('codigoMunicipio', AConsumidor.CodigoMunicipio)),
-            PAnsiChar(DeTexto('municipio', AConsumidor.Municipio)),
-            PAnsiChar(DeTexto('uf', AConsumidor.Uf)), PAnsiChar(DeTexto('cep', AConsumidor.Cep)));
+    Resposta := Funcoes.aCFAbrirNumSerie_ZEL(ZelInteiro('numeroCupom', ANumeroCupom, 0, 999999999),
+            ZelInteiro('serie', ASerie, 0, 999),
+            PAnsiChar(Identificacao('aCFAbrirNumSerie_ZEL', AConsumidor)),
+            PAnsiChar(DeTexto('nome', AConsumidor.Nome, 2, 60)),
+            PAnsiChar(DeTexto('logradouro', AConsumidor.Logradouro, 2, 60)),
+            PAnsiChar(DeTexto('numero', AConsumidor.Numero, 1, 60)),
+            PAnsiChar(DeTexto('bairro', AConsumidor.Bairro, 1, 60)),
+            PAnsiChar(DeTexto('codigoMunicipio', AConsumidor.CodigoMunicipio, 7, 7)),
+            PAnsiChar(DeTexto('municipio', AConsumidor.Municipio, 2, 60)),
+            PAnsiChar(DeTexto('uf', AConsumidor.Uf, 2, 2)),
+            PAnsiChar(DeTexto('cep', AConsumidor.Cep, 8, 8)));
   finally
     Sair;
   end;
@@ -315,15 +318,7 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFIdentificarConsumidor_ZEL(PAnsiChar(DeTexto('documento',
-            AConsumidor.Documento)), PAnsiChar(DeTexto('nome', AConsumidor.Nome)),
-            PAnsiChar(DeTexto('logradouro', AConsumidor.Logradouro)),
-            PAnsiChar(DeTexto('numero', AConsumidor.Numero)),
-            PAnsiChar(DeTexto('bairro', AConsumidor.Bairro)),
-            PAnsiChar(DeTexto('codigoMunicipio', AConsumidor.CodigoMunicipio)),
-            PAnsiChar(DeTexto('municipio', AConsumidor.Municipio)),
-            PAnsiChar(DeTexto('uf', AConsumidor.Uf)), PAnsiChar(DeTexto('cep', AConsumidor.Cep)),
-            PAnsiChar(DeTexto('email', AConsumidor.Email)));
+    Resposta := Funcoes.aCFIdentificarConsumidor_ZEL(PAnsiChar(Identificacao('aCFIdentificarConsumidor_ZEL', AConsumidor)), PAnsiChar(DeTexto('nome', AConsumidor.Nome, 2, 60)), PAnsiChar(DeTexto('logradouro', AConsumidor.Logradouro, 2, 60)), PAnsiChar(DeTexto('numero', AConsumidor.Numero, 1, 60)), PAnsiChar(DeTexto('bairro', AConsumidor.Bairro, 1, 60)), PAnsiChar(DeTexto('codigoMunicipio', AConsumidor.CodigoMunicipio, 7, 7)), PAnsiChar(DeTexto('municipio', AConsumidor.Municipio, 2, 60)), PAnsiChar(DeTexto('uf', AConsumidor.Uf, 2, 2)), PAnsiChar(DeTexto('cep', AConsumidor.Cep, 8, 8)), PAnsiChar(DeTexto('email', AConsumidor.Email, 1, 59)));
   finally
     Sair;
   end;
@@ -337,11 +332,12 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFIdentificarTransportadora_ZEL(PAnsiChar(DeTexto('documento',
-            ADocumento)), PAnsiChar(DeTexto('nome', ANome)),
-            PAnsiChar(DeTexto('inscricaoEstadual', AInscricaoEstadual)),
-            PAnsiChar(DeTexto('endereco', AEndereco)), PAnsiChar(DeTexto('municipio', AMunicipio)),
-            PAnsiChar(DeTexto('uf', AUf)));
+    Resposta := Funcoes.aCFIdentificarTransportadora_ZEL(PAnsiChar(Documento('documento',
+            ADocumento)), PAnsiChar(DeTexto('nome', ANome, 2, 60)),
+            PAnsiChar(DeTexto('inscricaoEstadual', AInscricaoEstadual, 2, 2)),
+            PAnsiChar(DeTexto('endereco', AEndereco, 1, 60)),
+            PAnsiChar(DeTexto('municipio', AMunicipio, 1, 60)),
+            PAnsiChar(DeTexto('uf', AUf, 2, 2)));
   finally
     Sair;
   end;
@@ -366,8 +362,9 @@ begin
             PAnsiChar(ZelDecimal('valorUnitario', AValorUnitario, 10)),
             PAnsiChar(AAjuste.ConverterTipo('tipoAjuste', '')),
             PAnsiChar(AAjuste.ConverterValor('valorAjuste')),
-            PAnsiChar(DeTexto('codigo', ACodigo)), PAnsiChar(DeTexto('unidade', AUnidade)),
-            PAnsiChar(DeTexto('descricao', ADescricao)));
+            PAnsiChar(DeTexto('codigo', ACodigo, 1, 60)),
+            PAnsiChar(DeTexto('unidade', AUnidade, 1, 6)),
+            PAnsiChar(DeTexto('descricao', ADescricao, 1, 120)));
   finally
     Sair;
   end;
@@ -393,9 +390,9 @@ begin
             PAnsiChar(ZelDecimal('valorUnitario', AValorUnitario, 10)),
             PAnsiChar(AAjuste.ConverterTipo('tipoAjuste', '')),
             PAnsiChar(AAjuste.ConverterValor('valorAjuste')),
-            PAnsiChar(DeTexto('codigo', ACodigo)), PAnsiChar(DeTexto('ncm', ANcm)),
-            PAnsiChar(DeTexto('cfop', ACfop)), PAnsiChar(DeTexto('unidade', AUnidade)),
-            PAnsiChar(DeTexto('descricao', ADescricao)), '');
+            PAnsiChar(DeTexto('codigo', ACodigo, 1, 60)), PAnsiChar(DeTexto('ncm', ANcm, 2, 8)),
+            PAnsiChar(DeTexto('cfop', ACfop, 4, 4)), PAnsiChar(DeTexto('unidade', AUnidade, 1, 6)),
+            PAnsiChar(DeTexto('descricao', ADescricao, 1, 120)), '');
   finally
     Sair;
   end;
@@ -428,7 +425,7 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFLancarDescontoItem_ZEL(AItem,
+    Resposta := Funcoes.aCFLancarDescontoItem_ZEL(ZelInteiro('item', AItem),
             PAnsiChar(AAjuste.ConverterTipo('tipo', 'D')),
             PAnsiChar(AAjuste.ConverterValor('valor')));
   finally
@@ -443,7 +440,7 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFLancarAcrescimoItem_ZEL(AItem,
+    Resposta := Funcoes.aCFLancarAcrescimoItem_ZEL(ZelInteiro('item', AItem),
             PAnsiChar(AAjuste.ConverterTipo('tipo', 'A')),
             PAnsiChar(AAjuste.ConverterValor('valor')));
   finally
@@ -458,7 +455,7 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFCancelarItem_ZEL(AItem);
+    Resposta := Funcoes.aCFCancelarItem_ZEL(ZelInteiro('item', AItem));
   finally
     Sair;
   end;
@@ -471,7 +468,7 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFCancelarItemParcial_ZEL(AItem,
+    Resposta := Funcoes.aCFCancelarItemParcial_ZEL(ZelInteiro('item', AItem),
             PAnsiChar(ZelDecimal('quantidade', AQuantidade, 4)));
   finally
     Sair;
@@ -485,7 +482,7 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFCancelarDescontoItem_ZEL(AItem);
+    Resposta := Funcoes.aCFCancelarDescontoItem_ZEL(ZelInteiro('item', AItem));
   finally
     Sair;
   end;
@@ -498,7 +495,7 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFCancelarAcrescimoItem_ZEL(AItem);
+    Resposta := Funcoes.aCFCancelarAcrescimoItem_ZEL(ZelInteiro('item', AItem));
   finally
     Sair;
   end;
@@ -531,7 +528,7 @@ begin
   Entrar;
   try
     Resposta := Funcoes.aCFEfetuarPagamento_ZEL(PAnsiChar(ZelFormasPagamento[AForma]),
-            PAnsiChar(ZelDecimal('valor', AValor, 2)));
+            PAnsiChar(ZelDecimalOpcional('valor', AValor, 2)));
   finally
     Sair;
   end;
@@ -577,7 +574,7 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.tCFEncerrar_ZEL(PAnsiChar(DeTexto('informacoes', AInformacoes)));
+    Resposta := Funcoes.tCFEncerrar_ZEL(PAnsiChar(DeTexto('informacoes', AInformacoes, 0, 5000)));
   finally
     Sair;
   end;
@@ -595,8 +592,8 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.tCFEncerrarConfigMsg_ZEL(PAnsiChar(DeTexto('informacoes', AInformacoes)),
-            PAnsiChar(DeTexto('informacoesFisco', AInformacoesFisco)));
+    Resposta := Funcoes.tCFEncerrarConfigMsg_ZEL(PAnsiChar(Obrigatorio('informacoes', AInformacoes,
+            1, 5000)), PAnsiChar(Obrigatorio('informacoesFisco', AInformacoesFisco, 1, 2000)));
   finally
     Sair;
   end;
@@ -610,10 +607,10 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.tCFCancelar_ZEL(PAnsiChar(DeTexto('numero', ANumero)),
-            PAnsiChar(DeTexto('serie', ASerie)), PAnsiChar(DeTexto('chave', AChave)),
-            PAnsiChar(DeTexto('protocolo', AProtocolo)),
-            PAnsiChar(DeTexto('justificativa', AJustificativa)));
+    Resposta := Funcoes.tCFCancelar_ZEL(PAnsiChar(DeTexto('numero', ANumero, 1, 9)),
+            PAnsiChar(DeTexto('serie', ASerie, 1, 4)), PAnsiChar(DeTexto('chave', AChave, 44, 44)),
+            PAnsiChar(DeTexto('protocolo', AProtocolo, 1, 15)),
+            PAnsiChar(DeTexto('justificativa', AJustificativa, 1, 99)));
   finally
     Sair;
   end;
@@ -634,9 +631,9 @@ begin
   Saida := ZelDiretorios('diretorios', ADiretorios);
   Entrar;
   try
-    Resposta := Funcoes.tCFCancelarOffline_ZEL(PAnsiChar(DeTexto('numero', ANumero)),
-            PAnsiChar(DeTexto('serie', ASerie)), PAnsiChar(DeTexto('chave', AChave)),
-            PAnsiChar(DeTexto('justificativa', AJustificativa)), PAnsiChar(Saida));
+    Resposta := Funcoes.tCFCancelarOffline_ZEL(PAnsiChar(DeTexto('numero', ANumero, 1, 9)),
+            PAnsiChar(DeTexto('serie', ASerie, 1, 4)), PAnsiChar(DeTexto('chave', AChave, 44, 44)),
+            PAnsiChar(DeTexto('justificativa', AJustificativa, 1, 99)), PAnsiChar(Saida));
   finally
     Sair;
   end;
@@ -655,9 +652,10 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.tCFInutilizar_ZEL(PAnsiChar(DeTexto('numeroInicial', ANumeroInicial)),
-            PAnsiChar(DeTexto('numeroFinal', ANumeroFinal)), PAnsiChar(DeTexto('serie', ASerie)),
-            PAnsiChar(DeTexto('justificativa', AJustificativa)));
+    Resposta := Funcoes.tCFInutilizar_ZEL(PAnsiChar(Obrigatorio('numeroInicial', ANumeroInicial, 1,
+            9)), PAnsiChar(Obrigatorio('numeroFinal', ANumeroFinal, 1, 9)),
+            PAnsiChar(Obrigatorio('serie', ASerie, 1, 3)),
+            PAnsiChar(Obrigatorio('justificativa', AJustificativa, 1, 60)));
   finally
     Sair;
   end;
@@ -672,8 +670,9 @@ begin
   Entrar;
   try
     Resposta := Funcoes.GeraXMLConsulta_ZEL(PAnsiChar(ZelTiposConsulta[ATipo]),
-            PAnsiChar(DeTexto('inicial', AInicial)), PAnsiChar(DeTexto('final', AFinal)),
-            PAnsiChar(DeTexto('serie', ASerie)), PAnsiChar(DeTexto('chave', AChave)));
+            PAnsiChar(DeTexto('inicial', AInicial, 1, 25)),
+            PAnsiChar(DeTexto('final', AFinal, 1, 25)), PAnsiChar(DeTexto('serie', ASerie, 1, 4)),
+            PAnsiChar(DeTexto('chave', AChave, 44, 44)));
   finally
     Sair;
   end;
@@ -692,8 +691,8 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFConfICMS00_ZEL(PAnsiChar(DeTexto('origem', AOrigem)),
-            PAnsiChar(DeTexto('cst', ACst)), PAnsiChar(DeTexto('modBC', AModBc)),
+    Resposta := Funcoes.aCFConfICMS00_ZEL(PAnsiChar(DeTexto('origem', AOrigem, 1, 1)),
+            PAnsiChar(DeTexto('cst', ACst, 2, 2)), PAnsiChar(DeTexto('modBC', AModBc, 1, 1)),
             PAnsiChar(ZelDecimal('aliquota', AAliquota, 2)));
   finally
     Sair;
@@ -708,10 +707,10 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFConfICMS40_ZEL(PAnsiChar(DeTexto('origem', AOrigem)),
-            PAnsiChar(DeTexto('cst', ACst)),
-            PAnsiChar(ZelDecimal('valorDesonerado', AValorDesonerado, 2)),
-            PAnsiChar(DeTexto('motivo', AMotivo)));
+    Resposta := Funcoes.aCFConfICMS40_ZEL(PAnsiChar(DeTexto('origem', AOrigem, 1, 1)),
+            PAnsiChar(DeTexto('cst', ACst, 2, 2)),
+            PAnsiChar(ZelDecimalOpcional('valorDesonerado', AValorDesonerado, 2)),
+            PAnsiChar(DeTexto('motivo', AMotivo, 1, 1)));
   finally
     Sair;
   end;
@@ -730,9 +729,10 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFConfICMS60_ZEL(PAnsiChar(DeTexto('origem', AOrigem)),
-            PAnsiChar(DeTexto('cst', ACst)), PAnsiChar(ZelDecimal('baseRetida', ABaseRetida, 2)),
-            PAnsiChar(ZelDecimal('valorRetido', AValorRetido, 2)));
+    Resposta := Funcoes.aCFConfICMS60_ZEL(PAnsiChar(DeTexto('origem', AOrigem, 1, 1)),
+            PAnsiChar(DeTexto('cst', ACst, 2, 2)),
+            PAnsiChar(ZelDecimalOpcional('baseRetida', ABaseRetida, 2)),
+            PAnsiChar(ZelDecimalOpcional('valorRetido', AValorRetido, 2)));
   finally
     Sair;
   end;
@@ -750,7 +750,7 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFConfPisAliq_ZEL(PAnsiChar(DeTexto('cst', ACst)),
+    Resposta := Funcoes.aCFConfPisAliq_ZEL(PAnsiChar(DeTexto('cst', ACst, 2, 2)),
             PAnsiChar(ZelDecimal('aliquota', AAliquota, 4)));
   finally
     Sair;
@@ -764,7 +764,7 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFConfPisQtde_ZEL(PAnsiChar(DeTexto('cst', ACst)),
+    Resposta := Funcoes.aCFConfPisQtde_ZEL(PAnsiChar(DeTexto('cst', ACst, 2, 2)),
             PAnsiChar(ZelDecimal('valorUnidade', AValorUnidade, 4)));
   finally
     Sair;
@@ -778,7 +778,7 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFConfPisNT_ZEL(PAnsiChar(DeTexto('cst', ACst)));
+    Resposta := Funcoes.aCFConfPisNT_ZEL(PAnsiChar(DeTexto('cst', ACst, 2, 2)));
   finally
     Sair;
   end;
@@ -791,7 +791,7 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFConfCofinsAliq_ZEL(PAnsiChar(DeTexto('cst', ACst)),
+    Resposta := Funcoes.aCFConfCofinsAliq_ZEL(PAnsiChar(DeTexto('cst', ACst, 2, 2)),
             PAnsiChar(ZelDecimal('aliquota', AAliquota, 4)));
   finally
     Sair;
@@ -805,7 +805,7 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFConfCofinsQtde_ZEL(PAnsiChar(DeTexto('cst', ACst)),
+    Resposta := Funcoes.aCFConfCofinsQtde_ZEL(PAnsiChar(DeTexto('cst', ACst, 2, 2)),
             PAnsiChar(ZelDecimal('valorUnidade', AValorUnidade, 4)));
   finally
     Sair;
@@ -819,7 +819,7 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFConfCofinsNT_ZEL(PAnsiChar(DeTexto('cst', ACst)));
+    Resposta := Funcoes.aCFConfCofinsNT_ZEL(PAnsiChar(DeTexto('cst', ACst, 2, 2)));
   finally
     Sair;
   end;
@@ -833,9 +833,9 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFConfPisOutr_ZEL(PAnsiChar(DeTexto('cst', ACst)),
-            PAnsiChar(ZelDecimal('aliquota', AAliquota, 4)),
-            PAnsiChar(ZelDecimal('valorUnidade', AValorUnidade, 4)));
+    Resposta := Funcoes.aCFConfPisOutr_ZEL(PAnsiChar(DeTexto('cst', ACst, 2, 2)),
+            PAnsiChar(ZelDecimalOpcional('aliquota', AAliquota, 4)),
+            PAnsiChar(ZelDecimalOpcional('valorUnidade', AValorUnidade, 4)));
   finally
     Sair;
   end;
@@ -854,9 +854,9 @@ var
 begin
   Entrar;
   try
-    Resposta := Funcoes.aCFConfCofinsOutr_ZEL(PAnsiChar(DeTexto('cst', ACst)),
-            PAnsiChar(ZelDecimal('aliquota', AAliquota, 4)),
-            PAnsiChar(ZelDecimal('valorUnidade', AValorUnidade, 4)));
+    Resposta := Funcoes.aCFConfCofinsOutr_ZEL(PAnsiChar(DeTexto('cst', ACst, 2, 2)),
+            PAnsiChar(ZelDecimalOpcional('aliquota', AAliquota, 4)),
+            PAnsiChar(ZelDecimalOpcional('valorUnidade', AValorUnidade, 4)));
   finally
     Sair;
   end;
@@ -988,7 +988,8 @@ begin
   Entrar;
   try
     Resposta := Funcoes.eCriptografarArquivo_ZEL(PAnsiChar(ZelCaminho('origem', AOrigem)),
-            PAnsiChar(ZelCaminho('destino', ADestino)), PAnsiChar(DeTexto('chave', AChave)));
+            PAnsiChar(ZelCaminho('destino', ADestino)),
+            PAnsiChar(DeTexto('chave', AChave, 0, 1023)));
   finally
     Sair;
   end;
@@ -1002,7 +1003,8 @@ begin
   Entrar;
   try
     Resposta := Funcoes.eDescriptografarArquivo_ZEL(PAnsiChar(ZelCaminho('origem', AOrigem)),
-            PAnsiChar(ZelCaminho('destino', ADestino)), PAnsiChar(DeTexto('chave', AChave)));
+            PAnsiChar(ZelCaminho('destino', ADestino)),
+            PAnsiChar(DeTexto('chave', AChave, 0, 1023)));
   finally
     Sair;
   end;

@@ -44,6 +44,7 @@ const
   ZEL_TAMANHO_DIRETORIOS = 966;
   ZEL_TAMANHO_DOCUMENTO = 4194304;
   ZEL_TAMANHO_CUPOM = 131072;
+  ZelDescritor = 'zel_felbor';
 
 type
   TZelEstado = (
@@ -73,7 +74,10 @@ type
     ztChave); { pela chave de acesso }
 
   TZelConsumidor = record
-    Documento: TZelTexto; { CPF, CNPJ ou identificação de estrangeiro }
+    Documento: TZelTexto; { CPF ou CNPJ, com os dígitos verificadores }
+    Cpf: TZelTexto; { CPF, em lugar de documento }
+    Cnpj: TZelTexto; { CNPJ, em lugar de documento }
+    Estrangeiro: TZelTexto; { documento de estrangeiro, só dígitos; só ao abrir }
     Nome: TZelTexto; { nome do consumidor }
     Logradouro: TZelTexto; { rua; sem ela não há endereço }
     Numero: TZelTexto; { número do endereço }
@@ -82,7 +86,7 @@ type
     Municipio: TZelTexto; { nome do município }
     Uf: TZelTexto; { sigla do estado }
     Cep: TZelTexto; { CEP, 8 dígitos }
-    Email: TZelTexto; { e-mail; só identificarConsumidor o usa }
+    Email: TZelTexto; { e-mail; só identificarConsumidor o grava }
   end;
 
   { The 47 functions. }
@@ -183,6 +187,10 @@ procedure ZelCarregarFuncoes(Procurar: TZelProcurar; out Funcoes: TZelFuncoes);
 function ZelDescrever(Codigo: Integer; out Nome, Significado, Remedio: TZelTexto): Boolean;
 { The plain form of a typographic character; False when it has none. }
 function ZelTransliterar(Caractere: Cardinal; out Simples: TZelTexto): Boolean;
+{ The one letter that a letter and the mark after it make; 0 when there is none. }
+function ZelCompor(Letra, Marca: Cardinal): Cardinal;
+{ What to do about a library that is not there. }
+function ZelAusente: TZelTexto;
 
 implementation
 
@@ -264,8 +272,9 @@ begin
           TZelTexto('Recusado: um argumento ou uma configuração não serve, ou os dados não ') +
           TZelTexto('combinam entre si.');
         Remedio :=
-          TZelTexto('Veja no log (ZEL_LOG) qual campo foi recusado e por quê; confira os ar') +
-          TZelTexto('gumentos com o cabeçalho.');
+          TZelTexto('O motivo diz qual campo e por quê: a exceção o traz nas outras linguag') +
+          TZelTexto('ens, e o log (ZEL_LOG) em todas. Confira os argumentos com o cabeçalho') +
+          TZelTexto('.');
       end;
     ZEL_ITEM_INEXISTENTE:
       begin
@@ -382,8 +391,9 @@ begin
           TZelTexto('om, ou não há cupom em andamento onde é preciso um.');
         Remedio :=
           TZelTexto('Verifique permissão, espaço em disco e se outro programa de caixa está') +
-          TZelTexto(' aberto no mesmo diretório; o log diz qual arquivo. Nada mudou: a cham') +
-          TZelTexto('ada pode ser repetida.');
+          TZelTexto(' aberto no mesmo diretório; o motivo, na exceção ou no log, diz qual a') +
+          TZelTexto('rquivo. Num diretório novo, abra um cupom antes. Nada mudou: a chamada') +
+          TZelTexto(' pode ser repetida.');
       end;
     ZEL_ARGUMENTO_INVALIDO:
       begin
@@ -391,8 +401,8 @@ begin
         Significado :=
           TZelTexto('Um argumento é nulo, vazio ou está fora dos limites.');
         Remedio :=
-          TZelTexto('Confira os argumentos com o cabeçalho: comprimentos, números não negat') +
-          TZelTexto('ivos, ponteiros não nulos.');
+          TZelTexto('O motivo, na exceção ou no log, diz qual argumento. Confira-o com o ca') +
+          TZelTexto('beçalho: comprimentos, números não negativos, ponteiros não nulos.');
       end;
     ZEL_ESTADO_INVALIDO:
       begin
@@ -429,7 +439,8 @@ begin
           TZelTexto('Um campo tem comprimento fora do permitido, ou um elemento é desconhec') +
           TZelTexto('ido ou está fora de ordem.');
         Remedio :=
-          TZelTexto('O log diz qual campo e qual o comprimento permitido.');
+          TZelTexto('O motivo, na exceção ou no log, diz qual campo e qual o comprimento pe') +
+          TZelTexto('rmitido.');
       end;
     ZEL_TAG_SEM_ELEMENTOS:
       begin
@@ -445,7 +456,8 @@ begin
         Significado :=
           TZelTexto('Falta um elemento obrigatório.');
         Remedio :=
-          TZelTexto('O log diz qual; complete o XML do item ou a configuração do imposto.');
+          TZelTexto('O motivo, na exceção ou no log, diz qual; complete o XML do item ou a ') +
+          TZelTexto('configuração do imposto.');
       end;
     ZEL_CUPOM_EM_ANDAMENTO:
       begin
@@ -479,7 +491,7 @@ begin
       begin
         Nome := 'ZEL_TOTALIZACAO_FORA_DE_ORDEM';
         Significado :=
-          TZelTexto('Totalização sem itens, ou repetida.');
+          TZelTexto('Totalização sem itens, ou repetida, ou de cupom que já terminou.');
         Remedio :=
           TZelTexto('Totaliza-se uma vez, depois de vender ao menos um item (estado 2).');
       end;
@@ -557,6 +569,74 @@ begin
   else
     Result := False;
   end;
+end;
+
+function ZelCompor(Letra, Marca: Cardinal): Cardinal;
+begin
+  case Letra shl 12 or Marca of
+    $41300: Result := $C0;
+    $41301: Result := $C1;
+    $41302: Result := $C2;
+    $41303: Result := $C3;
+    $41308: Result := $C4;
+    $4130A: Result := $C5;
+    $43327: Result := $C7;
+    $45300: Result := $C8;
+    $45301: Result := $C9;
+    $45302: Result := $CA;
+    $45308: Result := $CB;
+    $49300: Result := $CC;
+    $49301: Result := $CD;
+    $49302: Result := $CE;
+    $49308: Result := $CF;
+    $4E303: Result := $D1;
+    $4F300: Result := $D2;
+    $4F301: Result := $D3;
+    $4F302: Result := $D4;
+    $4F303: Result := $D5;
+    $4F308: Result := $D6;
+    $55300: Result := $D9;
+    $55301: Result := $DA;
+    $55302: Result := $DB;
+    $55308: Result := $DC;
+    $59301: Result := $DD;
+    $61300: Result := $E0;
+    $61301: Result := $E1;
+    $61302: Result := $E2;
+    $61303: Result := $E3;
+    $61308: Result := $E4;
+    $6130A: Result := $E5;
+    $63327: Result := $E7;
+    $65300: Result := $E8;
+    $65301: Result := $E9;
+    $65302: Result := $EA;
+    $65308: Result := $EB;
+    $69300: Result := $EC;
+    $69301: Result := $ED;
+    $69302: Result := $EE;
+    $69308: Result := $EF;
+    $6E303: Result := $F1;
+    $6F300: Result := $F2;
+    $6F301: Result := $F3;
+    $6F302: Result := $F4;
+    $6F303: Result := $F5;
+    $6F308: Result := $F6;
+    $75300: Result := $F9;
+    $75301: Result := $FA;
+    $75302: Result := $FB;
+    $75308: Result := $FC;
+    $79301: Result := $FD;
+    $79308: Result := $FF;
+  else
+    Result := 0;
+  end;
+end;
+
+function ZelAusente: TZelTexto;
+begin
+  Result :=
+    TZelTexto('Instale o pacote libzel-felborframework1, ou diga onde ela está: o dir') +
+    TZelTexto('etório em LD_LIBRARY_PATH, ou o arquivo no argumento biblioteca.');
 end;
 
 end.

@@ -30,13 +30,20 @@ type
     Posicao: Integer;
   end;
 
+  { The shared object was not found, or cannot be loaded. }
+  EZelAusente = class(EZel)
+  public
+    constructor Create(const Mensagem: TZelTexto);
+  end;
+
   { What the library refused. Texto is what the function wrote all the same: a receipt whose PDF
-    failed. }
+    failed. Motivo says which field it was, what was given and what is allowed, or file and system
+    error; it may be empty. }
   EZelRecusa = class(EZel)
   public
-    Funcao, Nome, Significado, Remedio, Texto: TZelTexto;
+    Funcao, Nome, Significado, Remedio, Texto, Motivo: TZelTexto;
     Codigo: Integer;
-    constructor Create(const AFuncao: TZelTexto; ACodigo: Integer; const ATexto: TZelTexto);
+    constructor Create(const AFuncao: TZelTexto; ACodigo: Integer; const ATexto, AMotivo: TZelTexto);
   end;
 
   { The rate of an item: goods or service with its percentage, or none of it. }
@@ -72,12 +79,20 @@ type
 function ZelSemAjuste: TZelAjuste;
 function ZelSemConsumidor: TZelConsumidor;
 
-{ ISO-8859-1, strictly. Refused are characters beyond U+00FF, U+0000, and the controls U+0080 to
-  U+009F, which are nearly always another character set taken for this one. }
+{ ISO-8859-1, strictly; letters written in two parts are put together first. Refused are characters
+  beyond U+00FF, U+0000, and the controls U+0080 to U+009F, which are nearly always another character
+  set taken for this one. }
 function ZelLatin1(const Argumento, Texto: TZelTexto; Transliterar: Boolean): RawByteString;
 function ZelDeLatin1(Bytes: PAnsiChar): TZelTexto;
-{ With a point, two to four decimals, and at most Casas; ZelVazio is an empty text. }
+{ A text that the function would cut, or leave out, is refused. }
+procedure ZelConferirTamanho(const Argumento: TZelTexto; Tamanho, Minimo, Maximo: Integer);
+function ZelInteiro(const Argumento: TZelTexto; Valor: Integer; Minimo: Integer = Low(Integer);
+  Maximo: Integer = High(Integer)): Integer;
+{ With a point, two to four decimals, and at most Casas. }
 function ZelDecimal(const Argumento: TZelTexto; Numero: Currency; Casas: Integer): RawByteString;
+{ The same; ZelVazio is an empty text. }
+function ZelDecimalOpcional(const Argumento: TZelTexto; Numero: Currency;
+  Casas: Integer): RawByteString;
 { A file name is bytes of the file system, not ISO-8859-1. }
 function ZelCaminho(const Argumento, Nome: TZelTexto): RawByteString;
 function ZelDeCaminho(Bytes: PAnsiChar): TZelTexto;
@@ -94,10 +109,19 @@ begin
   inherited Create(string(Mensagem));
 end;
 
-constructor EZelRecusa.Create(const AFuncao: TZelTexto; ACodigo: Integer; const ATexto: TZelTexto);
-var
-  Numero: TZelTexto;
+constructor EZelAusente.Create(const Mensagem: TZelTexto);
 begin
+  inherited Create(string(Mensagem));
+end;
+
+constructor EZelRecusa.Create(const AFuncao: TZelTexto; ACodigo: Integer;
+  const ATexto, AMotivo: TZelTexto);
+var
+  Numero, Porque: TZelTexto;
+begin
+  Motivo := AMotivo;
+  if Motivo <> '' then
+    Porque := 'Motivo: ' + Motivo + '. ';
   Funcao := AFuncao;
   Codigo := ACodigo;
   Texto := ATexto;
@@ -108,7 +132,7 @@ begin
   end;
   Numero := TZelTexto(IntToStr(ACodigo));
   inherited Create(string(Funcao + ': ' + Nome + ' (' + Numero + '): ' + Significado + ' ' +
-    Remedio));
+    Porque + Remedio));
 end;
 
 function ParaAnsi(const Texto: TZelTexto): RawByteString;
@@ -199,8 +223,8 @@ end;
 
 function ZelLatin1(const Argumento, Texto: TZelTexto; Transliterar: Boolean): RawByteString;
 var
-  I, J, Inicio, Posicao, Usados: Integer;
-  C: Cardinal;
+  I, J, Inicio, Depois, Posicao, Usados: Integer;
+  C, Junta: Cardinal;
   Simples: TZelTexto;
   Outros: RawByteString;
 begin
@@ -213,6 +237,16 @@ begin
   begin
     Inicio := I;
     C := Ler(Texto, I);
+    Depois := I;
+    if (C < $80) and (I <= Length(Texto)) then
+    begin
+      Junta := ZelCompor(C, Ler(Texto, Depois));
+      if Junta <> 0 then
+      begin
+        C := Junta;
+        I := Depois;
+      end;
+    end;
     Inc(Posicao);
     Outros := '';
     if Transliterar and ZelTransliterar(C, Simples) then
@@ -283,13 +317,50 @@ begin
     raise EZelEntrada.Create(Argumento + ': ' + Result + ' passa de 15 caracteres');
 end;
 
-function ZelDecimal(const Argumento: TZelTexto; Numero: Currency; Casas: Integer): RawByteString;
+procedure ZelConferirTamanho(const Argumento: TZelTexto; Tamanho, Minimo, Maximo: Integer);
+var
+  Permitido: TZelTexto;
+begin
+  if (Tamanho >= Minimo) and (Tamanho <= Maximo) then
+    Exit;
+  Permitido := TZelTexto('até ');
+  if Minimo = Maximo then
+    Permitido := 'exatamente '
+  else if Minimo > 0 then
+    Permitido := 'de ' + TZelTexto(IntToStr(Minimo)) + ' a ';
+  raise EZelEntrada.Create(Argumento + ': ' + TZelTexto(IntToStr(Tamanho)) +
+    ' caracteres; permitido: ' + Permitido + TZelTexto(IntToStr(Maximo)));
+end;
+
+function ZelInteiro(const Argumento: TZelTexto; Valor, Minimo, Maximo: Integer): Integer;
+begin
+  Result := Valor;
+  if (Valor < Minimo) or (Valor > Maximo) then
+    raise EZelEntrada.Create(Argumento + ': ' + TZelTexto(IntToStr(Valor)) +
+      TZelTexto(' não está entre ') + TZelTexto(IntToStr(Minimo)) + ' e ' +
+      TZelTexto(IntToStr(Maximo)));
+end;
+
+function EhVazio(Numero: Currency): Boolean;
 const
   Vazio: Currency = ZelVazio;
 begin
+  Result := Numero = Vazio;
+end;
+
+function ZelDecimal(const Argumento: TZelTexto; Numero: Currency; Casas: Integer): RawByteString;
+begin
+  if EhVazio(Numero) then
+    raise EZelEntrada.Create(Argumento + TZelTexto(': é obrigatório'));
+  Result := ParaAnsi(Escrever(Argumento, Numero, Casas));
+end;
+
+function ZelDecimalOpcional(const Argumento: TZelTexto; Numero: Currency;
+  Casas: Integer): RawByteString;
+begin
   Result := '';
-  if Numero <> Vazio then
-    Result := ParaAnsi(Escrever(Argumento, Numero, Casas));
+  if not EhVazio(Numero) then
+    Result := ZelDecimal(Argumento, Numero, Casas);
 end;
 
 function ZelCaminho(const Argumento, Nome: TZelTexto): RawByteString;
@@ -301,6 +372,8 @@ begin
 {$ELSE}
   Result := Nome;
 {$ENDIF}
+  if Length(Result) > 300 then
+    raise EZelEntrada.Create(Argumento + ': nome de arquivo com mais de 300 bytes');
 end;
 
 function ZelDeCaminho(Bytes: PAnsiChar): TZelTexto;
@@ -430,7 +503,13 @@ end;
 
 function TZelAjuste.ConverterValor(const Argumento: TZelTexto): RawByteString;
 begin
-  Result := ZelDecimal(Argumento, FValor, 4);
+  Result := '';
+  if FTipo = '' then
+    Exit;
+  if FTipo[2] = '$' then { an amount is in cents }
+    Result := ZelDecimal(Argumento, FValor, 2)
+  else
+    Result := ZelDecimal(Argumento, FValor, 4);
 end;
 
 function ZelSemAjuste: TZelAjuste;

@@ -37,7 +37,7 @@ begin
     Caixa.AlterarValor('EMIT\xNome', 'Padaria São João Ltda');
     Caixa.AlterarValor('EMIT\CNPJ', '11222333000181');
     Vender(Caixa);
-    WriteLn(Caixa.Imprimir(Caixa.Arquivo('documentosEnvio.xml')));
+    WriteLn(Caixa.Imprimir(Caixa.Arquivo('documentosEnvio.xml'), 'OFFLINE'));
     if Caixa.Cancelar = ZEL_CANCELAMENTO_GRAVADO then
       WriteLn('cancelamento: ZEL_CANCELAMENTO_GRAVADO');
     try

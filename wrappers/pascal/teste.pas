@@ -5,14 +5,22 @@ program teste;
 {$CODEPAGE UTF8}
 
 uses
-  cthreads, Classes, SysUtils, ZelTipos, ZelTabelas, ZelValores, ZelChamada, ZelFelbor;
+  cthreads, Classes, SysUtils, ZelTipos, ZelTabelas, ZelValores, ZelAutorizacao, ZelIdentificacao,
+  ZelChamada, ZelFelbor;
 
 type
   { The kinds of what is thrown. }
   TClasse = class of EZel;
   { What has to be refused. }
   TPasso = (psEntrada, psNulo, psMetade, psLatin1, psTravessao, psEuro, psAcrescimo, psAbrir,
-    psImprimir, psPdf);
+    psImprimir, psPdf, psSerie, psCentavos, psDescricao, psTransportadora, psFisco, psDestino,
+    psQuantidade, psValorLongo, psChave, psInexistente, psAusente);
+
+  { What the library is not asked: the conversions that its operations are made of. }
+  TProvador = class(TZelChamador)
+  public
+    function Provar(const Texto: TZelTexto; Minimo, Maximo: Integer): RawByteString;
+  end;
 
   PTexto = ^TZelTexto;
 
@@ -20,9 +28,17 @@ var
   Diretorio, Biblioteca: TZelTexto;
   Falhas: Integer = 0;
   Firme, Tolerante: TCupom;
-  Visto, TextoVisto: TZelTexto; { the message of the last refusal, and its text }
+  { The message of the last refusal, its text, its reason and its function. }
+  Visto, TextoVisto, MotivoVisto, FuncaoVista: TZelTexto;
   Ctg: TZelTexto; { the file of the contingency }
   Entrada: array of TZelTexto; { of the case that is tried }
+
+function fechar(Descritor: Integer): Integer; cdecl; external 'c' name 'close';
+
+function TProvador.Provar(const Texto: TZelTexto; Minimo, Maximo: Integer): RawByteString;
+begin
+  Result := DeTexto('a', Texto, Minimo, Maximo);
+end;
 
 procedure Conferir(Certo: Boolean; const OQue: TZelTexto);
 begin
@@ -56,6 +72,64 @@ begin
     Result := Result + TZelTexto(IntToHex(Ord(Bytes[I]), 2));
 end;
 
+{ "A" of "AxB", and what is after it. }
+function Cabeca(const Texto, Separador: TZelTexto; out Resto: TZelTexto): TZelTexto;
+var
+  Lugar: Integer;
+begin
+  Lugar := Pos(Separador, Texto + Separador);
+  Result := Copy(Texto, 1, Lugar - 1);
+  Resto := Copy(Texto, Lugar + Length(Separador), Length(Texto));
+end;
+
+function ConverterComprimento(const Limites, Texto: TZelTexto): TZelTexto;
+var
+  Minimo, Maximo: TZelTexto;
+  Provador: TProvador;
+begin
+  Minimo := Cabeca(Limites, '-', Maximo);
+  Provador := TProvador.Create(Diretorio, False, Biblioteca);
+  try
+    Result := Hexa(Provador.Provar(Texto, StrToInt(string(Minimo)), StrToInt(string(Maximo))));
+  finally
+    Provador.Free;
+  end;
+end;
+
+function ConverterConsumidor(const Escolha: TZelTexto; Pares: TZelTexto): TZelTexto;
+var
+  C: TZelConsumidor;
+  Nome, Valor, Resto, Funcao: TZelTexto;
+begin
+  C := ZelSemConsumidor;
+  while Pares <> '' do
+  begin
+    Nome := Cabeca(Cabeca(Pares, ';', Resto), '=', Valor);
+    Pares := Resto;
+    if Nome = 'documento' then C.Documento := Valor
+    else if Nome = 'cpf' then C.Cpf := Valor
+    else if Nome = 'cnpj' then C.Cnpj := Valor
+    else if Nome = 'estrangeiro' then C.Estrangeiro := Valor
+    else if Nome = 'nome' then C.Nome := Valor
+    else if Nome = 'numero' then C.Numero := Valor
+    else C.Email := Valor;
+  end;
+  Funcao := 'aCFAbrir_ZEL';
+  if Escolha = 'identificar' then
+    Funcao := 'aCFIdentificarConsumidor_ZEL';
+  Result := ZelDeLatin1(PAnsiChar(ZelIdentificar(Funcao, C, Escolha = 'cortar')));
+end;
+
+function ConverterAutorizacao(const Escolha, Par: TZelTexto): TZelTexto;
+var
+  Documento, Retorno: TZelTexto;
+begin
+  Documento := Cabeca(Par, '|', Retorno);
+  ZelConferirAutorizacao(ZelLatin1('a', Documento, False), ZelLatin1('a', Retorno, False),
+    Retorno <> 'OFFLINE', Escolha = 'cancelamento');
+  Result := 'ok';
+end;
+
 function Converter(const Campos: array of TZelTexto): TZelTexto;
 var
   Numero: Currency;
@@ -64,6 +138,12 @@ var
 begin
   if Campos[0] = 'texto' then
     Exit(Hexa(ZelLatin1('a', Campos[2], Campos[1] = 'transliterar')));
+  if Campos[0] = 'comprimento' then
+    Exit(ConverterComprimento(Campos[1], Campos[2]));
+  if Campos[0] = 'consumidor' then
+    Exit(ConverterConsumidor(Campos[1], Campos[2]));
+  if Campos[0] = 'autorizacao' then
+    Exit(ConverterAutorizacao(Campos[1], Campos[2]));
   if Campos[0] = 'diretorio' then
     Exit(TCupom.Create(Campos[2], False, Biblioteca).ClassName);
   Formato := DefaultFormatSettings;
@@ -76,6 +156,11 @@ begin
   else
     Escrito := ZelDecimal('a', Numero, StrToInt(string(Campos[1])));
   Result := ZelDeLatin1(PAnsiChar(Escrito));
+end;
+
+function Longa(Letras: Integer): TZelTexto;
+begin
+  Result := TZelTexto(StringOfChar('x', Letras));
 end;
 
 procedure Fazer(Passo: TPasso);
@@ -93,8 +178,19 @@ begin
     psEuro: Vender(Tolerante, TZelTexto('1 €'));
     psAcrescimo: Firme.LancarDescontoItem(1, TZelAjuste.Acrescimo(1));
     psAbrir: Firme.Abrir;
-    psImprimir: Firme.Imprimir('/nao/ha.xml');
-    psPdf: Firme.Imprimir(Ctg);
+    psImprimir: Firme.Imprimir('/nao/ha.xml', 'OFFLINE');
+    psPdf: Firme.Imprimir(Ctg, 'OFFLINE');
+    psSerie: Firme.AbrirNumSerie(1, 1000);
+    psCentavos: Firme.LancarDescontoItem(1, TZelAjuste.Desconto(0.125));
+    psDescricao: Vender(Firme, Longa(121));
+    psTransportadora: Firme.IdentificarTransportadora('123.456.789-00', TZelTexto('Zé'));
+    psFisco: Firme.EncerrarConfigMsg(TZelTexto('só uma'), '');
+    psDestino: Firme.CriptografarArquivo('/a', '/' + Longa(300), '');
+    psQuantidade: Firme.Vender(TZelAliquota.Isento, ZelVazio, 1, '1', 'UN', 'x');
+    psValorLongo: Firme.AlterarValor('EMIT\xNome', Longa(61));
+    psChave: Firme.AlterarValor('NADA', '1');
+    psInexistente: Firme.CriptografarArquivo('/nao/existe', '/x', '');
+    psAusente: TCupom.Create(Diretorio, False, '/nao/ha.so');
   end;
 end;
 
@@ -110,7 +206,11 @@ begin
     begin
       Visto := TZelTexto(E.Message);
       if E is EZelRecusa then
+      begin
         TextoVisto := EZelRecusa(E).Texto;
+        MotivoVisto := EZelRecusa(E).Motivo;
+        FuncaoVista := EZelRecusa(E).Funcao;
+      end;
       Conferir((E is Classe) and Contem(Visto, Parte), OQue + ': ' + Visto);
     end;
   end;
@@ -146,7 +246,7 @@ begin
     Recusado(psEntrada, EZelEntrada, Copy(Esperado, 2, Length(Esperado)), Linha);
 end;
 
-procedure TestarConversoes(const Arquivo: string);
+procedure TestarCasos(const Arquivo: string);
 var
   Casos: TStringList;
   I: Integer;
@@ -157,6 +257,46 @@ begin
   for I := 0 to Casos.Count - 1 do
     TestarCaso(TZelTexto(UTF8Decode(Casos[I])));
   Casos.Free;
+end;
+
+{ What the functions would cut, or take for something else. }
+procedure TestarEntradas;
+var
+  Cortante: TCupom;
+begin
+  Recusado(psSerie, EZelEntrada, 'serie: 1000', 'a long series');
+  Recusado(psCentavos, EZelEntrada, 'valor: 0.125', 'parts of a cent');
+  Recusado(psDescricao, EZelEntrada, 'descricao: 121', 'a long description');
+  Recusado(psTransportadora, EZelEntrada, 'documento: os', 'check digits');
+  Recusado(psFisco, EZelEntrada, 'informacoesFisco: 0', 'one message alone');
+  Recusado(psDestino, EZelEntrada, 'destino: nome', 'a long file name');
+  Recusado(psQuantidade, EZelEntrada, 'quantidade: ', 'no quantity');
+  Firme.AlterarValor('EMIT\xNome', 'Padaria');
+  Recusado(psValorLongo, EZelEntrada, '61 caracteres, de que EMIT\xNome guarda 60', 'a long value');
+  Igual(Firme.RetornarValor('EMIT\xNome'), 'Padaria', 'value after a refusal');
+  Recusado(psChave, EZelRecusa, '', 'no such key');
+  Igual(FuncaoVista, 'regAlterarValor_ZEL', 'function');
+  Cortante := TCupom.Create(Diretorio, False, Biblioteca, True);
+  Cortante.AlterarValor('EMIT\xNome', Longa(61));
+  Igual(Firme.RetornarValor('EMIT\xNome'), Longa(60), 'value that was to be cut');
+  Cortante.Free;
+end;
+
+{ The last one: the number of the descriptor is the program's from here on. }
+procedure TestarMotivo;
+begin
+  Recusado(psInexistente, EZelRecusa, '/nao/existe', 'no such file');
+  Conferir(Contem(MotivoVisto, TZelTexto('/nao/existe: o arquivo ou o diretório não existe (ENOENT)')),
+    MotivoVisto);
+  fechar(ZelMotivos);
+  Recusado(psInexistente, EZelRecusa, '', 'no such file');
+  Igual(MotivoVisto, '', 'reason of a closed descriptor');
+end;
+
+procedure TestarConversoes;
+begin
+  TestarCasos(ParamStr(3));
+  TestarCasos(ParamStr(4));
   Recusado(psNulo, EZelTexto, TZelTexto('(U+0000) na posição 2'), 'U+0000');
   Recusado(psMetade, EZelTexto, TZelTexto('na posição 2'), 'half a character');
   Recusado(psLatin1, EZelTexto, TZelTexto('na posição 2'), 'ISO-8859-1 for UTF-8');
@@ -178,9 +318,9 @@ begin
   Conferir(Firme.VerificarStatus = zeAberto, 'a refused text was sold');
   Recusado(psAcrescimo, EZelEntrada, TZelTexto('não é um desconto'), 'surcharge');
   Recusado(psAbrir, EZelRecusa, '', 'open again');
-  Igual(Visto, TZelTexto('aCFAbrir_ZEL: ZEL_CUPOM_EM_ANDAMENTO (-130): Já há um cupom em ') +
-    'andamento. Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios. ' +
-    TZelTexto('Se outro programa está com ele, não o cancele: dê a cada caixa o seu diretório.'), 'message');
+  Conferir(Contem(MotivoVisto, 'estado 1 (aberto)'), MotivoVisto);
+  Conferir(Contem(Visto, TZelTexto('aCFAbrir_ZEL: ZEL_CUPOM_EM_ANDAMENTO (-130): Já há um cupom em ') +
+    'andamento. Motivo: ' + MotivoVisto + '. '), Visto);
 end;
 
 procedure TestarImpressao;
@@ -189,13 +329,13 @@ const
 var
   Cupom: TZelTexto;
 begin
-  Cupom := Firme.Imprimir(Firme.Arquivo('documentosEnvio.xml'));
+  Cupom := Firme.Imprimir(Firme.Arquivo('documentosEnvio.xml'), 'OFFLINE');
   Conferir((Length(Cupom) > 131072) and Contem(Cupom, TZelTexto(Queijo)), 'receipt');
   Conferir(Firme.UltimoCupom = Cupom, 'last receipt');
   Conferir(Contem(Firme.Reemitir(1), TZelTexto(Queijo)), 'document issued again');
   Ctg := Firme.Contingencia([Diretorio]);
   Conferir(FileExists(string(Ctg)), 'no file ' + Ctg);
-  Conferir(Contem(Firme.Imprimir(Ctg), TZelTexto(Queijo)), 'receipt of a scrambled file');
+  Conferir(Contem(Firme.Imprimir(Ctg, 'OFFLINE'), TZelTexto(Queijo)), 'receipt of a scrambled file');
   Recusado(psImprimir, EZelEntrada, TZelTexto('não pôde ser lido'), 'missing file');
   Firme.AlterarValor('CONFIGURACAO\SalvarDanfePDF', '1');
   Recusado(psPdf, EZelRecusa, '', 'PDF offline');
@@ -205,18 +345,18 @@ end;
 procedure TestarCupom;
 var
   I: Integer;
-  Longa: TZelTexto;
+  Descricao: TZelTexto;
 begin
   Firme.AlterarValor('EMIT\xNome', TZelTexto('Padaria São João'));
   Igual(Firme.RetornarValor('EMIT\xNome'), TZelTexto('Padaria São João'), 'value read back');
   Firme.Abrir;
   TestarRecusas;
   Vender(Tolerante, TZelTexto('Pão de queijo – 1ª'));
-  Longa := '';
+  Descricao := '';
   for I := 1 to 120 do
-    Longa := Longa + TZelTexto('É');
+    Descricao := Descricao + TZelTexto('É');
   for I := 1 to 800 do
-    Vender(Firme, Longa);
+    Vender(Firme, Descricao);
   Firme.Totalizar;
   Firme.EfetuarPagamento(zfDinheiro);
   Firme.Encerrar(TZelTexto('Obrigado pela preferência'));
@@ -260,10 +400,13 @@ begin
   DefaultFormatSettings.DecimalSeparator := ','; { which no number may follow }
   Diretorio := TZelTexto(ParamStr(1));
   Biblioteca := TZelTexto(ParamStr(2));
+  Recusado(psAusente, EZelAusente, 'LD_LIBRARY_PATH', 'no library');
   TestarDiretorio;
-  TestarConversoes(ParamStr(3));
+  TestarConversoes;
+  TestarEntradas;
   TestarCupom;
   TestarThreads;
+  TestarMotivo;
   Firme.Free;
   Tolerante.Free;
   if Falhas > 0 then

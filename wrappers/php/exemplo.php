@@ -35,7 +35,7 @@ $caixa = new Cupom($argv[1], biblioteca: $argv[2]);
 $caixa->alterarValor('EMIT\xNome', 'Padaria São João Ltda');
 $caixa->alterarValor('EMIT\CNPJ', '11222333000181');
 vender($caixa);
-echo $caixa->imprimir($caixa->arquivo('documentosEnvio.xml')), "\n";
+echo $caixa->imprimir($caixa->arquivo('documentosEnvio.xml'), 'OFFLINE'), "\n";
 echo 'cancelamento: ', $caixa->cancelar()->descricao()[0], "\n";
 try {
     $caixa->encerrar(); // nothing is open now

@@ -8,9 +8,10 @@ declare(strict_types=1);
 require __DIR__ . '/zel_felbor.php';
 
 use Zel\Felbor\{Ajuste, Aliquota, Codigo, Cupom, EntradaRecusada, Estado, FormaPagamento, Recusa};
-use Zel\Felbor\{TextoInvalido, Valores};
+use Zel\Felbor\{Autorizacao, BibliotecaAusente, Consumidor, Identificacao, TextoInvalido, Valores};
 
 [, $diretorio, $biblioteca, $casos] = $argv;
+$entradas = $argv[4] ?? '';
 $falhas = 0;
 
 function conferir(bool $certo, string $oque): void
@@ -48,10 +49,39 @@ function converter(string $tipo, string $escolha, string $entrada): string
 {
     return match ($tipo) {
         'texto' => strtoupper(bin2hex(Valores::texto('a', $entrada, $escolha === 'transliterar'))),
+        'comprimento' => converterComprimento($escolha, $entrada),
+        'consumidor' => converterConsumidor($escolha, $entrada),
+        'autorizacao' => converterAutorizacao($escolha, $entrada),
         'diretorio' => get_class(new Cupom($entrada)),
         'aliquota' => Aliquota::$escolha($entrada)->converter('a'),
         default => Valores::decimal('a', $entrada, (int) $escolha),
     };
+}
+
+function converterComprimento(string $escolha, string $entrada): string
+{
+    $texto = new ReflectionMethod(Cupom::class, 'texto');
+    $limites = array_map('intval', explode('-', $escolha));
+    return strtoupper(bin2hex($texto->invoke(caixa(), 'a', $entrada, ...$limites)));
+}
+
+function converterConsumidor(string $escolha, string $entrada): string
+{
+    $campos = [];
+    foreach (explode(';', $entrada) as $par) {
+        [$nome, $valor] = explode('=', $par);
+        $campos[$nome] = $valor;
+    }
+    $funcao = $escolha === 'identificar' ? 'aCFIdentificarConsumidor_ZEL' : 'aCFAbrir_ZEL';
+    return Identificacao::de($funcao, new Consumidor(...$campos), $escolha === 'cortar');
+}
+
+function converterAutorizacao(string $escolha, string $entrada): string
+{
+    [$documento, $retorno] = explode('|', $entrada);
+    Autorizacao::conferir($documento, $retorno === 'OFFLINE' ? null : $retorno,
+        $escolha === 'cancelamento');
+    return 'ok';
 }
 
 function testarConversoes(string $arquivo): void
@@ -83,7 +113,51 @@ function testarEntradas(): void
         conferir(str_contains($e->getMessage(), 'o byte na posição 2 não é UTF-8'), $e->getMessage());
     }
     erro(TextoInvalido::class, fn () => Valores::texto('a', "P\0o", true), 'U+0000');
-    erro(EntradaRecusada::class, fn () => caixa()->cancelarItem(2 ** 32 + 1), 'a large int');
+    $c = caixa();
+    $isento = Aliquota::isento();
+    $casos = [
+        'item: ' => fn () => $c->cancelarItem(2 ** 32 + 1),
+        'serie: 1000' => fn () => $c->abrirNumSerie(1, 1000),
+        'valor: 0.125' => fn () => $c->lancarDescontoItem(1, Ajuste::desconto('0.125')),
+        'descricao: 121' => fn () => $c->vender($isento, 1, 1, '1', 'UN', str_repeat('x', 121)),
+        'documento: os' => fn () => $c->identificarTransportadora('123.456.789-00', 'Zé'),
+        'informacoesFisco: 0' => fn () => $c->encerrarConfigMsg('só uma', ''),
+        'destino: nome' => fn () => $c->criptografarArquivo('/a', '/' . str_repeat('x', 300), ''),
+    ];
+    foreach ($casos as $parte => $chamada) {
+        $e = erro(EntradaRecusada::class, $chamada, $parte);
+        conferir(str_starts_with($e->getMessage(), $parte), $e->getMessage());
+    }
+    $e = erro(\TypeError::class, fn () => $c->efetuarPagamento('Dinheiro'), 'a text for an enumeration');
+    conferir(str_contains($e->getMessage(), '($forma)'), $e->getMessage());
+    $e = erro(\TypeError::class, fn () => $c->vender($isento, null, 1, '1', 'UN', 'x'), 'no quantity');
+    conferir(str_contains($e->getMessage(), '($quantidade)'), $e->getMessage());
+}
+
+function testarValorCortado(): void
+{
+    $c = caixa();
+    $c->alterarValor('EMIT\xNome', 'Padaria');
+    $e = erro(EntradaRecusada::class, fn () => $c->alterarValor('EMIT\xNome', str_repeat('x', 61)), '61');
+    conferir(str_contains($e->getMessage(), '61 caracteres, de que EMIT\xNome guarda 60'), $e->getMessage());
+    igual($c->retornarValor('EMIT\xNome'), 'Padaria', 'value after a refusal');
+    $cortando = new Cupom($GLOBALS['diretorio'], false, $GLOBALS['biblioteca'], cortar: true);
+    $cortando->alterarValor('EMIT\xNome', str_repeat('x', 61));
+    igual($c->retornarValor('EMIT\xNome'), str_repeat('x', 60), 'value that was to be cut');
+    $r = erro(Recusa::class, fn () => $c->alterarValor('NADA', '1'), 'no such key');
+    igual($r->funcao, 'regAlterarValor_ZEL', 'function');
+}
+
+/** The last one: the number of the descriptor is the program's from here on. */
+function testarMotivo(): void
+{
+    $recusar = fn () => caixa()->criptografarArquivo('/nao/existe', '/x', '');
+    $r = erro(Recusa::class, $recusar, 'no such file');
+    conferir(str_contains($r->motivo, '/nao/existe: o arquivo ou o diretório não existe (ENOENT)'), $r->motivo);
+    conferir(str_contains($r->getMessage(), $r->motivo), $r->getMessage());
+    $processo = (new ReflectionProperty(Zel\Felbor\Chamador::class, 'processo'))->getValue(caixa());
+    FFI::cdef('int close(int descritor);')->close($processo->motivos);
+    igual(erro(Recusa::class, $recusar, 'no such file')->motivo, '', 'reason of a closed descriptor');
 }
 
 function vender(Cupom $c, string $descricao): void
@@ -101,24 +175,24 @@ function testarRecusas(Cupom $c): void
     erro(EntradaRecusada::class, $acrescimo, 'surcharge as discount');
     $r = erro(Recusa::class, fn () => $c->abrir(), 'open again');
     igual($r->codigo, Codigo::CupomEmAndamento, 'code');
-    igual($r->getMessage(), 'aCFAbrir_ZEL: ZEL_CUPOM_EM_ANDAMENTO (-130): Já há um cupom em andamento. '
-        . 'Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios. '
-        . 'Se outro programa está com ele, não o cancele: dê a cada caixa o seu diretório.', 'message');
+    conferir(str_contains($r->motivo, 'estado 1 (aberto)'), $r->motivo);
+    conferir(str_starts_with($r->getMessage(), 'aCFAbrir_ZEL: ZEL_CUPOM_EM_ANDAMENTO (-130): Já há um '
+        . "cupom em andamento. Motivo: {$r->motivo}. "), $r->getMessage());
 }
 
 function testarImpressao(Cupom $c, string $diretorio): void
 {
     $queijo = 'Pão de queijo - 1ª';
-    $cupom = $c->imprimir($c->arquivo('documentosEnvio.xml'));
+    $cupom = $c->imprimir($c->arquivo('documentosEnvio.xml'), 'OFFLINE');
     conferir(strlen($cupom) > 131072 && str_contains($cupom, $queijo), 'receipt');
     conferir($c->ultimoCupom() === $cupom, 'last receipt');
     conferir(str_contains($c->reemitir(1), $queijo), 'document issued again');
     $ctg = $c->contingencia([$diretorio]);
     conferir(is_file($ctg), "no file $ctg");
-    conferir(str_contains($c->imprimir($ctg), $queijo), 'receipt of a scrambled file');
-    erro(EntradaRecusada::class, fn () => $c->imprimir('/nao/ha.xml'), 'missing file');
+    conferir(str_contains($c->imprimir($ctg, 'OFFLINE'), $queijo), 'receipt of a scrambled file');
+    erro(EntradaRecusada::class, fn () => $c->imprimir('/nao/ha.xml', 'OFFLINE'), 'missing file');
     $c->alterarValor('CONFIGURACAO\SalvarDanfePDF', '1');
-    $pdf = erro(Recusa::class, fn () => $c->imprimir($ctg), 'PDF offline');
+    $pdf = erro(Recusa::class, fn () => $c->imprimir($ctg, 'OFFLINE'), 'PDF offline');
     conferir(str_contains($pdf->texto, $queijo), 'the text of a failed PDF is lost');
 }
 
@@ -162,8 +236,13 @@ if ($casos === 'ao-mesmo-tempo') {
     aoMesmoTempo($diretorio);
     exit(0);
 }
+$ausente = erro(BibliotecaAusente::class, fn () => new Cupom($diretorio, false, '/nao/ha.so'), 'none');
+conferir(str_contains($ausente->getMessage(), 'LD_LIBRARY_PATH'), $ausente->getMessage());
 testarConversoes($casos);
+testarConversoes($entradas);
 testarEntradas();
+testarValorCortado();
 testarCupom($diretorio);
+testarMotivo();
 echo $falhas === 0 ? "PHP: ok\n" : "PHP: failed\n";
 exit($falhas === 0 ? 0 : 1);

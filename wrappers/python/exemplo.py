@@ -26,7 +26,7 @@ def principal() -> None:
     caixa.alterar_valor(r"EMIT\xNome", "Padaria São João Ltda")
     caixa.alterar_valor(r"EMIT\CNPJ", "11222333000181")
     vender(caixa)
-    print(caixa.imprimir(caixa.arquivo("documentosEnvio.xml")))
+    print(caixa.imprimir(caixa.arquivo("documentosEnvio.xml"), "OFFLINE"))
     print("cancelamento:", f"ZEL_{caixa.cancelar().name}")
     try:
         caixa.encerrar()  # nothing is open now

@@ -1,16 +1,24 @@
 # SPDX-License-Identifier: MIT
 """The Python package against a real library: teste.py DIRECTORY LIBRARY CASES"""
 import os
+import pickle
+import signal
+import subprocess
 import sys
 import threading
 import unittest
 from decimal import Decimal
+from pathlib import Path
 
-from zel_felbor import (Ajuste, Aliquota, Codigo, Consumidor, Cupom, EntradaRecusada, Estado,
-                        FormaPagamento, Recusa, TextoInvalido)
-from zel_felbor import _valores
+import zel_cupom
+from zel_felbor import (Ajuste, Aliquota, BibliotecaAusente, Codigo, Consumidor, Cupom,
+                        EntradaRecusada, Estado, FormaPagamento, Recusa, TextoInvalido)
+from zel_felbor import _chamada, _consumidor, _valores
+from zel_felbor._autorizacao import conferir_autorizacao
 
-DIRETORIO, BIBLIOTECA, CASOS = sys.argv[1:4]
+DIRETORIO, BIBLIOTECA, *CASOS = sys.argv[1:5]
+CUPOM = os.path.join(os.path.dirname(BIBLIOTECA), "libzel-cupom.so.1")
+FUNCOES = {"identificar": "aCFIdentificarConsumidor_ZEL"}
 
 
 def caixa(**opcoes):
@@ -22,6 +30,17 @@ def converter(tipo, escolha, entrada):
         return _valores.texto("a", entrada, escolha == "transliterar").hex().upper()
     if tipo == "diretorio":
         return Cupom(entrada, biblioteca=BIBLIOTECA)
+    if tipo == "comprimento":
+        return caixa()._texto("a", entrada, *map(int, escolha.split("-"))).hex().upper()
+    if tipo == "consumidor":
+        consumidor = Consumidor(**dict(par.split("=") for par in entrada.split(";")))
+        return _consumidor.identificacao(FUNCOES.get(escolha, "aCFAbrir_ZEL"), consumidor,
+                                         escolha == "cortar").decode()
+    if tipo == "autorizacao":
+        documento, retorno = entrada.encode().split(b"|")
+        conferir_autorizacao(documento, None if retorno == b"OFFLINE" else retorno,
+                             escolha == "cancelamento")
+        return "ok"
     if tipo == "aliquota":
         return getattr(Aliquota, escolha)(Decimal(entrada)).converter("a").decode()
     return _valores.decimal("a", Decimal(entrada), int(escolha)).decode()
@@ -31,9 +50,9 @@ class Conversoes(unittest.TestCase):
     def test_casos_comuns(self):
         caixa().inicializar()
         self.assertTrue(os.path.exists(DIRETORIO + "/ZEL_Framework.xml"))
-        with open(CASOS, encoding="utf-8") as arquivo:
-            casos = [linha.rstrip("\n").split("\t") for linha in arquivo if linha[0] != "#"]
-        self.assertGreater(len(casos), 30)
+        casos = [linha.split("\t") for nome in CASOS
+                 for linha in Path(nome).read_text(encoding="utf-8").splitlines() if linha[0] != "#"]
+        self.assertGreater(len(casos), 70)
         for tipo, escolha, entrada, esperado in casos:
             with self.subTest(tipo=tipo, escolha=escolha, entrada=entrada):
                 if esperado[0] != "!":
@@ -44,7 +63,7 @@ class Conversoes(unittest.TestCase):
                 self.assertIn(esperado[1:], str(recusa.exception))
 
     def test_o_que_nao_e_numero(self):
-        for numero in (1.5, "1", True):
+        for numero in (1.5, "1", True, None):
             with self.assertRaises(TypeError):
                 _valores.decimal("a", numero, 2)
         for numero in (Decimal("NaN"), Decimal("-Infinity"), Decimal("1E+999999999"),
@@ -58,8 +77,136 @@ class Conversoes(unittest.TestCase):
             _valores.texto("a", "P\0o", True)
         with self.assertRaises(EntradaRecusada):
             _valores.caminho("a", "P\0o")
-        with self.assertRaises(EntradaRecusada):
-            caixa().cancelar_item(2**32 + 1)
+        c, servico = caixa(), Aliquota.servico(5)
+        for parte, chamada in {
+                "item": lambda: c.cancelar_item(2**32 + 1),
+                "serie: 1000": lambda: c.abrir_num_serie(1, 1000),
+                "quantia: 0.125": lambda: c.lancar_desconto_item(1, Ajuste.desconto(Decimal("0.125"))),
+                "descricao: 121 car": lambda: c.vender(servico, 1, 1, "1", "UN", "x" * 121),
+                "codigo: 61 car": lambda: c.vender(servico, 1, 1, "1" * 61, "UN", "x"),
+                "inscricaoEstadual": lambda: c.identificar_transportadora("12345678909", "Zé", "123"),
+                "documento: os": lambda: c.identificar_transportadora("123.456.789-00", "Zé"),
+                "informacoesFisco: 0": lambda: c.encerrar_config_msg("só uma", ""),
+                "destino: nome": lambda: c.criptografar_arquivo("/a", "/" + "x" * 300, "")}.items():
+            with self.subTest(parte), self.assertRaises(EntradaRecusada) as recusa:
+                chamada()
+            self.assertIn(parte.split(":")[-1], str(recusa.exception))
+
+    def test_um_tipo_que_nao_e_o_esperado(self):
+        c, isento = caixa(), Aliquota.isento()
+        for argumento, chamada in {
+                "forma": lambda: c.efetuar_pagamento("Dinheiro"),
+                "tipo": lambda: c.consultar("DATA"),
+                "aliquota": lambda: c.vender("T1800", 1, 1, "1", "UN", "x"),
+                "quantidade": lambda: c.vender(isento, None, 1, "1", "UN", "x"),
+                "descricao": lambda: c.vender(isento, 1, 1, "1", "UN", None),
+                "tipoAjuste": lambda: c.vender(isento, 1, 1, "1", "UN", "x", "D$"),
+                "consumidor": lambda: c.abrir("12345678909"),
+                "arquivoXml": lambda: c.imprimir(None, "OFFLINE")}.items():
+            with self.subTest(argumento), self.assertRaisesRegex(TypeError, f"^{argumento}: esperad"):
+                chamada()
+
+    def test_um_valor_que_a_chave_cortaria(self):
+        c = caixa()
+        c.alterar_valor(r"EMIT\xNome", "Padaria")
+        with self.assertRaisesRegex(EntradaRecusada, "61 caracteres, de que .* guarda 60"):
+            c.alterar_valor(r"EMIT\xNome", "x" * 61)
+        self.assertEqual(c.retornar_valor(r"EMIT\xNome"), "Padaria")
+        caixa(cortar=True).alterar_valor(r"EMIT\xNome", "x" * 61)
+        self.assertEqual(c.retornar_valor(r"EMIT\xNome"), "x" * 60)
+        with self.assertRaises(Recusa) as recusa:
+            c.alterar_valor("NADA", "1")
+        self.assertEqual(recusa.exception.funcao, "regAlterarValor_ZEL")
+
+
+class Processos(unittest.TestCase):
+    def recusar(self):
+        with self.assertRaises(Recusa) as recusa:
+            caixa().criptografar_arquivo("/nao/existe", "/x", "")
+        return recusa.exception
+
+    def test_a_recusa_traz_o_motivo(self):
+        r = self.recusar()
+        self.assertIn("/nao/existe: o arquivo ou o diretório não existe (ENOENT)", r.motivo)
+        self.assertIn(r.motivo, str(r))
+        self.assertEqual(pickle.loads(pickle.dumps(r)).motivo, r.motivo)
+
+    # The number is the program's from here on: what stands there is neither read nor taken for a reason.
+    def test_um_descritor_que_o_programa_fechou(self):
+        guardado = os.dup(_chamada._motivos)
+        os.close(_chamada._motivos)
+        self.assertEqual(self.recusar().motivo, "")
+        alheio = os.memfd_create("alheio")
+        os.write(alheio, b"[%d] eCriptografarArquivo_ZEL: -52 X: alheio\n" % os.getpid())
+        os.dup2(alheio, _chamada._motivos)
+        self.assertEqual(self.recusar().motivo, "")
+        self.assertIn(b"alheio", os.pread(alheio, 100, 0))
+        os.close(alheio)
+        os.dup2(guardado, _chamada._motivos, inheritable=False)
+        self.assertNotEqual(self.recusar().motivo, "")
+
+    def test_um_fork_durante_a_chamada_de_outra_thread(self):
+        def trabalhar():
+            while not fim:
+                caixa().alterar_valor(r"EMIT\IE", "1")
+
+        fim = []
+        threads = [threading.Thread(target=trabalhar) for _ in range(3)]
+        for thread in threads:
+            thread.start()
+        for _ in range(30):
+            filho = os.fork()
+            if filho == 0:
+                signal.alarm(10)
+                caixa().verificar_status()
+                os._exit(0)
+            self.assertEqual(os.waitpid(filho, 0)[1], 0, "the child hangs")
+        fim.append(True)
+        for thread in threads:
+            thread.join()
+
+    def test_sem_a_biblioteca(self):
+        programa = "import sys; from zel_felbor import *\ntry: Cupom(sys.argv[1], biblioteca='nada.so')\n" \
+                   "except BibliotecaAusente as e: print(e)"
+        visto = subprocess.run([sys.executable, "-c", programa, DIRETORIO], capture_output=True, text=True)
+        self.assertRegex(visto.stdout + visto.stderr, "não pôde ser carregada.*nada.so.*LD_LIBRARY_PATH")
+
+
+@unittest.skipUnless(os.path.exists(CUPOM), f"{CUPOM} was not built")
+class NoPapel(unittest.TestCase):
+    TEXTO = "<ce><b>Padaria São João</b></ce>\r\nPão francês\r\n<gui></gui>"
+
+    def recibo(self, **opcoes):
+        return zel_cupom.Recibo(self.TEXTO, biblioteca=CUPOM, **opcoes)
+
+    def test_figura_e_impressora(self):
+        figura, papel = DIRETORIO + "/cupom.png", DIRETORIO + "/cupom.bin"
+        with self.recibo(perfil="generico-80mm") as recibo:
+            recibo.gravar_png(figura)
+            self.assertEqual(Path(figura).read_bytes(), recibo.png())
+            self.assertTrue(recibo.png().startswith(b"\x89PNG"))
+            self.assertIn(b"<svg", recibo.svg())
+            self.assertEqual(recibo.imprimir(papel), len(recibo.escpos()))
+            self.assertEqual(recibo.estado(), "")  # of a file
+            self.assertIn(b"Padaria", Path(papel).read_bytes())
+        self.assertIn("generico-80mm", zel_cupom.perfis(biblioteca=CUPOM))
+        with self.assertRaisesRegex(ValueError, "fechado"):
+            recibo.png()
+
+    def test_falhas_dizem_o_que_houve(self):
+        falhas = {"definir_perfil (-8).*perfil desconhecido": lambda: self.recibo(perfil="nenhum"),
+                  "definir_papel (-1)": lambda: self.recibo(colunas=40),
+                  "imprimir (-9).*bytes enviados": lambda: self.recibo().imprimir("/dev/nao_ha"),
+                  "gravar_png (-6).*No such file": lambda: self.recibo().gravar_png("/nao/ha.png")}
+        for parte, chamada in falhas.items():
+            with self.subTest(parte), self.assertRaises(zel_cupom.FalhaNoCupom) as falha:
+                chamada()
+            funcao, codigo = parte.split(".*")[0].rstrip(")").split(" (")
+            self.assertEqual((falha.exception.funcao, falha.exception.codigo),
+                             (f"zel_cupom_{funcao}", int(codigo)))
+            self.assertIn(parte.partition(".*")[2], str(falha.exception))
+        with self.assertRaisesRegex(zel_cupom.BibliotecaAusente, "LD_LIBRARY_PATH"):
+            zel_cupom.perfis(biblioteca="nada.so")
 
 
 class Vendas(unittest.TestCase):
@@ -95,27 +242,32 @@ class Vendas(unittest.TestCase):
             self.vender(caixa(transliterar=True), "1 €")
         self.assertEqual(c.verificar_status(), Estado.ABERTO)
         with self.assertRaises(Recusa) as recusa:
-            c.abrir(Consumidor(nome="João"))
+            c.abrir(Consumidor(cpf="12345678909", nome="João"))
         r = recusa.exception
         self.assertEqual((r.codigo, r.numero, r.nome, r.funcao), (Codigo.CUPOM_EM_ANDAMENTO, -130,
                          "ZEL_CUPOM_EM_ANDAMENTO", "aCFAbrir_ZEL"))
         self.assertEqual(r.significado, "Já há um cupom em andamento.")
-        self.assertIn("Continue-o, ou cancele-o", str(r))
+        self.assertIn("estado 1 (aberto)", r.motivo)
+        self.assertIn(r.motivo, str(r))
 
     def impressao(self, c):
-        cupom = c.imprimir(c.arquivo("documentosEnvio.xml"))
+        cupom = c.imprimir(c.arquivo("documentosEnvio.xml"), "OFFLINE")
         self.assertIn("Pão de queijo - 1ª", cupom)
         self.assertGreater(len(cupom), 131072)
         self.assertEqual(c.ultimo_cupom(), cupom)
         self.assertIn("Pão de queijo - 1ª", c.reemitir(1))
         ctg = c.contingencia([DIRETORIO])
         self.assertTrue(os.path.exists(ctg))
-        self.assertIn("Pão de queijo - 1ª", c.imprimir(ctg))
+        self.assertIn("Pão de queijo - 1ª", c.imprimir(ctg, "OFFLINE"))
         with self.assertRaisesRegex(EntradaRecusada, "/nao/ha.xml: não pôde ser lido"):
             c.imprimir(ctg, "/nao/ha.xml")
+        negada = c.arquivo("negada.xml")
+        negada.write_text("<SitCodigo>204</SitCodigo>")
+        with self.assertRaisesRegex(EntradaRecusada, "204"):
+            c.imprimir(c.arquivo("documentosEnvio.xml"), negada)
         c.alterar_valor(r"CONFIGURACAO\SalvarDanfePDF", "1")
         with self.assertRaises(Recusa) as recusa:
-            c.imprimir(ctg)
+            c.imprimir(ctg, "OFFLINE")
         self.assertIn("Pão de queijo - 1ª", recusa.exception.texto)
         c.alterar_valor(r"CONFIGURACAO\SalvarDanfePDF", "0")
 

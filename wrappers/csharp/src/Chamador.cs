@@ -13,7 +13,7 @@ public abstract class Chamador {
     static string doProcesso;
 
     readonly string diretorio;
-    readonly bool transliterar;
+    readonly bool transliterar, cortar;
 
     [DllImport("libc.so.6")]
     static extern int setenv(byte[] nome, byte[] valor, int substituir);
@@ -21,13 +21,18 @@ public abstract class Chamador {
     [DllImport("libdl.so.2")]
     static extern IntPtr dlopen(byte[] nome, int modo);
 
-    internal Chamador(string diretorio, bool transliterar, string biblioteca) {
-        if (!Path.IsPathRooted(diretorio))
+    [DllImport("libdl.so.2")]
+    static extern IntPtr dlerror();
+
+    internal Chamador(string diretorio, bool transliterar, string biblioteca, bool cortar) {
+        if (!Path.IsPathRooted(Valores.Exigir("diretorio", diretorio)))
             throw new EntradaRecusada("o diretório não é um caminho absoluto: " + diretorio);
         if (!Directory.Exists(diretorio))
-            throw new EntradaRecusada("o diretório não existe: " + diretorio);
+            throw new EntradaRecusada("o diretório não existe: " + diretorio + "; crie-o (mkdir), com " +
+                                      "permissão de escrita para quem roda o caixa");
         this.diretorio = diretorio.Length > 1 ? diretorio.TrimEnd('/') : diretorio;
         this.transliterar = transliterar;
+        this.cortar = cortar;
         Carregar(this.diretorio, biblioteca);
     }
 
@@ -40,8 +45,11 @@ public abstract class Chamador {
         lock (Trava) {
             if (doProcesso == null) {
                 setenv(Valores.Ascii("ZEL_DIRETORIO"), Valores.Caminho("diretorio", diretorio), 1);
+                Motivos.Ouvir();
                 if (dlopen(Valores.Caminho("biblioteca", biblioteca), agora | global) == IntPtr.Zero)
-                    throw new DllNotFoundException(biblioteca);
+                    throw new BibliotecaAusente("a biblioteca não pôde ser carregada: " +
+                                                Marshal.PtrToStringAnsi(dlerror()) + ". " +
+                                                Tabelas.Ausente);
                 doProcesso = diretorio;
             }
             if (doProcesso != diretorio)
@@ -54,22 +62,54 @@ public abstract class Chamador {
         return diretorio + "/" + nome;
     }
 
+    internal bool Corta {
+        get { return cortar; }
+    }
+
     internal byte[] Texto(string argumento, string valor) {
         return Valores.Texto(argumento, valor, transliterar);
     }
 
+    /// <summary>An empty text stands for none.</summary>
+    internal byte[] Texto(string argumento, string valor, int minimo, int maximo) {
+        byte[] escrito = Texto(argumento, valor);
+        if (escrito.Length > 1 && !cortar)
+            Valores.ConferirTamanho(argumento, escrito.Length - 1, minimo, maximo);
+        return escrito;
+    }
+
+    internal byte[] Obrigatorio(string argumento, string valor, int minimo, int maximo) {
+        byte[] escrito = Texto(argumento, valor, minimo, maximo);
+        if (escrito.Length == 1 && !cortar) Valores.ConferirTamanho(argumento, 0, minimo, maximo);
+        return escrito;
+    }
+
+    /// <summary>A CPF or a CNPJ, or none.</summary>
+    internal byte[] Documento(string argumento, string valor) {
+        byte[] escrito = Texto(argumento, valor);
+        return cortar || escrito.Length == 1 ? escrito
+                                             : Felbor.Identificacao.Documento(argumento, valor);
+    }
+
+    internal byte[] Identificacao(string funcao, Consumidor consumidor) {
+        return Felbor.Identificacao.De(funcao, consumidor, cortar);
+    }
+
+    /// <summary>The answer; below <c>menor</c> it is a refusal, with what <c>texto</c> reads.</summary>
+    static int Invocar(string funcao, Func<int> chamada, int menor, Func<string> texto) {
+        lock (Trava) {
+            int resposta = chamada();
+            if (resposta >= menor) return resposta;
+            throw new Recusa(funcao, resposta, texto(), Motivos.De(funcao, resposta));
+        }
+    }
+
     internal Codigo Chamar(string funcao, Func<int> chamada) {
-        int resposta;
-        lock (Trava) resposta = chamada();
-        if (resposta <= 0) throw new Recusa(funcao, resposta, "");
-        return (Codigo)resposta;
+        return (Codigo)Invocar(funcao, chamada, 1, () => "");
     }
 
     internal Estado VerEstado(string funcao, Func<int> chamada) {
-        int resposta;
-        lock (Trava) resposta = chamada();
-        if (resposta < 0) throw new Recusa(funcao, resposta, "");
-        return (Estado)resposta;
+        return (Estado)Invocar(funcao, chamada, 0, () => "");
     }
 
     /// <summary>The text that comes back in a buffer of <c>tamanho</c> bytes.</summary>
@@ -93,11 +133,9 @@ public abstract class Chamador {
 
     static string Ler(string funcao, byte[] saida, Func<byte[], int> leitura,
                       Func<byte[], int, int, string> decodificar) {
-        int resposta;
-        lock (Trava) resposta = leitura(saida);
-        string lido = decodificar(saida, 0, Array.IndexOf<byte>(saida, 0));
-        if (resposta <= 0) throw new Recusa(funcao, resposta, lido);
-        return lido;
+        Func<string> ler = () => decodificar(saida, 0, Array.IndexOf<byte>(saida, 0));
+        Invocar(funcao, () => leitura(saida), 1, ler);
+        return ler();
     }
 
     internal long BytesDe(string nome) {
@@ -109,17 +147,27 @@ public abstract class Chamador {
         return Math.Max(Tabelas.TamanhoCupom, BytesDe("ultimadanfe.bin") + 1);
     }
 
+    /// <summary>A document and its return in ISO-8859-1, the latter null without one ("OFFLINE"), once
+    /// the receipt may be printed.</summary>
+    internal static string[] LerParaImprimir(string documento, string retorno, bool cancelamento,
+                                             bool semAutorizacao) {
+        string xml = LerArquivo(documento);
+        string resposta = retorno == "OFFLINE" ? null : LerArquivo(retorno);
+        if (!semAutorizacao) Autorizacao.Conferir(xml, resposta, cancelamento);
+        return new[] { xml, resposta };
+    }
+
     /// <summary>Bytes that the receipt text of a document takes at most. A scrambled file cannot be
     /// counted: its items are at least 256 bytes and its payments 40, as the library writes
     /// them.</summary>
-    internal long TamanhoDoCupom(string documento, string retorno, string url) {
-        byte[] xml = LerArquivo(documento);
-        long doRetorno = retorno == "OFFLINE" ? 0 : LerArquivo(retorno).Length;
+    internal long TamanhoDoCupom(string[] lidos, string url) {
+        string xml = lidos[0];
+        long doRetorno = lidos[1] == null ? 0 : lidos[1].Length;
         long itens = xml.Length / 256 + 1, pagamentos = xml.Length / 40 + 1;
         long maior = 1024, mensagem = xml.Length;
-        if (xml.Length > 0 && xml[0] == '<') {
+        if (xml.StartsWith("<", StringComparison.Ordinal)) {
             itens = pagamentos = maior = 0;
-            foreach (string parte in Latin1(xml, 0, xml.Length).Split('<')) {
+            foreach (string parte in xml.Split('<')) {
                 if (parte.StartsWith("det", StringComparison.Ordinal)) ++itens;
                 if (parte.StartsWith("pag", StringComparison.Ordinal)) ++pagamentos;
                 maior = Math.Max(maior, parte.Length);
@@ -131,9 +179,10 @@ public abstract class Chamador {
         return Math.Max(Tabelas.TamanhoCupom, 2 * via);
     }
 
-    static byte[] LerArquivo(string nome) {
+    static string LerArquivo(string nome) {
         try {
-            return File.ReadAllBytes(nome);
+            byte[] bytes = File.ReadAllBytes(nome);
+            return Latin1(bytes, 0, bytes.Length);
         } catch (Exception e) when (e is IOException || e is UnauthorizedAccessException) {
             throw new EntradaRecusada(nome + ": não pôde ser lido");
         }

@@ -67,7 +67,7 @@ public enum Codigo {
     NenhumCupom = -131,
     /// <summary>Venda depois da totalização, ou depois do fim do cupom.</summary>
     VendaForaDeOrdem = -132,
-    /// <summary>Totalização sem itens, ou repetida.</summary>
+    /// <summary>Totalização sem itens, ou repetida, ou de cupom que já terminou.</summary>
     TotalizacaoForaDeOrdem = -133,
     /// <summary>Pagamento antes da totalização ou depois do encerramento.</summary>
     PagamentoForaDeOrdem = -134,
@@ -125,8 +125,14 @@ public enum TipoConsulta {
 }
 
 public sealed class Consumidor {
-    /// <summary>CPF, CNPJ ou identificação de estrangeiro</summary>
+    /// <summary>CPF ou CNPJ, com os dígitos verificadores</summary>
     public string Documento { get; set; } = "";
+    /// <summary>CPF, em lugar de documento</summary>
+    public string Cpf { get; set; } = "";
+    /// <summary>CNPJ, em lugar de documento</summary>
+    public string Cnpj { get; set; } = "";
+    /// <summary>documento de estrangeiro, só dígitos; só ao abrir</summary>
+    public string Estrangeiro { get; set; } = "";
     /// <summary>nome do consumidor</summary>
     public string Nome { get; set; } = "";
     /// <summary>rua; sem ela não há endereço</summary>
@@ -143,7 +149,7 @@ public sealed class Consumidor {
     public string Uf { get; set; } = "";
     /// <summary>CEP, 8 dígitos</summary>
     public string Cep { get; set; } = "";
-    /// <summary>e-mail; só identificarConsumidor o usa</summary>
+    /// <summary>e-mail; só identificarConsumidor o grava</summary>
     public string Email { get; set; } = "";
 }
 
@@ -153,6 +159,8 @@ internal static class Tabelas {
     internal const int TamanhoDiretorios = 966;
     internal const int TamanhoDocumento = 4194304;
     internal const int TamanhoCupom = 131072;
+    internal const string Ausente = "Instale o pacote libzel-felborframework1, ou diga onde ela está: o diretório em LD_LIBRARY_PATH, ou o arquivo no argumento biblioteca.";
+    internal const string Descritor = "zel_felbor";
 
     /// <summary>Name, meaning and remedy; null for a code of no table.</summary>
     internal static string[] Descrever(int codigo) {
@@ -171,7 +179,7 @@ internal static class Tabelas {
                 return new[] {
                     "ZEL_RECUSADO",
                     "Recusado: um argumento ou uma configuração não serve, ou os dados não combinam entre si.",
-                    "Veja no log (ZEL_LOG) qual campo foi recusado e por quê; confira os argumentos com o cabeçalho." };
+                    "O motivo diz qual campo e por quê: a exceção o traz nas outras linguagens, e o log (ZEL_LOG) em todas. Confira os argumentos com o cabeçalho." };
             case -11:
                 return new[] {
                     "ZEL_ITEM_INEXISTENTE",
@@ -236,12 +244,12 @@ internal static class Tabelas {
                 return new[] {
                     "ZEL_ARQUIVO_INDISPONIVEL",
                     "Um arquivo não pôde ser lido ou gravado, outro processo está com o cupom, ou não há cupom em andamento onde é preciso um.",
-                    "Verifique permissão, espaço em disco e se outro programa de caixa está aberto no mesmo diretório; o log diz qual arquivo. Nada mudou: a chamada pode ser repetida." };
+                    "Verifique permissão, espaço em disco e se outro programa de caixa está aberto no mesmo diretório; o motivo, na exceção ou no log, diz qual arquivo. Num diretório novo, abra um cupom antes. Nada mudou: a chamada pode ser repetida." };
             case -99:
                 return new[] {
                     "ZEL_ARGUMENTO_INVALIDO",
                     "Um argumento é nulo, vazio ou está fora dos limites.",
-                    "Confira os argumentos com o cabeçalho: comprimentos, números não negativos, ponteiros não nulos." };
+                    "O motivo, na exceção ou no log, diz qual argumento. Confira-o com o cabeçalho: comprimentos, números não negativos, ponteiros não nulos." };
             case -100:
                 return new[] {
                     "ZEL_ESTADO_INVALIDO",
@@ -261,7 +269,7 @@ internal static class Tabelas {
                 return new[] {
                     "ZEL_TAG_NAO_CONFORME",
                     "Um campo tem comprimento fora do permitido, ou um elemento é desconhecido ou está fora de ordem.",
-                    "O log diz qual campo e qual o comprimento permitido." };
+                    "O motivo, na exceção ou no log, diz qual campo e qual o comprimento permitido." };
             case -121:
                 return new[] {
                     "ZEL_TAG_SEM_ELEMENTOS",
@@ -271,7 +279,7 @@ internal static class Tabelas {
                 return new[] {
                     "ZEL_TAG_OBRIGATORIA",
                     "Falta um elemento obrigatório.",
-                    "O log diz qual; complete o XML do item ou a configuração do imposto." };
+                    "O motivo, na exceção ou no log, diz qual; complete o XML do item ou a configuração do imposto." };
             case -130:
                 return new[] {
                     "ZEL_CUPOM_EM_ANDAMENTO",
@@ -290,7 +298,7 @@ internal static class Tabelas {
             case -133:
                 return new[] {
                     "ZEL_TOTALIZACAO_FORA_DE_ORDEM",
-                    "Totalização sem itens, ou repetida.",
+                    "Totalização sem itens, ou repetida, ou de cupom que já terminou.",
                     "Totaliza-se uma vez, depois de vender ao menos um item (estado 2)." };
             case -134:
                 return new[] {
@@ -401,7 +409,7 @@ internal static class Tabelas {
         }
     }
 
-    internal static byte[] TextoDe(FormaPagamento valor) {
+    internal static byte[] TextoDe(string argumento, FormaPagamento valor) {
         switch (valor) {
             case FormaPagamento.Dinheiro:
                 return Valores.Ascii("Dinheiro");
@@ -424,10 +432,10 @@ internal static class Tabelas {
             case FormaPagamento.Outros:
                 return Valores.Ascii("Outros");
         }
-        throw new EntradaRecusada(valor + " não está na enumeração");
+        throw new EntradaRecusada(argumento + ": " + valor + " não está na enumeração");
     }
 
-    internal static byte[] TextoDe(TipoConsulta valor) {
+    internal static byte[] TextoDe(string argumento, TipoConsulta valor) {
         switch (valor) {
             case TipoConsulta.Data:
                 return Valores.Ascii("DATA");
@@ -436,7 +444,7 @@ internal static class Tabelas {
             case TipoConsulta.Chave:
                 return Valores.Ascii("CHAVE");
         }
-        throw new EntradaRecusada(valor + " não está na enumeração");
+        throw new EntradaRecusada(argumento + ": " + valor + " não está na enumeração");
     }
 }
 
@@ -567,8 +575,8 @@ internal static class Nativa {
 
 /// <summary>One operation for each function.</summary>
 public abstract class Operacoes : Chamador {
-    internal Operacoes(string diretorio, bool transliterar, string biblioteca)
-        : base(diretorio, transliterar, biblioteca) {}
+    internal Operacoes(string diretorio, bool transliterar, string biblioteca, bool cortar)
+        : base(diretorio, transliterar, biblioteca, cortar) {}
 
     /// <summary>Carrega a configuração, criando-a com os valores padrão quando falta.
     ///  aCFInicializar_ZEL.</summary>
@@ -581,12 +589,14 @@ public abstract class Operacoes : Chamador {
     public void Abrir(Consumidor consumidor = null) {
         consumidor = consumidor ?? new Consumidor();
         Chamar("aCFAbrir_ZEL",
-                () => Nativa.aCFAbrir_ZEL(Texto("documento", consumidor.Documento),
-                Texto("nome", consumidor.Nome), Texto("logradouro", consumidor.Logradouro),
-                Texto("numero", consumidor.Numero), Texto("bairro", consumidor.Bairro),
-                Texto("codigoMunicipio", consumidor.CodigoMunicipio),
-                Texto("municipio", consumidor.Municipio), Texto("uf", consumidor.Uf),
-                Texto("cep", consumidor.Cep)));
+                () => Nativa.aCFAbrir_ZEL(Identificacao("aCFAbrir_ZEL", consumidor),
+                Texto("nome", consumidor.Nome, 2, 60),
+                Texto("logradouro", consumidor.Logradouro, 2, 60),
+                Texto("numero", consumidor.Numero, 1, 60),
+                Texto("bairro", consumidor.Bairro, 1, 60),
+                Texto("codigoMunicipio", consumidor.CodigoMunicipio, 7, 7),
+                Texto("municipio", consumidor.Municipio, 2, 60), Texto("uf", consumidor.Uf, 2, 2),
+                Texto("cep", consumidor.Cep, 8, 8)));
     }
 
     /// <summary>Abre um cupom depois de gravar número e série; o documento leva numeroCupom + 1 na
@@ -597,29 +607,27 @@ public abstract class Operacoes : Chamador {
     public void AbrirNumSerie(int numeroCupom, int serie, Consumidor consumidor = null) {
         consumidor = consumidor ?? new Consumidor();
         Chamar("aCFAbrirNumSerie_ZEL",
-                () => Nativa.aCFAbrirNumSerie_ZEL(numeroCupom, serie,
-                Texto("documento", consumidor.Documento), Texto("nome", consumidor.Nome),
-                Texto("logradouro", consumidor.Logradouro), Texto("numero", consumidor.Numero),
-                Texto("bairro", consumidor.Bairro),
-                Texto("codigoMunicipio", consumidor.CodigoMunicipio),
-                Texto("municipio", consumidor.Municipio), Texto("uf", consumidor.Uf),
-                Texto("cep", consumidor.Cep)));
+                () => Nativa.aCFAbrirNumSerie_ZEL(Valores.Inteiro("numeroCupom", numeroCupom, 0,
+                999999999), Valores.Inteiro("serie", serie, 0, 999),
+                Identificacao("aCFAbrirNumSerie_ZEL", consumidor),
+                Texto("nome", consumidor.Nome, 2, 60),
+                Texto("logradouro", consumidor.Logradouro, 2, 60),
+                Texto("numero", consumidor.Numero, 1, 60),
+                Texto("bairro", consumidor.Bairro, 1, 60),
+                Texto("codigoMunicipio", consumidor.CodigoMunicipio, 7, 7),
+                Texto("municipio", consumidor.Municipio, 2, 60), Texto("uf", consumidor.Uf, 2, 2),
+                Texto("cep", consumidor.Cep, 8, 8)));
     }
 
     /// <summary>Troca o consumidor do cupom. aCFIdentificarConsumidor_ZEL.</summary>
     /// <param name="consumidor">o consumidor</param>
     public void IdentificarConsumidor(Consumidor consumidor) {
         Chamar("aCFIdentificarConsumidor_ZEL",
-                () => Nativa.aCFIdentificarConsumidor_ZEL(Texto("documento", consumidor.Documento),
-                Texto("nome", consumidor.Nome), Texto("logradouro", consumidor.Logradouro),
-                Texto("numero", consumidor.Numero), Texto("bairro", consumidor.Bairro),
-                Texto("codigoMunicipio", consumidor.CodigoMunicipio),
-                Texto("municipio", consumidor.Municipio), Texto("uf", consumidor.Uf),
-                Texto("cep", consumidor.Cep), Texto("email", consumidor.Email)));
+                () => Nativa.aCFIdentificarConsumidor_ZEL(Identificacao("aCFIdentificarConsumidor_ZEL", consumidor), Texto("nome", consumidor.Nome, 2, 60), Texto("logradouro", consumidor.Logradouro, 2, 60), Texto("numero", consumidor.Numero, 1, 60), Texto("bairro", consumidor.Bairro, 1, 60), Texto("codigoMunicipio", consumidor.CodigoMunicipio, 7, 7), Texto("municipio", consumidor.Municipio, 2, 60), Texto("uf", consumidor.Uf, 2, 2), Texto("cep", consumidor.Cep, 8, 8), Texto("email", consumidor.Email, 1, 59)));
     }
 
     /// <summary>Grava a transportadora de uma entrega. aCFIdentificarTransportadora_ZEL.</summary>
-    /// <param name="documento">CPF ou CNPJ, só dígitos</param>
+    /// <param name="documento">CPF ou CNPJ, com os dígitos verificadores</param>
     /// <param name="nome">nome, 2 a 60</param>
     /// <param name="inscricaoEstadual">inscrição estadual, 2 caracteres</param>
     /// <param name="endereco">endereço, 1 a 60</param>
@@ -629,9 +637,10 @@ public abstract class Operacoes : Chamador {
             string inscricaoEstadual = "", string endereco = "", string municipio = "",
             string uf = "") {
         Chamar("aCFIdentificarTransportadora_ZEL",
-                () => Nativa.aCFIdentificarTransportadora_ZEL(Texto("documento", documento),
-                Texto("nome", nome), Texto("inscricaoEstadual", inscricaoEstadual),
-                Texto("endereco", endereco), Texto("municipio", municipio), Texto("uf", uf)));
+                () => Nativa.aCFIdentificarTransportadora_ZEL(Documento("documento", documento),
+                Texto("nome", nome, 2, 60), Texto("inscricaoEstadual", inscricaoEstadual, 2, 2),
+                Texto("endereco", endereco, 1, 60), Texto("municipio", municipio, 1, 60),
+                Texto("uf", uf, 2, 2)));
     }
 
     /// <summary>Vende um item. aCFVender_ZEL.</summary>
@@ -646,11 +655,12 @@ public abstract class Operacoes : Chamador {
     public void Vender(Aliquota aliquota, decimal quantidade, decimal valorUnitario, string codigo,
             string unidade, string descricao, Ajuste ajuste = null) {
         Chamar("aCFVender_ZEL",
-                () => Nativa.aCFVender_ZEL(aliquota.Converter("aliquota"),
+                () => Nativa.aCFVender_ZEL(Aliquota.Converter("aliquota", aliquota),
                 Valores.Decimal("quantidade", quantidade, 4),
                 Valores.Decimal("valorUnitario", valorUnitario, 10),
                 Ajuste.Tipo("tipoAjuste", ajuste, ""), Ajuste.Valor("valorAjuste", ajuste),
-                Texto("codigo", codigo), Texto("unidade", unidade), Texto("descricao", descricao)));
+                Texto("codigo", codigo, 1, 60), Texto("unidade", unidade, 1, 6),
+                Texto("descricao", descricao, 1, 120)));
     }
 
     /// <summary>Vende um item com NCM e CFOP próprios. aCFVenderCompleto_ZEL.</summary>
@@ -668,12 +678,13 @@ public abstract class Operacoes : Chamador {
             string codigo, string unidade, string descricao, Ajuste ajuste = null, string ncm = "",
             string cfop = "") {
         Chamar("aCFVenderCompleto_ZEL",
-                () => Nativa.aCFVenderCompleto_ZEL(aliquota.Converter("aliquota"),
+                () => Nativa.aCFVenderCompleto_ZEL(Aliquota.Converter("aliquota", aliquota),
                 Valores.Decimal("quantidade", quantidade, 4),
                 Valores.Decimal("valorUnitario", valorUnitario, 10),
                 Ajuste.Tipo("tipoAjuste", ajuste, ""), Ajuste.Valor("valorAjuste", ajuste),
-                Texto("codigo", codigo), Texto("ncm", ncm), Texto("cfop", cfop),
-                Texto("unidade", unidade), Texto("descricao", descricao), Valores.Vazio));
+                Texto("codigo", codigo, 1, 60), Texto("ncm", ncm, 2, 8), Texto("cfop", cfop, 4, 4),
+                Texto("unidade", unidade, 1, 6), Texto("descricao", descricao, 1, 120),
+                Valores.Vazio));
     }
 
     /// <summary>Vende um item dado como texto de tags. aCFVenderXml_ZEL.</summary>
@@ -687,8 +698,8 @@ public abstract class Operacoes : Chamador {
     /// <param name="ajuste">desconto ou acréscimo</param>
     public void LancarDescontoItem(int item, Ajuste ajuste) {
         Chamar("aCFLancarDescontoItem_ZEL",
-                () => Nativa.aCFLancarDescontoItem_ZEL(item, Ajuste.Tipo("tipo", ajuste, "D"),
-                Ajuste.Valor("valor", ajuste)));
+                () => Nativa.aCFLancarDescontoItem_ZEL(Valores.Inteiro("item", item),
+                Ajuste.Tipo("tipo", ajuste, "D"), Ajuste.Valor("valor", ajuste)));
     }
 
     /// <summary>Dá acréscimo a um item. aCFLancarAcrescimoItem_ZEL.</summary>
@@ -696,14 +707,15 @@ public abstract class Operacoes : Chamador {
     /// <param name="ajuste">desconto ou acréscimo</param>
     public void LancarAcrescimoItem(int item, Ajuste ajuste) {
         Chamar("aCFLancarAcrescimoItem_ZEL",
-                () => Nativa.aCFLancarAcrescimoItem_ZEL(item, Ajuste.Tipo("tipo", ajuste, "A"),
-                Ajuste.Valor("valor", ajuste)));
+                () => Nativa.aCFLancarAcrescimoItem_ZEL(Valores.Inteiro("item", item),
+                Ajuste.Tipo("tipo", ajuste, "A"), Ajuste.Valor("valor", ajuste)));
     }
 
     /// <summary>Retira um item do cupom. aCFCancelarItem_ZEL.</summary>
     /// <param name="item">número do item, de 1 a 999</param>
     public void CancelarItem(int item) {
-        Chamar("aCFCancelarItem_ZEL", () => Nativa.aCFCancelarItem_ZEL(item));
+        Chamar("aCFCancelarItem_ZEL",
+                () => Nativa.aCFCancelarItem_ZEL(Valores.Inteiro("item", item)));
     }
 
     /// <summary>Retira parte da quantidade de um item. aCFCancelarItemParcial_ZEL.</summary>
@@ -711,20 +723,22 @@ public abstract class Operacoes : Chamador {
     /// <param name="quantidade">quantidade a retirar</param>
     public void CancelarItemParcial(int item, decimal quantidade) {
         Chamar("aCFCancelarItemParcial_ZEL",
-                () => Nativa.aCFCancelarItemParcial_ZEL(item,
+                () => Nativa.aCFCancelarItemParcial_ZEL(Valores.Inteiro("item", item),
                 Valores.Decimal("quantidade", quantidade, 4)));
     }
 
     /// <summary>Tira o desconto de um item. aCFCancelarDescontoItem_ZEL.</summary>
     /// <param name="item">número do item, de 1 a 999; 0 é o último</param>
     public void CancelarDescontoItem(int item) {
-        Chamar("aCFCancelarDescontoItem_ZEL", () => Nativa.aCFCancelarDescontoItem_ZEL(item));
+        Chamar("aCFCancelarDescontoItem_ZEL",
+                () => Nativa.aCFCancelarDescontoItem_ZEL(Valores.Inteiro("item", item)));
     }
 
     /// <summary>Tira o acréscimo de um item. aCFCancelarAcrescimoItem_ZEL.</summary>
     /// <param name="item">número do item, de 1 a 999; 0 é o último</param>
     public void CancelarAcrescimoItem(int item) {
-        Chamar("aCFCancelarAcrescimoItem_ZEL", () => Nativa.aCFCancelarAcrescimoItem_ZEL(item));
+        Chamar("aCFCancelarAcrescimoItem_ZEL",
+                () => Nativa.aCFCancelarAcrescimoItem_ZEL(Valores.Inteiro("item", item)));
     }
 
     /// <summary>Totaliza o cupom, rateando o desconto ou acréscimo entre os itens.
@@ -742,7 +756,7 @@ public abstract class Operacoes : Chamador {
     /// <param name="valor">quantia; sem ela, o que falta pagar</param>
     public void EfetuarPagamento(FormaPagamento forma, decimal? valor = null) {
         Chamar("aCFEfetuarPagamento_ZEL",
-                () => Nativa.aCFEfetuarPagamento_ZEL(Tabelas.TextoDe(forma),
+                () => Nativa.aCFEfetuarPagamento_ZEL(Tabelas.TextoDe("forma", forma),
                 Valores.Decimal("valor", valor, 2)));
     }
 
@@ -754,8 +768,8 @@ public abstract class Operacoes : Chamador {
     public void EstornarPagamento(FormaPagamento formaAtual, FormaPagamento formaNova,
             decimal valor) {
         Chamar("aCFEstornarPagamento_ZEL",
-                () => Nativa.aCFEstornarPagamento_ZEL(Tabelas.TextoDe(formaAtual),
-                Tabelas.TextoDe(formaNova), Valores.Decimal("valor", valor, 2)));
+                () => Nativa.aCFEstornarPagamento_ZEL(Tabelas.TextoDe("formaAtual", formaAtual),
+                Tabelas.TextoDe("formaNova", formaNova), Valores.Decimal("valor", valor, 2)));
     }
 
     /// <summary>Define o total aproximado de impostos do próximo cupom impresso.
@@ -769,7 +783,8 @@ public abstract class Operacoes : Chamador {
     /// <summary>Encerra o cupom: monta e grava o documento. tCFEncerrar_ZEL.</summary>
     /// <param name="informacoes">mensagem ao consumidor, até 5000</param>
     public void Encerrar(string informacoes = "") {
-        Chamar("tCFEncerrar_ZEL", () => Nativa.tCFEncerrar_ZEL(Texto("informacoes", informacoes)));
+        Chamar("tCFEncerrar_ZEL",
+                () => Nativa.tCFEncerrar_ZEL(Texto("informacoes", informacoes, 0, 5000)));
     }
 
     /// <summary>Encerra o cupom com mensagens ao consumidor e ao fisco.
@@ -778,8 +793,8 @@ public abstract class Operacoes : Chamador {
     /// <param name="informacoesFisco">mensagem ao fisco, até 2000</param>
     public void EncerrarConfigMsg(string informacoes, string informacoesFisco) {
         Chamar("tCFEncerrarConfigMsg_ZEL",
-                () => Nativa.tCFEncerrarConfigMsg_ZEL(Texto("informacoes", informacoes),
-                Texto("informacoesFisco", informacoesFisco)));
+                () => Nativa.tCFEncerrarConfigMsg_ZEL(Obrigatorio("informacoes", informacoes, 1,
+                5000), Obrigatorio("informacoesFisco", informacoesFisco, 1, 2000)));
     }
 
     /// <summary>Cancela o cupom em andamento, ou pede o cancelamento do último documento ou do que
@@ -792,9 +807,10 @@ public abstract class Operacoes : Chamador {
     public Codigo Cancelar(string numero = "", string serie = "", string chave = "",
             string protocolo = "", string justificativa = "") {
         return Chamar("tCFCancelar_ZEL",
-                () => Nativa.tCFCancelar_ZEL(Texto("numero", numero), Texto("serie", serie),
-                Texto("chave", chave), Texto("protocolo", protocolo),
-                Texto("justificativa", justificativa)));
+                () => Nativa.tCFCancelar_ZEL(Texto("numero", numero, 1, 9),
+                Texto("serie", serie, 1, 4), Texto("chave", chave, 44, 44),
+                Texto("protocolo", protocolo, 1, 15),
+                Texto("justificativa", justificativa, 1, 99)));
     }
 
     /// <summary>Grava o pedido de cancelamento em arquivos embaralhados, para um caixa sem
@@ -807,9 +823,9 @@ public abstract class Operacoes : Chamador {
     public string CancelarOffline(IList<string> diretorios, string numero = "", string serie = "",
             string chave = "", string justificativa = "") {
         return GravarEm("tCFCancelarOffline_ZEL", diretorios,
-                saida => Nativa.tCFCancelarOffline_ZEL(Texto("numero", numero),
-                Texto("serie", serie), Texto("chave", chave),
-                Texto("justificativa", justificativa), saida));
+                saida => Nativa.tCFCancelarOffline_ZEL(Texto("numero", numero, 1, 9),
+                Texto("serie", serie, 1, 4), Texto("chave", chave, 44, 44),
+                Texto("justificativa", justificativa, 1, 99), saida));
     }
 
     /// <summary>Pede a inutilização de uma faixa de números. tCFInutilizar_ZEL.</summary>
@@ -820,9 +836,9 @@ public abstract class Operacoes : Chamador {
     public void Inutilizar(string numeroInicial, string numeroFinal, string serie,
             string justificativa) {
         Chamar("tCFInutilizar_ZEL",
-                () => Nativa.tCFInutilizar_ZEL(Texto("numeroInicial", numeroInicial),
-                Texto("numeroFinal", numeroFinal), Texto("serie", serie),
-                Texto("justificativa", justificativa)));
+                () => Nativa.tCFInutilizar_ZEL(Obrigatorio("numeroInicial", numeroInicial, 1, 9),
+                Obrigatorio("numeroFinal", numeroFinal, 1, 9), Obrigatorio("serie", serie, 1, 3),
+                Obrigatorio("justificativa", justificativa, 1, 60)));
     }
 
     /// <summary>Pede uma consulta por data, por número ou pela chave.
@@ -835,8 +851,9 @@ public abstract class Operacoes : Chamador {
     public void Consultar(TipoConsulta tipo, string inicial = "", string final = "",
             string serie = "", string chave = "") {
         Chamar("GeraXMLConsulta_ZEL",
-                () => Nativa.GeraXMLConsulta_ZEL(Tabelas.TextoDe(tipo), Texto("inicial", inicial),
-                Texto("final", final), Texto("serie", serie), Texto("chave", chave)));
+                () => Nativa.GeraXMLConsulta_ZEL(Tabelas.TextoDe("tipo", tipo),
+                Texto("inicial", inicial, 1, 25), Texto("final", final, 1, 25),
+                Texto("serie", serie, 1, 4), Texto("chave", chave, 44, 44)));
     }
 
     /// <summary>Fixa o ICMS 00 do próximo item. aCFConfICMS00_ZEL.</summary>
@@ -846,8 +863,9 @@ public abstract class Operacoes : Chamador {
     /// <param name="aliquota">alíquota, sempre com duas casas</param>
     public void ConfIcms00(string origem, string cst, string modBC, decimal aliquota) {
         Chamar("aCFConfICMS00_ZEL",
-                () => Nativa.aCFConfICMS00_ZEL(Texto("origem", origem), Texto("cst", cst),
-                Texto("modBC", modBC), Valores.Decimal("aliquota", aliquota, 2)));
+                () => Nativa.aCFConfICMS00_ZEL(Texto("origem", origem, 1, 1),
+                Texto("cst", cst, 2, 2), Texto("modBC", modBC, 1, 1),
+                Valores.Decimal("aliquota", aliquota, 2)));
     }
 
     /// <summary>Fixa o ICMS 40, 41 ou 50 do próximo item. aCFConfICMS40_ZEL.</summary>
@@ -858,8 +876,9 @@ public abstract class Operacoes : Chamador {
     public void ConfIcms40(string origem, string cst, decimal? valorDesonerado = null,
             string motivo = "") {
         Chamar("aCFConfICMS40_ZEL",
-                () => Nativa.aCFConfICMS40_ZEL(Texto("origem", origem), Texto("cst", cst),
-                Valores.Decimal("valorDesonerado", valorDesonerado, 2), Texto("motivo", motivo)));
+                () => Nativa.aCFConfICMS40_ZEL(Texto("origem", origem, 1, 1),
+                Texto("cst", cst, 2, 2), Valores.Decimal("valorDesonerado", valorDesonerado, 2),
+                Texto("motivo", motivo, 1, 1)));
     }
 
     /// <summary>Fixa o ICMS 60 do próximo item. aCFConfICMS60_ZEL.</summary>
@@ -870,8 +889,8 @@ public abstract class Operacoes : Chamador {
     public void ConfIcms60(string origem, string cst, decimal? baseRetida = null,
             decimal? valorRetido = null) {
         Chamar("aCFConfICMS60_ZEL",
-                () => Nativa.aCFConfICMS60_ZEL(Texto("origem", origem), Texto("cst", cst),
-                Valores.Decimal("baseRetida", baseRetida, 2),
+                () => Nativa.aCFConfICMS60_ZEL(Texto("origem", origem, 1, 1),
+                Texto("cst", cst, 2, 2), Valores.Decimal("baseRetida", baseRetida, 2),
                 Valores.Decimal("valorRetido", valorRetido, 2)));
     }
 
@@ -880,7 +899,7 @@ public abstract class Operacoes : Chamador {
     /// <param name="aliquota">alíquota em percentual</param>
     public void ConfPisAliq(string cst, decimal aliquota) {
         Chamar("aCFConfPisAliq_ZEL",
-                () => Nativa.aCFConfPisAliq_ZEL(Texto("cst", cst),
+                () => Nativa.aCFConfPisAliq_ZEL(Texto("cst", cst, 2, 2),
                 Valores.Decimal("aliquota", aliquota, 4)));
     }
 
@@ -889,14 +908,14 @@ public abstract class Operacoes : Chamador {
     /// <param name="valorUnidade">centavos de imposto por unidade vendida</param>
     public void ConfPisQtde(string cst, decimal valorUnidade) {
         Chamar("aCFConfPisQtde_ZEL",
-                () => Nativa.aCFConfPisQtde_ZEL(Texto("cst", cst),
+                () => Nativa.aCFConfPisQtde_ZEL(Texto("cst", cst, 2, 2),
                 Valores.Decimal("valorUnidade", valorUnidade, 4)));
     }
 
     /// <summary>Fixa o PIS não tributado do próximo item. aCFConfPisNT_ZEL.</summary>
     /// <param name="cst">código de situação tributária, 2 dígitos</param>
     public void ConfPisNt(string cst) {
-        Chamar("aCFConfPisNT_ZEL", () => Nativa.aCFConfPisNT_ZEL(Texto("cst", cst)));
+        Chamar("aCFConfPisNT_ZEL", () => Nativa.aCFConfPisNT_ZEL(Texto("cst", cst, 2, 2)));
     }
 
     /// <summary>Fixa a COFINS por alíquota do próximo item. aCFConfCofinsAliq_ZEL.</summary>
@@ -904,7 +923,7 @@ public abstract class Operacoes : Chamador {
     /// <param name="aliquota">alíquota em percentual</param>
     public void ConfCofinsAliq(string cst, decimal aliquota) {
         Chamar("aCFConfCofinsAliq_ZEL",
-                () => Nativa.aCFConfCofinsAliq_ZEL(Texto("cst", cst),
+                () => Nativa.aCFConfCofinsAliq_ZEL(Texto("cst", cst, 2, 2),
                 Valores.Decimal("aliquota", aliquota, 4)));
     }
 
@@ -913,14 +932,14 @@ public abstract class Operacoes : Chamador {
     /// <param name="valorUnidade">centavos de imposto por unidade vendida</param>
     public void ConfCofinsQtde(string cst, decimal valorUnidade) {
         Chamar("aCFConfCofinsQtde_ZEL",
-                () => Nativa.aCFConfCofinsQtde_ZEL(Texto("cst", cst),
+                () => Nativa.aCFConfCofinsQtde_ZEL(Texto("cst", cst, 2, 2),
                 Valores.Decimal("valorUnidade", valorUnidade, 4)));
     }
 
     /// <summary>Fixa a COFINS não tributada do próximo item. aCFConfCofinsNT_ZEL.</summary>
     /// <param name="cst">código de situação tributária, 2 dígitos</param>
     public void ConfCofinsNt(string cst) {
-        Chamar("aCFConfCofinsNT_ZEL", () => Nativa.aCFConfCofinsNT_ZEL(Texto("cst", cst)));
+        Chamar("aCFConfCofinsNT_ZEL", () => Nativa.aCFConfCofinsNT_ZEL(Texto("cst", cst, 2, 2)));
     }
 
     /// <summary>Fixa o PIS de outras operações do próximo item. aCFConfPisOutr_ZEL.</summary>
@@ -929,7 +948,7 @@ public abstract class Operacoes : Chamador {
     /// <param name="valorUnidade">centavos de imposto por unidade vendida</param>
     public void ConfPisOutr(string cst, decimal? aliquota = null, decimal? valorUnidade = null) {
         Chamar("aCFConfPisOutr_ZEL",
-                () => Nativa.aCFConfPisOutr_ZEL(Texto("cst", cst),
+                () => Nativa.aCFConfPisOutr_ZEL(Texto("cst", cst, 2, 2),
                 Valores.Decimal("aliquota", aliquota, 4),
                 Valores.Decimal("valorUnidade", valorUnidade, 4)));
     }
@@ -940,7 +959,7 @@ public abstract class Operacoes : Chamador {
     /// <param name="valorUnidade">centavos de imposto por unidade vendida</param>
     public void ConfCofinsOutr(string cst, decimal? aliquota = null, decimal? valorUnidade = null) {
         Chamar("aCFConfCofinsOutr_ZEL",
-                () => Nativa.aCFConfCofinsOutr_ZEL(Texto("cst", cst),
+                () => Nativa.aCFConfCofinsOutr_ZEL(Texto("cst", cst, 2, 2),
                 Valores.Decimal("aliquota", aliquota, 4),
                 Valores.Decimal("valorUnidade", valorUnidade, 4)));
     }
@@ -948,7 +967,7 @@ public abstract class Operacoes : Chamador {
     /// <summary>Grava um valor da configuração. regAlterarValor_ZEL.</summary>
     /// <param name="chave">caminho da chave, com \ entre os grupos</param>
     /// <param name="valor">o valor</param>
-    public void AlterarValor(string chave, string valor) {
+    public virtual void AlterarValor(string chave, string valor) {
         Chamar("regAlterarValor_ZEL",
                 () => Nativa.regAlterarValor_ZEL(Texto("chave", chave), Texto("valor", valor)));
     }
@@ -1002,7 +1021,7 @@ public abstract class Operacoes : Chamador {
     public void CriptografarArquivo(string origem, string destino, string chave) {
         Chamar("eCriptografarArquivo_ZEL",
                 () => Nativa.eCriptografarArquivo_ZEL(Valores.Caminho("origem", origem),
-                Valores.Caminho("destino", destino), Texto("chave", chave)));
+                Valores.Caminho("destino", destino), Texto("chave", chave, 0, 1023)));
     }
 
     /// <summary>Desembaralha um arquivo. eDescriptografarArquivo_ZEL.</summary>
@@ -1012,7 +1031,7 @@ public abstract class Operacoes : Chamador {
     public void DescriptografarArquivo(string origem, string destino, string chave) {
         Chamar("eDescriptografarArquivo_ZEL",
                 () => Nativa.eDescriptografarArquivo_ZEL(Valores.Caminho("origem", origem),
-                Valores.Caminho("destino", destino), Texto("chave", chave)));
+                Valores.Caminho("destino", destino), Texto("chave", chave, 0, 1023)));
     }
 }
 

@@ -39,6 +39,11 @@ public sealed class TextoInvalido : EntradaRecusada {
     }
 }
 
+/// <summary>The shared object was not found, or cannot be loaded.</summary>
+public sealed class BibliotecaAusente : ErroZel {
+    internal BibliotecaAusente(string mensagem) : base(mensagem) {}
+}
+
 /// <summary>What the library refused.</summary>
 public sealed class Recusa : ErroZel {
     /// <summary>The function's name in the header.</summary>
@@ -50,20 +55,24 @@ public sealed class Recusa : ErroZel {
     public string Remedio { get; }
     /// <summary>What the function wrote all the same: a receipt whose PDF failed.</summary>
     public string Texto { get; }
+    /// <summary>Which field, what was given and what is allowed, or file and system error; may be
+    /// empty.</summary>
+    public string Motivo { get; }
 
-    internal Recusa(string funcao, int codigo, string texto)
-        : this(funcao, codigo, texto, Tabelas.Descrever(codigo) ??
+    internal Recusa(string funcao, int codigo, string texto, string motivo)
+        : this(funcao, codigo, texto, motivo, Tabelas.Descrever(codigo) ??
                new[] { "DESCONHECIDO", "Código que esta camada não conhece.", "" }) {}
 
-    Recusa(string funcao, int codigo, string texto, string[] descricao)
+    Recusa(string funcao, int codigo, string texto, string motivo, string[] descricao)
         : base(funcao + ": " + descricao[0] + " (" + codigo + "): " + descricao[1] + " " +
-               descricao[2]) {
+               (motivo == "" ? "" : "Motivo: " + motivo + ". ") + descricao[2]) {
         Funcao = funcao;
         Codigo = (Codigo)codigo;
         Nome = descricao[0];
         Significado = descricao[1];
         Remedio = descricao[2];
         Texto = texto;
+        Motivo = motivo;
     }
 }
 
@@ -71,10 +80,11 @@ public sealed class Recusa : ErroZel {
 internal static class Valores {
     internal static readonly byte[] Vazio = { 0 };
 
-    /// <summary>ISO-8859-1, strictly. Refused are characters beyond U+00FF, U+0000, and the controls
-    /// U+0080 to U+009F, which are nearly always another character set taken for this one.</summary>
+    /// <summary>ISO-8859-1, strictly; letters written in two parts are put together first. Refused are
+    /// characters beyond U+00FF, U+0000, and the controls U+0080 to U+009F, which are nearly always
+    /// another character set taken for this one.</summary>
     internal static byte[] Texto(string argumento, string valor, bool transliterar) {
-        if (valor == null) throw new EntradaRecusada(argumento + ": nulo");
+        valor = Compor(Exigir(argumento, valor));
         var bytes = new List<byte>(valor.Length + 1);
         int posicao = 0;
         for (int i = 0; i < valor.Length; ++i) {
@@ -93,6 +103,37 @@ internal static class Valores {
         }
         bytes.Add(0);
         return bytes.ToArray();
+    }
+
+    /// <summary>Half a character is no text for .NET, and is refused further on.</summary>
+    static string Compor(string valor) {
+        try {
+            return valor.Normalize(NormalizationForm.FormC);
+        } catch (ArgumentException) {
+            return valor;
+        }
+    }
+
+    /// <summary>Nothing that a function needs is null.</summary>
+    internal static T Exigir<T>(string argumento, T valor) where T : class {
+        if (valor == null) throw new EntradaRecusada(argumento + ": nulo");
+        return valor;
+    }
+
+    /// <summary>A text that the function would cut, or leave out.</summary>
+    internal static void ConferirTamanho(string argumento, int tamanho, int minimo, int maximo) {
+        if (tamanho >= minimo && tamanho <= maximo) return;
+        string entre = minimo > 0 ? "de " + minimo + " a " + maximo : "até " + maximo;
+        throw new EntradaRecusada(argumento + ": " + tamanho + " caracteres; permitido: " +
+                                  (minimo == maximo ? "exatamente " + maximo : entre));
+    }
+
+    internal static int Inteiro(string argumento, int valor, int minimo = int.MinValue,
+                                int maximo = int.MaxValue) {
+        if (valor < minimo || valor > maximo)
+            throw new EntradaRecusada(argumento + ": " + valor + " não está entre " + minimo + " e " +
+                                      maximo);
+        return valor;
     }
 
     internal static byte[] Ascii(string valor) {
@@ -121,24 +162,28 @@ internal static class Valores {
 
     /// <summary>A file name is bytes of the file system, not ISO-8859-1.</summary>
     internal static byte[] Caminho(string argumento, string nome) {
-        if (nome == null || nome.IndexOf('\0') >= 0)
-            throw new EntradaRecusada(argumento + ": nome de arquivo nulo, ou com U+0000");
-        return Encoding.UTF8.GetBytes(nome + "\0");
+        if (Exigir(argumento, nome).IndexOf('\0') >= 0)
+            throw new EntradaRecusada(argumento + ": nome de arquivo com U+0000");
+        byte[] escrito = Encoding.UTF8.GetBytes(nome + "\0");
+        if (escrito.Length > 301)
+            throw new EntradaRecusada(argumento + ": nome de arquivo com mais de 300 bytes");
+        return escrito;
     }
 
     /// <summary>Up to three directories of up to 300 bytes with their final "/", separated by
     /// "|".</summary>
     internal static byte[] Diretorios(string argumento, IList<string> lista) {
-        if (lista.Count < 1 || lista.Count > 3)
+        if (Exigir(argumento, lista).Count < 1 || lista.Count > 3)
             throw new EntradaRecusada(argumento + ": de um a três diretórios");
         var nomes = new List<string>();
         foreach (string nome in lista) {
             string completo = nome.EndsWith("/", StringComparison.Ordinal) ? nome : nome + "/";
-            if (Caminho(argumento, completo).Length > 301 || completo.IndexOf('|') >= 0)
-                throw new EntradaRecusada(argumento + ": diretório com | ou mais de 300 bytes");
+            Caminho(argumento, completo);
+            if (completo.IndexOf('|') >= 0)
+                throw new EntradaRecusada(argumento + ": diretório com |");
             nomes.Add(completo);
         }
-        return Caminho(argumento, string.Join("|", nomes));
+        return Encoding.UTF8.GetBytes(string.Join("|", nomes) + "\0");
     }
 }
 
@@ -162,6 +207,10 @@ public sealed class Aliquota {
 
     public static Aliquota Servico(decimal percentual) {
         return new Aliquota("S", percentual);
+    }
+
+    internal static byte[] Converter(string argumento, Aliquota valor) {
+        return Valores.Exigir(argumento, valor).Converter(argumento);
     }
 
     /// <summary>"T1800", "S0500", "I".</summary>
@@ -210,8 +259,10 @@ public sealed class Ajuste {
         return Valores.Ascii(tipo);
     }
 
+    /// <summary>An amount is in cents.</summary>
     internal static byte[] Valor(string argumento, Ajuste ajuste) {
-        return Valores.Decimal(argumento, ajuste == null ? (decimal?)null : ajuste.valor, 4);
+        if (ajuste == null) return Valores.Vazio;
+        return Valores.Decimal(argumento, ajuste.valor, ajuste.tipo[1] == '$' ? 2 : 4);
     }
 }
 

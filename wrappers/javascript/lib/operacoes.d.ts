@@ -87,8 +87,14 @@ export const TipoConsulta: {
 export type TipoConsulta = (typeof TipoConsulta)[keyof typeof TipoConsulta];
 
 export interface Consumidor {
-  /** CPF, CNPJ ou identificação de estrangeiro */
+  /** CPF ou CNPJ, com os dígitos verificadores */
   documento?: string;
+  /** CPF, em lugar de documento */
+  cpf?: string;
+  /** CNPJ, em lugar de documento */
+  cnpj?: string;
+  /** documento de estrangeiro, só dígitos; só ao abrir */
+  estrangeiro?: string;
   /** nome do consumidor */
   nome?: string;
   /** rua; sem ela não há endereço */
@@ -105,7 +111,7 @@ export interface Consumidor {
   uf?: string;
   /** CEP, 8 dígitos */
   cep?: string;
-  /** e-mail; só identificarConsumidor o usa */
+  /** e-mail; só identificarConsumidor o grava */
   email?: string;
 }
 
@@ -134,7 +140,7 @@ export class Operacoes {
   identificarConsumidor(consumidor: Consumidor): void;
   /**
    * Grava a transportadora de uma entrega. aCFIdentificarTransportadora_ZEL.
-   * @param documento CPF ou CNPJ, só dígitos
+   * @param documento CPF ou CNPJ, com os dígitos verificadores
    * @param nome nome, 2 a 60
    * @param inscricaoEstadual inscrição estadual, 2 caracteres
    * @param endereco endereço, 1 a 60

@@ -14,47 +14,52 @@ class Operacoes extends Chamador {
   }
 
   abrir(consumidor = {}) {
-    this._chamar('aCFAbrir_ZEL', this._texto('documento', consumidor.documento ?? ''),
-            this._texto('nome', consumidor.nome ?? ''),
-            this._texto('logradouro', consumidor.logradouro ?? ''),
-            this._texto('numero', consumidor.numero ?? ''),
-            this._texto('bairro', consumidor.bairro ?? ''),
-            this._texto('codigoMunicipio', consumidor.codigoMunicipio ?? ''),
-            this._texto('municipio', consumidor.municipio ?? ''),
-            this._texto('uf', consumidor.uf ?? ''), this._texto('cep', consumidor.cep ?? ''));
+    this._chamar('aCFAbrir_ZEL', this._identificacao('aCFAbrir_ZEL', consumidor),
+            this._texto('nome', consumidor.nome ?? '', 2, 60),
+            this._texto('logradouro', consumidor.logradouro ?? '', 2, 60),
+            this._texto('numero', consumidor.numero ?? '', 1, 60),
+            this._texto('bairro', consumidor.bairro ?? '', 1, 60),
+            this._texto('codigoMunicipio', consumidor.codigoMunicipio ?? '', 7, 7),
+            this._texto('municipio', consumidor.municipio ?? '', 2, 60),
+            this._texto('uf', consumidor.uf ?? '', 2, 2),
+            this._texto('cep', consumidor.cep ?? '', 8, 8));
   }
 
   abrirNumSerie(numeroCupom, serie, consumidor = {}) {
-    this._chamar('aCFAbrirNumSerie_ZEL', valores.inteiro('numeroCupom', numeroCupom),
-            valores.inteiro('serie', serie), this._texto('documento', consumidor.documento ?? ''),
-            this._texto('nome', consumidor.nome ?? ''),
-            this._texto('logradouro', consumidor.logradouro ?? ''),
-            this._texto('numero', consumidor.numero ?? ''),
-            this._texto('bairro', consumidor.bairro ?? ''),
-            this._texto('codigoMunicipio', consumidor.codigoMunicipio ?? ''),
-            this._texto('municipio', consumidor.municipio ?? ''),
-            this._texto('uf', consumidor.uf ?? ''), this._texto('cep', consumidor.cep ?? ''));
+    this._chamar('aCFAbrirNumSerie_ZEL', valores.inteiro('numeroCupom', numeroCupom, 0, 999999999),
+            valores.inteiro('serie', serie, 0, 999),
+            this._identificacao('aCFAbrirNumSerie_ZEL', consumidor),
+            this._texto('nome', consumidor.nome ?? '', 2, 60),
+            this._texto('logradouro', consumidor.logradouro ?? '', 2, 60),
+            this._texto('numero', consumidor.numero ?? '', 1, 60),
+            this._texto('bairro', consumidor.bairro ?? '', 1, 60),
+            this._texto('codigoMunicipio', consumidor.codigoMunicipio ?? '', 7, 7),
+            this._texto('municipio', consumidor.municipio ?? '', 2, 60),
+            this._texto('uf', consumidor.uf ?? '', 2, 2),
+            this._texto('cep', consumidor.cep ?? '', 8, 8));
   }
 
   identificarConsumidor(consumidor) {
     this._chamar('aCFIdentificarConsumidor_ZEL',
-            this._texto('documento', consumidor.documento ?? ''),
-            this._texto('nome', consumidor.nome ?? ''),
-            this._texto('logradouro', consumidor.logradouro ?? ''),
-            this._texto('numero', consumidor.numero ?? ''),
-            this._texto('bairro', consumidor.bairro ?? ''),
-            this._texto('codigoMunicipio', consumidor.codigoMunicipio ?? ''),
-            this._texto('municipio', consumidor.municipio ?? ''),
-            this._texto('uf', consumidor.uf ?? ''), this._texto('cep', consumidor.cep ?? ''),
-            this._texto('email', consumidor.email ?? ''));
+            this._identificacao('aCFIdentificarConsumidor_ZEL', consumidor),
+            this._texto('nome', consumidor.nome ?? '', 2, 60),
+            this._texto('logradouro', consumidor.logradouro ?? '', 2, 60),
+            this._texto('numero', consumidor.numero ?? '', 1, 60),
+            this._texto('bairro', consumidor.bairro ?? '', 1, 60),
+            this._texto('codigoMunicipio', consumidor.codigoMunicipio ?? '', 7, 7),
+            this._texto('municipio', consumidor.municipio ?? '', 2, 60),
+            this._texto('uf', consumidor.uf ?? '', 2, 2),
+            this._texto('cep', consumidor.cep ?? '', 8, 8),
+            this._texto('email', consumidor.email ?? '', 1, 59));
   }
 
   identificarTransportadora(documento, nome, inscricaoEstadual = '', endereco = '', municipio = '',
           uf = '') {
-    this._chamar('aCFIdentificarTransportadora_ZEL', this._texto('documento', documento),
-            this._texto('nome', nome), this._texto('inscricaoEstadual', inscricaoEstadual),
-            this._texto('endereco', endereco), this._texto('municipio', municipio),
-            this._texto('uf', uf));
+    this._chamar('aCFIdentificarTransportadora_ZEL', this._documento('documento', documento),
+            this._texto('nome', nome, 2, 60),
+            this._texto('inscricaoEstadual', inscricaoEstadual, 2, 2),
+            this._texto('endereco', endereco, 1, 60), this._texto('municipio', municipio, 1, 60),
+            this._texto('uf', uf, 2, 2));
   }
 
   vender(aliquota, quantidade, valorUnitario, codigo, unidade, descricao, ajuste = Ajuste.NENHUM) {
@@ -62,8 +67,8 @@ class Operacoes extends Chamador {
             valores.decimal('quantidade', quantidade, 4),
             valores.decimal('valorUnitario', valorUnitario, 10),
             valores.tipo('tipoAjuste', ajuste, ''), valores.valor('valorAjuste', ajuste),
-            this._texto('codigo', codigo), this._texto('unidade', unidade),
-            this._texto('descricao', descricao));
+            this._texto('codigo', codigo, 1, 60), this._texto('unidade', unidade, 1, 6),
+            this._texto('descricao', descricao, 1, 120));
   }
 
   venderCompleto(aliquota, quantidade, valorUnitario, codigo, unidade, descricao,
@@ -72,8 +77,9 @@ class Operacoes extends Chamador {
             valores.decimal('quantidade', quantidade, 4),
             valores.decimal('valorUnitario', valorUnitario, 10),
             valores.tipo('tipoAjuste', ajuste, ''), valores.valor('valorAjuste', ajuste),
-            this._texto('codigo', codigo), this._texto('ncm', ncm), this._texto('cfop', cfop),
-            this._texto('unidade', unidade), this._texto('descricao', descricao), VAZIO);
+            this._texto('codigo', codigo, 1, 60), this._texto('ncm', ncm, 2, 8),
+            this._texto('cfop', cfop, 4, 4), this._texto('unidade', unidade, 1, 6),
+            this._texto('descricao', descricao, 1, 120), VAZIO);
   }
 
   venderXml(xmlItem) {
@@ -114,7 +120,7 @@ class Operacoes extends Chamador {
 
   efetuarPagamento(forma, valor = null) {
     this._chamar('aCFEfetuarPagamento_ZEL', valores.escolha('forma', forma, FormaPagamento),
-            valores.decimal('valor', valor, 2));
+            valores.decimalOpcional('valor', valor, 2));
   }
 
   estornarPagamento(formaAtual, formaNova, valor) {
@@ -129,92 +135,99 @@ class Operacoes extends Chamador {
   }
 
   encerrar(informacoes = '') {
-    this._chamar('tCFEncerrar_ZEL', this._texto('informacoes', informacoes));
+    this._chamar('tCFEncerrar_ZEL', this._texto('informacoes', informacoes, 0, 5000));
   }
 
   encerrarConfigMsg(informacoes, informacoesFisco) {
-    this._chamar('tCFEncerrarConfigMsg_ZEL', this._texto('informacoes', informacoes),
-            this._texto('informacoesFisco', informacoesFisco));
+    this._chamar('tCFEncerrarConfigMsg_ZEL',
+            this._obrigatorio('informacoes', informacoes, 1, 5000),
+            this._obrigatorio('informacoesFisco', informacoesFisco, 1, 2000));
   }
 
   cancelar(numero = '', serie = '', chave = '', protocolo = '', justificativa = '') {
-    return this._chamar('tCFCancelar_ZEL', this._texto('numero', numero),
-            this._texto('serie', serie), this._texto('chave', chave),
-            this._texto('protocolo', protocolo), this._texto('justificativa', justificativa));
+    return this._chamar('tCFCancelar_ZEL', this._texto('numero', numero, 1, 9),
+            this._texto('serie', serie, 1, 4), this._texto('chave', chave, 44, 44),
+            this._texto('protocolo', protocolo, 1, 15),
+            this._texto('justificativa', justificativa, 1, 99));
   }
 
   cancelarOffline(diretorios, numero = '', serie = '', chave = '', justificativa = '') {
-    return this._gravarEm('tCFCancelarOffline_ZEL', diretorios, this._texto('numero', numero),
-            this._texto('serie', serie), this._texto('chave', chave),
-            this._texto('justificativa', justificativa), SAIDA);
+    return this._gravarEm('tCFCancelarOffline_ZEL', diretorios,
+            this._texto('numero', numero, 1, 9), this._texto('serie', serie, 1, 4),
+            this._texto('chave', chave, 44, 44),
+            this._texto('justificativa', justificativa, 1, 99), SAIDA);
   }
 
   inutilizar(numeroInicial, numeroFinal, serie, justificativa) {
-    this._chamar('tCFInutilizar_ZEL', this._texto('numeroInicial', numeroInicial),
-            this._texto('numeroFinal', numeroFinal), this._texto('serie', serie),
-            this._texto('justificativa', justificativa));
+    this._chamar('tCFInutilizar_ZEL', this._obrigatorio('numeroInicial', numeroInicial, 1, 9),
+            this._obrigatorio('numeroFinal', numeroFinal, 1, 9),
+            this._obrigatorio('serie', serie, 1, 3),
+            this._obrigatorio('justificativa', justificativa, 1, 60));
   }
 
   consultar(tipo, inicial = '', final = '', serie = '', chave = '') {
     this._chamar('GeraXMLConsulta_ZEL', valores.escolha('tipo', tipo, TipoConsulta),
-            this._texto('inicial', inicial), this._texto('final', final),
-            this._texto('serie', serie), this._texto('chave', chave));
+            this._texto('inicial', inicial, 1, 25), this._texto('final', final, 1, 25),
+            this._texto('serie', serie, 1, 4), this._texto('chave', chave, 44, 44));
   }
 
   confIcms00(origem, cst, modBC, aliquota) {
-    this._chamar('aCFConfICMS00_ZEL', this._texto('origem', origem), this._texto('cst', cst),
-            this._texto('modBC', modBC), valores.decimal('aliquota', aliquota, 2));
+    this._chamar('aCFConfICMS00_ZEL', this._texto('origem', origem, 1, 1),
+            this._texto('cst', cst, 2, 2), this._texto('modBC', modBC, 1, 1),
+            valores.decimal('aliquota', aliquota, 2));
   }
 
   confIcms40(origem, cst, valorDesonerado = null, motivo = '') {
-    this._chamar('aCFConfICMS40_ZEL', this._texto('origem', origem), this._texto('cst', cst),
-            valores.decimal('valorDesonerado', valorDesonerado, 2), this._texto('motivo', motivo));
+    this._chamar('aCFConfICMS40_ZEL', this._texto('origem', origem, 1, 1),
+            this._texto('cst', cst, 2, 2),
+            valores.decimalOpcional('valorDesonerado', valorDesonerado, 2),
+            this._texto('motivo', motivo, 1, 1));
   }
 
   confIcms60(origem, cst, baseRetida = null, valorRetido = null) {
-    this._chamar('aCFConfICMS60_ZEL', this._texto('origem', origem), this._texto('cst', cst),
-            valores.decimal('baseRetida', baseRetida, 2),
-            valores.decimal('valorRetido', valorRetido, 2));
+    this._chamar('aCFConfICMS60_ZEL', this._texto('origem', origem, 1, 1),
+            this._texto('cst', cst, 2, 2), valores.decimalOpcional('baseRetida', baseRetida, 2),
+            valores.decimalOpcional('valorRetido', valorRetido, 2));
   }
 
   confPisAliq(cst, aliquota) {
-    this._chamar('aCFConfPisAliq_ZEL', this._texto('cst', cst),
+    this._chamar('aCFConfPisAliq_ZEL', this._texto('cst', cst, 2, 2),
             valores.decimal('aliquota', aliquota, 4));
   }
 
   confPisQtde(cst, valorUnidade) {
-    this._chamar('aCFConfPisQtde_ZEL', this._texto('cst', cst),
+    this._chamar('aCFConfPisQtde_ZEL', this._texto('cst', cst, 2, 2),
             valores.decimal('valorUnidade', valorUnidade, 4));
   }
 
   confPisNt(cst) {
-    this._chamar('aCFConfPisNT_ZEL', this._texto('cst', cst));
+    this._chamar('aCFConfPisNT_ZEL', this._texto('cst', cst, 2, 2));
   }
 
   confCofinsAliq(cst, aliquota) {
-    this._chamar('aCFConfCofinsAliq_ZEL', this._texto('cst', cst),
+    this._chamar('aCFConfCofinsAliq_ZEL', this._texto('cst', cst, 2, 2),
             valores.decimal('aliquota', aliquota, 4));
   }
 
   confCofinsQtde(cst, valorUnidade) {
-    this._chamar('aCFConfCofinsQtde_ZEL', this._texto('cst', cst),
+    this._chamar('aCFConfCofinsQtde_ZEL', this._texto('cst', cst, 2, 2),
             valores.decimal('valorUnidade', valorUnidade, 4));
   }
 
   confCofinsNt(cst) {
-    this._chamar('aCFConfCofinsNT_ZEL', this._texto('cst', cst));
+    this._chamar('aCFConfCofinsNT_ZEL', this._texto('cst', cst, 2, 2));
   }
 
   confPisOutr(cst, aliquota = null, valorUnidade = null) {
-    this._chamar('aCFConfPisOutr_ZEL', this._texto('cst', cst),
-            valores.decimal('aliquota', aliquota, 4),
-            valores.decimal('valorUnidade', valorUnidade, 4));
+    this._chamar('aCFConfPisOutr_ZEL', this._texto('cst', cst, 2, 2),
+            valores.decimalOpcional('aliquota', aliquota, 4),
+            valores.decimalOpcional('valorUnidade', valorUnidade, 4));
   }
 
   confCofinsOutr(cst, aliquota = null, valorUnidade = null) {
-    this._chamar('aCFConfCofinsOutr_ZEL', this._texto('cst', cst),
-            valores.decimal('aliquota', aliquota, 4),
-            valores.decimal('valorUnidade', valorUnidade, 4));
+    this._chamar('aCFConfCofinsOutr_ZEL', this._texto('cst', cst, 2, 2),
+            valores.decimalOpcional('aliquota', aliquota, 4),
+            valores.decimalOpcional('valorUnidade', valorUnidade, 4));
   }
 
   alterarValor(chave, valor) {
@@ -253,12 +266,12 @@ class Operacoes extends Chamador {
 
   criptografarArquivo(origem, destino, chave) {
     this._chamar('eCriptografarArquivo_ZEL', valores.caminho('origem', origem),
-            valores.caminho('destino', destino), this._texto('chave', chave));
+            valores.caminho('destino', destino), this._texto('chave', chave, 0, 1023));
   }
 
   descriptografarArquivo(origem, destino, chave) {
     this._chamar('eDescriptografarArquivo_ZEL', valores.caminho('origem', origem),
-            valores.caminho('destino', destino), this._texto('chave', chave));
+            valores.caminho('destino', destino), this._texto('chave', chave, 0, 1023));
   }
 }
 

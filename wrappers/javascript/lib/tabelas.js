@@ -48,7 +48,7 @@ exports.CODIGOS = new Map([
   [-1, {
     nome: 'ZEL_RECUSADO',
     significado: 'Recusado: um argumento ou uma configuração não serve, ou os dados não combinam entre si.',
-    remedio: 'Veja no log (ZEL_LOG) qual campo foi recusado e por quê; confira os argumentos com o cabeçalho.',
+    remedio: 'O motivo diz qual campo e por quê: a exceção o traz nas outras linguagens, e o log (ZEL_LOG) em todas. Confira os argumentos com o cabeçalho.',
   }],
   [-11, {
     nome: 'ZEL_ITEM_INEXISTENTE',
@@ -113,12 +113,12 @@ exports.CODIGOS = new Map([
   [-52, {
     nome: 'ZEL_ARQUIVO_INDISPONIVEL',
     significado: 'Um arquivo não pôde ser lido ou gravado, outro processo está com o cupom, ou não há cupom em andamento onde é preciso um.',
-    remedio: 'Verifique permissão, espaço em disco e se outro programa de caixa está aberto no mesmo diretório; o log diz qual arquivo. Nada mudou: a chamada pode ser repetida.',
+    remedio: 'Verifique permissão, espaço em disco e se outro programa de caixa está aberto no mesmo diretório; o motivo, na exceção ou no log, diz qual arquivo. Num diretório novo, abra um cupom antes. Nada mudou: a chamada pode ser repetida.',
   }],
   [-99, {
     nome: 'ZEL_ARGUMENTO_INVALIDO',
     significado: 'Um argumento é nulo, vazio ou está fora dos limites.',
-    remedio: 'Confira os argumentos com o cabeçalho: comprimentos, números não negativos, ponteiros não nulos.',
+    remedio: 'O motivo, na exceção ou no log, diz qual argumento. Confira-o com o cabeçalho: comprimentos, números não negativos, ponteiros não nulos.',
   }],
   [-100, {
     nome: 'ZEL_ESTADO_INVALIDO',
@@ -138,7 +138,7 @@ exports.CODIGOS = new Map([
   [-120, {
     nome: 'ZEL_TAG_NAO_CONFORME',
     significado: 'Um campo tem comprimento fora do permitido, ou um elemento é desconhecido ou está fora de ordem.',
-    remedio: 'O log diz qual campo e qual o comprimento permitido.',
+    remedio: 'O motivo, na exceção ou no log, diz qual campo e qual o comprimento permitido.',
   }],
   [-121, {
     nome: 'ZEL_TAG_SEM_ELEMENTOS',
@@ -148,7 +148,7 @@ exports.CODIGOS = new Map([
   [-122, {
     nome: 'ZEL_TAG_OBRIGATORIA',
     significado: 'Falta um elemento obrigatório.',
-    remedio: 'O log diz qual; complete o XML do item ou a configuração do imposto.',
+    remedio: 'O motivo, na exceção ou no log, diz qual; complete o XML do item ou a configuração do imposto.',
   }],
   [-130, {
     nome: 'ZEL_CUPOM_EM_ANDAMENTO',
@@ -167,7 +167,7 @@ exports.CODIGOS = new Map([
   }],
   [-133, {
     nome: 'ZEL_TOTALIZACAO_FORA_DE_ORDEM',
-    significado: 'Totalização sem itens, ou repetida.',
+    significado: 'Totalização sem itens, ou repetida, ou de cupom que já terminou.',
     remedio: 'Totaliza-se uma vez, depois de vender ao menos um item (estado 2).',
   }],
   [-134, {
@@ -210,6 +210,12 @@ exports.TipoConsulta = Object.freeze({
   NUMERO: 'NUM', // por número
   CHAVE: 'CHAVE', // pela chave de acesso
 });
+
+exports.CONSUMIDOR = ['documento', 'cpf', 'cnpj', 'estrangeiro', 'nome', 'logradouro', 'numero',
+        'bairro', 'codigoMunicipio', 'municipio', 'uf', 'cep', 'email'];
+
+exports.AUSENTE = 'Instale o pacote libzel-felborframework1, ou diga onde ela está: o diretório em LD_LIBRARY_PATH, ou o arquivo no argumento biblioteca.';
+exports.DESCRITOR = 'zel_felbor';
 
 exports.TAMANHOS = Object.freeze({
   ZEL_TAMANHO_VALOR: 500,

@@ -50,6 +50,9 @@ export class TextoInvalido extends EntradaRecusada {
   readonly posicao: number;
 }
 
+/** The shared object was not found, or cannot be loaded. */
+export class BibliotecaAusente extends ErroZel {}
+
 /** What the library refused. */
 export class Recusa extends ErroZel {
   readonly funcao: string;
@@ -57,6 +60,8 @@ export class Recusa extends ErroZel {
   readonly nome: string;
   readonly significado: string;
   readonly remedio: string;
+  /** Which field, what was given and what is allowed, or file and system error; may be empty. */
+  readonly motivo: string;
   /** What the function wrote all the same: a receipt whose PDF failed. */
   readonly texto: string;
 }

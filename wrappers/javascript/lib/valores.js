@@ -26,23 +26,42 @@ class TextoInvalido extends EntradaRecusada {
   }
 }
 
-// What the library refused: code, name, meaning and remedy, and the function. `texto` is what the
+// The shared object was not found, or cannot be loaded.
+class BibliotecaAusente extends ErroZel {}
+
+// What the library refused: code, name, meaning and remedy, and the function; `motivo` says which
+// field it was, what was given and what is allowed, or file and system error. `texto` is what the
 // function wrote all the same: a receipt whose PDF failed.
 class Recusa extends ErroZel {
-  constructor(funcao, codigo, texto = '') {
+  constructor(funcao, codigo, texto = '', motivo = '') {
     const { nome, significado, remedio } = CODIGOS.get(codigo) ?? {
       nome: 'DESCONHECIDO',
       significado: 'Código que este pacote não conhece.',
       remedio: '',
     };
-    super(`${funcao}: ${nome} (${codigo}): ${significado} ${remedio}`);
-    Object.assign(this, { funcao, codigo, nome, significado, remedio, texto });
+    const porque = motivo === '' ? '' : `Motivo: ${motivo}. `;
+    super(`${funcao}: ${nome} (${codigo}): ${significado} ${porque}${remedio}`);
+    Object.assign(this, {
+      funcao, codigo, nome, significado, remedio, texto, motivo,
+    });
   }
 }
 
 const terminado = (texto, codificacao = 'latin1') => Buffer.from(`${texto}\0`, codificacao);
 
-// ISO-8859-1, strictly. Refused are characters beyond U+00FF, U+0000, and the controls U+0080 to
+// A key that nothing is known of would be lost without a word.
+function conferirChaves(argumento, objeto, conhecidas) {
+  if (typeof objeto !== 'object' || objeto === null) {
+    throw new TypeError(`${argumento}: esperado um objeto, recebido ${objeto === null ? 'null' : typeof objeto}`);
+  }
+  const outra = Object.keys(objeto).find((chave) => !conhecidas.includes(chave));
+  if (outra !== undefined) {
+    throw new TypeError(`${argumento}: não há ${outra}; há ${conhecidas.join(', ')}`);
+  }
+  return objeto;
+}
+
+// ISO-8859-1, strictly; letters written in two parts are put together first. Refused are characters beyond U+00FF, U+0000, and the controls U+0080 to
 // U+009F, which are nearly always another character set taken for this one.
 function texto(argumento, valor, transliterar) {
   if (typeof valor !== 'string') {
@@ -50,7 +69,7 @@ function texto(argumento, valor, transliterar) {
   }
   let escrito = '';
   let posicao = 0;
-  for (const c of valor) {
+  for (const c of valor.normalize('NFC')) {
     ++posicao;
     if (transliterar && TRANSLITERACAO.has(c)) {
       escrito += TRANSLITERACAO.get(c);
@@ -61,6 +80,14 @@ function texto(argumento, valor, transliterar) {
     }
   }
   return terminado(escrito);
+}
+
+// A text that the function would cut, or leave out.
+function conferirTamanho(argumento, tamanho, minimo, maximo) {
+  if (tamanho >= minimo && tamanho <= maximo) return;
+  const entre = minimo > 0 ? `de ${minimo} a ${maximo}` : `até ${maximo}`;
+  const permitido = minimo === maximo ? `exatamente ${maximo}` : entre;
+  throw new EntradaRecusada(`${argumento}: ${tamanho} caracteres; permitido: ${permitido}`);
 }
 
 // A decimal number: an integer and the number of its decimals. Made from a text ("12,50"), a BigInt
@@ -102,7 +129,12 @@ class Decimal {
 }
 
 function escrever(argumento, numero, casas) {
-  const escrito = Decimal.de(numero).toString();
+  let escrito;
+  try {
+    escrito = Decimal.de(numero).toString();
+  } catch (erro) {
+    throw new TypeError(`${argumento}: ${erro.message}`);
+  }
   if (escrito.length - escrito.indexOf('.') - 1 > casas) {
     throw new EntradaRecusada(`${argumento}: ${escrito} tem mais de ${casas} casas decimais`);
   }
@@ -112,22 +144,27 @@ function escrever(argumento, numero, casas) {
   return escrito;
 }
 
+const decimal = (argumento, numero, casas) => terminado(escrever(argumento, numero, casas));
+
 // Null is an empty text.
-function decimal(argumento, numero, casas) {
-  return terminado(numero === null ? '' : escrever(argumento, numero, casas));
+function decimalOpcional(argumento, numero, casas) {
+  return numero === null ? terminado('') : decimal(argumento, numero, casas);
 }
 
 // An int of C.
-function inteiro(argumento, valor) {
-  if (!Number.isInteger(valor) || valor !== (valor | 0)) {
-    throw new EntradaRecusada(`${argumento}: ${valor} não é um inteiro de 32 bits`);
+function inteiro(argumento, valor, minimo = -(2 ** 31), maximo = 2 ** 31 - 1) {
+  if (typeof valor !== 'number') {
+    throw new TypeError(`${argumento}: esperado number, recebido ${typeof valor}`);
+  }
+  if (!Number.isInteger(valor) || valor < minimo || valor > maximo) {
+    throw new EntradaRecusada(`${argumento}: ${valor} não é um inteiro de ${minimo} a ${maximo}`);
   }
   return valor;
 }
 
 function escolha(argumento, valor, enumeracao) {
   if (!Object.values(enumeracao).includes(valor)) {
-    throw new EntradaRecusada(`${argumento}: ${valor} não está na enumeração`);
+    throw new TypeError(`${argumento}: ${String(valor)} não está na enumeração`);
   }
   return terminado(valor);
 }
@@ -136,6 +173,9 @@ function escolha(argumento, valor, enumeracao) {
 function caminho(argumento, nome) {
   if (typeof nome !== 'string' || nome.includes('\0')) {
     throw new EntradaRecusada(`${argumento}: nome de arquivo com U+0000, ou que não é string`);
+  }
+  if (Buffer.byteLength(nome) > 300) {
+    throw new EntradaRecusada(`${argumento}: nome de arquivo com mais de 300 bytes`);
   }
   return terminado(nome, 'utf8');
 }
@@ -146,10 +186,10 @@ function diretorios(argumento, lista) {
     throw new EntradaRecusada(`${argumento}: de um a três diretórios`);
   }
   const nomes = lista.map((nome) => (nome.endsWith('/') ? nome : `${nome}/`));
-  if (nomes.some((nome) => caminho(argumento, nome).length > 301 || nome.includes('|'))) {
-    throw new EntradaRecusada(`${argumento}: diretório com | ou mais de 300 bytes`);
+  if (nomes.some((nome) => caminho(argumento, nome).includes('|'))) {
+    throw new EntradaRecusada(`${argumento}: diretório com |`);
   }
-  return caminho(argumento, nomes.join('|'));
+  return terminado(nomes.join('|'), 'utf8');
 }
 
 // The rate of an item: goods or service with its percentage, or none of it.
@@ -218,11 +258,13 @@ function tipo(argumento, ajuste, sentido) {
   return terminado(ajuste.tipo);
 }
 
+// An amount is in cents.
 function valor(argumento, ajuste) {
-  return decimal(argumento, ajuste.valor, 4);
+  return decimalOpcional(argumento, ajuste.valor, ajuste.tipo.endsWith('$') ? 2 : 4);
 }
 
 module.exports = {
-  Ajuste, Aliquota, Decimal, EntradaRecusada, ErroZel, Recusa, TextoInvalido,
-  aliquota, caminho, decimal, diretorios, escolha, inteiro, texto, tipo, valor,
+  Ajuste, Aliquota, BibliotecaAusente, Decimal, EntradaRecusada, ErroZel, Recusa, TextoInvalido,
+  aliquota, caminho, conferirChaves, conferirTamanho, decimal, decimalOpcional, diretorios, escolha,
+  inteiro, terminado, texto, tipo, valor,
 };

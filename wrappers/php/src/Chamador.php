@@ -12,11 +12,13 @@ final class Processo
     private const ESPERA = 30; // seconds
 
     private static ?self $unico = null;
+    private static ?\FFI $libc = null;
 
     private function __construct(
         public readonly string $diretorio,
         public ?\FFI $ffi,
         private $trava,
+        public readonly int $motivos,
     ) {
     }
 
@@ -34,13 +36,55 @@ final class Processo
             $trava = self::esperar("$diretorio/zel_felbor.trava");
             $libc = \FFI::cdef('int setenv(const char *nome, const char *valor, int substituir);');
             $libc->setenv('ZEL_DIRETORIO', $diretorio, 1);
-            $ffi = \FFI::cdef(file_get_contents(__DIR__ . '/zel_felbor.h'), $biblioteca);
-            self::$unico = new self($diretorio, $ffi, $trava);
+            $motivos = self::ouvirMotivos();
+            $libc->setenv('ZEL_LOG_DESCRITOR', (string) $motivos, 1);
+            self::$unico = new self($diretorio, self::carregar($biblioteca), $trava, $motivos);
         }
         if (self::$unico->diretorio !== $diretorio) {
             throw new EntradaRecusada('este processo já trabalha em ' . self::$unico->diretorio);
         }
         return self::$unico;
+    }
+
+    private static function carregar(string $biblioteca): \FFI
+    {
+        try {
+            return \FFI::cdef(file_get_contents(__DIR__ . '/zel_felbor.h'), $biblioteca);
+        } catch (\FFI\Exception $e) {
+            $porque = "a biblioteca não pôde ser carregada: {$e->getMessage()}. " . Tabelas::AUSENTE;
+            throw new BibliotecaAusente($porque, 0, $e);
+        }
+    }
+
+    /** An anonymous file in memory, to which the library writes what it refused last; or -1. */
+    private static function ouvirMotivos(): int
+    {
+        $fechaNoExec = 1; // MFD_CLOEXEC
+        try {
+            self::$libc = \FFI::cdef('int memfd_create(const char *nome, unsigned int modo);'
+                . 'long pread(int descritor, void *bytes, size_t quantos, long lugar);');
+            return self::$libc->memfd_create(Tabelas::DESCRITOR, $fechaNoExec);
+        } catch (\FFI\Exception) {
+            return -1;
+        }
+    }
+
+    /**
+     * The reason that the call just made was refused for; empty when the descriptor is no longer that
+     * file, or holds what another process wrote.
+     */
+    public function motivo(string $funcao, int $numero): string
+    {
+        $arquivo = "/proc/self/fd/{$this->motivos}";
+        if (@readlink($arquivo) !== '/memfd:' . Tabelas::DESCRITOR . ' (deleted)') {
+            return '';
+        }
+        $bytes = \FFI::new('char[4096]');
+        $lidos = self::$libc->pread($this->motivos, $bytes, 4096, 0);
+        $linha = $lidos > 0 ? explode("\n", \FFI::string($bytes, $lidos))[0] : '';
+        $inicio = '[' . getmypid() . "] $funcao: $numero ";
+        $lugar = str_starts_with($linha, $inicio) ? strpos($linha, ': ', strlen($inicio)) : false;
+        return $lugar === false ? '' : substr($linha, $lugar + 2);
     }
 
     /**
@@ -76,18 +120,24 @@ abstract class Chamador
      * @param string $diretorio absolute, and exists; the library keeps its files there
      * @param bool $transliterar typographic quotes, dashes, ellipses and blanks become plain ones
      * @param string $biblioteca the shared object, which the first one of a process loads
+     * @param bool $cortar what does not fit is handed over: the library cuts it or leaves it out
      */
     public function __construct(
         string $diretorio,
         private readonly bool $transliterar = false,
         string $biblioteca = 'libZEL_FelborFramework.so.1',
+        protected readonly bool $cortar = false,
     ) {
+        if (!extension_loaded('ffi')) {
+            throw new ErroZel('falta a extensão FFI: apt-get install php-cli, e ffi.enable=1 no php.ini');
+        }
         Valores::caminho('diretorio', $diretorio);
         if (!str_starts_with($diretorio, '/')) {
             throw new EntradaRecusada("o diretório não é um caminho absoluto: $diretorio");
         }
         if (!is_dir($diretorio)) {
-            throw new EntradaRecusada("o diretório não existe: $diretorio");
+            throw new EntradaRecusada("o diretório não existe: $diretorio; crie-o (mkdir), com permissão "
+                . 'de escrita para quem roda o caixa');
         }
         $this->diretorio = rtrim($diretorio, '/') ?: '/';
         $this->processo = Processo::em($this->diretorio, $biblioteca);
@@ -99,16 +149,43 @@ abstract class Chamador
         return "{$this->diretorio}/$nome";
     }
 
-    protected function texto(string $argumento, string $valor): string
+    /** `maximo` 0: of any length. An empty text stands for none. */
+    protected function texto(string $argumento, string $valor, int $minimo = 0, int $maximo = 0): string
     {
-        return Valores::texto($argumento, $valor, $this->transliterar);
+        $escrito = Valores::texto($argumento, $valor, $this->transliterar);
+        if ($maximo > 0 && $escrito !== '' && !$this->cortar) {
+            Valores::conferirTamanho($argumento, strlen($escrito), $minimo, $maximo);
+        }
+        return $escrito;
+    }
+
+    protected function obrigatorio(string $argumento, string $valor, int $minimo, int $maximo): string
+    {
+        if ($valor === '' && !$this->cortar) {
+            Valores::conferirTamanho($argumento, 0, $minimo, $maximo);
+        }
+        return $this->texto($argumento, $valor, $minimo, $maximo);
+    }
+
+    /** A CPF or a CNPJ, or none. */
+    protected function documento(string $argumento, string $valor): string
+    {
+        if ($this->cortar || $valor === '') {
+            return $this->texto($argumento, $valor);
+        }
+        return Identificacao::documento($argumento, $valor);
+    }
+
+    protected function identificacao(string $funcao, Consumidor $consumidor): string
+    {
+        return Identificacao::de($funcao, $consumidor, $this->cortar);
     }
 
     protected function chamar(string $funcao, int|string ...$argumentos): Codigo
     {
         $resposta = $this->processo->ffi->$funcao(...$argumentos);
         if ($resposta <= 0) {
-            throw new Recusa($funcao, $resposta);
+            throw new Recusa($funcao, $resposta, '', $this->processo->motivo($funcao, $resposta));
         }
         return Codigo::from($resposta);
     }
@@ -117,7 +194,7 @@ abstract class Chamador
     {
         $resposta = $this->processo->ffi->$funcao();
         if ($resposta < 0) {
-            throw new Recusa($funcao, $resposta);
+            throw new Recusa($funcao, $resposta, '', $this->processo->motivo($funcao, $resposta));
         }
         return Estado::from($resposta);
     }
@@ -149,7 +226,7 @@ abstract class Chamador
         $resposta = $this->processo->ffi->$funcao(...$trocados);
         $texto = $decodificar(\FFI::string(\FFI::addr($saida[0])));
         if ($resposta <= 0) {
-            throw new Recusa($funcao, $resposta, $texto);
+            throw new Recusa($funcao, $resposta, $texto, $this->processo->motivo($funcao, $resposta));
         }
         return $texto;
     }
@@ -166,13 +243,30 @@ abstract class Chamador
     }
 
     /**
+     * A document and its return in ISO-8859-1, the latter null without one ("OFFLINE"), once the
+     * receipt may be printed.
+     */
+    protected static function lerParaImprimir(
+        string $documento,
+        string $retorno,
+        bool $cancelamento,
+        bool $semAutorizacao,
+    ): array {
+        $xml = self::lerArquivo($documento);
+        $resposta = $retorno === 'OFFLINE' ? null : self::lerArquivo($retorno);
+        if (!$semAutorizacao) {
+            Autorizacao::conferir($xml, $resposta, $cancelamento);
+        }
+        return [$xml, $resposta];
+    }
+
+    /**
      * Bytes that the receipt text of a document takes at most. A scrambled file cannot be counted:
      * its items are at least 256 bytes and its payments 40, as the library writes them.
      */
-    protected function tamanhoDoCupom(string $documento, string $retorno, string $url): int
+    protected function tamanhoDoCupom(string $xml, ?string $retorno, string $url): int
     {
-        $xml = self::lerArquivo($documento);
-        $doRetorno = $retorno === 'OFFLINE' ? 0 : strlen(self::lerArquivo($retorno));
+        $doRetorno = strlen($retorno ?? '');
         if (str_starts_with($xml, '<')) {
             $itens = substr_count($xml, '<det');
             $pagamentos = substr_count($xml, '<pag');

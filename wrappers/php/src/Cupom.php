@@ -34,29 +34,64 @@ final class Cupom extends Operacoes
         return $this->gravarEm('aCFContingenciaUltimaNota_ZEL', $diretorios, 4, self::SAIDA);
     }
 
+    /** regAlterarValor_ZEL; a value that the key does not keep whole is taken back and refused. */
+    public function alterarValor(string $chave, string $valor): void
+    {
+        $antes = $this->cortar ? '' : $this->lerOuVazio($chave);
+        parent::alterarValor($chave, $valor);
+        if ($this->cortar) {
+            return;
+        }
+        $guardado = $this->retornarValor($chave);
+        $dado = $this->texto('valor', $valor);
+        if ($guardado !== Valores::deLatin1($dado)) {
+            parent::alterarValor($chave, $antes);
+            throw new EntradaRecusada(sprintf(
+                'valor: %d caracteres, de que %s guarda %d; nada mudou',
+                strlen($dado),
+                $chave,
+                strlen(Valores::texto('valor', $guardado, false)),
+            ));
+        }
+    }
+
+    /** That there is no such key, the function that changes it says. */
+    private function lerOuVazio(string $chave): string
+    {
+        try {
+            return $this->retornarValor($chave);
+        } catch (Recusa) {
+            return '';
+        }
+    }
+
     /**
      * The receipt text of a sale with its printer mark-up.
      *
-     * @param string $retorno the file of the tax authority's answer, or "OFFLINE"
+     * @param string $retorno the file of the tax authority's answer, which has to authorize the sale,
+     *     or "OFFLINE" for a document of contingency or without fiscal value
      * @param int $colunas 42 or 48
      * @param string $urlQrcode the content of the QR code, empty to have it built
+     * @param bool $semAutorizacao lays any other document out, too, for a trial
      */
     public function imprimir(
         string $arquivoXml,
-        string $retorno = 'OFFLINE',
+        string $retorno,
         int $colunas = 48,
         string $urlQrcode = '',
+        bool $semAutorizacao = false,
     ): string {
-        return $this->formatar($arquivoXml, $retorno, $urlQrcode, $colunas, 1);
+        return $this->formatar($arquivoXml, $retorno, $urlQrcode, $colunas, 1, $semAutorizacao);
     }
 
-    /** The same of a cancellation request. */
+    /** The same of a cancellation request, which the answer has to have registered. */
     public function imprimirCancelamento(
         string $arquivoXml,
-        string $retorno = 'OFFLINE',
+        string $retorno,
         int $colunas = 48,
+        bool $semAutorizacao = false,
     ): string {
-        return $this->formatar($arquivoXml, $retorno, '', $colunas, 5);
+        return $this->formatar($arquivoXml, $retorno, '', $colunas, 5, $semAutorizacao);
     }
 
     private function formatar(
@@ -65,12 +100,16 @@ final class Cupom extends Operacoes
         string $url,
         int $colunas,
         int $tipo,
+        bool $semAutorizacao,
     ): string {
+        $documento = Valores::caminho('arquivoXml', $xml);
+        $resposta = Valores::caminho('arquivoRetorno', $retorno);
+        $lidos = self::lerParaImprimir($xml, $retorno, $tipo === 5, $semAutorizacao);
         return $this->ler(
             'GerarArquivoFormatadoNF_ZEL',
-            $this->tamanhoDoCupom($xml, $retorno, $url),
-            Valores::caminho('arquivoXml', $xml),
-            Valores::caminho('arquivoRetorno', $retorno),
+            $this->tamanhoDoCupom($lidos[0], $lidos[1], $url),
+            $documento,
+            $resposta,
             $this->texto('urlQrcode', $url),
             Valores::inteiro('colunas', $colunas),
             $tipo,

@@ -55,7 +55,7 @@ enum Codigo: int
             self::Recusado => [
                 'ZEL_RECUSADO',
                 'Recusado: um argumento ou uma configuração não serve, ou os dados não combinam entre si.',
-                'Veja no log (ZEL_LOG) qual campo foi recusado e por quê; confira os argumentos com o cabeçalho.',
+                'O motivo diz qual campo e por quê: a exceção o traz nas outras linguagens, e o log (ZEL_LOG) em todas. Confira os argumentos com o cabeçalho.',
             ],
             self::ItemInexistente => [
                 'ZEL_ITEM_INEXISTENTE',
@@ -120,12 +120,12 @@ enum Codigo: int
             self::ArquivoIndisponivel => [
                 'ZEL_ARQUIVO_INDISPONIVEL',
                 'Um arquivo não pôde ser lido ou gravado, outro processo está com o cupom, ou não há cupom em andamento onde é preciso um.',
-                'Verifique permissão, espaço em disco e se outro programa de caixa está aberto no mesmo diretório; o log diz qual arquivo. Nada mudou: a chamada pode ser repetida.',
+                'Verifique permissão, espaço em disco e se outro programa de caixa está aberto no mesmo diretório; o motivo, na exceção ou no log, diz qual arquivo. Num diretório novo, abra um cupom antes. Nada mudou: a chamada pode ser repetida.',
             ],
             self::ArgumentoInvalido => [
                 'ZEL_ARGUMENTO_INVALIDO',
                 'Um argumento é nulo, vazio ou está fora dos limites.',
-                'Confira os argumentos com o cabeçalho: comprimentos, números não negativos, ponteiros não nulos.',
+                'O motivo, na exceção ou no log, diz qual argumento. Confira-o com o cabeçalho: comprimentos, números não negativos, ponteiros não nulos.',
             ],
             self::EstadoInvalido => [
                 'ZEL_ESTADO_INVALIDO',
@@ -145,7 +145,7 @@ enum Codigo: int
             self::TagNaoConforme => [
                 'ZEL_TAG_NAO_CONFORME',
                 'Um campo tem comprimento fora do permitido, ou um elemento é desconhecido ou está fora de ordem.',
-                'O log diz qual campo e qual o comprimento permitido.',
+                'O motivo, na exceção ou no log, diz qual campo e qual o comprimento permitido.',
             ],
             self::TagSemElementos => [
                 'ZEL_TAG_SEM_ELEMENTOS',
@@ -155,7 +155,7 @@ enum Codigo: int
             self::TagObrigatoria => [
                 'ZEL_TAG_OBRIGATORIA',
                 'Falta um elemento obrigatório.',
-                'O log diz qual; complete o XML do item ou a configuração do imposto.',
+                'O motivo, na exceção ou no log, diz qual; complete o XML do item ou a configuração do imposto.',
             ],
             self::CupomEmAndamento => [
                 'ZEL_CUPOM_EM_ANDAMENTO',
@@ -174,7 +174,7 @@ enum Codigo: int
             ],
             self::TotalizacaoForaDeOrdem => [
                 'ZEL_TOTALIZACAO_FORA_DE_ORDEM',
-                'Totalização sem itens, ou repetida.',
+                'Totalização sem itens, ou repetida, ou de cupom que já terminou.',
                 'Totaliza-se uma vez, depois de vender ao menos um item (estado 2).',
             ],
             self::PagamentoForaDeOrdem => [
@@ -246,8 +246,14 @@ enum TipoConsulta: string
 final class Consumidor
 {
     public function __construct(
-        /** CPF, CNPJ ou identificação de estrangeiro */
+        /** CPF ou CNPJ, com os dígitos verificadores */
         public readonly string $documento = '',
+        /** CPF, em lugar de documento */
+        public readonly string $cpf = '',
+        /** CNPJ, em lugar de documento */
+        public readonly string $cnpj = '',
+        /** documento de estrangeiro, só dígitos; só ao abrir */
+        public readonly string $estrangeiro = '',
         /** nome do consumidor */
         public readonly string $nome = '',
         /** rua; sem ela não há endereço */
@@ -264,7 +270,7 @@ final class Consumidor
         public readonly string $uf = '',
         /** CEP, 8 dígitos */
         public readonly string $cep = '',
-        /** e-mail; só identificarConsumidor o usa */
+        /** e-mail; só identificarConsumidor o grava */
         public readonly string $email = '',
     ) {
     }
@@ -277,6 +283,65 @@ final class Tabelas
     public const TAMANHO_DIRETORIOS = 966;
     public const TAMANHO_DOCUMENTO = 4194304;
     public const TAMANHO_CUPOM = 131072;
+    public const AUSENTE = 'Instale o pacote libzel-felborframework1, ou diga onde ela está: o diretório em LD_LIBRARY_PATH, ou o arquivo no argumento biblioteca.';
+    public const DESCRITOR = 'zel_felbor';
+
+    /** Letters in two parts, and in one. */
+    public const COMPOSICAO = [
+        "A\u{0300}" => "\u{00C0}",
+        "A\u{0301}" => "\u{00C1}",
+        "A\u{0302}" => "\u{00C2}",
+        "A\u{0303}" => "\u{00C3}",
+        "A\u{0308}" => "\u{00C4}",
+        "A\u{030A}" => "\u{00C5}",
+        "C\u{0327}" => "\u{00C7}",
+        "E\u{0300}" => "\u{00C8}",
+        "E\u{0301}" => "\u{00C9}",
+        "E\u{0302}" => "\u{00CA}",
+        "E\u{0308}" => "\u{00CB}",
+        "I\u{0300}" => "\u{00CC}",
+        "I\u{0301}" => "\u{00CD}",
+        "I\u{0302}" => "\u{00CE}",
+        "I\u{0308}" => "\u{00CF}",
+        "N\u{0303}" => "\u{00D1}",
+        "O\u{0300}" => "\u{00D2}",
+        "O\u{0301}" => "\u{00D3}",
+        "O\u{0302}" => "\u{00D4}",
+        "O\u{0303}" => "\u{00D5}",
+        "O\u{0308}" => "\u{00D6}",
+        "U\u{0300}" => "\u{00D9}",
+        "U\u{0301}" => "\u{00DA}",
+        "U\u{0302}" => "\u{00DB}",
+        "U\u{0308}" => "\u{00DC}",
+        "Y\u{0301}" => "\u{00DD}",
+        "a\u{0300}" => "\u{00E0}",
+        "a\u{0301}" => "\u{00E1}",
+        "a\u{0302}" => "\u{00E2}",
+        "a\u{0303}" => "\u{00E3}",
+        "a\u{0308}" => "\u{00E4}",
+        "a\u{030A}" => "\u{00E5}",
+        "c\u{0327}" => "\u{00E7}",
+        "e\u{0300}" => "\u{00E8}",
+        "e\u{0301}" => "\u{00E9}",
+        "e\u{0302}" => "\u{00EA}",
+        "e\u{0308}" => "\u{00EB}",
+        "i\u{0300}" => "\u{00EC}",
+        "i\u{0301}" => "\u{00ED}",
+        "i\u{0302}" => "\u{00EE}",
+        "i\u{0308}" => "\u{00EF}",
+        "n\u{0303}" => "\u{00F1}",
+        "o\u{0300}" => "\u{00F2}",
+        "o\u{0301}" => "\u{00F3}",
+        "o\u{0302}" => "\u{00F4}",
+        "o\u{0303}" => "\u{00F5}",
+        "o\u{0308}" => "\u{00F6}",
+        "u\u{0300}" => "\u{00F9}",
+        "u\u{0301}" => "\u{00FA}",
+        "u\u{0302}" => "\u{00FB}",
+        "u\u{0308}" => "\u{00FC}",
+        "y\u{0301}" => "\u{00FD}",
+        "y\u{0308}" => "\u{00FF}",
+    ];
 
     public const TRANSLITERACAO = [
         "\u{2018}" => '\'',
@@ -342,14 +407,15 @@ abstract class Operacoes extends Chamador
      */
     public function abrir(Consumidor $consumidor = new Consumidor()): void
     {
-        $this->chamar('aCFAbrir_ZEL', $this->texto('documento', $consumidor->documento),
-                $this->texto('nome', $consumidor->nome),
-                $this->texto('logradouro', $consumidor->logradouro),
-                $this->texto('numero', $consumidor->numero),
-                $this->texto('bairro', $consumidor->bairro),
-                $this->texto('codigoMunicipio', $consumidor->codigoMunicipio),
-                $this->texto('municipio', $consumidor->municipio),
-                $this->texto('uf', $consumidor->uf), $this->texto('cep', $consumidor->cep));
+        $this->chamar('aCFAbrir_ZEL', $this->identificacao('aCFAbrir_ZEL', $consumidor),
+                $this->texto('nome', $consumidor->nome, 2, 60),
+                $this->texto('logradouro', $consumidor->logradouro, 2, 60),
+                $this->texto('numero', $consumidor->numero, 1, 60),
+                $this->texto('bairro', $consumidor->bairro, 1, 60),
+                $this->texto('codigoMunicipio', $consumidor->codigoMunicipio, 7, 7),
+                $this->texto('municipio', $consumidor->municipio, 2, 60),
+                $this->texto('uf', $consumidor->uf, 2, 2),
+                $this->texto('cep', $consumidor->cep, 8, 8));
     }
 
     /**
@@ -362,16 +428,18 @@ abstract class Operacoes extends Chamador
     public function abrirNumSerie(int $numeroCupom, int $serie,
             Consumidor $consumidor = new Consumidor()): void
     {
-        $this->chamar('aCFAbrirNumSerie_ZEL', Valores::inteiro('numeroCupom', $numeroCupom),
-                Valores::inteiro('serie', $serie),
-                $this->texto('documento', $consumidor->documento),
-                $this->texto('nome', $consumidor->nome),
-                $this->texto('logradouro', $consumidor->logradouro),
-                $this->texto('numero', $consumidor->numero),
-                $this->texto('bairro', $consumidor->bairro),
-                $this->texto('codigoMunicipio', $consumidor->codigoMunicipio),
-                $this->texto('municipio', $consumidor->municipio),
-                $this->texto('uf', $consumidor->uf), $this->texto('cep', $consumidor->cep));
+        $this->chamar('aCFAbrirNumSerie_ZEL',
+                Valores::inteiro('numeroCupom', $numeroCupom, 0, 999999999),
+                Valores::inteiro('serie', $serie, 0, 999),
+                $this->identificacao('aCFAbrirNumSerie_ZEL', $consumidor),
+                $this->texto('nome', $consumidor->nome, 2, 60),
+                $this->texto('logradouro', $consumidor->logradouro, 2, 60),
+                $this->texto('numero', $consumidor->numero, 1, 60),
+                $this->texto('bairro', $consumidor->bairro, 1, 60),
+                $this->texto('codigoMunicipio', $consumidor->codigoMunicipio, 7, 7),
+                $this->texto('municipio', $consumidor->municipio, 2, 60),
+                $this->texto('uf', $consumidor->uf, 2, 2),
+                $this->texto('cep', $consumidor->cep, 8, 8));
     }
 
     /**
@@ -381,20 +449,21 @@ abstract class Operacoes extends Chamador
     public function identificarConsumidor(Consumidor $consumidor): void
     {
         $this->chamar('aCFIdentificarConsumidor_ZEL',
-                $this->texto('documento', $consumidor->documento),
-                $this->texto('nome', $consumidor->nome),
-                $this->texto('logradouro', $consumidor->logradouro),
-                $this->texto('numero', $consumidor->numero),
-                $this->texto('bairro', $consumidor->bairro),
-                $this->texto('codigoMunicipio', $consumidor->codigoMunicipio),
-                $this->texto('municipio', $consumidor->municipio),
-                $this->texto('uf', $consumidor->uf), $this->texto('cep', $consumidor->cep),
-                $this->texto('email', $consumidor->email));
+                $this->identificacao('aCFIdentificarConsumidor_ZEL', $consumidor),
+                $this->texto('nome', $consumidor->nome, 2, 60),
+                $this->texto('logradouro', $consumidor->logradouro, 2, 60),
+                $this->texto('numero', $consumidor->numero, 1, 60),
+                $this->texto('bairro', $consumidor->bairro, 1, 60),
+                $this->texto('codigoMunicipio', $consumidor->codigoMunicipio, 7, 7),
+                $this->texto('municipio', $consumidor->municipio, 2, 60),
+                $this->texto('uf', $consumidor->uf, 2, 2),
+                $this->texto('cep', $consumidor->cep, 8, 8),
+                $this->texto('email', $consumidor->email, 1, 59));
     }
 
     /**
      * Grava a transportadora de uma entrega. aCFIdentificarTransportadora_ZEL.
-     * @param string $documento CPF ou CNPJ, só dígitos
+     * @param string $documento CPF ou CNPJ, com os dígitos verificadores
      * @param string $nome nome, 2 a 60
      * @param string $inscricaoEstadual inscrição estadual, 2 caracteres
      * @param string $endereco endereço, 1 a 60
@@ -405,10 +474,11 @@ abstract class Operacoes extends Chamador
             string $inscricaoEstadual = '', string $endereco = '', string $municipio = '',
             string $uf = ''): void
     {
-        $this->chamar('aCFIdentificarTransportadora_ZEL', $this->texto('documento', $documento),
-                $this->texto('nome', $nome), $this->texto('inscricaoEstadual', $inscricaoEstadual),
-                $this->texto('endereco', $endereco), $this->texto('municipio', $municipio),
-                $this->texto('uf', $uf));
+        $this->chamar('aCFIdentificarTransportadora_ZEL',
+                $this->documento('documento', $documento), $this->texto('nome', $nome, 2, 60),
+                $this->texto('inscricaoEstadual', $inscricaoEstadual, 2, 2),
+                $this->texto('endereco', $endereco, 1, 60),
+                $this->texto('municipio', $municipio, 1, 60), $this->texto('uf', $uf, 2, 2));
     }
 
     /**
@@ -430,8 +500,8 @@ abstract class Operacoes extends Chamador
                 Valores::decimal('quantidade', $quantidade, 4),
                 Valores::decimal('valorUnitario', $valorUnitario, 10),
                 Ajuste::tipo('tipoAjuste', $ajuste, ''), Ajuste::valor('valorAjuste', $ajuste),
-                $this->texto('codigo', $codigo), $this->texto('unidade', $unidade),
-                $this->texto('descricao', $descricao));
+                $this->texto('codigo', $codigo, 1, 60), $this->texto('unidade', $unidade, 1, 6),
+                $this->texto('descricao', $descricao, 1, 120));
     }
 
     /**
@@ -455,9 +525,9 @@ abstract class Operacoes extends Chamador
                 Valores::decimal('quantidade', $quantidade, 4),
                 Valores::decimal('valorUnitario', $valorUnitario, 10),
                 Ajuste::tipo('tipoAjuste', $ajuste, ''), Ajuste::valor('valorAjuste', $ajuste),
-                $this->texto('codigo', $codigo), $this->texto('ncm', $ncm),
-                $this->texto('cfop', $cfop), $this->texto('unidade', $unidade),
-                $this->texto('descricao', $descricao), '');
+                $this->texto('codigo', $codigo, 1, 60), $this->texto('ncm', $ncm, 2, 8),
+                $this->texto('cfop', $cfop, 4, 4), $this->texto('unidade', $unidade, 1, 6),
+                $this->texto('descricao', $descricao, 1, 120), '');
     }
 
     /**
@@ -548,7 +618,7 @@ abstract class Operacoes extends Chamador
             int|float|string|null $valor = null): void
     {
         $this->chamar('aCFEfetuarPagamento_ZEL', $forma->value,
-                Valores::decimal('valor', $valor, 2));
+                Valores::decimalOpcional('valor', $valor, 2));
     }
 
     /**
@@ -579,7 +649,7 @@ abstract class Operacoes extends Chamador
      */
     public function encerrar(string $informacoes = ''): void
     {
-        $this->chamar('tCFEncerrar_ZEL', $this->texto('informacoes', $informacoes));
+        $this->chamar('tCFEncerrar_ZEL', $this->texto('informacoes', $informacoes, 0, 5000));
     }
 
     /**
@@ -589,8 +659,9 @@ abstract class Operacoes extends Chamador
      */
     public function encerrarConfigMsg(string $informacoes, string $informacoesFisco): void
     {
-        $this->chamar('tCFEncerrarConfigMsg_ZEL', $this->texto('informacoes', $informacoes),
-                $this->texto('informacoesFisco', $informacoesFisco));
+        $this->chamar('tCFEncerrarConfigMsg_ZEL',
+                $this->obrigatorio('informacoes', $informacoes, 1, 5000),
+                $this->obrigatorio('informacoesFisco', $informacoesFisco, 1, 2000));
     }
 
     /**
@@ -605,10 +676,10 @@ abstract class Operacoes extends Chamador
     public function cancelar(string $numero = '', string $serie = '', string $chave = '',
             string $protocolo = '', string $justificativa = ''): Codigo
     {
-        return $this->chamar('tCFCancelar_ZEL', $this->texto('numero', $numero),
-                $this->texto('serie', $serie), $this->texto('chave', $chave),
-                $this->texto('protocolo', $protocolo),
-                $this->texto('justificativa', $justificativa));
+        return $this->chamar('tCFCancelar_ZEL', $this->texto('numero', $numero, 1, 9),
+                $this->texto('serie', $serie, 1, 4), $this->texto('chave', $chave, 44, 44),
+                $this->texto('protocolo', $protocolo, 1, 15),
+                $this->texto('justificativa', $justificativa, 1, 99));
     }
 
     /**
@@ -624,9 +695,9 @@ abstract class Operacoes extends Chamador
             string $chave = '', string $justificativa = ''): string
     {
         return $this->gravarEm('tCFCancelarOffline_ZEL', $diretorios,
-                $this->texto('numero', $numero), $this->texto('serie', $serie),
-                $this->texto('chave', $chave), $this->texto('justificativa', $justificativa),
-                self::SAIDA);
+                $this->texto('numero', $numero, 1, 9), $this->texto('serie', $serie, 1, 4),
+                $this->texto('chave', $chave, 44, 44),
+                $this->texto('justificativa', $justificativa, 1, 99), self::SAIDA);
     }
 
     /**
@@ -639,9 +710,11 @@ abstract class Operacoes extends Chamador
     public function inutilizar(string $numeroInicial, string $numeroFinal, string $serie,
             string $justificativa): void
     {
-        $this->chamar('tCFInutilizar_ZEL', $this->texto('numeroInicial', $numeroInicial),
-                $this->texto('numeroFinal', $numeroFinal), $this->texto('serie', $serie),
-                $this->texto('justificativa', $justificativa));
+        $this->chamar('tCFInutilizar_ZEL',
+                $this->obrigatorio('numeroInicial', $numeroInicial, 1, 9),
+                $this->obrigatorio('numeroFinal', $numeroFinal, 1, 9),
+                $this->obrigatorio('serie', $serie, 1, 3),
+                $this->obrigatorio('justificativa', $justificativa, 1, 60));
     }
 
     /**
@@ -655,9 +728,9 @@ abstract class Operacoes extends Chamador
     public function consultar(TipoConsulta $tipo, string $inicial = '', string $final = '',
             string $serie = '', string $chave = ''): void
     {
-        $this->chamar('GeraXMLConsulta_ZEL', $tipo->value, $this->texto('inicial', $inicial),
-                $this->texto('final', $final), $this->texto('serie', $serie),
-                $this->texto('chave', $chave));
+        $this->chamar('GeraXMLConsulta_ZEL', $tipo->value,
+                $this->texto('inicial', $inicial, 1, 25), $this->texto('final', $final, 1, 25),
+                $this->texto('serie', $serie, 1, 4), $this->texto('chave', $chave, 44, 44));
     }
 
     /**
@@ -670,8 +743,8 @@ abstract class Operacoes extends Chamador
     public function confIcms00(string $origem, string $cst, string $modBC,
             int|float|string $aliquota): void
     {
-        $this->chamar('aCFConfICMS00_ZEL', $this->texto('origem', $origem),
-                $this->texto('cst', $cst), $this->texto('modBC', $modBC),
+        $this->chamar('aCFConfICMS00_ZEL', $this->texto('origem', $origem, 1, 1),
+                $this->texto('cst', $cst, 2, 2), $this->texto('modBC', $modBC, 1, 1),
                 Valores::decimal('aliquota', $aliquota, 2));
     }
 
@@ -685,10 +758,10 @@ abstract class Operacoes extends Chamador
     public function confIcms40(string $origem, string $cst,
             int|float|string|null $valorDesonerado = null, string $motivo = ''): void
     {
-        $this->chamar('aCFConfICMS40_ZEL', $this->texto('origem', $origem),
-                $this->texto('cst', $cst),
-                Valores::decimal('valorDesonerado', $valorDesonerado, 2),
-                $this->texto('motivo', $motivo));
+        $this->chamar('aCFConfICMS40_ZEL', $this->texto('origem', $origem, 1, 1),
+                $this->texto('cst', $cst, 2, 2),
+                Valores::decimalOpcional('valorDesonerado', $valorDesonerado, 2),
+                $this->texto('motivo', $motivo, 1, 1));
     }
 
     /**
@@ -702,9 +775,10 @@ abstract class Operacoes extends Chamador
             int|float|string|null $baseRetida = null,
             int|float|string|null $valorRetido = null): void
     {
-        $this->chamar('aCFConfICMS60_ZEL', $this->texto('origem', $origem),
-                $this->texto('cst', $cst), Valores::decimal('baseRetida', $baseRetida, 2),
-                Valores::decimal('valorRetido', $valorRetido, 2));
+        $this->chamar('aCFConfICMS60_ZEL', $this->texto('origem', $origem, 1, 1),
+                $this->texto('cst', $cst, 2, 2),
+                Valores::decimalOpcional('baseRetida', $baseRetida, 2),
+                Valores::decimalOpcional('valorRetido', $valorRetido, 2));
     }
 
     /**
@@ -714,7 +788,7 @@ abstract class Operacoes extends Chamador
      */
     public function confPisAliq(string $cst, int|float|string $aliquota): void
     {
-        $this->chamar('aCFConfPisAliq_ZEL', $this->texto('cst', $cst),
+        $this->chamar('aCFConfPisAliq_ZEL', $this->texto('cst', $cst, 2, 2),
                 Valores::decimal('aliquota', $aliquota, 4));
     }
 
@@ -725,7 +799,7 @@ abstract class Operacoes extends Chamador
      */
     public function confPisQtde(string $cst, int|float|string $valorUnidade): void
     {
-        $this->chamar('aCFConfPisQtde_ZEL', $this->texto('cst', $cst),
+        $this->chamar('aCFConfPisQtde_ZEL', $this->texto('cst', $cst, 2, 2),
                 Valores::decimal('valorUnidade', $valorUnidade, 4));
     }
 
@@ -735,7 +809,7 @@ abstract class Operacoes extends Chamador
      */
     public function confPisNt(string $cst): void
     {
-        $this->chamar('aCFConfPisNT_ZEL', $this->texto('cst', $cst));
+        $this->chamar('aCFConfPisNT_ZEL', $this->texto('cst', $cst, 2, 2));
     }
 
     /**
@@ -745,7 +819,7 @@ abstract class Operacoes extends Chamador
      */
     public function confCofinsAliq(string $cst, int|float|string $aliquota): void
     {
-        $this->chamar('aCFConfCofinsAliq_ZEL', $this->texto('cst', $cst),
+        $this->chamar('aCFConfCofinsAliq_ZEL', $this->texto('cst', $cst, 2, 2),
                 Valores::decimal('aliquota', $aliquota, 4));
     }
 
@@ -756,7 +830,7 @@ abstract class Operacoes extends Chamador
      */
     public function confCofinsQtde(string $cst, int|float|string $valorUnidade): void
     {
-        $this->chamar('aCFConfCofinsQtde_ZEL', $this->texto('cst', $cst),
+        $this->chamar('aCFConfCofinsQtde_ZEL', $this->texto('cst', $cst, 2, 2),
                 Valores::decimal('valorUnidade', $valorUnidade, 4));
     }
 
@@ -766,7 +840,7 @@ abstract class Operacoes extends Chamador
      */
     public function confCofinsNt(string $cst): void
     {
-        $this->chamar('aCFConfCofinsNT_ZEL', $this->texto('cst', $cst));
+        $this->chamar('aCFConfCofinsNT_ZEL', $this->texto('cst', $cst, 2, 2));
     }
 
     /**
@@ -778,9 +852,9 @@ abstract class Operacoes extends Chamador
     public function confPisOutr(string $cst, int|float|string|null $aliquota = null,
             int|float|string|null $valorUnidade = null): void
     {
-        $this->chamar('aCFConfPisOutr_ZEL', $this->texto('cst', $cst),
-                Valores::decimal('aliquota', $aliquota, 4),
-                Valores::decimal('valorUnidade', $valorUnidade, 4));
+        $this->chamar('aCFConfPisOutr_ZEL', $this->texto('cst', $cst, 2, 2),
+                Valores::decimalOpcional('aliquota', $aliquota, 4),
+                Valores::decimalOpcional('valorUnidade', $valorUnidade, 4));
     }
 
     /**
@@ -792,9 +866,9 @@ abstract class Operacoes extends Chamador
     public function confCofinsOutr(string $cst, int|float|string|null $aliquota = null,
             int|float|string|null $valorUnidade = null): void
     {
-        $this->chamar('aCFConfCofinsOutr_ZEL', $this->texto('cst', $cst),
-                Valores::decimal('aliquota', $aliquota, 4),
-                Valores::decimal('valorUnidade', $valorUnidade, 4));
+        $this->chamar('aCFConfCofinsOutr_ZEL', $this->texto('cst', $cst, 2, 2),
+                Valores::decimalOpcional('aliquota', $aliquota, 4),
+                Valores::decimalOpcional('valorUnidade', $valorUnidade, 4));
     }
 
     /**
@@ -880,7 +954,7 @@ abstract class Operacoes extends Chamador
     public function criptografarArquivo(string $origem, string $destino, string $chave): void
     {
         $this->chamar('eCriptografarArquivo_ZEL', Valores::caminho('origem', $origem),
-                Valores::caminho('destino', $destino), $this->texto('chave', $chave));
+                Valores::caminho('destino', $destino), $this->texto('chave', $chave, 0, 1023));
     }
 
     /**
@@ -892,6 +966,6 @@ abstract class Operacoes extends Chamador
     public function descriptografarArquivo(string $origem, string $destino, string $chave): void
     {
         $this->chamar('eDescriptografarArquivo_ZEL', Valores::caminho('origem', $origem),
-                Valores::caminho('destino', $destino), $this->texto('chave', $chave));
+                Valores::caminho('destino', $destino), $this->texto('chave', $chave, 0, 1023));
     }
 }

@@ -46,6 +46,11 @@ final class TextoInvalido extends EntradaRecusada
     }
 }
 
+/** The shared object was not found, or cannot be loaded. */
+final class BibliotecaAusente extends ErroZel
+{
+}
+
 /** What the library refused. */
 final class Recusa extends ErroZel
 {
@@ -56,17 +61,22 @@ final class Recusa extends ErroZel
     public readonly string $significado;
     public readonly string $remedio;
 
-    /** `texto` is what the function wrote all the same: a receipt whose PDF failed. */
+    /**
+     * `texto` is what the function wrote all the same: a receipt whose PDF failed. `motivo` says which
+     * field it was, what was given and what is allowed, or file and system error; it may be empty.
+     */
     public function __construct(
         public readonly string $funcao,
         public readonly int $numero,
         public readonly string $texto = '',
+        public readonly string $motivo = '',
     ) {
         $this->codigo = Codigo::tryFrom($numero);
         [$this->nome, $this->significado, $this->remedio] = $this->codigo?->descricao()
             ?? ['DESCONHECIDO', 'Código que este pacote não conhece.', ''];
+        $porque = $motivo === '' ? '' : "Motivo: $motivo. ";
         parent::__construct(
-            "$funcao: {$this->nome} ($numero): {$this->significado} {$this->remedio}",
+            "$funcao: {$this->nome} ($numero): {$this->significado} $porque{$this->remedio}",
         );
     }
 }
@@ -79,14 +89,16 @@ final class Valores
         . '|\xF0[\x90-\xBF][\x80-\xBF]{2}|[\xF1-\xF3][\x80-\xBF]{3}|\xF4[\x80-\x8F][\x80-\xBF]{2})/';
 
     /**
-     * ISO-8859-1 of an UTF-8 text, strictly. Refused are characters beyond U+00FF, U+0000, and the
-     * controls U+0080 to U+009F, which are nearly always another character set taken for this one.
+     * ISO-8859-1 of an UTF-8 text, strictly; letters written in two parts are put together first.
+     * Refused are characters beyond U+00FF, U+0000, and the controls U+0080 to U+009F, which are nearly
+     * always another character set taken for this one.
      */
     public static function texto(string $argumento, string $valor, bool $transliterar): string
     {
         if (preg_match('/[\x80-\xFF\0]/', $valor) === 0) {
             return $valor;
         }
+        $valor = strtr($valor, Tabelas::COMPOSICAO);
         $latin1 = '';
         $posicao = 0;
         for ($i = 0; $i < strlen($valor); $i += strlen($c)) {
@@ -115,16 +127,35 @@ final class Valores
         );
     }
 
+    /** A text that the function would cut, or leave out. */
+    public static function conferirTamanho(string $argumento, int $tamanho, int $minimo, int $maximo): void
+    {
+        if ($tamanho < $minimo || $tamanho > $maximo) {
+            $entre = $minimo > 0 ? "de $minimo a $maximo" : "até $maximo";
+            $permitido = $minimo === $maximo ? "exatamente $maximo" : $entre;
+            throw new EntradaRecusada("$argumento: $tamanho caracteres; permitido: $permitido");
+        }
+    }
+
+    /** Null is an empty text. */
+    public static function decimalOpcional(
+        string $argumento,
+        int|float|string|null $numero,
+        int $casas,
+    ): string {
+        return $numero === null ? '' : self::decimal($argumento, $numero, $casas);
+    }
+
     /**
      * With a point, at least two decimals and at most `casas`. A number is an int or a text of
-     * digits ("12,50"); null is an empty text. A float is no exact tenth.
+     * digits ("12,50"). A float is no exact tenth.
      */
-    public static function decimal(string $argumento, int|float|string|null $numero, int $casas): string
+    public static function decimal(string $argumento, int|float|string $numero, int $casas): string
     {
         if (is_float($numero)) {
             throw new \TypeError("$argumento: esperado int ou string, recebido float");
         }
-        return $numero === null ? '' : self::escrever($argumento, (string) $numero, $casas);
+        return self::escrever($argumento, (string) $numero, $casas);
     }
 
     public static function escrever(string $argumento, string $numero, int $casas): string
@@ -145,10 +176,14 @@ final class Valores
     }
 
     /** An int of C, which keeps the low bits of a larger one. */
-    public static function inteiro(string $argumento, int $valor): int
-    {
-        if ($valor < -2 ** 31 || $valor >= 2 ** 31) {
-            throw new EntradaRecusada("$argumento: $valor não cabe em 32 bits");
+    public static function inteiro(
+        string $argumento,
+        int $valor,
+        int $minimo = -2 ** 31,
+        int $maximo = 2 ** 31 - 1,
+    ): int {
+        if ($valor < $minimo || $valor > $maximo) {
+            throw new EntradaRecusada("$argumento: $valor não está entre $minimo e $maximo");
         }
         return $valor;
     }
@@ -158,6 +193,9 @@ final class Valores
     {
         if (str_contains($nome, "\0")) {
             throw new EntradaRecusada("$argumento: nome de arquivo com U+0000");
+        }
+        if (strlen($nome) > 300) {
+            throw new EntradaRecusada("$argumento: nome de arquivo com mais de 300 bytes");
         }
         return $nome;
     }
@@ -170,11 +208,11 @@ final class Valores
         }
         $nomes = array_map(fn (string $nome) => rtrim($nome, '/') . '/', $lista);
         foreach ($nomes as $nome) {
-            if (strlen($nome) > 300 || str_contains($nome, '|')) {
-                throw new EntradaRecusada("$argumento: diretório com | ou mais de 300 bytes");
+            if (str_contains(self::caminho($argumento, $nome), '|')) {
+                throw new EntradaRecusada("$argumento: diretório com |");
             }
         }
-        return self::caminho($argumento, implode('|', $nomes));
+        return implode('|', $nomes);
     }
 }
 
@@ -266,8 +304,12 @@ final class Ajuste
         return $como;
     }
 
+    /** An amount is in cents. */
     public static function valor(string $argumento, ?self $ajuste): string
     {
-        return Valores::decimal($argumento, $ajuste?->quanto, 4);
+        if ($ajuste === null) {
+            return '';
+        }
+        return Valores::decimal($argumento, $ajuste->quanto, str_ends_with($ajuste->como, '$') ? 2 : 4);
     }
 }

@@ -19,13 +19,13 @@ from __future__ import annotations
 from typing import Sequence
 
 from . import _valores
-from ._chamada import SAIDA, Recusa
+from ._chamada import SAIDA, BibliotecaAusente, Recusa
 from ._operacoes import Operacoes
 from ._tabelas import TAMANHOS, Codigo, Consumidor, Estado, FormaPagamento, TipoConsulta
 from ._valores import Ajuste, Aliquota, Caminho, EntradaRecusada, ErroZel, TextoInvalido
 
-__all__ = ["Ajuste", "Aliquota", "Codigo", "Consumidor", "Cupom", "EntradaRecusada", "ErroZel",
-           "Estado", "FormaPagamento", "Recusa", "TextoInvalido", "TipoConsulta"]
+__all__ = ["Ajuste", "Aliquota", "BibliotecaAusente", "Codigo", "Consumidor", "Cupom", "EntradaRecusada",
+           "ErroZel", "Estado", "FormaPagamento", "Recusa", "TextoInvalido", "TipoConsulta"]
 
 
 class Cupom(Operacoes):
@@ -42,22 +42,41 @@ class Cupom(Operacoes):
         path of the last file."""
         return self._gravar_em("aCFContingenciaUltimaNota_ZEL", diretorios, 4, SAIDA)
 
-    def imprimir(self, arquivo_xml: Caminho, retorno: Caminho = "OFFLINE", *, colunas: int = 48,
-                 url_qrcode: str = "") -> str:
+    def alterar_valor(self, chave: str, valor: str) -> None:
+        """regAlterarValor_ZEL; a value that the key does not keep whole is taken back and refused."""
+        if self.cortar:
+            super().alterar_valor(chave, valor)
+            return
+        try:
+            antes = self.retornar_valor(chave)
+        except Recusa:  # there is no such key, which the other function says
+            antes = ""
+        super().alterar_valor(chave, valor)
+        guardado = self.retornar_valor(chave)
+        dado = self._texto("valor", valor).decode("latin-1")
+        if guardado != dado:
+            super().alterar_valor(chave, antes)
+            raise EntradaRecusada(f"valor: {len(dado)} caracteres, de que {chave} guarda "
+                                  f"{len(guardado)}; nada mudou")
+
+    def imprimir(self, arquivo_xml: Caminho, retorno: Caminho, *, colunas: int = 48,
+                 url_qrcode: str = "", sem_autorizacao: bool = False) -> str:
         """The receipt text of a sale with its printer mark-up. `retorno` is the file of the tax
-        authority's answer, or "OFFLINE"; `colunas` 42 or 48; the content of the QR code is built
-        when none is given."""
-        return self._formatar(arquivo_xml, retorno, url_qrcode, colunas, 1)
+        authority's answer, which has to authorize the sale, or "OFFLINE" for a document of
+        contingency or without fiscal value; `sem_autorizacao` lays any other out, too, for a trial.
+        `colunas` 42 or 48; the content of the QR code is built when none is given."""
+        return self._formatar(arquivo_xml, retorno, url_qrcode, colunas, 1, sem_autorizacao)
 
-    def imprimir_cancelamento(self, arquivo_xml: Caminho, retorno: Caminho = "OFFLINE", *,
-                              colunas: int = 48) -> str:
-        """The same of a cancellation request."""
-        return self._formatar(arquivo_xml, retorno, "", colunas, 5)
+    def imprimir_cancelamento(self, arquivo_xml: Caminho, retorno: Caminho, *, colunas: int = 48,
+                              sem_autorizacao: bool = False) -> str:
+        """The same of a cancellation request, which the answer has to have registered."""
+        return self._formatar(arquivo_xml, retorno, "", colunas, 5, sem_autorizacao)
 
-    def _formatar(self, arquivo_xml: Caminho, retorno: Caminho, url: str, colunas: int,
-                  tipo: int) -> str:
-        return self._ler("GerarArquivoFormatadoNF_ZEL",
-                         self._tamanho_do_cupom(arquivo_xml, retorno, url),
-                         _valores.caminho("arquivoXml", arquivo_xml),
-                         _valores.caminho("arquivoRetorno", retorno),
-                         self._texto("urlQrcode", url), colunas, tipo, b"", SAIDA)
+    def _formatar(self, arquivo_xml: Caminho, retorno: Caminho, url: str, colunas: int, tipo: int,
+                  sem_autorizacao: bool) -> str:
+        argumentos = (_valores.caminho("arquivoXml", arquivo_xml),
+                      _valores.caminho("arquivoRetorno", retorno), self._texto("urlQrcode", url),
+                      _valores.inteiro("colunas", colunas))
+        xml, resposta = self._ler_para_imprimir(arquivo_xml, retorno, tipo == 5, sem_autorizacao)
+        return self._ler("GerarArquivoFormatadoNF_ZEL", self._tamanho_do_cupom(xml, resposta, url),
+                         *argumentos, tipo, b"", SAIDA)

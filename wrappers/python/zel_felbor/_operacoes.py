@@ -23,13 +23,14 @@ class Operacoes(Chamador):
 
         consumidor: o consumidor
         """
-        self._chamar("aCFAbrir_ZEL", self._texto("documento", consumidor.documento),
-                self._texto("nome", consumidor.nome),
-                self._texto("logradouro", consumidor.logradouro),
-                self._texto("numero", consumidor.numero), self._texto("bairro", consumidor.bairro),
-                self._texto("codigoMunicipio", consumidor.codigo_municipio),
-                self._texto("municipio", consumidor.municipio), self._texto("uf", consumidor.uf),
-                self._texto("cep", consumidor.cep))
+        self._chamar("aCFAbrir_ZEL", self._identificacao("aCFAbrir_ZEL", consumidor),
+                self._texto("nome", consumidor.nome, 2, 60),
+                self._texto("logradouro", consumidor.logradouro, 2, 60),
+                self._texto("numero", consumidor.numero, 1, 60),
+                self._texto("bairro", consumidor.bairro, 1, 60),
+                self._texto("codigoMunicipio", consumidor.codigo_municipio, 7, 7),
+                self._texto("municipio", consumidor.municipio, 2, 60),
+                self._texto("uf", consumidor.uf, 2, 2), self._texto("cep", consumidor.cep, 8, 8))
 
     def abrir_num_serie(self, numero_cupom: int, serie: int,
             consumidor: Consumidor = Consumidor()) -> None:
@@ -39,14 +40,17 @@ class Operacoes(Chamador):
         serie: série
         consumidor: o consumidor
         """
-        self._chamar("aCFAbrirNumSerie_ZEL", _valores.inteiro("numeroCupom", numero_cupom),
-                _valores.inteiro("serie", serie), self._texto("documento", consumidor.documento),
-                self._texto("nome", consumidor.nome),
-                self._texto("logradouro", consumidor.logradouro),
-                self._texto("numero", consumidor.numero), self._texto("bairro", consumidor.bairro),
-                self._texto("codigoMunicipio", consumidor.codigo_municipio),
-                self._texto("municipio", consumidor.municipio), self._texto("uf", consumidor.uf),
-                self._texto("cep", consumidor.cep))
+        self._chamar("aCFAbrirNumSerie_ZEL",
+                _valores.inteiro("numeroCupom", numero_cupom, 0, 999999999),
+                _valores.inteiro("serie", serie, 0, 999),
+                self._identificacao("aCFAbrirNumSerie_ZEL", consumidor),
+                self._texto("nome", consumidor.nome, 2, 60),
+                self._texto("logradouro", consumidor.logradouro, 2, 60),
+                self._texto("numero", consumidor.numero, 1, 60),
+                self._texto("bairro", consumidor.bairro, 1, 60),
+                self._texto("codigoMunicipio", consumidor.codigo_municipio, 7, 7),
+                self._texto("municipio", consumidor.municipio, 2, 60),
+                self._texto("uf", consumidor.uf, 2, 2), self._texto("cep", consumidor.cep, 8, 8))
 
     def identificar_consumidor(self, consumidor: Consumidor) -> None:
         """Troca o consumidor do cupom. aCFIdentificarConsumidor_ZEL.
@@ -54,29 +58,32 @@ class Operacoes(Chamador):
         consumidor: o consumidor
         """
         self._chamar("aCFIdentificarConsumidor_ZEL",
-                self._texto("documento", consumidor.documento),
-                self._texto("nome", consumidor.nome),
-                self._texto("logradouro", consumidor.logradouro),
-                self._texto("numero", consumidor.numero), self._texto("bairro", consumidor.bairro),
-                self._texto("codigoMunicipio", consumidor.codigo_municipio),
-                self._texto("municipio", consumidor.municipio), self._texto("uf", consumidor.uf),
-                self._texto("cep", consumidor.cep), self._texto("email", consumidor.email))
+                self._identificacao("aCFIdentificarConsumidor_ZEL", consumidor),
+                self._texto("nome", consumidor.nome, 2, 60),
+                self._texto("logradouro", consumidor.logradouro, 2, 60),
+                self._texto("numero", consumidor.numero, 1, 60),
+                self._texto("bairro", consumidor.bairro, 1, 60),
+                self._texto("codigoMunicipio", consumidor.codigo_municipio, 7, 7),
+                self._texto("municipio", consumidor.municipio, 2, 60),
+                self._texto("uf", consumidor.uf, 2, 2), self._texto("cep", consumidor.cep, 8, 8),
+                self._texto("email", consumidor.email, 1, 59))
 
     def identificar_transportadora(self, documento: str, nome: str, inscricao_estadual: str = "",
             endereco: str = "", municipio: str = "", uf: str = "") -> None:
         """Grava a transportadora de uma entrega. aCFIdentificarTransportadora_ZEL.
 
-        documento: CPF ou CNPJ, só dígitos
+        documento: CPF ou CNPJ, com os dígitos verificadores
         nome: nome, 2 a 60
         inscricao_estadual: inscrição estadual, 2 caracteres
         endereco: endereço, 1 a 60
         municipio: município, 1 a 60
         uf: sigla do estado
         """
-        self._chamar("aCFIdentificarTransportadora_ZEL", self._texto("documento", documento),
-                self._texto("nome", nome), self._texto("inscricaoEstadual", inscricao_estadual),
-                self._texto("endereco", endereco), self._texto("municipio", municipio),
-                self._texto("uf", uf))
+        self._chamar("aCFIdentificarTransportadora_ZEL", self._documento("documento", documento),
+                self._texto("nome", nome, 2, 60),
+                self._texto("inscricaoEstadual", inscricao_estadual, 2, 2),
+                self._texto("endereco", endereco, 1, 60),
+                self._texto("municipio", municipio, 1, 60), self._texto("uf", uf, 2, 2))
 
     def vender(self, aliquota: Aliquota, quantidade: Numero, valor_unitario: Numero, codigo: str,
             unidade: str, descricao: str, ajuste: Ajuste = Ajuste()) -> None:
@@ -90,12 +97,13 @@ class Operacoes(Chamador):
         descricao: descrição, 1 a 120
         ajuste: desconto ou acréscimo
         """
-        self._chamar("aCFVender_ZEL", aliquota.converter("aliquota"),
+        self._chamar("aCFVender_ZEL", _valores.aliquota("aliquota", aliquota),
                 _valores.decimal("quantidade", quantidade, 4),
                 _valores.decimal("valorUnitario", valor_unitario, 10),
-                ajuste.converter_tipo("tipoAjuste", ""), ajuste.converter_valor("valorAjuste"),
-                self._texto("codigo", codigo), self._texto("unidade", unidade),
-                self._texto("descricao", descricao))
+                _valores.tipo_de_ajuste("tipoAjuste", ajuste, ""),
+                _valores.valor_de_ajuste("valorAjuste", ajuste),
+                self._texto("codigo", codigo, 1, 60), self._texto("unidade", unidade, 1, 6),
+                self._texto("descricao", descricao, 1, 120))
 
     def vender_completo(self, aliquota: Aliquota, quantidade: Numero, valor_unitario: Numero,
             codigo: str, unidade: str, descricao: str, ajuste: Ajuste = Ajuste(), ncm: str = "",
@@ -112,12 +120,14 @@ class Operacoes(Chamador):
         ncm: NCM, 2 a 8; vazio vale o da configuração
         cfop: CFOP, 4 dígitos; vazio vale o da configuração
         """
-        self._chamar("aCFVenderCompleto_ZEL", aliquota.converter("aliquota"),
+        self._chamar("aCFVenderCompleto_ZEL", _valores.aliquota("aliquota", aliquota),
                 _valores.decimal("quantidade", quantidade, 4),
                 _valores.decimal("valorUnitario", valor_unitario, 10),
-                ajuste.converter_tipo("tipoAjuste", ""), ajuste.converter_valor("valorAjuste"),
-                self._texto("codigo", codigo), self._texto("ncm", ncm), self._texto("cfop", cfop),
-                self._texto("unidade", unidade), self._texto("descricao", descricao), b"")
+                _valores.tipo_de_ajuste("tipoAjuste", ajuste, ""),
+                _valores.valor_de_ajuste("valorAjuste", ajuste),
+                self._texto("codigo", codigo, 1, 60), self._texto("ncm", ncm, 2, 8),
+                self._texto("cfop", cfop, 4, 4), self._texto("unidade", unidade, 1, 6),
+                self._texto("descricao", descricao, 1, 120), b"")
 
     def vender_xml(self, xml_item: str) -> None:
         """Vende um item dado como texto de tags. aCFVenderXml_ZEL.
@@ -133,7 +143,8 @@ class Operacoes(Chamador):
         ajuste: desconto ou acréscimo
         """
         self._chamar("aCFLancarDescontoItem_ZEL", _valores.inteiro("item", item),
-                ajuste.converter_tipo("tipo", "D"), ajuste.converter_valor("valor"))
+                _valores.tipo_de_ajuste("tipo", ajuste, "D"),
+                _valores.valor_de_ajuste("valor", ajuste))
 
     def lancar_acrescimo_item(self, item: int, ajuste: Ajuste) -> None:
         """Dá acréscimo a um item. aCFLancarAcrescimoItem_ZEL.
@@ -142,7 +153,8 @@ class Operacoes(Chamador):
         ajuste: desconto ou acréscimo
         """
         self._chamar("aCFLancarAcrescimoItem_ZEL", _valores.inteiro("item", item),
-                ajuste.converter_tipo("tipo", "A"), ajuste.converter_valor("valor"))
+                _valores.tipo_de_ajuste("tipo", ajuste, "A"),
+                _valores.valor_de_ajuste("valor", ajuste))
 
     def cancelar_item(self, item: int) -> None:
         """Retira um item do cupom. aCFCancelarItem_ZEL.
@@ -179,8 +191,8 @@ class Operacoes(Chamador):
 
         ajuste: desconto ou acréscimo
         """
-        self._chamar("aCFTotalizar_ZEL", ajuste.converter_tipo("tipo", ""),
-                ajuste.converter_valor("valor"))
+        self._chamar("aCFTotalizar_ZEL", _valores.tipo_de_ajuste("tipo", ajuste, ""),
+                _valores.valor_de_ajuste("valor", ajuste))
 
     def efetuar_pagamento(self, forma: FormaPagamento, valor: Optional[Numero] = None) -> None:
         """Registra um pagamento; o que passa do total é troco. aCFEfetuarPagamento_ZEL.
@@ -188,8 +200,8 @@ class Operacoes(Chamador):
         forma: forma de pagamento
         valor: quantia; sem ela, o que falta pagar
         """
-        self._chamar("aCFEfetuarPagamento_ZEL", forma.value.encode(),
-                _valores.decimal("valor", valor, 2))
+        self._chamar("aCFEfetuarPagamento_ZEL", _valores.escolha("forma", forma, FormaPagamento),
+                _valores.decimal_opcional("valor", valor, 2))
 
     def estornar_pagamento(self, forma_atual: FormaPagamento, forma_nova: FormaPagamento,
             valor: Numero) -> None:
@@ -199,8 +211,10 @@ class Operacoes(Chamador):
         forma_nova: forma certa
         valor: valor do pagamento
         """
-        self._chamar("aCFEstornarPagamento_ZEL", forma_atual.value.encode(),
-                forma_nova.value.encode(), _valores.decimal("valor", valor, 2))
+        self._chamar("aCFEstornarPagamento_ZEL",
+                _valores.escolha("formaAtual", forma_atual, FormaPagamento),
+                _valores.escolha("formaNova", forma_nova, FormaPagamento),
+                _valores.decimal("valor", valor, 2))
 
     def valor_lei_imposto(self, valor: Numero) -> None:
         """Define o total aproximado de impostos do próximo cupom impresso. aCFValorLeiImposto_ZEL.
@@ -214,7 +228,7 @@ class Operacoes(Chamador):
 
         informacoes: mensagem ao consumidor, até 5000
         """
-        self._chamar("tCFEncerrar_ZEL", self._texto("informacoes", informacoes))
+        self._chamar("tCFEncerrar_ZEL", self._texto("informacoes", informacoes, 0, 5000))
 
     def encerrar_config_msg(self, informacoes: str, informacoes_fisco: str) -> None:
         """Encerra o cupom com mensagens ao consumidor e ao fisco. tCFEncerrarConfigMsg_ZEL.
@@ -222,8 +236,9 @@ class Operacoes(Chamador):
         informacoes: mensagem ao consumidor, até 5000
         informacoes_fisco: mensagem ao fisco, até 2000
         """
-        self._chamar("tCFEncerrarConfigMsg_ZEL", self._texto("informacoes", informacoes),
-                self._texto("informacoesFisco", informacoes_fisco))
+        self._chamar("tCFEncerrarConfigMsg_ZEL",
+                self._obrigatorio("informacoes", informacoes, 1, 5000),
+                self._obrigatorio("informacoesFisco", informacoes_fisco, 1, 2000))
 
     def cancelar(self, numero: str = "", serie: str = "", chave: str = "", protocolo: str = "",
             justificativa: str = "") -> Codigo:
@@ -235,9 +250,10 @@ class Operacoes(Chamador):
         protocolo: protocolo da autorização
         justificativa: justificativa, até 99
         """
-        return self._chamar("tCFCancelar_ZEL", self._texto("numero", numero),
-                self._texto("serie", serie), self._texto("chave", chave),
-                self._texto("protocolo", protocolo), self._texto("justificativa", justificativa))
+        return self._chamar("tCFCancelar_ZEL", self._texto("numero", numero, 1, 9),
+                self._texto("serie", serie, 1, 4), self._texto("chave", chave, 44, 44),
+                self._texto("protocolo", protocolo, 1, 15),
+                self._texto("justificativa", justificativa, 1, 99))
 
     def cancelar_offline(self, diretorios: Sequence[Caminho], numero: str = "", serie: str = "",
             chave: str = "", justificativa: str = "") -> str:
@@ -249,9 +265,10 @@ class Operacoes(Chamador):
         chave: chave de acesso, 44 dígitos
         justificativa: justificativa, até 99
         """
-        return self._gravar_em("tCFCancelarOffline_ZEL", diretorios, self._texto("numero", numero),
-                self._texto("serie", serie), self._texto("chave", chave),
-                self._texto("justificativa", justificativa), SAIDA)
+        return self._gravar_em("tCFCancelarOffline_ZEL", diretorios,
+                self._texto("numero", numero, 1, 9), self._texto("serie", serie, 1, 4),
+                self._texto("chave", chave, 44, 44),
+                self._texto("justificativa", justificativa, 1, 99), SAIDA)
 
     def inutilizar(self, numero_inicial: str, numero_final: str, serie: str,
             justificativa: str) -> None:
@@ -262,9 +279,10 @@ class Operacoes(Chamador):
         serie: série
         justificativa: justificativa, até 60
         """
-        self._chamar("tCFInutilizar_ZEL", self._texto("numeroInicial", numero_inicial),
-                self._texto("numeroFinal", numero_final), self._texto("serie", serie),
-                self._texto("justificativa", justificativa))
+        self._chamar("tCFInutilizar_ZEL", self._obrigatorio("numeroInicial", numero_inicial, 1, 9),
+                self._obrigatorio("numeroFinal", numero_final, 1, 9),
+                self._obrigatorio("serie", serie, 1, 3),
+                self._obrigatorio("justificativa", justificativa, 1, 60))
 
     def consultar(self, tipo: TipoConsulta, inicial: str = "", final: str = "", serie: str = "",
             chave: str = "") -> None:
@@ -276,9 +294,9 @@ class Operacoes(Chamador):
         serie: série, na consulta por número
         chave: chave de acesso, na consulta pela chave
         """
-        self._chamar("GeraXMLConsulta_ZEL", tipo.value.encode(), self._texto("inicial", inicial),
-                self._texto("final", final), self._texto("serie", serie),
-                self._texto("chave", chave))
+        self._chamar("GeraXMLConsulta_ZEL", _valores.escolha("tipo", tipo, TipoConsulta),
+                self._texto("inicial", inicial, 1, 25), self._texto("final", final, 1, 25),
+                self._texto("serie", serie, 1, 4), self._texto("chave", chave, 44, 44))
 
     def conf_icms00(self, origem: str, cst: str, mod_bc: str, aliquota: Numero) -> None:
         """Fixa o ICMS 00 do próximo item. aCFConfICMS00_ZEL.
@@ -288,8 +306,9 @@ class Operacoes(Chamador):
         mod_bc: modalidade da base de cálculo, 1 dígito
         aliquota: alíquota, sempre com duas casas
         """
-        self._chamar("aCFConfICMS00_ZEL", self._texto("origem", origem), self._texto("cst", cst),
-                self._texto("modBC", mod_bc), _valores.decimal("aliquota", aliquota, 2))
+        self._chamar("aCFConfICMS00_ZEL", self._texto("origem", origem, 1, 1),
+                self._texto("cst", cst, 2, 2), self._texto("modBC", mod_bc, 1, 1),
+                _valores.decimal("aliquota", aliquota, 2))
 
     def conf_icms40(self, origem: str, cst: str, valor_desonerado: Optional[Numero] = None,
             motivo: str = "") -> None:
@@ -300,9 +319,10 @@ class Operacoes(Chamador):
         valor_desonerado: valor do ICMS desonerado
         motivo: motivo da desoneração, 1 dígito
         """
-        self._chamar("aCFConfICMS40_ZEL", self._texto("origem", origem), self._texto("cst", cst),
-                _valores.decimal("valorDesonerado", valor_desonerado, 2),
-                self._texto("motivo", motivo))
+        self._chamar("aCFConfICMS40_ZEL", self._texto("origem", origem, 1, 1),
+                self._texto("cst", cst, 2, 2),
+                _valores.decimal_opcional("valorDesonerado", valor_desonerado, 2),
+                self._texto("motivo", motivo, 1, 1))
 
     def conf_icms60(self, origem: str, cst: str, base_retida: Optional[Numero] = None,
             valor_retido: Optional[Numero] = None) -> None:
@@ -313,9 +333,10 @@ class Operacoes(Chamador):
         base_retida: base do ICMS retido
         valor_retido: valor do ICMS retido
         """
-        self._chamar("aCFConfICMS60_ZEL", self._texto("origem", origem), self._texto("cst", cst),
-                _valores.decimal("baseRetida", base_retida, 2),
-                _valores.decimal("valorRetido", valor_retido, 2))
+        self._chamar("aCFConfICMS60_ZEL", self._texto("origem", origem, 1, 1),
+                self._texto("cst", cst, 2, 2),
+                _valores.decimal_opcional("baseRetida", base_retida, 2),
+                _valores.decimal_opcional("valorRetido", valor_retido, 2))
 
     def conf_pis_aliq(self, cst: str, aliquota: Numero) -> None:
         """Fixa o PIS por alíquota do próximo item. aCFConfPisAliq_ZEL.
@@ -323,7 +344,7 @@ class Operacoes(Chamador):
         cst: código de situação tributária, 2 dígitos
         aliquota: alíquota em percentual
         """
-        self._chamar("aCFConfPisAliq_ZEL", self._texto("cst", cst),
+        self._chamar("aCFConfPisAliq_ZEL", self._texto("cst", cst, 2, 2),
                 _valores.decimal("aliquota", aliquota, 4))
 
     def conf_pis_qtde(self, cst: str, valor_unidade: Numero) -> None:
@@ -332,7 +353,7 @@ class Operacoes(Chamador):
         cst: código de situação tributária, 2 dígitos
         valor_unidade: centavos de imposto por unidade vendida
         """
-        self._chamar("aCFConfPisQtde_ZEL", self._texto("cst", cst),
+        self._chamar("aCFConfPisQtde_ZEL", self._texto("cst", cst, 2, 2),
                 _valores.decimal("valorUnidade", valor_unidade, 4))
 
     def conf_pis_nt(self, cst: str) -> None:
@@ -340,7 +361,7 @@ class Operacoes(Chamador):
 
         cst: código de situação tributária, 2 dígitos
         """
-        self._chamar("aCFConfPisNT_ZEL", self._texto("cst", cst))
+        self._chamar("aCFConfPisNT_ZEL", self._texto("cst", cst, 2, 2))
 
     def conf_cofins_aliq(self, cst: str, aliquota: Numero) -> None:
         """Fixa a COFINS por alíquota do próximo item. aCFConfCofinsAliq_ZEL.
@@ -348,7 +369,7 @@ class Operacoes(Chamador):
         cst: código de situação tributária, 2 dígitos
         aliquota: alíquota em percentual
         """
-        self._chamar("aCFConfCofinsAliq_ZEL", self._texto("cst", cst),
+        self._chamar("aCFConfCofinsAliq_ZEL", self._texto("cst", cst, 2, 2),
                 _valores.decimal("aliquota", aliquota, 4))
 
     def conf_cofins_qtde(self, cst: str, valor_unidade: Numero) -> None:
@@ -357,7 +378,7 @@ class Operacoes(Chamador):
         cst: código de situação tributária, 2 dígitos
         valor_unidade: centavos de imposto por unidade vendida
         """
-        self._chamar("aCFConfCofinsQtde_ZEL", self._texto("cst", cst),
+        self._chamar("aCFConfCofinsQtde_ZEL", self._texto("cst", cst, 2, 2),
                 _valores.decimal("valorUnidade", valor_unidade, 4))
 
     def conf_cofins_nt(self, cst: str) -> None:
@@ -365,7 +386,7 @@ class Operacoes(Chamador):
 
         cst: código de situação tributária, 2 dígitos
         """
-        self._chamar("aCFConfCofinsNT_ZEL", self._texto("cst", cst))
+        self._chamar("aCFConfCofinsNT_ZEL", self._texto("cst", cst, 2, 2))
 
     def conf_pis_outr(self, cst: str, aliquota: Optional[Numero] = None,
             valor_unidade: Optional[Numero] = None) -> None:
@@ -375,9 +396,9 @@ class Operacoes(Chamador):
         aliquota: alíquota em percentual
         valor_unidade: centavos de imposto por unidade vendida
         """
-        self._chamar("aCFConfPisOutr_ZEL", self._texto("cst", cst),
-                _valores.decimal("aliquota", aliquota, 4),
-                _valores.decimal("valorUnidade", valor_unidade, 4))
+        self._chamar("aCFConfPisOutr_ZEL", self._texto("cst", cst, 2, 2),
+                _valores.decimal_opcional("aliquota", aliquota, 4),
+                _valores.decimal_opcional("valorUnidade", valor_unidade, 4))
 
     def conf_cofins_outr(self, cst: str, aliquota: Optional[Numero] = None,
             valor_unidade: Optional[Numero] = None) -> None:
@@ -387,9 +408,9 @@ class Operacoes(Chamador):
         aliquota: alíquota em percentual
         valor_unidade: centavos de imposto por unidade vendida
         """
-        self._chamar("aCFConfCofinsOutr_ZEL", self._texto("cst", cst),
-                _valores.decimal("aliquota", aliquota, 4),
-                _valores.decimal("valorUnidade", valor_unidade, 4))
+        self._chamar("aCFConfCofinsOutr_ZEL", self._texto("cst", cst, 2, 2),
+                _valores.decimal_opcional("aliquota", aliquota, 4),
+                _valores.decimal_opcional("valorUnidade", valor_unidade, 4))
 
     def alterar_valor(self, chave: str, valor: str) -> None:
         """Grava um valor da configuração. regAlterarValor_ZEL.
@@ -450,7 +471,7 @@ class Operacoes(Chamador):
         chave: chave do embaralhamento, até 1023
         """
         self._chamar("eCriptografarArquivo_ZEL", _valores.caminho("origem", origem),
-                _valores.caminho("destino", destino), self._texto("chave", chave))
+                _valores.caminho("destino", destino), self._texto("chave", chave, 0, 1023))
 
     def descriptografar_arquivo(self, origem: Caminho, destino: Caminho, chave: str) -> None:
         """Desembaralha um arquivo. eDescriptografarArquivo_ZEL.
@@ -460,4 +481,4 @@ class Operacoes(Chamador):
         chave: chave do embaralhamento, até 1023
         """
         self._chamar("eDescriptografarArquivo_ZEL", _valores.caminho("origem", origem),
-                _valores.caminho("destino", destino), self._texto("chave", chave))
+                _valores.caminho("destino", destino), self._texto("chave", chave, 0, 1023))

@@ -46,7 +46,7 @@ CODIGOS = {
         "Nada a corrigir."),
     -1: ("ZEL_RECUSADO",
         "Recusado: um argumento ou uma configuração não serve, ou os dados não combinam entre si.",
-        "Veja no log (ZEL_LOG) qual campo foi recusado e por quê; confira os argumentos com o cabeçalho."),
+        "O motivo diz qual campo e por quê: a exceção o traz nas outras linguagens, e o log (ZEL_LOG) em todas. Confira os argumentos com o cabeçalho."),
     -11: ("ZEL_ITEM_INEXISTENTE",
         "Nenhum item foi vendido, ou o número é maior que o do último item.",
         "Informe um número de item de 1 à quantidade vendida, ou 0 para o último."),
@@ -85,10 +85,10 @@ CODIGOS = {
         "Restaure a cópia de segurança do arquivo e grave em IDE\\nNF o último número usado: o da cópia é antigo, e os números se repetiriam. Sem cópia, aCFInicializar_ZEL guarda o danificado ao lado e cria um novo com os valores de fábrica: CNPJ, token e número são gravados de novo."),
     -52: ("ZEL_ARQUIVO_INDISPONIVEL",
         "Um arquivo não pôde ser lido ou gravado, outro processo está com o cupom, ou não há cupom em andamento onde é preciso um.",
-        "Verifique permissão, espaço em disco e se outro programa de caixa está aberto no mesmo diretório; o log diz qual arquivo. Nada mudou: a chamada pode ser repetida."),
+        "Verifique permissão, espaço em disco e se outro programa de caixa está aberto no mesmo diretório; o motivo, na exceção ou no log, diz qual arquivo. Num diretório novo, abra um cupom antes. Nada mudou: a chamada pode ser repetida."),
     -99: ("ZEL_ARGUMENTO_INVALIDO",
         "Um argumento é nulo, vazio ou está fora dos limites.",
-        "Confira os argumentos com o cabeçalho: comprimentos, números não negativos, ponteiros não nulos."),
+        "O motivo, na exceção ou no log, diz qual argumento. Confira-o com o cabeçalho: comprimentos, números não negativos, ponteiros não nulos."),
     -100: ("ZEL_ESTADO_INVALIDO",
         "O estado do cupom não permite ajuste de item, imposto do próximo item, correção de pagamento ou transportadora.",
         "Consulte o estado com rCFVerificarStatus_ZEL e chame a função no estado que o cabeçalho indica."),
@@ -100,13 +100,13 @@ CODIGOS = {
         "Configure IDE\\indPres com 4 antes de abrir o cupom de uma entrega."),
     -120: ("ZEL_TAG_NAO_CONFORME",
         "Um campo tem comprimento fora do permitido, ou um elemento é desconhecido ou está fora de ordem.",
-        "O log diz qual campo e qual o comprimento permitido."),
+        "O motivo, na exceção ou no log, diz qual campo e qual o comprimento permitido."),
     -121: ("ZEL_TAG_SEM_ELEMENTOS",
         "O texto não tem elementos, ou há um grupo no lugar de um valor.",
         "Confira o XML do item com o leiaute."),
     -122: ("ZEL_TAG_OBRIGATORIA",
         "Falta um elemento obrigatório.",
-        "O log diz qual; complete o XML do item ou a configuração do imposto."),
+        "O motivo, na exceção ou no log, diz qual; complete o XML do item ou a configuração do imposto."),
     -130: ("ZEL_CUPOM_EM_ANDAMENTO",
         "Já há um cupom em andamento.",
         "Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios. Se outro programa está com ele, não o cancele: dê a cada caixa o seu diretório."),
@@ -117,7 +117,7 @@ CODIGOS = {
         "Venda depois da totalização, ou depois do fim do cupom.",
         "Encerrado ou cancelado o cupom (estados 5 e 6), abra outro com aCFAbrir_ZEL. Totalizado (3 e 4), ele não recebe mais itens: encerre-o, ou cancele-o e abra outro."),
     -133: ("ZEL_TOTALIZACAO_FORA_DE_ORDEM",
-        "Totalização sem itens, ou repetida.",
+        "Totalização sem itens, ou repetida, ou de cupom que já terminou.",
         "Totaliza-se uma vez, depois de vender ao menos um item (estado 2)."),
     -134: ("ZEL_PAGAMENTO_FORA_DE_ORDEM",
         "Pagamento antes da totalização ou depois do encerramento.",
@@ -159,7 +159,10 @@ class TipoConsulta(Enum):
 
 @dataclass(frozen=True)
 class Consumidor:
-    documento: str = ""  # CPF, CNPJ ou identificação de estrangeiro
+    documento: str = ""  # CPF ou CNPJ, com os dígitos verificadores
+    cpf: str = ""  # CPF, em lugar de documento
+    cnpj: str = ""  # CNPJ, em lugar de documento
+    estrangeiro: str = ""  # documento de estrangeiro, só dígitos; só ao abrir
     nome: str = ""  # nome do consumidor
     logradouro: str = ""  # rua; sem ela não há endereço
     numero: str = ""  # número do endereço
@@ -168,7 +171,7 @@ class Consumidor:
     municipio: str = ""  # nome do município
     uf: str = ""  # sigla do estado
     cep: str = ""  # CEP, 8 dígitos
-    email: str = ""  # e-mail; só identificarConsumidor o usa
+    email: str = ""  # e-mail; só identificarConsumidor o grava
 
 
 TAMANHOS = {
@@ -178,6 +181,9 @@ TAMANHOS = {
     "ZEL_TAMANHO_DOCUMENTO": 4194304,
     "ZEL_TAMANHO_CUPOM": 131072,
 }
+
+AUSENTE = "Instale o pacote libzel-felborframework1, ou diga onde ela está: o diretório em LD_LIBRARY_PATH, ou o arquivo no argumento biblioteca."
+DESCRITOR = "zel_felbor"
 
 TRANSLITERACAO = {
     "\u2018": "'",

@@ -3,8 +3,10 @@
 from __future__ import annotations
 
 import os
+import unicodedata
 from dataclasses import dataclass
 from decimal import Decimal
+from enum import Enum
 from typing import Optional, Sequence, Union
 
 from ._tabelas import TRANSLITERACAO
@@ -31,13 +33,20 @@ class TextoInvalido(EntradaRecusada):
                          f"{posicao} não existe em ISO-8859-1")
 
 
+def exigir(argumento: str, valor: object, *tipos: type) -> None:
+    """A value of another type is named with its argument."""
+    if isinstance(valor, bool) or not isinstance(valor, tipos):
+        nomes = " ou ".join(t.__name__ for t in tipos)
+        raise TypeError(f"{argumento}: esperado {nomes}, recebido {type(valor).__name__}")
+
+
 def texto(argumento: str, valor: str, transliterar: bool) -> bytes:
-    """ISO-8859-1, strictly. Refused are characters beyond U+00FF, U+0000, and the controls U+0080
-    to U+009F, which are nearly always another character set taken for this one."""
-    if not isinstance(valor, str):
-        raise TypeError(f"{argumento}: esperado str, recebido {type(valor).__name__}")
+    """ISO-8859-1, strictly; letters written in two parts are put together first. Refused are
+    characters beyond U+00FF, U+0000, and the controls U+0080 to U+009F, which are nearly always
+    another character set taken for this one."""
+    exigir(argumento, valor, str)
     escrito = []
-    for posicao, c in enumerate(valor, 1):
+    for posicao, c in enumerate(unicodedata.normalize("NFC", valor), 1):
         if transliterar and c in TRANSLITERACAO:
             c = TRANSLITERACAO[c]
         elif c > "\xff" or c == "\0" or "\x80" <= c < "\xa0":
@@ -46,12 +55,18 @@ def texto(argumento: str, valor: str, transliterar: bool) -> bytes:
     return "".join(escrito).encode("latin-1")
 
 
-def decimal(argumento: str, numero: Optional[Numero], casas: int) -> bytes:
+def conferir_tamanho(argumento: str, tamanho: int, minimo: int, maximo: int) -> None:
+    """A text that the function would cut, or leave out."""
+    if not minimo <= tamanho <= maximo:
+        permitido = f"de {minimo} a {maximo}" if minimo else f"até {maximo}"
+        if minimo == maximo:
+            permitido = f"exatamente {maximo}"
+        raise EntradaRecusada(f"{argumento}: {tamanho} caracteres; permitido: {permitido}")
+
+
+def decimal(argumento: str, numero: Numero, casas: int) -> bytes:
     """With a point, at least two decimals and `casas` at most, in 15 characters."""
-    if numero is None:
-        return b""
-    if isinstance(numero, bool) or not isinstance(numero, (int, Decimal)):
-        raise TypeError(f"{argumento}: esperado Decimal ou int, recebido {type(numero).__name__}")
+    exigir(argumento, numero, int, Decimal)
     if not Decimal(numero).is_finite():
         raise EntradaRecusada(f"{argumento}: {numero} não é um número decimal")
     if abs(Decimal(numero).adjusted()) > 50:  # 1E+99999999 is not to be written out
@@ -66,20 +81,31 @@ def decimal(argumento: str, numero: Optional[Numero], casas: int) -> bytes:
     return escrito.encode()
 
 
-def inteiro(argumento: str, valor: int) -> int:
+def decimal_opcional(argumento: str, numero: Optional[Numero], casas: int) -> bytes:
+    return b"" if numero is None else decimal(argumento, numero, casas)
+
+
+def inteiro(argumento: str, valor: int, minimo: int = -2**31, maximo: int = 2**31 - 1) -> int:
     """An int of C; ctypes would keep the low bits of a larger one."""
-    if isinstance(valor, bool) or not isinstance(valor, int):
-        raise TypeError(f"{argumento}: esperado int, recebido {type(valor).__name__}")
-    if not -2**31 <= valor < 2**31:
-        raise EntradaRecusada(f"{argumento}: {valor} não cabe em 32 bits")
+    exigir(argumento, valor, int)
+    if not minimo <= valor <= maximo:
+        raise EntradaRecusada(f"{argumento}: {valor} não está entre {minimo} e {maximo}")
     return valor
+
+
+def escolha(argumento: str, valor: Enum, enumeracao: type) -> bytes:
+    exigir(argumento, valor, enumeracao)
+    return str(valor.value).encode()
 
 
 def caminho(argumento: str, nome: Caminho) -> bytes:
     """A file name is bytes of the file system, not ISO-8859-1."""
+    exigir(argumento, nome, str, os.PathLike)
     escrito = os.fsencode(nome)
     if b"\0" in escrito:
         raise EntradaRecusada(f"{argumento}: nome de arquivo com U+0000")
+    if len(escrito) > 300:
+        raise EntradaRecusada(f"{argumento}: nome de arquivo com mais de 300 bytes")
     return escrito
 
 
@@ -151,12 +177,21 @@ class Ajuste:
     def acrescimo_percentual(percentual: Numero) -> Ajuste:
         return Ajuste("A%", percentual)
 
-    def converter_tipo(self, argumento: str, sentido: str) -> bytes:
-        """`sentido` is "D" or "A" where the function takes one of them alone, otherwise empty."""
-        if sentido and self.tipo[:1] != sentido:
-            qual = "um desconto" if sentido == "D" else "um acréscimo"
-            raise EntradaRecusada(f"{argumento}: não é {qual}")
-        return self.tipo.encode()
 
-    def converter_valor(self, argumento: str) -> bytes:
-        return decimal(argumento, self.valor, 4)
+def aliquota(argumento: str, valor: Aliquota) -> bytes:
+    exigir(argumento, valor, Aliquota)
+    return valor.converter(argumento)
+
+
+def tipo_de_ajuste(argumento: str, ajuste: Ajuste, sentido: str) -> bytes:
+    """`sentido` is "D" or "A" where the function takes one of them alone, otherwise empty."""
+    exigir(argumento, ajuste, Ajuste)
+    if sentido and ajuste.tipo[:1] != sentido:
+        qual = "um desconto" if sentido == "D" else "um acréscimo"
+        raise EntradaRecusada(f"{argumento}: não é {qual}")
+    return ajuste.tipo.encode()
+
+
+def valor_de_ajuste(argumento: str, ajuste: Ajuste) -> bytes:
+    """An amount is in cents."""
+    return decimal(argumento, ajuste.valor, 2 if ajuste.tipo[1:] == "$" else 4) if ajuste.tipo else b""

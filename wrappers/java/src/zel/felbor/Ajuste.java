@@ -40,7 +40,11 @@ public final class Ajuste {
         return Valores.ascii(tipo);
     }
 
+    /** An amount is in cents. */
     byte[] valor(String argumento) {
-        return Valores.decimal(argumento, valor, 4);
+        if (tipo.isEmpty()) {
+            return Valores.VAZIO;
+        }
+        return Valores.decimal(argumento, valor, tipo.endsWith("$") ? 2 : 4);
     }
 }

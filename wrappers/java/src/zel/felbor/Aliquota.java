@@ -18,11 +18,11 @@ public final class Aliquota {
     }
 
     public static Aliquota mercadoria(BigDecimal percentual) {
-        return new Aliquota("T", percentual);
+        return new Aliquota("T", Valores.exigir("percentual", percentual));
     }
 
     public static Aliquota servico(BigDecimal percentual) {
-        return new Aliquota("S", percentual);
+        return new Aliquota("S", Valores.exigir("percentual", percentual));
     }
 
     /** "T1800", "S0500", "I". */

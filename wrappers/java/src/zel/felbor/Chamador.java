@@ -18,6 +18,8 @@ abstract class Chamador {
     /** The environment of the process, which Java itself cannot change. */
     interface LibC extends Library {
         int setenv(byte[] nome, byte[] valor, int substituir);
+
+        int memfd_create(byte[] nome, int modo);
     }
 
     interface Chamada {
@@ -31,21 +33,25 @@ abstract class Chamador {
     private static final Object TRAVA = new Object();
     private static Nativa nativa;
     private static String doProcesso;
+    private static int motivos = -1; // the descriptor to which the library writes its reasons
 
     private final String diretorio;
     private final boolean transliterar;
+    private final boolean cortar;
 
-    Chamador(String diretorio, boolean transliterar, String biblioteca) {
-        File pasta = new File(diretorio);
+    Chamador(String diretorio, Opcoes opcoes) {
+        File pasta = new File(Valores.exigir("diretorio", diretorio));
         if (!pasta.isAbsolute()) {
             throw new EntradaRecusada("o diretório não é um caminho absoluto: " + diretorio);
         }
         if (!pasta.isDirectory()) {
-            throw new EntradaRecusada("o diretório não existe: " + diretorio);
+            throw new EntradaRecusada("o diretório não existe: " + diretorio
+                + "; crie-o (mkdir), com permissão de escrita para quem roda o caixa");
         }
         this.diretorio = pasta.getPath();
-        this.transliterar = transliterar;
-        carregar(this.diretorio, biblioteca);
+        this.transliterar = opcoes.transliterar;
+        this.cortar = opcoes.cortar;
+        carregar(this.diretorio, opcoes.biblioteca);
     }
 
     /** The library reads ZEL_DIRETORIO once, so that the first directory is the process's. */
@@ -55,7 +61,13 @@ abstract class Chamador {
                 LibC libc = Native.load("c", LibC.class);
                 libc.setenv(Valores.ascii("ZEL_DIRETORIO"),
                     Valores.caminho("diretorio", diretorio), 1);
-                nativa = Native.load(biblioteca, Nativa.class);
+                ouvirMotivos(libc);
+                try {
+                    nativa = Native.load(biblioteca, Nativa.class);
+                } catch (UnsatisfiedLinkError e) {
+                    throw new BibliotecaAusente("a biblioteca não pôde ser carregada: "
+                        + e.getMessage() + ". " + Tabelas.AUSENTE);
+                }
                 doProcesso = diretorio;
             }
             if (!doProcesso.equals(diretorio)) {
@@ -64,35 +76,105 @@ abstract class Chamador {
         }
     }
 
+    /** An anonymous file in memory, to which the library writes what it refused last. */
+    private static void ouvirMotivos(LibC libc) {
+        final int fechaNoExec = 1; // MFD_CLOEXEC
+        try {
+            if (motivos < 0) {
+                motivos = libc.memfd_create(Valores.ascii(Tabelas.DESCRITOR), fechaNoExec);
+            }
+            libc.setenv(Valores.ascii("ZEL_LOG_DESCRITOR"),
+                Valores.ascii(Integer.toString(motivos)), 1);
+        } catch (UnsatisfiedLinkError e) {
+            motivos = -1; // a system without it: refusals come without a reason
+        }
+    }
+
+    /**
+     * The reason that the call just made was refused for; empty when the descriptor is no longer that
+     * file, or holds what another process wrote.
+     */
+    private static String motivo(String funcao, int numero) {
+        Path arquivo = Path.of("/proc/self/fd/" + motivos);
+        String nome = "/memfd:" + Tabelas.DESCRITOR + " (deleted)";
+        try {
+            if (!Files.readSymbolicLink(arquivo).toString().equals(nome)) {
+                return "";
+            }
+            String linha = new String(Files.readAllBytes(arquivo), StandardCharsets.UTF_8);
+            String inicio = "[" + ProcessHandle.current().pid() + "] " + funcao + ": " + numero + ' ';
+            if (!linha.startsWith(inicio) || linha.indexOf(": ", inicio.length()) < 0) {
+                return "";
+            }
+            return linha.substring(linha.indexOf(": ", inicio.length()) + 2).split("\n")[0];
+        } catch (IOException e) {
+            return "";
+        }
+    }
+
+    /** For the tests: the number, which a program may close. */
+    static int descritorDosMotivos() {
+        return motivos;
+    }
+
     /** A file of the data directory: "documentosEnvio.xml". */
     public String arquivo(String nome) {
         return diretorio + '/' + nome;
+    }
+
+    boolean corta() {
+        return cortar;
     }
 
     byte[] texto(String argumento, String valor) {
         return Valores.texto(argumento, valor, transliterar);
     }
 
+    /** An empty text stands for none. */
+    byte[] texto(String argumento, String valor, int minimo, int maximo) {
+        byte[] escrito = texto(argumento, valor);
+        if (escrito.length > 1 && !cortar) {
+            Valores.conferirTamanho(argumento, escrito.length - 1, minimo, maximo);
+        }
+        return escrito;
+    }
+
+    byte[] obrigatorio(String argumento, String valor, int minimo, int maximo) {
+        byte[] escrito = texto(argumento, valor, minimo, maximo);
+        if (escrito.length == 1 && !cortar) {
+            Valores.conferirTamanho(argumento, 0, minimo, maximo);
+        }
+        return escrito;
+    }
+
+    /** A CPF or a CNPJ, or none. */
+    byte[] documento(String argumento, String valor) {
+        byte[] escrito = texto(argumento, valor);
+        return cortar || escrito.length == 1 ? escrito : Identificacao.documento(argumento, valor);
+    }
+
+    byte[] identificacao(String funcao, Consumidor consumidor) {
+        return Identificacao.de(funcao, consumidor, cortar);
+    }
+
     Codigo chamar(String funcao, Chamada chamada) {
-        int resposta;
         synchronized (TRAVA) {
-            resposta = chamada.em(nativa);
+            int resposta = chamada.em(nativa);
+            if (resposta <= 0) {
+                throw new Recusa(funcao, resposta, "", motivo(funcao, resposta));
+            }
+            return Codigo.de(resposta);
         }
-        if (resposta <= 0) {
-            throw new Recusa(funcao, resposta, "");
-        }
-        return Codigo.de(resposta);
     }
 
     Estado estado(String funcao, Chamada chamada) {
-        int resposta;
         synchronized (TRAVA) {
-            resposta = chamada.em(nativa);
+            int resposta = chamada.em(nativa);
+            if (resposta < 0) {
+                throw new Recusa(funcao, resposta, "", motivo(funcao, resposta));
+            }
+            return Estado.values()[resposta];
         }
-        if (resposta < 0) {
-            throw new Recusa(funcao, resposta, "");
-        }
-        return Estado.values()[resposta];
     }
 
     String ler(String funcao, long tamanho, Leitura leitura) {
@@ -111,13 +193,15 @@ abstract class Chamador {
             saida.clear();
             saida.write(0, entrada, 0, entrada.length);
             int resposta;
+            String porque;
             synchronized (TRAVA) {
                 resposta = leitura.em(nativa, saida);
+                porque = resposta <= 0 ? motivo(funcao, resposta) : "";
             }
             byte[] bytes = saida.getByteArray(0, (int) saida.indexOf(0, (byte) 0));
             String lido = new String(bytes, conjunto);
             if (resposta <= 0) {
-                throw new Recusa(funcao, resposta, lido);
+                throw new Recusa(funcao, resposta, lido, porque);
             }
             return lido;
         }
@@ -131,22 +215,37 @@ abstract class Chamador {
         return new File(arquivo("ArqPersist.bin")).length();
     }
 
+    /** A document and its return in ISO-8859-1; without one, "OFFLINE", it is null. */
+    static final class ParaImprimir {
+        final String documento;
+        final String retorno;
+
+        /** Once the receipt may be printed. */
+        ParaImprimir(String documento, String retorno, boolean cancelamento, boolean semAutorizacao) {
+            this.documento = lerArquivo(documento);
+            this.retorno = retorno.equals("OFFLINE") ? null : lerArquivo(retorno);
+            if (!semAutorizacao) {
+                Autorizacao.conferir(this.documento, this.retorno, cancelamento);
+            }
+        }
+    }
+
     /**
      * Bytes that the receipt text of a document takes at most. A scrambled file cannot be counted:
      * its items are at least 256 bytes and its payments 40, as the library writes them.
      */
-    long tamanhoDoCupom(String documento, String retorno, String url) {
-        byte[] xml = lerArquivo(documento);
-        long doRetorno = retorno.equals("OFFLINE") ? 0 : lerArquivo(retorno).length;
-        long itens = xml.length / 256 + 1;
-        long pagamentos = xml.length / 40 + 1;
+    long tamanhoDoCupom(ParaImprimir lidos, String url) {
+        String xml = lidos.documento;
+        long doRetorno = lidos.retorno == null ? 0 : lidos.retorno.length();
+        long itens = xml.length() / 256 + 1;
+        long pagamentos = xml.length() / 40 + 1;
         long maior = 1024;
-        long mensagem = xml.length;
-        if (xml.length > 0 && xml[0] == '<') {
+        long mensagem = xml.length();
+        if (xml.startsWith("<")) {
             itens = 0;
             pagamentos = 0;
             maior = 0;
-            for (String parte : new String(xml, StandardCharsets.ISO_8859_1).split("<")) {
+            for (String parte : xml.split("<")) {
                 itens += parte.startsWith("det") ? 1 : 0;
                 pagamentos += parte.startsWith("pag") ? 1 : 0;
                 maior = Math.max(maior, parte.length());
@@ -158,9 +257,9 @@ abstract class Chamador {
         return Math.max(Tabelas.TAMANHO_CUPOM, 2 * via);
     }
 
-    private static byte[] lerArquivo(String nome) {
+    private static String lerArquivo(String nome) {
         try {
-            return Files.readAllBytes(Path.of(nome));
+            return new String(Files.readAllBytes(Path.of(nome)), StandardCharsets.ISO_8859_1);
         } catch (IOException e) {
             throw new EntradaRecusada(nome + ": não pôde ser lido");
         }

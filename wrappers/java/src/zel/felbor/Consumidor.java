@@ -4,6 +4,9 @@ package zel.felbor;
 
 public final class Consumidor {
     String documento = "";
+    String cpf = "";
+    String cnpj = "";
+    String estrangeiro = "";
     String nome = "";
     String logradouro = "";
     String numero = "";
@@ -14,9 +17,27 @@ public final class Consumidor {
     String cep = "";
     String email = "";
 
-    /** CPF, CNPJ ou identificação de estrangeiro */
+    /** CPF ou CNPJ, com os dígitos verificadores */
     public Consumidor documento(String valor) {
         documento = valor;
+        return this;
+    }
+
+    /** CPF, em lugar de documento */
+    public Consumidor cpf(String valor) {
+        cpf = valor;
+        return this;
+    }
+
+    /** CNPJ, em lugar de documento */
+    public Consumidor cnpj(String valor) {
+        cnpj = valor;
+        return this;
+    }
+
+    /** documento de estrangeiro, só dígitos; só ao abrir */
+    public Consumidor estrangeiro(String valor) {
+        estrangeiro = valor;
         return this;
     }
 
@@ -68,7 +89,7 @@ public final class Consumidor {
         return this;
     }
 
-    /** e-mail; só identificarConsumidor o usa */
+    /** e-mail; só identificarConsumidor o grava */
     public Consumidor email(String valor) {
         email = valor;
         return this;

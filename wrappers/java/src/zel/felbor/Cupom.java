@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 package zel.felbor;
 
+import java.nio.charset.StandardCharsets;
 import java.util.List;
 
 /**
@@ -9,21 +10,47 @@ import java.util.List;
  * function does, and in which state, is in ZEL_FelborFramework.h.
  */
 public final class Cupom extends Operacoes {
-    private static final String BIBLIOTECA = "libZEL_FelborFramework.so.1";
-
     /** {@code diretorio} is absolute and exists; the library keeps its files there. */
     public Cupom(String diretorio) {
-        this(diretorio, false, BIBLIOTECA);
+        this(diretorio, new Opcoes());
+    }
+
+    public Cupom(String diretorio, Opcoes opcoes) {
+        super(diretorio, opcoes);
     }
 
     /** {@code transliterar}: typographic quotes, dashes, ellipses and blanks become plain ones. */
     public Cupom(String diretorio, boolean transliterar) {
-        this(diretorio, transliterar, BIBLIOTECA);
+        this(diretorio, transliterar ? new Opcoes().transliterar() : new Opcoes());
     }
 
     /** {@code biblioteca}: the shared object, which the first one of a process loads. */
     public Cupom(String diretorio, boolean transliterar, String biblioteca) {
-        super(diretorio, transliterar, biblioteca);
+        this(diretorio, (transliterar ? new Opcoes().transliterar() : new Opcoes())
+            .biblioteca(biblioteca));
+    }
+
+    /** regAlterarValor_ZEL; a value that the key does not keep whole is taken back and refused. */
+    @Override
+    public void alterarValor(String chave, String valor) {
+        if (corta()) {
+            super.alterarValor(chave, valor);
+            return;
+        }
+        String antes = "";
+        try {
+            antes = retornarValor(chave);
+        } catch (Recusa e) {
+            antes = ""; // no such key, which the other function says
+        }
+        super.alterarValor(chave, valor);
+        String guardado = retornarValor(chave);
+        byte[] dado = texto("valor", valor);
+        if (!guardado.equals(new String(dado, 0, dado.length - 1, StandardCharsets.ISO_8859_1))) {
+            super.alterarValor(chave, antes);
+            throw new EntradaRecusada("valor: " + (dado.length - 1) + " caracteres, de que " + chave
+                + " guarda " + guardado.length() + "; nada mudou");
+        }
     }
 
     /**
@@ -45,31 +72,39 @@ public final class Cupom extends Operacoes {
             (n, saida) -> n.aCFContingenciaUltimaNota_ZEL(4, saida));
     }
 
-    /** The receipt text of a sale without a return, 48 columns wide. */
-    public String imprimir(String arquivoXml) {
-        return imprimir(arquivoXml, "OFFLINE", 48, "");
+    /** The receipt text of a sale, 48 columns wide. */
+    public String imprimir(String arquivoXml, String retorno) {
+        return imprimir(arquivoXml, retorno, 48, "", false);
     }
 
     /**
      * The receipt text of a sale with its printer mark-up.
      *
-     * @param retorno the file of the tax authority's answer, or "OFFLINE"
+     * @param retorno the file of the tax authority's answer, which has to authorize the sale, or
+     *     "OFFLINE" for a document of contingency or without fiscal value
      * @param colunas 42 or 48
      * @param urlQrcode the content of the QR code, empty to have it built
+     * @param semAutorizacao lays any other document out, too, for a trial
      */
-    public String imprimir(String arquivoXml, String retorno, int colunas, String urlQrcode) {
-        return formatar(arquivoXml, retorno, urlQrcode, colunas, 1);
+    public String imprimir(String arquivoXml, String retorno, int colunas, String urlQrcode,
+            boolean semAutorizacao) {
+        return formatar(arquivoXml, retorno, urlQrcode, colunas, 1, semAutorizacao);
     }
 
-    /** The same of a cancellation request. */
-    public String imprimirCancelamento(String arquivoXml, String retorno, int colunas) {
-        return formatar(arquivoXml, retorno, "", colunas, 5);
+    /** The same of a cancellation request, which the answer has to have registered. */
+    public String imprimirCancelamento(String arquivoXml, String retorno, int colunas,
+            boolean semAutorizacao) {
+        return formatar(arquivoXml, retorno, "", colunas, 5, semAutorizacao);
     }
 
-    private String formatar(String xml, String retorno, String url, int colunas, int tipo) {
-        return ler("GerarArquivoFormatadoNF_ZEL", tamanhoDoCupom(xml, retorno, url),
-            (n, saida) -> n.GerarArquivoFormatadoNF_ZEL(Valores.caminho("arquivoXml", xml),
-                Valores.caminho("arquivoRetorno", retorno), texto("urlQrcode", url), colunas, tipo,
+    private String formatar(String xml, String retorno, String url, int colunas, int tipo,
+            boolean semAutorizacao) {
+        byte[] documento = Valores.caminho("arquivoXml", xml);
+        byte[] resposta = Valores.caminho("arquivoRetorno", retorno);
+        byte[] qrcode = texto("urlQrcode", url);
+        ParaImprimir lidos = new ParaImprimir(xml, retorno, tipo == 5, semAutorizacao);
+        return ler("GerarArquivoFormatadoNF_ZEL", tamanhoDoCupom(lidos, url),
+            (n, saida) -> n.GerarArquivoFormatadoNF_ZEL(documento, resposta, qrcode, colunas, tipo,
                 Valores.VAZIO, saida));
     }
 }

@@ -7,8 +7,8 @@ import java.util.List;
 
 /** One operation for each function. */
 public abstract class Operacoes extends Chamador {
-    Operacoes(String diretorio, boolean transliterar, String biblioteca) {
-        super(diretorio, transliterar, biblioteca);
+    Operacoes(String diretorio, Opcoes opcoes) {
+        super(diretorio, opcoes);
     }
 
     /**
@@ -24,12 +24,14 @@ public abstract class Operacoes extends Chamador {
      */
     public void abrir(Consumidor consumidor) {
         chamar("aCFAbrir_ZEL",
-                n -> n.aCFAbrir_ZEL(texto("documento", consumidor.documento),
-                texto("nome", consumidor.nome), texto("logradouro", consumidor.logradouro),
-                texto("numero", consumidor.numero), texto("bairro", consumidor.bairro),
-                texto("codigoMunicipio", consumidor.codigoMunicipio),
-                texto("municipio", consumidor.municipio), texto("uf", consumidor.uf),
-                texto("cep", consumidor.cep)));
+                n -> n.aCFAbrir_ZEL(identificacao("aCFAbrir_ZEL", consumidor),
+                texto("nome", consumidor.nome, 2, 60),
+                texto("logradouro", consumidor.logradouro, 2, 60),
+                texto("numero", consumidor.numero, 1, 60),
+                texto("bairro", consumidor.bairro, 1, 60),
+                texto("codigoMunicipio", consumidor.codigoMunicipio, 7, 7),
+                texto("municipio", consumidor.municipio, 2, 60), texto("uf", consumidor.uf, 2, 2),
+                texto("cep", consumidor.cep, 8, 8)));
     }
 
     /** aCFAbrir_ZEL sem o que é opcional. */
@@ -46,13 +48,16 @@ public abstract class Operacoes extends Chamador {
      */
     public void abrirNumSerie(int numeroCupom, int serie, Consumidor consumidor) {
         chamar("aCFAbrirNumSerie_ZEL",
-                n -> n.aCFAbrirNumSerie_ZEL(numeroCupom, serie,
-                texto("documento", consumidor.documento), texto("nome", consumidor.nome),
-                texto("logradouro", consumidor.logradouro), texto("numero", consumidor.numero),
-                texto("bairro", consumidor.bairro),
-                texto("codigoMunicipio", consumidor.codigoMunicipio),
-                texto("municipio", consumidor.municipio), texto("uf", consumidor.uf),
-                texto("cep", consumidor.cep)));
+                n -> n.aCFAbrirNumSerie_ZEL(Valores.inteiro("numeroCupom", numeroCupom, 0,
+                999999999), Valores.inteiro("serie", serie, 0, 999),
+                identificacao("aCFAbrirNumSerie_ZEL", consumidor),
+                texto("nome", consumidor.nome, 2, 60),
+                texto("logradouro", consumidor.logradouro, 2, 60),
+                texto("numero", consumidor.numero, 1, 60),
+                texto("bairro", consumidor.bairro, 1, 60),
+                texto("codigoMunicipio", consumidor.codigoMunicipio, 7, 7),
+                texto("municipio", consumidor.municipio, 2, 60), texto("uf", consumidor.uf, 2, 2),
+                texto("cep", consumidor.cep, 8, 8)));
     }
 
     /** aCFAbrirNumSerie_ZEL sem o que é opcional. */
@@ -66,17 +71,19 @@ public abstract class Operacoes extends Chamador {
      */
     public void identificarConsumidor(Consumidor consumidor) {
         chamar("aCFIdentificarConsumidor_ZEL",
-                n -> n.aCFIdentificarConsumidor_ZEL(texto("documento", consumidor.documento),
-                texto("nome", consumidor.nome), texto("logradouro", consumidor.logradouro),
-                texto("numero", consumidor.numero), texto("bairro", consumidor.bairro),
-                texto("codigoMunicipio", consumidor.codigoMunicipio),
-                texto("municipio", consumidor.municipio), texto("uf", consumidor.uf),
-                texto("cep", consumidor.cep), texto("email", consumidor.email)));
+                n -> n.aCFIdentificarConsumidor_ZEL(identificacao("aCFIdentificarConsumidor_ZEL",
+                consumidor), texto("nome", consumidor.nome, 2, 60),
+                texto("logradouro", consumidor.logradouro, 2, 60),
+                texto("numero", consumidor.numero, 1, 60),
+                texto("bairro", consumidor.bairro, 1, 60),
+                texto("codigoMunicipio", consumidor.codigoMunicipio, 7, 7),
+                texto("municipio", consumidor.municipio, 2, 60), texto("uf", consumidor.uf, 2, 2),
+                texto("cep", consumidor.cep, 8, 8), texto("email", consumidor.email, 1, 59)));
     }
 
     /**
      * Grava a transportadora de uma entrega. aCFIdentificarTransportadora_ZEL.
-     * @param documento CPF ou CNPJ, só dígitos
+     * @param documento CPF ou CNPJ, com os dígitos verificadores
      * @param nome nome, 2 a 60
      * @param inscricaoEstadual inscrição estadual, 2 caracteres
      * @param endereco endereço, 1 a 60
@@ -86,9 +93,10 @@ public abstract class Operacoes extends Chamador {
     public void identificarTransportadora(String documento, String nome, String inscricaoEstadual,
             String endereco, String municipio, String uf) {
         chamar("aCFIdentificarTransportadora_ZEL",
-                n -> n.aCFIdentificarTransportadora_ZEL(texto("documento", documento),
-                texto("nome", nome), texto("inscricaoEstadual", inscricaoEstadual),
-                texto("endereco", endereco), texto("municipio", municipio), texto("uf", uf)));
+                n -> n.aCFIdentificarTransportadora_ZEL(documento("documento", documento),
+                texto("nome", nome, 2, 60), texto("inscricaoEstadual", inscricaoEstadual, 2, 2),
+                texto("endereco", endereco, 1, 60), texto("municipio", municipio, 1, 60),
+                texto("uf", uf, 2, 2)));
     }
 
     /** aCFIdentificarTransportadora_ZEL sem o que é opcional. */
@@ -109,11 +117,12 @@ public abstract class Operacoes extends Chamador {
     public void vender(Aliquota aliquota, BigDecimal quantidade, BigDecimal valorUnitario,
             String codigo, String unidade, String descricao, Ajuste ajuste) {
         chamar("aCFVender_ZEL",
-                n -> n.aCFVender_ZEL(aliquota.converter("aliquota"),
+                n -> n.aCFVender_ZEL(Valores.exigir("aliquota", aliquota).converter("aliquota"),
                 Valores.decimal("quantidade", quantidade, 4),
-                Valores.decimal("valorUnitario", valorUnitario, 10), ajuste.tipo("tipoAjuste", ""),
-                ajuste.valor("valorAjuste"), texto("codigo", codigo), texto("unidade", unidade),
-                texto("descricao", descricao)));
+                Valores.decimal("valorUnitario", valorUnitario, 10),
+                Valores.exigir("tipoAjuste", ajuste).tipo("tipoAjuste", ""),
+                ajuste.valor("valorAjuste"), texto("codigo", codigo, 1, 60),
+                texto("unidade", unidade, 1, 6), texto("descricao", descricao, 1, 120)));
     }
 
     /** aCFVender_ZEL sem o que é opcional. */
@@ -138,11 +147,13 @@ public abstract class Operacoes extends Chamador {
             String codigo, String unidade, String descricao, Ajuste ajuste, String ncm,
             String cfop) {
         chamar("aCFVenderCompleto_ZEL",
-                n -> n.aCFVenderCompleto_ZEL(aliquota.converter("aliquota"),
-                Valores.decimal("quantidade", quantidade, 4),
-                Valores.decimal("valorUnitario", valorUnitario, 10), ajuste.tipo("tipoAjuste", ""),
-                ajuste.valor("valorAjuste"), texto("codigo", codigo), texto("ncm", ncm),
-                texto("cfop", cfop), texto("unidade", unidade), texto("descricao", descricao),
+                n -> n.aCFVenderCompleto_ZEL(Valores.exigir("aliquota",
+                aliquota).converter("aliquota"), Valores.decimal("quantidade", quantidade, 4),
+                Valores.decimal("valorUnitario", valorUnitario, 10),
+                Valores.exigir("tipoAjuste", ajuste).tipo("tipoAjuste", ""),
+                ajuste.valor("valorAjuste"), texto("codigo", codigo, 1, 60),
+                texto("ncm", ncm, 2, 8), texto("cfop", cfop, 4, 4),
+                texto("unidade", unidade, 1, 6), texto("descricao", descricao, 1, 120),
                 Valores.VAZIO));
     }
 
@@ -168,8 +179,8 @@ public abstract class Operacoes extends Chamador {
      */
     public void lancarDescontoItem(int item, Ajuste ajuste) {
         chamar("aCFLancarDescontoItem_ZEL",
-                n -> n.aCFLancarDescontoItem_ZEL(item, ajuste.tipo("tipo", "D"),
-                ajuste.valor("valor")));
+                n -> n.aCFLancarDescontoItem_ZEL(Valores.inteiro("item", item),
+                Valores.exigir("tipo", ajuste).tipo("tipo", "D"), ajuste.valor("valor")));
     }
 
     /**
@@ -179,8 +190,8 @@ public abstract class Operacoes extends Chamador {
      */
     public void lancarAcrescimoItem(int item, Ajuste ajuste) {
         chamar("aCFLancarAcrescimoItem_ZEL",
-                n -> n.aCFLancarAcrescimoItem_ZEL(item, ajuste.tipo("tipo", "A"),
-                ajuste.valor("valor")));
+                n -> n.aCFLancarAcrescimoItem_ZEL(Valores.inteiro("item", item),
+                Valores.exigir("tipo", ajuste).tipo("tipo", "A"), ajuste.valor("valor")));
     }
 
     /**
@@ -188,7 +199,7 @@ public abstract class Operacoes extends Chamador {
      * @param item número do item, de 1 a 999
      */
     public void cancelarItem(int item) {
-        chamar("aCFCancelarItem_ZEL", n -> n.aCFCancelarItem_ZEL(item));
+        chamar("aCFCancelarItem_ZEL", n -> n.aCFCancelarItem_ZEL(Valores.inteiro("item", item)));
     }
 
     /**
@@ -198,7 +209,7 @@ public abstract class Operacoes extends Chamador {
      */
     public void cancelarItemParcial(int item, BigDecimal quantidade) {
         chamar("aCFCancelarItemParcial_ZEL",
-                n -> n.aCFCancelarItemParcial_ZEL(item,
+                n -> n.aCFCancelarItemParcial_ZEL(Valores.inteiro("item", item),
                 Valores.decimal("quantidade", quantidade, 4)));
     }
 
@@ -207,7 +218,8 @@ public abstract class Operacoes extends Chamador {
      * @param item número do item, de 1 a 999; 0 é o último
      */
     public void cancelarDescontoItem(int item) {
-        chamar("aCFCancelarDescontoItem_ZEL", n -> n.aCFCancelarDescontoItem_ZEL(item));
+        chamar("aCFCancelarDescontoItem_ZEL",
+                n -> n.aCFCancelarDescontoItem_ZEL(Valores.inteiro("item", item)));
     }
 
     /**
@@ -215,7 +227,8 @@ public abstract class Operacoes extends Chamador {
      * @param item número do item, de 1 a 999; 0 é o último
      */
     public void cancelarAcrescimoItem(int item) {
-        chamar("aCFCancelarAcrescimoItem_ZEL", n -> n.aCFCancelarAcrescimoItem_ZEL(item));
+        chamar("aCFCancelarAcrescimoItem_ZEL",
+                n -> n.aCFCancelarAcrescimoItem_ZEL(Valores.inteiro("item", item)));
     }
 
     /**
@@ -224,7 +237,8 @@ public abstract class Operacoes extends Chamador {
      */
     public void totalizar(Ajuste ajuste) {
         chamar("aCFTotalizar_ZEL",
-                n -> n.aCFTotalizar_ZEL(ajuste.tipo("tipo", ""), ajuste.valor("valor")));
+                n -> n.aCFTotalizar_ZEL(Valores.exigir("tipo", ajuste).tipo("tipo", ""),
+                ajuste.valor("valor")));
     }
 
     /** aCFTotalizar_ZEL sem o que é opcional. */
@@ -239,8 +253,8 @@ public abstract class Operacoes extends Chamador {
      */
     public void efetuarPagamento(FormaPagamento forma, BigDecimal valor) {
         chamar("aCFEfetuarPagamento_ZEL",
-                n -> n.aCFEfetuarPagamento_ZEL(Valores.ascii(forma.valor),
-                Valores.decimal("valor", valor, 2)));
+                n -> n.aCFEfetuarPagamento_ZEL(Valores.ascii(Valores.exigir("forma", forma).valor),
+                Valores.decimalOpcional("valor", valor, 2)));
     }
 
     /** aCFEfetuarPagamento_ZEL sem o que é opcional. */
@@ -257,8 +271,9 @@ public abstract class Operacoes extends Chamador {
     public void estornarPagamento(FormaPagamento formaAtual, FormaPagamento formaNova,
             BigDecimal valor) {
         chamar("aCFEstornarPagamento_ZEL",
-                n -> n.aCFEstornarPagamento_ZEL(Valores.ascii(formaAtual.valor),
-                Valores.ascii(formaNova.valor), Valores.decimal("valor", valor, 2)));
+                n -> n.aCFEstornarPagamento_ZEL(Valores.ascii(Valores.exigir("formaAtual",
+                formaAtual).valor), Valores.ascii(Valores.exigir("formaNova", formaNova).valor),
+                Valores.decimal("valor", valor, 2)));
     }
 
     /**
@@ -275,7 +290,8 @@ public abstract class Operacoes extends Chamador {
      * @param informacoes mensagem ao consumidor, até 5000
      */
     public void encerrar(String informacoes) {
-        chamar("tCFEncerrar_ZEL", n -> n.tCFEncerrar_ZEL(texto("informacoes", informacoes)));
+        chamar("tCFEncerrar_ZEL",
+                n -> n.tCFEncerrar_ZEL(texto("informacoes", informacoes, 0, 5000)));
     }
 
     /** tCFEncerrar_ZEL sem o que é opcional. */
@@ -290,8 +306,8 @@ public abstract class Operacoes extends Chamador {
      */
     public void encerrarConfigMsg(String informacoes, String informacoesFisco) {
         chamar("tCFEncerrarConfigMsg_ZEL",
-                n -> n.tCFEncerrarConfigMsg_ZEL(texto("informacoes", informacoes),
-                texto("informacoesFisco", informacoesFisco)));
+                n -> n.tCFEncerrarConfigMsg_ZEL(obrigatorio("informacoes", informacoes, 1, 5000),
+                obrigatorio("informacoesFisco", informacoesFisco, 1, 2000)));
     }
 
     /**
@@ -306,9 +322,9 @@ public abstract class Operacoes extends Chamador {
     public Codigo cancelar(String numero, String serie, String chave, String protocolo,
             String justificativa) {
         return chamar("tCFCancelar_ZEL",
-                n -> n.tCFCancelar_ZEL(texto("numero", numero), texto("serie", serie),
-                texto("chave", chave), texto("protocolo", protocolo),
-                texto("justificativa", justificativa)));
+                n -> n.tCFCancelar_ZEL(texto("numero", numero, 1, 9), texto("serie", serie, 1, 4),
+                texto("chave", chave, 44, 44), texto("protocolo", protocolo, 1, 15),
+                texto("justificativa", justificativa, 1, 99)));
     }
 
     /** tCFCancelar_ZEL sem o que é opcional. */
@@ -328,9 +344,9 @@ public abstract class Operacoes extends Chamador {
     public String cancelarOffline(List<String> diretorios, String numero, String serie,
             String chave, String justificativa) {
         return gravarEm("tCFCancelarOffline_ZEL", diretorios,
-                (n, saida) -> n.tCFCancelarOffline_ZEL(texto("numero", numero),
-                texto("serie", serie), texto("chave", chave),
-                texto("justificativa", justificativa), saida));
+                (n, saida) -> n.tCFCancelarOffline_ZEL(texto("numero", numero, 1, 9),
+                texto("serie", serie, 1, 4), texto("chave", chave, 44, 44),
+                texto("justificativa", justificativa, 1, 99), saida));
     }
 
     /** tCFCancelarOffline_ZEL sem o que é opcional. */
@@ -348,9 +364,9 @@ public abstract class Operacoes extends Chamador {
     public void inutilizar(String numeroInicial, String numeroFinal, String serie,
             String justificativa) {
         chamar("tCFInutilizar_ZEL",
-                n -> n.tCFInutilizar_ZEL(texto("numeroInicial", numeroInicial),
-                texto("numeroFinal", numeroFinal), texto("serie", serie),
-                texto("justificativa", justificativa)));
+                n -> n.tCFInutilizar_ZEL(obrigatorio("numeroInicial", numeroInicial, 1, 9),
+                obrigatorio("numeroFinal", numeroFinal, 1, 9), obrigatorio("serie", serie, 1, 3),
+                obrigatorio("justificativa", justificativa, 1, 60)));
     }
 
     /**
@@ -364,8 +380,9 @@ public abstract class Operacoes extends Chamador {
     public void consultar(TipoConsulta tipo, String inicial, String fim, String serie,
             String chave) {
         chamar("GeraXMLConsulta_ZEL",
-                n -> n.GeraXMLConsulta_ZEL(Valores.ascii(tipo.valor), texto("inicial", inicial),
-                texto("final", fim), texto("serie", serie), texto("chave", chave)));
+                n -> n.GeraXMLConsulta_ZEL(Valores.ascii(Valores.exigir("tipo", tipo).valor),
+                texto("inicial", inicial, 1, 25), texto("final", fim, 1, 25),
+                texto("serie", serie, 1, 4), texto("chave", chave, 44, 44)));
     }
 
     /** GeraXMLConsulta_ZEL sem o que é opcional. */
@@ -382,8 +399,8 @@ public abstract class Operacoes extends Chamador {
      */
     public void confIcms00(String origem, String cst, String modBC, BigDecimal aliquota) {
         chamar("aCFConfICMS00_ZEL",
-                n -> n.aCFConfICMS00_ZEL(texto("origem", origem), texto("cst", cst),
-                texto("modBC", modBC), Valores.decimal("aliquota", aliquota, 2)));
+                n -> n.aCFConfICMS00_ZEL(texto("origem", origem, 1, 1), texto("cst", cst, 2, 2),
+                texto("modBC", modBC, 1, 1), Valores.decimal("aliquota", aliquota, 2)));
     }
 
     /**
@@ -395,8 +412,9 @@ public abstract class Operacoes extends Chamador {
      */
     public void confIcms40(String origem, String cst, BigDecimal valorDesonerado, String motivo) {
         chamar("aCFConfICMS40_ZEL",
-                n -> n.aCFConfICMS40_ZEL(texto("origem", origem), texto("cst", cst),
-                Valores.decimal("valorDesonerado", valorDesonerado, 2), texto("motivo", motivo)));
+                n -> n.aCFConfICMS40_ZEL(texto("origem", origem, 1, 1), texto("cst", cst, 2, 2),
+                Valores.decimalOpcional("valorDesonerado", valorDesonerado, 2),
+                texto("motivo", motivo, 1, 1)));
     }
 
     /** aCFConfICMS40_ZEL sem o que é opcional. */
@@ -414,9 +432,9 @@ public abstract class Operacoes extends Chamador {
     public void confIcms60(String origem, String cst, BigDecimal baseRetida,
             BigDecimal valorRetido) {
         chamar("aCFConfICMS60_ZEL",
-                n -> n.aCFConfICMS60_ZEL(texto("origem", origem), texto("cst", cst),
-                Valores.decimal("baseRetida", baseRetida, 2),
-                Valores.decimal("valorRetido", valorRetido, 2)));
+                n -> n.aCFConfICMS60_ZEL(texto("origem", origem, 1, 1), texto("cst", cst, 2, 2),
+                Valores.decimalOpcional("baseRetida", baseRetida, 2),
+                Valores.decimalOpcional("valorRetido", valorRetido, 2)));
     }
 
     /** aCFConfICMS60_ZEL sem o que é opcional. */
@@ -431,7 +449,7 @@ public abstract class Operacoes extends Chamador {
      */
     public void confPisAliq(String cst, BigDecimal aliquota) {
         chamar("aCFConfPisAliq_ZEL",
-                n -> n.aCFConfPisAliq_ZEL(texto("cst", cst),
+                n -> n.aCFConfPisAliq_ZEL(texto("cst", cst, 2, 2),
                 Valores.decimal("aliquota", aliquota, 4)));
     }
 
@@ -442,7 +460,7 @@ public abstract class Operacoes extends Chamador {
      */
     public void confPisQtde(String cst, BigDecimal valorUnidade) {
         chamar("aCFConfPisQtde_ZEL",
-                n -> n.aCFConfPisQtde_ZEL(texto("cst", cst),
+                n -> n.aCFConfPisQtde_ZEL(texto("cst", cst, 2, 2),
                 Valores.decimal("valorUnidade", valorUnidade, 4)));
     }
 
@@ -451,7 +469,7 @@ public abstract class Operacoes extends Chamador {
      * @param cst código de situação tributária, 2 dígitos
      */
     public void confPisNt(String cst) {
-        chamar("aCFConfPisNT_ZEL", n -> n.aCFConfPisNT_ZEL(texto("cst", cst)));
+        chamar("aCFConfPisNT_ZEL", n -> n.aCFConfPisNT_ZEL(texto("cst", cst, 2, 2)));
     }
 
     /**
@@ -461,7 +479,7 @@ public abstract class Operacoes extends Chamador {
      */
     public void confCofinsAliq(String cst, BigDecimal aliquota) {
         chamar("aCFConfCofinsAliq_ZEL",
-                n -> n.aCFConfCofinsAliq_ZEL(texto("cst", cst),
+                n -> n.aCFConfCofinsAliq_ZEL(texto("cst", cst, 2, 2),
                 Valores.decimal("aliquota", aliquota, 4)));
     }
 
@@ -472,7 +490,7 @@ public abstract class Operacoes extends Chamador {
      */
     public void confCofinsQtde(String cst, BigDecimal valorUnidade) {
         chamar("aCFConfCofinsQtde_ZEL",
-                n -> n.aCFConfCofinsQtde_ZEL(texto("cst", cst),
+                n -> n.aCFConfCofinsQtde_ZEL(texto("cst", cst, 2, 2),
                 Valores.decimal("valorUnidade", valorUnidade, 4)));
     }
 
@@ -481,7 +499,7 @@ public abstract class Operacoes extends Chamador {
      * @param cst código de situação tributária, 2 dígitos
      */
     public void confCofinsNt(String cst) {
-        chamar("aCFConfCofinsNT_ZEL", n -> n.aCFConfCofinsNT_ZEL(texto("cst", cst)));
+        chamar("aCFConfCofinsNT_ZEL", n -> n.aCFConfCofinsNT_ZEL(texto("cst", cst, 2, 2)));
     }
 
     /**
@@ -492,9 +510,9 @@ public abstract class Operacoes extends Chamador {
      */
     public void confPisOutr(String cst, BigDecimal aliquota, BigDecimal valorUnidade) {
         chamar("aCFConfPisOutr_ZEL",
-                n -> n.aCFConfPisOutr_ZEL(texto("cst", cst),
-                Valores.decimal("aliquota", aliquota, 4),
-                Valores.decimal("valorUnidade", valorUnidade, 4)));
+                n -> n.aCFConfPisOutr_ZEL(texto("cst", cst, 2, 2),
+                Valores.decimalOpcional("aliquota", aliquota, 4),
+                Valores.decimalOpcional("valorUnidade", valorUnidade, 4)));
     }
 
     /** aCFConfPisOutr_ZEL sem o que é opcional. */
@@ -510,9 +528,9 @@ public abstract class Operacoes extends Chamador {
      */
     public void confCofinsOutr(String cst, BigDecimal aliquota, BigDecimal valorUnidade) {
         chamar("aCFConfCofinsOutr_ZEL",
-                n -> n.aCFConfCofinsOutr_ZEL(texto("cst", cst),
-                Valores.decimal("aliquota", aliquota, 4),
-                Valores.decimal("valorUnidade", valorUnidade, 4)));
+                n -> n.aCFConfCofinsOutr_ZEL(texto("cst", cst, 2, 2),
+                Valores.decimalOpcional("aliquota", aliquota, 4),
+                Valores.decimalOpcional("valorUnidade", valorUnidade, 4)));
     }
 
     /** aCFConfCofinsOutr_ZEL sem o que é opcional. */
@@ -595,7 +613,7 @@ public abstract class Operacoes extends Chamador {
     public void criptografarArquivo(String origem, String destino, String chave) {
         chamar("eCriptografarArquivo_ZEL",
                 n -> n.eCriptografarArquivo_ZEL(Valores.caminho("origem", origem),
-                Valores.caminho("destino", destino), texto("chave", chave)));
+                Valores.caminho("destino", destino), texto("chave", chave, 0, 1023)));
     }
 
     /**
@@ -607,6 +625,6 @@ public abstract class Operacoes extends Chamador {
     public void descriptografarArquivo(String origem, String destino, String chave) {
         chamar("eDescriptografarArquivo_ZEL",
                 n -> n.eDescriptografarArquivo_ZEL(Valores.caminho("origem", origem),
-                Valores.caminho("destino", destino), texto("chave", chave)));
+                Valores.caminho("destino", destino), texto("chave", chave, 0, 1023)));
     }
 }

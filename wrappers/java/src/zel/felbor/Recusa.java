@@ -13,13 +13,16 @@ public final class Recusa extends ErroZel {
     public final Codigo codigo;
     /** What the function wrote all the same: a receipt whose PDF failed. */
     public final String texto;
+    /** Which field, what was given and what is allowed, or file and system error; may be empty. */
+    public final String motivo;
 
-    Recusa(String funcao, int numero, String texto) {
-        super(mensagem(funcao, numero));
+    Recusa(String funcao, int numero, String texto, String motivo) {
+        super(mensagem(funcao, numero, motivo));
         this.funcao = funcao;
         this.numero = numero;
         this.codigo = Codigo.de(numero);
         this.texto = texto;
+        this.motivo = motivo;
     }
 
     /** "ZEL_CUPOM_EM_ANDAMENTO" */
@@ -35,12 +38,13 @@ public final class Recusa extends ErroZel {
         return codigo == null ? "" : codigo.remedio;
     }
 
-    private static String mensagem(String funcao, int numero) {
+    private static String mensagem(String funcao, int numero, String motivo) {
         Codigo codigo = Codigo.de(numero);
+        String porque = motivo.isEmpty() ? "" : "Motivo: " + motivo + ". ";
         if (codigo == null) {
-            return funcao + ": código desconhecido (" + numero + ")";
+            return (funcao + ": código desconhecido (" + numero + ") " + porque).trim();
         }
         return funcao + ": ZEL_" + codigo.name() + " (" + numero + "): " + codigo.significado + ' '
-            + codigo.remedio;
+            + porque + codigo.remedio;
     }
 }

@@ -8,6 +8,8 @@ final class Tabelas {
     static final int TAMANHO_DIRETORIOS = 966;
     static final int TAMANHO_DOCUMENTO = 4194304;
     static final int TAMANHO_CUPOM = 131072;
+    static final String AUSENTE = "Instale o pacote libzel-felborframework1, ou diga onde ela está: o diretório em LD_LIBRARY_PATH, ou o arquivo no argumento biblioteca.";
+    static final String DESCRITOR = "zel_felbor";
 
     private Tabelas() {}
 

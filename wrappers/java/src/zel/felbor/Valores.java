@@ -4,6 +4,7 @@ package zel.felbor;
 import java.io.ByteArrayOutputStream;
 import java.math.BigDecimal;
 import java.nio.charset.StandardCharsets;
+import java.text.Normalizer;
 import java.util.ArrayList;
 import java.util.List;
 
@@ -13,14 +14,24 @@ final class Valores {
 
     private Valores() {}
 
+    /** Nothing that a function needs is null. */
+    static <T> T exigir(String argumento, T valor) {
+        if (valor == null) {
+            throw new EntradaRecusada(argumento + ": nulo");
+        }
+        return valor;
+    }
+
     /**
-     * ISO-8859-1, strictly. Refused are characters beyond U+00FF, U+0000, and the controls U+0080 to
-     * U+009F, which are nearly always another character set taken for this one.
+     * ISO-8859-1, strictly; letters written in two parts are put together first. Refused are characters
+     * beyond U+00FF, U+0000, and the controls U+0080 to U+009F, which are nearly always another
+     * character set taken for this one.
      */
     static byte[] texto(String argumento, String valor, boolean transliterar) {
-        ByteArrayOutputStream latin1 = new ByteArrayOutputStream(valor.length() + 1);
+        String composto = Normalizer.normalize(exigir(argumento, valor), Normalizer.Form.NFC);
+        ByteArrayOutputStream latin1 = new ByteArrayOutputStream(composto.length() + 1);
         int posicao = 0;
-        for (int c : valor.codePoints().toArray()) {
+        for (int c : composto.codePoints().toArray()) {
             ++posicao;
             String outro = transliterar ? Tabelas.transliterar(c) : null;
             if (outro != null) {
@@ -39,9 +50,35 @@ final class Valores {
         return (valor + '\0').getBytes(StandardCharsets.US_ASCII);
     }
 
-    /** With a point, at least two decimals and {@code casas} at most; null is an empty text. */
+    /** A text that the function would cut, or leave out. */
+    static void conferirTamanho(String argumento, int tamanho, int minimo, int maximo) {
+        if (tamanho < minimo || tamanho > maximo) {
+            String entre = minimo > 0 ? "de " + minimo + " a " + maximo : "até " + maximo;
+            throw new EntradaRecusada(argumento + ": " + tamanho + " caracteres; permitido: "
+                + (minimo == maximo ? "exatamente " + maximo : entre));
+        }
+    }
+
+    static int inteiro(String argumento, int valor) {
+        return valor;
+    }
+
+    static int inteiro(String argumento, int valor, int minimo, int maximo) {
+        if (valor < minimo || valor > maximo) {
+            throw new EntradaRecusada(
+                argumento + ": " + valor + " não está entre " + minimo + " e " + maximo);
+        }
+        return valor;
+    }
+
+    /** With a point, at least two decimals and {@code casas} at most. */
     static byte[] decimal(String argumento, BigDecimal numero, int casas) {
-        return numero == null ? VAZIO : ascii(escrever(argumento, numero, casas));
+        return ascii(escrever(argumento, exigir(argumento, numero), casas));
+    }
+
+    /** Null is an empty text. */
+    static byte[] decimalOpcional(String argumento, BigDecimal numero, int casas) {
+        return numero == null ? VAZIO : decimal(argumento, numero, casas);
     }
 
     static String escrever(String argumento, BigDecimal numero, int casas) {
@@ -61,10 +98,14 @@ final class Valores {
 
     /** A file name is bytes of the file system, not ISO-8859-1. */
     static byte[] caminho(String argumento, String nome) {
-        if (nome.indexOf('\0') >= 0) {
+        if (exigir(argumento, nome).indexOf('\0') >= 0) {
             throw new EntradaRecusada(argumento + ": nome de arquivo com U+0000");
         }
-        return (nome + '\0').getBytes(StandardCharsets.UTF_8);
+        byte[] escrito = (nome + '\0').getBytes(StandardCharsets.UTF_8);
+        if (escrito.length > 301) {
+            throw new EntradaRecusada(argumento + ": nome de arquivo com mais de 300 bytes");
+        }
+        return escrito;
     }
 
     /** Up to three directories of up to 300 bytes with their final "/", separated by "|". */
@@ -72,14 +113,15 @@ final class Valores {
         List<String> nomes = new ArrayList<>();
         for (String nome : lista) {
             String completo = nome.endsWith("/") ? nome : nome + '/';
-            if (caminho(argumento, completo).length > 301 || completo.indexOf('|') >= 0) {
-                throw new EntradaRecusada(argumento + ": diretório com | ou mais de 300 bytes");
+            caminho(argumento, completo);
+            if (completo.indexOf('|') >= 0) {
+                throw new EntradaRecusada(argumento + ": diretório com |");
             }
             nomes.add(completo);
         }
         if (nomes.isEmpty() || nomes.size() > 3) {
             throw new EntradaRecusada(argumento + ": de um a três diretórios");
         }
-        return caminho(argumento, String.join("|", nomes));
+        return (String.join("|", nomes) + '\0').getBytes(StandardCharsets.UTF_8);
     }
 }

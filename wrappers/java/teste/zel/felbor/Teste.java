@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 package zel.felbor;
 
+import com.sun.jna.Library;
+import com.sun.jna.Native;
 import java.io.IOException;
 import java.math.BigDecimal;
+import java.math.BigInteger;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.util.ArrayList;
 import java.util.List;
 import java.util.Locale;
 
@@ -53,6 +57,21 @@ final class Teste {
             }
             return hexa.substring(0, hexa.length() - 2); // the zero byte
         }
+        if (tipo.equals("comprimento")) {
+            String[] limites = escolha.split("-");
+            byte[] bytes = caixa(false).texto("a", entrada, Integer.parseInt(limites[0]),
+                Integer.parseInt(limites[1]));
+            return String.format("%X", new BigInteger(1, bytes).shiftRight(8));
+        }
+        if (tipo.equals("consumidor")) {
+            return consumidor(escolha, entrada);
+        }
+        if (tipo.equals("autorizacao")) {
+            String[] lidos = entrada.split("\\|");
+            Autorizacao.conferir(lidos[0], lidos[1].equals("OFFLINE") ? null : lidos[1],
+                escolha.equals("cancelamento"));
+            return "ok";
+        }
         if (tipo.equals("diretorio")) {
             return new Cupom(entrada, false, biblioteca).toString();
         }
@@ -65,11 +84,33 @@ final class Teste {
         return new String(bytes, 0, bytes.length - 1, StandardCharsets.US_ASCII);
     }
 
-    private static void testarConversoes(String arquivo) throws IOException {
+    private static String consumidor(String escolha, String entrada) {
+        Consumidor c = new Consumidor();
+        for (String par : entrada.split(";")) {
+            String[] campo = par.split("=");
+            switch (campo[0]) {
+                case "documento" -> c.documento(campo[1]);
+                case "cpf" -> c.cpf(campo[1]);
+                case "cnpj" -> c.cnpj(campo[1]);
+                case "estrangeiro" -> c.estrangeiro(campo[1]);
+                case "nome" -> c.nome(campo[1]);
+                case "numero" -> c.numero(campo[1]);
+                default -> c.email(campo[1]);
+            }
+        }
+        String funcao = escolha.equals("identificar") ? "aCFIdentificarConsumidor_ZEL"
+            : "aCFAbrir_ZEL";
+        byte[] bytes = Identificacao.de(funcao, c, escolha.equals("cortar"));
+        return new String(bytes, 0, bytes.length - 1, StandardCharsets.US_ASCII);
+    }
+
+    private static void testarConversoes(String... arquivos) throws IOException {
         caixa(false).inicializar();
         conferir(Files.exists(Path.of(diretorio, "ZEL_Framework.xml")), "files elsewhere");
         int casos = 0;
-        for (String linha : Files.readAllLines(Path.of(arquivo))) {
+        List<String> linhas = new ArrayList<>(Files.readAllLines(Path.of(arquivos[0])));
+        linhas.addAll(Files.readAllLines(Path.of(arquivos[1])));
+        for (String linha : linhas) {
             String[] c = linha.split("\t");
             if (linha.startsWith("#")) {
                 continue;
@@ -82,12 +123,61 @@ final class Teste {
             EntradaRecusada e = erro(EntradaRecusada.class, () -> converter(c[0], c[1], c[2]), linha);
             conferir(e.getMessage().contains(c[3].substring(1)), linha + ": " + e.getMessage());
         }
-        conferir(casos > 30, "the cases were not read");
+        conferir(casos > 70, "the cases were not read");
         for (String numero : new String[] {"1E+999999999", "1E-999999999"}) {
             erro(EntradaRecusada.class, () -> converter("decimal", "2", numero), numero);
         }
         erro(TextoInvalido.class, () -> Valores.texto("a", "P\0o", true), "U+0000");
         erro(TextoInvalido.class, () -> Valores.texto("a", "\uD83E", true), "half a character");
+    }
+
+    /** What the functions would cut, take for something else or fall over. */
+    private static void testarEntradas() {
+        Cupom c = caixa(false);
+        BigDecimal um = BigDecimal.ONE;
+        Object[][] casos = {
+            {"serie: 1000", (Runnable) () -> c.abrirNumSerie(1, 1000)},
+            {"valor: 0.125", (Runnable) () -> c.lancarDescontoItem(1,
+                Ajuste.desconto(new BigDecimal("0.125")))},
+            {"descricao: 121", (Runnable) () -> c.vender(Aliquota.ISENTO, um, um, "1", "UN",
+                "x".repeat(121))},
+            {"documento: os", (Runnable) () -> c.identificarTransportadora("123.456.789-00", "Zé")},
+            {"informacoesFisco: 0", (Runnable) () -> c.encerrarConfigMsg("só uma", "")},
+            {"quantidade: nulo", (Runnable) () -> c.vender(Aliquota.ISENTO, null, um, "1", "UN", "x")},
+            {"aliquota: nulo", (Runnable) () -> c.vender(null, um, um, "1", "UN", "x")},
+            {"descricao: nulo", (Runnable) () -> c.vender(Aliquota.ISENTO, um, um, "1", "UN", null)},
+            {"forma: nulo", (Runnable) () -> c.efetuarPagamento(null)},
+            {"consumidor: nulo", (Runnable) () -> c.abrir(null)},
+            {"destino: nome", (Runnable) () -> c.criptografarArquivo("/a", "/" + "x".repeat(300), "")},
+        };
+        for (Object[] caso : casos) {
+            EntradaRecusada e = erro(EntradaRecusada.class, (Runnable) caso[1], (String) caso[0]);
+            conferir(e.getMessage().startsWith((String) caso[0]), e.getMessage());
+        }
+        c.alterarValor("EMIT\\xNome", "Padaria");
+        EntradaRecusada e = erro(EntradaRecusada.class,
+            () -> c.alterarValor("EMIT\\xNome", "x".repeat(61)), "a value that would be cut");
+        conferir(e.getMessage().contains("61 caracteres, de que EMIT\\xNome guarda 60"), e.getMessage());
+        igual(c.retornarValor("EMIT\\xNome"), "Padaria", "value after a refusal");
+        new Cupom(diretorio, new Opcoes().cortar().biblioteca(biblioteca))
+            .alterarValor("EMIT\\xNome", "x".repeat(61));
+        igual(c.retornarValor("EMIT\\xNome"), "x".repeat(60), "value that was to be cut");
+        Recusa nada = erro(Recusa.class, () -> c.alterarValor("NADA", "1"), "no such key");
+        igual(nada.funcao, "regAlterarValor_ZEL", "function");
+    }
+
+    /** The last one: the number of the descriptor is the program's from here on. */
+    private static void testarMotivo() {
+        Runnable recusar = () -> caixa(false).criptografarArquivo("/nao/existe", "/x", "");
+        Recusa r = erro(Recusa.class, recusar, "no such file");
+        conferir(r.motivo.contains("/nao/existe: o arquivo ou o diretório não existe (ENOENT)"), r.motivo);
+        conferir(r.getMessage().contains(r.motivo), r.getMessage());
+        Native.load("c", LibC.class).close(Chamador.descritorDosMotivos());
+        igual(erro(Recusa.class, recusar, "no such file").motivo, "", "reason of a closed descriptor");
+    }
+
+    interface LibC extends Library {
+        int close(int descritor);
     }
 
     private static void vender(Cupom c, String descricao) {
@@ -104,10 +194,9 @@ final class Teste {
             () -> c.lancarDescontoItem(1, Ajuste.acrescimo(BigDecimal.ONE)), "surcharge as discount");
         Recusa r = erro(Recusa.class, c::abrir, "open again");
         igual(r.codigo, Codigo.CUPOM_EM_ANDAMENTO, "code");
-        igual(r.getMessage(), "aCFAbrir_ZEL: ZEL_CUPOM_EM_ANDAMENTO (-130): Já há um cupom em "
-            + "andamento. Continue-o, ou cancele-o com tCFCancelar_ZEL e cinco textos vazios. "
-            + "Se outro programa está com ele, não o cancele: dê a cada caixa o seu diretório.",
-            "message");
+        conferir(r.motivo.contains("estado 1 (aberto)"), r.motivo);
+        conferir(r.getMessage().startsWith("aCFAbrir_ZEL: ZEL_CUPOM_EM_ANDAMENTO (-130): Já há um "
+            + "cupom em andamento. Motivo: " + r.motivo + ". "), r.getMessage());
     }
 
     private static void testarCupom() {
@@ -128,16 +217,16 @@ final class Teste {
     }
 
     private static void testarImpressao(Cupom c) {
-        String cupom = c.imprimir(c.arquivo("documentosEnvio.xml"));
+        String cupom = c.imprimir(c.arquivo("documentosEnvio.xml"), "OFFLINE");
         conferir(cupom.length() > 131072 && cupom.contains("Pão de queijo - 1ª"), "receipt");
         igual(c.ultimoCupom().equals(cupom), true, "last receipt");
         conferir(c.reemitir(1).contains("Pão de queijo - 1ª"), "document issued again");
         String ctg = c.contingencia(List.of(diretorio));
         conferir(Files.exists(Path.of(ctg)), "no file " + ctg);
-        conferir(c.imprimir(ctg).contains("Pão de queijo - 1ª"), "receipt of a scrambled file");
-        erro(EntradaRecusada.class, () -> c.imprimir("/nao/ha.xml"), "missing file");
+        conferir(c.imprimir(ctg, "OFFLINE").contains("Pão de queijo - 1ª"), "receipt of a scrambled file");
+        erro(EntradaRecusada.class, () -> c.imprimir("/nao/ha.xml", "OFFLINE"), "missing file");
         c.alterarValor("CONFIGURACAO\\SalvarDanfePDF", "1");
-        Recusa pdf = erro(Recusa.class, () -> c.imprimir(ctg), "PDF offline");
+        Recusa pdf = erro(Recusa.class, () -> c.imprimir(ctg, "OFFLINE"), "PDF offline");
         conferir(pdf.texto.contains("Pão de queijo - 1ª"), "the text of a failed PDF is lost");
     }
 
@@ -166,9 +255,14 @@ final class Teste {
         Locale.setDefault(new Locale("pt", "BR")); // decimal comma, which no number may follow
         diretorio = args[0];
         biblioteca = args[1];
-        testarConversoes(args[2]);
+        BibliotecaAusente a = erro(BibliotecaAusente.class,
+            () -> new Cupom(diretorio, false, "/nao/ha.so"), "a library that is not there");
+        conferir(a.getMessage().contains("LD_LIBRARY_PATH"), a.getMessage());
+        testarConversoes(args[2], args[3]);
+        testarEntradas();
         testarCupom();
         testarThreads();
+        testarMotivo();
         System.out.println(falhas == 0 ? "Java: ok" : "Java: failed");
         System.exit(falhas == 0 ? 0 : 1);
     }
