@@ -70,6 +70,9 @@
 extern "C" {
 #endif
 
+/* The version of this header. */
+#define ZEL_CUPOM_VERSAO "1.1.0"
+
 /* Results. */
 enum {
     ZEL_CUPOM_OK = 1,
@@ -109,7 +112,16 @@ enum {
     ZEL_CUPOM_CINZA = 1   /* in shades of grey */
 };
 
+/* What a printer makes of a receipt. */
+enum {
+    ZEL_CUPOM_LETRAS = 0, /* its own letters, styles and QR codes */
+    ZEL_CUPOM_FIGURA = 1  /* the picture of the paper, dot by dot */
+};
+
 typedef struct zel_cupom zel_cupom;
+
+/* The version of the library that the program runs with, as ZEL_CUPOM_VERSAO writes it. */
+ZEL_CUPOM_API const char *zel_cupom_versao(void);
 
 /* A receipt without text on paper of 48 columns, without a logo, in scale 1. Null when memory is
  * short. The caller returns it with zel_cupom_liberar. */
@@ -163,6 +175,13 @@ ZEL_CUPOM_API int zel_cupom_svg(zel_cupom *cupom, unsigned char **bytes, size_t 
 /* The same into a file, which is replaced when it exists. Also ZEL_CUPOM_ARQUIVO. */
 ZEL_CUPOM_API int zel_cupom_gravar_svg(zel_cupom *cupom, const char *arquivo);
 
+/* The paper as PDF, one page in its size, letters as text. Of more than 200 inches (5.08 m) of
+ * paper it is ZEL_CUPOM_LONGO. As zel_cupom_png. */
+ZEL_CUPOM_API int zel_cupom_pdf(zel_cupom *cupom, unsigned char **bytes, size_t *tamanho);
+
+/* The same into a file, which is replaced when it exists. Also ZEL_CUPOM_ARQUIVO. */
+ZEL_CUPOM_API int zel_cupom_gravar_pdf(zel_cupom *cupom, const char *arquivo);
+
 /* The names of the profiles that the library holds, from `indice` 0 on; null after the last one. */
 ZEL_CUPOM_API const char *zel_cupom_nome_do_perfil(int indice);
 
@@ -177,6 +196,13 @@ ZEL_CUPOM_API int zel_cupom_definir_perfil(zel_cupom *cupom, const char *perfil)
  * how: `abrir` 0, as at first, or 1.
  * Codes: ZEL_CUPOM_ARGUMENTO. */
 ZEL_CUPOM_API int zel_cupom_definir_gaveta(zel_cupom *cupom, int abrir);
+
+/* How zel_cupom_escpos and zel_cupom_imprimir print: `modo` ZEL_CUPOM_LETRAS, as at first, or
+ * ZEL_CUPOM_FIGURA, for printers whose letters or code pages are not right. A picture needs a
+ * profile that prints dots, as many to a line as the paper has: otherwise both answer
+ * ZEL_CUPOM_PERFIL; they answer ZEL_CUPOM_FONTE and ZEL_CUPOM_DESENHO as zel_cupom_png does. Codes:
+ * ZEL_CUPOM_ARGUMENTO. */
+ZEL_CUPOM_API int zel_cupom_definir_impressao(zel_cupom *cupom, int modo);
 
 /* The bytes that print the receipt, from the printer's initialization on: `bytes` receives the
  * address, `tamanho` the length. Letters are the largest ones of the printer of which a line holds
@@ -220,9 +246,10 @@ ZEL_CUPOM_API int zel_cupom_estado(const zel_cupom *cupom);
 /* How many bytes the printer took in the last zel_cupom_imprimir; 0 before, and of null. */
 ZEL_CUPOM_API size_t zel_cupom_enviados(const zel_cupom *cupom);
 
-/* In words, in Portuguese without accents, what zel_cupom_definir_perfil found wrong and where, or
- * how far zel_cupom_imprimir came, whichever of them was called last; empty when it failed in
- * nothing. Never null, valid until the next call of either; not to be returned. */
+/* In words, in Portuguese without accents, what zel_cupom_definir_perfil found wrong and where, why
+ * a profile prints no picture, or how far zel_cupom_imprimir came, whichever of them was called
+ * last; empty when it failed in nothing. Never null, valid until the next call of either; not to be
+ * returned. */
 ZEL_CUPOM_API const char *zel_cupom_detalhe(const zel_cupom *cupom);
 
 /* Returns bytes that a function above gave; null is allowed. */

@@ -29,17 +29,15 @@ Tela novaTela(int largura, int altura) {
     return Tela(cairo_image_surface_create(CAIRO_FORMAT_A8, largura, altura));
 }
 
-Pincel novoPincel(const Tela &tela) {
-    Pincel pincel(cairo_create(tela.get()));
+void preparar(cairo_t *pincel) {
     cairo_font_options_t *opcoes = cairo_font_options_create();
     cairo_font_options_set_antialias(opcoes, CAIRO_ANTIALIAS_GRAY);
     cairo_font_options_set_hint_style(opcoes, CAIRO_HINT_STYLE_NONE);
     cairo_font_options_set_hint_metrics(opcoes, CAIRO_HINT_METRICS_OFF);
-    cairo_set_font_options(pincel.get(), opcoes);
+    cairo_set_font_options(pincel, opcoes);
     cairo_font_options_destroy(opcoes);
     // Everything else is made of whole dots.
-    cairo_set_antialias(pincel.get(), CAIRO_ANTIALIAS_NONE);
-    return pincel;
+    cairo_set_antialias(pincel, CAIRO_ANTIALIAS_NONE);
 }
 
 Tela telaDoLogotipo(const ImagemCinza &logotipo) {
@@ -129,7 +127,8 @@ bool toca(const Elemento &elemento, int folga, int topo, int fim) {
 cairo_status_t desenharFaixa(const Tela &tela, const Pagina &pagina, const Recursos &recursos,
                              cairo_surface_t *logotipo, int escala, int topo, int fim,
                              std::size_t &primeiro) {
-    const Pincel pincel = novoPincel(tela);
+    const Pincel pincel(cairo_create(tela.get()));
+    preparar(pincel.get());
     cairo_set_operator(pincel.get(), CAIRO_OPERATOR_CLEAR);
     cairo_paint(pincel.get());
     cairo_set_operator(pincel.get(), CAIRO_OPERATOR_OVER);
@@ -150,6 +149,14 @@ cairo_status_t desenharFaixa(const Tela &tela, const Pagina &pagina, const Recur
 }
 
 } // namespace
+
+void desenharInteira(cairo_t *pincel, const Pagina &pagina, const Recursos &recursos) {
+    const Tela logotipo = recursos.logotipo ? telaDoLogotipo(*recursos.logotipo) : nullptr;
+    preparar(pincel);
+    Desenhista desenhista(pincel, pagina, recursos, logotipo.get());
+    for (const Elemento &elemento : pagina.elementos)
+        std::visit(desenhista, elemento.desenho);
+}
 
 bool desenhar(const Pagina &pagina, const Recursos &recursos, int escala,
               const std::function<void(const Faixa &)> &receber) {

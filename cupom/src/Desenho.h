@@ -44,4 +44,8 @@ private:
 bool desenhar(const Pagina &pagina, const Recursos &recursos, int escala,
               const std::function<void(const Faixa &)> &receber);
 
+// All of a page at once, with the user space of `pincel` in dots of the paper; failures are its
+// status.
+void desenharInteira(cairo_t *pincel, const Pagina &pagina, const Recursos &recursos);
+
 } // namespace zel::cupom

@@ -2,6 +2,7 @@
 #include "EscPos.h"
 
 #include "Pagina.h"
+#include "Pontos.h"
 #include "Qr.h"
 #include "Quebra.h"
 
@@ -44,32 +45,6 @@ int modoDe(const Estilo &estilo, std::size_t fonte) {
 int tamanhoDe(const Estilo &estilo) {
     return (estilo.larguraDupla ? 0x10 : 0) | (estilo.alturaDupla ? 0x01 : 0);
 }
-
-// Rows of dots as a printer takes them: eight to the byte, the first one the highest bit.
-class Pontos {
-public:
-    Pontos(int largura, int altura)
-        : passo_(static_cast<std::size_t>(largura + 7) / 8),
-          altura_(static_cast<std::size_t>(altura)), bytes_(passo_ * altura_, '\0') {}
-
-    void preencher(int x, int largura, int y, int altura) {
-        for (int linha = y; linha < y + altura; ++linha)
-            for (int coluna = x; coluna < x + largura; ++coluna)
-                escurecer(static_cast<std::size_t>(coluna), static_cast<std::size_t>(linha));
-    }
-
-    Valores valores() const { return {0, 0, passo_, altura_, bytes_}; }
-
-private:
-    void escurecer(std::size_t x, std::size_t y) {
-        char &byte = bytes_[y * passo_ + x / 8];
-        byte = static_cast<char>(static_cast<unsigned char>(byte) | 0x80U >> x % 8);
-    }
-
-    std::size_t passo_;
-    std::size_t altura_;
-    std::string bytes_;
-};
 
 // The font by number of which a line holds so many letters, the largest of them; the smallest when
 // none does.

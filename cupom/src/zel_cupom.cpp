@@ -3,12 +3,14 @@
 
 #include "Arquivo.h"
 #include "EscPos.h"
+#include "EscPosFigura.h"
 #include "Imagem.h"
 #include "Leitor.h"
 #include "Saida.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -29,6 +31,7 @@ struct zel_cupom {
     std::optional<Fontes> fontes;
     std::optional<Perfil> perfil; // none: the one for the paper
     bool gaveta = false;
+    int impressao = ZEL_CUPOM_LETRAS;
     std::size_t enviados = 0;
     Estado estado = Estado::kNaoDisse;
     std::string detalhe;
@@ -48,6 +51,10 @@ std::optional<std::string> formatoSvg(const Pagina &pagina, const Recursos &recu
     return gerarSvg(pagina, recursos);
 }
 
+std::optional<std::string> formatoPdf(const Pagina &pagina, const Recursos &recursos, int) {
+    return gerarPdf(pagina, recursos);
+}
+
 // No exception passes the C border: all that the rooms throw is that memory is short.
 template <class Chamada>
 int protegida(Chamada chamada) noexcept {
@@ -58,25 +65,33 @@ int protegida(Chamada chamada) noexcept {
     }
 }
 
-std::optional<ImagemCinza> logotipoNoPapel(const zel_cupom &recibo) {
+std::optional<ImagemCinza> logotipoNoPapel(const zel_cupom &recibo, int tons) {
     if (!recibo.logotipo) return {};
     ImagemCinza logotipo =
         caber(*recibo.logotipo, recibo.papel->larguraUtil, kMaiorAlturaDoLogotipo);
-    return recibo.tons == ZEL_CUPOM_PONTOS ? pontilhar(std::move(logotipo)) : logotipo;
+    return tons == ZEL_CUPOM_PONTOS ? pontilhar(std::move(logotipo)) : logotipo;
 }
 
-Gerado gerarImagem(zel_cupom &recibo, Formato formato) {
+// `formato` makes bytes of the page, at most `maior` dots of paper.
+template <class FormatoDe>
+Gerado gerarPagina(zel_cupom &recibo, int tons, int maior, FormatoDe formato) {
     if (!recibo.fontes) recibo.fontes = acharFontes();
     if (!recibo.fontes) return {ZEL_CUPOM_FONTE, {}};
-    const std::optional<ImagemCinza> logotipo = logotipoNoPapel(recibo);
+    const std::optional<ImagemCinza> logotipo = logotipoNoPapel(recibo, tons);
     TamanhoLogotipo tamanho;
     if (logotipo) tamanho = {logotipo->largura, logotipo->altura};
     const std::optional<Pagina> pagina = paginar(recibo.cupom, *recibo.papel, tamanho);
-    if (!pagina) return {ZEL_CUPOM_LONGO, {}};
+    if (!pagina || pagina->altura > maior) return {ZEL_CUPOM_LONGO, {}};
     const Recursos recursos{*recibo.fontes, logotipo ? &*logotipo : nullptr};
-    std::optional<std::string> bytes = formato(*pagina, recursos, recibo.escala);
+    std::optional<std::string> bytes = formato(*pagina, recursos);
     if (!bytes) return {ZEL_CUPOM_DESENHO, {}};
     return {ZEL_CUPOM_OK, std::move(*bytes)};
+}
+
+Gerado gerarImagem(zel_cupom &recibo, Formato formato, int maior = INT_MAX) {
+    return gerarPagina(recibo, recibo.tons, maior, [&](const auto &pagina, const auto &recursos) {
+        return formato(pagina, recursos, recibo.escala);
+    });
 }
 
 Gerado gerarPngDe(zel_cupom &recibo) {
@@ -87,13 +102,29 @@ Gerado gerarSvgDe(zel_cupom &recibo) {
     return gerarImagem(recibo, formatoSvg);
 }
 
+Gerado gerarPdfDe(zel_cupom &recibo) {
+    return gerarImagem(recibo, formatoPdf, kMaiorAlturaDoPdf);
+}
+
 Perfil perfilDoPapel(const Papel &papel) {
     std::string motivo;
     return lerPerfil(textoDoPerfil(perfilPadrao(papel.milimetros)).value(), motivo).value();
 }
 
+Gerado gerarFiguraDe(zel_cupom &recibo, const Perfil &perfil) {
+    if (!imprimeFigura(perfil, *recibo.papel)) {
+        recibo.detalhe = "o perfil nao imprime pontos, ou menos do que o papel tem por linha";
+        return {ZEL_CUPOM_PERFIL, {}};
+    }
+    return gerarPagina(recibo, ZEL_CUPOM_PONTOS, INT_MAX,
+                       [&](const auto &pagina, const auto &recursos) {
+                           return gerarEscPosFigura(pagina, recursos, perfil, recibo.gaveta);
+                       });
+}
+
 Gerado gerarEscPosDe(zel_cupom &recibo) {
     const Perfil &perfil = recibo.perfil ? *recibo.perfil : perfilDoPapel(*recibo.papel);
+    if (recibo.impressao == ZEL_CUPOM_FIGURA) return gerarFiguraDe(recibo, perfil);
     std::optional<ImagemCinza> logotipo;
     if (recibo.logotipo)
         logotipo = pontilhar(caber(*recibo.logotipo, perfil.pontos, kMaiorAlturaDoLogotipo));
@@ -205,6 +236,10 @@ int imprimir(zel_cupom &recibo, const char *destino, int espera) {
 
 } // namespace
 
+const char *zel_cupom_versao(void) {
+    return ZEL_CUPOM_VERSAO;
+}
+
 zel_cupom *zel_cupom_novo(void) {
     return new (std::nothrow) zel_cupom;
 }
@@ -276,6 +311,14 @@ int zel_cupom_gravar_svg(zel_cupom *cupom, const char *arquivo) {
     return gravar(cupom, gerarSvgDe, arquivo);
 }
 
+int zel_cupom_pdf(zel_cupom *cupom, unsigned char **bytes, size_t *tamanho) {
+    return entregar(cupom, gerarPdfDe, bytes, tamanho);
+}
+
+int zel_cupom_gravar_pdf(zel_cupom *cupom, const char *arquivo) {
+    return gravar(cupom, gerarPdfDe, arquivo);
+}
+
 const char *zel_cupom_nome_do_perfil(int indice) {
     const auto perfis = perfisEmbutidos();
     if (indice < 0 || static_cast<std::size_t>(indice) >= perfis.size()) return nullptr;
@@ -293,6 +336,13 @@ int zel_cupom_definir_perfil(zel_cupom *cupom, const char *perfil) {
 int zel_cupom_definir_gaveta(zel_cupom *cupom, int abrir) {
     if (cupom == nullptr || (abrir != 0 && abrir != 1)) return ZEL_CUPOM_ARGUMENTO;
     cupom->gaveta = abrir == 1;
+    return ZEL_CUPOM_OK;
+}
+
+int zel_cupom_definir_impressao(zel_cupom *cupom, int modo) {
+    if (cupom == nullptr || (modo != ZEL_CUPOM_LETRAS && modo != ZEL_CUPOM_FIGURA))
+        return ZEL_CUPOM_ARGUMENTO;
+    cupom->impressao = modo;
     return ZEL_CUPOM_OK;
 }
 

@@ -7,10 +7,12 @@
 #include <algorithm>
 #include <clocale>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
+#include <numeric>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
@@ -88,6 +90,10 @@ TEST(Funcoes, argumentos_sao_conferidos) {
         {zel_cupom_definir_perfil(r, "/nao/existe"), ZEL_CUPOM_PERFIL},
         {zel_cupom_definir_perfil(r, "/dev/null"), ZEL_CUPOM_PERFIL},
         {zel_cupom_definir_gaveta(r, 2), ZEL_CUPOM_ARGUMENTO},
+        {zel_cupom_definir_impressao(r, 2), ZEL_CUPOM_ARGUMENTO},
+        {zel_cupom_pdf(r, &bytes, nullptr), ZEL_CUPOM_ARGUMENTO},
+        {zel_cupom_gravar_pdf(r, "/nao/existe.pdf"), ZEL_CUPOM_ARQUIVO},
+        {zel_cupom_estado(nullptr), 0},
         {zel_cupom_escpos(r, &bytes, nullptr), ZEL_CUPOM_ARGUMENTO},
         {zel_cupom_imprimir(nullptr, "x", 1), ZEL_CUPOM_ARGUMENTO},
         {zel_cupom_imprimir(r, nullptr, 1), ZEL_CUPOM_ARGUMENTO},
@@ -101,7 +107,9 @@ TEST(Funcoes, argumentos_sao_conferidos) {
     };
     for (std::size_t i = 0; i < std::size(casos); ++i) {
         EXPECT_EQ(casos[i].first, casos[i].second) << i;
-        EXPECT_STRNE(zel_cupom_descrever(casos[i].first), zel_cupom_descrever(99)) << i;
+        EXPECT_NE(casos[i].first == 0,
+                  std::string_view(zel_cupom_descrever(casos[i].first)) != zel_cupom_descrever(99))
+            << i;
     }
     EXPECT_EQ(bytes, nullptr);
     // None of them changed anything.
@@ -115,7 +123,7 @@ TEST(Funcoes, recibo_maior_que_o_papel_e_recusado_e_o_seguinte_nao) {
     const Recibo r(std::string(ZEL_CUPOM_MAIOR_TEXTO, '\n'));
     unsigned char *bytes = nullptr;
     size_t tamanho = 0;
-    for (const Funcao funcao : {zel_cupom_png, zel_cupom_svg, zel_cupom_escpos})
+    for (const Funcao funcao : {zel_cupom_png, zel_cupom_svg, zel_cupom_pdf, zel_cupom_escpos})
         EXPECT_EQ(funcao(r, &bytes, &tamanho), ZEL_CUPOM_LONGO);
     EXPECT_EQ(zel_cupom_imprimir(r, "/dev/null", 1000), ZEL_CUPOM_LONGO);
     EXPECT_EQ(zel_cupom_ler(r, nullptr, 0), ZEL_CUPOM_OK);
@@ -229,6 +237,60 @@ TEST(Funcoes, cada_ajuste_muda_a_figura) {
     outra(zel_cupom_definir_papel(r, 42, 58));
     outra(zel_cupom_definir_fonte(r, "/usr/share/fonts/truetype/dejavu/DejaVuSansMono-Bold.ttf",
                                   nullptr));
+}
+
+// Another library draws it, and finds its letters: the same paper as the picture's, of one page.
+TEST(Funcoes, pdf_e_o_mesmo_papel) {
+    const PastaTemporaria pasta;
+    const Recibo r;
+    pasta.gravar("logo.png", pngDoLogotipo(40, 20));
+    ASSERT_EQ(zel_cupom_definir_logotipo(r, (pasta / "logo.png").c_str(), ZEL_CUPOM_PONTOS), 1);
+    const std::string pdf = r.bytes(zel_cupom_pdf);
+    EXPECT_EQ(r.bytes(zel_cupom_pdf), pdf);
+    EXPECT_FALSE(contem(pdf, "CreationDate"));
+    ASSERT_EQ(zel_cupom_gravar_pdf(r, (pasta / "cupom.pdf").c_str()), ZEL_CUPOM_OK);
+    EXPECT_EQ(pasta.ler("cupom.pdf"), pdf);
+    ASSERT_EQ(zel_cupom_gravar_png(r, (pasta / "cupom.png").c_str()), ZEL_CUPOM_OK);
+    const std::string rodar =
+        "cd '" + (pasta / "") +
+        "' && pdftoppm -r 203.199 -gray -png -singlefile cupom.pdf pdf && "
+        "pdftotext -enc UTF-8 cupom.pdf cupom.txt && pdfinfo cupom.pdf > info";
+    ASSERT_EQ(std::system(rodar.c_str()), 0) << "poppler-utils";
+    const auto lida = [&](const char *nome) {
+        return zel::cupom::lerLogotipo(pasta / nome).value();
+    };
+    const auto tinta = [](const zel::cupom::ImagemCinza &imagem) {
+        return std::accumulate(imagem.pontos.begin(), imagem.pontos.end(), 0.0,
+                               [](double soma, int tom) { return soma + 255 - tom; });
+    };
+    const auto png = lida("cupom.png"), desenhado = lida("pdf.png");
+    EXPECT_EQ(desenhado.largura, png.largura);
+    EXPECT_EQ(desenhado.altura, png.altura);
+    EXPECT_NEAR(tinta(desenhado), tinta(png), tinta(png) / 50);
+    EXPECT_EQ(zel::cupom::qrsDe(desenhado), std::vector<std::string>{"http://x"});
+    EXPECT_TRUE(contem(pasta.ler("cupom.txt"), "Pre\xC3\xA7o 1,50"));
+    EXPECT_TRUE(contem(pasta.ler("info"), "226.772 x "));
+    // More than its page holds, and less than a picture does.
+    const Recibo longo(repetir("a\n", 1500));
+    unsigned char *bytes = nullptr;
+    size_t tamanho = 0;
+    EXPECT_EQ(zel_cupom_pdf(longo, &bytes, &tamanho), ZEL_CUPOM_LONGO);
+    EXPECT_FALSE(longo.png().empty());
+}
+
+TEST(Funcoes, impressao_e_em_letras_ou_a_figura) {
+    const Recibo r;
+    const std::string letras = r.escpos();
+    ASSERT_EQ(zel_cupom_definir_impressao(r, ZEL_CUPOM_FIGURA), ZEL_CUPOM_OK);
+    EXPECT_NE(letras.find("Pre"), letras.npos);
+    EXPECT_EQ(r.escpos().find("Pre"), letras.npos);
+    ASSERT_EQ(zel_cupom_definir_perfil(r, "generico-58mm"), ZEL_CUPOM_OK);
+    EXPECT_EQ(zel_cupom_imprimir(r, "/dev/null", 1000), ZEL_CUPOM_PERFIL);
+    EXPECT_TRUE(contem(zel_cupom_detalhe(r), "pontos"));
+    ASSERT_EQ(zel_cupom_definir_papel(r, 42, 58), ZEL_CUPOM_OK);
+    EXPECT_EQ(zel_cupom_imprimir(r, "/dev/null", 1000), ZEL_CUPOM_OK);
+    EXPECT_EQ(zel_cupom_estado(r), 0);
+    EXPECT_STREQ(zel_cupom_versao(), ZEL_CUPOM_VERSAO);
 }
 
 TEST(Funcoes, perfil_e_um_nome_ou_um_arquivo) {

@@ -2,6 +2,7 @@
 // Printer bytes: what a printer of each profile makes of them.
 #include "EscPos.h"
 #include "Emulador.h"
+#include "EscPosFigura.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -260,4 +261,25 @@ TEST(EscPos, papel_tem_fim) {
         EXPECT_TRUE(gerarEscPos(ler(repetir(parte, vezes / 50)), {perfil, 42, &logotipo, false}))
             << parte;
     }
+}
+
+// Dot by dot what the picture has, black from its half on; cut where it is cut.
+TEST(EscPos, figura_impressa_e_a_figura) {
+    const Dialeto &dialeto = dialetos().front();
+    const Perfil perfil = perfilDe(textoDo(dialeto.perfil));
+    const ImagemCinza logotipo = pontilhar(logotipoDoTeste(200, 80));
+    for (const Recibo &recibo : recibos()) {
+        if (recibo.papel->milimetros != 80) continue;
+        const ImagemCinza *logo = recibo.comLogotipo ? &logotipo : nullptr;
+        const auto [pagina, figura] = desenharTexto(recibo.texto, *recibo.papel, logo);
+        const auto bytes = gerarEscPosFigura(pagina, {fontesDoTeste(), logo}, perfil, true);
+        const Impresso impresso = emular(dialeto, bytes.value());
+        const auto primeiro = impresso.imagem.pontos.begin() + 24 * figura.largura;
+        EXPECT_TRUE(std::equal(figura.pontos.begin(), figura.pontos.end(), primeiro,
+                               [](int a, int b) { return (a < 128) == (b < 128); }))
+            << recibo.nome;
+        EXPECT_EQ(impresso.gavetas, 1);
+    }
+    EXPECT_FALSE(imprimeFigura(perfilDe(textoDo("generico-58mm")), kPapeis[0]));
+    EXPECT_TRUE(imprimeFigura(perfilDe(textoDo("generico-80mm-512")), kPapeis[1]));
 }
