@@ -1,4 +1,5 @@
-# Debian packages of what is installed, one a component; scripts/package calls cpack.
+# Debian packages of what is installed, one a component; scripts/package calls cpack, and
+# cmake/debian/completar for what cpack leaves out: Multi-Arch, debug symbols, symbols files.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME zel-felborframework)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
@@ -7,15 +8,17 @@ set(ZEL_MANTENEDOR "the ZEL_FelborFramework authors <authors@zel-felborframework
     CACHE STRING "Who answers for the Debian packages")
 set(CPACK_PACKAGE_CONTACT ${ZEL_MANTENEDOR})
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
-set(CPACK_STRIP_FILES ON)
+set(CPACK_STRIP_FILES OFF) # cmake/debian/completar keeps what it strips
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+set(CPACK_DEBIAN_COMPRESSION_TYPE gzip) # quick: cmake/debian/completar packs anew
 set(CPACK_DEBIAN_PACKAGE_SOURCE ${CPACK_PACKAGE_NAME})
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(ZEL_PAGINA "https://zel-felborframework.invalid/" CACHE STRING "Homepage of the Debian packages")
+set(CPACK_DEBIAN_PACKAGE_HOMEPAGE ${ZEL_PAGINA})
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
@@ -86,10 +89,8 @@ receipts in printer mark-up as PNG and SVG pictures.")
     list(APPEND CPACK_COMPONENTS_ALL cupom cupom-dev)
 endif()
 
-# A shared object in the system's directory asks for the loader's cache by a trigger; cpack would
-# call ldconfig itself, unless it is given scripts.
+# A shared object in the system's directory asks for the loader's cache by a trigger.
 foreach(nome BIBLIOTECA CUPOM)
-    set(CPACK_DEBIAN_${nome}_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers
-        ${PROJECT_SOURCE_DIR}/cmake/debian/postinst ${PROJECT_SOURCE_DIR}/cmake/debian/postrm)
+    set(CPACK_DEBIAN_${nome}_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 endforeach()
 include(CPack)
