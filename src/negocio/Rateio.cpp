@@ -69,11 +69,17 @@ bool anula(const ST_StructItemAux &parte, char operacao) {
     return contrario && liquido(parte, operacao) == 0;
 }
 
-// A surcharge must stay below the item's gross value, too. An adjustment of another kind is not
-// written, but an item without one must be able to bear it.
+bool temAjuste(const ST_StructItemAux &parte) {
+    return parte.temAcrescimo || parte.temDesconto;
+}
+
+// A surcharge must stay below the item's gross value, too. Where nothing can be lost, with an
+// adjustment of another kind or a share of nothing on an item without one, the unrounded value
+// decides.
 bool cabe(const ST_StructItemAux &parte, char operacao) {
-    if (operacao != 'A' && operacao != 'D')
-        return parte.temAcrescimo || parte.temDesconto || parte.parcela < parte.limite;
+    const bool escrita = operacao == 'A' || operacao == 'D';
+    if (!temAjuste(parte) && (!escrita || parte.parcela == 0)) return parte.bruto > parte.parcela;
+    if (!escrita) return true;
     return anula(parte, operacao) || std::abs(liquido(parte, operacao)) < parte.limite;
 }
 
@@ -93,6 +99,14 @@ int aplicar(const ST_StructItemAux &parte, char operacao) {
     const bool acrescimo = valor != 0 ? valor > 0 : operacao == 'A';
     return lancarAjuste(parte.item, acrescimo ? Ajuste::kAcrescimo : Ajuste::kDesconto,
                         acrescimo ? "A$" : "D$", formatarMoeda(std::abs(valor)));
+}
+
+// The same for an item that has its share. One without an adjustment that does not take a share of
+// nothing, for it rounds to nothing itself, stays as it was.
+int aplicarParcela(const ST_StructItemAux &parte, char operacao) {
+    if (temAjuste(parte) || parte.parcela != 0) return aplicar(parte, operacao);
+    desfazendoNaFalha(parte.item.tag, [&] { return aplicar(parte, operacao); });
+    return ZEL_OK;
 }
 
 } // namespace
@@ -117,7 +131,7 @@ int fnRatearDescAcresTotalizacao(ST_PersitenceXML_ZEL &documento, std::string_vi
         if (!cabe(parte, operacao)) return recusarParte(parte);
     if (operacao != 'A' && operacao != 'D') return ZEL_OK;
     for (const ST_StructItemAux &parte : lista)
-        if (aplicar(parte, operacao) != ZEL_OK) return recusarParte(parte);
+        if (aplicarParcela(parte, operacao) != ZEL_OK) return recusarParte(parte);
     return ZEL_OK;
 }
 

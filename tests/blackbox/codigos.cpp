@@ -186,7 +186,15 @@ TEST(Rateio, ou_todos_os_itens_ou_nenhum) {
         {"discount beyond what is left", venda("100", "3", "D$", "200"), "A$", "50.00", nullptr,
          Pedido("aCFCancelarItemParcial_ZEL", "0", "50")},
         {"item with both adjustments", comAmbos, "D$", "1.00", nullptr},
-        {"item of nothing", venda("1", "0.004"), "A$", "1.00", nullptr},
+        {"price of nothing", venda("1", "0.00"), "A$", "1.00", nullptr},
+        // Where nothing can be lost: what rounds to nothing takes no share, and needs none.
+        {"no share of a discount", venda("0,001", "3,99"), "D$", "1.00", "99.00"},
+        {"no share of a surcharge", venda("1", "0.004"), "A$", "1.00", "101.00"},
+        {"no share of a percentage", venda("0,001", "3,99"), "D%", "10", "90.00"},
+        {"no amount", venda("0,001", "3,99"), "D", "5", "100.00"},
+        {"nothing to adjust", venda("0,001", "3,99"), "", "5", "100.00"},
+        {"0.99 of 0.994, not written", venda("1", "0.994"), "X%", "99.8", "100.99"},
+        {"nothing of nothing, not written", venda("1", "0.00"), "X$", "1.00", nullptr},
     };
     for (const auto &caso : casos) {
         SCOPED_TRACE(caso.descricao);
