@@ -170,8 +170,8 @@ int persistirUltimo(const ST_PersitenceXML_ZEL &documento, Secao secao,
         return fnPersistEstrutura_ZEL(documento, alteracoes);
     std::string fim;
     escreverRegistro(fim, secao, *novo);
-    if (arquivo.transporteNoFim > 0)
-        escreverRegistro(fim, Secao::kTransporte, *documento.transporte);
+    // The carrier's, which the new one has taken the place of; a payment stands after it.
+    if (*lugar < *arquivo.tamanho) escreverRegistro(fim, Secao::kTransporte, *documento.transporte);
     std::optional<std::size_t> inteiro; // its size, when the file had to be written whole
     const MudancaArquivo mudanca{
         .nome = kNome,

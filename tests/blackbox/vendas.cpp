@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace {
 
 struct Venda {
@@ -138,6 +140,35 @@ TEST_P(Vendas, nada_vive_so_na_memoria) {
 
 INSTANTIATE_TEST_SUITE_P(Ouro, Vendas, testing::ValuesIn(vendas()),
                          [](const auto &caso) { return std::string(caso.param.nome); });
+
+// A carrier's record that a payment wrote again behind itself would be the one that counts.
+TEST(Registros, na_sua_ordem_e_a_transportadora_uma_vez) {
+    Caixa caixa;
+    caixa.config("IDE\\indPres", "4");
+    const Pedido transportadora("aCFIdentificarTransportadora_ZEL", "11222333000181", "Frota");
+    const std::pair<Pedido, std::string> passos[] = {
+        {abrir(), "01"},
+        {vender("T1800", "1", "10.00"), "0102"},
+        {transportadora, "010204"},
+        {vender("T1800", "1", "5.00"), "01020204"},
+        {totalizar(), "0102020304"},
+        {pagar("dinheiro", "4"), "010202030405"},
+        {pagar("cheque", "4"), "01020203040505"},
+        {transportadora, "01020203040505"},
+        {pagar("vale refeicao"), "0102020304050505"},
+        {encerrar(), "010202030405050506"},
+    };
+    for (const bool reiniciando : {false, true})
+        for (const auto &[pedido, tipos] : passos) {
+            if (reiniciando) caixa.reiniciar();
+            ASSERT_EQ(fazer(caixa, pedido), ZEL_OK);
+            std::istringstream registros(caixa.lerArquivo("ArqPersist.bin"));
+            std::string vistos;
+            for (std::string linha; std::getline(registros, linha);)
+                vistos += linha.substr(0, 2);
+            EXPECT_EQ(vistos, tipos) << reiniciando;
+        }
+}
 
 // The key in the document: 44 digits in the documented order, closed by its own check digit.
 TEST(ChaveDeAcesso, partes_e_digito) {
