@@ -23,7 +23,7 @@
  *  5. The application owns every buffer. The library keeps no pointer after a call and writes only
  *     to arguments declared `char *`: results, copied with their terminator without knowing the
  *     buffer's size. The constants ZEL_TAMANHO_... give sizes that suffice, ZEL_TAMANHO_CUPOM
- * within its limits.
+ *     within its limits.
  *  6. A null text counts as an empty one, except where ZEL_ARGUMENTO_INVALIDO is documented for it.
  *     A null result buffer answers ZEL_ARGUMENTO_INVALIDO.
  *  7. Every function answers ZEL_OK or the negative code of the first failure that it meets, in the
@@ -409,7 +409,7 @@ ZEL_API int aCFContingenciaUltimaNota_ZEL(int tipo, char *texto);
  *   arquivoXml      document as sent (kind 1) or cancellation request (kind 5)
  *   arquivoRetorno  return of the tax authority, or "OFFLINE"; a link delivered in it counts up to
  *                   2000 characters
- *   urlQrcode       QR-code content, empty to have it built
+ *   urlQrcode       QR-code content, printed as given; empty to have it built
  *   colunas         42 or 48
  *   tipoDocumento   1 sale, 5 cancellation
  *   reservado       accepted and ignored
@@ -418,6 +418,8 @@ ZEL_API int aCFContingenciaUltimaNota_ZEL(int tipo, char *texto);
  *                   for each of `urlQrcode` + (300 + the longest description) for each item + 100
  *                   for each payment) bytes, copies being 2 in contingency and 1 otherwise;
  *                   ZEL_TAMANHO_CUPOM usually
+ * Mark-up within a value of document, return or configuration gets a blank after its "<" and so
+ * prints as text; the closing text of the document in progress keeps its own.
  * A sale stores its key, protocol and QR-code content in the configuration. While
  * CONFIGURACAO\ImpressaoCompleta is neither "0" nor "1" there is no text and the last receipt
  * stays. CONFIGURACAO\SalvarXMLPDF and SalvarDanfePDF, "1" each, ask for the PDFs, which need a

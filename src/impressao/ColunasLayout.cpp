@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "impressao/ColunasLayout.h"
 
-#include "util/Latin1.h"
-
 namespace zel {
 
 namespace {
@@ -16,7 +14,7 @@ constexpr ColunasLayout kColunas42Layout{
     .emitenteLogotipo = kEmitenteCorrido,
     .titulo = "<c>           DANFE NFC-e - Documento Auxiliar</c>\r\n"
               "<c>    da Nota Fiscal de Consumidor Eletrônica</c>\r\n"
-              "<c><b>     Não permite aproveitamento de crédito de ICMS</b></c>\r\n"_l1,
+              "<c><b>     Não permite aproveitamento de crédito de ICMS</b></c>\r\n"_fixo,
     .cabecalhoItens = "<c>Item  Cod.   Descricao        Qtde Un   VlrUnit   VlrTot</c>\r\n",
 
     .larguraItem = 56,
@@ -29,7 +27,7 @@ constexpr ColunasLayout kColunas42Layout{
     .cabecalhoPagamento = "FORMA DE PAGAMENTO                            Valor Pago",
     .larguraForma = 36,
 
-    .homologacao = "<c> EMITIDA EM AMBIENTE DE HOMOLOGAÇÃO - SEM VALOR FISCAL</c>\r\n"_l1,
+    .homologacao = "<c> EMITIDA EM AMBIENTE DE HOMOLOGAÇÃO - SEM VALOR FISCAL</c>\r\n"_fixo,
     .areaFiscal = "          AREA DE MENSAGEM FISCAL\r\n",
     .viaNormal = "<c>                       consumidor</c>\r\n",
     .viaEstabelecimento = "<c>                        Estabelecimento</c>\r\n",
@@ -37,11 +35,11 @@ constexpr ColunasLayout kColunas42Layout{
     .tituloChave = "             CHAVE DE ACESSO\r\n",
 
     .tituloConsumidor = "                CONSUMIDOR\r\n",
-    .semConsumidor = "       CONSUMIDOR NÃO IDENTIFICADO\r\n"_l1,
+    .semConsumidor = "       CONSUMIDOR NÃO IDENTIFICADO\r\n"_fixo,
 
     .tituloQrcode = "      Consulta via leitor de QR Code\r\n",
     .fechaQrcode = "</qrcode>\r\n</ce>",
-    .protocolo = "<c>       Protocolo de Autorização: "_l1,
+    .protocolo = "<c>       Protocolo de Autorização: "_fixo,
     .larguraProtocolo = 15,
     .fechaData = "</c>",
 
@@ -57,7 +55,7 @@ constexpr ColunasLayout kColunas48Layout{
     .emitenteLogotipo = {"\r\n\r\n", "   \r\n", "\r\n"},
     .titulo = "        DANFE NFC-e - Documento Auxiliar\r\n"
               "    da Nota Fiscal de Consumidor Eletrônica\r\n"
-              "  <b>Não permite aproveitamento de crédito de ICMS</b>\r\n"_l1,
+              "  <b>Não permite aproveitamento de crédito de ICMS</b>\r\n"_fixo,
     .cabecalhoItens = "<c>Item  Cod.   Descricao         Qtde Un   VlrUnit   VlrTot</c>\r\n",
 
     .larguraItem = 57,
@@ -70,7 +68,7 @@ constexpr ColunasLayout kColunas48Layout{
     .cabecalhoPagamento = "FORMA DE PAGAMENTO                    Valor Pago",
     .larguraForma = 28,
 
-    .homologacao = "<c>  EMITIDA EM AMBIENTE DE HOMOLOGAÇÃO - SEM VALOR FISCAL</c>\r\n"_l1,
+    .homologacao = "<c>  EMITIDA EM AMBIENTE DE HOMOLOGAÇÃO - SEM VALOR FISCAL</c>\r\n"_fixo,
     .areaFiscal = "             AREA DE MENSAGEM FISCAL\r\n",
     .viaNormal = "<c>                        consumidor</c>\r\n",
     .viaEstabelecimento = "<c>                    Via Estabelecimento</c>\r\n",
@@ -78,11 +76,11 @@ constexpr ColunasLayout kColunas48Layout{
     .tituloChave = "                 CHAVE DE ACESSO\r\n",
 
     .tituloConsumidor = "                   CONSUMIDOR\r\n",
-    .semConsumidor = "<ce>     CONSUMIDOR NÃO IDENTIFICADO    </ce>\r\n"_l1,
+    .semConsumidor = "<ce>     CONSUMIDOR NÃO IDENTIFICADO    </ce>\r\n"_fixo,
 
     .tituloQrcode = "         Consulta via leitor de QR Code\r\n",
     .fechaQrcode = "</qrcode></ce>\r\n",
-    .protocolo = "<ce><c> Protocolo de Autorização: "_l1,
+    .protocolo = "<ce><c> Protocolo de Autorização: "_fixo,
     .larguraProtocolo = 0,
     .fechaData = "</c></ce><sl>2</sl>",
 

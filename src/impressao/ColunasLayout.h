@@ -3,60 +3,61 @@
 // each. What is the same on both papers stands in Setores.
 #pragma once
 
+#include "impressao/Escrita.h"
+
 #include <cstddef>
-#include <string_view>
 
 namespace zel {
 
 // How the lines of the emitter block are kept apart.
 struct EspacoEmitente {
-    std::string_view aposNome;
-    std::string_view aposDocumento; // between CNPJ or CPF and "I.E-"
-    std::string_view aposEndereco;  // in front of the separator
+    Fixo aposNome;
+    Fixo aposDocumento; // between CNPJ or CPF and "I.E-"
+    Fixo aposEndereco;  // in front of the separator
 };
 
 struct ColunasLayout {
-    std::string_view separador; // hyphens across the paper, and a line end
+    Fixo separador; // hyphens across the paper, and a line end
     // Around the lines that only the narrow paper has to condense.
-    std::string_view abreCondensado;
-    std::string_view fechaCondensado;
+    Fixo abreCondensado;
+    Fixo fechaCondensado;
 
     // Emitter and title
     EspacoEmitente emitente;
     EspacoEmitente emitenteLogotipo; // the same with "NFCE\Logotipo" "L"
-    std::string_view titulo;
-    std::string_view cabecalhoItens;
+    Fixo titulo;
+    Fixo cabecalhoItens;
 
     // Items
     std::size_t larguraItem; // a line that is not shorter becomes two
-    std::string_view quebraItem;
+    Fixo quebraItem;
     std::size_t larguraQuantidade;
 
     // Totals and payments: widths of the labels, blanks included, and of the amounts
     std::size_t larguraContagem;
     std::size_t larguraRotulo;
     std::size_t larguraValor;
-    std::string_view cabecalhoPagamento;
+    Fixo cabecalhoPagamento;
     std::size_t larguraForma;
 
     // Fiscal message
-    std::string_view homologacao;
-    std::string_view areaFiscal;
-    std::string_view viaNormal;
-    std::string_view viaEstabelecimento;
-    std::string_view viaConsumidor;
-    std::string_view tituloChave;
+    Fixo homologacao;
+    Fixo areaFiscal;
+    Fixo viaNormal;
+    Fixo viaEstabelecimento;
+    Fixo viaConsumidor;
+    Fixo tituloChave;
 
     // Consumer
-    std::string_view tituloConsumidor;
-    std::string_view semConsumidor;
+    Fixo tituloConsumidor;
+    Fixo semConsumidor;
 
     // QR code and protocol
-    std::string_view tituloQrcode;
-    std::string_view fechaQrcode;
-    std::string_view protocolo;
+    Fixo tituloQrcode;
+    Fixo fechaQrcode;
+    Fixo protocolo;
     std::size_t larguraProtocolo;
-    std::string_view fechaData;
+    Fixo fechaData;
 
     bool promocionalSempre; // also while "NFCE\MSGPROMOCIONAL\Imprimir" is not "1"
 };

@@ -8,15 +8,14 @@
 #include "documento/Somas.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/ColunasLayout.h"
+#include "impressao/Escrita.h"
 #include "impressao/LayoutImpressao.h"
 #include "impressao/LeituraXml.h"
-#include "impressao/Linha.h"
 #include "impressao/Setores.h"
 #include "impressao/ValorImpresso.h"
 #include "util/ChaveAcesso.h"
 #include "util/Codificacao.h"
 #include "util/Codigos.h"
-#include "util/Latin1.h"
 #include "util/Numero.h"
 #include "util/Recusa.h"
 
@@ -248,12 +247,12 @@ std::string documentoDoEmitente() {
 void imprimirEmitenteConfigurado(std::string &texto) {
     // The texts last as long as the call that views them.
     imprimirEmitente(
-        {valorImpresso(R"(EMIT\xNome)"_chave), documentoDoEmitente(),
-         valorImpresso(R"(EMIT\IE)"_chave), valorImpresso(R"(EMIT\ENDEREMIT\xLgr)"_chave),
-         valorImpresso(R"(EMIT\ENDEREMIT\Nro)"_chave),
-         valorImpresso(R"(EMIT\ENDEREMIT\xBairro)"_chave),
-         valorImpresso(R"(EMIT\ENDEREMIT\xMun)"_chave),
-         valorImpresso(R"(EMIT\ENDEREMIT\UF)"_chave)},
+        {linhasConfiguradas(R"(EMIT\xNome)"_chave), documentoDoEmitente(),
+         linhasConfiguradas(R"(EMIT\IE)"_chave), linhasConfiguradas(R"(EMIT\ENDEREMIT\xLgr)"_chave),
+         linhasConfiguradas(R"(EMIT\ENDEREMIT\Nro)"_chave),
+         linhasConfiguradas(R"(EMIT\ENDEREMIT\xBairro)"_chave),
+         linhasConfiguradas(R"(EMIT\ENDEREMIT\xMun)"_chave),
+         linhasConfiguradas(R"(EMIT\ENDEREMIT\UF)"_chave)},
         logotipoSeparado() ? kCancelamentoComLogotipo : kEmitenteCorrido, "", "", texto);
 }
 
@@ -307,17 +306,15 @@ int layoutNFC(const ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados,
     imprimirSetor_II(*layout, texto);
     if (!resumo) imprimirSetor_III(*layout, cf.Itens, texto);
     imprimirSetor_IV(*layout, cf, dados.IndicadorTroco, texto);
-    imprimirSetor_V(*layout, cf, valorImpresso(R"(NFCE\MsgLeiDoImposto)"_chave), texto);
+    imprimirSetor_V(*layout, cf, linhasConfiguradas(R"(NFCE\MsgLeiDoImposto)"_chave), texto);
     imprimirSetor_Va(*layout, cf, texto);
-    imprimirSetor_VI(*layout, cf, enderecoChave, ambiente, viaEstabelecimento, texto);
+    imprimirSetor_VI(*layout, cf, emLinhas(enderecoChave), ambiente, viaEstabelecimento, texto);
     imprimirSetor_VII(*layout, cf, texto);
-    if (urlQrcode.empty())
-        imprimirSetor_VIII(*layout, cf, gerarUrlQrcode(dados, cf) + "<lmodulo>3</lmodulo>",
-                           ambiente, texto);
-    else
-        imprimirSetor_VIII(*layout, cf, urlQrcode, ambiente, texto);
+    std::string conteudo(urlQrcode);
+    if (conteudo.empty()) escrever(conteudo, gerarUrlQrcode(dados, cf), "<lmodulo>3</lmodulo>");
+    imprimirSetor_VIII(*layout, cf, conteudo, ambiente, texto);
     imprimirMsgPromocional(*layout, emCurso, cf, texto);
-    anexar(texto, "<sl>4</sl><gui></gui>");
+    escrever(texto, "<sl>4</sl><gui></gui>");
     G_szTotalImposto.limpar();
     return ZEL_OK;
 }
@@ -325,16 +322,16 @@ int layoutNFC(const ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados,
 int layoutCancNFC(const CupomFiscal &cf, bool online, int /*colunas*/, std::string &texto) {
     texto.clear();
     imprimirEmitenteConfigurado(texto);
-    anexar(texto, kSeparadorCancelamento, kSeparadorCancelamento,
-           online ? "              CANCELAMENTO NFC-e\r\n"
-                  : "CANCELAMENTO NFC-e EM CONTINGÊNCIA OFF-LINE\r\n"_l1,
-           kSeparadorCancelamento);
-    anexar(texto, "<c>Número NFCe Cancelada: "_l1, cf.NumeroNotaFiscal, "    Série: "_l1, cf.Serie,
-           "\r\n                 CHAVE DE ACESSO NFCe CANCELADA\r\n",
-           cf.getChaveDeAcessoFormatado(), "</c>\r\n");
+    escrever(texto, kSeparadorCancelamento, kSeparadorCancelamento,
+             online ? "              CANCELAMENTO NFC-e\r\n"_fixo
+                    : "CANCELAMENTO NFC-e EM CONTINGÊNCIA OFF-LINE\r\n"_fixo,
+             kSeparadorCancelamento);
+    escrever(texto, "<c>Número NFCe Cancelada: "_fixo, cf.NumeroNotaFiscal, "    Série: "_fixo,
+             cf.Serie, "\r\n                 CHAVE DE ACESSO NFCe CANCELADA\r\n",
+             cf.getChaveDeAcessoFormatado(), "</c>\r\n");
     if (online)
-        anexar(texto, "Protocolo de Autorização Cancelamento:"_l1, cf.ProtocoloSefaz, "\r\n");
-    anexar(texto, "<sl>4</sl><gui></gui>");
+        escrever(texto, "Protocolo de Autorização Cancelamento:"_fixo, cf.ProtocoloSefaz, "\r\n");
+    escrever(texto, "<sl>4</sl><gui></gui>");
     return ZEL_OK;
 }
 

@@ -73,8 +73,6 @@ std::string gerarUrlQrcode(const DadosImpressao &dados, const CupomFiscal &cf,
     return url;
 }
 
-// The address of the QR code, its parameters in their order and the hash over them, version 100:
-// NT 2015.002 and Manual de Padrões Técnicos do DANFE-NFC-e e QR Code 3.x.
 std::string gerarUrlQrcode(const DadosImpressao &dados, const CupomFiscal &cf) {
     std::string endereco;
     // Without an address the receipt shows the parameters alone.

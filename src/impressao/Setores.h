@@ -27,8 +27,8 @@ struct Emitente {
 };
 
 // Logo and emitter; `abre` and `fecha` stand around the lines below the name.
-void imprimirEmitente(const Emitente &emitente, const EspacoEmitente &espaco, std::string_view abre,
-                      std::string_view fecha, std::string &texto);
+void imprimirEmitente(const Emitente &emitente, const EspacoEmitente &espaco, const Fixo &abre,
+                      const Fixo &fecha, std::string &texto);
 
 // Has the shop's logo its place apart? Then emitter blocks are spaced accordingly.
 bool logotipoSeparado();
@@ -63,12 +63,13 @@ void imprimirSetor_VI(const ColunasLayout &layout, const CupomFiscal &cf,
 // Consumer.
 void imprimirSetor_VII(const ColunasLayout &layout, const CupomFiscal &cf, std::string &texto);
 
-// QR code and, in normal emission, the authorization.
+// QR code and, in normal emission, the authorization. The content stands as it is given, with the
+// mark-up of its module size.
 void imprimirSetor_VIII(const ColunasLayout &layout, const CupomFiscal &cf,
                         std::string_view conteudoQrcode, int ambiente, std::string &texto);
 
-// Promotional message: the closing text of the document in progress, when that has one, otherwise
-// that of the receipt.
+// Promotional message, its mark-up in force: the closing text of the document in progress, when
+// that has one; otherwise that of the receipt, a value as any other.
 void imprimirMsgPromocional(const ColunasLayout &layout, const ST_PersitenceXML_ZEL &emCurso,
                             const CupomFiscal &cf, std::string &texto);
 

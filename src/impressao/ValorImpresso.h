@@ -4,6 +4,7 @@
 #pragma once
 
 #include "config/Registro.h"
+#include "util/Texto.h"
 #include "util/TextoXml.h"
 
 #include <string>
@@ -18,6 +19,16 @@ inline std::string textoImpresso(std::string_view valor) {
 
 inline std::string valorImpresso(Chave chave) {
     return textoImpresso(valorConfig(chave));
+}
+
+// A text whose lines end in "\n" as lines of the receipt, which end in CR LF.
+inline std::string emLinhas(std::string_view texto) {
+    return substituirAll(texto, "\n", "\r\n");
+}
+
+// A value as it prints on a receipt.
+inline std::string linhasConfiguradas(Chave chave) {
+    return emLinhas(valorImpresso(chave));
 }
 
 } // namespace zel

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "util/Marcacao.h"
 
+#include "util/Texto.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -19,6 +21,9 @@ constexpr std::array<std::string_view, 31> tagConteudoNaoPer{
     "code39", "codabar", "cespl",  "mg",  "ibmp",    "confgui", "sp",   "tc",
     "upc-a",  "msi",     "code11", "pdf", "code128", "i2of5",   "s2of5"};
 
+// Names that mean something within a tag or to some printing programs, and nothing in a document.
+constexpr std::array<std::string_view, 2> tagSoDeImpressao{"lmodulo", "logo"};
+
 template <std::size_t N>
 constexpr std::size_t indiceDe(const std::array<std::string_view, N> &tabela,
                                std::string_view nome) {
@@ -31,8 +36,12 @@ constexpr std::size_t maiorNome() {
         maior = std::max(maior, nome.size());
     for (const auto nome : tagConteudoNaoPer)
         maior = std::max(maior, nome.size());
+    for (const auto nome : tagSoDeImpressao)
+        maior = std::max(maior, nome.size());
     return maior;
 }
+
+static_assert(maiorNome() == kMaiorMarca);
 
 // One walk over a text. What it keeps in mind spares searching the rest of the text at every tag.
 struct Retirada {
@@ -45,7 +54,7 @@ struct Retirada {
 // The name in the marker at the start of the rest, "/" included; empty when there is none. No
 // longer one is looked for than the tables hold.
 std::string_view nomeDaMarca(std::string_view resto) {
-    const std::string_view dentro = resto.substr(1, maiorNome() + 2);
+    const std::string_view dentro = resto.substr(1, kMaiorMarca + 2);
     const std::size_t fim = dentro.find(']');
     return fim == dentro.npos ? std::string_view() : dentro.substr(0, fim);
 }
@@ -98,6 +107,14 @@ std::string fnRetornarFormatado2Representantes(std::string_view texto) {
 
 std::string fnRetornarRepresentantes2Formatado(std::string_view texto) {
     return trocarColchetes(texto, "[]", "<>");
+}
+
+bool ehMarca(std::string_view nome) {
+    if (nome.starts_with('/')) nome.remove_prefix(1);
+    const auto igual = [nome](std::string_view outro) { return igualSemCaixa(nome, outro); };
+    return std::ranges::any_of(tagConteudoPer, igual) ||
+           std::ranges::any_of(tagConteudoNaoPer, igual) ||
+           std::ranges::any_of(tagSoDeImpressao, igual);
 }
 
 std::string fnRetornarTextoSemRepresentantes(std::string_view texto) {

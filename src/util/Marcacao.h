@@ -3,6 +3,7 @@
 // mark-up travels in square brackets ("[b]"), its representatives. Owns the two tables of names.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,13 @@ std::string fnRetornarFormatado2Representantes(std::string_view texto);
 
 // Every "[" becomes "<" and every "]" becomes ">".
 std::string fnRetornarRepresentantes2Formatado(std::string_view texto);
+
+// Does "<nome>" mean something to whatever prints a receipt? Opening or closing ("/b"), in any
+// case: a printing program need not mind it.
+bool ehMarca(std::string_view nome);
+
+// The longest name of a mark, without "/".
+inline constexpr std::size_t kMaiorMarca = 7;
 
 // The text without its representatives. Tags of one table lose their two markers, those of the
 // other lose what stands between them as well; an opening marker that is never closed goes alone. A

@@ -3,6 +3,7 @@
 // refusal leaves. ZEL_REGENERAR=1 rewrites the golden receipts; look at the difference.
 #include "apoio/Ouro.h"
 #include "impressao/Impressao.h"
+#include "impressao/Setores.h"
 #include "impressao_apoio.h"
 #include "util/Cripto.h"
 #include "util/Texto.h"
@@ -29,6 +30,29 @@ protected:
         std::string texto = "none";
         fnLerArquivoCriptUltimaDanfe(texto);
         return texto;
+    }
+    // Everything configured that a receipt shows.
+    static void configurarTextos(std::string_view texto) {
+        for (const std::string_view chave :
+             {R"(NFCE\MsgLeiDoImposto)", R"(NFCE\MSGPROMOCIONAL\Titulo)", R"(EMIT\xNome)",
+              R"(EMIT\IE)", R"(EMIT\ENDEREMIT\xLgr)", R"(EMIT\ENDEREMIT\Nro)",
+              R"(EMIT\ENDEREMIT\xBairro)", R"(EMIT\ENDEREMIT\xMun)", R"(URLS\SP\Producao)",
+              R"(URLS\SP\ChaveConsultaProducao)"})
+            configurar({{chave, texto}});
+        configurar({{R"(NFCE\MSGPROMOCIONAL\Imprimir)", "1"}});
+    }
+    // A receipt whose texts are all the same.
+    static CupomFiscal cupomDe(std::string_view texto) {
+        CupomFiscal cf;
+        for (auto *campo :
+             {&cf.EmitLogradouro, &cf.EmitInscricaoEstadual, &cf.DestNome, &cf.DestLogradouro})
+            *campo = texto;
+        for (auto *campo : {&cf.EmitBairro, &cf.EmitMunicipio, &cf.DestBairro, &cf.DestMunicipio})
+            *campo = texto;
+        cf.Nome = cf.CnpjCpf = cf.IdDest = cf.DestUF = cf.EmitUF = texto;
+        cf.ChaveDeAcesso = cf.NumeroNotaFiscal = cf.Serie = cf.ProtocoloSefaz = texto;
+        cf.DataHora = cf.DataHoraAutorizacao = texto;
+        return cf;
     }
     void esperarOuro(const std::string &nome) const {
         compararComOuro(ouro(nome), saida);
@@ -169,34 +193,109 @@ TEST_F(Cupons, links_e_conteudos_saem_inteiros) {
     EXPECT_TRUE(contem(saida, "http://l", 0));
 }
 
-// The caller brings the buffer: 8192 bytes without items, payments and closing text.
+// The caller brings the buffer: 8192 bytes without items, payments and closing text, also where all
+// of it has to be made harmless.
 TEST_F(Cupons, o_maior_cupom_cabe_no_tamanho_prometido) {
-    const std::string longo(3000, 'x');
-    configurar({{R"(NFCE\MsgLeiDoImposto)", longo},
-                {R"(NFCE\MSGPROMOCIONAL\Titulo)", longo},
-                {R"(NFCE\MSGPROMOCIONAL\Imprimir)", "1"},
-                {R"(CONFIGURACAO\TrocoUltimaNFCe)", "99999999999.99"}});
+    for (const std::string &longo : {std::string(3000, 'x'), repetir("<b>", 1000)}) {
+        configurarTextos(longo);
+        configurar({{R"(CONFIGURACAO\TrocoUltimaNFCe)", "99999999999.99"}});
+        CupomFiscal cf = cupomDe(longo);
+        cf.LinkNFCe = longo;
+        cf.EmitNumero = cf.DestNumero = std::numeric_limits<std::int32_t>::min();
+        cf.ValorTotal = cf.ValorTotalTributos = cf.ValorDesconto = cf.ValorOutro = 1e15;
+        dados.TipoAmbiente = "3";
+        for (const std::int32_t emissao : {kEmissaoNormal, kEmissaoContingencia})
+            for (const int colunas : {42, 48}) {
+                cf.TipoEmissao = emissao;
+                std::string texto;
+                ASSERT_EQ(layoutNFC(emCurso, dados, cf, "", colunas, texto, true), ZEL_OK);
+                EXPECT_GT(texto.size(), 2 * kMaximoLink);
+                EXPECT_LT(texto.size(), 8192U);
+            }
+        // And 300 for an item beside its description.
+        Item item;
+        item.CodigoProduto = item.Quantidade = item.Unidade = item.DescricaoProduto = longo;
+        item.ValorUnitario = 1e15;
+        std::string texto;
+        imprimirSetor_III(*createLayout(48), {&item, 1}, texto);
+        EXPECT_LE(texto.size(), 300 + std::string_view(item.DescricaoProduto).size());
+    }
+}
+
+// A mark in a value would cut the paper, print another's QR code or end the form's own marks.
+TEST_F(Cupons, marcas_em_valores_nao_sao_marcas) {
+    const auto imprimirTudo = [this](std::string_view valor) {
+        configurarTextos(escaparXml(valor));
+        CupomFiscal cf = cupomDe(valor);
+        cf.LinkNFCe = valor;
+        cf.MsgPromocional = valor;
+        Item item;
+        item.CodigoProduto = item.DescricaoProduto = item.Quantidade = item.Unidade = valor;
+        cf.Itens = {item};
+        cf.ValorTotalTributos = 1;
+        std::string tudo, texto;
+        for (const std::string_view ambiente : {"1", "3"})
+            for (const std::int32_t emissao : {kEmissaoNormal, kEmissaoContingencia})
+                for (const int colunas : {42, 48}) {
+                    dados.TipoAmbiente = ambiente;
+                    cf.TipoEmissao = emissao;
+                    layoutNFC(emCurso, dados, cf, "", colunas, tudo, true);
+                }
+        cf.ChaveDeAcesso = valor;
+        layoutCancNFC(cf, true, 48, texto);
+        return tudo + texto;
+    };
+    const std::string semMarcas = imprimirTudo("x");
+    for (const std::string_view marca : {"<b>", "<c>", "</c>", "<ce>", "<xl>", "<sl>", "<gui>",
+                                         "</gui>", "<bmp>", "<qrcode>", "</qrcode>", "<lmodulo>"}) {
+        const std::string texto = imprimirTudo(marca);
+        EXPECT_EQ(vezesEm(texto, marca), vezesEm(semMarcas, marca)) << marca;
+        EXPECT_GT(vezesEm(texto, trocar(std::string(marca), "<", "< ")), 100) << marca;
+    }
+    // Put together on the way: what a date and an address are made of.
     CupomFiscal cf;
-    for (auto *campo :
-         {&cf.EmitLogradouro, &cf.EmitInscricaoEstadual, &cf.DestNome, &cf.DestLogradouro})
-        *campo = longo;
-    for (auto *campo : {&cf.EmitBairro, &cf.EmitMunicipio, &cf.DestBairro, &cf.DestMunicipio})
-        *campo = longo;
-    cf.Nome = cf.CnpjCpf = cf.IdDest = cf.DestUF = cf.EmitUF = longo;
-    cf.ChaveDeAcesso = cf.NumeroNotaFiscal = cf.Serie = cf.ProtocoloSefaz = longo;
-    cf.DataHora = cf.DataHoraAutorizacao = longo;
-    cf.LinkNFCe = std::string(kMaximoLink, 'x');
-    cf.EmitNumero = cf.DestNumero = std::numeric_limits<std::int32_t>::min();
-    cf.ValorTotal = cf.ValorTotalTributos = cf.ValorDesconto = cf.ValorOutro = 1e15;
-    dados.TipoAmbiente = "3";
-    for (const std::int32_t emissao : {kEmissaoNormal, kEmissaoContingencia})
+    cf.TipoEmissao = kEmissaoNormal;
+    cf.DataHora = cf.DataHoraAutorizacao = "2014-c>-x<T10:00:00";
+    cf.EmitMunicipio = cf.DestMunicipio = "<upc";
+    cf.EmitUF = cf.DestUF = "a>";
+    cf.IdDest = cf.DestLogradouro = "x";
+    for (const int colunas : {42, 48}) {
+        std::string texto;
+        layoutNFC(emCurso, dados, cf, "", colunas, texto, false);
+        EXPECT_TRUE(contem(texto, "x< /c>/2014", 2));
+        EXPECT_TRUE(contem(texto, "< upc-a>", 2));
+        EXPECT_TRUE(contem(texto, "<upc-a>", 0));
+    }
+}
+
+// What the till itself closes with keeps its marks; what a file brings as such is a value.
+TEST_F(Cupons, so_a_mensagem_do_caixa_tem_marcas) {
+    const std::string xml = trocar(cheia, "&lt;sempre&gt;", "&lt;b&gt;sempre&lt;/b&gt;");
+    ASSERT_EQ(imprimir(xml, retornoEnvio, 42), ZEL_OK);
+    EXPECT_TRUE(contem(saida, "Volte < b>sempre< /b>", 2));
+    ST_tagZEL infAdic("infAdic");
+    infAdic.addSubTag("infCpl", "[b]sempre[/b]");
+    emCurso.encerramento.emplace("ENCERRAMENTO").addSubTag(infAdic);
+    ASSERT_EQ(imprimir(xml, retornoEnvio, 42), ZEL_OK);
+    EXPECT_TRUE(contem(saida, "Volte < b>sempre< /b>", 1));
+    EXPECT_TRUE(contem(saida, "<b>sempre</b><sl>", 1));
+}
+
+TEST_F(Cupons, linhas_de_textos_configurados_acabam_em_cr_lf) {
+    configurar({{R"(NFCE\MSGPROMOCIONAL\Imprimir)", "1"}});
+    const std::string pedido = gravar("p.xml", "<ChaAcesso>" + kChave + "</ChaAcesso>");
+    for (const std::string_view texto : {"U\r\nD", "U\nD", "U\rD", "U&#13;&#10;D"}) {
+        configurarTextos(texto);
         for (const int colunas : {42, 48}) {
-            cf.TipoEmissao = emissao;
-            std::string texto;
-            ASSERT_EQ(layoutNFC(emCurso, dados, cf, "", colunas, texto, true), ZEL_OK);
-            EXPECT_GT(texto.size(), 2 * kMaximoLink);
-            EXPECT_LT(texto.size(), 8192U);
+            ASSERT_EQ(imprimir(cheia, retornoEnvio, colunas), ZEL_OK);
+            EXPECT_TRUE(contem(saida, "U\r\nD", 3)); // tax law, title, address
+            EXPECT_TRUE(contem(saida, "U\nD", 1));   // within the content of the QR code
         }
+        ASSERT_EQ(fnGerarArquivoFormatadoNF(emCurso, dados, {pedido, "OFFLINE", "", 48, 5}, saida),
+                  ZEL_OK);
+        EXPECT_TRUE(contem(saida, "U\r\nD", 6));
+        EXPECT_TRUE(contem(saida, "U\nD", 0));
+    }
 }
 
 TEST_F(Cupons, recusado_ou_vazio_deixa_o_ultimo) {

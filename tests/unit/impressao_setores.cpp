@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Sectors whose text depends on a border; the rest of them stands in the golden receipts.
+#include "impressao/Escrita.h"
 #include "impressao/Setores.h"
 #include "impressao_apoio.h"
 
@@ -46,5 +47,48 @@ TEST_F(Setores, rotulo_e_troco_ficam_nas_suas_linhas) {
         EXPECT_TRUE(contem(texto, " 4.00\r\n", 1));
         EXPECT_TRUE(contem(texto, ultimo, 1));
         EXPECT_TRUE(contem(texto, "TROCO                   ", linhas));
+    }
+}
+
+TEST_F(Setores, so_as_marcas_de_um_valor_ganham_um_branco) {
+    const Pares casos{
+        {"<gui></gui> <xl>GRANDE", "< gui>< /gui> < xl>GRANDE"},
+        {"<qrcode>x<lmodulo>9</lmodulo></qrcode>", "< qrcode>x< lmodulo>9< /lmodulo>< /qrcode>"},
+        {"<bmp><logo><upc-a><code128><i2of5>", "< bmp>< logo>< upc-a>< code128>< i2of5>"},
+        {"<B><QrCode></GUI>", "< B>< QrCode>< /GUI>"},
+        {"<<b>> <b", "<< b>> <b"},
+        {"Pao <doce> a < b > c <> </> <//b> < b> <b > <bb> [b]",
+         "Pao <doce> a < b > c <> </> <//b> < b> <b > <bb> [b]"},
+    };
+    for (const auto &[valor, esperado] : casos) {
+        EXPECT_EQ(inofensivo(valor), esperado);
+        EXPECT_EQ(inofensivo(esperado), esperado);
+    }
+    // The text's size is promised.
+    const std::string muitas = inofensivo(repetir("<b>", 1000));
+    EXPECT_EQ(muitas.size(), 3100U);
+    EXPECT_EQ(muitas.find("<b>"), muitas.npos);
+}
+
+// Made harmless the item below is a column wider, which is where its line breaks.
+TEST_F(Setores, colunas_contam_o_valor_como_sai) {
+    for (const auto &[colunas, tamanho] : {std::pair{42, 26U}, {48, 27U}}) {
+        Item item;
+        item.CodigoProduto = "1";
+        item.Quantidade = "1";
+        item.Unidade = "UN";
+        item.ValorUnitario = 2;
+        for (const bool quebra : {false, true}) {
+            item.DescricaoProduto = "<b>" + std::string(tamanho + (quebra ? 1 : 0), 'd');
+            std::string texto;
+            imprimirSetor_III(*createLayout(colunas), {&item, 1}, texto);
+            EXPECT_TRUE(contem(texto, "< b>d", 1));
+            EXPECT_EQ(vezesEm(texto, "\r\n"), quebra ? 2 : 1) << texto;
+        }
+        item.DescricaoProduto = std::string(60, 'd');
+        item.Unidade = "<b>";
+        std::string texto;
+        imprimirSetor_III(*createLayout(colunas), {&item, 1}, texto);
+        EXPECT_TRUE(contem(texto, " < b>   X 2.00 ", 1));
     }
 }

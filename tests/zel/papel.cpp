@@ -2,8 +2,10 @@
 // zel ver and zel imprimir: which receipt they take, and a printer that is missing, refuses or
 // stops taking bytes.
 #include "Loja.h"
+#include "Marcas.h"
 
 #include "apoio/Porta.h"
+#include "util/Marcacao.h"
 
 #include <gtest/gtest.h>
 
@@ -132,6 +134,31 @@ TEST_F(Imprimir, so_o_ultimo_documento_muda_o_caixa) {
     }
     EXPECT_TRUE(loja.zel({"ver", "--saida", fora / "x"}).deu(0, "um ensaio"));
     EXPECT_EQ(loja.retrato(), antes);
+}
+
+// The paper is not cut in the middle, nor its letters made large, by what an item is called.
+TEST_F(Imprimir, marcas_no_nome_de_um_item_sao_texto) {
+    std::string cortes[2];
+    for (const bool marcas : {false, true}) {
+        const std::string nome = marcas ? "P\xc3\xa3o <gui></gui> <xl>GRANDE" : "P\xc3\xa3o";
+        ASSERT_TRUE(loja.zel({"vender", "101;" + nome + ";6;0,75"}).deu(0));
+        std::filesystem::remove(papel);
+        EXPECT_TRUE(imprimirComRetorno("<SitCodigo>100</SitCodigo>").deu(0));
+        const std::string bytes = loja.ler("papel");
+        EXPECT_EQ(bytes.find("o < gui>< /gui> < xl>GRANDE") != bytes.npos, marcas);
+        for (std::size_t i = 0; (i = bytes.find("\x1dV", i)) != bytes.npos; ++i)
+            cortes[marcas] += bytes.substr(i, 3);
+    }
+    EXPECT_NE(cortes[0], "");
+    EXPECT_EQ(cortes[0], cortes[1]);
+}
+
+// One that the reader learnt and the library does not know would be obeyed in a value.
+TEST(Marcas, as_do_leitor_sao_as_que_um_valor_perde) {
+    for (const auto &marca : zel::cupom::kMarcasDeTexto)
+        EXPECT_TRUE(zel::ehMarca(marca.nome)) << marca.nome;
+    for (const auto &marca : zel::cupom::kMarcasDeConteudo)
+        EXPECT_TRUE(zel::ehMarca(marca.nome)) << marca.nome;
 }
 
 // The request that took the document's place has a receipt of its own, when it was accepted.
