@@ -12,6 +12,7 @@
 #include "apoio/ComoABiblioteca.h"
 
 using namespace zel::aplicativo;
+using zel::ehDigito;
 
 namespace {
 

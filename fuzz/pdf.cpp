@@ -4,10 +4,10 @@
 #include "PastaDoAlvo.h"
 
 #include "ZEL_FelborFramework.h"
+#include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
 #include "impressao/PdfDanfe.h"
 #include "impressao/ZEL_PDF.h"
-#include "util/ChaveAcesso.h"
 #include "util/Codificacao.h"
 
 using namespace zel;

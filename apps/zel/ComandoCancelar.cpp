@@ -4,10 +4,10 @@
 
 #include "Biblioteca.h"
 #include "Cupom.h"
-#include "Digitos.h"
 #include "Pedido.h"
 #include "Terminal.h"
 #include "Texto.h"
+#include "comum/Digitos.h"
 
 #include "ZEL_FelborFramework.h"
 
@@ -66,7 +66,7 @@ int pedirCancelamento(const Argumentos &argumentos, const std::string &diretorio
 int cancelarUltimo(const Argumentos &argumentos, const std::string &diretorio) {
     Documento ultimo{configuracao(R"(NFCE\ChaveDeAcesso)"),
                      configuracao(R"(NFCE\ProtocoloAutorizacao)")};
-    if (!ehChave(ultimo.chave)) return falhar("não há um último documento a cancelar");
+    if (!ehChaveIntegra(ultimo.chave)) return falhar("não há um último documento a cancelar");
     const NumeroESerie dele = numeroDaChave(ultimo.chave);
     const std::string numero = configuracao(R"(IDE\nNF)");
     if (lerInteiro(numero) != lerInteiro(dele.numero) ||
@@ -84,7 +84,7 @@ int cancelar(const Argumentos &argumentos) {
         (!soDigitos(argumentos.protocolo) || argumentos.protocolo.size() != 15))
         return usoErrado(kCancelar, "o protocolo tem 15 dígitos");
     const bool comChave = !argumentos.palavras.empty();
-    if (comChave && !ehChave(argumentos.palavras.front()))
+    if (comChave && !ehChaveIntegra(argumentos.palavras.front()))
         return usoErrado(kCancelar, juntar({argumentos.palavras.front(),
                                             ": não é uma chave de acesso; confira os 44 dígitos"}));
     const auto diretorio = prepararDiretorio(argumentos);

@@ -3,10 +3,10 @@
 #include "ComandoComum.h"
 
 #include "Biblioteca.h"
-#include "Digitos.h"
 #include "Pedido.h"
 #include "Terminal.h"
 #include "Texto.h"
+#include "comum/Digitos.h"
 
 #include "ZEL_FelborFramework.h"
 
@@ -48,7 +48,7 @@ std::string ler(const Argumentos &argumentos, Consulta &consulta) {
         if (!argumentos.serie.empty()) return "--serie vai com numero";
         if (palavras.empty()) return {};
         if (palavras.size() > 1) return "há argumentos demais";
-        if (ehChave(consulta.chave)) return {};
+        if (ehChaveIntegra(consulta.chave)) return {};
         return juntar({consulta.chave, ": não é uma chave de acesso; confira os 44 dígitos"});
     }
     if (palavras.size() != 3) return juntar({forma->nome, " leva INICIAL e FINAL"});
@@ -68,7 +68,8 @@ int consultar(const Argumentos &argumentos) {
     if (!diretorio) return kComErros;
     if (consulta.tipo == "CHAVE" && consulta.chave.empty()) {
         consulta.chave = configuracao(R"(NFCE\ChaveDeAcesso)");
-        if (!ehChave(consulta.chave)) return falhar("não há um último documento a consultar");
+        if (!ehChaveIntegra(consulta.chave))
+            return falhar("não há um último documento a consultar");
     }
     if (consulta.tipo == "NUM" && consulta.serie.empty())
         consulta.serie = configuracao(R"(IDE\Serie)");

@@ -2,12 +2,12 @@
 #include "ConferenciaDocumento.h"
 
 #include "ConferenciaConfig.h"
-#include "Digitos.h"
 #include "Esquema.h"
-#include "Estados.h"
 #include "Municipios.h"
 #include "Texto.h"
-#include "util/ChaveAcesso.h"
+#include "comum/ChaveAcesso.h"
+#include "comum/Digitos.h"
+#include "comum/Estados.h"
 
 #include <algorithm>
 #include <iterator>
@@ -247,7 +247,7 @@ void conferirOutro(const NoXml &raiz, Relatorio &relatorio) {
                          {}});
     for (const std::string_view nome : {"ChaAcesso", "chNFe"}) {
         const NoXml *chave = raiz.procurar(nome);
-        if (chave != nullptr && !chave->texto.empty() && !ehChave(chave->texto))
+        if (chave != nullptr && !chave->texto.empty() && !ehChaveIntegra(chave->texto))
             relatorio.registrar(
                 {"chave-digito", std::string(nome), chave->linha,
                  "não tem 44 dígitos, ou o último não confere",

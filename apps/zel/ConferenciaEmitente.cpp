@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "ConferenciaConfig.h"
 
-#include "Digitos.h"
-#include "Estados.h"
 #include "Municipios.h"
 #include "Regras.h"
 #include "Texto.h"
+#include "comum/Digitos.h"
+#include "comum/Estados.h"
 
 #include <ctime>
 #include <string>
@@ -51,17 +51,22 @@ void conferirMunicipio(const ArquivoConfig &config, const Estado &estado, std::s
                  estado.codigo, "."})});
 }
 
+// "9", "8 ou 9".
+std::string tamanhosDe(const Estado &estado) {
+    const auto [primeiro, outro] = estado.tamanhos;
+    return std::to_string(primeiro) + (outro == 0 ? "" : " ou " + std::to_string(outro));
+}
+
 void conferirInscricao(const ArquivoConfig &config, const Estado &estado, Relatorio &relatorio) {
     constexpr std::string_view kIe = R"(EMIT\IE)";
     const ValorConfig &ie = config[kIe];
     if (!serve(config, kIe)) return;
     if (!tamanhoDeIe(estado, ie.valor))
-        relatorio.registrar(
-            {"ie-tamanho", std::string(kIe), ie.linha,
-             juntar({"\"", ie.valor, "\" tem ", std::to_string(ie.valor.size()), " dígitos; em ",
-                     estado.uf, " são ", trocar(std::string(estado.tamanhos), "|", " ou ")}),
-             "Copie a inscrição estadual do cadastro da loja, com os zeros à "
-             "esquerda e sem pontos."});
+        relatorio.registrar({"ie-tamanho", std::string(kIe), ie.linha,
+                             juntar({"\"", ie.valor, "\" tem ", std::to_string(ie.valor.size()),
+                                     " dígitos; em ", estado.uf, " são ", tamanhosDe(estado)}),
+                             "Copie a inscrição estadual do cadastro da loja, com os zeros à "
+                             "esquerda e sem pontos."});
     else if (!digitosDeIe(estado, ie.valor))
         relatorio.registrar(
             {"ie-digito", std::string(kIe), ie.linha,

@@ -2,8 +2,8 @@
 #include "ConferenciaDocumento.h"
 
 #include "Chaves.h"
-#include "Digitos.h"
 #include "Texto.h"
+#include "comum/Digitos.h"
 
 #include <algorithm>
 #include <string>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Regras.h"
 
-#include "Digitos.h"
-#include "Estados.h"
 #include "Texto.h"
-#include "util/ChaveAcesso.h"
+#include "comum/ChaveAcesso.h"
+#include "comum/Digitos.h"
+#include "comum/Estados.h"
 
 #include <algorithm>
 #include <iterator>
@@ -169,7 +169,8 @@ constexpr Conferencia kConferencias[] = {
     /* kCfop */ seServe<ehCfop>,
     /* kChave */
     [](const LinhaChave &chave, std::string_view valor) {
-        return comDigito(chave, valor, ChaveAcesso::kDigitos, ehChave, "chave-digito", "a chave");
+        return comDigito(chave, valor, ChaveAcesso::kDigitos, ehChaveIntegra, "chave-digito",
+                         "a chave");
     },
     /* kToken */ seServe<ehToken>,
     /* kEndereco */ seServe<ehEndereco>,

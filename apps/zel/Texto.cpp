@@ -102,14 +102,6 @@ std::string caracteres(std::size_t quantos) {
     return juntar({std::to_string(quantos), quantos == 1 ? " caractere" : " caracteres"});
 }
 
-bool ehDigito(char c) {
-    return c >= '0' && c <= '9';
-}
-
-bool soDigitos(std::string_view texto) {
-    return !texto.empty() && std::all_of(texto.begin(), texto.end(), ehDigito);
-}
-
 bool igualSemCaixa(std::string_view a, std::string_view b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                       [](char x, char y) { return minuscula(x) == minuscula(y); });

@@ -3,6 +3,8 @@
 // and goes to its functions is ISO-8859-1. Pure functions; case is that of ASCII.
 #pragma once
 
+#include "comum/Ascii.h"
+
 #include <cstddef>
 #include <initializer_list>
 #include <optional>
@@ -27,8 +29,6 @@ std::string_view inicio(std::string_view utf8, std::size_t maximo);
 // "1 caractere", "2 caracteres".
 std::string caracteres(std::size_t quantos);
 
-bool ehDigito(char c);
-bool soDigitos(std::string_view texto); // and not empty
 bool igualSemCaixa(std::string_view a, std::string_view b);
 std::string minusculas(std::string_view texto);
 std::string semAcentos(std::string_view utf8); // of ISO-8859-1; other characters stay

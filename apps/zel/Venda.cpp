@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Venda.h"
 
-#include "Digitos.h"
 #include "Texto.h"
+#include "comum/Digitos.h"
 
 #include <algorithm>
 #include <array>

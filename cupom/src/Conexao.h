@@ -2,15 +2,17 @@
 // Connections to network printers.
 #pragma once
 
-#include "Descritor.h"
 #include "Espera.h"
 #include "Saida.h"
+#include "comum/Descritor.h"
 
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace zel::cupom {
+
+using comum::Descritor;
 
 struct EnderecoTcp {
     std::string host;

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Espera.h"
 
-#include "Descritor.h"
-
+#include <cerrno>
 #include <thread>
 
 namespace zel::cupom {

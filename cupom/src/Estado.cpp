@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Estado.h"
 
-#include "Descritor.h"
+#include "comum/Descritor.h"
 
 #include <algorithm>
 #include <string>
@@ -15,7 +15,7 @@ constexpr std::chrono::milliseconds kMaiorEspera(500);
 // What there is; false when the other side ended or failed.
 bool receber(int fd, std::string &recebido) {
     char parte[256];
-    const ssize_t n = insistir([&] { return ::read(fd, parte, sizeof parte); });
+    const ssize_t n = comum::insistir([&] { return ::read(fd, parte, sizeof parte); });
     if (n > 0) recebido.append(parte, static_cast<std::size_t>(n));
     return n > 0 || (n < 0 && errno == EAGAIN);
 }
@@ -39,7 +39,7 @@ std::string responder(int fd, const FamiliaDeEstado &familia, const PerguntaDeEs
     std::string resposta;
     esquecer(fd);
     const std::string_view comando = pergunta.comando;
-    const ssize_t n = insistir([&] { return ::write(fd, comando.data(), comando.size()); });
+    const ssize_t n = comum::insistir([&] { return ::write(fd, comando.data(), comando.size()); });
     if (n != static_cast<ssize_t>(comando.size())) return resposta;
     while (resposta.size() <= pergunta.byte && !prazo.acabou()) {
         if ((esperar(fd, POLLIN, prazo) & POLLIN) == 0 || !receber(fd, resposta)) break;

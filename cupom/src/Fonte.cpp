@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Fonte.h"
 
-#include "Arquivo.h"
+#include "comum/Arquivo.h"
 
 #include <cairo-ft.h>
 #include FT_OUTLINE_H
@@ -38,7 +38,7 @@ class Aberta {
 public:
     explicit Aberta(const std::string &arquivo) {
         if (FT_Init_FreeType(&biblioteca_) != 0) throw std::bad_alloc();
-        if (!ehArquivo(arquivo) || FT_New_Face(biblioteca_, arquivo.c_str(), 0, &face_) != 0)
+        if (!comum::ehArquivo(arquivo) || FT_New_Face(biblioteca_, arquivo.c_str(), 0, &face_) != 0)
             face_ = nullptr;
     }
     ~Aberta() {

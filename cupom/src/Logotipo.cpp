@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Logotipo.h"
 
-#include "Arquivo.h"
+#include "comum/Arquivo.h"
 
 #include <algorithm>
 #include <png.h>
@@ -38,7 +38,7 @@ std::uint8_t media(const ImagemCinza &imagem, int x0, int x1, int y0, int y1) {
 } // namespace
 
 std::optional<ImagemCinza> lerLogotipo(const std::string &arquivo) {
-    const std::optional<std::string> bytes = lerArquivo(arquivo, kMaiorArquivo);
+    const std::optional<std::string> bytes = comum::lerArquivo(arquivo, kMaiorArquivo);
     if (!bytes) return {};
     Leitor leitor;
     if (png_image_begin_read_from_memory(&leitor, bytes->data(), bytes->size()) == 0) return {};

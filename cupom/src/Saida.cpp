@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Saida.h"
 
-#include "Arquivo.h"
 #include "Conexao.h"
+#include "comum/Arquivo.h"
 
 #include <csignal>
 #include <linux/sockios.h>
@@ -32,7 +32,8 @@ public:
     ~SemSigpipe() {
         const int erro = errno;
         const timespec nada{0, 0};
-        if (!jaPendente_) insistir([&] { return ::sigtimedwait(&sigpipe_, nullptr, &nada); });
+        if (!jaPendente_)
+            comum::insistir([&] { return ::sigtimedwait(&sigpipe_, nullptr, &nada); });
         ::pthread_sigmask(SIG_SETMASK, &antes_, nullptr);
         errno = erro;
     }
@@ -85,7 +86,8 @@ bool falhou(short eventos) {
 // take the last bytes with it.
 void descartarRespostas(int fd) {
     char respostas[512];
-    while (insistir([&] { return ::recv(fd, respostas, sizeof respostas, MSG_DONTWAIT); }) > 0)
+    while (comum::insistir([&] { return ::recv(fd, respostas, sizeof respostas, MSG_DONTWAIT); }) >
+           0)
         continue;
 }
 
@@ -94,7 +96,7 @@ Envio escrever(int fd, std::string_view bytes, const Prazo &prazo, std::size_t &
     while (escritos < bytes.size()) {
         if (prazo.acabou()) return Envio::kTempoEsgotado;
         const std::string_view resto = bytes.substr(escritos);
-        const ssize_t n = insistir([&] { return ::write(fd, resto.data(), resto.size()); });
+        const ssize_t n = comum::insistir([&] { return ::write(fd, resto.data(), resto.size()); });
         if (n > 0) {
             escritos += static_cast<std::size_t>(n);
             continue;
@@ -206,7 +208,7 @@ Enviado enviarAoCaminho(const std::string &caminho, std::string_view bytes, cons
     if (existe && (S_ISCHR(dados.st_mode) || S_ISFIFO(dados.st_mode)))
         return enviarAoDispositivo(caminho, bytes, S_ISFIFO(dados.st_mode), prazo, familia);
     if (!existe && entreDispositivos(caminho)) return {Envio::kAusente};
-    if (!substituirArquivo(caminho, bytes)) return {Envio::kArquivo};
+    if (!comum::substituirArquivo(caminho, bytes)) return {Envio::kArquivo};
     return {Envio::kFeito, bytes.size()};
 }
 

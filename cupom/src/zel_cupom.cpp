@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "zel_cupom.h"
 
-#include "Arquivo.h"
 #include "EscPos.h"
 #include "EscPosFigura.h"
 #include "Imagem.h"
 #include "Leitor.h"
 #include "Saida.h"
+#include "comum/Arquivo.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -155,7 +155,8 @@ int gravar(zel_cupom *recibo, Gerador gerar, const char *arquivo) {
     return protegida([&] {
         const Gerado gerado = gerar(*recibo);
         if (gerado.codigo != ZEL_CUPOM_OK) return gerado.codigo;
-        return int{substituirArquivo(arquivo, gerado.bytes) ? ZEL_CUPOM_OK : ZEL_CUPOM_ARQUIVO};
+        return int{zel::comum::substituirArquivo(arquivo, gerado.bytes) ? ZEL_CUPOM_OK
+                                                                        : ZEL_CUPOM_ARQUIVO};
     });
 }
 
@@ -165,7 +166,7 @@ int definirPerfil(zel_cupom &recibo, const std::string &perfil) {
     std::optional<std::string_view> texto;
     if (!arquivo)
         texto = textoDoPerfil(perfil);
-    else if ((lido = lerArquivo(perfil, kMaiorPerfil)))
+    else if ((lido = zel::comum::lerArquivo(perfil, kMaiorPerfil)))
         texto = *lido;
     std::optional<Perfil> novo;
     if (texto)

@@ -2,8 +2,8 @@
 #include "documento/Cabecalho.h"
 
 #include "ZEL_FelborFramework.h"
+#include "comum/ChaveAcesso.h"
 #include "documento/DataHora.h"
-#include "util/ChaveAcesso.h"
 #include "util/Numero.h"
 #include "util/Recusa.h"
 #include "util/Texto.h"

@@ -3,7 +3,7 @@
 // and `emit`, all from the configuration. Changes nothing: the numbering it decided on is handed
 // back for whoever writes the document to commit.
 // Elements: Manual de Orientação do Contribuinte 6.0, Anexo I, groups B (ide) and C (emit), NF-e
-// layout 3.10; the access key is util/ChaveAcesso.h.
+// layout 3.10; the access key is comum/ChaveAcesso.h.
 #pragma once
 
 #include "config/Registro.h"

@@ -2,12 +2,12 @@
 #include "documento/Carga.h"
 
 #include "ZEL_FelborFramework.h"
+#include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
 #include "documento/ArquivoPersistencia.h"
 #include "documento/Moldes.h"
 #include "documento/Pendencias.h"
 #include "util/Arquivo.h"
-#include "util/ChaveAcesso.h"
 #include "util/Diretorio.h"
 #include "util/Gravacao.h"
 #include "util/Texto.h"

@@ -4,8 +4,8 @@
 // ISO-8859-1 and are cut at the capacity of their field. Holds no rule but three derived values.
 #pragma once
 
+#include "comum/ChaveAcesso.h"
 #include "util/Campo.h"
-#include "util/ChaveAcesso.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,6 +2,7 @@
 #include "impressao/GerenciadorImpressao.h"
 
 #include "ZEL_FelborFramework.h"
+#include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
 #include "documento/Digest.h"
 #include "documento/Parser.h"
@@ -13,7 +14,6 @@
 #include "impressao/LeituraXml.h"
 #include "impressao/Setores.h"
 #include "impressao/ValorImpresso.h"
-#include "util/ChaveAcesso.h"
 #include "util/Codificacao.h"
 #include "util/Codigos.h"
 #include "util/Numero.h"

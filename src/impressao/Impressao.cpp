@@ -2,6 +2,7 @@
 #include "impressao/Impressao.h"
 
 #include "ZEL_FelborFramework.h"
+#include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
 #include "impressao/ColunasLayout.h"
 #include "impressao/GerenciadorImpressao.h"
@@ -9,7 +10,6 @@
 #include "impressao/LeituraXml.h"
 #include "impressao/ZEL_PDF.h"
 #include "util/Arquivo.h"
-#include "util/ChaveAcesso.h"
 #include "util/Cripto.h"
 #include "util/Numero.h"
 #include "util/Recusa.h"

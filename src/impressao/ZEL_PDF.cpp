@@ -2,6 +2,7 @@
 #include "impressao/ZEL_PDF.h"
 
 #include "ZEL_FelborFramework.h"
+#include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
 #include "documento/Envio.h"
 #include "documento/Parser.h"
@@ -13,7 +14,6 @@
 #include "impressao/PdfListagem.h"
 #include "impressao/PdfPagina.h"
 #include "util/Arquivo.h"
-#include "util/ChaveAcesso.h"
 #include "util/Codificacao.h"
 #include "util/Diretorio.h"
 #include "util/Recusa.h"

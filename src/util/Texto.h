@@ -3,15 +3,13 @@
 // own (never the process locale), trimming, replacing, cutting apart. Pure functions.
 #pragma once
 
+#include "comum/Ascii.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace zel {
-
-constexpr bool ehDigito(char c) {
-    return c >= '0' && c <= '9';
-}
 
 constexpr char maiuscula(char c) {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;

@@ -15,6 +15,7 @@
 #include <thread>
 
 using namespace zel::cupom;
+using zel::comum::insistir;
 using namespace std::chrono_literals;
 
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Encodings, codes, accents and layouts: tables of what goes in and what has to come out.
+#include "comum/ChaveAcesso.h"
 #include "util/Acentuacao.h"
-#include "util/ChaveAcesso.h"
 #include "util/Codificacao.h"
 #include "util/Codigos.h"
 #include "util/Latin1.h"

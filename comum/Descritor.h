@@ -8,7 +8,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace zel::cupom {
+namespace zel::comum {
 
 // Repeats a call that a signal interrupted.
 template <class Chamada>
@@ -44,4 +44,4 @@ private:
     int fd_;
 };
 
-} // namespace zel::cupom
+} // namespace zel::comum

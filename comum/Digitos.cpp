@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "Digitos.h"
+#include "comum/Digitos.h"
 
-#include "Texto.h"
-#include "util/ChaveAcesso.h"
+#include "comum/Ascii.h"
+#include "comum/ChaveAcesso.h"
 
 #include <algorithm>
 #include <cstddef>
 
-namespace zel::aplicativo {
+namespace zel {
 
 namespace {
 
@@ -90,9 +90,9 @@ bool ehNcm(std::string_view texto) {
     return capitulo >= "01" && capitulo <= "97" && capitulo != "77" && texto.substr(2, 2) != "00";
 }
 
-bool ehChave(std::string_view texto) {
+bool ehChaveIntegra(std::string_view texto) {
     const auto chave = ChaveAcesso::ler(texto);
     return chave && chave->integra();
 }
 
-} // namespace zel::aplicativo
+} // namespace zel

@@ -3,9 +3,11 @@
 // states' published rules are simple. Pure functions over a table.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <string_view>
 
-namespace zel::aplicativo {
+namespace zel {
 
 // How a check digit follows from the remainder modulo 11 of the weighted digits.
 enum class Modulo { kPadrao, kResto };
@@ -17,9 +19,9 @@ struct DigitoIe {
 
 struct Estado {
     std::string_view uf;
-    std::string_view codigo;    // IBGE
-    std::string_view tamanhos;  // of an IE in digits: "9|14"
-    DigitoIe primeiro, segundo; // checked when the IE has the first of these lengths
+    std::string_view codigo;             // IBGE
+    std::array<std::size_t, 2> tamanhos; // of an IE in digits; 0: no second one
+    DigitoIe primeiro, segundo;          // checked when the IE has the first of these lengths
     Modulo modulo = Modulo::kPadrao;
 };
 
@@ -39,4 +41,4 @@ std::string_view remedioDoFuso();
 bool tamanhoDeIe(const Estado &estado, std::string_view ie);
 bool digitosDeIe(const Estado &estado, std::string_view ie);
 
-} // namespace zel::aplicativo
+} // namespace zel

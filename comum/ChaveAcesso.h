@@ -5,7 +5,7 @@
 // Contribuinte, NF-e layout 3.10, "Chave de Acesso da NF-e".
 #pragma once
 
-#include "util/Texto.h"
+#include "comum/Ascii.h"
 
 #include <algorithm>
 #include <array>

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "Estados.h"
+#include "comum/Estados.h"
 
-#include "Digitos.h"
-#include "Texto.h"
+#include "comum/Ascii.h"
+#include "comum/Digitos.h"
 
 #include <algorithm>
 #include <iterator>
-#include <string>
 
-namespace zel::aplicativo {
+namespace zel {
 
 namespace {
 
@@ -18,33 +17,33 @@ constexpr DigitoIe kNono{8, "98765432"};
 // for SINTEGRA. Where a state has more than one rule (AP, BA, GO, MG, RO, RR, TO) only the length
 // is checked.
 constexpr Estado kEstados[] = {
-    {"AC", "12", "13", {11, "43298765432"}, {12, "543298765432"}},
-    {"AL", "27", "9", kNono, {}},
-    {"AP", "16", "9", {}, {}},
-    {"AM", "13", "9", kNono, {}},
-    {"BA", "29", "8|9", {}, {}},
-    {"CE", "23", "9", kNono, {}},
-    {"DF", "53", "13", {11, "43298765432"}, {12, "543298765432"}},
-    {"ES", "32", "9", kNono, {}},
-    {"GO", "52", "9", {}, {}},
-    {"MA", "21", "9", kNono, {}},
-    {"MT", "51", "11", {10, "3298765432"}, {}},
-    {"MS", "50", "9", kNono, {}},
-    {"MG", "31", "13", {}, {}},
-    {"PR", "41", "10", {8, "32765432"}, {9, "432765432"}},
-    {"PB", "25", "9", kNono, {}},
-    {"PA", "15", "9", kNono, {}},
-    {"PE", "26", "9|14", {7, "8765432"}, {8, "98765432"}},
-    {"PI", "22", "9", kNono, {}},
-    {"RJ", "33", "8", {7, "2765432"}, {}},
-    {"RN", "24", "9|10", kNono, {}},
-    {"RS", "43", "10", {9, "298765432"}, {}},
-    {"RO", "11", "14", {}, {}},
-    {"RR", "14", "9", {}, {}},
-    {"SC", "42", "9", kNono, {}},
-    {"SE", "28", "9", kNono, {}},
-    {"SP", "35", "12", {8, "1345678A"}, {11, "32A98765432"}, Modulo::kResto},
-    {"TO", "17", "9|11", {}, {}},
+    {"AC", "12", {13}, {11, "43298765432"}, {12, "543298765432"}},
+    {"AL", "27", {9}, kNono, {}},
+    {"AP", "16", {9}, {}, {}},
+    {"AM", "13", {9}, kNono, {}},
+    {"BA", "29", {8, 9}, {}, {}},
+    {"CE", "23", {9}, kNono, {}},
+    {"DF", "53", {13}, {11, "43298765432"}, {12, "543298765432"}},
+    {"ES", "32", {9}, kNono, {}},
+    {"GO", "52", {9}, {}, {}},
+    {"MA", "21", {9}, kNono, {}},
+    {"MT", "51", {11}, {10, "3298765432"}, {}},
+    {"MS", "50", {9}, kNono, {}},
+    {"MG", "31", {13}, {}, {}},
+    {"PR", "41", {10}, {8, "32765432"}, {9, "432765432"}},
+    {"PB", "25", {9}, kNono, {}},
+    {"PA", "15", {9}, kNono, {}},
+    {"PE", "26", {9, 14}, {7, "8765432"}, {8, "98765432"}},
+    {"PI", "22", {9}, kNono, {}},
+    {"RJ", "33", {8}, {7, "2765432"}, {}},
+    {"RN", "24", {9, 10}, kNono, {}},
+    {"RS", "43", {10}, {9, "298765432"}, {}},
+    {"RO", "11", {14}, {}, {}},
+    {"RR", "14", {9}, {}, {}},
+    {"SC", "42", {9}, kNono, {}},
+    {"SE", "28", {9}, kNono, {}},
+    {"SP", "35", {12}, {8, "1345678A"}, {11, "32A98765432"}, Modulo::kResto},
+    {"TO", "17", {9, 11}, {}, {}},
 };
 
 // The first three digits of the postal codes of a state, as the Correios publish them.
@@ -105,14 +104,14 @@ std::string_view remedioDoFuso() {
 }
 
 bool tamanhoDeIe(const Estado &estado, std::string_view ie) {
-    const auto tamanhos = dividir(estado.tamanhos, '|');
-    return std::find(tamanhos.begin(), tamanhos.end(), std::to_string(ie.size())) != tamanhos.end();
+    return std::find(estado.tamanhos.begin(), estado.tamanhos.end(), ie.size()) !=
+           estado.tamanhos.end();
 }
 
 bool digitosDeIe(const Estado &estado, std::string_view ie) {
-    if (std::to_string(ie.size()) != dividir(estado.tamanhos, '|').front()) return true;
+    if (ie.size() != estado.tamanhos.front()) return true;
     return confere(estado.primeiro, estado.modulo, ie) &&
            confere(estado.segundo, estado.modulo, ie);
 }
 
-} // namespace zel::aplicativo
+} // namespace zel

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "Arquivo.h"
+#include "comum/Arquivo.h"
 
-#include "Descritor.h"
+#include "comum/Descritor.h"
 
 #include <cstdio>
 #include <sys/stat.h>
 
-namespace zel::cupom {
+namespace zel::comum {
 
 namespace {
 
@@ -79,4 +79,4 @@ bool substituirArquivo(const std::string &caminho, std::string_view conteudo) {
     return true;
 }
 
-} // namespace zel::cupom
+} // namespace zel::comum

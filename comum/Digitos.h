@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace zel::aplicativo {
+namespace zel {
 
 // 14, respectively 11 digits that end with their two check digits and are not all alike.
 bool ehCnpj(std::string_view texto);
@@ -23,9 +23,9 @@ bool ehGtin(std::string_view texto);
 bool ehNcm(std::string_view texto);
 
 // An access key that ends with its check digit.
-bool ehChave(std::string_view texto);
+bool ehChaveIntegra(std::string_view texto);
 
 // The remainder modulo 11 of the digits multiplied by the weights, one character each ("A" is 10).
 int restoPonderado(std::string_view digitos, std::string_view pesos);
 
-} // namespace zel::aplicativo
+} // namespace zel

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The file calls of the library. A file is read whole, or written whole or not at all.
+// Files without more: a file is read whole, or written whole or not at all.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace zel::cupom {
+namespace zel::comum {
 
 // True for a regular file, or a link to one: anything else (a pipe, a device) might never end.
 bool ehArquivo(const std::string &caminho);
@@ -20,4 +20,4 @@ std::optional<std::string> lerArquivo(const std::string &caminho, std::size_t ma
 // with errno, when it is as it was.
 bool substituirArquivo(const std::string &caminho, std::string_view conteudo);
 
-} // namespace zel::cupom
+} // namespace zel::comum

@@ -1,0 +1,161 @@
+/* SPDX-License-Identifier: MIT */
+/*
+ * libzel-envio: makes of what the till wrote (NFC-e of layout 3.10, contingency files, requests)
+ * the messages that the tax authority takes today: layout 4.00, signed, with QR code, judged by the
+ * published schemas. Looks at any NFC-e, too: signature, key, QR code, schema, sums.
+ *
+ * Conventions
+ *
+ *  1. A zel_envio is one configuration with its certificate and, after zel_envio_ler, one document.
+ *     One thread at a time may use it; several threads may use one each. There is no other state,
+ *     and nothing depends on the locale or the working directory.
+ *  2. Every function with an int result answers ZEL_ENVIO_OK or the negative code of its failure,
+ *     and a failure changes nothing but zel_envio_detalhe, which then says what is wrong: a line
+ * for each thing, `field: "value"; reason`, in Portuguese, UTF-8. All things are said, not the
+ * first alone.
+ *  3. What is read may be UTF-8 or ISO-8859-1, with a declaration or without; what is given back is
+ *     UTF-8, except what zel_envio_impressao gives, which is what the fiscal library reads.
+ *  4. Bytes that a function gives back belong to the caller, who returns them with
+ *     zel_envio_liberar_bytes. A 0 follows the last byte and is not counted. Texts that are
+ * answered belong to the zel_envio and are valid until its next call.
+ *  5. The key to sign with and its password are in no text, file or message of this library.
+ *  6. Nothing is fetched from a network; documents may be hostile: no entities, at most 16 MiB.
+ */
+#ifndef ZEL_ENVIO_H
+#define ZEL_ENVIO_H
+
+#include <stddef.h>
+
+#if defined(__GNUC__)
+#define ZEL_ENVIO_API __attribute__((visibility("default")))
+#else
+#define ZEL_ENVIO_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#define ZEL_ENVIO_VERSAO "1.0.0"
+
+/* Results. */
+enum {
+    ZEL_ENVIO_OK = 1,
+
+    ZEL_ENVIO_ARGUMENTO = -1,    /* null, or outside the values that the function names */
+    ZEL_ENVIO_MEMORIA = -2,      /* memory is short, or another failure of the system */
+    ZEL_ENVIO_CONFIGURACAO = -3, /* the configuration, or a file that it names */
+    ZEL_ENVIO_ILEGIVEL = -4,     /* not XML, or no document that this library knows */
+    ZEL_ENVIO_TRADUCAO = -5,     /* something cannot be said in layout 4.00 */
+    ZEL_ENVIO_CERTIFICADO = -6,  /* missing, wrong password, expired, of another issuer... */
+    ZEL_ENVIO_ASSINATURA = -7,   /* signing failed */
+    ZEL_ENVIO_ESQUEMA = -8,      /* the published schemas refuse the message */
+    ZEL_ENVIO_REPROVADO = -9,    /* zel_envio_verificar found something wrong */
+    ZEL_ENVIO_ORDEM = -10        /* nothing was read or made yet for this to work on */
+};
+
+/* Kinds of documents, see zel_envio_tipo. */
+enum {
+    ZEL_ENVIO_NENHUM = 0,
+    ZEL_ENVIO_NFCE = 1,         /* NFC-e; the till's or one of layout 4.00 */
+    ZEL_ENVIO_CANCELAMENTO = 2, /* the till's EnvioEvento, or an event of 4.00 */
+    ZEL_ENVIO_INUTILIZACAO = 3,
+    ZEL_ENVIO_CONSULTA = 4
+};
+
+typedef struct zel_envio zel_envio;
+
+/* Without configuration and document. Null when memory is short. The caller returns it with
+ * zel_envio_liberar. */
+ZEL_ENVIO_API zel_envio *zel_envio_novo(void);
+
+/* Returns it; null is allowed. */
+ZEL_ENVIO_API void zel_envio_liberar(zel_envio *envio);
+
+/* Reads a configuration, zel-envio.toml (docs/envio.md has every key), in the place of the one
+ * before; paths in it are relative to its directory. The certificate is opened when it is first
+ * needed, and the schemas are read then. Codes: ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_CONFIGURACAO. */
+ZEL_ENVIO_API int zel_envio_configurar(zel_envio *envio, const char *arquivo);
+
+/* The same from `tamanho` bytes of text; `diretorio` is where its relative paths begin. */
+ZEL_ENVIO_API int zel_envio_configurar_texto(zel_envio *envio, const char *toml, size_t tamanho,
+                                             const char *diretorio);
+
+/* Reads a document from `tamanho` bytes in the place of the one before: a till's NFC-e or request
+ * (documentosEnvio.xml, a history copy), one of its contingency files (.ctg, .ctgCanc: told by what
+ * they hold, not by their name), or a document of layout 4.00, signed or not (NFe, nfeProc,
+ * envEvento, inutNFe). Codes: ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_ILEGIVEL. */
+ZEL_ENVIO_API int zel_envio_ler(zel_envio *envio, const char *bytes, size_t tamanho);
+
+/* The kind of the document that was read. */
+ZEL_ENVIO_API int zel_envio_tipo(const zel_envio *envio);
+
+/* Says what the till's request leaves out; null or "" is not known. `protocolo`: nProt (15 digits)
+ * of the document to be cancelled. `substituta`: the key of the document that replaced it, which
+ * makes a cancellation by substitution (110112) of the request. `data`: "AAAA-MM-DD", when an
+ * inutilization was asked for; today when it is null. Holds for the document that was read.
+ * Codes: ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_ORDEM. */
+ZEL_ENVIO_API int zel_envio_completar(zel_envio *envio, const char *protocolo,
+                                      const char *substituta, const char *data);
+
+/* Translates the document that was read: the message of layout 4.00, unsigned, ready in
+ * zel_envio_mensagem. A document of layout 4.00 stays as it is. Where schemas are configured, they
+ * judge it but for the missing signature. Codes: ZEL_ENVIO_ORDEM, ZEL_ENVIO_TRADUCAO,
+ * ZEL_ENVIO_ESQUEMA, ZEL_ENVIO_CONFIGURACAO. */
+ZEL_ENVIO_API int zel_envio_traduzir(zel_envio *envio);
+
+/* Translates if that is due, checks the certificate, signs, adds the QR code (NFC-e) and lets the
+ * schemas judge the whole. A consultation needs no signature and is as it was translated.
+ * Codes: those of zel_envio_traduzir, ZEL_ENVIO_CERTIFICADO, ZEL_ENVIO_ASSINATURA. */
+ZEL_ENVIO_API int zel_envio_assinar(zel_envio *envio);
+
+/* The message that was made last: NFe, envEvento, inutNFe or consSitNFe. Codes:
+ * ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_ORDEM, ZEL_ENVIO_MEMORIA. */
+ZEL_ENVIO_API int zel_envio_mensagem(zel_envio *envio, char **bytes, size_t *tamanho);
+
+/* A fact of the message that was made, or else of the document that was read: "chave", "tipo",
+ * "digest", "qrCode", "urlChave", "emissao" (dhEmi), "total" (vNF), "serie", "numero", "protocolo";
+ * or of the certificate: "certificado.nome", "certificado.cnpj", "certificado.validade"
+ * ("AAAA-MM-DD"), "certificado.dias". Empty when there is none; null for an unknown name. */
+ZEL_ENVIO_API const char *zel_envio_valor(zel_envio *envio, const char *nome);
+
+/* Looks at an NFC-e of layout 4.00, ours or not: signature and digest, key (its parts against the
+ * document, check digit, forms of cNF that are refused), QR code, schema where configured, sums,
+ * IBS and CBS. ZEL_ENVIO_REPROVADO: zel_envio_detalhe has all that is wrong. With ZEL_ENVIO_OK it
+ * says what was looked at and what could not be, a line each. */
+ZEL_ENVIO_API int zel_envio_verificar(zel_envio *envio);
+
+/* The document that was read as a person reads it: plain text, UTF-8. Codes: ZEL_ENVIO_ARGUMENTO,
+ * ZEL_ENVIO_ORDEM, ZEL_ENVIO_MEMORIA. */
+ZEL_ENVIO_API int zel_envio_mostrar(zel_envio *envio, char **texto, size_t *tamanho);
+
+/* What the fiscal library needs to print the message that was made (or the document of layout 4.00
+ * that was read): `documento`, in the form in which it reads documents, and `retorno`, with the
+ * ready QR content. `resposta`, `tamanho_resposta` bytes, is the authority's (protNFe, nfeProc,
+ * retConsSitNFe); null for an offline receipt. Each is written to a file of its own and given to
+ * GerarArquivoFormatadoNF_ZEL as document and return. Codes: ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_ORDEM,
+ * ZEL_ENVIO_ILEGIVEL (an answer that is none of this document), ZEL_ENVIO_REPROVADO (the answer
+ * refuses the document), ZEL_ENVIO_MEMORIA. */
+ZEL_ENVIO_API int zel_envio_impressao(zel_envio *envio, const char *resposta,
+                                      size_t tamanho_resposta, char **documento,
+                                      size_t *tamanho_documento, char **retorno,
+                                      size_t *tamanho_retorno);
+
+/* Returns bytes that a function above gave; null is allowed. */
+ZEL_ENVIO_API void zel_envio_liberar_bytes(char *bytes);
+
+/* What the last call that failed found wrong, or zel_envio_verificar looked at; empty otherwise.
+ * Never null. */
+ZEL_ENVIO_API const char *zel_envio_detalhe(const zel_envio *envio);
+
+/* A code in words, in Portuguese without accents; never null. */
+ZEL_ENVIO_API const char *zel_envio_descrever(int codigo);
+
+/* ZEL_ENVIO_VERSAO of the library that was loaded. */
+ZEL_ENVIO_API const char *zel_envio_versao(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

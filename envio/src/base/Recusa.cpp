@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#include "base/Recusa.h"
+
+#include <cstddef>
+
+namespace zel::envio {
+
+namespace {
+
+constexpr std::size_t kMaiorValor = 120;
+
+// Cut before the character that would not fit whole.
+std::string_view cortar(std::string_view utf8) {
+    if (utf8.size() <= kMaiorValor) return utf8;
+    std::size_t fim = kMaiorValor;
+    while (fim > 0 && (static_cast<unsigned char>(utf8[fim]) & 0xC0) == 0x80)
+        --fim;
+    return utf8.substr(0, fim);
+}
+
+} // namespace
+
+bool Recusas::juntar(std::string_view campo, std::string_view valor, std::string_view motivo) {
+    lista_.push_back({std::string(campo), std::string(cortar(valor)), std::string(motivo)});
+    return false;
+}
+
+void Recusas::juntar(const Recusas &outras) {
+    lista_.insert(lista_.end(), outras.lista_.begin(), outras.lista_.end());
+}
+
+std::string Recusas::texto() const {
+    std::string texto;
+    for (const auto &recusa : lista_) {
+        if (!texto.empty()) texto += '\n';
+        texto += recusa.campo;
+        if (!recusa.valor.empty()) texto += ": \"" + recusa.valor + '"';
+        texto += (recusa.valor.empty() ? ": " : "; ") + recusa.motivo;
+    }
+    return texto;
+}
+
+} // namespace zel::envio
