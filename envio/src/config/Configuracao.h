@@ -66,6 +66,12 @@ struct ConfigQrCode {
     std::string urlChave; // likewise
 };
 
+// Rates in percent of documents from a day on ("AAAA-MM-DD").
+struct TaxasIbsCbs {
+    std::string desde;
+    Decimal pIBSUF, pIBSMun, pCBS;
+};
+
 struct ConfigIbsCbs {
     // From when on a document must have the groups, "AAAA-MM-DD"; empty: as the table of dates has
     // it for the CRT and the environment. "nunca": never.
@@ -73,6 +79,7 @@ struct ConfigIbsCbs {
     std::string CST = "000",
                 cClassTrib = "000001"; // the class of a product that nothing else names
     std::vector<ClasseTributaria> classes;
+    std::vector<TaxasIbsCbs> taxas; // of years that the library's table does not have
 };
 
 struct Configuracao {
