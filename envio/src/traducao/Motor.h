@@ -21,6 +21,7 @@ namespace zel::envio {
 struct Contexto {
     No antiga; // infNFe of layout 3.10
     No nova;   // infNFe of layout 4.00
+    No ultimoPagamento;
     const Configuracao &config;
     const ContextoNota &nota;
     Recusas &recusas;

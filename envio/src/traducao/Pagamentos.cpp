@@ -22,10 +22,6 @@ const ConfigPagamento &configDe(const Lugar &lugar) {
     return achado == pagamentos.end() ? kNada : achado->second;
 }
 
-bool ultimo(const Lugar &detPag) {
-    return detPag.contexto.antiga.filhos("pag").back() == detPag.antigo;
-}
-
 } // namespace
 
 Texto tPag(const Lugar &detPag) {
@@ -49,7 +45,7 @@ Texto xPag(const Lugar &detPag) {
 Texto vPag(const Lugar &detPag) {
     std::string valor = aparar(detPag.antigo.texto("vPag"));
     const Centavos troco = detPag.contexto.nota.troco;
-    if (troco <= 0 || !ultimo(detPag)) return valor;
+    if (troco <= 0 || detPag.antigo != detPag.contexto.ultimoPagamento) return valor;
     const auto numero = Decimal::ler(valor);
     const auto centavos = numero ? numero->centavos() : std::nullopt;
     return centavos ? textoDe(*centavos + troco) : valor;

@@ -28,8 +28,10 @@ std::optional<Documento> traduzirNfce(const No &nfe, const Configuracao &config,
     No nova = documento.raiz().acrescentar("infNFe");
     nova.definirAtributo("versao", kVersao);
     nova.definirAtributo("Id", "NFe" + chave);
+    const auto pagamentos = antiga.filhos("pag");
     Contexto contexto{antiga,
                       nova,
+                      pagamentos.empty() ? No() : pagamentos.back(),
                       config,
                       nota,
                       daqui,
