@@ -34,6 +34,14 @@ std::string_view nomesAntigos(const Linha &linha) {
     return linha.origem.empty() || linha.origem == kAquiMesmo ? linha.nome : linha.origem;
 }
 
+// Whether one of "a|b/c" is or begins with that element.
+bool tem(std::string_view nomes, std::string_view nome) {
+    return algumNome(nomes, [&](std::string_view este) {
+        const std::string_view primeiro = este.substr(0, este.find('/'));
+        return primeiro == nome;
+    });
+}
+
 // The row that takes an element of the till, or says that it goes.
 const Linha *linhaDe(std::span<const Linha> linhas, std::string_view nome) {
     for (const Linha &linha : linhas) {
@@ -43,9 +51,7 @@ const Linha *linhaDe(std::span<const Linha> linhas, std::string_view nome) {
             // Made here; of the till's at most what it repeats.
             for (const Linha &filho : linha.filhos)
                 if (filho.repete > 0 && nomesAntigos(filho) == nome) return &filho;
-        } else if (algumNome(nomesAntigos(linha), [&](std::string_view este) {
-                       return este.substr(0, este.find('/')) == nome;
-                   })) {
+        } else if (tem(nomesAntigos(linha), nome)) {
             return &linha;
         }
     }

@@ -57,7 +57,7 @@ Texto cListServ(const Lugar &issqn) {
         return recusar(issqn, "cListServ", codigo,
                        "é um item da lista de serviços, 4 dígitos; corrija "
                        "IMPOSTO\\ISSQN\\cListServ de ZEL_Framework.xml");
-    return codigo.insert(2, ".");
+    return codigo.substr(0, 2) + '.' + codigo.substr(2);
 }
 
 // The till's groups of other operations and of substitution may hold both forms; what counts is
