@@ -55,6 +55,7 @@ struct ClasseTributaria {
 struct ConfigRespTec {
     std::string CNPJ, xContato, email, fone;
     std::string idCSRT, CSRT; // the latter a secret; both or none
+    std::string arquivoCSRT{};
 };
 
 struct ConfigQrCode {

@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: MIT
+// zel-envio.toml: what it gives, what is refused and where; addresses; the first one of a till.
+#include "config/Configuracao.h"
+#include "config/Enderecos.h"
+#include "config/Primeira.h"
+
+#include "apoio/PastaTemporaria.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/stat.h>
+
+using namespace zel::envio;
+
+namespace {
+
+class Pasta {
+public:
+    std::string gravar(const std::string &nome, const std::string &texto, mode_t modo) const {
+        const std::string arquivo = pasta_ / nome;
+        std::ofstream(arquivo) << texto;
+        ::chmod(arquivo.c_str(), modo);
+        return arquivo;
+    }
+    std::string caminho() const { return pasta_ / ""; }
+
+private:
+    PastaTemporaria pasta_;
+};
+
+// The refusals of a text; empty when it was taken.
+std::string recusasDe(const std::string &toml, const std::string &diretorio = "/etc/loja") {
+    Recusas recusas;
+    const bool lida = Configuracao::ler(toml, diretorio, recusas).has_value();
+    EXPECT_EQ(lida, recusas.nenhuma());
+    return recusas.texto();
+}
+
+} // namespace
+
+TEST(ConfiguracaoDoEnvio, da_o_que_diz_com_caminhos_a_partir_de_sua_pasta) {
+    const Pasta pasta;
+    pasta.gravar("csc.txt", "0123456789ABCDEF\r\nresto", 0600);
+    pasta.gravar("classes.csv",
+                 "\xEF\xBB\xBF"
+                 "CST;cClassTrib;reducao\r\n# isentas\r\n200;200034;60,5\r\n410;410999;-\r\n"
+                 "ncm;1905;200034\r\nproduto;Pão 7;410999\r\n",
+                 0644);
+    pasta.gravar("zel-envio.toml", R"(
+esquemas = "/opt/leiaute"
+cUF = 43
+certificado = { arquivo = "loja.pfx", senha_arquivo = "/etc/senha" }
+qrcode = { id_csc = "000012", csc_arquivo = "csc.txt" }
+[intermediador]
+indIntermed = "1"
+CNPJ = "00000000000191"
+idCadIntTran = "loja7"
+[pagamentos]
+"Cartão de crédito" = { tpIntegra = "2" }
+99 = { tPag = "17" }
+[produtos."1.01"]
+CEST = "1704700"
+pST = "18.5"
+[ncm."22"]
+cBenef = "SEM CBENEF"
+[padrao]
+CST = "200"
+cClassTrib = "200034"
+[ibs_cbs]
+desde = "nunca"
+classes = "classes.csv"
+[[ibs_cbs.taxas]]
+desde = "2027-01-01"
+pIBSUF = "0.05"
+pIBSMun = "0.05"
+pCBS = "8.8"
+)",
+                 0644);
+    Recusas recusas;
+    const auto lida = Configuracao::abrir(pasta.caminho() + "zel-envio.toml", recusas);
+    ASSERT_TRUE(lida) << recusas.texto();
+    EXPECT_EQ(lida->certificado.arquivo, pasta.caminho() + "loja.pfx");
+    EXPECT_EQ(lida->certificado.arquivoSenha, "/etc/senha");
+    EXPECT_EQ(lida->esquemas + lida->cUF + lida->intermediadorId, "/opt/leiaute43loja7");
+    EXPECT_EQ(lida->qrcode.idCsc + " " + lida->qrcode.csc, "12 0123456789ABCDEF");
+    EXPECT_EQ(lida->pagamentos.at("03").tpIntegra + lida->pagamentos.at("99").tPag, "217");
+    EXPECT_EQ(lida->produtos.at("1.01").pST->texto(2, 4, 3), "18.50");
+    EXPECT_EQ(lida->produtos.at("Pão 7").CST, "410");
+    EXPECT_EQ(lida->ncm.at("1905").cClassTrib, "200034");
+    EXPECT_EQ(lida->ncm.at("22").cBenef, "SEM CBENEF");
+    const auto &classes = lida->ibsCbs.classes;
+    ASSERT_EQ(classes.size(), 3U); // and the plain one
+    EXPECT_EQ(classes[0].reducao.texto(2, 4, 3), "60.50");
+    EXPECT_TRUE(classes[1].semValores);
+    EXPECT_EQ(classes[2].cClassTrib, "000001");
+    EXPECT_EQ(lida->ibsCbs.taxas.at(0).pCBS.texto(2, 4, 3), "8.80");
+}
+
+TEST(ConfiguracaoDoEnvio, recusa_tudo_de_uma_vez_com_linha_e_o_que_cabe) {
+    EXPECT_EQ(recusasDe("esquema = 'x'\ncUF = '99'\n[qrcode]\nversao = 4\nid_csc = 1.5\n"
+                        "csc = 'com branco'\n"),
+              "zel-envio.toml, linha 2, cUF: \"99\"; é o código IBGE de um estado, como \"43\"\n"
+              "zel-envio.toml, linha 1, esquema: chave desconhecida; aqui cabem: esquemas, cUF, "
+              "verAplic, [certificado], [qrcode], [responsavel_tecnico], [intermediador], "
+              "[pagamentos], [produtos], [ncm], [padrao], [ibs_cbs]\n"
+              "zel-envio.toml, linha 6, [qrcode] csc: é um segredo: até 128 letras, dígitos e "
+              "sinais, sem brancos\n"
+              "zel-envio.toml, linha 5, [qrcode] id_csc: escreva o valor entre aspas; é o número "
+              "do CSC, de 1 a 6 dígitos: no caixa, CONFIGURACAO\\IDTokenSefaz\n"
+              "zel-envio.toml, linha 4, [qrcode] versao: \"4\"; é 2 (com CSC) ou 3 (sem CSC)");
+}
+
+TEST(ConfiguracaoDoEnvio, recusa_o_que_nao_cabe_ou_nao_combina) {
+    std::string fundo = "a";
+    for (int i = 0; i < 200000; ++i)
+        fundo += ".a";
+    const struct {
+        std::string toml;
+        const char *parte;
+    } kCasos[] = {
+        {"x", "linha 1: não é TOML"},
+        {fundo + " = 1", "umas dentro das outras"},
+        {"[" + fundo + "]", "umas dentro das outras"},
+        {"x = " + std::string(300, '[') + std::string(300, ']'), "umas dentro das outras"},
+        {"verAplic = \"\"\"\na\"\"\"", "várias linhas"},
+        {"verAplic = '" + std::string(1U << 20, 'x') + "'", "1 MiB"},
+        {"verAplic = 'a\\u0001'\nverAplic = 'b'", "não é TOML"},
+        {"verAplic = \"a\\nb\"", "1 a 20"},
+        {"certificado = 'x.pfx'", "é uma seção"},
+        {"[[produtos]]\nCEST = '1'", "é uma seção"},
+        {"[certificado]\narquivo = 'a'\nmodulo = 'b'", "A1"},
+        {"[certificado]\nsenha = 'x'", "cabem: arquivo, senha_arquivo"},
+        {"[qrcode]\ncsc = 'ABC'", "id_csc"},
+        {"[qrcode]\nendereco = 'https://a.b/c?x=1'", "termina em \"?p=\""},
+        {"[responsavel_tecnico]\nCNPJ = '00000000000191'", "vão juntos"},
+        {"[intermediador]\nindIntermed = '1'", "falta algum"},
+        {"[pagamentos]\nPix = { tPag = '17' }", "99 OUTROS"},
+        {"[pagamentos]\nOutros = { tPag = '17' }\n99 = { tPag = '18' }", "já foi dita"},
+        {"[pagamentos]\nOutros = { tpIntegra = '2' }", "xPag"},
+        {"[pagamentos]\n03 = { tBand = '01' }", "tpIntegra"},
+        {"[ncm.1]\nCEST = '1704700'", "2 a 8"},
+        {"[padrao]\nCST = '200'\ncClassTrib = '000001'", "começa pelo CST"},
+        {"[padrao]\nCST = '200'\ncClassTrib = '200034'", "não está na tabela"},
+        {"[padrao]\npFCP = '1.23456'", "4 casas"},
+        {"[ibs_cbs]\ndesde = '2026-02-30'", "AAAA-MM-DD"},
+        {"[[ibs_cbs.taxas]]\ndesde = '2027-01-01'", "falta pCBS"},
+        {"[ibs_cbs]\ntaxas = 1", "[[ibs_cbs.taxas]]"},
+        {"[ibs_cbs]\nclasses = 'nenhum.csv'", "não existe"},
+    };
+    for (const auto &[toml, parte] : kCasos)
+        EXPECT_NE(recusasDe(toml).find(parte), std::string::npos) << toml.substr(0, 80) << "\n"
+                                                                  << recusasDe(toml);
+    EXPECT_NE(recusasDe("esquemas = 'x'", "").find("a partir de \"/\""), std::string::npos);
+}
+
+TEST(ConfiguracaoDoEnvio, linhas_da_tabela_de_classes_sao_recusadas_por_numero) {
+    const Pasta pasta;
+    const struct {
+        const char *linha, *parte;
+    } kCasos[] = {
+        {"200;200034", "três colunas"},      {"200;100034;0", "começam pelo CST"},
+        {"200;200034;100,01", "de 0 a 100"}, {"200;200034;", "de 0 a 100"},
+        {"000;000001;0", "já está"},         {"ncm;1;000001", "2 a 8"},
+        {"produto;7;000001", "já tem uma"},  {"produto;8;200099", "não está na tabela"},
+    };
+    for (const auto &[linha, parte] : kCasos) {
+        pasta.gravar("c.csv", std::string("000;000001;0\nproduto;7;000001\n") + linha + "\n", 0644);
+        const std::string recusas = recusasDe("ibs_cbs.classes = 'c.csv'", pasta.caminho());
+        EXPECT_NE(recusas.find(parte), std::string::npos) << linha << ": " << recusas;
+    }
+    EXPECT_NE(recusasDe("ibs_cbs.classes = 'c.csv'", pasta.caminho()).find("200099"),
+              std::string::npos);
+}
+
+TEST(ConfiguracaoDoEnvio, segredos_abertos_a_outros_sao_recusados_sem_serem_ditos) {
+    const Pasta pasta;
+    const std::string noArquivo = "qrcode = { id_csc = '1', csc_arquivo = 's' }";
+    const std::string naConfiguracao = "qrcode = { id_csc = '1', csc = 'SEGREDO' }";
+    const struct {
+        std::string toml, segredo;
+        mode_t modoToml, modoSegredo;
+        const char *parte; // empty: taken
+    } kCasos[] = {
+        {noArquivo, "SEGREDO", 0644, 0600, ""},
+        {noArquivo, "SEGREDO", 0644, 0640, "chmod 600"},
+        {noArquivo, "SEGREDO", 0644, 0604, "chmod 600"},
+        {noArquivo, "\nSEGREDO", 0644, 0600, "vazia"},
+        {noArquivo, "SEGREDO em\xE7", 0644, 0600, "sem brancos"},
+        {naConfiguracao, "", 0600, 0600, ""},
+        {naConfiguracao, "", 0644, 0600, "chmod 600"},
+        {"qrcode = { id_csc = '1', csc = 'SEGREDO', csc_arquivo = 's' }", "SEGREDO", 0600, 0600,
+         "use um"},
+        {"qrcode = { id_csc = '1', csc_arquivo = 'falta' }", "", 0600, 0600, "não existe"},
+    };
+    for (const auto &[toml, segredo, modoToml, modoSegredo, parte] : kCasos) {
+        pasta.gravar("s", segredo, modoSegredo);
+        Recusas recusas;
+        const auto lida = Configuracao::abrir(pasta.gravar("t", toml, modoToml), recusas);
+        EXPECT_EQ(lida.has_value(), *parte == '\0') << toml << recusas.texto();
+        EXPECT_NE(recusas.texto().find(parte), std::string::npos) << recusas.texto();
+        EXPECT_EQ(recusas.texto().find("SEGREDO"), std::string::npos) << recusas.texto();
+    }
+}
+
+TEST(Enderecos, de_cada_estado_ou_de_quem_o_atende) {
+    const struct {
+        const char *uf;
+        int tpAmb;
+        Servico servico;
+        const char *endereco;
+    } kCasos[] = {
+        {"RS", 1, Servico::kAutorizacao,
+         "https://nfce.sefazrs.rs.gov.br/ws/NfeAutorizacao/NFeAutorizacao4.asmx"},
+        {"SC", 1, Servico::kAutorizacao,
+         "https://nfce.svrs.rs.gov.br/ws/NfeAutorizacao/NFeAutorizacao4.asmx"},
+        {"MT", 2, Servico::kQrCode, "http://homologacao.sefaz.mt.gov.br/nfce/consultanfce"},
+        {"AP", 2, Servico::kQrCode, "https://www.sefaz.ap.gov.br/nfcehml/nfce.php"},
+        {"AM", 1, Servico::kConsultaChave, "www.sefaz.am.gov.br/nfce/consulta"},
+        {"XX", 1, Servico::kQrCode, ""},
+        {"-", 1, Servico::kAutorizacao, ""},
+        {"SVRS", 1, Servico::kAutorizacao, ""},
+        {"RS", 3, Servico::kAutorizacao, ""},
+    };
+    for (const auto &[uf, tpAmb, servico, endereco] : kCasos)
+        EXPECT_EQ(enderecoDe(uf, tpAmb, servico), endereco) << uf;
+    for (const char *uf :
+         {"AC", "AL", "AP", "AM", "BA", "CE", "DF", "ES", "GO", "MA", "MT", "MS", "MG", "PR",
+          "PB", "PA", "PE", "PI", "RJ", "RN", "RS", "RO", "RR", "SC", "SE", "SP", "TO"})
+        for (int tpAmb = 1; tpAmb <= 2; ++tpAmb)
+            for (int servico = 0; servico <= static_cast<int>(Servico::kConsultaChave); ++servico)
+                EXPECT_NE(enderecoDe(uf, tpAmb, static_cast<Servico>(servico)), "")
+                    << uf << tpAmb << servico;
+}
+
+TEST(PrimeiraConfiguracao, le_se_como_esta_sem_o_segredo_nem_chaves_que_o_caixa_escreva) {
+    const std::string caixa =
+        "<FRAMEWORKZEL><CONFIGURACAO><IDTokenSefaz>000007</IDTokenSefaz><TipoAmbiente>3"
+        "</TipoAmbiente><TokenSefaz>SEGREDO</TokenSefaz></CONFIGURACAO><IDE><cUF>43</cUF><tpEmis>1"
+        "</tpEmis><xJust>conting\xEAncia</xJust></IDE><EMIT><CNPJ>00000000000191</CNPJ><CRT>3</CRT>"
+        "<ENDEREMIT><UF>SP\n[qrcode]\nversao = 3</UF></ENDEREMIT></EMIT></FRAMEWORKZEL>\r\n";
+    Recusas recusas;
+    const auto texto = primeiraConfiguracao(caixa, recusas);
+    ASSERT_TRUE(texto) << recusas.texto();
+    const auto lida = Configuracao::ler(*texto, "/etc/loja", recusas);
+    ASSERT_TRUE(lida) << recusas.texto();
+    EXPECT_EQ(lida->cUF + lida->qrcode.idCsc, "437");
+    EXPECT_EQ(lida->qrcode.versao, 2);
+    EXPECT_EQ(texto->find("SEGREDO"), std::string::npos);
+    for (const char *parte : {"TokenSefaz do caixa e não", "00000000 (", "por 00000000.", "CRT 3",
+                              "TipoAmbiente do caixa não é 1", "é de outro estado"})
+        EXPECT_EQ(texto->find(parte) == std::string::npos, parte == std::string("00000000 ("))
+            << parte;
+
+    const std::string fabrica = lerTudo(ZEL_OURO "/ZEL_Framework.xml").value_or("");
+    for (const std::string &outro : {std::string("<FRAMEWORKZEL/>"), fabrica}) {
+        const auto primeira = primeiraConfiguracao(outro, recusas);
+        ASSERT_TRUE(primeira) << recusas.texto();
+        EXPECT_TRUE(Configuracao::ler(*primeira, "", recusas)) << recusas.texto();
+    }
+    EXPECT_FALSE(primeiraConfiguracao("<NFe/>", recusas));
+
+    // The example lines, too, are ones that a shop can use.
+    std::string usada;
+    for (std::size_t i = 0, fim = 0; i < texto->size(); i = fim + 1) {
+        fim = std::min(texto->find('\n', i), texto->size());
+        std::string linha = texto->substr(i, fim - i);
+        const bool exemplo = linha.starts_with("# ") &&
+                             (linha.find(" = ") != linha.npos || linha.starts_with("# ["));
+        if (linha.find("modulo") == linha.npos && linha.find("arquivo =") == linha.npos &&
+            linha.find("_arquivo") == linha.npos && linha.find("classes =") == linha.npos)
+            usada += (exemplo ? linha.substr(2) : linha) + "\n";
+    }
+    EXPECT_TRUE(Configuracao::ler(usada, "/etc/loja", recusas)) << recusas.texto() << usada;
+}
