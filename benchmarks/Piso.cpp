@@ -96,9 +96,9 @@ void Piso::gravar(const std::vector<std::string> &gravacoes) const {
 
 ChamadasDeVenda::ChamadasDeVenda(const fs::path &base, const std::string &configuracao,
                                  const std::string &documento)
-    : pasta_(base), configuracao_(pasta_ / "ZEL_Framework.xml"), trava_(pasta_ / "trava", kNovo),
-      diario_(pasta_ / "diario", kNovo), aberto_(pasta_ / "ArqPersist.bin", kNovo),
-      tamanho_(documento.size()) {
+    : pasta_(base), configuracao_(pasta_ / "ZEL_Framework.xml"), nomeDaTrava_(pasta_ / "trava"),
+      trava_(nomeDaTrava_, kNovo), diario_(pasta_ / "diario", kNovo),
+      aberto_(pasta_ / "ArqPersist.bin", kNovo), tamanho_(documento.size()) {
     escreverEDescarregar(Aberto(configuracao_, kNovo).fd(), configuracao);
     escreverEDescarregar(diario_.fd(), std::string(kDiario, '\0'));
     escreverEDescarregar(aberto_.fd(), documento);
@@ -109,6 +109,8 @@ void ChamadasDeVenda::vender(const std::string &registro) {
     char bloco[kBloco] = {};
     travar(trava_.fd(), F_WRLCK);
     exigirBytes(fstat(trava_.fd(), &dados), 0);
+    exigirBytes(lstat(nomeDaTrava_.c_str(), &dados), 0);
+    travar(diario_.fd(), F_WRLCK);
     exigirBytes(fstat(diario_.fd(), &dados), 0);
     exigirBytes(pread(diario_.fd(), bloco, kSetor, static_cast<off_t>(fim_)), kSetor);
     exigirBytes(stat(configuracao_.c_str(), &dados), 0);
@@ -122,5 +124,6 @@ void ChamadasDeVenda::vender(const std::string &registro) {
     fim_ += kBloco;
     tamanho_ += registro.size();
     exigirBytes(pwrite(diario_.fd(), bloco, kBloco, static_cast<off_t>(fim_)), kBloco);
+    travar(diario_.fd(), F_UNLCK);
     travar(trava_.fd(), F_UNLCK);
 }

@@ -62,7 +62,7 @@ public:
 
 private:
     PastaTemporaria pasta_;
-    std::string configuracao_;
+    std::string configuracao_, nomeDaTrava_;
     Aberto trava_, diario_, aberto_;
     std::size_t tamanho_; // of the document
     std::size_t fim_ = 0; // of the journal

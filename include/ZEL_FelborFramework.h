@@ -36,13 +36,17 @@
  *     that loads the configuration finds the file without its root tags. No exception leaves the
  *     library.
  *  8. The library has no threads: serialise the calls of a process. One process at a time has the
- *     receipt of a data directory: from its first change of the receipt that succeeds to its end,
- *     the functions of the groups "Opening", "Items", "Totalization and payment" and the closings,
- *     reissues and the cancellation of the receipt in progress answer ZEL_ARQUIVO_INDISPONIVEL to
- *     every other process (a forked child is one) and change nothing. Reading, configuring,
- *     requesting and printing stay possible there; two changes of files wait for each other, three
- *     seconds at most. The lock file ZEL_Framework.trava holds nothing and may stay. Any function
- *     may be the first one called.
+ *     receipt of a data directory: from its first change of the receipt that succeeds until the
+ *     receipt is closed, cancelled or reset (its state set to 0) or the process ends, the functions
+ *     of the groups "Opening", "Items", "Totalization and payment" and the closings, reissues and
+ *     the cancellation of the receipt in progress answer ZEL_ARQUIVO_INDISPONIVEL to every other
+ *     process (a forked child is one) and change nothing. Reading, configuring, requesting and
+ *     printing stay possible there; two changes of files wait for each other, three seconds at
+ *     most. The next opening may come from any process, which loads what is on disk. Where the
+ *     environment variable ZEL_COMPARTILHADO is 1 several processes serve one receipt: it belongs
+ *     to each of them for one call, which loads what another one changed. Presets of the next item
+ *     are of their process. The variable is read as ZEL_DIRETORIO is. The lock file
+ *     ZEL_Framework.trava holds nothing and may stay. Any function may be the first one called.
  *  9. Files stand in the data directory: that of the loaded library, or the absolute path in the
  *     environment variable ZEL_DIRETORIO, which is read once, by the first call of the process (a
  *     process with more rights than its user ignores it). ZEL_Framework.xml holds configuration and
@@ -284,7 +288,11 @@ ZEL_API int tCFEncerrarConfigMsg_ZEL(const char *informacoes, const char *inform
  * goes to documentosEnvio.xml, with history copies: ZEL_CANCELAMENTO_GRAVADO.
  * Codes: ZEL_ARGUMENTO_INVALIDO, a null argument; ZEL_RECUSADO, five empty texts in state 6, or
  * while the stored key is not that of the stored number and series (an older document was printed
- * since: name the document), or a clock whose year has not four digits. Loads the configuration.
+ * since: name the document), or a clock whose year has not four digits; ZEL_ARQUIVO_INDISPONIVEL,
+ * five empty texts while the state is not the one that this process knew (its last change of the
+ * receipt, the last answer of rCFVerificarStatus_ZEL, or what it began with), for another process
+ * has moved it on: ask for it, and repeat what is still meant. Where the receipt is shared (8), it
+ * must have been closed, or not closed, as it is. Loads the configuration.
  * Files: documentosEnvio.xml and history copies; for the receipt in progress ZEL_Framework.xml. */
 ZEL_API int tCFCancelar_ZEL(const char *numero, const char *serie, const char *chave,
                             const char *protocolo, const char *justificativa);
@@ -363,8 +371,8 @@ ZEL_API int regAlterarValor_ZEL(const char *chave, const char *valor);
  * ZEL_ARGUMENTO_INVALIDO, `valor` null; ZEL_RECUSADO, no such key, with an empty text. */
 ZEL_API int regRetornarValor_ZEL(const char *chave, char *valor);
 
-/* Answers the receipt state, 0 to 6, as stored in ZEL_Framework.xml when this process last loaded
- * or changed it. */
+/* Answers the receipt state, 0 to 6, as stored in ZEL_Framework.xml, whichever process changed it;
+ * where the file cannot be read, as this process last knew it. */
 ZEL_API int rCFVerificarStatus_ZEL(void);
 
 /* Reads what the table names into `valor`, ZEL_TAMANHO_INFO bytes; empty where the table has

@@ -37,6 +37,17 @@ int quadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
         nome);
 }
 
+// Reads of the receipt, as whoever changed it last left it.
+template <typename Funcao>
+int quadroDoEstado(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
+    return quadro(
+        [&] {
+            verDocumento(G_stXML_Persistencia);
+            return funcao();
+        },
+        nome);
+}
+
 // Functions without the frame do without the document in progress, not without their files.
 template <typename Funcao>
 int semQuadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
@@ -60,7 +71,7 @@ int naVez(Funcao funcao) {
 // Presets of the next item, which `funcao` gets: nothing of them reaches a file.
 template <typename Funcao>
 int quadroDosPresets(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
-    return quadro([&] { return funcao(G_stTagImpostoConfTemp); }, nome);
+    return quadroDoEstado([&] { return funcao(G_stTagImpostoConfTemp); }, nome);
 }
 
 template <typename Funcao>
@@ -87,7 +98,8 @@ int mudancaSemQuadro(Funcao funcao, const char *nome = __builtin_FUNCTION()) noe
         nome);
 }
 
-// Changes of the receipt, which `funcao` gets: the process that made the first of them, to its end.
+// Changes of the receipt, which `funcao` gets: the process that made the first of them, to the end
+// of the receipt.
 template <typename Funcao>
 int quadroDoCupom(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
     ST_PersitenceXML_ZEL &cupom = G_stXML_Persistencia;

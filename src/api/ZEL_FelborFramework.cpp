@@ -342,11 +342,16 @@ int aCFConfCofinsOutr_ZEL(const char *cst, const char *aliquota, const char *val
 // ---- Configuration and information --------------------------------------------------------------
 
 int regAlterarValor_ZEL(const char *chave, const char *valor) {
-    return quadroDeMudanca([&] { return fnRegAlterarValor_ZEL(texto(chave), texto(valor)); });
+    return quadroDeMudanca([&] {
+        const int codigo = fnRegAlterarValor_ZEL(texto(chave), texto(valor));
+        if (codigo == ZEL_OK && ehCaminhoDoEstado(texto(chave))) aceitarEstado();
+        return codigo;
+    });
 }
 
 int regRetornarValor_ZEL(const char *chave, char *valor) {
     return quadro([&] {
+        if (ehCaminhoDoEstado(texto(chave))) verConfig();
         return entregar("valor", valor, [&](std::string &resultado) {
             return fnRegRetornarValor_ZEL(texto(chave), resultado);
         });
@@ -355,11 +360,15 @@ int regRetornarValor_ZEL(const char *chave, char *valor) {
 
 int rCFVerificarStatus_ZEL() {
     // An unreadable file leaves the state in memory, 0 in a new process.
-    return semQuadro([] { return fnCFVerificarStatus_ZEL(); });
+    return semQuadro([] {
+        verConfig();
+        lembrarEstado();
+        return fnCFVerificarStatus_ZEL();
+    });
 }
 
 int rInfoEstendida_ZEL(const char *indice, char *valor) {
-    return quadro([&] {
+    return quadroDoEstado([&] {
         return entregar("valor", valor, [&](std::string &resultado) {
             return fnInfoEstendida_ZEL(G_stXML_Persistencia, texto(indice), resultado);
         });

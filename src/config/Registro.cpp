@@ -144,6 +144,10 @@ int fnXML_CarregarXML_ZEL() {
     return carregar(texto);
 }
 
+bool configAlterada() {
+    return !inalterada();
+}
+
 int garantirConfig() {
     return G_stRegistroZEL_AUX.arquivo ? int{ZEL_OK} : fnXML_CarregarXML_ZEL();
 }

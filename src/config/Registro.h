@@ -36,6 +36,9 @@ std::vector<Alteracao> valoresAtuais(std::span<const Alteracao> alteracoes);
 // ZEL_ARQUIVO_INDISPONIVEL it cannot be read or written. On failure memory is as before.
 int fnXML_CarregarXML_ZEL();
 
+// Whether another program may have changed the file since.
+bool configAlterada();
+
 // The same, done at most once successfully per process: the first call of a process, whichever it
 // is, sees the file.
 int garantirConfig();

@@ -25,6 +25,8 @@ struct EstadoDoArquivo {
     std::optional<std::size_t> tamanho; // none: the next save writes the whole document
     bool danificado = false;            // keep a copy before it is replaced
     std::size_t transporteNoFim = 0;    // bytes of the carrier's record where that is the last one
+    std::optional<Identidade> identidade; // of the file that memory has; none for no file
+    std::uint64_t leituras = 0;           // of the journal, by then
 };
 EstadoDoArquivo arquivo;
 
@@ -102,6 +104,12 @@ bool guardarDanificado() {
     return true;
 }
 
+// The file is as the change that was just made left it.
+void assumirGravado() {
+    arquivo.identidade = identidadeDeixada(kNome);
+    arquivo.leituras = leiturasDoDiario();
+}
+
 // What this process knows of a file that holds the document whole, in the order of its records.
 void assumirInteiro(const ST_PersitenceXML_ZEL &documento, std::size_t tamanho) {
     arquivo.tamanho = tamanho;
@@ -144,6 +152,14 @@ int recusarSemDocumento() {
     return arquivo.lido ? recusar(Motivo::kSemDocumento) : arquivoIndisponivel();
 }
 
+bool estruturaAlterada() {
+    if (!arquivo.lido || arquivo.leituras != leiturasDoDiario()) return true;
+    Identidade achada;
+    const Leitura leitura = identificar(caminho(), Ligacao::kNaoSeguida, achada);
+    if (leitura == Leitura::kInexistente) return arquivo.identidade.has_value();
+    return leitura != Leitura::kLido || arquivo.identidade != achada;
+}
+
 void esquecerEstrutura(ST_PersitenceXML_ZEL &documento) {
     documento.fnLimpar();
     arquivo = {};
@@ -159,6 +175,7 @@ int fnPersistEstrutura_ZEL(const ST_PersitenceXML_ZEL &documento,
     if (const int resultado = alterarConfig(alteracoes, mudancas); resultado != ZEL_OK)
         return resultado;
     assumirInteiro(documento, texto.size());
+    assumirGravado();
     return ZEL_OK;
 }
 
@@ -188,13 +205,15 @@ int persistirUltimo(const ST_PersitenceXML_ZEL &documento, Secao secao,
     else
         arquivo.tamanho = *lugar + fim.size();
     if (secao == Secao::kPagamento) arquivo.transporteNoFim = 0;
+    assumirGravado();
     return ZEL_OK;
 }
 
 int fnCarregaEstrutura_ZEL(ST_PersitenceXML_ZEL &documento, bool *passageira) {
     if (passageira != nullptr) *passageira = true;
     std::string texto;
-    const Leitura leitura = lerArquivo(caminho(), texto, Ligacao::kNaoSeguida);
+    Identidade identidade;
+    const Leitura leitura = lerArquivo(caminho(), texto, Ligacao::kNaoSeguida, &identidade);
     if (leitura == Leitura::kFalha) return arquivoIndisponivel();
 
     // Read apart, for memory may run out on the way.
@@ -204,8 +223,9 @@ int fnCarregaEstrutura_ZEL(ST_PersitenceXML_ZEL &documento, bool *passageira) {
         texto, inteiro, [&](std::string_view linha) { return lerRegistro(lido, linha); });
     if (passageira != nullptr) *passageira = false;
     documento = std::move(lido);
-    arquivo = {.lido = true, .tamanho = {}};
+    arquivo = {.lido = true, .tamanho = {}, .identidade = {}, .leituras = leiturasDoDiario()};
     if (leitura == Leitura::kInexistente) return arquivoIndisponivel();
+    arquivo.identidade = identidade;
     arquivo.danificado = resultado != ZEL_OK;
     if (inteiro != texto.size()) return resultado;
     assumirInteiro(documento, inteiro);

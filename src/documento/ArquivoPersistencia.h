@@ -20,6 +20,10 @@ namespace zel {
 // then nothing is written over it.
 bool estruturaLida();
 
+// Whether the file is not the one that memory was last read from or saved to, or may be so: a
+// process that has not the receipt may find another one's there.
+bool estruturaAlterada();
+
 // -52 for an operation that needs the document in progress, where there is none or it was not read.
 int recusarSemDocumento();
 

@@ -7,6 +7,7 @@
 #include "documento/ArquivoPersistencia.h"
 #include "documento/Moldes.h"
 #include "documento/Pendencias.h"
+#include "documento/ZEL_Controle.h"
 #include "util/Arquivo.h"
 #include "util/Diretorio.h"
 #include "util/Gravacao.h"
@@ -29,7 +30,7 @@ constexpr std::string_view kNomesDosArquivos[] = {
     "ArqPersist.tmp",      "documentosEnvio.xml",
     "parametrosEnvio.xml", "documentosEnvio.xml.tmp",
     "ultimadanfe.bin",     "parametrosEnvio.xml.tmp",
-    "danfe_pdf_temp.xml",
+    "danfe_pdf_temp.xml",  "ZEL_Framework.trava",
 };
 
 // A file that the library writes in its data directory, where other programs may have theirs.
@@ -68,6 +69,7 @@ void prepararArquivos() {
     const bool certos = !vez || acompanharDiario() == ZEL_OK;
     const bool sozinho = vez && certos && posse;
     arquivosProntos = garantirConfig() == ZEL_OK && certos && (!sozinho || resolverPendencias());
+    lembrarEstado(true);
     if (sozinho) removerSobras();
 }
 
@@ -88,6 +90,47 @@ void recarregarVariaveis(ST_PersitenceXML_ZEL &documento) {
     // A configuration that cannot be read is the operation's to answer.
     fnXML_CarregarXML_ZEL();
     fnInicializarVariaveis_ZEL(documento);
+}
+
+void verConfig() {
+    if (!configAlterada()) return;
+    // One that cannot be read, or is being changed for long, leaves what is in memory.
+    if (const Vez vez; vez && acompanharDiario() == ZEL_OK) fnXML_CarregarXML_ZEL();
+}
+
+void verDocumento(ST_PersitenceXML_ZEL &documento) {
+    verConfig();
+    if (PosseDoCupom::minha() || !estruturaAlterada()) return;
+    if (const Vez vez; vez && acompanharDiario() == ZEL_OK) recarregarVariaveis(documento);
+}
+
+bool obterCupom(PosseDoCupom &posse, ST_PersitenceXML_ZEL &documento) {
+    // A process that has it without a receipt in progress was left behind by somebody's reset.
+    const bool minha =
+        posse || (fnXML_CarregarXML_ZEL() == ZEL_OK && !cupomEmAndamento() && posse.tomar());
+    if (!minha) return false;
+    if (posse.nova() && estruturaAlterada()) {
+        recarregarVariaveis(documento);
+    } else {
+        // A configuration that cannot be read is the operation's to answer.
+        if (posse.nova()) fnXML_CarregarXML_ZEL();
+        fnInicializarVariaveis_ZEL(documento);
+    }
+    return true;
+}
+
+void depoisDoCupom(PosseDoCupom &posse, bool mudou) {
+    if (PosseDoCupom::compartilhada() || !cupomEmAndamento())
+        posse.largar();
+    else if (mudou)
+        posse.manter();
+    if (mudou) lembrarEstado();
+}
+
+void aceitarEstado() {
+    lembrarEstado();
+    PosseDoCupom posse;
+    if (!cupomEmAndamento()) posse.largar();
 }
 
 void fnFinalizarVariaveis_ZEL() {

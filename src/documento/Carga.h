@@ -21,15 +21,27 @@ void prepararArquivos();
 // memory must not be saved over that.
 void recarregarVariaveis(ST_PersitenceXML_ZEL &documento);
 
+// For reads: configuration and document as other processes left them, where the files are not those
+// that memory has. Where that cannot be had, memory stays.
+void verConfig();
+void verDocumento(ST_PersitenceXML_ZEL &documento);
+
+// The two ends of a change of the document: false while another process has the receipt in
+// progress; and what becomes of it after a change, or a refused one.
+bool obterCupom(PosseDoCupom &posse, ST_PersitenceXML_ZEL &documento);
+void depoisDoCupom(PosseDoCupom &posse, bool mudou);
+
+// The application itself changed the state, within a turn: a receipt that it reset is nobody's.
+void aceitarEstado();
+
 // Runs a change of the document, within a turn: ZEL_ARQUIVO_INDISPONIVEL while another process has
-// the receipt. The first change that succeeds keeps it for this process.
+// the receipt. The first change that succeeds keeps it for this process, to the receipt's end.
 template <class Funcao>
 int comPosseDoCupom(ST_PersitenceXML_ZEL &documento, Funcao funcao) {
     PosseDoCupom posse;
-    if (!posse) return posse.recusa();
-    posse.nova() ? recarregarVariaveis(documento) : fnInicializarVariaveis_ZEL(documento);
+    if (!obterCupom(posse, documento)) return posse.recusa();
     const int resultado = funcao();
-    if (resultado > 0) posse.manter();
+    depoisDoCupom(posse, resultado > 0);
     return resultado;
 }
 

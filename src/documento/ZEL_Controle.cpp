@@ -3,8 +3,10 @@
 
 #include "ZEL_FelborFramework.h"
 #include "util/Numero.h"
+#include "util/Trava.h"
 
 #include <array>
+#include <optional>
 
 namespace zel {
 
@@ -14,6 +16,8 @@ Campo<2> ZEL_TIPO_DESC_ACREC;
 namespace {
 
 constexpr Chave kChaveEstado = R"(CONFIGURACAO\estadoCFe)"_chave;
+
+std::optional<int> conhecido; // to the application
 
 // In which states an operation may run (bit S for state S), and what refuses it otherwise; without
 // a receipt every one but opening is refused with ZEL_NENHUM_CUPOM.
@@ -51,6 +55,26 @@ int fnVerificarSePosso_ZEL(Operacao operacao) {
 
 int recusarNoEstado(Motivo motivo) {
     return recusar(motivo, {.estado = G_EstadoCFe});
+}
+
+bool cupomEmAndamento() {
+    const int estado = fnCFVerificarStatus_ZEL();
+    return estado > kNenhum && estado < kEncerrado;
+}
+
+void lembrarEstado(bool seNenhum) {
+    if (!seNenhum || !conhecido) conhecido = fnCFVerificarStatus_ZEL();
+}
+
+bool estadoAindaVale() {
+    const int estado = fnCFVerificarStatus_ZEL();
+    if (!conhecido || *conhecido == estado) return true;
+    return PosseDoCupom::compartilhada() && (*conhecido == kEncerrado) == (estado == kEncerrado);
+}
+
+bool ehCaminhoDoEstado(std::string_view caminho) {
+    const auto chave = procurarChave(caminho);
+    return chave && *chave == kChaveEstado;
 }
 
 Alteracao alteracaoEstado(int estado) {

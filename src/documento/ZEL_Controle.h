@@ -7,6 +7,8 @@
 #include "util/Campo.h"
 #include "util/Recusa.h"
 
+#include <string_view>
+
 namespace zel {
 
 enum Estado { kNenhum, kAberto, kVendendo, kTotalizado, kPagamento, kEncerrado, kCancelado };
@@ -33,6 +35,19 @@ int fnDefinirEstadoCFe_ZEL(int estado);
 
 // The stored state, 0 to 6; anything else stored reads as 0.
 int fnCFVerificarStatus_ZEL();
+
+// Whether a receipt is opened and neither closed nor cancelled, by the state in memory.
+bool cupomEmAndamento();
+
+// The application knows the state in memory: it was told, or made it so. `seNenhum`: only when it
+// knows none yet.
+void lembrarEstado(bool seNenhum = false);
+// Whether what the application knows still holds. Where several processes serve one receipt, each
+// of them moves it on: what counts there is whether it is closed.
+bool estadoAindaVale();
+
+// Whether a configuration path names the state.
+bool ehCaminhoDoEstado(std::string_view caminho);
 
 // The configuration change that sets the state, for a commit together with the document.
 Alteracao alteracaoEstado(int estado);

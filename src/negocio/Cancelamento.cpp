@@ -100,6 +100,7 @@ int fnCFCancelar_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, std::string_view nu
     DadosCancelamento cancelado{numero, serie, chave, protocolo, justificativa};
     if (semTextos(cancelado)) {
         const int estado = fnCFVerificarStatus_ZEL();
+        if (!estadoAindaVale()) return recusarNoEstado(Motivo::kEstadoDeOutro);
         if (estado < kEncerrado) return cancelarCupomEmAndamento(documento);
         if (estado != kEncerrado) return recusarNoEstado(Motivo::kJaCancelado);
         cancelado = ultimoDocumento();

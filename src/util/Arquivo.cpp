@@ -283,7 +283,11 @@ void removerRascunho(const std::string &caminho, Ligacao ligacao) {
 
 Descritor abrirNoLugar(const std::string &caminho, Ligacao ligacao) {
     Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK | naoSeguir(ligacao));
-    if (!arquivo.aberto()) falhouArquivo(caminho);
+    struct stat dados {};
+    if (arquivo.aberto() && ::fstat(arquivo.fd(), &dados) == 0)
+        arquivo.guardar(dados);
+    else
+        falhouArquivo(caminho);
     return arquivo;
 }
 

@@ -63,7 +63,8 @@ bool escreverRascunho(const std::string &caminho, std::string_view conteudo, Ace
 bool instalarRascunho(const std::string &caminho, Ligacao ligacao);
 void removerRascunho(const std::string &caminho, Ligacao ligacao);
 
-// Opens a file to write in its place; without waiting, should it be a pipe.
+// Opens a file to write in its place, and notes which one it is, to be kept; without waiting,
+// should it be a pipe.
 Descritor abrirNoLugar(const std::string &caminho, Ligacao ligacao);
 // Writes bytes over it from `lugar` on, at its end for an append, without a flush.
 bool escreverNoLugar(const Descritor &arquivo, std::size_t lugar, std::string_view bytes);

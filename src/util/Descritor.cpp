@@ -3,7 +3,6 @@
 
 #include <fcntl.h>
 #include <unistd.h>
-#include <utility>
 
 namespace zel {
 
@@ -41,8 +40,12 @@ Descritor::Descritor(const char *caminho, int modo, mode_t permissoes) {
 
 Descritor &Descritor::operator=(Descritor &&outro) noexcept {
     if (this != &outro) {
+        // A number that was given out again was not open any more.
+        if (fd_ == outro.fd_) soltar();
         fechar();
-        fd_ = std::exchange(outro.fd_, -1);
+        fd_ = outro.fd_;
+        guardado_ = outro.guardado_;
+        outro.soltar();
     }
     return *this;
 }
@@ -68,8 +71,11 @@ bool Descritor::escrever(std::string_view bytes, std::size_t lugar) const {
 }
 
 bool Descritor::fechar() {
+    struct stat dados {};
+    // A disk that refuses to say which file it is does not make it somebody else's.
+    if (guardado_ && (::fstat(fd_, &dados) == 0 ? !ehOGuardado(dados) : errno == EBADF)) soltar();
     const int resultado = fd_ >= 0 ? ::close(fd_) : 0;
-    fd_ = -1;
+    soltar();
     return resultado == 0 || errno == EINTR;
 }
 

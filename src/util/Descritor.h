@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 // An open file: closed when it goes out of scope, never under one of the numbers of standard input,
-// output and error. A host that closed those would otherwise print into the library's files.
+// output and error. A host that closed those would otherwise print into the library's files. One
+// that is kept between calls knows which file it is: a host that closes whatever is open, as a
+// service does that starts, may have a file of its own under the number afterwards.
 #pragma once
 
 #include <cerrno>
 #include <cstddef>
+#include <optional>
 #include <string_view>
+#include <sys/stat.h>
 #include <sys/types.h>
 
 namespace zel {
@@ -27,7 +31,9 @@ public:
     // and stays so: to free it again could close what another thread has put there meanwhile.
     Descritor(const char *caminho, int modo, mode_t permissoes = 0);
     ~Descritor() { fechar(); }
-    Descritor(Descritor &&outro) noexcept : fd_(outro.fd_) { outro.fd_ = -1; }
+    Descritor(Descritor &&outro) noexcept : fd_(outro.fd_), guardado_(outro.guardado_) {
+        outro.soltar();
+    }
     Descritor &operator=(Descritor &&outro) noexcept;
     Descritor(const Descritor &) = delete;
     Descritor &operator=(const Descritor &) = delete;
@@ -35,18 +41,35 @@ public:
     bool aberto() const { return fd_ >= 0; }
     int fd() const { return fd_; }
 
+    // Notes which file it is, as fstat(2) said right after it was opened.
+    void guardar(const struct stat &dados) { guardado_ = {dados.st_dev, dados.st_ino}; }
+    // Whether what fstat(2) says now is of the file that was noted.
+    bool ehOGuardado(const struct stat &dados) const {
+        return guardado_ && guardado_->dispositivo == dados.st_dev && guardado_->no == dados.st_ino;
+    }
+
     // Forgets the number without closing it, once it is known to be somebody else's file.
-    void soltar() { fd_ = -1; }
+    void soltar() {
+        fd_ = -1;
+        guardado_.reset();
+    }
 
     // Writes all of it after what was written last, or at `lugar`, bytes from the start.
     bool escrever(std::string_view bytes) const;
     bool escrever(std::string_view bytes, std::size_t lugar) const;
 
     // A failed close may have lost bytes (network file systems); the descriptor is gone either way.
+    // One that is no more the file that was noted is somebody else's to close.
     bool fechar();
 
 private:
+    struct Guardado {
+        dev_t dispositivo;
+        ino_t no;
+    };
+
     int fd_ = -1;
+    std::optional<Guardado> guardado_;
 };
 
 } // namespace zel

@@ -5,6 +5,7 @@
 #include "util/Diretorio.h"
 #include "util/Recusa.h"
 #include "util/Soma.h"
+#include "util/Trava.h"
 
 #include <algorithm>
 #include <array>
@@ -55,6 +56,7 @@ std::uint32_t somaDoCaminho() {
 
 Leitura Diario::abrir() {
     const std::string caminho = fnConfigurarPath(kNome);
+    arquivo_.fechar();
     arquivo_ = Descritor(caminho.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK);
     if (!arquivo_.aberto()) {
         falhouArquivo(caminho);
@@ -64,6 +66,12 @@ Leitura Diario::abrir() {
     const bool conhecido = ::fstat(arquivo_.fd(), &dados) == 0;
     if (!conhecido || !S_ISREG(dados.st_mode)) {
         conhecido ? naoEhArquivo(caminho) : falhouArquivo(caminho);
+        arquivo_.fechar();
+        return Leitura::kFalha;
+    }
+    arquivo_.guardar(dados);
+    if (!Vez::estender(arquivo_)) {
+        falhouArquivo(caminho);
         arquivo_.fechar();
         return Leitura::kFalha;
     }
@@ -106,7 +114,8 @@ bool Diario::criar(const std::string &caminho) {
     if (!arquivo_.aberto()) return falhouArquivo(caminho);
     darAoDonoDoDiretorio(arquivo_.fd(), caminho);
     tamanho_ = 0;
-    const bool feito = ocupar(kTamanho) && descarregarDiretorio(caminho);
+    const bool feito = (Vez::estender(arquivo_) || falhouArquivo(caminho)) && ocupar(kTamanho) &&
+                       descarregarDiretorio(caminho);
     arquivo_.fechar();
     if (!feito) removerArquivo(caminho);
     return feito;
@@ -185,7 +194,8 @@ bool Diario::segue(const RegistroDiario &registro) const {
 
 bool Diario::emDia() {
     struct stat dados {};
-    if (!arquivo_.aberto() || ::fstat(arquivo_.fd(), &dados) != 0 || dados.st_nlink == 0)
+    if (!arquivo_.aberto() || ::fstat(arquivo_.fd(), &dados) != 0 || dados.st_nlink == 0 ||
+        !arquivo_.ehOGuardado(dados) || !Vez::estender(arquivo_))
         return false;
     // A record, with or without its stamps, would have taken the place of those that stood there;
     // whoever empties the journal writes others there.

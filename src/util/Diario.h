@@ -48,7 +48,8 @@ public:
     bool danificado() const { return danificado_; }
 
     // Whether the journal ends where this process knows it to: not when another process wrote to it
-    // or emptied it since, or when it was removed.
+    // or emptied it since, or when it was removed. Open or looked at, it has the turn extended to
+    // it.
     bool emDia();
     // Whether it is still the file of its name.
     bool temSeuNome() const;

@@ -32,6 +32,7 @@ struct Cadeia {
 // What this process knows of the journal and of the files in it.
 struct Gravador {
     Diario diario;
+    std::uint64_t leituras = 0; // of the journal
     pid_t processo = 0;
     // Files that hold what the journal says, by name.
     std::map<std::string, Cadeia, std::less<>> cadeias;
@@ -204,11 +205,9 @@ bool preparar(const std::vector<Plano> &planos) {
 // Opens a file to write in its place, unless it is open. False where it is not the one that was
 // looked at.
 bool abrirSeguida(const Plano &plano, Cadeia &cadeia) {
-    if (plano.aberta) return true;
+    if (plano.aberta && cadeia.aberto.aberto()) return true;
     Identidade aberta;
-    // A number that the host closed may be a file of its own by now.
-    if (!identificar(cadeia.aberto, aberta) || aberta.no != cadeia.identidade.no)
-        cadeia.aberto.soltar();
+    if (!identificar(cadeia.aberto, aberta)) cadeia.aberto.fechar();
     if (!plano.seguida || !cadeia.aberto.aberto()) {
         cadeia.aberto = abrirNoLugar(plano.caminho, plano.mudanca->ligacao);
         if (!identificar(cadeia.aberto, aberta)) return false;
@@ -225,7 +224,11 @@ bool escreverSobre(const Plano &plano, Cadeia &cadeia) {
         return cadeia.aberto.escrever(plano.trecho.bytes, plano.trecho.lugar);
     };
     // Here, for the file is not the one that was looked at once a part of it is written.
-    if (!escrever() && !escrever()) return false;
+    if (!escrever() && !escrever()) {
+        // The host reads the same file under a number that it took from here.
+        if (errno == EBADF) cadeia.aberto.soltar();
+        return false;
+    }
     if (!plano.mudanca->marcada) return identificar(cadeia.aberto, cadeia.identidade);
     // A file that people edit. Another one may have its name, or a link lead elsewhere.
     Identidade marcada;
@@ -363,6 +366,7 @@ bool recuperar() {
     g.diretorio = {};
     g.processo = ::getpid();
     g.atrasado = true;
+    ++g.leituras;
     const Leitura leitura = g.diario.ler(conteudo);
     if (leitura == Leitura::kFalha) return false;
     if (leitura == Leitura::kLido && !acertarTodos(conteudo)) return false;
@@ -451,7 +455,7 @@ bool gravarTodos(std::span<const MudancaArquivo> mudancas) {
 } // namespace
 
 int acompanharDiario() {
-    const bool meu = gravador().processo == ::getpid();
+    const bool meu = gravador().processo == Vez::processo();
     return (meu && acompanhado() && gravador().diario.emDia()) || recuperar()
                ? int{ZEL_OK}
                : arquivoIndisponivel();
@@ -469,6 +473,16 @@ std::optional<Identidade> identidadeMarcada(std::string_view nome) {
     const auto cadeia = gravador().cadeias.find(nome);
     if (cadeia == gravador().cadeias.end() || !cadeia->second.marcada) return {};
     return cadeia->second.identidade;
+}
+
+std::optional<Identidade> identidadeDeixada(std::string_view nome) {
+    const auto cadeia = gravador().cadeias.find(nome);
+    if (cadeia == gravador().cadeias.end()) return {};
+    return cadeia->second.identidade;
+}
+
+std::uint64_t leiturasDoDiario() {
+    return gravador().leituras;
 }
 
 void aliviarDiario() {

@@ -9,6 +9,7 @@
 #include "util/Arquivo.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <span>
@@ -42,6 +43,14 @@ int gravarJuntos(std::span<const MudancaArquivo> mudancas);
 // The identity that a marked file of the last change was left with; none where others' changes of
 // the next moments could have the same one.
 std::optional<Identidade> identidadeMarcada(std::string_view nome);
+
+// The identity that a file was left with, or found with as the journal has it; none where that is
+// not known.
+std::optional<Identidade> identidadeDeixada(std::string_view nome);
+
+// How often this process had to read the journal: no other process's change came in between two
+// calls, in turns of their own, that get the same number.
+std::uint64_t leiturasDoDiario();
 
 // At the beginning of a turn: takes note of what other processes did, and puts right what a dead
 // one left. ZEL_OK, or ZEL_ARQUIVO_INDISPONIVEL when something that was done cannot be put in

@@ -58,7 +58,7 @@ Leitura identificar(const std::string &caminho, Ligacao ligacao, Identidade &ide
 bool identificar(const Descritor &arquivo, Identidade &identidade) {
     struct stat dados {};
     if (!arquivo.aberto() || ::fstat(arquivo.fd(), &dados) != 0 || !S_ISREG(dados.st_mode) ||
-        dados.st_nlink == 0)
+        dados.st_nlink == 0 || !arquivo.ehOGuardado(dados))
         return false;
     identidade = identidadeDe(dados);
     return true;

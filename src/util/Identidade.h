@@ -38,7 +38,8 @@ Identidade identidadeDe(const struct stat &dados);
 
 // Reads the identity of a regular file. kFalha also for what is no regular file.
 Leitura identificar(const std::string &caminho, Ligacao ligacao, Identidade &identidade);
-// The same of an open one. False also when it has no name any more. An identity that is as before
+// The same of an open one. False also when it has no name any more, or is not the file that was
+// noted for it. An identity that is as before
 // says that it has kept its name as well: to rename a file changes it, too.
 bool identificar(const Descritor &arquivo, Identidade &identidade);
 

@@ -37,6 +37,7 @@ const std::set<Motivo> kMudam{
     Motivo::kDocumentoIncompleto, // its number is taken before its parts are looked for
     Motivo::kPdfSemDocumento,     // the receipt is printed, and its PDF fails
     Motivo::kNaoAutorizado,       // and here
+    Motivo::kEstadoDeOutro,       // another till closes its receipt meanwhile
     Motivo::kPdfNaoGravado,       // and here
 };
 

@@ -25,6 +25,12 @@ int abrirEmOutro(Caixa &c) {
     return abrir(outro);
 }
 
+int cancelarDesatualizado(Caixa &c) {
+    const Caixa outro(c);
+    const int antes = outro->rCFVerificarStatus_ZEL();
+    return antes == 2 && fechar(c) == ZEL_OK ? outro->tCFCancelar_ZEL("", "", "", "", "") : 0;
+}
+
 const Pedido kAbrir("aCFAbrir_ZEL");
 const Pedido kVender("aCFVender_ZEL", "T1800", "1", "10.00", "", "", "1", "UN", "Produto");
 
@@ -52,6 +58,8 @@ const std::vector<Provocacao> kProvocacoes{
      nullptr, alterarSemVez},
     {Motivo::kCupomDeOutro, -52, 1, kAbrir, "/: outro processo está com o cupom", nullptr,
      abrirEmOutro},
+    {Motivo::kEstadoDeOutro, -52, 2, Pedido("tCFCancelar_ZEL"), "soube dele, estado 5 (encerrado)",
+     nullptr, cancelarDesatualizado},
     {Motivo::kSemDocumento, -52, 0, Pedido("aCFTotalizar_ZEL"), "/ArqPersist.bin não existe",
      configurado("CONFIGURACAO\\estadoCFe", "2")},
     {Motivo::kConfigIlegivel, -40, 0, kAbrir, "/ZEL_Framework.xml: faltam as marcas <FRAMEWORKZEL>",

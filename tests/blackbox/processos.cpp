@@ -11,10 +11,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
 #include <set>
 #include <sys/mman.h>
+#include <sys/time.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -162,21 +168,112 @@ TEST(DoisProcessos, nenhuma_chave_em_dois_documentos) {
     EXPECT_EQ(chaves.size(), 2 * kCupons);
 }
 
-// Each changes a value of its own: nobody's change is undone by the other one's.
+// Each changes a value of its own: nobody's change is undone by the other one's. Also where
+// somebody keeps removing the lock file, in the midst of changes: then one may be refused.
 TEST(DoisProcessos, nenhuma_mudanca_da_configuracao_se_perde) {
+    for (const bool removida : {false, true}) {
+        SCOPED_TRACE(removida);
+        Caixa caixa;
+        ASSERT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
+        caixa.parar();
+        const auto mudar = [&](const char *chave) {
+            const Caixa c(caixa);
+            int feitas = 0;
+            for (int vez = 0; vez < 100; ++vez) {
+                const std::string valor(static_cast<std::size_t>(vez % 7 + 1), 'x');
+                const bool mudado = c->regAlterarValor_ZEL(chave, valor.c_str()) == ZEL_OK;
+                if (!mudado && !removida) return 1;
+                if (!mudado) continue;
+                ++feitas;
+                if (c->aCFInicializar_ZEL() == ZEL_OK && c.config(chave) != valor) return 2;
+            }
+            return feitas > 0 ? 0 : 3;
+        };
+        const pid_t um = comecarFilho([&] { return mudar("EMIT\\xNome"); });
+        const pid_t outro = comecarFilho([&] { return mudar("IDE\\natOP"); });
+        const pid_t removedor = comecarFilho([&] {
+            for (; removida; usleep(50))
+                unlink((caixa.diretorio() + "ZEL_Framework.trava").c_str());
+            return 0;
+        });
+        EXPECT_EQ(fimDe(um), 0);
+        EXPECT_EQ(fimDe(outro), 0);
+        kill(removedor, SIGKILL);
+        fimDe(removedor);
+    }
+}
+
+// A till that hangs holds the others up for three seconds, however often signals wake them.
+TEST(DoisProcessos, a_espera_e_de_tres_segundos) {
+    using Relogio = std::chrono::steady_clock;
     Caixa caixa;
     ASSERT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
-    const auto mudar = [](const Caixa &c, const char *chave, const std::string &inicial) {
-        for (int vez = 0; vez < 100; ++vez) {
-            const std::string valor = inicial + std::string(static_cast<std::size_t>(vez % 7), 'x');
-            if (c->regAlterarValor_ZEL(chave, valor.c_str()) != ZEL_OK) return 1;
-            if (c->aCFInicializar_ZEL() != ZEL_OK || c.config(chave) != valor) return 1;
-        }
-        return 0;
-    };
-    const pid_t outro = comecarFilho([&] { return mudar(Caixa(caixa), "EMIT\\xNome", "Loja"); });
-    EXPECT_EQ(mudar(caixa, "IDE\\natOP", "Venda"), 0);
-    EXPECT_EQ(fimDe(outro), 0);
+    EXPECT_EQ(emFilho([&] {
+                  const std::string trava = caixa.diretorio() + "ZEL_Framework.trava";
+                  const int fd = open(trava.c_str(), O_RDWR);
+                  struct flock pedido {};
+                  pedido.l_type = F_WRLCK;
+                  pedido.l_len = 1;
+                  if (fcntl(fd, F_OFD_SETLK, &pedido) != 0) return 1;
+                  struct sigaction nada {};
+                  nada.sa_handler = [](int) {};
+                  sigaction(SIGALRM, &nada, nullptr);
+                  const itimerval frequente{{0, 200}, {0, 200}};
+                  setitimer(ITIMER_REAL, &frequente, nullptr);
+                  const auto inicio = Relogio::now();
+                  if (abrir(caixa) != ZEL_ARQUIVO_INDISPONIVEL) return 2;
+                  const std::chrono::duration<double> espera = Relogio::now() - inicio;
+                  return espera.count() >= 3 && espera.count() < 6 ? 0 : 3;
+              }),
+              0);
+}
+
+// A service closes every number when it starts, and opens files of its own under them: these are
+// not the library's to write to, to lock or to close, and the receipt goes on.
+TEST(DescritoresGuardados, um_programa_que_os_fecha_continua) {
+    constexpr std::string_view kDele = "DO PROGRAMA";
+    for (const int seus : {0, 20}) {
+        SCOPED_TRACE(seus);
+        Caixa caixa;
+        caixa.parar();
+        const int resposta = emFilho([&] {
+            caixa.iniciar();
+            std::vector<int> abertos;
+            const auto tomar = [&] {
+                closefrom(3);
+                abertos.clear();
+                for (int i = 0; i < seus; ++i) {
+                    const std::string nome = caixa.diretorio() + "dele" + std::to_string(i);
+                    abertos.push_back(open(nome.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0600));
+                    if (write(abertos.back(), kDele.data(), kDele.size()) < 0) return;
+                }
+            };
+            const auto intactos = [&] {
+                return std::all_of(abertos.begin(), abertos.end(), [&](int fd) {
+                    char bytes[64];
+                    const ssize_t lidos = pread(fd, bytes, sizeof bytes, 0);
+                    return lidos >= 0 &&
+                           std::string_view(bytes, static_cast<std::size_t>(lidos)) == kDele;
+                });
+            };
+            const auto fazer = [&](auto passo) { return tomar(), passo(caixa) == ZEL_OK; };
+            if (avancar(caixa, 2) != 2) return 1;
+            for (int i = 0; i < 3; ++i)
+                if (!fazer([](const Caixa &c) { return vender(c); }) || !intactos()) return 2;
+            {
+                const Caixa segundo(caixa);
+                if (vender(segundo) != ZEL_ARQUIVO_INDISPONIVEL) return 3;
+            }
+            if (!fazer([](const Caixa &c) { return totalizar(c); }) ||
+                !fazer([](const Caixa &c) { return pagar(c); }) ||
+                !fazer([](const Caixa &c) { return encerrar(c); }) || !intactos())
+                return 4;
+            caixa.parar();
+            return intactos() ? 0 : 5;
+        });
+        EXPECT_EQ(resposta, 0);
+        EXPECT_EQ(elemento(caixa.lerArquivo("documentosEnvio.xml"), "vNF"), "40.00");
+    }
 }
 
 TEST(DiretorioDeDados, e_escolhido_uma_vez) {

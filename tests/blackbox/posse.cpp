@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+// Whose the receipt is: of the process that changes it, to the receipt's end; of several, one call
+// at a time, where they are told to share it. And what a process knows of a receipt that another
+// one has moved on.
+#include "apoio/Ambiente.h"
+#include "apoio/Passos.h"
+#include "blackbox/Caixa.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace {
+
+int cancelar(const Funcoes &f) {
+    return f.tCFCancelar_ZEL("", "", "", "", "");
+}
+int zerar(const Funcoes &f) {
+    return f.regAlterarValor_ZEL("CONFIGURACAO\\estadoCFe", "0");
+}
+
+struct Fim {
+    const char *nome;
+    int (*acabar)(const Funcoes &primeiro, const Funcoes &segundo);
+};
+constexpr Fim kFins[] = {
+    {"closed", [](const Funcoes &f, const Funcoes &) { return fechar(f); }},
+    {"cancelled", [](const Funcoes &f, const Funcoes &) { return cancelar(f); }},
+    {"reset", [](const Funcoes &f, const Funcoes &) { return zerar(f); }},
+    {"reset by the other", [](const Funcoes &, const Funcoes &g) { return zerar(g); }},
+};
+
+// A worker of a web server waits for its next request, perhaps for good; another till goes on.
+TEST(PosseDoCupom, acaba_com_o_cupom) {
+    for (const Fim &fim : kFins) {
+        SCOPED_TRACE(fim.nome);
+        const Caixa primeiro;
+        ASSERT_EQ(avancar(primeiro, 2), 2);
+        const Caixa segundo(primeiro);
+        EXPECT_EQ(vender(segundo), ZEL_ARQUIVO_INDISPONIVEL);
+        ASSERT_EQ(fim.acabar(primeiro, segundo), ZEL_OK);
+        ASSERT_EQ(abrir(segundo), ZEL_OK);
+        ASSERT_EQ(vender(segundo, "7.00"), ZEL_OK);
+        EXPECT_EQ(vender(primeiro), ZEL_ARQUIVO_INDISPONIVEL);
+        EXPECT_EQ(primeiro.info("1"), "1") << "read from what the other one sold";
+        EXPECT_EQ(primeiro.info("3"), "7.00");
+        ASSERT_EQ(fechar(segundo), ZEL_OK);
+        EXPECT_EQ(elemento(primeiro.lerArquivo("documentosEnvio.xml"), "vNF"), "7.00");
+        const std::string numero = segundo.config("IDE\\nNF");
+        ASSERT_EQ(avancar(primeiro, 5), 5);
+        EXPECT_EQ(std::stoi(primeiro.config("IDE\\nNF")), std::stoi(numero) + 1);
+    }
+}
+
+// PHP: each request of one receipt may be served by another process.
+TEST(PosseDoCupom, compartilhada_dura_uma_chamada) {
+    const Ambiente compartilhado("ZEL_COMPARTILHADO", "1");
+    const Caixa um;
+    const Caixa dois(um), tres(um);
+    for (const Caixa *caixa : {&um, &dois, &tres})
+        ASSERT_EQ((*caixa)->rCFVerificarStatus_ZEL(), 0);
+    ASSERT_EQ(abrir(um), ZEL_OK);
+    EXPECT_EQ(vender(dois), ZEL_OK);
+    EXPECT_EQ(vender(tres, "5.00"), ZEL_OK);
+    EXPECT_EQ(um->aCFLancarDescontoItem_ZEL(2, "D$", "1.00"), ZEL_OK);
+    EXPECT_EQ(dois.info("1"), "2");
+    EXPECT_EQ(totalizar(dois), ZEL_OK);
+    EXPECT_EQ(pagar(tres), ZEL_OK);
+    EXPECT_EQ(encerrar(um), ZEL_OK);
+    EXPECT_EQ(elemento(dois.lerArquivo("documentosEnvio.xml"), "vNF"), "14.00");
+    EXPECT_EQ(abrir(tres), ZEL_OK);
+    EXPECT_EQ(vender(um), ZEL_OK);
+    EXPECT_EQ(cancelar(tres), ZEL_OK) << "it knows that it is in progress";
+    // One that does not share has it for good.
+    const Ambiente sozinho("ZEL_COMPARTILHADO", "0");
+    const Caixa quatro(um);
+    ASSERT_EQ(avancar(quatro, 2), 2);
+    EXPECT_EQ(vender(um), ZEL_ARQUIVO_INDISPONIVEL);
+    ASSERT_EQ(fechar(quatro), ZEL_OK);
+    EXPECT_EQ(abrir(um), ZEL_OK);
+}
+
+// "Cancel what is in progress" means what its process takes to be so, never a sale that another one
+// has closed and been paid for meanwhile.
+TEST(EstadoDeOutro, nao_se_cancela_o_que_nao_se_sabe) {
+    for (const char *compartilhado : {"0", "1"}) {
+        SCOPED_TRACE(compartilhado);
+        const Ambiente ambiente("ZEL_COMPARTILHADO", compartilhado);
+        const Caixa primeiro;
+        ASSERT_EQ(avancar(primeiro, 2), 2);
+        const Caixa segundo(primeiro);
+        ASSERT_EQ(segundo->rCFVerificarStatus_ZEL(), 2);
+        ASSERT_EQ(fechar(primeiro), ZEL_OK);
+        const std::string documento = primeiro.lerArquivo("documentosEnvio.xml");
+        const std::string config = primeiro.lerArquivo("ZEL_Framework.xml");
+        for (int vez = 0; vez < 2; ++vez)
+            EXPECT_EQ(cancelar(segundo), ZEL_ARQUIVO_INDISPONIVEL);
+        EXPECT_EQ(primeiro.lerArquivo("documentosEnvio.xml"), documento);
+        EXPECT_TRUE(primeiro.lerArquivo("ZEL_Framework.xml") == config);
+        EXPECT_EQ(segundo->rCFVerificarStatus_ZEL(), 5);
+        EXPECT_EQ(segundo.info("2"), primeiro.config("IDE\\nNF"));
+        EXPECT_EQ(cancelar(segundo), ZEL_CANCELAMENTO_GRAVADO);
+        // Nor a receipt that was begun since.
+        ASSERT_EQ(avancar(primeiro, 2), 2);
+        EXPECT_EQ(cancelar(segundo), ZEL_ARQUIVO_INDISPONIVEL);
+        EXPECT_EQ(fechar(primeiro), ZEL_OK);
+    }
+}
+
+} // namespace
