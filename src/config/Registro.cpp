@@ -154,9 +154,14 @@ int garantirConfig() {
 
 int inicializarConfig() {
     Registro anterior = G_stRegistroZEL_AUX;
-    const int codigo = carregarSobrePadroes();
-    if (codigo != ZEL_OK) G_stRegistroZEL_AUX = std::move(anterior);
-    return codigo;
+    try {
+        const int codigo = carregarSobrePadroes();
+        if (codigo != ZEL_OK) G_stRegistroZEL_AUX = std::move(anterior);
+        return codigo;
+    } catch (...) {
+        G_stRegistroZEL_AUX = std::move(anterior);
+        throw;
+    }
 }
 
 int alterarConfig(std::span<const Alteracao> alteracoes, std::span<const MudancaArquivo> outros) {

@@ -104,20 +104,24 @@ bool guardarDanificado() {
     return true;
 }
 
-// The file is as the change that was just made left it.
-void assumirGravado() {
-    arquivo.identidade = identidadeDeixada(kNome);
-    arquivo.leituras = leiturasDoDiario();
-}
-
-// What this process knows of a file that holds the document whole, in the order of its records.
-void assumirInteiro(const ST_PersitenceXML_ZEL &documento, std::size_t tamanho) {
-    arquivo.tamanho = tamanho;
+// What is known of a file that holds the document whole, in the order of its records.
+EstadoDoArquivo estadoInteiro(const ST_PersitenceXML_ZEL &documento, std::size_t tamanho) {
+    EstadoDoArquivo estado;
+    estado.lido = true;
+    estado.tamanho = tamanho;
     const bool noFim = documento.transporte && !documento.encerramento &&
                        (!documento.pagamentos || documento.pagamentos->empty());
     std::string registro;
     if (noFim) escreverRegistro(registro, Secao::kTransporte, *documento.transporte);
-    arquivo.transporteNoFim = registro.size();
+    estado.transporteNoFim = registro.size();
+    return estado;
+}
+
+// The file is as the change that was just made left it.
+void assumirGravado(EstadoDoArquivo estado) {
+    estado.identidade = identidadeDeixada(kNome);
+    estado.leituras = leiturasDoDiario();
+    arquivo = estado;
 }
 
 // The record last added to the section; null for none.
@@ -172,10 +176,10 @@ int fnPersistEstrutura_ZEL(const ST_PersitenceXML_ZEL &documento,
     const std::string texto = escreverDocumento(documento);
     std::vector<MudancaArquivo> mudancas(outros.begin(), outros.end());
     mudancas.push_back({.nome = kNome, .depois = texto});
+    const EstadoDoArquivo depois = estadoInteiro(documento, texto.size());
     if (const int resultado = alterarConfig(alteracoes, mudancas); resultado != ZEL_OK)
         return resultado;
-    assumirInteiro(documento, texto.size());
-    assumirGravado();
+    assumirGravado(depois);
     return ZEL_OK;
 }
 
@@ -189,23 +193,20 @@ int persistirUltimo(const ST_PersitenceXML_ZEL &documento, Secao secao,
     escreverRegistro(fim, secao, *novo);
     // The carrier's, which the new one has taken the place of; a payment stands after it.
     if (*lugar < *arquivo.tamanho) escreverRegistro(fim, Secao::kTransporte, *documento.transporte);
-    std::optional<std::size_t> inteiro; // its size, when the file had to be written whole
+    EstadoDoArquivo depois = arquivo;
+    depois.tamanho = *lugar + fim.size();
+    if (secao == Secao::kPagamento) depois.transporteNoFim = 0;
     const MudancaArquivo mudanca{
         .nome = kNome,
         .depois = fim,
         .fim = MudancaArquivo::Fim{.lugar = *lugar, .tamanho = *arquivo.tamanho, .inteiro = [&] {
                                        std::string texto = escreverDocumento(documento);
-                                       inteiro = texto.size();
+                                       depois = estadoInteiro(documento, texto.size());
                                        return texto;
                                    }}};
     if (const int resultado = alterarConfig(alteracoes, {&mudanca, 1}); resultado != ZEL_OK)
         return resultado;
-    if (inteiro)
-        assumirInteiro(documento, *inteiro);
-    else
-        arquivo.tamanho = *lugar + fim.size();
-    if (secao == Secao::kPagamento) arquivo.transporteNoFim = 0;
-    assumirGravado();
+    assumirGravado(depois);
     return ZEL_OK;
 }
 
@@ -221,18 +222,21 @@ int fnCarregaEstrutura_ZEL(ST_PersitenceXML_ZEL &documento, bool *passageira) {
     std::size_t inteiro = 0;
     const int resultado = percorrerLinhas(
         texto, inteiro, [&](std::string_view linha) { return lerRegistro(lido, linha); });
+    EstadoDoArquivo estado;
+    estado.lido = true;
+    if (leitura == Leitura::kLido && inteiro == texto.size()) {
+        estado = estadoInteiro(lido, inteiro);
+        // Edited by somebody who put it elsewhere.
+        const std::size_t lugar = inteiro - std::min(estado.transporteNoFim, inteiro);
+        if (!std::string_view(texto).substr(lugar).starts_with("04|")) estado.transporteNoFim = 0;
+    }
+    estado.leituras = leiturasDoDiario();
+    if (leitura == Leitura::kLido) estado.identidade = identidade;
+    estado.danificado = leitura == Leitura::kLido && resultado != ZEL_OK;
     if (passageira != nullptr) *passageira = false;
     documento = std::move(lido);
-    arquivo = {.lido = true, .tamanho = {}, .identidade = {}, .leituras = leiturasDoDiario()};
-    if (leitura == Leitura::kInexistente) return arquivoIndisponivel();
-    arquivo.identidade = identidade;
-    arquivo.danificado = resultado != ZEL_OK;
-    if (inteiro != texto.size()) return resultado;
-    assumirInteiro(documento, inteiro);
-    // Edited by somebody who put it elsewhere.
-    const std::size_t lugar = inteiro - std::min(arquivo.transporteNoFim, inteiro);
-    if (!texto.substr(lugar).starts_with("04|")) arquivo.transporteNoFim = 0;
-    return resultado;
+    arquivo = estado;
+    return leitura == Leitura::kInexistente ? arquivoIndisponivel() : resultado;
 }
 
 } // namespace zel

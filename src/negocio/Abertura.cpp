@@ -142,10 +142,10 @@ int fnCFeAbrirTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL abertura,
         return resultado;
     if (const int resultado = verificarAbertura(abertura); resultado != ZEL_OK) return resultado;
 
-    ST_PersitenceXML_ZEL anterior = std::exchange(documento, {});
     std::vector<Alteracao> todas(alteracoes.begin(), alteracoes.end());
     todas.push_back(alteracaoEstado(kAberto));
     aliviarDiario(); // between two receipts nobody waits
+    ST_PersitenceXML_ZEL anterior = std::exchange(documento, {});
     return ouDesfaz(
         [&] {
             documento.fnAdicionarTagZEL(Secao::kAbertura, std::move(abertura));

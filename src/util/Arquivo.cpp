@@ -13,6 +13,7 @@
 #include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace zel {
 
@@ -62,15 +63,28 @@ bool descarregar(const Descritor &diretorio) {
            errno == EINVAL;
 }
 
+bool descarregarNomes(const std::string &caminho) {
+    const Descritor diretorio(caminho.c_str(), O_RDONLY | O_DIRECTORY);
+    const bool feito = (diretorio.aberto() || errno == EACCES) && descarregar(diretorio);
+    return feito || falhouArquivo(caminho);
+}
+
+// Names that are needed once a scratch file is written, when there may be no memory for them.
+struct Vizinhos {
+    std::string diretorio, antigo;
+    Vizinhos(const std::string &destino, const std::string &novo)
+        : diretorio(diretorioDe(destino)), antigo(std::string(novo).append(kAntigo)) {}
+};
+
 // Puts `de` in the place of `para`, keeping the old file at hand until the directory is flushed:
 // the two change places where the system can do that, elsewhere the old file gets a second name
 // (where it can). Should the directory refuse to be flushed, the old file comes back.
-bool tomarLugar(const std::string &de, const std::string &para) {
-    const Descritor diretorio(diretorioDe(para).c_str(), O_RDONLY | O_DIRECTORY);
+bool tomarLugar(const std::string &de, const std::string &para, const Vizinhos &vizinhos) {
+    const Descritor diretorio(vizinhos.diretorio.c_str(), O_RDONLY | O_DIRECTORY);
     if (!diretorio.aberto() && errno != EACCES) return falhouArquivo(para);
 
     const bool existia = existeArquivo(para);
-    const std::string antigo = std::string(de).append(kAntigo);
+    const std::string &antigo = vizinhos.antigo;
     const bool trocados = existia && trocarDeLugar(de, para);
     if (!trocados) {
         removerArquivo(antigo);
@@ -123,14 +137,10 @@ std::string destinoDe(const std::string &caminho, Ligacao ligacao) {
     return ligacao == Ligacao::kSeguida ? seguirLigacoes(caminho) : caminho;
 }
 
-std::string rascunhoDe(const std::string &destino) {
-    return std::string(destino).append(kRascunho);
-}
-
 // The scratch file of one that is to be replaced; none when that is no regular file.
-bool escreverAoLado(const std::string &destino, std::string_view conteudo, Acesso acesso,
+bool escreverAoLado(const Rascunho &rascunho, std::string_view conteudo, Acesso acesso,
                     Descarga descarga) {
-    const std::string novo = rascunhoDe(destino);
+    const auto &[destino, novo] = rascunho;
     const auto antigo = situacao(destino);
     if (!antigo && !naoExiste()) return falhouArquivo(destino);
     if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode))
@@ -213,9 +223,11 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao li
 
 int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
                       Ligacao ligacao) {
-    const std::string destino = destinoDe(caminho, ligacao), novo = rascunhoDe(destino);
-    if (!escreverAoLado(destino, conteudo, acesso, Descarga::kJa)) return arquivoIndisponivel();
-    if (tomarLugar(novo, destino)) return ZEL_OK;
+    const Rascunho rascunho = rascunhoDe(caminho, ligacao);
+    const auto &[destino, novo] = rascunho;
+    const Vizinhos vizinhos(destino, novo);
+    if (!escreverAoLado(rascunho, conteudo, acesso, Descarga::kJa)) return arquivoIndisponivel();
+    if (tomarLugar(novo, destino, vizinhos)) return ZEL_OK;
     const int erro = errno;
     removerArquivo(novo);
     errno = erro;
@@ -224,6 +236,7 @@ int substituirArquivo(const std::string &caminho, std::string_view conteudo, Ace
 
 int criarArquivo(const std::string &caminho, std::string_view conteudo) {
     const std::string novo = std::string(caminho).append(kRascunho);
+    const std::string diretorio = diretorioDe(caminho);
     if (existeArquivo(caminho) || existeArquivo(novo)) return recusar(Motivo::kNomeTomado);
     if (!escreverNovo(novo, conteudo, Acesso::kUmask, {})) {
         // Somebody else's in this instant is not ours to remove.
@@ -239,7 +252,7 @@ int criarArquivo(const std::string &caminho, std::string_view conteudo) {
         falhouArquivo(caminho);
     removerArquivo(novo);
     if (tomado) return recusar(Motivo::kNomeTomado);
-    return feito && descarregarDiretorio(caminho) ? int{ZEL_OK} : arquivoIndisponivel();
+    return feito && descarregarNomes(diretorio) ? int{ZEL_OK} : arquivoIndisponivel();
 }
 
 int gravarDestino(const std::string &caminho, std::string_view conteudo) {
@@ -264,21 +277,22 @@ bool ehLigacao(const std::string &caminho) {
     return dados && S_ISLNK(dados->st_mode);
 }
 
-bool escreverRascunho(const std::string &caminho, std::string_view conteudo, Acesso acesso,
-                      Ligacao ligacao) {
-    return escreverAoLado(destinoDe(caminho, ligacao), conteudo, acesso, Descarga::kNenhuma);
+Rascunho rascunhoDe(const std::string &caminho, Ligacao ligacao) {
+    std::string destino = destinoDe(caminho, ligacao);
+    std::string nome = std::string(destino).append(kRascunho);
+    return {std::move(destino), std::move(nome)};
 }
 
-bool instalarRascunho(const std::string &caminho, Ligacao ligacao) {
-    const std::string destino = destinoDe(caminho, ligacao), rascunho = rascunhoDe(destino);
+bool escreverRascunho(const Rascunho &rascunho, std::string_view conteudo, Acesso acesso) {
+    return escreverAoLado(rascunho, conteudo, acesso, Descarga::kNenhuma);
+}
+
+bool instalarRascunho(const Rascunho &rascunho) {
+    const auto &[destino, nome] = rascunho;
     // A rename over a file would have ext4 write the new one to the disk at once.
-    if (!trocarDeLugar(rascunho, destino)) return renomearArquivo(rascunho, destino);
-    removerArquivo(rascunho); // the old one; what stays of it the next scratch file removes
+    if (!trocarDeLugar(nome, destino)) return renomearArquivo(nome, destino);
+    removerArquivo(nome); // the old one; what stays of it the next scratch file removes
     return true;
-}
-
-void removerRascunho(const std::string &caminho, Ligacao ligacao) {
-    removerArquivo(rascunhoDe(destinoDe(caminho, ligacao)));
 }
 
 Descritor abrirNoLugar(const std::string &caminho, Ligacao ligacao) {
@@ -320,9 +334,7 @@ bool renomearArquivo(const std::string &de, const std::string &para) {
 }
 
 bool descarregarDiretorio(const std::string &caminho) {
-    const Descritor diretorio(diretorioDe(caminho).c_str(), O_RDONLY | O_DIRECTORY);
-    const bool feito = (diretorio.aberto() || errno == EACCES) && descarregar(diretorio);
-    return feito || falhouArquivo(caminho);
+    return descarregarNomes(diretorioDe(caminho));
 }
 
 bool removerArquivo(const std::string &caminho) {

@@ -54,14 +54,17 @@ bool renomearArquivo(const std::string &de, const std::string &para);
 // Flushes the directory that the file stands in, and with it earlier renames.
 bool descarregarDiretorio(const std::string &caminho);
 
-// Writes the scratch file of one that is to be replaced, without a flush. A link that is followed
-// has it beside the file it points to.
-bool escreverRascunho(const std::string &caminho, std::string_view conteudo, Acesso acesso,
-                      Ligacao ligacao);
+// The scratch file of one that is to be replaced. A link that is followed has it beside the file it
+// points to. What is done with it takes no memory.
+struct Rascunho {
+    std::string destino;
+    std::string nome;
+};
+Rascunho rascunhoDe(const std::string &caminho, Ligacao ligacao);
 
-// Puts the scratch file in the place of its file, or removes it; without a flush.
-bool instalarRascunho(const std::string &caminho, Ligacao ligacao);
-void removerRascunho(const std::string &caminho, Ligacao ligacao);
+// Writes it, without a flush, or puts it in the place of its file.
+bool escreverRascunho(const Rascunho &rascunho, std::string_view conteudo, Acesso acesso);
+bool instalarRascunho(const Rascunho &rascunho);
 
 // Opens a file to write in its place, and notes which one it is, to be kept; without waiting,
 // should it be a pipe.

@@ -226,6 +226,7 @@ bool Diario::descarregar() {
 }
 
 bool Diario::acrescentar(const std::string &registro) {
+    setor_.reserve(kSetor); // once it is written nothing may fail for want of memory
     if (const bool inteiro = arquivo_.escrever(registro, fim_); !inteiro || !descarregar()) {
         falhouArquivo(kNome);
         setor_.resize(kSetor, '\0');

@@ -3,52 +3,20 @@
 
 #include "ZEL_FelborFramework.h"
 #include "util/Descritor.h"
-#include "util/Diario.h"
 #include "util/Diretorio.h"
-#include "util/EstadosDiario.h"
+#include "util/Gravador.h"
 #include "util/Recusa.h"
 #include "util/Trava.h"
 
 #include <algorithm>
-#include <map>
 #include <pthread.h>
-#include <set>
 #include <string>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
 namespace zel {
 
 namespace {
-
-// A file that holds what the journal says.
-struct Cadeia {
-    Identidade identidade; // when that was last seen
-    Descritor aberto;      // to write in its place, once that was done
-    bool marcada = false;  // that is nobody else's identity
-};
-
-// What this process knows of the journal and of the files in it.
-struct Gravador {
-    Diario diario;
-    std::uint64_t leituras = 0; // of the journal
-    pid_t processo = 0;
-    // Files that hold what the journal says, by name.
-    std::map<std::string, Cadeia, std::less<>> cadeias;
-    bool atrasado = false; // a file may lack what the journal has
-    bool perdeu = false;   // a flush was refused: what a file seems to hold may not reach the disk
-    bool mudou = false;    // this process changed a file
-    Identidade diretorio;  // after this process's last change of names
-    std::set<std::string> ausentes; // files of the journal that the next record is to call gone
-    ~Gravador();
-};
-
-// Made by the first call that needs it, so that it goes before whatever it uses.
-Gravador &gravador() {
-    static Gravador unico;
-    return unico;
-}
 
 // A child has what is open here as well; should it close every number, as a service does that
 // starts, and open others, they would be taken for these.
@@ -58,8 +26,11 @@ Gravador &gravador() {
 struct Plano {
     const MudancaArquivo *mudanca = nullptr;
     std::string caminho;
-    std::string inteiro;  // a whole that took the place of an end
-    bool noLugar = false; // written where the file stands
+    Rascunho rascunho;        // of one that is not written where it stands
+    Cadeia *cadeia = nullptr; // none where it was not followed
+    bool estreia = false;     // the journal has nothing of the file yet
+    std::string inteiro;      // a whole that took the place of an end
+    bool noLugar = false;     // written where the file stands
     bool existia = false;
     Identidade achada;      // where it existed
     bool seguida = false;   // stands as the journal left it
@@ -94,6 +65,11 @@ void descreverTrecho(std::string_view antes, std::string_view depois, MudancaDia
     registro.lugar = inicio;
     registro.retirados = antes.size() - fim - inicio;
     registro.bytes = depois.substr(inicio, depois.size() - fim - inicio);
+}
+
+void esquecerCadeia(std::string_view nome) {
+    auto &cadeias = gravador().cadeias;
+    if (const auto cadeia = cadeias.find(nome); cadeia != cadeias.end()) cadeias.erase(cadeia);
 }
 
 // Looks at the file, and whether it stands as the journal left it. One that is open need not be
@@ -189,17 +165,29 @@ RegistroDiario registroDe(const std::vector<Plano> &planos) {
     return gravador().diario.preparar(std::move(mudancas), std::move(achados));
 }
 
-void abandonar(const std::vector<Plano> &planos) {
-    for (const Plano &plano : planos)
-        if (!plano.noLugar) removerRascunho(plano.caminho, plano.mudanca->ligacao);
+// What takes memory once the record is on the disk, where nothing may fail for want of it.
+void reservar(std::vector<Plano> &planos) {
+    for (Plano &plano : planos) {
+        if (!plano.noLugar) plano.rascunho = rascunhoDe(plano.caminho, plano.mudanca->ligacao);
+        const auto [lugar, nova] = gravador().cadeias.try_emplace(std::string(plano.mudanca->nome));
+        plano.cadeia = &lugar->second;
+        plano.estreia = nova;
+    }
 }
 
 // New files are there, with room for their bytes, before anything has happened.
 bool preparar(const std::vector<Plano> &planos) {
     return std::ranges::all_of(planos, [](const Plano &plano) {
-        return plano.noLugar || escreverRascunho(plano.caminho, plano.depois, plano.mudanca->acesso,
-                                                 plano.mudanca->ligacao);
+        return plano.noLugar ||
+               escreverRascunho(plano.rascunho, plano.depois, plano.mudanca->acesso);
     });
+}
+
+void abandonar(const std::vector<Plano> &planos) {
+    for (const Plano &plano : planos) {
+        if (!plano.rascunho.nome.empty()) removerArquivo(plano.rascunho.nome);
+        if (plano.estreia) esquecerCadeia(plano.mudanca->nome);
+    }
 }
 
 // Opens a file to write in its place, unless it is open. False where it is not the one that was
@@ -244,152 +232,42 @@ bool escreverSobre(const Plano &plano, Cadeia &cadeia) {
 bool aplicar(const Plano &plano, Cadeia &cadeia) {
     cadeia.marcada = false;
     if (plano.noLugar) return escreverSobre(plano, cadeia);
-    const Ligacao ligacao = plano.mudanca->ligacao;
     cadeia.aberto.fechar();
-    return instalarRascunho(plano.caminho, ligacao) &&
-           identificar(plano.caminho, ligacao, cadeia.identidade) == Leitura::kLido;
+    return instalarRascunho(plano.rascunho) &&
+           identificar(plano.caminho, plano.mudanca->ligacao, cadeia.identidade) == Leitura::kLido;
+}
+
+// Notes how the files stand that have followed the record; without memory for it the next process
+// does without.
+void carimbarSeguidas(const std::vector<Plano> &planos) {
+    Gravador &g = gravador();
+    try {
+        std::vector<CarimboDiario> carimbos;
+        for (const Plano &plano : planos)
+            if (plano.cadeia != nullptr)
+                carimbos.push_back({std::string(plano.mudanca->nome), plano.cadeia->identidade});
+        if (!std::ranges::all_of(planos, &Plano::noLugar)) {
+            g.diretorio = identificarDiretorio(fnConfigurarPath(""));
+            carimbos.push_back({"", g.diretorio});
+        }
+        g.diario.carimbar(std::move(carimbos));
+    } catch (...) {
+        // The files have followed all the same.
+    }
 }
 
 // The record is on the disk: what fails from here on is put right later. Whether nothing did.
-bool seguir(const std::vector<Plano> &planos) {
-    Gravador &g = gravador();
-    std::vector<CarimboDiario> carimbos;
-    bool nomes = false, todos = true;
-    for (const Plano &plano : planos) {
-        const std::string nome(plano.mudanca->nome);
-        Cadeia &cadeia = g.cadeias[nome];
+bool seguir(std::vector<Plano> &planos) {
+    bool todos = true;
+    for (Plano &plano : planos) {
         // What hinders it once may not hinder it twice.
-        if (!aplicar(plano, cadeia) && !aplicar(plano, cadeia)) {
-            todos = false;
-            g.cadeias.erase(nome);
-            continue;
-        }
-        nomes |= !plano.noLugar;
-        carimbos.push_back({nome, cadeia.identidade});
+        if (aplicar(plano, *plano.cadeia) || aplicar(plano, *plano.cadeia)) continue;
+        todos = false;
+        esquecerCadeia(plano.mudanca->nome);
+        plano.cadeia = nullptr;
     }
-    if (nomes) {
-        g.diretorio = identificarDiretorio(fnConfigurarPath(""));
-        carimbos.push_back({"", g.diretorio});
-    }
-    g.diario.carimbar(std::move(carimbos));
+    carimbarSeguidas(planos);
     return todos;
-}
-
-// Flushes every file that the journal speaks of, and their names.
-bool descarregarTudo() {
-    for (const auto &[nome, cadeia] : gravador().cadeias) {
-        // The configuration may be a link; no other file is followed.
-        const std::string caminho = fnConfigurarPath(nome);
-        if (!descarregarArquivo(caminho, Ligacao::kSeguida) && existeArquivo(caminho)) return false;
-    }
-    return descarregarDiretorio(fnConfigurarPath(""));
-}
-
-bool esvaziar(std::size_t tamanho) {
-    Gravador &g = gravador();
-    if (g.atrasado) return false;
-    if (!descarregarTudo()) {
-        g.perdeu = g.atrasado = true;
-        return false;
-    }
-    // Of a damaged journal nobody knows which files it had.
-    if (g.diario.danificado()) descarregarTudoQueHa(fnConfigurarPath(""));
-    if (!g.diario.esvaziar(tamanho)) {
-        g.atrasado = true;
-        return false;
-    }
-    g.cadeias.clear();
-    g.ausentes.clear();
-    return true;
-}
-
-// Puts a file in the state that the journal has for it, unless somebody wrote it since; a missing
-// one when it was not `removido`.
-bool acertar(const std::string &nome, const EstadoDiario &estado, bool removido) {
-    Gravador &g = gravador();
-    const std::string caminho = fnConfigurarPath(nome);
-    // Nobody else's journal leads out of his directory.
-    const Ligacao ligacao = g.diario.alheio() ? Ligacao::kNaoSeguida : estado.ligacao;
-    Identidade identidade;
-    std::string conteudo;
-    switch (identificar(caminho, ligacao, identidade)) {
-    case Leitura::kFalha:
-        return ehLigacao(caminho);
-    case Leitura::kInexistente:
-        if (!removido) break;
-        g.ausentes.insert(nome);
-        return true;
-    case Leitura::kLido:
-        if (lerArquivo(caminho, conteudo, ligacao) != Leitura::kLido) return false;
-        if (conteudo != estado.conteudo && estado.ehDeOutro(identidade)) return true;
-        if (conteudo != estado.conteudo || g.perdeu) break;
-        g.cadeias[nome] = {identidade, {}, false};
-        return true;
-    }
-    g.mudou = true;
-    if (substituirArquivo(caminho, estado.conteudo, estado.acesso, ligacao) != ZEL_OK ||
-        identificar(caminho, ligacao, identidade) != Leitura::kLido)
-        return false;
-    g.cadeias[nome] = {identidade, {}, false};
-    return true;
-}
-
-// Notes how every file stands that holds what the journal says: the process that wrote them did not
-// come to it, and what somebody takes away from here on is to stay away.
-void carimbarTudo() {
-    std::vector<CarimboDiario> carimbos;
-    for (const auto &[nome, cadeia] : gravador().cadeias)
-        carimbos.push_back({nome, cadeia.identidade});
-    carimbos.push_back({"", identificarDiretorio(fnConfigurarPath(""))});
-    gravador().diario.carimbar(std::move(carimbos));
-}
-
-bool acertarTodos(const Diario::Conteudo &conteudo) {
-    Gravador &g = gravador();
-    const bool interrompido = !conteudo.registros.empty() && !conteudo.carimbos;
-    // Nothing may follow a record that is not on the disk.
-    if (interrompido && !g.diario.descarregar()) return false;
-    const EstadosDiario estados(conteudo);
-    // As it was before anything is put right.
-    const Identidade diretorio = identificarDiretorio(fnConfigurarPath(""));
-    for (const auto &[nome, estado] : estados.arquivos())
-        if (!acertar(nome, estado, estados.foiRemovido(estado, diretorio))) return false;
-    if (interrompido && !g.diario.danificado()) carimbarTudo();
-    return true;
-}
-
-bool recuperar() {
-    Gravador &g = gravador();
-    Diario::Conteudo conteudo;
-    g.cadeias.clear();
-    g.ausentes.clear();
-    g.diretorio = {};
-    g.processo = ::getpid();
-    g.atrasado = true;
-    ++g.leituras;
-    const Leitura leitura = g.diario.ler(conteudo);
-    if (leitura == Leitura::kFalha) return false;
-    if (leitura == Leitura::kLido && !acertarTodos(conteudo)) return false;
-    g.atrasado = g.perdeu = false;
-    return true;
-}
-
-// Whether the journal is known and nothing was left undone.
-bool acompanhado() {
-    const Gravador &g = gravador();
-    return g.processo != 0 && !g.atrasado && g.diario.aberto();
-}
-
-Gravador::~Gravador() {
-    // The end of the process is a quiet moment; a child that never called, or a reader, has nothing
-    // to say. Nor has a process that ends in the middle of a call: what it was at is put right from
-    // the journal.
-    if (processo != ::getpid() || !mudou || diario.vazio()) return;
-    try {
-        if (const Vez vez; vez && diario.emDia()) esvaziar(0);
-    } catch (...) {
-        // The journal is read by the next process.
-    }
 }
 
 // Somebody changed names in the directory: the files that are gone are to stay so, although the
@@ -424,31 +302,45 @@ bool planejarRegistro(std::span<const MudancaArquivo> mudancas, std::vector<Plan
             registro = escreverRegistroDiario(seguinte);
             return true;
         }
-        if (!esvaziar(tamanho)) return false;
+        if (!esvaziarDiario(tamanho)) return false;
     }
+    return false;
+}
+
+// New files, and the record with which it happens; or nothing of it.
+bool registrar(std::vector<Plano> &planos, const std::string &registro) {
+    Gravador &g = gravador();
+    bool feito = false;
+    try {
+        reservar(planos);
+        g.mudou = g.atrasado = true; // until every file has followed, even if the process ends here
+        feito = preparar(planos) && g.diario.acrescentar(registro);
+    } catch (...) {
+        g.atrasado = false;
+        abandonar(planos);
+        throw;
+    }
+    if (feito) return true;
+    g.atrasado = false;
+    abandonar(planos);
     return false;
 }
 
 bool gravarTodos(std::span<const MudancaArquivo> mudancas) {
     Gravador &g = gravador();
     if (!acompanhado() && !recuperar()) return false;
-    if (!g.diario.abrirOuCriar() || (g.diario.danificado() && !esvaziar(0))) return false;
+    if (!g.diario.abrirOuCriar() || (g.diario.danificado() && !esvaziarDiario(0))) return false;
     std::vector<Plano> planos;
     std::string registro;
     if (!planejarRegistro(mudancas, planos, registro)) return false;
-    g.mudou = g.atrasado = true; // until every file has followed, even if the process ends here
-    if (!preparar(planos) || !g.diario.acrescentar(registro)) {
-        g.atrasado = false;
-        abandonar(planos);
-        return false;
-    }
+    if (!registrar(planos, registro)) return false;
+    const auto escrita = [&](const std::string &nome) {
+        return std::ranges::any_of(planos,
+                                   [&](const Plano &plano) { return plano.mudanca->nome == nome; });
+    };
     for (const std::string &nome : std::exchange(g.ausentes, {}))
-        g.cadeias.erase(nome);
-    try {
-        g.atrasado = !seguir(planos);
-    } catch (...) {
-        // Memory ran out; it has happened all the same, and the next call puts it right.
-    }
+        if (!escrita(nome)) g.cadeias.erase(nome);
+    g.atrasado = !seguir(planos);
     return true;
 }
 
@@ -491,7 +383,7 @@ void aliviarDiario() {
     if (diario.aberto() && !diario.temSeuNome())
         diario.fechar();
     else if (diario.passouDaMetade())
-        esvaziar(0);
+        esvaziarDiario(0);
 }
 
 void esquecerDiario() {
