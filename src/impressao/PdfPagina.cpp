@@ -5,9 +5,14 @@
 #include "util/Arquivo.h"
 #include "util/Recusa.h"
 
+#include <array>
 #include <charconv>
+#include <cstddef>
 #include <cstdio>
+#include <cstdlib>
+#include <functional>
 #include <iterator>
+#include <utility>
 
 namespace zel {
 
@@ -56,14 +61,48 @@ void error_handler(HPDF_STATUS error_no, HPDF_STATUS detail_no, void *user_data)
     bool &falhou = *static_cast<bool *>(user_data);
     if (falhou) return;
     falhou = true;
-    emStderr("ERROR: error_no=" + numero(error_no, 16, 4) +
-             ", detail_no=" + numero(detail_no, 10, 1) + "\n");
+    // One by one: the failure may be that there is no memory.
+    emStderr("ERROR: error_no=");
+    emStderr(numero(error_no, 16, 4));
+    emStderr(", detail_no=");
+    emStderr(numero(detail_no, 10, 1));
+    emStderr("\n");
+}
+
+// libharu reads through null where it got no memory for a page. It gets some of this instead,
+// enough for the call that it is in, and the document has failed.
+struct Reserva {
+    alignas(std::max_align_t) std::array<std::byte, std::size_t{64} << 10> bytes;
+    std::size_t usados = 0;
+    bool *falhou = nullptr; // of the document that is drawn
+};
+Reserva reserva;
+
+void *alocar(HPDF_UINT tamanho) {
+    if (void *memoria = std::malloc(tamanho)) return memoria;
+    *reserva.falhou = true;
+    constexpr std::size_t kPasso = alignof(std::max_align_t);
+    const std::size_t inteiro = (std::size_t{tamanho} + kPasso - 1) / kPasso * kPasso;
+    if (inteiro > reserva.bytes.size() - reserva.usados) return nullptr;
+    return &reserva.bytes[std::exchange(reserva.usados, reserva.usados + inteiro)];
+}
+
+void liberar(void *memoria) {
+    const std::less<const void *> antes;
+    if (antes(memoria, reserva.bytes.begin()) || !antes(memoria, reserva.bytes.end()))
+        std::free(memoria);
+}
+
+HPDF_Doc novoDocumento(bool &falhou) {
+    reserva.usados = 0;
+    reserva.falhou = &falhou;
+    return HPDF_NewEx(error_handler, alocar, liberar, 0, &falhou);
 }
 
 } // namespace
 
 PdfPagina::PdfPagina(const MargensPdf &margens)
-    : margens_(margens), documento_(HPDF_New(error_handler, &falhou_)) {
+    : margens_(margens), documento_(novoDocumento(falhou_)) {
     if (!documento_) {
         emStderr("error: cannot create PdfDoc object");
         falhou_ = true;
@@ -77,7 +116,7 @@ PdfPagina::PdfPagina(const MargensPdf &margens)
 void PdfPagina::fnAdicionarPDF() {
     if (pagina_ != nullptr) HPDF_Page_EndText(pagina_);
     pagina_ = HPDF_AddPage(documento_.get());
-    if (pagina_ == nullptr) return;
+    if (pagina_ == nullptr || falhou_) return;
     topo_ = HPDF_Page_GetHeight(pagina_) - kMargemTopo;
     direita_ = HPDF_Page_GetWidth(pagina_) - kMargemDireita;
     estilo_.reset();
@@ -172,7 +211,8 @@ int PdfPagina::salvar(const std::string &caminho) {
     auto lidos = static_cast<HPDF_UINT32>(bytes.size());
     auto *destino = reinterpret_cast<HPDF_BYTE *>(bytes.data());
     if (HPDF_ResetStream(documento) != HPDF_OK ||
-        HPDF_ReadFromStream(documento, destino, &lidos) != HPDF_OK || lidos != bytes.size())
+        HPDF_ReadFromStream(documento, destino, &lidos) != HPDF_OK || lidos != bytes.size() ||
+        falhou_)
         return recusar(Motivo::kPdfNaoMontado);
     const int gravado = substituirArquivo(caminho, bytes, Acesso::kUmask);
     return gravado == ZEL_OK ? int{ZEL_OK} : recusar(Motivo::kPdfNaoGravado);
