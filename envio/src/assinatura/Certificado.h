@@ -6,6 +6,7 @@
 #include "base/Recusa.h"
 #include "config/Configuracao.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,8 +24,10 @@ public:
     // variables are not looked at in a program that runs with another's rights.
     static std::shared_ptr<const Certificado> abrir(const ConfigCertificado &config,
                                                     Recusas &recusas);
-    // A PKCS#12 file's bytes; old ones that need RC2 or 3DES are read too.
-    static std::shared_ptr<const Certificado> dePkcs12(std::string_view bytes, std::string senha,
+    // A PKCS#12 file's bytes; old ones that need RC2 or 3DES are read too. `senha` is copied into
+    // memory that is wiped; its owner wipes his own. `cadeia`: the issuers' PEM, or empty.
+    static std::shared_ptr<const Certificado> dePkcs12(std::string_view bytes,
+                                                       std::string_view senha,
                                                        std::string_view cadeia, Recusas &recusas);
     ~Certificado();
     Certificado(const Certificado &) = delete;
@@ -50,5 +53,10 @@ private:
     explicit Certificado(std::unique_ptr<Dentro> dentro);
     std::unique_ptr<Dentro> dentro_;
 };
+
+// 14 digits of a certificate, otherName 2.16.76.1.3.3 (DOC-ICP-04); empty when it has none.
+std::string cnpjDe(const X509 *x509);
+// The same of one in PEM, as verificarAssinatura hands it back.
+std::string cnpjDePem(std::string_view pem);
 
 } // namespace zel::envio

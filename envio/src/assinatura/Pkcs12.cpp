@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+#include "assinatura/Chave.h"
+
+#include <openssl/provider.h>
+
+namespace zel::envio {
+
+namespace {
+
+constexpr std::size_t kMaiorArquivo = 1U << 20;
+// Of the password's derivation: a file that asks for more is made to keep the processor busy.
+constexpr long kMaisVoltas = 5'000'000;
+
+// OpenSSL with its own algorithms and, where it is installed, the provider of the old ones.
+class Algoritmos {
+public:
+    Algoritmos()
+        : contexto_(OSSL_LIB_CTX_new()), padrao_(OSSL_PROVIDER_load(contexto_, "default")),
+          antigos_(OSSL_PROVIDER_load(contexto_, "legacy")) {}
+    ~Algoritmos() {
+        if (antigos_ != nullptr) OSSL_PROVIDER_unload(antigos_);
+        if (padrao_ != nullptr) OSSL_PROVIDER_unload(padrao_);
+        OSSL_LIB_CTX_free(contexto_);
+    }
+    Algoritmos(const Algoritmos &) = delete;
+    Algoritmos &operator=(const Algoritmos &) = delete;
+
+    OSSL_LIB_CTX *contexto() const { return contexto_; }
+    bool temAntigos() const { return antigos_ != nullptr; }
+
+private:
+    OSSL_LIB_CTX *contexto_;
+    OSSL_PROVIDER *padrao_;
+    OSSL_PROVIDER *antigos_;
+};
+
+DonoPkcs12 lerEstrutura(std::string_view bytes, OSSL_LIB_CTX *contexto) {
+    if (bytes.empty() || bytes.size() > kMaiorArquivo) return nullptr;
+    const DonoBio entrada(BIO_new_mem_buf(bytes.data(), static_cast<int>(bytes.size())));
+    // Made first, so that all that is read into it knows the context. A failure of the contents
+    // frees it, one of the bytes does not.
+    PKCS12 *pacote = PKCS12_init_ex(NID_pkcs7_data, contexto, nullptr);
+    const bool lido = d2i_PKCS12_bio(entrada.get(), &pacote) != nullptr;
+    DonoPkcs12 dono(pacote);
+    if (!lido || BIO_pending(entrada.get()) != 0) dono.reset();
+    return dono;
+}
+
+// Empty when the password opens it.
+const char *porqueNaoAbre(PKCS12 *pacote, const Segredo &senha) {
+    if (PKCS12_mac_present(pacote) == 0)
+        return "o arquivo não tem código de autenticação: exporte-o de novo, com senha";
+    const ASN1_INTEGER *voltas = nullptr;
+    PKCS12_get0_mac(nullptr, nullptr, nullptr, &voltas, pacote);
+    if (voltas != nullptr && ASN1_INTEGER_get(voltas) > kMaisVoltas)
+        return "o arquivo pede voltas demais para derivar a senha";
+    if (PKCS12_verify_mac(pacote, senha.texto(), static_cast<int>(senha.tamanho())) == 1 ||
+        (senha.vazio() && PKCS12_verify_mac(pacote, nullptr, 0) == 1))
+        return "";
+    return senha.vazio() ? "falta a senha: diga-a em senha_arquivo ou ZEL_ENVIO_SENHA"
+                         : "a senha não abre o arquivo";
+}
+
+// Key and certificates know the context in which they were read; made anew from their bytes they
+// belong to the program's own, and the other one can go.
+DonoChave chaveSolta(const EVP_PKEY *chave) {
+    unsigned char *der = nullptr;
+    const int tamanho = i2d_PrivateKey(chave, &der);
+    if (tamanho <= 0) return nullptr;
+    const unsigned char *fim = der;
+    DonoChave solta(d2i_AutoPrivateKey(nullptr, &fim, tamanho));
+    OPENSSL_clear_free(der, static_cast<std::size_t>(tamanho));
+    return solta;
+}
+
+DonoX509 certificadoSolto(const X509 *x509) {
+    return x509 == nullptr ? nullptr : x509De(derDe(x509));
+}
+
+} // namespace
+
+std::optional<ChaveAberta> abrirPkcs12(std::string_view bytes, const Segredo &senha,
+                                       Recusas &recusas) {
+    const FilaDeErros fila;
+    const auto recusar = [&recusas](const char *motivo) {
+        recusas.juntar("certificado", "", motivo);
+        return std::nullopt;
+    };
+    const Algoritmos algoritmos;
+    const DonoPkcs12 pacote = lerEstrutura(bytes, algoritmos.contexto());
+    if (!pacote) return recusar("não é um arquivo PKCS#12 (.pfx, .p12)");
+    const char *const motivo = porqueNaoAbre(pacote.get(), senha);
+    if (*motivo != '\0') return recusar(motivo);
+
+    EVP_PKEY *chave = nullptr;
+    X509 *x509 = nullptr;
+    STACK_OF(X509) *outros = nullptr;
+    if (PKCS12_parse(pacote.get(), senha.texto(), &chave, &x509, &outros) != 1)
+        return recusar(
+            algoritmos.temAntigos()
+                ? "o arquivo não pôde ser decifrado: está danificado ou usa um algoritmo "
+                  "que o OpenSSL não conhece"
+                : "o arquivo usa um algoritmo antigo (RC2) e o provedor \"legacy\" do "
+                  "OpenSSL não está instalado: instale ossl-modules/legacy.so, ou "
+                  "exporte o certificado de novo com AES");
+    const DonoChave presa(chave);
+    const DonoX509 preso(x509);
+    ChaveAberta aberta;
+    if (presa) aberta.chave = chaveSolta(presa.get());
+    aberta.x509 = certificadoSolto(preso.get());
+    for (int i = 0; i < sk_X509_num(outros); ++i)
+        aberta.emissores.push_back(certificadoSolto(sk_X509_value(outros, i)));
+    sk_X509_pop_free(outros, X509_free);
+    if (!aberta.chave) return recusar("o arquivo não tem chave privada: exporte-o com ela");
+    if (!aberta.x509) return recusar("o arquivo não tem o certificado de sua chave");
+    return aberta;
+}
+
+} // namespace zel::envio
