@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The key that signs: what opens it, what is refused, what it may be used for.
 #include "Certificados.h"
+#include "Mensagens.h"
+
+#include "assinatura/Assinatura.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <thread>
 
 using namespace zel::envio;
 using namespace zel::envio::ensaio;
@@ -226,6 +230,8 @@ TEST(Token, a_chave_assina_de_dentro_e_o_que_falta_e_dito) {
                        " --token-label loja --login --pin 4321 --type cert --id 01 --label caixa"
                        " --write-object '" +
                        pasta.em("certificado.der") + "'"));
+    // Each of these is opened while the one before is open, which then goes.
+    std::shared_ptr<const Certificado> outro;
     const struct {
         const char *token, *rotulo, *pin, *motivo;
     } kCasos[] = {
@@ -240,8 +246,30 @@ TEST(Token, a_chave_assina_de_dentro_e_o_que_falta_e_dito) {
         EXPECT_EQ(aberto != nullptr, *motivo == '\0') << recusas.texto();
         EXPECT_NE(recusas.texto().find(motivo), std::string::npos) << recusas.texto();
         if (!aberto) continue;
+        outro = aberto;
         EXPECT_TRUE(aberto->conferir(kCnpj, kAgora, recusas)) << recusas.texto();
         EXPECT_EQ(aberto->assinarTexto("texto", recusas),
                   certificado()->assinarTexto("texto", recusas));
+        auto noToken = lido(nfe()), noArquivo = lido(nfe());
+        EXPECT_TRUE(assinar(noToken, "infNFe", *aberto, recusas)) << recusas.texto();
+        EXPECT_TRUE(assinar(noArquivo, "infNFe", *certificado(), recusas));
+        EXPECT_EQ(noToken.raiz().texto("Signature/SignatureValue"),
+                  noArquivo.raiz().texto("Signature/SignatureValue"));
     }
+    // One handle each, one token.
+    const Variavel senha("ZEL_ENVIO_SENHA", "4321");
+    std::array<int, 3> feitos{};
+    std::vector<std::thread> linhas;
+    for (int &certos : feitos)
+        linhas.emplace_back([&certos] {
+            Recusas recusas;
+            for (int i = 0; i < 10; ++i) {
+                const auto meu = Certificado::abrir(conf("", "", kModulo), recusas);
+                certos += meu && meu->assinarTexto("x", recusas) ? 1 : 0;
+            }
+        });
+    for (std::thread &linha : linhas)
+        linha.join();
+    for (const int certos : feitos)
+        EXPECT_EQ(certos, 10);
 }

@@ -31,10 +31,12 @@ public:
     Modulo &operator=(const Modulo &) = delete;
 
     bool carregado() const { return carregado_; }
-    // Those that have something inside now.
+    // Those that were inserted when the first of its users came: libp11 does not survive a second
+    // look at a module that is in use.
     std::vector<PKCS11_TOKEN *> tokens() {
         std::vector<PKCS11_TOKEN *> achados;
-        if (PKCS11_update_slots(contexto_, &leitores_, &quantos_) != 0) return achados;
+        if (leitores_ == nullptr && PKCS11_enumerate_slots(contexto_, &leitores_, &quantos_) != 0)
+            return achados;
         for (unsigned i = 0; i < quantos_; ++i)
             if (leitores_[i].token != nullptr && leitores_[i].token->initialized != 0)
                 achados.push_back(leitores_[i].token);
@@ -128,6 +130,36 @@ PKCS11_KEY *escolherChave(PKCS11_TOKEN *token, std::string_view rotulo, Recusas 
     return nullptr;
 }
 
+// xmlsec takes a key for a private one when it shows a private exponent, which one in a token does
+// not have to show. Here is one that says nothing: the method of such a key never looks at it.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+void mostrarPrivada(EVP_PKEY *chave) {
+    RSA *rsa = EVP_PKEY_get1_RSA(chave);
+    if (rsa == nullptr) return;
+    BIGNUM *nada = RSA_get0_d(rsa) == nullptr ? BN_new() : nullptr;
+    if (nada != nullptr) {
+        BN_one(nada);
+        if (RSA_set0_key(rsa, nullptr, nullptr, nada) != 1) BN_free(nada);
+    }
+    RSA_free(rsa);
+}
+#pragma GCC diagnostic pop
+
+// It signs, and the certificate is its own.
+bool assinaMesmo(const ChaveAberta &aberta) {
+    constexpr unsigned char kTexto[] = {'e', 'n', 's', 'a', 'i', 'o'};
+    const DonoResumo feito(EVP_MD_CTX_new()), visto(EVP_MD_CTX_new());
+    std::vector<unsigned char> valor(
+        static_cast<std::size_t>(std::max(1, EVP_PKEY_get_size(aberta.chave.get()))));
+    std::size_t tamanho = valor.size();
+    return EVP_DigestSignInit(feito.get(), nullptr, EVP_sha1(), nullptr, aberta.chave.get()) == 1 &&
+           EVP_DigestSign(feito.get(), valor.data(), &tamanho, kTexto, sizeof kTexto) == 1 &&
+           EVP_DigestVerifyInit(visto.get(), nullptr, EVP_sha1(), nullptr,
+                                X509_get0_pubkey(aberta.x509.get())) == 1 &&
+           EVP_DigestVerify(visto.get(), valor.data(), tamanho, kTexto, sizeof kTexto) == 1;
+}
+
 } // namespace
 
 std::optional<ChaveAberta> abrirToken(const ConfigCertificado &config, const Segredo &pin,
@@ -148,8 +180,10 @@ std::optional<ChaveAberta> abrirToken(const ConfigCertificado &config, const Seg
     ChaveAberta aberta;
     aberta.chave.reset(PKCS11_get_private_key(chave));
     aberta.x509.reset(X509_dup(PKCS11_find_certificate(chave)->x509));
-    if (!aberta.chave || !aberta.x509) {
-        recusas.juntar("certificado.rotulo", config.rotulo, "o token não entrega a chave");
+    if (aberta.chave) mostrarPrivada(aberta.chave.get());
+    if (!aberta.chave || !aberta.x509 || !assinaMesmo(aberta)) {
+        recusas.juntar("certificado.rotulo", config.rotulo,
+                       "a chave do token não assina, ou o certificado não é o dela");
         return {};
     }
     aberta.token = std::shared_ptr<void>(nullptr, [modulo](void *) mutable {

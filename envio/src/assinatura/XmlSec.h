@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+// xmlsec, initialised once, and its objects, owned.
+#pragma once
+
+#include "assinatura/OpenSsl.h"
+#include "base/Xml.h"
+
+#include <memory>
+#include <string>
+
+struct _xmlAttr;
+struct _xmlSecDSigCtx;
+
+namespace zel::envio {
+
+struct LiberarContextoXmlSec {
+    void operator()(_xmlSecDSigCtx *contexto) const;
+};
+using ContextoXmlSec = std::unique_ptr<_xmlSecDSigCtx, LiberarContextoXmlSec>;
+
+// One that takes references into the same document, the two transforms and the algorithms of the
+// layout, nothing else; with that key (public or private), which it shares. Null when memory is
+// short or the key is of another kind.
+ContextoXmlSec contextoXmlSec(EVP_PKEY *chave);
+
+// While this lives, the document knows the element by its Id, and no other element by that one.
+class IdRegistrado {
+public:
+    IdRegistrado(const No &elemento, const std::string &id);
+    ~IdRegistrado();
+    IdRegistrado(const IdRegistrado &) = delete;
+    IdRegistrado &operator=(const IdRegistrado &) = delete;
+
+    explicit operator bool() const { return atributo_ != nullptr; }
+
+private:
+    No elemento_;
+    _xmlAttr *atributo_;
+};
+
+} // namespace zel::envio
