@@ -109,6 +109,11 @@ TEST(Assinatura, cada_ataque_e_recusado) {
     const DonoChave curta(EVP_RSA_gen(512));
     const DonoX509 fraco = emitir(modelo(), curta.get());
     const std::string derFraco = derDe(fraco.get());
+    std::string espacos, atributos;
+    for (int i = 0; i < 65; ++i) {
+        espacos += "xmlns:n" + std::to_string(i) + "=\"urn:x\" ";
+        atributos += "n" + std::to_string(i) + "=\"\" ";
+    }
     const auto x509 = [](const std::string &base64) {
         return "<X509Certificate>" + base64 + "</X509Certificate>";
     };
@@ -198,6 +203,9 @@ TEST(Assinatura, cada_ataque_e_recusado) {
          "não é um certificado"},
         {"more behind it", trocar(bom, certificadoDela, emBase64(derCurva + "x")),
          "não é um certificado"},
+        {"many namespaces", trocar(bom, "<NFe ", "<NFe " + espacos), "forma canônica"},
+        {"many attributes", trocar(bom, "<ide", "<ide " + atributos), "forma canônica"},
+        {"relative namespace", trocar(bom, "<NFe ", "<NFe xmlns:r=\"r\" "), "forma canônica"},
         {"not of the NF-e",
          trocar(bom, "<NFe xmlns=\"http://www.portalfiscal.inf.br/nfe\"", "<NFe xmlns=\"urn:x\""),
          "não é NFe"},

@@ -83,8 +83,10 @@ bool assinarUm(const No &elemento, const Certificado &certificado, Recusas &recu
 bool assinar(Documento &documento, std::string_view nome, const Certificado &certificado,
              Recusas &recusas) {
     const FilaDeErros fila;
+    const SilencioXml silencio;
     const std::vector<No> elementos = todos(documento.raiz(), nome);
-    bool pronto = !elementos.empty() || recusas.juntar(nome, "", "não há o que assinar");
+    bool pronto = conferirCanonico(documento, recusas);
+    if (elementos.empty()) pronto = recusas.juntar(nome, "", "não há o que assinar");
     for (const No &elemento : elementos) {
         if (!elemento.pai())
             pronto = recusas.juntar(nome, "", "falta o elemento que recebe a assinatura");
@@ -139,6 +141,8 @@ std::optional<std::string> resumoDe(const Documento &documento, const No &elemen
 std::optional<std::string> digestDe(const Documento &documento, std::string_view nome,
                                     Recusas &recusas) {
     const FilaDeErros fila;
+    const SilencioXml silencio;
+    if (!conferirCanonico(documento, recusas)) return {};
     const No elemento = documento.raiz().procurar(nome);
     auto resumo = elemento ? resumoDe(documento, elemento) : std::nullopt;
     if (!resumo)
@@ -191,6 +195,7 @@ std::string pemDe(X509 *x509) {
 bool verificarAssinatura(const Documento &documento, const No &pai, std::string &certificadoPem,
                          Recusas &recusas) {
     const FilaDeErros fila;
+    const SilencioXml silencio;
     const auto forma = formaDe(documento, pai, recusas);
     if (!forma) return false;
     const DonoX509 x509 = certificadoDe(forma->assinatura, recusas);

@@ -11,6 +11,8 @@ namespace zel::envio {
 namespace {
 
 constexpr std::size_t kMaiorId = 64;
+constexpr int kMaisEspacos = 16;   // declared from the root down to a place
+constexpr int kMaisAtributos = 64; // of an element
 
 // What is signed, by the element that holds it.
 constexpr std::array<std::array<std::string_view, 2>, 3> kAssinados{{
@@ -103,6 +105,22 @@ int quantosTem(const No &no, const std::string &id) {
     return quantos;
 }
 
+// The first element at or below this one that breaks a bound.
+No semForma(const No &no, int espacos) {
+    for (const xmlNs *ns = no.cru()->nsDef; ns != nullptr; ns = ns->next) {
+        const std::string_view href =
+            ns->href == nullptr ? "" : reinterpret_cast<const char *>(ns->href);
+        if (++espacos > kMaisEspacos || (!href.empty() && href.find(':') == href.npos)) return no;
+    }
+    int atributos = 0;
+    for (const xmlAttr *a = no.cru()->properties; a != nullptr; a = a->next)
+        if (++atributos > kMaisAtributos) return no;
+    for (xmlNode *filho = no.cru()->children; filho != nullptr; filho = filho->next)
+        if (filho->type == XML_ELEMENT_NODE)
+            if (const No achado = semForma(No(filho), espacos)) return achado;
+    return {};
+}
+
 // Of that name anywhere below, at most 2.
 int assinaturas(const No &no) {
     int quantas = no.nome() == "Signature" ? 1 : 0;
@@ -118,6 +136,13 @@ std::string_view assinadoEm(const No &pai) {
 }
 
 } // namespace
+
+bool conferirCanonico(const Documento &documento, Recusas &recusas) {
+    const No no = semForma(documento.raiz(), 0);
+    return !no || recusas.juntar(no.caminho(), "",
+                                 "tem espaços de nomes relativos, ou espaços de nomes ou atributos "
+                                 "demais, para ser posto em forma canônica");
+}
 
 bool conferirId(const Documento &documento, const No &elemento, Recusas &recusas) {
     const std::string id = elemento.atributo("Id");
@@ -137,6 +162,7 @@ std::optional<FormaAssinatura> formaDe(const Documento &documento, const No &pai
         recusas.juntar(no.caminho(), "", motivo);
         return std::nullopt;
     };
+    if (!conferirCanonico(documento, recusas)) return {};
     const std::string_view nome = assinadoEm(pai);
     if (nome.empty()) return recusar(pai, "não é NFe, evento nem inutNFe da NF-e");
     const std::vector<No> assinados = pai.filhos(nome);

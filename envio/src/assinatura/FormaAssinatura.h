@@ -24,6 +24,11 @@ struct FormaAssinatura {
 // `pai`: NFe, evento or inutNFe, with the element that is signed and one Signature right below it.
 std::optional<FormaAssinatura> formaDe(const Documento &documento, const No &pai, Recusas &recusas);
 
+// Whether the canonical form costs no more than the document's size suggests: namespaces in force
+// in one place, and attributes of one element, are as many as a message may have, and the
+// namespaces are absolute.
+bool conferirCanonico(const Documento &documento, Recusas &recusas);
+
 // The element's Id is a name, and no other attribute of the document that somebody could take for
 // an Id has that value.
 bool conferirId(const Documento &documento, const No &elemento, Recusas &recusas);

@@ -14,9 +14,12 @@ constexpr long kMaisVoltas = 5'000'000;
 // OpenSSL with its own algorithms and, where it is installed, the provider of the old ones.
 class Algoritmos {
 public:
-    Algoritmos()
-        : contexto_(OSSL_LIB_CTX_new()), padrao_(OSSL_PROVIDER_load(contexto_, "default")),
-          antigos_(OSSL_PROVIDER_load(contexto_, "legacy")) {}
+    // Without a context of its own a provider would be loaded into the program's.
+    Algoritmos() : contexto_(OSSL_LIB_CTX_new()) {
+        if (contexto_ == nullptr) return;
+        padrao_ = OSSL_PROVIDER_load(contexto_, "default");
+        antigos_ = OSSL_PROVIDER_load(contexto_, "legacy");
+    }
     ~Algoritmos() {
         if (antigos_ != nullptr) OSSL_PROVIDER_unload(antigos_);
         if (padrao_ != nullptr) OSSL_PROVIDER_unload(padrao_);
@@ -26,12 +29,13 @@ public:
     Algoritmos &operator=(const Algoritmos &) = delete;
 
     OSSL_LIB_CTX *contexto() const { return contexto_; }
+    bool prontos() const { return padrao_ != nullptr; }
     bool temAntigos() const { return antigos_ != nullptr; }
 
 private:
     OSSL_LIB_CTX *contexto_;
-    OSSL_PROVIDER *padrao_;
-    OSSL_PROVIDER *antigos_;
+    OSSL_PROVIDER *padrao_ = nullptr;
+    OSSL_PROVIDER *antigos_ = nullptr;
 };
 
 DonoPkcs12 lerEstrutura(std::string_view bytes, OSSL_LIB_CTX *contexto) {
@@ -87,6 +91,7 @@ std::optional<ChaveAberta> abrirPkcs12(std::string_view bytes, const Segredo &se
         return std::nullopt;
     };
     const Algoritmos algoritmos;
+    if (!algoritmos.prontos()) return recusar("o OpenSSL não pôde ser preparado");
     const DonoPkcs12 pacote = lerEstrutura(bytes, algoritmos.contexto());
     if (!pacote) return recusar("não é um arquivo PKCS#12 (.pfx, .p12)");
     const char *const motivo = porqueNaoAbre(pacote.get(), senha);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "assinatura/XmlSec.h"
 
+#include <libxml/globals.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <libxml/valid.h>
@@ -65,6 +66,14 @@ ContextoXmlSec contextoXmlSec(EVP_PKEY *chave) {
         if (xmlSecDSigCtxEnableSignatureTransform(contexto.get(), id) < 0) return nullptr;
     if (!adotar(contexto.get(), chave)) contexto.reset();
     return contexto;
+}
+
+SilencioXml::SilencioXml() : antes_(xmlStructuredError), contexto_(xmlStructuredErrorContext) {
+    xmlSetStructuredErrorFunc(nullptr, [](void *, auto *) {});
+}
+
+SilencioXml::~SilencioXml() {
+    xmlSetStructuredErrorFunc(contexto_, antes_);
 }
 
 IdRegistrado::IdRegistrado(const No &elemento, const std::string &id)

@@ -5,6 +5,7 @@
 #include "assinatura/OpenSsl.h"
 #include "base/Xml.h"
 
+#include <libxml/xmlerror.h>
 #include <memory>
 #include <string>
 
@@ -22,6 +23,20 @@ using ContextoXmlSec = std::unique_ptr<_xmlSecDSigCtx, LiberarContextoXmlSec>;
 // layout, nothing else; with that key (public or private), which it shares. Null when memory is
 // short or the key is of another kind.
 ContextoXmlSec contextoXmlSec(EVP_PKEY *chave);
+
+// While this lives, libxml2 keeps what it complains of in this thread to itself: it would be
+// printed.
+class SilencioXml {
+public:
+    SilencioXml();
+    ~SilencioXml();
+    SilencioXml(const SilencioXml &) = delete;
+    SilencioXml &operator=(const SilencioXml &) = delete;
+
+private:
+    xmlStructuredErrorFunc antes_;
+    void *contexto_;
+};
 
 // While this lives, the document knows the element by its Id, and no other element by that one.
 class IdRegistrado {
