@@ -5,8 +5,12 @@
 
 #include "assinatura/Assinatura.h"
 
+#include "comum/Descritor.h"
+
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
 #include <thread>
 
 using namespace zel::envio;
@@ -159,6 +163,64 @@ ConfigCertificado conf(const std::string &arquivo, const std::string &senha = ""
 }
 
 } // namespace
+
+namespace {
+
+// A password that stands in no text of this program, but here in another form.
+constexpr std::array<char, 12> kDisfarce{'Q', 'z', '9', '!', 'k', 'W',
+                                         'p', '3', 'v', 'B', '7', 'm'};
+constexpr char kMascara = 0x2A;
+
+// Whether it stands in the memory that may be written, its owner's page apart.
+__attribute__((no_sanitize("address", "undefined"))) bool estaNaMemoria(const char *dono) {
+    std::ifstream mapas("/proc/self/maps");
+    std::vector<std::pair<std::uintptr_t, std::uintptr_t>> areas;
+    for (std::string linha; std::getline(mapas, linha);) {
+        char *fim = nullptr;
+        const std::uintptr_t de = std::strtoull(linha.c_str(), &fim, 16);
+        const std::uintptr_t ate = std::strtoull(fim + 1, &fim, 16);
+        // Larger ones are the sanitizer's own.
+        if (std::string_view(fim).starts_with(" rw") && ate - de < (1ULL << 26))
+            areas.emplace_back(de, ate);
+    }
+    for (const auto &[de, ate] : areas) {
+        const auto *area = reinterpret_cast<const char *>(de);
+        if (dono >= area && dono < area + (ate - de)) continue;
+        for (std::size_t i = 0; i + kDisfarce.size() < ate - de; ++i) {
+            std::size_t j = 0;
+            while (j < kDisfarce.size() && (area[i + j] ^ kMascara) == kDisfarce[j])
+                ++j;
+            if (j == kDisfarce.size()) return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+TEST(Segredos, da_senha_nada_fica_na_memoria_do_programa) {
+    auto *pagina = static_cast<char *>(
+        ::mmap(nullptr, 1U << 20, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    for (std::size_t i = 0; i < kDisfarce.size(); ++i)
+        pagina[i] = static_cast<char>(kDisfarce[i] ^ kMascara);
+    Pasta pasta;
+    for (const Cifra cifra : {Cifra::kNova, Cifra::kAntiga}) {
+        const auto titular = Cadeia().titular(modelo());
+        const std::string pacote = pkcs12De(chave(kTitular), titular.get(), pagina, cifra);
+        Recusas recusas;
+        EXPECT_TRUE(Certificado::dePkcs12(pacote, {pagina, kDisfarce.size()}, "", recusas));
+        const zel::comum::Descritor arquivo(pasta.em("senha"), O_CREAT | O_WRONLY);
+        ASSERT_EQ(::write(arquivo.fd(), pagina, kDisfarce.size()), 12);
+        ::fchmod(arquivo.fd(), 0600);
+        const auto aberto =
+            Certificado::abrir(conf(pasta.gravar("loja.pfx", pacote), pasta.em("senha")), recusas);
+        EXPECT_TRUE(aberto) << recusas.texto();
+    }
+    EXPECT_FALSE(estaNaMemoria(pagina));
+    const auto copia = std::make_unique<std::string>(pagina, kDisfarce.size());
+    EXPECT_TRUE(estaNaMemoria(pagina)) << copia->size();
+    ::munmap(pagina, 1U << 20);
+}
 
 // Where file and password are named, each with the others silent.
 TEST(Credenciais, vem_da_configuracao_do_ambiente_ou_do_systemd) {

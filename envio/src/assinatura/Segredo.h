@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // A password: in a page of its own that stands in no core and, where the system allows, in no swap;
-// wiped when it goes. Never copied into a std::string.
+// wiped when it goes. Never copied into a std::string. What is beyond it: OpenSSL frees a copy in
+// UTF-16 unwiped where it derives the key of a PKCS#12 file, and ZEL_ENVIO_SENHA stands in the
+// program's environment; a file or a credential has only the former.
 #pragma once
 
 #include <cstddef>
