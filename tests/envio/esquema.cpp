@@ -126,6 +126,8 @@ TEST(Esquemas, cada_violacao_e_dita_por_caminho_valor_e_regra) {
              "\"; pode ter no máximo 60 caracteres"},
         {"missing", trocar(nfe(), "<CRT>1</CRT>", ""),
          "NFe/infNFe/emit: falta um destes elementos dentro: IEST, IM, CRT"},
+        {"nothing inside", "<NFe xmlns=\"http://www.portalfiscal.inf.br/nfe\"/>",
+         "NFe: falta dentro: infNFe"},
         {"unexpected", trocar(nfe(), "<natOp>", "<indPag>0</indPag><natOp>"),
          "NFe/infNFe/ide/indPag: \"0\"; não é esperado aqui; viria: natOp"},
         {"unexpected, several", trocar(nfe(), "<indTot>1</indTot>", "<vItem>1</vItem>"),

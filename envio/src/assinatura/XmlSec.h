@@ -8,16 +8,16 @@
 #include <libxml/xmlerror.h>
 #include <memory>
 #include <string>
+#include <xmlsec/xmldsig.h>
 
 struct _xmlAttr;
-struct _xmlSecDSigCtx;
 
 namespace zel::envio {
 
 struct LiberarContextoXmlSec {
-    void operator()(_xmlSecDSigCtx *contexto) const;
+    void operator()(xmlSecDSigCtx *contexto) const;
 };
-using ContextoXmlSec = std::unique_ptr<_xmlSecDSigCtx, LiberarContextoXmlSec>;
+using ContextoXmlSec = std::unique_ptr<xmlSecDSigCtx, LiberarContextoXmlSec>;
 
 // One that takes references into the same document, the two transforms and the algorithms of the
 // layout, nothing else; with that key (public or private), which it shares. Null when memory is
