@@ -2,7 +2,6 @@
 #include "assinatura/XmlSec.h"
 
 #include <libxml/globals.h>
-#include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <libxml/valid.h>
 #include <mutex>
@@ -26,7 +25,7 @@ void calar(const char * /*file*/, int /*line*/, const char * /*func*/, const cha
 void inicializar() {
     static std::once_flag uma;
     std::call_once(uma, [] {
-        xmlInitParser();
+        prepararXml();
         if (xmlSecPtrListIsValid(xmlSecTransformIdsGet())) return;
         if (xmlSecInit() < 0 || xmlSecOpenSSLInit() < 0) return;
         xmlSecErrorsSetCallback(calar);

@@ -6,6 +6,7 @@
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
 #include <libxml/xmlsave.h>
+#include <mutex>
 
 namespace zel::envio {
 
@@ -183,7 +184,13 @@ void Documento::Liberar::operator()(xmlDoc *doc) const {
     xmlFreeDoc(doc);
 }
 
+void prepararXml() {
+    static std::once_flag uma;
+    std::call_once(uma, xmlInitParser);
+}
+
 std::optional<Documento> Documento::ler(std::string_view entrada, std::string &motivo) {
+    prepararXml();
     while (!entrada.empty() && entrada.back() == '\0')
         entrada.remove_suffix(1);
     if (entrada.empty()) return motivo = "está vazio", std::nullopt;
@@ -206,6 +213,7 @@ std::optional<Documento> Documento::ler(std::string_view entrada, std::string &m
 }
 
 Documento Documento::novo(std::string_view raiz, std::string_view espaco) {
+    prepararXml();
     Documento novo;
     novo.doc_.reset(xmlNewDoc(reinterpret_cast<const xmlChar *>("1.0")));
     xmlNode *no = xmlNewDocNode(novo.doc_.get(), nullptr, bytes(std::string(raiz)), nullptr);

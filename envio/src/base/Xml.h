@@ -92,6 +92,10 @@ private:
     std::unique_ptr<_xmlDoc, Liberar> doc_;
 };
 
+// libxml2 prepares itself at its first use, and not safely when several threads come at once.
+// Documents do this; whoever uses libxml2 before there is one does it himself.
+void prepararXml();
+
 // ISO-8859-1 to UTF-8, and back (none when a character does not exist there).
 std::string utf8DeLatin1(std::string_view latin1);
 std::optional<std::string> latin1DeUtf8(std::string_view utf8);

@@ -4,7 +4,6 @@
 #include "comum/Arquivo.h"
 #include "esquema/Violacao.h"
 
-#include <libxml/parser.h>
 #include <libxml/valid.h>
 #include <libxml/xmlschemas.h>
 #include <libxml/xmlschemastypes.h>
@@ -73,7 +72,7 @@ using DonoEsquema = std::unique_ptr<xmlSchema, LiberarEsquema>;
 void inicializar() {
     static std::once_flag uma;
     std::call_once(uma, [] {
-        xmlInitParser();
+        prepararXml();
         xmlSchemaInitTypes();
     });
 }
