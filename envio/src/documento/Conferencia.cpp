@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: MIT
+#include "documento/Conferencia.h"
+
+#include "assinatura/Assinatura.h"
+#include "documento/ConferenciaPartes.h"
+#include "qrcode/QrCode.h"
+
+namespace zel::envio {
+
+namespace {
+
+using Olhado = std::vector<std::string>;
+
+constexpr std::size_t kMaisDocumentos = 50; // NFe of an enviNFe
+constexpr std::size_t kMaisIrmaos = 1200;   // elements beside each other, det included
+
+// A line for what was looked at: right, or not.
+void anotar(Olhado &olhado, std::string_view parte, bool certo, std::string_view detalhe = {}) {
+    std::string linha(parte);
+    linha += certo ? ": confere" : ": não confere";
+    if (!detalhe.empty()) linha += "; " + std::string(detalhe);
+    olhado.push_back(std::move(linha));
+}
+
+std::vector<No> documentosDe(const Documento &documento) {
+    const No raiz = documento.raiz();
+    if (raiz.nome() == "NFe") return {raiz};
+    auto todos = raiz.filhos("NFe");
+    if (todos.empty() && raiz.procurar("NFe")) todos.push_back(raiz.procurar("NFe"));
+    return todos;
+}
+
+// A refusal counts what stands beside its element: a hostile document must not make that long.
+bool temDemais(const No &infNFe) {
+    for (No no = infNFe; no; no = no.pai())
+        if (no.filhos().size() > kMaisIrmaos) return true;
+    return infNFe.filhos("det").size() > kMaisItens;
+}
+
+bool servePara(const No &nfe, Recusas &recusas) {
+    const auto partes = nfe.filhos("infNFe");
+    if (partes.size() != 1)
+        return recusas.juntar(nfe.caminho(), "", "não tem um infNFe, ou tem mais de um");
+    const No &infNFe = partes.front();
+    if (temDemais(infNFe))
+        return recusas.juntar(infNFe.caminho(), "",
+                              "tem mais de " + std::to_string(kMaisItens) +
+                                  " itens, ou elementos demais");
+    if (nfe.espaco() != kEspacoNfe || infNFe.espaco() != kEspacoNfe)
+        return recusas.juntar(nfe.caminho(), nfe.espaco(),
+                              "não é do espaço de nomes " + std::string(kEspacoNfe));
+    if (infNFe.atributo("versao") != "4.00")
+        return recusas.juntar(infNFe.caminho() + "/@versao", infNFe.atributo("versao"),
+                              "o leiaute em vigor é o 4.00: traduza e assine antes");
+    return infNFe.texto("ide/mod") == "65" ||
+           recusas.juntar(lugarDe(infNFe, "ide/mod"), infNFe.texto("ide/mod"),
+                          "só o modelo 65, NFC-e, é conferido");
+}
+
+// The certificate signs for the issuer: the first 8 digits of the CNPJ.
+bool conferirTitular(const No &nfe, const std::string &pem, Recusas &recusas) {
+    constexpr std::size_t kRaiz = 8;
+    const std::string emitente = nfe.texto("infNFe/emit/CNPJ"), titular = cnpjDePem(pem);
+    if (emitente.empty() || titular.substr(0, kRaiz) == emitente.substr(0, kRaiz)) return true;
+    return recusas.juntar(lugarDe(nfe, "Signature"), titular,
+                          "o certificado não é do emitente, " + emitente + " (rejeição 213)");
+}
+
+bool conferirAssinatura(const Documento &documento, const No &nfe, Olhado &olhado,
+                        Recusas &recusas) {
+    if (!nfe.filho("Signature")) {
+        olhado.emplace_back("assinatura: falta");
+        return recusas.juntar(lugarDe(nfe, "Signature"), "", "o documento não está assinado");
+    }
+    std::string pem;
+    bool certo = verificarAssinatura(documento, nfe, pem, recusas);
+    if (certo) certo = conferirTitular(nfe, pem, recusas);
+    const std::string titular = cnpjDePem(pem);
+    anotar(olhado, "assinatura", certo, titular.empty() ? "" : "certificado de " + titular);
+    return certo;
+}
+
+// The content repeats the key: what is wrong with that is not said again.
+void conferirSuplemento(const No &nfe, bool chaveCerta, const Configuracao &config, Olhado &olhado,
+                        Recusas &recusas) {
+    const std::string qrCode = nfe.texto("infNFeSupl/qrCode");
+    if (qrCode.empty()) {
+        olhado.emplace_back("QR code: falta");
+        recusas.juntar(lugarDe(nfe, "infNFeSupl/qrCode"), "",
+                       "falta: a NFC-e leva o QR code (rejeição 394)");
+        return;
+    }
+    if (!chaveCerta) {
+        olhado.emplace_back("QR code: não foi olhado, porque a chave não confere");
+        return;
+    }
+    const bool certo = conferirQrCode(nfe, config, recusas);
+    const bool comHash = qrCode.find("|2|") != qrCode.npos;
+    anotar(olhado, "QR code", certo,
+           comHash && config.qrcode.csc.empty() ? "o hash não foi olhado: configure csc em [qrcode]"
+                                                : "");
+}
+
+// The authority's protocol beside the document, if any, is of this document as it is signed.
+void conferirProtocolo(const No &nfe, Olhado &olhado, Recusas &recusas) {
+    const No infProt = nfe.pai().filho("protNFe/infProt");
+    if (!infProt) return;
+    Recusas novas;
+    if ("NFe" + infProt.texto("chNFe") != nfe.filho("infNFe").atributo("Id"))
+        novas.juntar(lugarDe(infProt, "chNFe"), infProt.texto("chNFe"),
+                     "o protocolo é de outro documento");
+    const std::string digVal = infProt.texto("digVal");
+    if (!digVal.empty() && digVal != nfe.texto("Signature/SignedInfo/Reference/DigestValue"))
+        novas.juntar(lugarDe(infProt, "digVal"), digVal,
+                     "a autoridade recebeu outro conteúdo: o digest não é o da assinatura");
+    anotar(olhado, "protocolo", novas.nenhuma(),
+           infProt.texto("cStat") + ' ' + infProt.texto("xMotivo"));
+    recusas.juntar(novas);
+}
+
+// Runs a part and notes whether it found something.
+template <class Parte>
+void olhar(Olhado &olhado, std::string_view nome, Recusas &recusas, Parte parte) {
+    const std::size_t antes = recusas.lista().size();
+    parte();
+    anotar(olhado, nome, recusas.lista().size() == antes);
+}
+
+void conferirUm(const Documento &documento, const No &nfe, const Configuracao &config,
+                Olhado &olhado, Recusas &recusas) {
+    const No infNFe = nfe.filho("infNFe");
+    const auto itens = infNFe.filhos("det");
+    Valores valores(recusas);
+    conferirAssinatura(documento, nfe, olhado, recusas);
+    const bool chaveCerta = conferirChave(infNFe, recusas);
+    anotar(olhado, "chave", chaveCerta);
+    olhar(olhado, "CNPJ, CPF, GTIN, municípios", recusas,
+          [&] { conferirNumeros(infNFe, itens, recusas); });
+    conferirSuplemento(nfe, chaveCerta, config, olhado, recusas);
+    olhar(olhado, "somas e pagamentos", recusas,
+          [&] { conferirPagamentos(infNFe, conferirSomas(infNFe, itens, valores), valores); });
+    const std::size_t antes = recusas.lista().size();
+    if (conferirIbsCbs(infNFe, itens, valores, recusas))
+        anotar(olhado, "IBS e CBS", recusas.lista().size() == antes);
+    else
+        olhado.emplace_back("IBS e CBS: o documento não os traz");
+    conferirProtocolo(nfe, olhado, recusas);
+}
+
+} // namespace
+
+bool verificarNfce(const Documento &documento, const Configuracao &config, Esquemas *esquemas,
+                   Olhado &olhado, Recusas &recusas) {
+    const auto documentos = documentosDe(documento);
+    if (documentos.empty() || documentos.size() > kMaisDocumentos)
+        return recusas.juntar(documento.raiz().nome(), "",
+                              documentos.empty() ? "não há NFe no documento"
+                                                 : "tem mais de 50 documentos");
+    Recusas novas;
+    bool assinados = true;
+    for (const No &nfe : documentos) {
+        if (!servePara(nfe, novas)) continue;
+        if (documentos.size() > 1) olhado.push_back(nfe.filho("infNFe").atributo("Id") + ':');
+        conferirUm(documento, nfe, config, olhado, novas);
+        assinados = assinados && nfe.filho("Signature");
+    }
+    if (esquemas == nullptr)
+        olhado.emplace_back("esquema: não foi julgado; configure esquemas em zel-envio.toml");
+    else
+        olhar(olhado, "esquema", novas, [&] { esquemas->julgar(documento, !assinados, novas); });
+    recusas.juntar(novas);
+    return novas.nenhuma();
+}
+
+} // namespace zel::envio

@@ -1,0 +1,399 @@
+// SPDX-License-Identifier: MIT
+// A good document is good, and each fault in it is found, and nothing but that fault.
+#include "Documento400.h"
+
+#include "documento/Conferencia.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+using namespace zel;
+using namespace zel::envio;
+using namespace zel::envio::ensaio;
+
+namespace {
+
+struct Olhada {
+    bool vale;
+    std::vector<std::string> linhas;
+    Recusas recusas;
+
+    std::string texto() const {
+        std::string texto = recusas.texto();
+        for (const auto &linha : linhas)
+            texto += "\n- " + linha;
+        return texto;
+    }
+    bool recusou(std::string_view fim, std::string_view motivo) const {
+        for (const auto &recusa : recusas.lista())
+            if (recusa.campo.ends_with(fim) && recusa.motivo.find(motivo) != std::string::npos)
+                return true;
+        return false;
+    }
+    bool disse(std::string_view inicio) const {
+        for (const auto &linha : linhas)
+            if (linha.starts_with(inicio)) return true;
+        return false;
+    }
+};
+
+Olhada olhar(const Documento &documento, Esquemas *esquemas = nullptr) {
+    Olhada olhada;
+    olhada.vale = verificarNfce(documento, Configuracao(), esquemas, olhada.linhas, olhada.recusas);
+    EXPECT_EQ(olhada.vale, olhada.recusas.nenhuma());
+    return olhada;
+}
+
+// Exactly one refusal, of that field, with that in its reason.
+void esperarUma(const Olhada &olhada, std::string_view campo, std::string_view motivo) {
+    ASSERT_EQ(olhada.recusas.lista().size(), 1U) << campo << '\n' << olhada.texto();
+    const Recusa &recusa = olhada.recusas.lista().front();
+    EXPECT_EQ(recusa.campo, campo);
+    EXPECT_NE(recusa.motivo.find(motivo), std::string::npos) << recusa.motivo;
+}
+
+// At the end of a path whose elements are made where they are missing.
+void umCentavoEm(No no, std::string_view caminho) {
+    while (!caminho.empty()) {
+        const std::string_view nome = caminho.substr(0, caminho.find('/'));
+        caminho.remove_prefix(std::min(nome.size() + 1, caminho.size()));
+        const No filho = no.filho(nome);
+        no = filho ? filho : no.acrescentar(nome);
+    }
+    const auto havia = Decimal::ler(no.texto());
+    no.definirTexto(textoDe(havia ? *havia->centavos() + 1 : 1));
+}
+
+Documento emProtocolo(const Documento &nfe, const std::string &chave, const std::string &digest) {
+    Documento proc = Documento::novo("nfeProc", kEspacoNfe);
+    proc.raiz().definirAtributo("versao", "4.00");
+    proc.raiz().acrescentarCopia(nfe.raiz());
+    No prot = proc.raiz().acrescentar("protNFe");
+    prot.definirAtributo("versao", "4.00");
+    No info = prot.acrescentar("infProt");
+    info.acrescentar("tpAmb", "2");
+    info.acrescentar("verAplic", "1");
+    info.acrescentar("chNFe", chave);
+    info.acrescentar("dhRecbto", "2026-09-21T10:00:05-03:00");
+    info.acrescentar("nProt", "143260000000001");
+    info.acrescentar("digVal", digest);
+    info.acrescentar("cStat", "100");
+    info.acrescentar("xMotivo", "Autorizado o uso da NF-e");
+    return proc;
+}
+
+} // namespace
+
+TEST(Conferencia, documento_bom_nao_tem_recusa) {
+    const struct {
+        const char *que;
+        std::vector<Troca> trocas;
+    } kCasos[] = {
+        {"como é", {}},
+        {"um centavo de diferença entre produto e preço", {{">39.90<", ">39.94<"}}},
+        {"o ICMS desonerado que se deduz diminui a nota",
+         {{"</vFCP></ICMS00>",
+           "</vFCP><vICMSDeson>2.00</vICMSDeson><indDeduzDeson>1</indDeduzDeson></ICMS00>"},
+          {"<vICMSDeson>0.00<", "<vICMSDeson>2.00<"},
+          {"<vNF>44.43<", "<vNF>42.43<"},
+          {"<vTroco>5.57<", "<vTroco>7.57<"}}},
+        {"o desonerado que não se deduz não a diminui",
+         {{"</vFCP></ICMS00>",
+           "</vFCP><vICMSDeson>2.00</vICMSDeson><indDeduzDeson>0</indDeduzDeson></ICMS00>"},
+          {"<vICMSDeson>0.00<", "<vICMSDeson>2.00<"}}},
+        {"o item que não compõe o total",
+         {{"<indTot>1</indTot></prod><imposto><ICMS><ICMS10>",
+           "<indTot>0</indTot></prod><imposto><ICMS><ICMS10>"},
+          {"<vProd>33.97<", "<vProd>20.00<"},
+          {"<vNF>44.43<", "<vNF>30.46<"},
+          {"<vTroco>5.57<", "<vTroco>19.54<"}}},
+        {"PISST e COFINSST que se somam",
+         {{"</PISNT></PIS>", "</PISNT></PIS><PISST><vPIS>0.50</vPIS>"
+                             "<indSomaPISST>1</indSomaPISST></PISST>"},
+          {"</COFINSNT></COFINS>", "</COFINSNT></COFINS><COFINSST><vCOFINS>0.30</vCOFINS>"
+                                   "<indSomaCOFINSST>1</indSomaCOFINSST></COFINSST>"},
+          {"<vBC>11.60<", "<vBC>10.80<"},
+          {"<vBCIBSCBS>34.16<", "<vBCIBSCBS>33.36<"},
+          {"<vNF>44.43<", "<vNF>45.23<"},
+          {"<vTroco>5.57<", "<vTroco>4.77<"}}},
+        {"pagamento exato, sem troco",
+         {{">20.00</vPag>", ">14.43</vPag>"}, {"<vTroco>5.57</vTroco>", ""}}},
+    };
+    for (const auto &[que, trocas] : kCasos) {
+        const Olhada olhada = olhar(documento400(trocas));
+        EXPECT_TRUE(olhada.vale) << que << '\n' << olhada.texto();
+    }
+    const Olhada olhada = olhar(documento400());
+    for (const char *linha :
+         {"assinatura: confere; certificado de 12345678000195", "chave: confere",
+          "CNPJ, CPF, GTIN, municípios: confere", "QR code: confere", "somas e pagamentos: confere",
+          "IBS e CBS: confere", "esquema: não foi julgado"})
+        EXPECT_TRUE(olhada.disse(linha)) << linha << '\n' << olhada.texto();
+}
+
+TEST(Conferencia, documento_bom_vale_tambem_pelos_esquemas) {
+    const char *pasta = std::getenv("ZEL_ESQUEMAS");
+    if (pasta == nullptr) GTEST_SKIP() << "ZEL_ESQUEMAS não diz onde estão os esquemas";
+    Recusas recusas;
+    const auto esquemas = Esquemas::abrir(pasta, recusas);
+    ASSERT_TRUE(esquemas) << recusas.texto();
+    const Olhada boa = olhar(documento400(), esquemas.get());
+    EXPECT_TRUE(boa.vale && boa.disse("esquema: confere")) << boa.texto();
+    // What is missing for being unsigned is said once.
+    esperarUma(olhar(documento400({}, false), esquemas.get()), "NFe/Signature",
+               "não está assinado");
+    esperarUma(olhar(documento400({{"<tpImp>4<", "<tpImp>7<"}}), esquemas.get()),
+               "NFe/infNFe/ide/tpImp", "");
+}
+
+TEST(Conferencia, cada_falta_e_dita_e_so_ela) {
+    const auto kDepois = Quando::kDepoisDaChave;
+    const struct {
+        std::vector<Troca> trocas;
+        const char *campo;
+        const char *motivo;
+    } kCasos[] = {
+        // What document it is.
+        {{{"<mod>65<", "<mod>55<"}}, "ide/mod", "modelo 65"},
+        {{{"versao=\"4.00\"", "versao=\"3.10\""}}, "@versao", "traduza e assine"},
+        // Key and code.
+        {{{"<cNF>17102545<", "<cNF>33333333<"}}, "ide/cNF", "897"},
+        {{{"<cNF>17102545<", "<cNF>12345678<"}}, "ide/cNF", "897"},
+        {{{"<cNF>17102545<", "<cNF>90123456<"}}, "ide/cNF", "897"},
+        {{{"<cNF>17102545<", "<cNF>00000042<"}}, "ide/cNF", "897"},
+        {{{"<dhEmi>2026-09", "<dhEmi>2026-10", kDepois}}, "ide/dhEmi", "502"},
+        {{{"<UF>RS<", "<UF>SP<"}}, "emit/enderEmit/UF", "35"},
+        // Check digits and places.
+        {{{"<CPF>12345678909<", "<CPF>12345678908<"}}, "dest/CPF", "237"},
+        {{{"<cEAN>7891000315507<", "<cEAN>7891000315508<"}}, "det[1]/prod/cEAN", "611"},
+        {{{"<cEANTrib>7891000315507<", "<cEANTrib>78910003155<"}}, "det[1]/prod/cEANTrib", "612"},
+        {{{"<cEAN>7891000315507</cEAN>", "<cEAN/>"}}, "det[1]/prod/cEAN", "883"},
+        {{{"<cEANTrib>7891000315507</cEANTrib>", ""}}, "det[1]/prod/cEANTrib", "884"},
+        {{{"<cMunFG>4314902</cMunFG><tpImp>", "<cMunFG>4314903</cMunFG><tpImp>"}},
+         "ide/cMunFG",
+         "270"},
+        {{{"<cMun>4314902<", "<cMun>3550308<"}}, "emit/enderEmit/cMun", "273"},
+        {{{"<tpIntegra>2<", "<tpIntegra>1</tpIntegra><CNPJ>12345678000196</CNPJ><tpIntegra>1<"}},
+         "pag/detPag[1]/card/CNPJ",
+         "dígito"},
+        // Quantities, prices, amounts that are none.
+        {{{"<qCom>2.0000<", "<qCom>3.0000<"}}, "det[1]/prod/vProd", "629"},
+        {{{"<qTrib>2<", "<qTrib>1<"}}, "det[1]/prod/vProd", "630"},
+        {{{"<vUnCom>39.90<", "<vUnCom>39.97<"}}, "det[2]/prod/vProd", "629"},
+        {{{"<vDesc>1.00</vDesc><vOutro>", "<vDesc>1,00</vDesc><vOutro>"}},
+         "det[1]/prod/vDesc",
+         "duas casas"},
+        // Payments.
+        {{{">30.00</vPag>", ">20.00</vPag>"}}, "pag", "865"},
+        {{{"<vTroco>5.57</vTroco>", ""}}, "pag/vTroco", "866"},
+        {{{"<vTroco>5.57<", "<vTroco>5.56<"}}, "pag/vTroco", "869"},
+        {{{">20.00</vPag>", ">14.43</vPag>"}}, "pag/vTroco", "869"},
+        // IBS and CBS of the items.
+        {{{"<vBC>13.99<", "<vBC>14.00<"}, {"<vBCIBSCBS>34.16<", "<vBCIBSCBS>34.17<"}},
+         "det[1]/imposto/IBSCBS/gIBSCBS/vBC",
+         "UB16-10"},
+        {{{"<vBC>8.57</vBC><gIBSUF><pIBSUF>0.1000<", "<vBC>8.57</vBC><gIBSUF><pIBSUF>0.2000<"}},
+         "det[3]/imposto/IBSCBS/gIBSCBS/gIBSUF/vIBSUF",
+         "são 0.02"},
+        {{{"<pCBS>0.9000</pCBS><vCBS>0.08<", "<pCBS>0.9000</pCBS><vCBS>0.07<"},
+          {"<vCBS>0.25<", "<vCBS>0.24<"}},
+         "det[3]/imposto/IBSCBS/gIBSCBS/gCBS/vCBS",
+         "são 0.08"},
+        {{{"<vIBS>0.00<", "<vIBS>0.01<"}, {"<vIBS>0.02<", "<vIBS>0.03<"}},
+         "det[2]/imposto/IBSCBS/gIBSCBS/vIBS",
+         "somam 0.00"},
+        {{{">0.0400<", ">0.0402<"}},
+         "det[2]/imposto/IBSCBS/gIBSCBS/gIBSUF/gRed/pAliqEfet",
+         "reduzida em 60.0000%"},
+        {{{"<pIBSUF>0.1000</pIBSUF><gRed>", "<pIBSUF>0,1</pIBSUF><gRed>"}},
+         "det[2]/imposto/IBSCBS/gIBSCBS/gIBSUF/pIBSUF",
+         "quatro casas"},
+    };
+    for (const auto &[trocas, campo, motivo] : kCasos) {
+        esperarUma(olhar(documento400(trocas)), std::string("NFe/infNFe/") + campo, motivo);
+    }
+}
+
+// Each amount below `total`, a cent more than it should be.
+TEST(Conferencia, cada_total_e_a_soma_dos_itens) {
+    const Documento boa = documento400({}, false);
+    std::vector<std::string> lugares;
+    const auto juntar = [&](const auto &este, const No &no) -> void {
+        const auto filhos = no.filhos();
+        if (filhos.empty() && no.nome().starts_with('v')) lugares.push_back(no.caminho());
+        for (const No &filho : filhos)
+            este(este, filho);
+    };
+    juntar(juntar, boa.raiz().filho("infNFe/total"));
+    ASSERT_EQ(lugares.size(), 39U);
+    for (const std::string &lugar : lugares) {
+        Documento documento = documento400({}, false);
+        No no = documento.raiz().filho(lugar.substr(4));
+        no.definirTexto(textoDe(*Decimal::ler(no.texto())->centavos() + 1));
+        Recusas recusas;
+        ASSERT_TRUE(assinar(documento, "infNFe", *certificado(), recusas)) << recusas.texto();
+        esperarUma(olhar(documento), lugar, lugar.ends_with("/vNF") ? "610" : "os itens somam");
+    }
+    Documento documento = documento400({}, false);
+    documento.raiz().filho("infNFe/total/IBSCBSTot").remover();
+    Recusas recusas;
+    ASSERT_TRUE(assinar(documento, "infNFe", *certificado(), recusas));
+    esperarUma(olhar(documento), "NFe/infNFe/total/IBSCBSTot", "falta");
+}
+
+// A cent more in an item: which total lacks it, and what it does to vNF and to the base of IBS and
+// CBS (44.43; 13.99 of the first item, 8.57 of the service).
+TEST(Conferencia, cada_valor_do_item_vai_ao_seu_lugar) {
+    const struct {
+        std::size_t item;
+        std::string caminho, total;
+        int nota, base;
+    } kCasos[] = {
+        {0, "prod/vFrete", "ICMSTot/vFrete", 1, 1},
+        {0, "prod/vSeg", "ICMSTot/vSeg", 1, 1},
+        {0, "prod/vOutro", "ICMSTot/vOutro", 1, 1},
+        {0, "prod/vDesc", "ICMSTot/vDesc", -1, -1},
+        {0, "imposto/ICMS/ICMS00/vBC", "ICMSTot/vBC", 0, 0},
+        {0, "imposto/ICMS/ICMS00/vICMS", "ICMSTot/vICMS", 0, -1},
+        {0, "imposto/ICMS/ICMS00/vFCP", "ICMSTot/vFCP", 0, -1},
+        {0, "imposto/ICMS/ICMS00/vICMSDeson", "ICMSTot/vICMSDeson", 0, 0},
+        {0, "imposto/ICMS/ICMS00/vBCST", "ICMSTot/vBCST", 0, 0},
+        {0, "imposto/ICMS/ICMS00/vICMSST", "ICMSTot/vST", 1, 0},
+        {0, "imposto/ICMS/ICMS00/vFCPST", "ICMSTot/vFCPST", 1, 0},
+        {0, "imposto/ICMS/ICMS00/vFCPSTRet", "ICMSTot/vFCPSTRet", 0, 0},
+        {0, "imposto/ICMS/ICMS00/vICMSMono", "ICMSTot/vICMSMono", 0, -1},
+        {0, "imposto/ICMS/ICMS00/vICMSMonoReten", "ICMSTot/vICMSMonoReten", 1, 0},
+        {0, "imposto/ICMS/ICMS00/vICMSMonoRet", "ICMSTot/vICMSMonoRet", 0, 0},
+        {0, "imposto/ICMSUFDest/vFCPUFDest", "ICMSTot/vFCPUFDest", 0, -1},
+        {0, "imposto/ICMSUFDest/vICMSUFDest", "ICMSTot/vICMSUFDest", 0, -1},
+        {0, "imposto/ICMSUFDest/vICMSUFRemet", "ICMSTot/vICMSUFRemet", 0, 0},
+        {0, "imposto/II/vII", "ICMSTot/vII", 1, 1},
+        {0, "imposto/IPI/IPITrib/vIPI", "ICMSTot/vIPI", 1, 0},
+        {0, "impostoDevol/IPI/vIPIDevol", "ICMSTot/vIPIDevol", 1, 0},
+        {0, "imposto/PIS/PISAliq/vPIS", "ICMSTot/vPIS", 0, -1},
+        {0, "imposto/PISST/vPIS", "", 0, -1},
+        {0, "imposto/COFINS/COFINSAliq/vCOFINS", "ICMSTot/vCOFINS", 0, -1},
+        {0, "imposto/COFINSST/vCOFINS", "", 0, -1},
+        {0, "imposto/vTotTrib", "ICMSTot/vTotTrib", 0, 0},
+        {2, "prod/vProd", "ISSQNtot/vServ", 1, 1},
+        {2, "imposto/ISSQN/vBC", "ISSQNtot/vBC", 0, 0},
+        {2, "imposto/ISSQN/vISSQN", "ISSQNtot/vISS", 0, -1},
+        {2, "imposto/PIS/PISAliq/vPIS", "ISSQNtot/vPIS", 0, -1},
+        {2, "imposto/COFINS/COFINSAliq/vCOFINS", "ISSQNtot/vCOFINS", 0, -1},
+        {2, "imposto/ISSQN/vDeducao", "ISSQNtot/vDeducao", 0, 0},
+        {2, "imposto/ISSQN/vOutro", "ISSQNtot/vOutro", 0, 0},
+        {2, "imposto/ISSQN/vDescIncond", "ISSQNtot/vDescIncond", 0, 0},
+        {2, "imposto/ISSQN/vDescCond", "ISSQNtot/vDescCond", 0, 0},
+        {2, "imposto/ISSQN/vISSRet", "ISSQNtot/vISSRet", 0, 0},
+        {0, "imposto/IS/vIS", "ISTot/vIS", 0, 1},
+        {0, "imposto/IBSCBS/gIBSCBS/gIBSUF/gDif/vDif", "IBSCBSTot/gIBS/gIBSUF/vDif", 0, 0},
+        {0, "imposto/IBSCBS/gIBSCBS/gIBSUF/gDevTrib/vDevTrib", "IBSCBSTot/gIBS/gIBSUF/vDevTrib", 0,
+         0},
+        {0, "imposto/IBSCBS/gIBSCBS/gIBSMun/gDif/vDif", "IBSCBSTot/gIBS/gIBSMun/vDif", 0, 0},
+        {0, "imposto/IBSCBS/gIBSCBS/gIBSMun/gDevTrib/vDevTrib", "IBSCBSTot/gIBS/gIBSMun/vDevTrib",
+         0, 0},
+        {0, "imposto/IBSCBS/gIBSCBS/gIBSMun/vIBSMun", "IBSCBSTot/gIBS/gIBSMun/vIBSMun", 0, 0},
+        {0, "imposto/IBSCBS/gIBSCBS/gCBS/gDif/vDif", "IBSCBSTot/gCBS/vDif", 0, 0},
+        {0, "imposto/IBSCBS/gIBSCBS/gCBS/gDevTrib/vDevTrib", "IBSCBSTot/gCBS/vDevTrib", 0, 0},
+        {0, "imposto/IBSCBS/gIBSCBS/gIBSCredPres/vCredPres", "IBSCBSTot/gIBS/vCredPres", 0, 0},
+        {0, "imposto/IBSCBS/gIBSCBS/gCBSCredPres/vCredPresCondSus",
+         "IBSCBSTot/gCBS/vCredPresCondSus", 0, 0},
+        {0, "imposto/IBSCBS/gIBSCBSMono/gMonoPadrao/vCBSMono", "IBSCBSTot/gMono/vCBSMono", 0, 0},
+        {0, "imposto/IBSCBS/gIBSCBSMono/gMonoReten/vIBSMonoReten", "IBSCBSTot/gMono/vIBSMonoReten",
+         0, 0},
+        {0, "imposto/IBSCBS/gIBSCBSMono/gMonoRet/vCBSMonoRet", "IBSCBSTot/gMono/vCBSMonoRet", 0, 0},
+    };
+    for (const auto &[item, caminho, total, nota, base] : kCasos) {
+        const Documento documento = documento400({}, false);
+        umCentavoEm(documento.raiz().filho("infNFe").filhos("det")[item], caminho);
+        const Olhada olhada = olhar(documento);
+        const std::string daBase = "é " + textoDe((item == 0 ? 1399 : 857) + base);
+        EXPECT_EQ(olhada.recusou("/total/" + total, "os itens somam"), !total.empty()) << caminho;
+        EXPECT_EQ(olhada.recusou("/vNF", "são " + textoDe(4443 + nota)), nota != 0) << caminho;
+        EXPECT_EQ(olhada.recusou("/gIBSCBS/vBC", "UB16-10"), base != 0) << caminho;
+        EXPECT_EQ(olhada.recusou("/gIBSCBS/vBC", daBase), base != 0) << caminho;
+    }
+}
+
+// The key differs from the document in one part, its check digit being right; and the digit alone.
+TEST(Conferencia, cada_parte_da_chave_e_a_do_documento) {
+    const std::string boa = chaveDe(std::string(kDocumento400));
+    const struct {
+        std::size_t lugar;
+        const char *campo;
+    } kPartes[] = {{1, "ide/cUF"},    {5, "ide/dhEmi"}, {19, "emit/CNPJ"},  {21, "ide/mod"},
+                   {24, "ide/serie"}, {33, "ide/nNF"},  {34, "ide/tpEmis"}, {42, "ide/cNF"}};
+    for (const auto &[lugar, campo] : kPartes) {
+        std::string chave = boa;
+        chave[lugar] = chave[lugar] == '9' ? '8' : static_cast<char>(chave[lugar] + 1);
+        chave[43] = fnCalcula_cDV(chave.substr(0, 43));
+        esperarUma(olhar(documento400({}, true, chave)), std::string("NFe/infNFe/") + campo, "502");
+    }
+    std::string chave = boa;
+    chave[43] = chave[43] == '0' ? '1' : '0';
+    esperarUma(olhar(documento400({}, true, chave)), "NFe/infNFe/@Id", "253");
+    esperarUma(olhar(documento400({{"<cDV>" + boa.substr(43), "<cDV>" + chave.substr(43),
+                                    Quando::kDepoisDaChave}})),
+               "NFe/infNFe/ide/cDV", "502");
+}
+
+TEST(Conferencia, assinatura_qrcode_e_protocolo_sao_os_do_documento) {
+    const auto kAssinado = Quando::kDepoisDeAssinado;
+    const Olhada mudado = olhar(documento400({{"Padaria", "Padarim", kAssinado}}));
+    ASSERT_EQ(mudado.recusas.lista().size(), 1U) << mudado.texto();
+    EXPECT_TRUE(mudado.recusas.lista()[0].campo.starts_with("NFe/Signature")) << mudado.texto();
+    EXPECT_TRUE(mudado.disse("assinatura: não confere"));
+    esperarUma(olhar(documento400({}, false)), "NFe/Signature", "não está assinado");
+    esperarUma(olhar(documento400({{"12345678000195", "11222333000181"}})), "NFe/Signature", "213");
+
+    Documento semQr = documento400();
+    semQr.raiz().filho("infNFeSupl").remover();
+    esperarUma(olhar(semQr), "NFe/infNFeSupl/qrCode", "394");
+
+    const Documento nfe = documento400();
+    const std::string chave = nfe.raiz().filho("infNFe").atributo("Id").substr(3);
+    const std::string digest = nfe.raiz().texto("Signature/SignedInfo/Reference/DigestValue");
+    const Olhada autorizada = olhar(emProtocolo(nfe, chave, digest));
+    EXPECT_TRUE(autorizada.vale) << autorizada.texto();
+    EXPECT_TRUE(autorizada.disse("protocolo: confere; 100 Autorizado")) << autorizada.texto();
+    esperarUma(olhar(emProtocolo(nfe, std::string(44, '1'), digest)),
+               "nfeProc/protNFe/infProt/chNFe", "outro documento");
+    esperarUma(olhar(emProtocolo(nfe, chave, "AAAAAAAAAAAAAAAAAAAAAAAAAAA=")),
+               "nfeProc/protNFe/infProt/digVal", "outro conteúdo");
+}
+
+TEST(Conferencia, de_um_lote_cada_documento_e_olhado) {
+    Documento lote = Documento::novo("enviNFe", kEspacoNfe);
+    lote.raiz().acrescentarCopia(documento400().raiz());
+    lote.raiz().acrescentarCopia(
+        documento400({{"<nNF>42<", "<nNF>43<"}, {"<vTroco>5.57<", "<vTroco>5.58<"}}).raiz());
+    esperarUma(olhar(lote), "enviNFe/NFe[2]/infNFe/pag/vTroco", "869");
+}
+
+TEST(Conferencia, do_que_nao_e_nota_diz_se_o_que_e) {
+    std::string cheio = nfe(1), x;
+    for (int i = 0; i < 1200; ++i)
+        x += "<x/>";
+    trocarTudo(cheio, "</infNFe>", "</infNFe>" + x);
+    const struct {
+        std::string xml;
+        const char *motivo;
+    } kCasos[] = {
+        {inutilizacao(), "não há NFe"},
+        {"<NFe><infNFe versao='4.00'/></NFe>", "espaço de nomes"},
+        {"<NFe xmlns='http://www.portalfiscal.inf.br/nfe'/>", "infNFe"},
+        {nfe(991), "990 itens"},
+        {cheio, "elementos demais"},
+    };
+    for (const auto &[xml, motivo] : kCasos) {
+        const Olhada olhada = olhar(lido(xml));
+        ASSERT_EQ(olhada.recusas.lista().size(), 1U) << olhada.texto();
+        EXPECT_NE(olhada.recusas.texto().find(motivo), std::string::npos) << olhada.texto();
+    }
+    // Nothing of it adds up; nothing of it overflows or hangs.
+    std::string hostil = nfe(1);
+    const std::string grande = "<vProd>9999999999999.99</vProd>";
+    trocarTudo(hostil, "<vProd>1.00</vProd>", grande + grande);
+    trocarTudo(hostil, "<vPag>1.00</vPag>", "<vPag>99999999999999999999.99</vPag>");
+    EXPECT_FALSE(olhar(lido(hostil)).vale);
+}
