@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "Base64.h"
 #include "Formas.h"
 #include "Imagem.h"
 #include "Png.h"
+#include "comum/Base64.h"
 
 #include <algorithm>
 #include <charconv>
@@ -57,7 +57,7 @@ public:
         juntar(corpo_, "<image x=\"", numero(papel_.margem() + posto.x), "\" y=\"", numero(posto.y),
                "\" width=\"", numero(imagem->largura), "\" height=\"", numero(imagem->altura),
                "\" style=\"image-rendering:pixelated\"", " xlink:href=\"data:image/png;base64,",
-               base64(pngDe(*imagem)), "\"/>\n");
+               comum::base64(pngDe(*imagem)), "\"/>\n");
     }
 
     const std::string &corpo() const { return corpo_; }

@@ -90,13 +90,15 @@ ZEL_ENVIO_API int zel_envio_ler(zel_envio *envio, const char *bytes, size_t tama
 /* The kind of the document that was read. */
 ZEL_ENVIO_API int zel_envio_tipo(const zel_envio *envio);
 
-/* Says what the till's request leaves out; null or "" is not known. `protocolo`: nProt (15 digits)
- * of the document to be cancelled. `substituta`: the key of the document that replaced it, which
- * makes a cancellation by substitution (110112) of the request. `data`: "AAAA-MM-DD", when an
- * inutilization was asked for; today when it is null. Holds for the document that was read.
- * Codes: ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_ORDEM. */
+/* Says what the till's file leaves out; null or "" is not known. `protocolo`: nProt (15 digits) of
+ * the document to be cancelled. `substituta`: the key of the document that replaced it, which makes
+ * a cancellation by substitution (110112) of the request. `data`: "AAAA-MM-DD", when an
+ * inutilization was asked for; today when it is null. `troco`: the change of an NFC-e, "12.34",
+ * which the till keeps apart (CONFIGURACAO\TrocoUltimaNFCe of its configuration): the last payment
+ * is then said in full, with vTroco. Holds for the document that was read. Codes:
+ * ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_ORDEM. */
 ZEL_ENVIO_API int zel_envio_completar(zel_envio *envio, const char *protocolo,
-                                      const char *substituta, const char *data);
+                                      const char *substituta, const char *data, const char *troco);
 
 /* Translates the document that was read: the message of layout 4.00, unsigned, ready in
  * zel_envio_mensagem. A document of layout 4.00 stays as it is. Where schemas are configured, they

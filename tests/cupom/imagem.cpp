@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Logo, PNG and SVG.
 #include "Imagem.h"
-#include "Base64.h"
 #include "apoio.h"
 #include "apoio/PastaTemporaria.h"
+#include "comum/Base64.h"
 
 #include <gtest/gtest.h>
 #include <numeric>
@@ -159,6 +159,6 @@ TEST(Imagem, base64_e_a_da_norma) {
     // RFC 4648, section 10.
     for (const auto &[bytes, texto] : std::initializer_list<std::pair<const char *, const char *>>{
              {"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {"foobar", "Zm9vYmFy"}})
-        EXPECT_EQ(base64(bytes), texto);
-    EXPECT_EQ(base64("\xFB\xFF\xFE"), "+//+");
+        EXPECT_EQ(zel::comum::base64(bytes), texto);
+    EXPECT_EQ(zel::comum::base64("\xFB\xFF\xFE"), "+//+");
 }

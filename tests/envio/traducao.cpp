@@ -166,7 +166,7 @@ TEST_F(TraducaoEsquema, aceita_servicos_consumidores_entregas_pagamentos_e_conti
     formas.indIntermed = "1";
     formas.intermediadorCNPJ = "11222333000181";
     formas.intermediadorId = "loja";
-    formas.respTec = {"11222333000181", "Ana", "ana@b.com.br", "5133334444", "01", "SEGREDO"};
+    formas.respTec = {"11222333000181", "Ana", "ana@b.com.br", "5133334444", "01", "SEGREDO", ""};
     Nota nota;
     nota.indPres = "9";
     nota.infAdic = "Volte &#10; sempre";
@@ -314,7 +314,7 @@ TEST(Traducao, grupos_de_imposto_ganham_o_que_a_configuracao_sabe_e_perdem_o_que
 
 TEST(Traducao, responsavel_tecnico_assina_a_chave_com_o_csrt) {
     Configuracao config;
-    config.respTec = {"11222333000181", "Ana", "ana@b.com.br", "5133334444", "01", "SEGREDO"};
+    config.respTec = {"11222333000181", "Ana", "ana@b.com.br", "5133334444", "01", "SEGREDO", ""};
     Nota nota;
     const auto traduzida = traduzir(nota, config);
     EXPECT_EQ(traduzida.texto("infRespTec/idCSRT"), "01");

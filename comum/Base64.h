@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Bytes as text (RFC 4648, section 4), for the picture within a picture.
+// Bytes as text (RFC 4648, section 4).
 #pragma once
 
 #include <algorithm>
@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace zel::cupom {
+namespace zel::comum {
 
 inline std::string base64(std::string_view bytes) {
     constexpr std::string_view kLetras =
@@ -23,4 +23,4 @@ inline std::string base64(std::string_view bytes) {
     return texto;
 }
 
-} // namespace zel::cupom
+} // namespace zel::comum

@@ -1,0 +1,335 @@
+// SPDX-License-Identifier: MIT
+#include "zel_envio.h"
+
+#include "assinatura/Certificado.h"
+#include "config/Configuracao.h"
+#include "documento/Conferencia.h"
+#include "documento/Emissao.h"
+#include "documento/Impressao.h"
+#include "documento/Leitura.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <exception>
+#include <iterator>
+#include <new>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+using namespace zel::envio;
+
+struct zel_envio {
+    Emissao emissao;
+    std::string detalhe, valor;
+};
+
+static_assert(int{ZEL_ENVIO_CONFIGURACAO} == static_cast<int>(Passo::kConfiguracao));
+static_assert(int{ZEL_ENVIO_TRADUCAO} == static_cast<int>(Passo::kTraducao));
+static_assert(int{ZEL_ENVIO_CERTIFICADO} == static_cast<int>(Passo::kCertificado));
+static_assert(int{ZEL_ENVIO_ASSINATURA} == static_cast<int>(Passo::kAssinatura));
+static_assert(int{ZEL_ENVIO_ESQUEMA} == static_cast<int>(Passo::kEsquema));
+static_assert(int{ZEL_ENVIO_ORDEM} == static_cast<int>(Passo::kOrdem));
+
+namespace {
+
+// What is between a step and the C border: the reasons become the detail, and no exception passes
+// (all that the rooms throw is that memory, or something else of the system, is short).
+template <class Chamada>
+int responder(zel_envio *envio, Chamada chamada) noexcept {
+    if (envio == nullptr) return ZEL_ENVIO_ARGUMENTO;
+    try {
+        envio->detalhe.clear();
+        Recusas recusas;
+        const int codigo = chamada(recusas);
+        if (codigo != ZEL_ENVIO_OK) envio->detalhe = recusas.texto();
+        return codigo;
+    } catch (const std::exception &) {
+        return ZEL_ENVIO_MEMORIA;
+    }
+}
+
+std::string_view vista(const char *texto) {
+    return texto == nullptr ? std::string_view() : texto;
+}
+
+// Bytes for the caller, with a 0 behind them.
+int entregar(std::string_view texto, char **bytes, std::size_t *tamanho) {
+    auto *copia = static_cast<char *>(std::malloc(texto.size() + 1));
+    if (copia == nullptr) return ZEL_ENVIO_MEMORIA;
+    std::memcpy(copia, texto.data(), texto.size());
+    copia[texto.size()] = '\0';
+    *bytes = copia;
+    *tamanho = texto.size();
+    return ZEL_ENVIO_OK;
+}
+
+int configurar(zel_envio &envio, std::optional<Configuracao> lida) {
+    if (!lida) return ZEL_ENVIO_CONFIGURACAO;
+    envio.emissao.configurar(std::move(*lida));
+    return ZEL_ENVIO_OK;
+}
+
+int verificar(zel_envio &envio, Recusas &recusas) {
+    Emissao &emissao = envio.emissao;
+    if (emissao.lido().tipo != Tipo::kNfce) return ZEL_ENVIO_ORDEM;
+    if (emissao.lido().doCaixa && !emissao.temMensagem()) {
+        recusas.juntar("infNFe/@versao", "3.10",
+                       "é o documento do caixa: traduza-o e assine-o antes de o verificar");
+        return ZEL_ENVIO_ORDEM;
+    }
+    std::shared_ptr<Esquemas> esquemas;
+    const Passo passo = emissao.esquemas(esquemas, recusas);
+    if (passo != Passo::kFeito) return static_cast<int>(passo);
+    std::vector<std::string> olhado;
+    if (!verificarNfce(emissao.mensagem(), emissao.config(), esquemas.get(), olhado, recusas))
+        return ZEL_ENVIO_REPROVADO;
+    for (const auto &linha : olhado)
+        envio.detalhe += envio.detalhe.empty() ? linha : "\n" + linha;
+    return ZEL_ENVIO_OK;
+}
+
+// Where a fact stands: below the first element of that name, wherever it is.
+struct Fato {
+    std::string_view nome, elemento, caminho;
+};
+constexpr Fato kFatos[] = {
+    {"digest", "Reference", "DigestValue"},
+    {"qrCode", "infNFeSupl", "qrCode"},
+    {"urlChave", "infNFeSupl", "urlChave"},
+    {"emissao", "ide", "dhEmi"},
+    {"total", "ICMSTot", "vNF"},
+    {"serie", "ide", "serie"},
+    {"numero", "ide", "nNF"},
+    {"protocolo", "infProt", "nProt"},
+    {"emitente", "emit", "CNPJ"},
+    {"ambiente", "ide", "tpAmb"},
+};
+
+std::string chaveDe(const No &raiz) {
+    constexpr std::string_view kPrefixo = "NFe";
+    if (const std::string id = raiz.procurar("infNFe").atributo("Id"); id.starts_with(kPrefixo))
+        return id.substr(kPrefixo.size());
+    for (const std::string_view nome : {"chNFe", "ChaAcesso", "ChaveAcesso"})
+        if (const No no = raiz.procurar(nome)) return no.texto();
+    return {};
+}
+
+constexpr std::string_view kNomesDosTipos[] = {"", "nfce", "cancelamento", "inutilizacao",
+                                               "consulta"};
+
+// None for a name that there is not.
+std::optional<std::string> fatoDoDocumento(const Emissao &emissao, std::string_view nome) {
+    const No raiz = emissao.mensagem().raiz();
+    if (nome == "chave") return chaveDe(raiz);
+    if (nome == "tipo")
+        return std::string(kNomesDosTipos[static_cast<std::size_t>(emissao.lido().tipo)]);
+    for (const auto &fato : kFatos)
+        if (fato.nome == nome) return raiz.procurar(fato.elemento).texto(fato.caminho);
+    return {};
+}
+
+std::optional<std::string> fatoDoCertificado(Emissao &emissao, std::string_view nome,
+                                             Recusas &recusas) {
+    constexpr std::string_view kPrefixo = "certificado.";
+    if (!nome.starts_with(kPrefixo)) return {};
+    nome.remove_prefix(kPrefixo.size());
+    if (nome != "nome" && nome != "cnpj" && nome != "validade" && nome != "dias") return {};
+    const auto certificado = emissao.certificado(recusas);
+    if (!certificado) return "";
+    if (nome == "nome") return certificado->nome();
+    if (nome == "cnpj") return certificado->cnpj();
+    if (nome == "validade") return certificado->validoAte();
+    return std::to_string(certificado->dias(std::time(nullptr)));
+}
+
+bool ehChaveOuVazio(std::string_view texto, std::size_t digitos) {
+    return texto.empty() ||
+           (texto.size() == digitos && texto.find_first_not_of("0123456789") == texto.npos);
+}
+
+bool ehDataOuVazio(std::string_view texto) {
+    constexpr std::string_view kForma = "dddd-dd-dd";
+    if (texto.empty()) return true;
+    if (texto.size() != kForma.size()) return false;
+    for (std::size_t i = 0; i < kForma.size(); ++i)
+        if (kForma[i] == 'd' ? texto[i] < '0' || texto[i] > '9' : texto[i] != kForma[i])
+            return false;
+    return true;
+}
+
+} // namespace
+
+zel_envio *zel_envio_novo(void) {
+    try {
+        return new (std::nothrow) zel_envio;
+    } catch (const std::exception &) {
+        return nullptr;
+    }
+}
+
+void zel_envio_liberar(zel_envio *envio) {
+    delete envio;
+}
+
+int zel_envio_configurar(zel_envio *envio, const char *arquivo) {
+    if (arquivo == nullptr) return ZEL_ENVIO_ARGUMENTO;
+    return responder(envio, [&](Recusas &recusas) {
+        return configurar(*envio, Configuracao::abrir(arquivo, recusas));
+    });
+}
+
+int zel_envio_configurar_texto(zel_envio *envio, const char *toml, size_t tamanho,
+                               const char *diretorio) {
+    if (toml == nullptr && tamanho > 0) return ZEL_ENVIO_ARGUMENTO;
+    return responder(envio, [&](Recusas &recusas) {
+        return configurar(
+            *envio, Configuracao::ler({toml, tamanho}, std::string(vista(diretorio)), recusas));
+    });
+}
+
+int zel_envio_ler(zel_envio *envio, const char *bytes, size_t tamanho) {
+    if (bytes == nullptr && tamanho > 0) return ZEL_ENVIO_ARGUMENTO;
+    return responder(envio, [&](Recusas &recusas) {
+        auto lido = lerArquivoDoCaixa({bytes, tamanho}, recusas);
+        if (!lido) return int{ZEL_ENVIO_ILEGIVEL};
+        envio->emissao.ler(std::move(*lido));
+        return int{ZEL_ENVIO_OK};
+    });
+}
+
+int zel_envio_tipo(const zel_envio *envio) {
+    return envio == nullptr ? int{ZEL_ENVIO_ARGUMENTO}
+                            : static_cast<int>(envio->emissao.lido().tipo);
+}
+
+int zel_envio_completar(zel_envio *envio, const char *protocolo, const char *substituta,
+                        const char *data, const char *troco) {
+    constexpr std::size_t kDigitosDoProtocolo = 15, kDigitosDaChave = 44;
+    return responder(envio, [&](Recusas &recusas) {
+        if (envio->emissao.lido().tipo == Tipo::kNenhum) return int{ZEL_ENVIO_ORDEM};
+        ContextoPedido contexto{std::string(vista(protocolo)), std::string(vista(substituta)),
+                                std::string(vista(data)), "1"};
+        if (!ehChaveOuVazio(contexto.protocolo, kDigitosDoProtocolo))
+            recusas.juntar("protocolo", contexto.protocolo, "tem 15 dígitos");
+        if (!ehChaveOuVazio(contexto.substituta, kDigitosDaChave))
+            recusas.juntar("substituta", contexto.substituta, "uma chave tem 44 dígitos");
+        if (!ehDataOuVazio(contexto.data))
+            recusas.juntar("data", contexto.data, "escreve-se AAAA-MM-DD");
+        const std::string_view dado = vista(troco);
+        const auto lido = Decimal::ler(dado.empty() ? "0" : dado);
+        const auto centavos = lido ? lido->centavos() : std::nullopt;
+        if (!centavos) recusas.juntar("troco", dado, "escreve-se como 12.34");
+        if (!recusas.nenhuma()) return int{ZEL_ENVIO_ARGUMENTO};
+        envio->emissao.completar(std::move(contexto), {*centavos});
+        return int{ZEL_ENVIO_OK};
+    });
+}
+
+int zel_envio_traduzir(zel_envio *envio) {
+    return responder(envio, [&](Recusas &recusas) {
+        return static_cast<int>(envio->emissao.traduzir(recusas));
+    });
+}
+
+int zel_envio_assinar(zel_envio *envio) {
+    return responder(envio, [&](Recusas &recusas) {
+        return static_cast<int>(envio->emissao.assinar(std::time(nullptr), recusas));
+    });
+}
+
+int zel_envio_mensagem(zel_envio *envio, char **bytes, size_t *tamanho) {
+    if (bytes == nullptr || tamanho == nullptr) return ZEL_ENVIO_ARGUMENTO;
+    return responder(envio, [&](Recusas &) {
+        if (!envio->emissao.temMensagem()) return int{ZEL_ENVIO_ORDEM};
+        return entregar(envio->emissao.mensagem().texto(), bytes, tamanho);
+    });
+}
+
+const char *zel_envio_valor(zel_envio *envio, const char *nome) {
+    if (envio == nullptr || nome == nullptr) return nullptr;
+    bool conhecido = false;
+    responder(envio, [&](Recusas &recusas) {
+        auto valor = fatoDoDocumento(envio->emissao, nome);
+        if (!valor) valor = fatoDoCertificado(envio->emissao, nome, recusas);
+        conhecido = valor.has_value();
+        envio->valor = std::move(valor).value_or("");
+        return recusas.nenhuma() ? int{ZEL_ENVIO_OK} : int{ZEL_ENVIO_CERTIFICADO};
+    });
+    return conhecido ? envio->valor.c_str() : nullptr;
+}
+
+int zel_envio_verificar(zel_envio *envio) {
+    return responder(envio, [&](Recusas &recusas) { return verificar(*envio, recusas); });
+}
+
+int zel_envio_mostrar(zel_envio *envio, char **texto, size_t *tamanho) {
+    if (texto == nullptr || tamanho == nullptr) return ZEL_ENVIO_ARGUMENTO;
+    return responder(envio, [&](Recusas &) {
+        if (envio->emissao.lido().tipo == Tipo::kNenhum) return int{ZEL_ENVIO_ORDEM};
+        return entregar(mostrar(envio->emissao.lido().documento), texto, tamanho);
+    });
+}
+
+int zel_envio_impressao(zel_envio *envio, const char *resposta, size_t tamanho_resposta,
+                        char **documento, size_t *tamanho_documento, char **retorno,
+                        size_t *tamanho_retorno) {
+    if (documento == nullptr || tamanho_documento == nullptr || retorno == nullptr ||
+        tamanho_retorno == nullptr)
+        return ZEL_ENVIO_ARGUMENTO;
+    return responder(envio, [&](Recusas &recusas) {
+        if (envio->emissao.lido().tipo != Tipo::kNfce) return int{ZEL_ENVIO_ORDEM};
+        std::optional<Documento> respondido;
+        if (resposta != nullptr) {
+            std::string motivo;
+            respondido = Documento::ler({resposta, tamanho_resposta}, motivo);
+            if (!respondido) {
+                recusas.juntar("resposta", "", motivo);
+                return int{ZEL_ENVIO_ILEGIVEL};
+            }
+        }
+        // Of what stands around it, the NFe: of a message, the root.
+        const No nfe = envio->emissao.mensagem().raiz().procurar("NFe");
+        const auto pronto = prepararImpressao(nfe, respondido ? &*respondido : nullptr, recusas);
+        if (!pronto) return int{ZEL_ENVIO_REPROVADO};
+        const int codigo = entregar(pronto->documento, documento, tamanho_documento);
+        if (codigo != ZEL_ENVIO_OK) return codigo;
+        if (entregar(pronto->retorno, retorno, tamanho_retorno) == ZEL_ENVIO_OK)
+            return int{ZEL_ENVIO_OK};
+        zel_envio_liberar_bytes(std::exchange(*documento, nullptr));
+        return int{ZEL_ENVIO_MEMORIA};
+    });
+}
+
+void zel_envio_liberar_bytes(char *bytes) {
+    std::free(bytes);
+}
+
+const char *zel_envio_detalhe(const zel_envio *envio) {
+    return envio == nullptr ? "" : envio->detalhe.c_str();
+}
+
+const char *zel_envio_descrever(int codigo) {
+    // From ZEL_ENVIO_ARGUMENTO on, downwards.
+    constexpr const char *kTextos[] = {
+        "argumento nulo ou fora do permitido",
+        "falta memoria",
+        "a configuracao, ou um arquivo que ela cita",
+        "nao eh um documento que se conheca",
+        "ha o que nao se pode dizer no leiaute 4.00",
+        "certificado ausente, recusado ou de outro emitente",
+        "a assinatura falhou",
+        "os esquemas publicados recusam a mensagem",
+        "a conferencia achou erros",
+        "nada foi lido ou feito ainda",
+    };
+    if (codigo == ZEL_ENVIO_OK) return "feito";
+    const auto indice = static_cast<std::size_t>(-static_cast<long long>(codigo) - 1);
+    return codigo < 0 && indice < std::size(kTextos) ? kTextos[indice] : "codigo desconhecido";
+}
+
+const char *zel_envio_versao(void) {
+    return ZEL_ENVIO_VERSAO;
+}
