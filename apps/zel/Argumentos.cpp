@@ -50,6 +50,11 @@ constexpr LinhaOpcao kOpcoes[] = {
     {"--justificativa", kJustificativa, nullptr, &Argumentos::justificativa},
     {"--serie", kSerie, nullptr, &Argumentos::serie},
     {"--protocolo", kProtocolo, nullptr, &Argumentos::protocolo},
+    {"--config", kEnvio, nullptr, &Argumentos::config},
+    {"--substituta", kEnvio, nullptr, &Argumentos::substituta},
+    {"--data", kEnvio, nullptr, &Argumentos::data},
+    {"--troco", kEnvio, nullptr, &Argumentos::troco},
+    {"--ensaio", kEnvio, &Argumentos::ensaio},
 };
 
 bool ehOpcao(std::string_view palavra) {

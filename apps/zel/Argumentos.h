@@ -22,6 +22,7 @@ enum Opcao : unsigned {
     kJustificativa = 512,
     kSerie = 1024,
     kProtocolo = 2048,
+    kEnvio = 4096, // --config, --substituta, --data, --troco, --ensaio
 };
 
 struct Argumentos {
@@ -35,6 +36,7 @@ struct Argumentos {
     bool cancelar = false;
     bool cortar = false;
     bool perfis = false;
+    bool ensaio = false;
     // As given; argumento() makes UTF-8 of those that are no names of files.
     std::string diretorio;
     std::string esquema;
@@ -54,6 +56,10 @@ struct Argumentos {
     std::string justificativa;
     std::string serie;
     std::string protocolo;
+    std::string config;
+    std::string substituta;
+    std::string data;
+    std::string troco;
     std::vector<std::string> pagamentos;
     std::string erro; // what is wrong with the command line; empty when nothing is
 };

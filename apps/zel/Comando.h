@@ -31,6 +31,7 @@ extern const Comando kImprimir;
 extern const Comando kCancelar;
 extern const Comando kInutilizar;
 extern const Comando kConsultar;
+extern const Comando kDocumento;
 
 // From here on what is wrong is said as a JSON object, on the standard output.
 void falarEmJson();

@@ -16,9 +16,9 @@ namespace zel::aplicativo {
 
 namespace {
 
-constexpr const Comando *kComandos[] = {&kConferir,   &kCodigo,   &kConfig,   &kEstado,
-                                        &kVender,     &kVer,      &kImprimir, &kCancelar,
-                                        &kInutilizar, &kConsultar};
+constexpr const Comando *kComandos[] = {&kConferir,   &kCodigo,    &kConfig,   &kEstado,
+                                        &kVender,     &kVer,       &kImprimir, &kCancelar,
+                                        &kInutilizar, &kConsultar, &kDocumento};
 
 std::string ajudaGeral() {
     std::string texto = "zel: cuida de um caixa com NFC-e pela linha de comando.\n\nUso:\n"

@@ -15,7 +15,7 @@ _zel() {
             mapfile -t COMPREPLY < <(compgen -d -- "$atual")
             return
             ;;
-        --itens | --documento | --retorno | --saida | --impressora)
+        --itens | --documento | --retorno | --saida | --impressora | --config)
             compopt -o filenames
             mapfile -t COMPREPLY < <(compgen -f -- "$atual")
             return
@@ -48,6 +48,14 @@ _zel() {
             ((COMP_CWORD == 2)) || return
             palavras=$("$zel" config --help 2> /dev/null | sed -n 's/^  zel config \([a-z]*\).*/\1/p')
             mapfile -t COMPREPLY < <(compgen -W "$palavras" -- "$atual")
+            ;;
+        documento)
+            if ((COMP_CWORD == 2)); then
+                mapfile -t COMPREPLY < <(compgen -W "traduzir assinar verificar mostrar config" -- "$atual")
+            elif [[ ${COMP_WORDS[2]} != config ]]; then
+                compopt -o filenames
+                mapfile -t COMPREPLY < <(compgen -f -- "$atual")
+            fi
             ;;
         consultar)
             ((COMP_CWORD == 2)) || return

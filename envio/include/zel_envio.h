@@ -150,6 +150,28 @@ ZEL_ENVIO_API void zel_envio_liberar_bytes(char *bytes);
  * Never null. */
 ZEL_ENVIO_API const char *zel_envio_detalhe(const zel_envio *envio);
 
+/* The same thing by thing, from 0 on: field, value and reason, each valid until the next call, each
+ * pointer may be null. Codes: ZEL_ENVIO_ARGUMENTO after the last. */
+ZEL_ENVIO_API int zel_envio_recusa(const zel_envio *envio, size_t indice, const char **campo,
+                                   const char **valor, const char **motivo);
+
+/* A first zel-envio.toml with comments, from the `tamanho` bytes of a till's ZEL_Framework.xml.
+ * `certificado`, `senha_arquivo` and `csc_arquivo` are names of files that it is to use; null or
+ * "": an example as a comment. Codes: ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_ILEGIVEL, ZEL_ENVIO_MEMORIA.
+ */
+ZEL_ENVIO_API int zel_envio_primeira_configuracao(zel_envio *envio, const char *caixa,
+                                                  size_t tamanho, const char *certificado,
+                                                  const char *senha_arquivo,
+                                                  const char *csc_arquivo, char **toml,
+                                                  size_t *tamanho_toml);
+
+/* A self-signed certificate with its key for trying, a PKCS#12 file protected by `senha`, valid for
+ * a year: what it signs verifies, and no authority takes it. `cnpj`: 14 digits. Codes:
+ * ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_CERTIFICADO (OpenSSL refuses), ZEL_ENVIO_MEMORIA. */
+ZEL_ENVIO_API int zel_envio_certificado_de_ensaio(zel_envio *envio, const char *nome,
+                                                  const char *cnpj, const char *senha, char **bytes,
+                                                  size_t *tamanho);
+
 /* A code in words, in Portuguese without accents; never null. */
 ZEL_ENVIO_API const char *zel_envio_descrever(int codigo);
 

@@ -2,7 +2,9 @@
 #include "zel_envio.h"
 
 #include "assinatura/Certificado.h"
+#include "assinatura/Ensaio.h"
 #include "config/Configuracao.h"
+#include "config/Primeira.h"
 #include "documento/Conferencia.h"
 #include "documento/Emissao.h"
 #include "documento/Impressao.h"
@@ -24,6 +26,7 @@ using namespace zel::envio;
 struct zel_envio {
     Emissao emissao;
     std::string detalhe, valor;
+    Recusas recusas; // what `detalhe` says, one by one
 };
 
 static_assert(int{ZEL_ENVIO_CONFIGURACAO} == static_cast<int>(Passo::kConfiguracao));
@@ -42,9 +45,12 @@ int responder(zel_envio *envio, Chamada chamada) noexcept {
     if (envio == nullptr) return ZEL_ENVIO_ARGUMENTO;
     try {
         envio->detalhe.clear();
+        envio->recusas = {};
         Recusas recusas;
         const int codigo = chamada(recusas);
-        if (codigo != ZEL_ENVIO_OK) envio->detalhe = recusas.texto();
+        if (codigo == ZEL_ENVIO_OK) return codigo;
+        envio->detalhe = recusas.texto();
+        envio->recusas = std::move(recusas);
         return codigo;
     } catch (const std::exception &) {
         return ZEL_ENVIO_MEMORIA;
@@ -309,6 +315,47 @@ void zel_envio_liberar_bytes(char *bytes) {
 
 const char *zel_envio_detalhe(const zel_envio *envio) {
     return envio == nullptr ? "" : envio->detalhe.c_str();
+}
+
+int zel_envio_recusa(const zel_envio *envio, size_t indice, const char **campo, const char **valor,
+                     const char **motivo) {
+    if (envio == nullptr || indice >= envio->recusas.lista().size()) return ZEL_ENVIO_ARGUMENTO;
+    const Recusa &recusa = envio->recusas.lista()[indice];
+    if (campo != nullptr) *campo = recusa.campo.c_str();
+    if (valor != nullptr) *valor = recusa.valor.c_str();
+    if (motivo != nullptr) *motivo = recusa.motivo.c_str();
+    return ZEL_ENVIO_OK;
+}
+
+int zel_envio_primeira_configuracao(zel_envio *envio, const char *caixa, size_t tamanho,
+                                    const char *certificado, const char *senha_arquivo,
+                                    const char *csc_arquivo, char **toml, size_t *tamanho_toml) {
+    if ((caixa == nullptr && tamanho > 0) || toml == nullptr || tamanho_toml == nullptr)
+        return ZEL_ENVIO_ARGUMENTO;
+    return responder(envio, [&](Recusas &recusas) {
+        const PrimeirosArquivos arquivos{std::string(vista(certificado)),
+                                         std::string(vista(senha_arquivo)),
+                                         std::string(vista(csc_arquivo))};
+        const auto texto = primeiraConfiguracao({caixa, tamanho}, recusas, arquivos);
+        return texto ? entregar(*texto, toml, tamanho_toml) : int{ZEL_ENVIO_ILEGIVEL};
+    });
+}
+
+int zel_envio_certificado_de_ensaio(zel_envio *envio, const char *nome, const char *cnpj,
+                                    const char *senha, char **bytes, size_t *tamanho) {
+    constexpr std::size_t kDigitosDoCnpj = 14;
+    if (bytes == nullptr || tamanho == nullptr || vista(nome).empty() || vista(senha).empty())
+        return ZEL_ENVIO_ARGUMENTO;
+    return responder(envio, [&](Recusas &recusas) {
+        if (vista(cnpj).empty() || !ehChaveOuVazio(cnpj, kDigitosDoCnpj)) {
+            recusas.juntar("cnpj", vista(cnpj), "tem 14 dígitos");
+            return int{ZEL_ENVIO_ARGUMENTO};
+        }
+        const std::string feito = pkcs12DeEnsaio(nome, cnpj, senha, std::time(nullptr));
+        if (!feito.empty()) return entregar(feito, bytes, tamanho);
+        recusas.juntar("certificado", nome, "o OpenSSL não o fez; o nome tem até 64 letras");
+        return int{ZEL_ENVIO_CERTIFICADO};
+    });
 }
 
 const char *zel_envio_descrever(int codigo) {

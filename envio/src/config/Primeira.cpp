@@ -25,8 +25,8 @@ constexpr std::string_view kMolde =
 [certificado]
 # @cnpj@
 # A1: o arquivo PKCS#12 e um arquivo com a senha na primeira linha, só do dono (chmod 600).
-# arquivo = "certificado.pfx"
-# senha_arquivo = "senha.txt"
+@arquivo@
+@senha@
 # A3: o módulo PKCS#11 no lugar do arquivo.
 # modulo = "/usr/lib/fabricante/libpkcs11.so"
 # Emissores até a raiz, em PEM, para que a cadeia seja conferida.
@@ -39,7 +39,7 @@ versao = 2
 @id_csc@
 # O CSC é um segredo: @csc@
 # Ponha-o na primeira linha de um arquivo só do dono (chmod 600) e diga aqui o nome dele.
-# csc_arquivo = "csc.txt"
+@csc_arquivo@
 
 # Quem fez o programa do caixa, onde o estado o pede; idCSRT e csrt_arquivo vão juntos.
 # [responsavel_tecnico]
@@ -126,6 +126,14 @@ std::string avisos(const No &raiz) {
     return linhas;
 }
 
+// The key with the file's name in TOML, or the example as a comment. A literal string has no
+// escapes: a name that cannot stand in one is no file's that this writes.
+std::string arquivo(std::string_view chave, const std::string &nome, std::string_view exemplo) {
+    const bool serve = !nome.empty() && nome.find_first_of("'\r\n") == nome.npos;
+    return (serve ? "" : "# ") + std::string(chave) + " = " +
+           (serve ? "'" + nome + "'" : "\"" + std::string(exemplo) + "\"");
+}
+
 void trocar(std::string &texto, const std::string &marca, std::string_view por) {
     const std::size_t onde = texto.find(marca);
     if (onde != texto.npos) texto.replace(onde, marca.size(), por);
@@ -133,7 +141,8 @@ void trocar(std::string &texto, const std::string &marca, std::string_view por) 
 
 } // namespace
 
-std::optional<std::string> primeiraConfiguracao(std::string_view caixa, Recusas &recusas) {
+std::optional<std::string> primeiraConfiguracao(std::string_view caixa, Recusas &recusas,
+                                                const PrimeirosArquivos &arquivos) {
     std::string motivo;
     const auto lido = Documento::ler(caixa, motivo);
     if (lido && lido->raiz().nome() != "FRAMEWORKZEL") motivo = "não é a configuração de um caixa";
@@ -143,12 +152,17 @@ std::optional<std::string> primeiraConfiguracao(std::string_view caixa, Recusas 
     }
     const No raiz = lido->raiz();
     std::string texto(kMolde);
-    for (const auto &[nome, valor] : std::array<Achado, 6>{{{"estado", estado(raiz)},
-                                                            {"cnpj", certificado(raiz)},
-                                                            {"id_csc", idCsc(raiz)},
-                                                            {"csc", csc(raiz)},
-                                                            {"crt", crt(raiz)},
-                                                            {"avisos", avisos(raiz)}}})
+    const std::array<Achado, 9> achados{
+        {{"estado", estado(raiz)},
+         {"cnpj", certificado(raiz)},
+         {"arquivo", arquivo("arquivo", arquivos.certificado, "certificado.pfx")},
+         {"senha", arquivo("senha_arquivo", arquivos.senha, "senha.txt")},
+         {"id_csc", idCsc(raiz)},
+         {"csc", csc(raiz)},
+         {"csc_arquivo", arquivo("csc_arquivo", arquivos.csc, "csc.txt")},
+         {"crt", crt(raiz)},
+         {"avisos", avisos(raiz)}}};
+    for (const auto &[nome, valor] : achados)
         trocar(texto, "@" + std::string(nome) + "@", valor);
     return texto;
 }
