@@ -5,10 +5,7 @@
 #include "Biblioteca.h"
 #include "Texto.h"
 
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
 #include <fstream>
 
 namespace zel::aplicativo {
@@ -21,30 +18,14 @@ constexpr std::string_view kArquivos[] = {"ZEL_Framework.xml", "ultimadanfe.bin"
 
 } // namespace
 
-CopiaDoCaixa::CopiaDoCaixa(const std::string &diretorio) {
-    std::error_code erro;
-    const auto pasta = std::filesystem::temp_directory_path(erro);
-    std::string modelo = juntar({erro ? "/tmp" : pasta.string(), "/zel-XXXXXX"});
-    if (::mkdtemp(modelo.data()) == nullptr) {
-        motivo_ = juntar({modelo, ": ", std::strerror(errno)});
-        return;
-    }
-    diretorio_ = modelo + "/";
-    if (!copiar(diretorio)) {
-        std::filesystem::remove_all(diretorio_, erro);
-        diretorio_.clear();
-        return;
-    }
+CopiaDoCaixa::CopiaDoCaixa(const std::string &diretorio) : motivo_(pasta_.motivo()) {
+    if (pasta_.caminho().empty() || !copiar(diretorio)) return;
+    diretorio_ = pasta_.caminho();
     ::setenv("ZEL_DIRETORIO", diretorio_.c_str(), 1);
     // Looking makes no files.
     for (const std::string_view pdf :
          {R"(CONFIGURACAO\SalvarDanfePDF)", R"(CONFIGURACAO\SalvarXMLPDF)"})
         gravarConfig(pdf, "0");
-}
-
-CopiaDoCaixa::~CopiaDoCaixa() {
-    std::error_code erro;
-    if (!diretorio_.empty()) std::filesystem::remove_all(diretorio_, erro);
 }
 
 bool CopiaDoCaixa::copiar(const std::string &origem) {
@@ -57,9 +38,9 @@ bool CopiaDoCaixa::copiar(const std::string &origem) {
             motivo_ = juntar({nome, ": ", motivo_});
             return false;
         }
-        std::ofstream copia(juntar({diretorio_, nome}), std::ios::binary);
+        std::ofstream copia(juntar({pasta_.caminho(), nome}), std::ios::binary);
         if (!copia.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush()) {
-            motivo_ = juntar({diretorio_, nome, ": não pôde ser gravado"});
+            motivo_ = juntar({pasta_.caminho(), nome, ": não pôde ser gravado"});
             return false;
         }
     }

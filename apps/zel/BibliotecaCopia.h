@@ -4,6 +4,8 @@
 // copy is made before its first call. Goes with the object.
 #pragma once
 
+#include "PastaPassageira.h"
+
 #include <string>
 
 namespace zel::aplicativo {
@@ -12,9 +14,6 @@ class CopiaDoCaixa {
 public:
     // Of the data directory; from here on the library is about the copy.
     explicit CopiaDoCaixa(const std::string &diretorio);
-    ~CopiaDoCaixa();
-    CopiaDoCaixa(const CopiaDoCaixa &) = delete;
-    CopiaDoCaixa &operator=(const CopiaDoCaixa &) = delete;
 
     // Ending in "/"; empty when it could not be made, and why.
     const std::string &diretorio() const { return diretorio_; }
@@ -23,6 +22,7 @@ public:
 private:
     bool copiar(const std::string &origem);
 
+    PastaPassageira pasta_;
     std::string diretorio_, motivo_;
 };
 

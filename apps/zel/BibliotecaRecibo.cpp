@@ -95,14 +95,16 @@ std::string recusaDoRetorno(const std::string &retorno, int tipo) {
          " (SitCodigo ", situacao.empty() ? "ausente" : situacao, "); não há cupom a imprimir"});
 }
 
-Recibo montar(const std::string &documento, const std::string &retorno, int colunas) {
+Recibo montar(const PedidoDeRecibo &pedido) {
+    const std::string &documento = pedido.documento, &retorno = pedido.retorno;
+    const int colunas = pedido.colunas == 0 ? kColunas : pedido.colunas;
     std::string bytes, motivo;
     const std::string nome = argumento(documento.c_str());
     if (lerArquivo(documento, kMaximoDocumento, bytes, motivo) != Leitura::kLido)
         return sem(juntar({nome, ": ", motivo}));
     const bool cancela = bytes.find("<EveTp>") != bytes.npos || documento.ends_with(".ctgCanc");
     const int tipo = cancela ? kCancelamento : kVenda;
-    if (retorno != kSemRetorno)
+    if (!pedido.semResposta())
         if (std::string recusa = recusaDoRetorno(retorno, tipo); !recusa.empty())
             return sem(std::move(recusa));
     // A receipt takes less room than its document, twice in contingency, and its fixed parts.
@@ -146,8 +148,7 @@ Recibo ultimo(const std::string &diretorio, const PedidoDeRecibo &pedido) {
     const bool eDele = digitosDe(recibo.texto).find(situacao.chave) != std::string::npos;
     if (serve && eDele && (pedido.colunas == 0 || pedido.colunas == recibo.colunas)) return recibo;
     if (serve && situacao.protocolo.empty() && aindaEspera(espera, situacao.chave)) {
-        Recibo novo = montar(espera, std::string(kSemRetorno),
-                             pedido.colunas == 0 ? kColunas : pedido.colunas);
+        Recibo novo = montar({espera, std::string(kSemRetorno), pedido.colunas});
         if (!situacao.vale()) novo.aviso = kSemResposta;
         return novo;
     }
@@ -163,8 +164,7 @@ Recibo ultimo(const std::string &diretorio, const PedidoDeRecibo &pedido) {
 
 Recibo obterRecibo(const std::string &diretorio, const PedidoDeRecibo &pedido) {
     if (pedido.retorno.empty()) return ultimo(diretorio, pedido);
-    return montar(pedido.documento, pedido.retorno,
-                  pedido.colunas == 0 ? kColunas : pedido.colunas);
+    return montar(pedido);
 }
 
 bool ehDocumentoDe(const std::string &documento, std::string_view chave) {

@@ -16,6 +16,9 @@ struct PedidoDeRecibo {
     std::string retorno;   // file or kSemRetorno; empty: the last receipt, whatever `documento` is
     int colunas = 0;       // 42 or 48; 0 for those that it has, 48 for a new one
     bool previa = false;   // one without the authority's answer will do
+    bool offline = false;  // `retorno` is a file, but no answer: it has the QR code alone
+
+    bool semResposta() const { return offline || retorno == kSemRetorno; }
 };
 
 struct Recibo {

@@ -121,7 +121,8 @@ const Comando kImprimir = {
     "ARQUIVO é a resposta que o componente de envio deixou. --retorno OFFLINE monta o cupom sem\n"
     "ela, para um ensaio.\n"
     "--documento ARQUIVO é o documento, senão documentosEnvio.xml. Do último documento o caixa\n"
-    "guarda o cupom e o protocolo; o de outro é impresso e não muda nada nele.\n"
+    "guarda o cupom e o protocolo; o de outro é impresso e não muda nada nele. De um assinado do\n"
+    "leiaute 4.00 (zel documento assinar) o QR Code é o dele, e --retorno traz o protNFe.\n"
     "--colunas 42 ou 48 é a largura do cupom.\n"
     "--diretorio DIR escolhe o diretório de dados.\n",
     kJson | kDiretorioDado | kRecibo | kImpressora,

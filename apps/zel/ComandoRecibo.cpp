@@ -5,6 +5,7 @@
 #include "Arquivos.h"
 #include "BibliotecaCopia.h"
 #include "ComandoComum.h"
+#include "ComandoReciboEnvio.h"
 #include "Terminal.h"
 #include "Texto.h"
 
@@ -23,7 +24,7 @@ bool guarda(const std::string &diretorio, const PedidoDeRecibo &pedido) {
     Relatorio relatorio;
     const ArquivoConfig config(bytes, relatorio);
     return ehDocumentoDe(pedido.documento, config[R"(NFCE\ChaveDeAcesso)"].valor) &&
-           (pedido.retorno != kSemRetorno || config[R"(NFCE\ProtocoloAutorizacao)"].valor.empty());
+           (!pedido.semResposta() || config[R"(NFCE\ProtocoloAutorizacao)"].valor.empty());
 }
 
 Recibo montarRecibo(const std::string &diretorio, const PedidoDeRecibo &pedido) {
@@ -53,9 +54,17 @@ std::optional<Recibo> reciboPedido(const Comando &comando, const Argumentos &arg
     if (!diretorio) return {};
     const std::string documento =
         argumentos.documento.empty() ? *diretorio + "documentosEnvio.xml" : argumentos.documento;
-    const Recibo recibo =
-        montarRecibo(*diretorio, {documento, argumentos.retorno,
-                                  static_cast<int>(lerInteiro(colunas).value_or(0)), previa});
+    PedidoDeRecibo pedido{documento, argumentos.retorno,
+                          static_cast<int>(lerInteiro(colunas).value_or(0)), previa};
+    std::optional<ReciboDoEnvio> doEnvio;
+    if (!pedido.retorno.empty() && ReciboDoEnvio::serve(documento)) {
+        doEnvio.emplace(documento, pedido.retorno);
+        if (!doEnvio->pronto()) return {};
+        pedido.offline = pedido.semResposta();
+        pedido.documento = doEnvio->documento();
+        pedido.retorno = doEnvio->retorno();
+    }
+    const Recibo recibo = montarRecibo(*diretorio, pedido);
     if (recibo.texto.empty()) {
         saida = recibo.codigo < 0 ? recusar(recibo.erro, recibo.codigo) : falhar(recibo.erro);
         return {};

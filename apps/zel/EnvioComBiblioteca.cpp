@@ -31,6 +31,7 @@ constexpr ComAcentos kComAcentos[] = {
     {ZEL_ENVIO_ILEGIVEL, "não é um documento que se conheça"},
     {ZEL_ENVIO_TRADUCAO, "há o que não se pode dizer no leiaute 4.00"},
     {ZEL_ENVIO_REPROVADO, "a conferência achou erros"},
+    {ZEL_ENVIO_ORDEM, "falta um passo antes deste"},
 };
 
 std::string descrever(int codigo) {

@@ -80,7 +80,12 @@ int configurar(zel_envio &envio, std::optional<Configuracao> lida) {
 
 int verificar(zel_envio &envio, Recusas &recusas) {
     Emissao &emissao = envio.emissao;
-    if (emissao.lido().tipo != Tipo::kNfce) return ZEL_ENVIO_ORDEM;
+    if (emissao.lido().tipo == Tipo::kNenhum) return ZEL_ENVIO_ORDEM;
+    if (emissao.lido().tipo != Tipo::kNfce) {
+        recusas.juntar("documento", emissao.lido().documento.raiz().nome(),
+                       "não é uma NFC-e, e só uma se verifica");
+        return ZEL_ENVIO_ORDEM;
+    }
     if (emissao.lido().doCaixa && !emissao.temMensagem()) {
         recusas.juntar("infNFe/@versao", "3.10",
                        "é o documento do caixa: traduza-o e assine-o antes de o verificar");
@@ -166,6 +171,17 @@ bool ehDataOuVazio(std::string_view texto) {
     return true;
 }
 
+// The day in Brasília, whatever the machine's zone is.
+std::string hoje() {
+    constexpr std::time_t kBrasilia = -3 * 3600;
+    const std::time_t agora = std::time(nullptr) + kBrasilia;
+    std::tm partes{};
+    char texto[sizeof "AAAA-MM-DD"] = {};
+    ::gmtime_r(&agora, &partes);
+    std::strftime(texto, sizeof texto, "%Y-%m-%d", &partes);
+    return texto;
+}
+
 } // namespace
 
 zel_envio *zel_envio_novo(void) {
@@ -224,6 +240,7 @@ int zel_envio_completar(zel_envio *envio, const char *protocolo, const char *sub
             recusas.juntar("substituta", contexto.substituta, "uma chave tem 44 dígitos");
         if (!ehDataOuVazio(contexto.data))
             recusas.juntar("data", contexto.data, "escreve-se AAAA-MM-DD");
+        if (contexto.data.empty()) contexto.data = hoje();
         const std::string_view dado = vista(troco);
         const auto lido = Decimal::ler(dado.empty() ? "0" : dado);
         const auto centavos = lido ? lido->centavos() : std::nullopt;
