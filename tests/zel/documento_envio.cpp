@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: MIT
+// zel documento: what a till wrote, translated, signed, looked at, shown and printed; what is
+// refused of it; and the first configuration, which loses nothing that is there.
+#include "Loja.h"
+
+#include "apoio/Funcoes.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace {
+
+// What stands between two marks of a text.
+std::string entre(const std::string &texto, std::string_view antes, std::string_view depois) {
+    const std::size_t inicio = texto.find(antes);
+    if (inicio == texto.npos) return {};
+    const std::size_t comeco = inicio + antes.size();
+    return texto.substr(comeco, texto.find(depois, comeco) - comeco);
+}
+
+// A shop that has sold for 31,00 with change, and has a certificate for trying.
+class DocumentoEnvio : public testing::Test {
+protected:
+    const Loja loja;
+    const std::string doCaixa = loja / "documentosEnvio.xml", assinado = loja / "assinado.xml";
+
+    void vender(const Loja::Valores &valores = {}) const {
+        loja.configurar(
+            {{R"(CONFIGURACAO\TipoAmbiente)", "2"}, {R"(CONFIGURACAO\IDTokenSefaz)", "000001"}});
+        loja.configurar(valores);
+        loja.noCaixa([](const Funcoes &caixa) { Loja::vender(caixa, 5); });
+        ASSERT_TRUE(loja.zel({"documento", "config", "--ensaio"}).deu(0, "zel-envio.toml"));
+    }
+
+    Resultado documento(Argumentos argumentos) const {
+        argumentos.insert(argumentos.begin(), "documento");
+        return loja.zel(argumentos);
+    }
+
+    std::string resposta(std::string_view situacao) const {
+        const std::string nota = loja.ler("assinado.xml");
+        loja.gravar(
+            "resposta.xml",
+            R"(<protNFe xmlns="http://www.portalfiscal.inf.br/nfe"><infProt><tpAmb>2</tpAmb><chNFe>)" +
+                entre(nota, "Id=\"NFe", "\"") +
+                "</chNFe><dhRecbto>2026-11-25T22:04:16-03:00</dhRecbto>"
+                "<nProt>135260000000007</nProt><digVal>" +
+                entre(nota, "<DigestValue>", "<") + "</digVal><cStat>" + std::string(situacao) +
+                "</cStat><xMotivo>M</xMotivo></infProt></protNFe>");
+        return loja / "resposta.xml";
+    }
+
+    Resultado imprimir(const std::string &retorno) const {
+        return loja.zel({"imprimir", "--impressora", loja / "papel", "--documento", assinado,
+                         "--retorno", retorno});
+    }
+};
+
+TEST_F(DocumentoEnvio, do_caixa_ao_papel) {
+    vender();
+    const Resultado traduzido = documento({"traduzir", doCaixa});
+    ASSERT_TRUE(traduzido.deu(0, "versao=\"4.00\""));
+    EXPECT_FALSE(contem(traduzido.saida, "<Signature"));
+    // The till keeps the change beside the document; of another till's there is none to add.
+    EXPECT_TRUE(contemTodas(traduzido.saida, {"<vPag>50.00</vPag>", "<vTroco>"}));
+    loja.configurar({{R"(NFCE\ChaveDeAcesso)", "1"}});
+    EXPECT_FALSE(contem(documento({"traduzir", doCaixa}).saida, "<vTroco>"));
+    EXPECT_TRUE(documento({"traduzir", doCaixa, "--troco", "1,25"}).deu(0, "<vTroco>1.25<"));
+
+    // Translated before or not, the same is signed; the message alone goes out.
+    loja.gravar("traduzido.xml", traduzido.saida);
+    const Resultado aParte = documento({"assinar", loja / "traduzido.xml"});
+    EXPECT_TRUE(aParte.deu(0, "<infNFeSupl><qrCode>"));
+    EXPECT_TRUE(documento({"assinar", loja / "traduzido.xml", "--saida", assinado})
+                    .deu(0, "Dias que restam:   364\n"));
+    EXPECT_EQ(loja.ler("assinado.xml") + "\n", aParte.saida);
+    const Resultado verificado = documento({"verificar", assinado, "--json"});
+    EXPECT_TRUE(verificado.deu(0, R"({"resultado":"aprovado","tipo":"nfce","chave":"35)"));
+    EXPECT_TRUE(
+        contem(verificado.saida, R"("assinatura: confere; certificado de 11222333000181")"));
+    EXPECT_TRUE(documento({"mostrar", assinado}).deu(0, "2. 303 Queijo"));
+    EXPECT_TRUE(documento({"mostrar", doCaixa, "--json"}).deu(0, R"("texto":"Padaria da)"));
+}
+
+TEST_F(DocumentoEnvio, imprime_com_o_qr_code_do_assinado) {
+    vender();
+    ASSERT_TRUE(documento({"assinar", doCaixa, "--saida", assinado}).deu(0));
+    EXPECT_TRUE(imprimir("OFFLINE").deu(2, "não é de contingência"));
+    EXPECT_TRUE(imprimir(resposta("204")).deu(2, "infProt/cStat: \"204\""));
+    EXPECT_FALSE(std::filesystem::exists(loja / "papel"));
+    ASSERT_TRUE(imprimir(resposta("100")).deu(0));
+    EXPECT_TRUE(contemTodas(loja.ler("papel"),
+                            {entre(loja.ler("assinado.xml"), "<qrCode>", "<"), "135260000000007"}));
+    // It is the till's last document: the protocol is kept, and what cancels it may leave it out.
+    const std::string chave = entre(loja.ler("assinado.xml"), "Id=\"NFe", "\"");
+    ASSERT_TRUE(loja.zel({"cancelar", chave}).deu(1, "sem protocolo"));
+    EXPECT_TRUE(documento({"assinar", doCaixa}).deu(0, "<nProt>135260000000007<"));
+    // Numbers are given up today where no other day is said.
+    ASSERT_TRUE(
+        loja.zel({"inutilizar", "5", "--justificativa", "Numera\u00e7\u00e3o pulada"}).deu(1));
+    EXPECT_TRUE(documento({"assinar", doCaixa}).deu(0, "<nNFIni>5<"));
+    EXPECT_TRUE(documento({"traduzir", doCaixa, "--data", "2025-01-31"}).deu(0, "<ano>25<"));
+}
+
+TEST_F(DocumentoEnvio, imprime_sem_resposta_o_de_contingencia) {
+    vender({{R"(IDE\tpEmis)", "9"}, {R"(IDE\xJust)", "Sem internet na loja agora"}});
+    ASSERT_TRUE(documento({"assinar", doCaixa, "--saida", assinado}).deu(0));
+    ASSERT_TRUE(imprimir("OFFLINE").deu(0));
+    EXPECT_TRUE(contem(loja.ler("papel"), entre(loja.ler("assinado.xml"), "<qrCode>", "<")));
+}
+
+TEST_F(DocumentoEnvio, o_que_se_recusa_diz_tudo_e_nada_grava) {
+    vender();
+    ASSERT_TRUE(documento({"assinar", doCaixa, "--saida", assinado}).deu(0));
+    loja.gravar("mudado.xml", ::trocar(loja.ler("assinado.xml"), "<vUnCom>8.50", "<vUnCom>8.40"));
+    const Resultado mudado = documento({"verificar", loja / "mudado.xml", "--json"});
+    EXPECT_TRUE(mudado.deu(2, R"({"resultado":"recusado","passo":"verificar","arquivo":")"));
+    EXPECT_TRUE(
+        contemTodas(mudado.saida, {R"("codigo":-9,)", R"({"campo":"NFe/Signature","valor":")",
+                                   R"("motivo":"o resumo (digest) não é o do documento)",
+                                   R"({"campo":"NFe/infNFe/det[1]/prod/vProd","valor":"17.00")"}));
+
+    loja.gravar("nada.xml", "<a>");
+    loja.gravar("ruim.toml", "certificada = 1\nqrcode = 2\n");
+    const std::string saida = loja / "nao";
+    const std::tuple<Argumentos, std::string_view> casos[] = {
+        {{"assinar", loja / "nada.xml"}, "não é XML bem formado"},
+        {{"assinar", loja / "nenhum.xml"}, "nenhum.xml: não existe"},
+        {{"assinar", assinado}, "Signature: o documento já está assinado"},
+        {{"traduzir", doCaixa, "--config", loja / "ruim.toml"}, "certificada"},
+        {{"traduzir", doCaixa, "--config", loja / "nenhuma.toml"}, "nenhuma.toml"},
+        {{"traduzir", doCaixa, "--troco", "muito"}, "troco: \"muito\""},
+        {{"traduzir", doCaixa, "--ensaio"}, "--ensaio vai com config"},
+        {{"traduzir"}, "traduzir leva um ARQUIVO"},
+        {{"enviar", doCaixa}, "enviar: não é o que um documento pode"},
+        {{"verificar", doCaixa}, "verificar não grava nada"},
+        {{"config", "x"}, "config não leva ARQUIVO"},
+    };
+    for (auto [argumentos, dito] : casos) {
+        argumentos.insert(argumentos.end(), {"--saida", saida});
+        EXPECT_TRUE(documento(argumentos).deu(2, dito)) << testing::PrintToString(argumentos);
+        EXPECT_FALSE(std::filesystem::exists(saida)) << dito;
+    }
+    EXPECT_TRUE(documento({"verificar", doCaixa}).deu(2, "traduza-o e assine-o"));
+    // A secret that others may read is none.
+    ASSERT_EQ(::chmod((loja / "senha-ensaio.txt").c_str(), 0644), 0);
+    EXPECT_TRUE(documento({"assinar", doCaixa, "--saida", saida}).deu(2, "chmod 600"));
+    EXPECT_FALSE(std::filesystem::exists(saida));
+}
+
+TEST_F(DocumentoEnvio, a_primeira_configuracao_nao_muda_o_que_ha) {
+    EXPECT_TRUE(rodar({"documento", "config", "--diretorio", "/nada"}).deu(2, "não existe"));
+    vender();
+    const std::string antes = loja.retrato();
+    EXPECT_TRUE(documento({"config"}).deu(2, "já existe"));
+    EXPECT_TRUE(documento({"config", "--ensaio", "--saida", loja / "x.toml"}).deu(2, "já existe"));
+    EXPECT_EQ(loja.retrato(), antes);
+    for (const char *segredo : {"certificado-ensaio.pfx", "senha-ensaio.txt", "csc-ensaio.txt"}) {
+        struct stat dados {};
+        ASSERT_EQ(::stat((loja / segredo).c_str(), &dados), 0) << segredo;
+        EXPECT_EQ(dados.st_mode & 0777U, 0600U) << segredo;
+    }
+    EXPECT_FALSE(contem(loja.ler("zel-envio.toml"), "SEGREDO"));
+    // Without a certificate the text stands, but signs nothing.
+    ASSERT_TRUE(documento({"config", "--saida", loja / "x.toml", "--json"}).deu(0, "x.toml"));
+    EXPECT_TRUE(documento({"traduzir", doCaixa, "--config", loja / "x.toml"}).deu(0));
+    EXPECT_TRUE(documento({"assinar", doCaixa, "--config", loja / "x.toml"})
+                    .deu(2, "nenhum certificado foi dito"));
+}
+
+} // namespace
