@@ -75,10 +75,14 @@ set(zel_ferramentas_depende "libzel-felborframework1 (>= ${PROJECT_VERSION})")
 if(TARGET zel_cupom)
     string(APPEND zel_ferramentas_depende ", libzel-cupom1 (>= ${PROJECT_VERSION})")
 endif()
+if(TARGET zel_envio)
+    string(APPEND zel_ferramentas_depende ", libzel-envio1 (>= ${PROJECT_VERSION})")
+endif()
 zel_pacote(ferramentas zel-tools utils "${zel_ferramentas_depende}"
     "The command zel checks a till's data directory and its documents, reads and
 stores configuration values, explains the return codes of the library, sells,
-shows and prints receipts, and writes requests. It speaks Portuguese.")
+shows and prints receipts, writes requests, and makes of them the documents that
+the tax authority takes. It speaks Portuguese.")
 set(CPACK_COMPONENTS_ALL biblioteca desenvolvimento ferramentas)
 if(TARGET zel_cupom)
     zel_pacote(cupom libzel-cupom1 libs "fonts-dejavu-core"
@@ -88,9 +92,18 @@ if(TARGET zel_cupom)
 receipts in printer mark-up as PNG and SVG pictures.")
     list(APPEND CPACK_COMPONENTS_ALL cupom cupom-dev)
 endif()
+if(TARGET zel_envio)
+    zel_pacote(envio libzel-envio1 libs ""
+        "Makes of what a till wrote the documents that the tax authority takes:
+layout 4.00, signed, with QR code, judged by the published schemas.")
+    zel_pacote(envio-dev libzel-envio-dev libdevel "libzel-envio1 ${zel_esta_versao}"
+        "Header, link library and pkg-config file of libzel-envio, which makes the
+documents that the tax authority takes.")
+    list(APPEND CPACK_COMPONENTS_ALL envio envio-dev)
+endif()
 
 # A shared object in the system's directory asks for the loader's cache by a trigger.
-foreach(nome BIBLIOTECA CUPOM)
+foreach(nome BIBLIOTECA CUPOM ENVIO)
     set(CPACK_DEBIAN_${nome}_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 endforeach()
 include(CPack)
