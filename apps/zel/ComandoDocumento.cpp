@@ -34,23 +34,28 @@ constexpr Acao kAcoes[] = {
     {"mostrar", PassoDoEnvio::kMostrar, "mostrado"},
 };
 
+constexpr std::string_view kEncerrado = "5";
+
 // What the till keeps of its last document beside it: where `arquivo` is that document, or a
-// request about it, this completes what the arguments leave out.
-void completarDoCaixa(const std::string &diretorio, const std::string &arquivo,
+// request about it, this completes what the arguments leave out. From the next sale on the change
+// there is another one's: false when so much is no longer known.
+bool completarDoCaixa(const std::string &diretorio, const std::string &arquivo,
                       PedidoAoEnvio &pedido) {
     std::string bytes, motivo;
     if (lerArquivo(diretorio + "ZEL_Framework.xml", kMaximoConfig, bytes, motivo) != Leitura::kLido)
-        return;
+        return true;
     Relatorio relatorio;
     const ArquivoConfig config(bytes, relatorio);
-    if (!ehDocumentoDe(arquivo, config[R"(NFCE\ChaveDeAcesso)"].valor)) return;
+    if (!ehDocumentoDe(arquivo, config[R"(NFCE\ChaveDeAcesso)"].valor)) return true;
     if (pedido.protocolo.empty()) pedido.protocolo = config[R"(NFCE\ProtocoloAutorizacao)"].valor;
-    if (pedido.troco.empty())
-        pedido.troco = trocar(config[R"(CONFIGURACAO\TrocoUltimaNFCe)"].valor, ",", ".");
+    if (!pedido.troco.empty()) return true;
+    if (config[R"(CONFIGURACAO\estadoCFe)"].valor != kEncerrado) return false;
+    pedido.troco = trocar(config[R"(CONFIGURACAO\TrocoUltimaNFCe)"].valor, ",", ".");
+    return true;
 }
 
 // False, and said, when something that the step needs cannot be had.
-bool prepararPedido(const Argumentos &argumentos, PedidoAoEnvio &pedido) {
+bool prepararPedido(const Argumentos &argumentos, PedidoAoEnvio &pedido, bool &completo) {
     const std::string &arquivo = argumentos.originais.back();
     std::string motivo;
     const auto diretorio = escolherDiretorio(argumentos.diretorio, motivo);
@@ -65,11 +70,14 @@ bool prepararPedido(const Argumentos &argumentos, PedidoAoEnvio &pedido) {
     pedido.substituta = argumentos.substituta;
     pedido.data = argumentos.data;
     pedido.troco = trocar(argumentos.troco, ",", ".");
-    completarDoCaixa(*diretorio, arquivo, pedido);
+    completo = completarDoCaixa(*diretorio, arquivo, pedido);
     return true;
 }
 
-std::string avisoDoCertificado(const RespostaDoEnvio &resposta) {
+std::string avisoDe(const RespostaDoEnvio &resposta, const Acao &acao, bool completo) {
+    if (!completo && resposta.tipo == "nfce" && acao.passo != PassoDoEnvio::kVerificar)
+        return "há outro cupom no caixa, e o troco deste documento não se sabe mais: se houve um, "
+               "diga-o com --troco VALOR";
     const auto dias = lerInteiro(resposta.dias);
     if (!dias || *dias > kPoucosDias) return {};
     return juntar({"o certificado vence em ", resposta.dias, " dias: providencie outro"});
@@ -93,8 +101,8 @@ Linha olhadoEmJson(const RespostaDoEnvio &resposta) {
     return {"conferido", {}, {}, resposta.olhado.empty() ? "" : json.fecharLista().escrito()};
 }
 
-int dizerFeito(const Argumentos &argumentos, const Acao &acao, const RespostaDoEnvio &resposta) {
-    const std::string aviso = avisoDoCertificado(resposta);
+int dizerFeito(const Argumentos &argumentos, const Acao &acao, const RespostaDoEnvio &resposta,
+               const std::string &aviso) {
     const int saida = aviso.empty() ? kLimpo : kComAvisos;
     const bool noTerminal = argumentos.saida.empty() && !resposta.bytes.empty();
     if (noTerminal && !argumentos.json) {
@@ -123,14 +131,15 @@ int dizerFeito(const Argumentos &argumentos, const Acao &acao, const RespostaDoE
 
 int executar(const Argumentos &argumentos, const Acao &acao) {
     PedidoAoEnvio pedido{acao.passo, {}, {}, {}, {}, {}, {}};
-    if (!prepararPedido(argumentos, pedido)) return kComErros;
+    bool completo = true;
+    if (!prepararPedido(argumentos, pedido, completo)) return kComErros;
     const RespostaDoEnvio resposta = pedirAoEnvio(pedido);
     if (!resposta.feito())
         return recusarDoEnvio(acao.nome, argumento(argumentos.originais.back().c_str()), resposta);
     if (!argumentos.saida.empty())
         if (const std::string erro = gravarInteiro(argumentos.saida, resposta.bytes); !erro.empty())
             return falhar(erro);
-    return dizerFeito(argumentos, acao, resposta);
+    return dizerFeito(argumentos, acao, resposta, avisoDe(resposta, acao, completo));
 }
 
 int documento(const Argumentos &argumentos) {

@@ -82,6 +82,16 @@ TEST_F(DocumentoEnvio, do_caixa_ao_papel) {
     EXPECT_TRUE(documento({"mostrar", doCaixa, "--json"}).deu(0, R"("texto":"Padaria da)"));
 }
 
+// The till writes the change of its next sale in the same place.
+TEST_F(DocumentoEnvio, o_troco_de_outra_venda_nao_entra) {
+    vender();
+    loja.noCaixa([](const Funcoes &caixa) { Loja::vender(caixa, 4); });
+    const Resultado traduzido = documento({"traduzir", doCaixa});
+    EXPECT_TRUE(traduzido.deu(1, "diga-o com --troco"));
+    EXPECT_FALSE(contem(traduzido.saida, "<vTroco>"));
+    EXPECT_TRUE(documento({"traduzir", doCaixa, "--troco", "1,25"}).deu(0, "<vTroco>1.25<"));
+}
+
 TEST_F(DocumentoEnvio, imprime_com_o_qr_code_do_assinado) {
     vender();
     ASSERT_TRUE(documento({"assinar", doCaixa, "--saida", assinado}).deu(0));
