@@ -62,20 +62,45 @@ TEST(Decimais, porcentagens_e_produtos_arredondam_meio_centavo_para_cima) {
     EXPECT_FALSE(Decimal::ler("1.005")->centavos());
 }
 
+namespace {
+
+// `vezes` times, each "@" with its number.
+std::string repetido(const std::string &parte, int vezes) {
+    std::string texto;
+    for (int i = 0; i < vezes; ++i)
+        for (const char c : parte)
+            texto += c == '@' ? std::to_string(i) : std::string(1, c);
+    return texto;
+}
+
+} // namespace
+
 TEST(Xml, de_bytes_hostis_nada_e_buscado_nem_cresce) {
     std::string fundo;
     for (int i = 0; i < 500; ++i)
         fundo = "<a>" + fundo + "</a>";
+    const std::string demais = "<a" + repetido(" a@='1'", 257) + "/>";
     const struct {
         std::string bytes;
         const char *motivo;
     } kCasos[] = {
         {"", "vazio"},
+        {std::string("<a>\0</a>", 9), "nulo"},
+        {demais, "atributos"},
+        {"<!-- ' --><b c='>' d=\"<'\"/>" + demais, "atributos"},
+        {"<a><?p \" ?><![CDATA[']]>" + demais + "</a>", "atributos"},
+        {"<a>" + repetido("<b xmlns:n@='urn:x'/>", 257) + "</a>", "espaço"},
+        {"<?xml version='1.0' encoding='UTF-7'?><a/>", "UTF-7"},
+        {"\xEF\xBB\xBF<?xml version='1.0' encoding = \"EBCDIC-CP-US\"?><a/>", "EBCDIC"},
+        {"<?xml version='1.0' encoding='UTF-8' encoding='UTF-7'?><a/>", "UTF-7"},
+        {"<?xml version='1.0' encoding='" + std::string(99, 'x') + "'?><a/>", "codificação"},
+        {std::string("\xFF\xFE<\0a\0/\0>\0", 10), "nulo"},
         {std::string("\0\0", 2), "vazio"},
         {"<a>", "bem formado"},
         {"<a><b></a></b>", "bem formado"},
         {"texto", "bem formado"},
         {"<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>", "DOCTYPE"},
+        {"<!DOCTYPE a [<!ATTLIST a" + repetido(" a@ CDATA 'x'", 300) + ">]><a/>", "DOCTYPE"},
         {"<!DOCTYPE a SYSTEM 'file:///etc/passwd'><a/>", "DOCTYPE"},
         {"<!DOCTYPE a [<!ENTITY a 'aaaaaaaaaa'><!ENTITY b '&a;&a;&a;&a;'>]><a>&b;</a>", "DOCTYPE"},
         {fundo, ""},
@@ -85,6 +110,29 @@ TEST(Xml, de_bytes_hostis_nada_e_buscado_nem_cresce) {
         std::string motivo;
         EXPECT_FALSE(Documento::ler(bytes, motivo)) << bytes.substr(0, 60);
         EXPECT_NE(motivo.find(parte), std::string::npos) << motivo;
+    }
+}
+
+TEST(Xml, o_que_e_declarado_e_o_que_so_parece_demais_le_se) {
+    const struct {
+        std::string bytes, texto;
+    } kCasos[] = {
+        {"<?xml version='1.0' encoding='iso-8859-1'?><a>\xE9</a>", "é"},
+        {"<?xml version=\"1.0\" encoding=\"windows-1252\"?><a>\x96</a>", "–"},
+        {"<?xml version='1.0' encoding='US-ASCII' standalone='yes'?><a>e</a>", "e"},
+        {"<?xml version='1.0'?><a>\xE9</a>", "é"},
+        {"\xEF\xBB\xBF<?xml version='1.0' encoding='utf-8'?><a>é</a>", "é"},
+        {"\xEF\xBB\xBF<a>é</a>", "é"},
+        {"<a" + repetido(" a@='>'", 256) + ">x</a>", "x"},
+        {"<a>" + repetido(" =''", 300) + "</a>", repetido(" =''", 300)},
+        {"<!--" + repetido(" ''", 300) + "--><a>x</a>", "x"},
+        {"<a>x" + repetido("<b c='1'/>", 300) + "</a>", "x"},
+    };
+    for (const auto &[bytes, texto] : kCasos) {
+        std::string motivo;
+        const auto lido = Documento::ler(bytes, motivo);
+        ASSERT_TRUE(lido) << motivo << ": " << bytes.substr(0, 60);
+        EXPECT_EQ(lido->raiz().texto(), texto);
     }
 }
 

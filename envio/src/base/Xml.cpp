@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "base/Xml.h"
 
+#include "base/BytesXml.h"
+
 #include <array>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
@@ -60,9 +62,9 @@ std::string motivoDoLeitor(xmlParserCtxt *leitor) {
 }
 
 // No network, no entities of the document's own, no more text in one place than the limits of
-// libxml2 allow, and nothing printed.
+// libxml2 allow, nothing printed, and the encoding that is handed over.
 constexpr int kOpcoes = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING |
-                        XML_PARSE_NOCDATA | XML_PARSE_COMPACT;
+                        XML_PARSE_NOCDATA | XML_PARSE_COMPACT | XML_PARSE_IGNORE_ENC;
 
 struct LiberarLeitor {
     void operator()(xmlParserCtxt *leitor) const { xmlFreeParserCtxt(leitor); }
@@ -195,8 +197,9 @@ std::optional<Documento> Documento::ler(std::string_view entrada, std::string &m
         entrada.remove_suffix(1);
     if (entrada.empty()) return motivo = "está vazio", std::nullopt;
     if (entrada.size() > kMaiorDocumento) return motivo = "é maior que 16 MiB", std::nullopt;
-    const bool declarado = entrada.starts_with("<?xml");
-    const char *codificacao = declarado ? nullptr : ehUtf8(entrada) ? "UTF-8" : "ISO-8859-1";
+    motivo = motivoParaNaoLer(entrada);
+    const char *codificacao = motivo.empty() ? codificacaoDe(entrada, motivo) : nullptr;
+    if (codificacao == nullptr) return {};
 
     const std::unique_ptr<xmlParserCtxt, LiberarLeitor> leitor(xmlNewParserCtxt());
     Documento lido;
@@ -204,7 +207,6 @@ std::optional<Documento> Documento::ler(std::string_view entrada, std::string &m
                                       static_cast<int>(entrada.size()), nullptr, codificacao,
                                       kOpcoes));
     if (!lido.doc_) return motivo = motivoDoLeitor(leitor.get()), std::nullopt;
-    if (lido.doc_->intSubset != nullptr) return motivo = "contém DOCTYPE", std::nullopt;
     const xmlNode *raiz = xmlDocGetRootElement(lido.doc_.get());
     if (raiz == nullptr) return motivo = "não tem elemento", std::nullopt;
     if (profundaDemais(raiz))
