@@ -11,6 +11,7 @@ from decimal import Decimal
 from pathlib import Path
 
 import zel_cupom
+import zel_envio
 from zel_felbor import (Ajuste, Aliquota, BibliotecaAusente, Codigo, Consumidor, Cupom,
                         EntradaRecusada, Estado, FormaPagamento, Recusa, TextoInvalido)
 from zel_felbor import _chamada, _consumidor, _valores
@@ -18,6 +19,8 @@ from zel_felbor._autorizacao import conferir_autorizacao
 
 DIRETORIO, BIBLIOTECA, *CASOS = sys.argv[1:5]
 CUPOM = os.path.join(os.path.dirname(BIBLIOTECA), "libzel-cupom.so.1")
+ENVIO = os.path.join(os.path.dirname(BIBLIOTECA), "libzel-envio.so.1")
+NOTA = Path(CASOS[0]).with_name("nota.xml").read_bytes()
 FUNCOES = {"identificar": "aCFIdentificarConsumidor_ZEL"}
 
 
@@ -207,6 +210,80 @@ class NoPapel(unittest.TestCase):
             self.assertIn(parte.partition(".*")[2], str(falha.exception))
         with self.assertRaisesRegex(zel_cupom.BibliotecaAusente, "LD_LIBRARY_PATH"):
             zel_cupom.perfis(biblioteca="nada.so")
+
+
+@unittest.skipUnless(os.path.exists(ENVIO), f"{ENVIO} was not built")
+class ParaASefaz(unittest.TestCase):
+    CHAVE = "35261111222333000181650010000001011171025451"
+    TOML = '[qrcode]\nid_csc = "1"\ncsc = "0123456789ABCDEF"\n'
+
+    def configurado(self):
+        """With a certificate for trying, of the till's CNPJ."""
+        pasta = Path(DIRETORIO)
+        senha = os.open(pasta / "senha.txt", os.O_WRONLY | os.O_CREAT, 0o600)
+        os.write(senha, b"de ensaio\n")
+        os.close(senha)
+        for comando in (
+                "req -x509 -newkey rsa:2048 -nodes -keyout chave.pem -out certificado.pem -days 30 "
+                "-subj /CN=ENSAIO -addext keyUsage=critical,digitalSignature,nonRepudiation -addext "
+                "subjectAltName=otherName:2.16.76.1.3.3;UTF8:11222333000181",
+                "pkcs12 -export -inkey chave.pem -in certificado.pem -out certificado.pfx "
+                "-passout file:senha.txt"):
+            ambiente = {k: v for k, v in os.environ.items() if k != "LD_PRELOAD"}
+            subprocess.run(["openssl", *comando.split()], cwd=pasta, check=True, capture_output=True,
+                           env=ambiente)
+        envio = zel_envio.Envio(biblioteca=ENVIO)
+        envio.configurar_texto('[certificado]\narquivo = "certificado.pfx"\n'
+                               'senha_arquivo = "senha.txt"\n' + self.TOML, pasta)
+        return envio
+
+    def test_do_caixa_ao_papel(self):
+        with self.configurado() as envio:
+            self.assertEqual(envio.ler(NOTA), zel_envio.Tipo.NFCE)
+            envio.completar(troco="2.00")
+            envio.assinar()
+            mensagem = envio.mensagem()
+            self.assertIn('versao="4.00"'.encode(), mensagem)
+            self.assertIn(b"<vTroco>2.00</vTroco>", mensagem)
+            self.assertEqual(envio.valor("chave"), self.CHAVE)
+            self.assertIn(self.CHAVE, envio.valor("qrCode"))
+            self.assertEqual(envio.valor("certificado.cnpj"), "11222333000181")
+            envio.ler(mensagem)
+            self.assertIn("São Paulo", envio.mostrar())
+            self.assertTrue(envio.verificar())
+            resposta = (f"<protNFe><infProt><chNFe>{self.CHAVE}</chNFe><nProt>1</nProt><digVal>"
+                        f"{envio.valor('digest')}</digVal><cStat>100</cStat></infProt></protNFe>")
+            documento, retorno = envio.impressao(resposta.encode())
+            self.assertIn("São Paulo".encode("latin-1"), documento)
+            self.assertIn(b"<DocProtocolo>1</DocProtocolo>", retorno)
+            with self.assertRaisesRegex(zel_envio.FalhaNoEnvio, "não é deste documento"):
+                envio.impressao(resposta.replace(self.CHAVE, "0" * 44).encode())
+        with self.assertRaisesRegex(ValueError, "fechado"):
+            envio.mensagem()
+
+    def test_falhas_dizem_tudo_o_que_esta_errado(self):
+        falhas = {
+            "configurar (-3)": (lambda e: e.configurar_texto("a = 1\nb = 2"), ["a", "b"]),
+            "ler (-4)": (lambda e: e.ler("<NFé/>".encode()), ["NFé"]),
+            "completar (-1)": (lambda e: e.completar(protocolo="1", troco="x"), ["protocolo", "troco"]),
+            "traduzir (-5)": (lambda e: (e.ler(NOTA.replace(b">UN<", b"><").replace(b">5102<", b">1<")),
+                                         e.traduzir()), ["CFOP", "uCom"]),
+            "assinar (-6)": (lambda e: (e.configurar_texto(self.TOML), e.assinar()), ["certificado"]),
+            "mensagem (-10)": (lambda e: e.mensagem(), [])}
+        for parte, (chamada, ditos) in falhas.items():
+            with self.subTest(parte), zel_envio.Envio(biblioteca=ENVIO) as envio:
+                envio.ler(NOTA)
+                with self.assertRaises(zel_envio.FalhaNoEnvio) as falha:
+                    chamada(envio)
+                e = pickle.loads(pickle.dumps(falha.exception))
+                self.assertIn(parte.split()[0], e.funcao)
+                self.assertEqual(f"({e.codigo})", parte.split()[1])
+                for dito in ditos:
+                    self.assertIn(dito, e.detalhe)
+        with zel_envio.Envio(biblioteca=ENVIO) as envio, self.assertRaises(KeyError):
+            envio.valor("nenhum")
+        with self.assertRaisesRegex(zel_envio.BibliotecaAusente, "LD_LIBRARY_PATH"):
+            zel_envio.versao(biblioteca="nada.so")
 
 
 class Vendas(unittest.TestCase):

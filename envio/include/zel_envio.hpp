@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: MIT
+// libzel-envio for C++17, header-only: link the library itself.
+//
+//     zel_envio_cpp::Envio envio("zel-envio.toml");
+//     envio.ler(bytesDoArquivo);
+//     envio.assinar();
+//     enviar(envio.mensagem(), envio.valor("chave"));
+//
+//  1. What each function does, and in which order, is in zel_envio.h.
+//  2. A failure is thrown as Falha, with the code and all that is wrong; texts are UTF-8.
+//  3. One thread at a time may use an Envio; several may use one each.
+#pragma once
+
+#include "zel_envio.h"
+
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace zel_envio_cpp {
+
+enum class Tipo {
+    Nenhum = ZEL_ENVIO_NENHUM,
+    Nfce = ZEL_ENVIO_NFCE,
+    Cancelamento = ZEL_ENVIO_CANCELAMENTO,
+    Inutilizacao = ZEL_ENVIO_INUTILIZACAO,
+    Consulta = ZEL_ENVIO_CONSULTA
+};
+
+// What the library answered.
+class Falha : public std::runtime_error {
+public:
+    Falha(const char *funcao, int codigo, const std::string &detalhe)
+        : std::runtime_error(std::string(funcao) + ": " + ::zel_envio_descrever(codigo) + " (" +
+                             std::to_string(codigo) + ")" +
+                             (detalhe.empty() ? std::string() : ":\n" + detalhe)),
+          codigo_(codigo), detalhe_(detalhe) {}
+
+    int codigo() const noexcept { return codigo_; }
+    // A line for each thing that is wrong; empty when the code says it all.
+    const std::string &detalhe() const noexcept { return detalhe_; }
+
+private:
+    int codigo_;
+    std::string detalhe_;
+};
+
+// What the till's file leaves out.
+struct Complemento {
+    std::string protocolo, substituta, data, troco;
+};
+
+struct Impressao {
+    std::string documento, retorno; // bytes of two files for GerarArquivoFormatadoNF_ZEL
+};
+
+class Envio {
+public:
+    // Without configuration nothing is signed or judged by schemas.
+    Envio() : envio_(::zel_envio_novo()) {
+        if (!envio_) throw std::bad_alloc();
+    }
+    explicit Envio(const std::string &configuracao) : Envio() { configurar(configuracao); }
+
+    void configurar(const std::string &arquivo) {
+        exigir("zel_envio_configurar", ::zel_envio_configurar(envio_.get(), arquivo.c_str()));
+    }
+    void configurarTexto(std::string_view toml, const std::string &diretorio = {}) {
+        exigir("zel_envio_configurar_texto",
+               ::zel_envio_configurar_texto(envio_.get(), toml.data(), toml.size(),
+                                            diretorio.c_str()));
+    }
+
+    // The bytes of a till's file, or of a document of layout 4.00.
+    Tipo ler(std::string_view bytes) {
+        exigir("zel_envio_ler", ::zel_envio_ler(envio_.get(), bytes.data(), bytes.size()));
+        return tipo();
+    }
+    Tipo tipo() const { return static_cast<Tipo>(::zel_envio_tipo(envio_.get())); }
+
+    void completar(const Complemento &c) {
+        exigir("zel_envio_completar",
+               ::zel_envio_completar(envio_.get(), c.protocolo.c_str(), c.substituta.c_str(),
+                                     c.data.c_str(), c.troco.c_str()));
+    }
+    void traduzir() { exigir("zel_envio_traduzir", ::zel_envio_traduzir(envio_.get())); }
+    void assinar() { exigir("zel_envio_assinar", ::zel_envio_assinar(envio_.get())); }
+
+    std::string mensagem() {
+        Bytes bytes;
+        exigir("zel_envio_mensagem",
+               ::zel_envio_mensagem(envio_.get(), &bytes.inicio, &bytes.tamanho));
+        return bytes.texto();
+    }
+    std::string mostrar() {
+        Bytes bytes;
+        exigir("zel_envio_mostrar",
+               ::zel_envio_mostrar(envio_.get(), &bytes.inicio, &bytes.tamanho));
+        return bytes.texto();
+    }
+
+    // "chave", "qrCode", "certificado.dias"...; an unknown name is std::out_of_range.
+    std::string valor(const std::string &nome) {
+        const char *valor = ::zel_envio_valor(envio_.get(), nome.c_str());
+        if (valor == nullptr) throw std::out_of_range("zel_envio_valor: " + nome);
+        return valor;
+    }
+
+    // Answers what was looked at, a line each; what is wrong is in the Falha.
+    std::string verificar() {
+        exigir("zel_envio_verificar", ::zel_envio_verificar(envio_.get()));
+        return ::zel_envio_detalhe(envio_.get());
+    }
+
+    Impressao impressaoOffline() { return imprimir(nullptr, 0); }
+    // `resposta` is the authority's answer.
+    Impressao impressao(std::string_view resposta) {
+        return imprimir(resposta.empty() ? "" : resposta.data(), resposta.size());
+    }
+
+private:
+    struct Liberar {
+        void operator()(::zel_envio *envio) const noexcept { ::zel_envio_liberar(envio); }
+    };
+    struct Bytes {
+        Bytes() = default;
+        ~Bytes() { ::zel_envio_liberar_bytes(inicio); }
+        Bytes(const Bytes &) = delete;
+        Bytes &operator=(const Bytes &) = delete;
+        std::string texto() const { return {inicio, tamanho}; }
+
+        char *inicio = nullptr;
+        std::size_t tamanho = 0;
+    };
+
+    void exigir(const char *funcao, int codigo) const {
+        if (codigo != ZEL_ENVIO_OK) throw Falha(funcao, codigo, ::zel_envio_detalhe(envio_.get()));
+    }
+
+    Impressao imprimir(const char *resposta, std::size_t tamanho) {
+        Bytes documento, retorno;
+        exigir("zel_envio_impressao",
+               ::zel_envio_impressao(envio_.get(), resposta, tamanho, &documento.inicio,
+                                     &documento.tamanho, &retorno.inicio, &retorno.tamanho));
+        return {documento.texto(), retorno.texto()};
+    }
+
+    std::unique_ptr<::zel_envio, Liberar> envio_;
+};
+
+} // namespace zel_envio_cpp

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+// The C++17 layer of libzel-envio: teste_envio NOTA. Ends with 1 and what failed.
+#include "zel_envio.hpp"
+
+#include <fstream>
+#include <functional>
+#include <iostream>
+#include <iterator>
+#include <vector>
+
+using namespace zel_envio_cpp;
+
+namespace {
+
+int falhas = 0;
+
+void conferir(bool certo, const std::string &oque) {
+    if (certo) return;
+    std::cout << "failed: " << oque << '\n';
+    ++falhas;
+}
+
+void contido(const std::string &parte, const std::string &texto) {
+    conferir(texto.find(parte) != texto.npos, "no \"" + parte + "\" in " + texto.substr(0, 300));
+}
+
+void traduzida(const std::string &nota) {
+    Envio envio;
+    conferir(envio.tipo() == Tipo::Nenhum && envio.ler(nota) == Tipo::Nfce, "kind");
+    Complemento complemento;
+    complemento.troco = "2.00";
+    envio.completar(complemento);
+    envio.traduzir();
+    contido("<vTroco>2.00</vTroco>", envio.mensagem());
+    const std::string chave = envio.valor("chave");
+    conferir(chave.size() == 44, "key: " + chave);
+    const Envio outro = std::move(envio); // the document goes along
+    conferir(outro.tipo() == Tipo::Nfce, "moved");
+}
+
+void mostrada(const std::string &nota) {
+    Envio envio;
+    envio.ler(nota);
+    contido("São Paulo", envio.mostrar());
+    const std::string chave = envio.valor("chave");
+    envio.traduzir();
+    std::string comQrCode = envio.mensagem();
+    comQrCode.insert(comQrCode.find("</NFe>"), "<infNFeSupl><qrCode>http://x/?p=1</qrCode>"
+                                               "<urlChave>http://x</urlChave></infNFeSupl>");
+    envio.ler(comQrCode);
+    const Impressao semConexao = envio.impressaoOffline();
+    contido("S\xE3o Paulo", semConexao.documento);
+    const Impressao respondida =
+        envio.impressao("<protNFe><infProt><chNFe>" + chave +
+                        "</chNFe><nProt>7</nProt><cStat>100</cStat></infProt></protNFe>");
+    contido("<DocProtocolo>7<", respondida.retorno);
+}
+
+void recusadas(const std::string &nota) {
+    const struct {
+        std::function<void(Envio &)> chamada;
+        int codigo;
+        std::vector<std::string> ditos;
+    } kCasos[] = {
+        {[](Envio &e) { e.configurarTexto("a = 1\nb = 2\n"); }, ZEL_ENVIO_CONFIGURACAO, {"a", "b"}},
+        {[](Envio &e) { e.configurar("/nao/ha.toml"); }, ZEL_ENVIO_CONFIGURACAO, {"/nao/ha.toml"}},
+        {[](Envio &e) { e.ler("<Nada/>"); }, ZEL_ENVIO_ILEGIVEL, {"Nada"}},
+        {[](Envio &e) { e.ler(""); }, ZEL_ENVIO_ILEGIVEL, {}},
+        {[](Envio &e) { e.assinar(); }, ZEL_ENVIO_CERTIFICADO, {"certificado"}},
+        {[](Envio &e) { e.verificar(); }, ZEL_ENVIO_ORDEM, {"3.10"}},
+        {[](Envio &e) { e.impressao(""); }, ZEL_ENVIO_ILEGIVEL, {"resposta"}},
+        {[](Envio &e) { e.mensagem(); }, ZEL_ENVIO_ORDEM, {}},
+    };
+    for (const auto &caso : kCasos) {
+        Envio envio;
+        envio.ler(nota);
+        try {
+            caso.chamada(envio);
+            conferir(false, "not refused with " + std::to_string(caso.codigo));
+        } catch (const Falha &falha) {
+            conferir(falha.codigo() == caso.codigo, falha.what());
+            for (const std::string &dito : caso.ditos)
+                contido(dito, falha.detalhe());
+            contido(falha.detalhe(), falha.what());
+        }
+    }
+    try {
+        Envio().valor("nenhum");
+        conferir(false, "an unknown fact");
+    } catch (const std::out_of_range &) { // as it must be
+    }
+}
+
+} // namespace
+
+int main(int quantos, char **argumentos) {
+    std::ifstream arquivo(quantos == 2 ? argumentos[1] : "", std::ios::binary);
+    const std::string nota{std::istreambuf_iterator<char>(arquivo), {}};
+    traduzida(nota);
+    mostrada(nota);
+    recusadas(nota);
+    return falhas == 0 ? 0 : 1;
+}
