@@ -11,7 +11,7 @@ namespace zel::envio {
 
 namespace {
 
-constexpr ClasseTributaria kPlena{"000", "000001", {}, false};
+constexpr std::string_view kCstPleno = "000", kClassePlena = "000001";
 
 using Colunas = std::array<std::string, 3>;
 
@@ -88,7 +88,9 @@ void lerClasses(std::string_view csv, std::string_view arquivo, Configuracao &co
 }
 
 void conferirClasses(Configuracao &config, Recusas &recusas) {
-    if (procurar(config, kPlena.cClassTrib) == nullptr) config.ibsCbs.classes.push_back(kPlena);
+    if (procurar(config, kClassePlena) == nullptr)
+        config.ibsCbs.classes.push_back(
+            {std::string(kCstPleno), std::string(kClassePlena), {}, false});
     const auto conferir = [&](const std::string &onde, const std::string &classe) {
         if (!classe.empty() && procurar(config, classe) == nullptr)
             recusas.juntar("zel-envio.toml, " + onde, classe,
