@@ -80,6 +80,14 @@ class Manual(unittest.TestCase):
             if codigo in sefaz_regras.MOTIVOS:
                 self.assertEqual(sem_acentos(motivo), sefaz_regras.MOTIVOS[codigo])
 
+    def test_cada_chave_da_configuracao_do_envio(self):
+        chaves = re.findall(r'^ +\{"(\w+)",', (RAIZ / "envio/src/config/Chaves.h").read_text("utf-8"),
+                            re.M)
+        secao = MANUAL.read_text("utf-8").split("### Cada chave de", 1)[1].split("\n## ", 1)[0]
+        nomes = [nome for celula in re.findall(r"^\| ([^|]*) \|", secao, re.M)
+                 if not celula.startswith("**") for nome in re.findall(r"`(\w+)`", celula)]
+        self.assertEqual(sorted(nomes), sorted(chaves))
+
     def test_nomes_das_copias_do_historico(self):
         padroes = re.findall(r"`(Envio[A-Z][A-Za-z]+)[0-9]{8}_[0-9]{6}(?:_2)?\.xml`",
                              MANUAL.read_text("utf-8"))
