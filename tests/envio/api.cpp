@@ -160,6 +160,7 @@ TEST(Emissoes, o_que_falha_diz_tudo_e_deixa_a_mensagem_de_antes) {
     EXPECT_EQ(zel_envio_completar(*envio, "1", "2", "ontem", "1,0"), ZEL_ENVIO_ARGUMENTO);
     for (const char *campo : {"protocolo:", "substituta:", "data:", "troco:"})
         EXPECT_NE(envio.detalhe().find(campo), std::string::npos) << campo;
+    EXPECT_EQ(zel_envio_completar(*envio, "", "", "2026-02-31", ""), ZEL_ENVIO_ARGUMENTO);
     EXPECT_EQ(zel_envio_configurar_texto(*envio, "x = 1", 5, "/"), ZEL_ENVIO_CONFIGURACAO);
     EXPECT_EQ(envio.mensagem(), mensagem);
 

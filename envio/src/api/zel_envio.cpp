@@ -3,6 +3,8 @@
 
 #include "assinatura/Certificado.h"
 #include "assinatura/Ensaio.h"
+#include "base/Texto.h"
+#include "comum/Ascii.h"
 #include "config/Configuracao.h"
 #include "config/Primeira.h"
 #include "documento/Conferencia.h"
@@ -156,19 +158,8 @@ std::optional<std::string> fatoDoCertificado(Emissao &emissao, std::string_view 
     return std::to_string(certificado->dias(std::time(nullptr)));
 }
 
-bool ehChaveOuVazio(std::string_view texto, std::size_t digitos) {
-    return texto.empty() ||
-           (texto.size() == digitos && texto.find_first_not_of("0123456789") == texto.npos);
-}
-
-bool ehDataOuVazio(std::string_view texto) {
-    constexpr std::string_view kForma = "dddd-dd-dd";
-    if (texto.empty()) return true;
-    if (texto.size() != kForma.size()) return false;
-    for (std::size_t i = 0; i < kForma.size(); ++i)
-        if (kForma[i] == 'd' ? texto[i] < '0' || texto[i] > '9' : texto[i] != kForma[i])
-            return false;
-    return true;
+bool temDigitos(std::string_view texto, std::size_t quantos) {
+    return texto.size() == quantos && zel::soDigitos(texto);
 }
 
 // The day in Brasília, whatever the machine's zone is.
@@ -234,11 +225,11 @@ int zel_envio_completar(zel_envio *envio, const char *protocolo, const char *sub
         if (envio->emissao.lido().tipo == Tipo::kNenhum) return int{ZEL_ENVIO_ORDEM};
         ContextoPedido contexto{std::string(vista(protocolo)), std::string(vista(substituta)),
                                 std::string(vista(data)), "1"};
-        if (!ehChaveOuVazio(contexto.protocolo, kDigitosDoProtocolo))
+        if (!contexto.protocolo.empty() && !temDigitos(contexto.protocolo, kDigitosDoProtocolo))
             recusas.juntar("protocolo", contexto.protocolo, "tem 15 dígitos");
-        if (!ehChaveOuVazio(contexto.substituta, kDigitosDaChave))
+        if (!contexto.substituta.empty() && !temDigitos(contexto.substituta, kDigitosDaChave))
             recusas.juntar("substituta", contexto.substituta, "uma chave tem 44 dígitos");
-        if (!ehDataOuVazio(contexto.data))
+        if (!contexto.data.empty() && !ehData(contexto.data))
             recusas.juntar("data", contexto.data, "escreve-se AAAA-MM-DD");
         if (contexto.data.empty()) contexto.data = hoje();
         const std::string_view dado = vista(troco);
@@ -364,7 +355,7 @@ int zel_envio_certificado_de_ensaio(zel_envio *envio, const char *nome, const ch
     if (bytes == nullptr || tamanho == nullptr || vista(nome).empty() || vista(senha).empty())
         return ZEL_ENVIO_ARGUMENTO;
     return responder(envio, [&](Recusas &recusas) {
-        if (vista(cnpj).empty() || !ehChaveOuVazio(cnpj, kDigitosDoCnpj)) {
+        if (!temDigitos(vista(cnpj), kDigitosDoCnpj)) {
             recusas.juntar("cnpj", vista(cnpj), "tem 14 dígitos");
             return int{ZEL_ENVIO_ARGUMENTO};
         }
