@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: MIT
+// The queue: every document of every till with its state, in one SQLite file (fila.db, WAL) of a
+// directory of its own that its owner alone opens. A change is on the disk when the call that makes
+// it returns. One object may be used by one thread at a time; several objects, in several
+// processes, may be open on the same file.
+#pragma once
+
+#include "base/Decimal.h"
+#include "base/Recusa.h"
+#include "documento/Leitura.h"
+#include "fila/Estado.h"
+#include "mensagem/Resposta.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zel::envio {
+
+// Milliseconds since 1970, as the system's clock has them. What was promised for later than that
+// from a clock that was set back since is due at once.
+using Momento = std::int64_t;
+
+// What is said of a document when it is found.
+struct Achado {
+    std::string caixa;  // the till's directory, absolute
+    std::string origem; // name of the file that it was found in
+    Tipo tipo = Tipo::kNenhum;
+    std::string
+        original; // bytes of that file; the same ones of the same till are the same document
+    // As far as the file says it; of an inutilization serie, numero and ultimo alone.
+    std::string chave, cnpj;
+    int modelo = 65, serie = 0;
+    std::int64_t numero = 0, ultimo = 0; // of an inutilization the last number, else the same
+    int tpAmb = 0, tpEmis = 0;
+    std::string dhEmi; // "AAAA-MM-DDThh:mm:ss-03:00"
+    Centavos total = 0;
+    std::string consumidor, nomeConsumidor; // CPF, CNPJ or other id; UTF-8
+    std::string substitui;                  // key of the document that it replaces
+    std::optional<Centavos> troco;          // what the till knew of it when it was found
+};
+
+// A row of the queue without its bytes.
+struct Ficha : Achado { // `original` is empty here
+    std::int64_t id = 0;
+    Estado estado = Estado::kAchado;
+    int cStat = 0;
+    std::string xMotivo, protocolo, momentoResposta, recibo;
+    Desfecho desfecho = Desfecho::kNenhum;
+    std::string motivo; // what a person has to know: refusals, one a line
+    int tentativas = 0; // sendings and askings since the last answer
+    Momento achado = 0, mudado = 0;
+    Momento proximo = 0; // not to be touched before
+};
+
+// What a change writes beside the state; what is not set stays.
+struct Mudanca {
+    std::optional<std::string> mensagem; // the signed bytes: written once, and never again
+    std::optional<std::string> chave, dhEmi;
+    std::optional<Resposta> resposta;
+    std::optional<std::string> motivo, recibo;
+    std::optional<int> tentativas;
+    std::optional<Momento> proximo;
+};
+
+struct PassoDado {
+    Momento momento;
+    Estado de, para;
+    std::string detalhe;
+};
+
+// What documents are looked for; an empty or zero member asks for nothing.
+struct Procura {
+    std::string caixa, chave, dia /* "AAAA-MM-DD" of dhEmi */, mes /* "AAAA-MM" */, consumidor;
+    std::int64_t numero = 0;
+    std::vector<Estado> estados;
+    bool precisaDeAlguem = false; // refused, or undelivered for longer than the warning asks
+    std::size_t maximo = 1000;
+};
+
+struct ServicoVisto {
+    std::string servico, cUF; // name of the service; state's code
+    int tpAmb = 0, cStat = 0, http = 0;
+    std::string xMotivo;
+    Momento momento = 0;
+    std::int64_t demora = 0; // milliseconds
+};
+
+// Numbers that stand between known ones of a series and of which nothing is known.
+struct Lacuna {
+    std::string cnpj;
+    int tpAmb = 0, serie = 0;
+    std::int64_t primeiro = 0, ultimo = 0;
+};
+
+struct Contagem {
+    Estado estado;
+    std::int64_t quantos = 0;
+    Momento maisAntigo = 0;
+};
+
+class Fila {
+public:
+    // Makes directory (0700) and file where there is none, and raises an older file's form to this
+    // one's. `diretorio` with its "/".
+    static std::unique_ptr<Fila> abrir(const std::string &diretorio, Recusas &recusas);
+    ~Fila();
+
+    // Its id; that of the row that is there already when the same bytes of the same till are found
+    // again. None when it could not be written.
+    std::optional<std::int64_t> achar(const Achado &achado, Momento agora, Recusas &recusas);
+
+    // From one state to another; false when it is in another one by now (somebody else was faster),
+    // the table does not have the change, or it cannot be written (`recusas`). The answer's codes
+    // become the row's. Several steps on one day that nobody sees may be made in one transaction.
+    bool mudar(std::int64_t id, Estado de, Estado para, const Mudanca &mudanca, Momento agora,
+               Recusas &recusas);
+    // The same state, other members: the next try and why.
+    bool adiar(std::int64_t id, Estado em, const Mudanca &mudanca, Momento agora, Recusas &recusas);
+
+    // Transactions around several calls; nested ones are part of the outer one. Undone unless
+    // confirmed.
+    class Transacao {
+    public:
+        explicit Transacao(Fila &fila);
+        ~Transacao();
+        bool confirmar(Recusas &recusas);
+        Transacao(const Transacao &) = delete;
+        Transacao &operator=(const Transacao &) = delete;
+
+    private:
+        Fila &fila_;
+        bool aberta_ = false;
+    };
+
+    std::optional<Ficha> ficha(std::int64_t id);
+    std::optional<Ficha> porChave(std::string_view chave, Tipo tipo);
+    // The NFC-e of a number, in any till of the issuer.
+    std::vector<Ficha> porNumero(std::string_view cnpj, int tpAmb, int serie, std::int64_t numero);
+    std::string original(std::int64_t id);
+    std::string mensagem(std::int64_t id);
+    std::string elemento(std::int64_t id); // protNFe, retEvento, retInutNFe of its answer
+    std::vector<PassoDado> passos(std::int64_t id);
+
+    // What is due: first by its next moment, then as it was found; requests about a document after
+    // it. Rows of one till.
+    std::vector<Ficha> prontas(const std::string &caixa, Momento agora, std::size_t maximo);
+    // When the next one of a till is due; none when nothing waits.
+    std::optional<Momento> proximo(const std::string &caixa);
+
+    std::vector<Ficha> procurar(const Procura &procura);
+    std::vector<Contagem> contar();
+    std::vector<Lacuna> lacunas();
+
+    void verServico(const ServicoVisto &visto);
+    std::vector<ServicoVisto> servicos();
+
+    // Texts that outlive the process, by name: what stops the queue, since when a line is down...
+    void anotar(std::string_view nome, std::string_view texto);
+    std::string anotado(std::string_view nome);
+
+private:
+    struct Dentro;
+    explicit Fila(std::unique_ptr<Dentro> dentro);
+    std::unique_ptr<Dentro> dentro_;
+};
+
+} // namespace zel::envio
