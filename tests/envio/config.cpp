@@ -75,6 +75,11 @@ desde = "2027-01-01"
 pIBSUF = "0.05"
 pIBSMun = "0.05"
 pCBS = "8.8"
+[servicos]
+RecepcaoEvento = "https://127.0.0.1:8443/ws/NFeRecepcaoEvento4"
+[rede]
+tempo_maximo = 5
+autoridades = "autoridade.pem"
 )",
                  0644);
     Recusas recusas;
@@ -95,6 +100,12 @@ pCBS = "8.8"
     EXPECT_TRUE(classes[1].semValores);
     EXPECT_EQ(classes[2].cClassTrib, "000001");
     EXPECT_EQ(lida->ibsCbs.taxas.at(0).pCBS.texto(2, 4, 3), "8.80");
+    EXPECT_EQ(enderecoDe(*lida, "RS", 1, Servico::kRecepcaoEvento),
+              "https://127.0.0.1:8443/ws/NFeRecepcaoEvento4");
+    EXPECT_EQ(enderecoDe(*lida, "RS", 1, Servico::kStatusServico),
+              enderecoDe("RS", 1, Servico::kStatusServico));
+    EXPECT_EQ(lida->rede.tempoMaximo, 5);
+    EXPECT_EQ(lida->rede.autoridades, pasta.caminho() + "autoridade.pem");
 }
 
 TEST(ConfiguracaoDoEnvio, recusa_tudo_de_uma_vez_com_linha_e_o_que_cabe) {
@@ -103,7 +114,7 @@ TEST(ConfiguracaoDoEnvio, recusa_tudo_de_uma_vez_com_linha_e_o_que_cabe) {
               "zel-envio.toml, linha 2, cUF: \"99\"; é o código IBGE de um estado, como \"43\"\n"
               "zel-envio.toml, linha 1, esquema: chave desconhecida; aqui cabem: esquemas, cUF, "
               "verAplic, [certificado], [qrcode], [responsavel_tecnico], [intermediador], "
-              "[pagamentos], [produtos], [ncm], [padrao], [ibs_cbs]\n"
+              "[pagamentos], [produtos], [ncm], [padrao], [ibs_cbs], [servicos], [rede]\n"
               "zel-envio.toml, linha 6, [qrcode] csc: é um segredo: até 128 letras, dígitos e "
               "sinais, sem brancos\n"
               "zel-envio.toml, linha 5, [qrcode] id_csc: escreva o valor entre aspas; é o número "
@@ -147,6 +158,15 @@ TEST(ConfiguracaoDoEnvio, recusa_o_que_nao_cabe_ou_nao_combina) {
         {"[[ibs_cbs.taxas]]\ndesde = '2027-01-01'", "falta pCBS"},
         {"[ibs_cbs]\ntaxas = 1", "[[ibs_cbs.taxas]]"},
         {"[ibs_cbs]\nclasses = 'nenhum.csv'", "não existe"},
+        {"[ibs_cbs]\ntaxa = 1", "cabem: desde, CST, cClassTrib, classes, taxas"},
+        {"[servicos]\nNfeStatusServico = 'http://127.0.0.1/ws'", "começa por https://"},
+        {"[servicos]\nNfeStatusServico = 'https://'", "começa por https://"},
+        {"[servicos]\nNfeStatusServico = 'https:///ws'", "começa por https://"},
+        {"[servicos]\nNfeStatusServico = 'https://a:b@c/ws'", "senha"},
+        {"[servicos]\nNfeStatusServico = 'https://a/ws?wsdl'", "senha"},
+        {"[servicos]\nNfeStatus = 'https://a/ws'", "NfeConsultaProtocolo, NfeStatusServico"},
+        {"[rede]\ntempo_maximo = 0", "1 a 300"},
+        {"[rede]\ntempo_maximo = 301", "1 a 300"},
     };
     for (const auto &[toml, parte] : kCasos)
         EXPECT_NE(recusasDe(toml).find(parte), std::string::npos) << toml.substr(0, 80) << "\n"
@@ -231,6 +251,24 @@ TEST(Enderecos, de_cada_estado_ou_de_quem_o_atende) {
             for (int servico = 0; servico <= static_cast<int>(Servico::kConsultaChave); ++servico)
                 EXPECT_NE(enderecoDe(uf, tpAmb, static_cast<Servico>(servico)), "")
                     << uf << tpAmb << servico;
+}
+
+TEST(Enderecos, de_cada_servico_o_que_a_configuracao_diz_dele) {
+    const char *const kNomes[] = {"NfeAutorizacao",       "NfeRetAutorizacao", "NfeInutilizacao",
+                                  "NfeConsultaProtocolo", "NfeStatusServico",  "RecepcaoEvento"};
+    std::string toml = "qrcode = { endereco = 'https://q', urlChave = 'https://chave.exemplo' }\n"
+                       "[servicos]\n";
+    for (const char *nome : kNomes)
+        toml += std::string(nome) + " = 'https://loja/" + nome + "'\n";
+    Recusas recusas;
+    const auto config = Configuracao::ler(toml, "", recusas);
+    ASSERT_TRUE(config) << recusas.texto();
+    int servico = 0;
+    for (const char *nome : kNomes)
+        EXPECT_EQ(enderecoDe(*config, "SP", 2, static_cast<Servico>(servico++)),
+                  std::string("https://loja/") + nome);
+    EXPECT_EQ(enderecoDe(*config, "SP", 2, Servico::kQrCode), "https://q");
+    EXPECT_EQ(enderecoDe(*config, "SP", 2, Servico::kConsultaChave), "https://chave.exemplo");
 }
 
 TEST(PrimeiraConfiguracao, le_se_como_esta_sem_o_segredo_nem_chaves_que_o_caixa_escreva) {

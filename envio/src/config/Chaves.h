@@ -133,6 +133,28 @@ inline constexpr std::array<Chave<IbsCbsLido>, 4> kIbsCbs{{
     {"classes", &IbsCbsLido::arquivo, kCaminho, Especie::kCaminho},
 }};
 
+// Names as the table of addresses has them.
+inline constexpr Regra kServico{ehServico,
+                                "começa por https:// e não tem brancos, senha, \"?\" nem \"#\""};
+inline constexpr std::array<Chave<ConfigServicos>, 6> kServicos{{
+    {"NfeAutorizacao", &ConfigServicos::autorizacao, kServico},
+    {"NfeRetAutorizacao", &ConfigServicos::retAutorizacao, kServico},
+    {"NfeInutilizacao", &ConfigServicos::inutilizacao, kServico},
+    {"NfeConsultaProtocolo", &ConfigServicos::consultaProtocolo, kServico},
+    {"NfeStatusServico", &ConfigServicos::statusServico, kServico},
+    {"RecepcaoEvento", &ConfigServicos::recepcaoEvento, kServico},
+}};
+
+inline constexpr std::array<Chave<ConfigRede>, 2> kRede{{
+    {"tempo_maximo",
+     &ConfigRede::tempoMaximo,
+     {[](std::string_view v) {
+          return digitos<1, 3>(v) && v.front() != '0' && (v.size() < 3 || v <= "300");
+      },
+      "é de 1 a 300 segundos"}},
+    {"autoridades", &ConfigRede::autoridades, kCaminho, Especie::kCaminho},
+}};
+
 inline constexpr std::array<Chave<TaxasIbsCbs>, 4> kTaxas{{
     {"desde", &TaxasIbsCbs::desde, {ehData, "é um dia, \"AAAA-MM-DD\""}},
     {"pIBSUF", &TaxasIbsCbs::pIBSUF, kPorcento},

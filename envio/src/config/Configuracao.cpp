@@ -193,7 +193,7 @@ void lerIbsCbs(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
         if (chave.str() == "taxas")
             lerTaxas(leitura, chave, no, lido);
         else
-            leitura.lerChave<IbsCbsLido>(chave, no, lugar.nome(), kIbsCbs, lido);
+            leitura.lerChave<IbsCbsLido>(chave, no, lugar.nome(), kIbsCbs, lido, ", taxas");
     if (!classeDoCst(lido.CST, lido.cClassTrib))
         leitura.recusas().juntar(lugar.texto() + " cClassTrib", lido.cClassTrib,
                                  "a classe começa pelo CST: diga ambos");
@@ -201,20 +201,30 @@ void lerIbsCbs(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
     lida.arquivoClasses = lido.arquivo;
 }
 
+void lerServicos(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
+    lerSecao(leitura, lugar, kServicos, lida.config.servicos);
+}
+
+void lerRede(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
+    lerSecao(leitura, lugar, kRede, lida.config.rede);
+}
+
 struct Secao {
     std::string_view nome;
     void (*ler)(LeituraToml &, const Lugar &, Lida &);
 };
 
-constexpr std::array<Secao, 9> kSecoes{{{"certificado", lerCertificado},
-                                        {"qrcode", lerQrCode},
-                                        {"responsavel_tecnico", lerRespTec},
-                                        {"intermediador", lerIntermediador},
-                                        {"pagamentos", lerPagamentos},
-                                        {"produtos", lerPorCodigo},
-                                        {"ncm", lerPorNcm},
-                                        {"padrao", lerPadrao},
-                                        {"ibs_cbs", lerIbsCbs}}};
+constexpr std::array<Secao, 11> kSecoes{{{"certificado", lerCertificado},
+                                         {"qrcode", lerQrCode},
+                                         {"responsavel_tecnico", lerRespTec},
+                                         {"intermediador", lerIntermediador},
+                                         {"pagamentos", lerPagamentos},
+                                         {"produtos", lerPorCodigo},
+                                         {"ncm", lerPorNcm},
+                                         {"padrao", lerPadrao},
+                                         {"ibs_cbs", lerIbsCbs},
+                                         {"servicos", lerServicos},
+                                         {"rede", lerRede}}};
 
 // ---- the whole ----
 

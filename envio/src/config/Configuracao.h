@@ -67,6 +67,17 @@ struct ConfigQrCode {
     std::string urlChave; // likewise
 };
 
+// Addresses in the place of the table's, in either environment; empty: the table's.
+struct ConfigServicos {
+    std::string autorizacao, retAutorizacao, inutilizacao, consultaProtocolo, statusServico,
+        recepcaoEvento;
+};
+
+struct ConfigRede {
+    int tempoMaximo = 30;    // of one request and its answer, in seconds
+    std::string autoridades; // PEM of those who may vouch for a server; empty: the system's
+};
+
 // Rates in percent of documents from a day on ("AAAA-MM-DD").
 struct TaxasIbsCbs {
     std::string desde;
@@ -90,6 +101,8 @@ struct Configuracao {
     ConfigQrCode qrcode;
     ConfigRespTec respTec;
     ConfigIbsCbs ibsCbs;
+    ConfigServicos servicos;
+    ConfigRede rede;
     std::string esquemas; // folder of the published schemas; empty: nothing is judged
 
     std::map<std::string, ConfigPagamento, std::less<>> pagamentos;

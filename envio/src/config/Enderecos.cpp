@@ -60,4 +60,16 @@ std::string_view enderecoDe(std::string_view uf, int tpAmb, Servico servico) {
     return achada == tabela.end() ? std::string_view() : achada->endereco;
 }
 
+std::string_view enderecoDe(const Configuracao &config, std::string_view uf, int tpAmb,
+                            Servico servico) {
+    // In the order of Servico.
+    const std::array<const std::string *, kServicos.size()> ditos{
+        &config.servicos.autorizacao,   &config.servicos.retAutorizacao,
+        &config.servicos.inutilizacao,  &config.servicos.consultaProtocolo,
+        &config.servicos.statusServico, &config.servicos.recepcaoEvento,
+        &config.qrcode.endereco,        &config.qrcode.urlChave};
+    const std::string &dito = *ditos[static_cast<std::size_t>(servico)];
+    return dito.empty() ? enderecoDe(uf, tpAmb, servico) : std::string_view(dito);
+}
+
 } // namespace zel::envio

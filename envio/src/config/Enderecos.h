@@ -3,6 +3,8 @@
 // (dados/servicos-4.00.tsv), in force unless the configuration says another.
 #pragma once
 
+#include "config/Configuracao.h"
+
 #include <string_view>
 
 namespace zel::envio {
@@ -21,5 +23,9 @@ enum class Servico {
 // `uf` in two letters, `tpAmb` 1 or 2. Empty when the table has none. States without services of
 // their own are led to the one that serves them.
 std::string_view enderecoDe(std::string_view uf, int tpAmb, Servico servico);
+
+// The same, where the configuration has the first word: what everybody asks who has one.
+std::string_view enderecoDe(const Configuracao &config, std::string_view uf, int tpAmb,
+                            Servico servico);
 
 } // namespace zel::envio

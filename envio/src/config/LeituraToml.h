@@ -48,10 +48,10 @@ public:
             lerChave(chave, no, secao, chaves, destino);
     }
 
-    // One key of a section.
+    // One key of a section. `mais`: what else fits there, for who wrote one that does not.
     template <class T>
     void lerChave(const toml::key &chave, const toml::node &no, const std::string &secao,
-                  std::span<const Chave<T>> chaves, T &destino) {
+                  std::span<const Chave<T>> chaves, T &destino, std::string_view mais = {}) {
         for (const auto &linha : chaves) {
             if (linha.nome != chave.str()) continue;
             const auto texto = valor(no, lugar(chave, secao), linha.regra, linha.especie);
@@ -59,7 +59,7 @@ public:
                 std::visit([&](auto membro) { guardar(destino.*membro, *texto); }, linha.membro);
             return;
         }
-        recusarChave(chave, secao, nomes(chaves));
+        recusarChave(chave, secao, nomes(chaves).append(mais));
     }
 
     // A table below a key; null, and refused, when it is something else.

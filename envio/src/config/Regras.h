@@ -48,4 +48,15 @@ inline bool ehEndereco(std::string_view valor) {
            (pergunta == valor.npos || valor.substr(pergunta) == "?p=");
 }
 
+// Where a request goes: never in the clear, never with a password in it.
+inline bool ehServico(std::string_view valor) {
+    constexpr std::string_view kTls = "https://";
+    return valor.size() <= 500 && valor.starts_with(kTls) && valor.size() > kTls.size() &&
+           valor.substr(kTls.size()).find_first_of("/:") != 0 &&
+           std::all_of(valor.begin(), valor.end(), [](char c) {
+               return c > ' ' && c < 0x7F &&
+                      std::string_view("@?#\\\"<>").find(c) == std::string_view::npos;
+           });
+}
+
 } // namespace zel::envio
