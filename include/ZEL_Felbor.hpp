@@ -23,6 +23,7 @@
 // What each function does with its arguments, and in which state, is in ZEL_FelborFramework.h.
 #pragma once
 
+#include "zel_felbor/andamento.hpp"
 #include "zel_felbor/operacoes.hpp"
 
 namespace zel_felbor {
@@ -33,6 +34,30 @@ public:
     // `diretorio` is absolute and exists; the library keeps its files there.
     explicit Cupom(std::string diretorio, Opcoes opcoes = {})
         : Operacoes(std::move(diretorio), opcoes) {}
+
+    // The receipt in progress, for a till that was restarted; one that was closed is there until
+    // the next is opened. None without a receipt. The library completes first what a process that
+    // died left behind.
+    Com<std::optional<Andamento>> lerAndamento() {
+        const Com<std::string> troco = retornarValor("CONFIGURACAO\\TrocoUltimaNFCe");
+        if (!troco) return {troco, std::nullopt};
+        const Com<Estado> estado = verificarStatus();
+        if (!estado || estado.valor < Estado::Aberto || estado.valor > Estado::Encerrado)
+            return {estado, std::nullopt};
+        std::string erro = "ArqPersist.bin: não pôde ser lido, ou é grande demais";
+        std::optional<Andamento> lido;
+        const std::optional<std::string> bytes = detalhe::lerArquivo(arquivo("ArqPersist.bin"));
+        if (bytes && bytes->size() <= detalhe::maiorAndamento) {
+            erro.clear();
+            lido = andamentoDe(*bytes, erro);
+        }
+        if (!erro.empty())
+            return concluir(Com<std::optional<Andamento>>(
+                Resultado("rCFVerificarStatus_ZEL", ZEL_ARQUIVO_INDISPONIVEL, erro), std::nullopt));
+        lido->estado = estado.valor;
+        if (estado.valor >= Estado::Pago) lido->troco = troco.valor;
+        return {estado, std::move(lido)};
+    }
 
     // aCFContingenciaUltimaNota_ZEL of kind 1 (as the closing does), 3 or 5 (in contingency);
     // answers the document.

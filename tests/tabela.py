@@ -119,9 +119,9 @@ def alterados(cabecalho, funcoes, codigos):
 
 
 # Where a payment form of the library's table has to be named, too, and how, without its accents.
-FORMAS = {"tabela/funcoes.json": '"valor": "{nome}"', "apps/zel/Venda.cpp": '{{"{nome}", "{codigo}"}}',
-          "apps/zel/ComandoVender.cpp": "{nome}", "include/ZEL_FelborFramework.h": "{nome}",
-          "docs/manual/itens.md": "| {nome} | {codigo} |"}
+FORMAS = {"tabela/funcoes.json": '"valor": "{nome}", "codigo": "{codigo}"',
+          "apps/zel/Venda.cpp": '{{"{nome}", "{codigo}"}}', "apps/zel/ComandoVender.cpp": "{nome}",
+          "include/ZEL_FelborFramework.h": "{nome}", "docs/manual/itens.md": "| {nome} | {codigo} |"}
 
 
 def formas():

@@ -10,6 +10,7 @@ trabalho=$(realpath -m "$2")
 aqui=$(cd "$(dirname "${BASH_SOURCE[1]}")" && pwd)
 casos=$aqui/../casos.tsv
 entradas=$aqui/../entradas.tsv
+andamento=$aqui/../andamento.tsv
 mkdir -p "$trabalho"
 dados=$(mktemp -d "${TMPDIR:-/tmp}/zel-wrapper.XXXXXX")
 trap 'rm -rf "$dados"' EXIT
@@ -48,10 +49,11 @@ conferir_exemplo() {
     done
 }
 
-# The first program of the README, in the language that its block names, for the directory $2 in the
-# place of the one that it names.
+# The first program of the README, or the one that $3 counts, in the language that its block names, for
+# the directory $2 in the place of the one that it names.
 programa_do_leiame() {
-    awk -v bloco="\`\`\`$1" '$0 == bloco { dentro = 1; next } dentro && /^```/ { exit } dentro' \
+    awk -v bloco="\`\`\`$1" -v qual="${3:-1}" \
+        '$0 == bloco { dentro = ++vistos == qual; next } /^```/ { dentro = 0 } dentro' \
         "$aqui/README.md" | sed -e "s|/var/lib/caixa1|$2|" -e "s|/caminho/wrappers|$aqui/..|"
 }
 

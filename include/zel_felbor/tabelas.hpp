@@ -221,6 +221,8 @@ struct Consumidor {
 
 // Of an anonymous file in memory.
 inline constexpr const char *descritor = "zel_felbor";
+// Codes and texts of the payment forms.
+inline constexpr const char *formas = "01=Dinheiro;02=Cheque;03=Cartao de Credito;04=Cartao de Debito;05=Credito Loja;10=Vale Alimentacao;11=Vale Refeicao;12=Vale Presente;13=Vale Combustivel;99=Outros";
 
 // Letters in two parts, and in one.
 struct Composicao {

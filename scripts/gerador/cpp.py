@@ -59,7 +59,9 @@ def tabelas(t):
         linhas += [f"    std::string {a.nome}{{}}; // {a.significado}" for a in argumentos.values()]
         linhas += ["};", ""]
     linhas += ["// Of an anonymous file in memory.",
-               f"inline constexpr const char *descritor = {literal(t.textos['descritor'])};", "",
+               f"inline constexpr const char *descritor = {literal(t.textos['descritor'])};",
+               "// Codes and texts of the payment forms.",
+               f"inline constexpr const char *formas = {literal(t.textos['formas'])};", "",
                "// Letters in two parts, and in one.", "struct Composicao {",
                "    char32_t letra, marca, junta;", "};", "",
                "inline constexpr Composicao composicoes[] = {"]

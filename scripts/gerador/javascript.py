@@ -51,7 +51,8 @@ def tabelas(t):
         campos = ", ".join(f"'{a.nome}'" for a in argumentos.values())
         linhas += ["", f"exports.{nome.upper()} = [{campos}];"]
     linhas += ["", f"exports.AUSENTE = {texto(t.textos['ausente'])};",
-               f"exports.DESCRITOR = {texto(t.textos['descritor'])};"]
+               f"exports.DESCRITOR = {texto(t.textos['descritor'])};",
+               f"exports.FORMAS = {texto(t.textos['formas'])};"]
     linhas += ["", "exports.TAMANHOS = Object.freeze({"]
     linhas += [f"  {nome}: {valor}," for nome, valor in t.tamanhos.items()]
     linhas += ["});", "", "exports.TRANSLITERACAO = new Map(["]

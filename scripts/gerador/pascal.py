@@ -64,7 +64,9 @@ def tabelas(t):
     linhas += [f"  {c['nome']} = {c['codigo']};" for c in t.codigos]
     linhas += ["  { Tamanhos em bytes. }"]
     linhas += [f"  {nome} = {valor};" for nome, valor in t.tamanhos.items()]
-    linhas += ["  ZelDescritor = '" + t.textos["descritor"] + "';", "", "type"]
+    linhas += ["  ZelDescritor = '" + t.textos["descritor"] + "';",
+               "  ZelFormas = '" + t.textos["formas"].replace("Vale Al", "' +\n    'Vale Al") + "';", "",
+               "type"]
     for nome, valores in t.enumeracoes.items():
         linhas += enumeracao(nome, valores)
     for nome, argumentos in t.grupos.items():

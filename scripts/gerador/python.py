@@ -49,7 +49,8 @@ def tabelas(t):
     linhas += ["", "", "TAMANHOS = {"]
     linhas += [f'    "{nome}": {valor},' for nome, valor in t.tamanhos.items()]
     linhas += ["}", "", f"AUSENTE = {literal(t.textos['ausente'])}",
-               f"DESCRITOR = {literal(t.textos['descritor'])}", "", "TRANSLITERACAO = {"]
+               f"DESCRITOR = {literal(t.textos['descritor'])}",
+               f"FORMAS = {literal(t.textos['formas'])}", "", "TRANSLITERACAO = {"]
     linhas += [f'    "\\u{ord(de):04x}": {literal(para)},' for de, para in t.transliteracao]
     linhas += ["}", "", "ASSINATURAS = {"]
     for f in t.funcoes:

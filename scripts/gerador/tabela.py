@@ -158,12 +158,13 @@ def constantes(cabecalho=None):
 def carregar():
     ler = lambda nome: json.loads((RAIZ / "tabela" / nome).read_text(encoding="utf-8"))
     dados = ler("funcoes.json")
+    formas = ";".join(f"{f['codigo']}={f['valor']}" for f in dados["enumeracoes"]["FormaPagamento"])
     tabelas = Tabelas([Funcao(**f) for f in dados["funcoes"]], ler("codigos.json"),
                       dados["enumeracoes"],
                       [(de, linha["para"]) for linha in ler("transliteracao.json")
                        for de in linha["de"]],
                       {n: v for n, v in constantes().items() if n.startswith("ZEL_TAMANHO_")},
-                      dados["textos"])
+                      dados["textos"] | {"formas": formas})
     identificacoes = [Argumento(tipo="texto", **i) for i in dados["identificacoes"]]
     for funcao in tabelas.funcoes:
         for a in funcao.argumentos:

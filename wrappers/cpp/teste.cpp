@@ -134,6 +134,47 @@ void testarConversoes(const char *arquivo, const char *outro) {
     conferir(casos > 70, "the cases were not read");
 }
 
+std::string dizer(const Andamento &a) {
+    std::string dito;
+    const auto anexar = [&](const char *letra, std::initializer_list<std::string> campos) {
+        dito += (dito.empty() ? "" : ";") + std::string(letra);
+        for (const std::string &campo : campos)
+            dito += "," + campo;
+    };
+    if (a.consumidor)
+        anexar("C", {a.consumidor->tipo, a.consumidor->documento, a.consumidor->nome,
+                     a.consumidor->email});
+    for (const ItemLido &i : a.lista)
+        anexar("I", {i.numero, i.codigo, i.descricao, i.quantidade, i.unidade, i.preco, i.bruto,
+                     i.desconto, i.acrescimo});
+    for (const PagamentoLido &p : a.pagamentos)
+        anexar("P", {p.forma, p.nome, p.valor});
+    anexar("T", {a.total, a.pago, a.falta});
+    return dito;
+}
+
+// The receipts in progress that all languages share.
+void testarAndamento(const char *arquivo) {
+    std::istringstream linhas(detalhe::lerArquivo(arquivo).value_or(""));
+    int casos = 0;
+    for (std::string linha, nome, registros, esperado; std::getline(linhas, linha);) {
+        if (linha.front() == '#') continue;
+        std::istringstream campos(linha);
+        for (std::string *campo : {&nome, &registros, &esperado})
+            std::getline(campos, *campo, '\t');
+        std::string bytes, erro;
+        for (const char c : paraLatin1("a", registros, false).texto)
+            bytes += c == '^' ? "\r\n" : std::string(1, c);
+        const std::string dito = dizer(andamentoDe(bytes, erro));
+        if (esperado.front() == '!')
+            contido(esperado.substr(1), erro, nome);
+        else
+            igual(dito + erro, esperado, nome);
+        ++casos;
+    }
+    conferir(casos > 15, "the receipts in progress were not read");
+}
+
 void testarEntradas() {
     for (const char *numero : {"", "-", ",", "1,2,3", "12a", " 1", "1e3", "1234567890123456789"})
         conferir(!Decimal(numero).valido(), std::string("decimal ") + numero);
@@ -203,6 +244,12 @@ Resultado venderBala(Cupom &c, const Decimal &preco = 10, const Ajuste &ajuste =
 
 const Passo passos[] = {
     {"sell without receipt", Codigo::NenhumCupom, [](Cupom &c) { return venderBala(c); }},
+    {"none in progress", Codigo::Ok,
+     [](Cupom &c) {
+         const auto lido = c.lerAndamento();
+         conferir(!lido.valor, "a receipt in progress where there is none");
+         return lido;
+     }},
     {"last receipt", Codigo::ArquivoIndisponivel, [](Cupom &c) { return c.ultimoCupom(); }},
     {"open", Codigo::Ok, [](Cupom &c) { return c.abrir(); }},
     {"discount of all", Codigo::AjusteExcessivo,
@@ -285,6 +332,11 @@ void testarCupom(const std::string &diretorio) {
     for (int forma = 0; forma < ultima; ++forma)
         caixa.efetuarPagamento(static_cast<FormaPagamento>(forma), 1);
     caixa.efetuarPagamento(FormaPagamento::Outros);
+    const std::optional<Andamento> andamento = caixa.lerAndamento().valor;
+    conferir(andamento && andamento->lista.size() == 801 && andamento->pagamentos.size() == 10,
+             "receipt in progress");
+    igual(andamento->lista[0].descricao + andamento->falta + andamento->troco,
+          "Pão de queijo - 1ª0", "what a till that was restarted shows");
     caixa.encerrar("Obrigado pela preferência");
 
     const std::string documento =
@@ -336,10 +388,11 @@ void testarThreads(const std::string &diretorio) {
 } // namespace
 
 int main(int argc, char **argv) {
-    if (argc != 4) return 2;
+    if (argc != 5) return 2;
     const std::string diretorio = argv[1];
     testarDiretorio(diretorio);
     testarConversoes(argv[2], argv[3]);
+    testarAndamento(argv[4]);
     testarEntradas();
     testarCortes(diretorio);
     testarRespostas(diretorio);

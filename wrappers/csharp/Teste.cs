@@ -95,6 +95,34 @@ static class Teste {
         Erro<EntradaRecusada>(() => Valores.Texto("a", null, true), "null");
     }
 
+    static string Dizer(Andamento a) {
+        var dito = new System.Collections.Generic.List<string>();
+        var c = a.Consumidor;
+        if (c != null) dito.Add(string.Join(",", "C", c.Tipo, c.Documento, c.Nome, c.Email));
+        foreach (var i in a.Lista)
+            dito.Add(string.Join(",", "I", i.Numero, i.Codigo, i.Descricao, i.Quantidade, i.Unidade,
+                                 i.Preco, i.Bruto, i.Desconto, i.Acrescimo));
+        foreach (var p in a.Pagamentos) dito.Add(string.Join(",", "P", p.Forma, p.Nome, p.Valor));
+        dito.Add(string.Join(",", "T", a.Total, a.Pago, a.Falta));
+        return string.Join(";", dito);
+    }
+
+    // The receipts in progress that all languages share.
+    static void TestarAndamento(string arquivo) {
+        string[] linhas = File.ReadAllLines(arquivo).Where(l => l[0] != '#').ToArray();
+        Conferir(linhas.Length > 15, "the receipts in progress were not read");
+        foreach (string linha in linhas) {
+            string[] c = linha.Split('\t');
+            Func<string> ler = () => Dizer(new Andamento(c[1].Replace("^", "\r\n"), Estado.Aberto, ""));
+            if (c[2][0] != '!') {
+                Igual(ler(), c[2], c[0]);
+                continue;
+            }
+            var e = Erro<EntradaRecusada>(() => ler(), c[0]);
+            Conferir(e.Message.Contains(c[2].Substring(1)), c[0] + ": " + e.Message);
+        }
+    }
+
     // What the functions would cut, take for something else or fall over.
     static void TestarEntradas() {
         Cupom c = Caixa();
@@ -160,12 +188,16 @@ static class Teste {
         Cupom c = Caixa();
         c.AlterarValor(@"EMIT\xNome", "Padaria São João");
         Igual(c.RetornarValor(@"EMIT\xNome"), "Padaria São João", "value read back");
+        Conferir(c.LerAndamento() == null, "a receipt in progress where there is none");
         c.Abrir();
         TestarRecusas(c);
         Vender(Caixa(true), "Pão de queijo – 1ª");
         for (int i = 0; i < 800; ++i) Vender(c, new string('É', 120));
         c.Totalizar();
         c.EfetuarPagamento(FormaPagamento.Dinheiro);
+        Andamento a = c.LerAndamento();
+        Igual(a.Lista.Count + a.Lista[0].Descricao + a.Estado + a.Falta + a.Troco,
+              "801Pão de queijo - 1ªPago0", "what a till that was restarted shows");
         c.Encerrar("Obrigado pela preferência");
         TestarImpressao(c);
         Igual(c.Cancelar(), Codigo.CancelamentoGravado, "cancellation");
@@ -208,6 +240,7 @@ static class Teste {
         var ausente = Erro<BibliotecaAusente>(() => new Cupom(diretorio, false, "/nao/ha.so"), "no library");
         Conferir(ausente.Message.Contains("LD_LIBRARY_PATH"), ausente.Message);
         TestarConversoes(args[2], args[3]);
+        TestarAndamento(args[4]);
         TestarEntradas();
         TestarCupom();
         Thread[] threads = { Trabalhar(@"EMIT\IE"), Trabalhar(@"EMIT\xNome") };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 'use strict';
 
+const { andamento } = require('./lib/andamento.js');
 const { SAIDA, VAZIO } = require('./lib/chamador.js');
 const { Operacoes } = require('./lib/operacoes.js');
 const { Codigo, Estado, FormaPagamento, TAMANHOS, TipoConsulta } = require('./lib/tabelas.js');
@@ -10,6 +11,15 @@ const valores = require('./lib/valores.js');
 // strictly, file names are not. What each function does, and in which state, is in
 // ZEL_FelborFramework.h.
 class Cupom extends Operacoes {
+  // The receipt in progress, for a till that was restarted; one that was closed is there until the next
+  // is opened. Null without a receipt. The library completes first what a process that died left behind.
+  lerAndamento() {
+    const troco = this.retornarValor('CONFIGURACAO\\TrocoUltimaNFCe');
+    const estado = this.verificarStatus();
+    if (estado < Estado.ABERTO || estado > Estado.ENCERRADO) return null;
+    return andamento(this._lerPersistido(), estado, estado < Estado.PAGO ? '' : troco);
+  }
+
   // aCFContingenciaUltimaNota_ZEL of kind 1 (as the closing does), 3 or 5 (in contingency); answers
   // the document.
   reemitir(tipo) {

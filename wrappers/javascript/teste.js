@@ -8,11 +8,13 @@ const fs = require('node:fs');
 const test = require('node:test');
 const { Worker, isMainThread, workerData } = require('node:worker_threads');
 const zel = require('./index.js');
+const { andamento } = require('./lib/andamento.js');
 const { conferirAutorizacao } = require('./lib/autorizacao.js');
 const { identificacao } = require('./lib/consumidor.js');
 const valores = require('./lib/valores.js');
 
-const [, , diretorio, biblioteca, ...casos] = process.argv;
+const [, , diretorio, biblioteca, casosDeConversao, entradas, casosDeAndamento] = process.argv;
+const casos = [casosDeConversao, entradas];
 const caixa = (opcoes = {}) => new zel.Cupom(diretorio, { biblioteca, ...opcoes });
 const latin1 = (bytes) => bytes.toString('latin1').replace(/\0$/, '');
 
@@ -77,6 +79,28 @@ function testarConversoes() {
     }
     const e = erro(zel.EntradaRecusada, () => converter(tipo, escolha, entrada));
     assert.ok(e.message.includes(esperado.slice(1)), e.message);
+  }
+}
+
+function dizer(a) {
+  const campos = (letra) => (lido) => [letra, ...Object.values(lido)].join(',');
+  return [
+    ...(a.consumidor ? [campos('C')(a.consumidor)] : []), ...a.lista.map(campos('I')),
+    ...a.pagamentos.map(campos('P')), ['T', a.total, a.pago, a.falta].join(','),
+  ].join(';');
+}
+
+// The receipts in progress that all languages share.
+function testarAndamento() {
+  const linhas = fs.readFileSync(casosDeAndamento, 'utf8').split('\n').filter((l) => l && !l.startsWith('#'));
+  assert.ok(linhas.length > 15);
+  for (const [nome, registros, esperado] of linhas.map((l) => l.split('\t'))) {
+    const ler = () => dizer(andamento(registros.replaceAll('^', '\r\n'), zel.Estado.ABERTO, ''));
+    if (esperado.startsWith('!')) {
+      assert.ok(erro(zel.EntradaRecusada, ler).message.includes(esperado.slice(1)), nome);
+    } else {
+      assert.equal(ler(), esperado, nome);
+    }
   }
 }
 
@@ -175,12 +199,17 @@ function testarCupom() {
   const c = caixa();
   c.alterarValor('EMIT\\xNome', 'Padaria São João');
   assert.equal(c.retornarValor('EMIT\\xNome'), 'Padaria São João');
+  assert.equal(c.lerAndamento(), null);
   c.abrir();
   testarRecusas(c);
   vender(caixa({ transliterar: true }), 'Pão de queijo – 1ª');
   for (let i = 0; i < 800; ++i) vender(c, 'É'.repeat(120));
   c.totalizar();
   c.efetuarPagamento(zel.FormaPagamento.DINHEIRO);
+  const a = c.lerAndamento();
+  assert.deepEqual([a.lista.length, a.lista[0].descricao, a.estado, a.falta, a.troco], [
+    801, 'Pão de queijo - 1ª', zel.Estado.PAGO, '', '0',
+  ]);
   c.encerrar('Obrigado pela preferência');
   testarImpressao(c);
   assert.equal(c.cancelar(), zel.Codigo.CANCELAMENTO_GRAVADO);
@@ -200,6 +229,7 @@ async function testarThreads() {
 
 if (isMainThread) {
   test('conversões', testarConversoes);
+  test('o cupom em andamento', testarAndamento);
   test('o que não é entrada', testarEntradas);
   test('um valor que a chave cortaria', testarValorCortado);
   test('um cupom', testarCupom);

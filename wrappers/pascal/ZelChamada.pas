@@ -34,6 +34,8 @@ type
       const Saida: RawByteString): TZelTexto;
     function ConcluirCaminho(const Funcao: TZelTexto; Resposta: Integer;
       const Saida: RawByteString): TZelTexto;
+    { The bytes of ArqPersist.bin. }
+    function LerPersistido: RawByteString;
     function TamanhoDoUltimo: Int64;
     function TamanhoDoDocumento: Int64;
     { Bytes that the receipt text of a document takes at most, once it may be printed. }
@@ -324,6 +326,15 @@ begin
   Result := 0;
   if FileExists(string(Arquivo(Nome))) then
     Result := Length(LerArquivo(Arquivo(Nome)));
+end;
+
+function TZelChamador.LerPersistido: RawByteString;
+const
+  Maior = 16 * 1024 * 1024;
+begin
+  Result := LerArquivo(Arquivo('ArqPersist.bin'));
+  if Length(Result) > Maior then
+    raise EZelEntrada.Create('ArqPersist.bin: grande demais');
 end;
 
 function TZelChamador.TamanhoDoUltimo: Int64;

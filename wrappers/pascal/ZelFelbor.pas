@@ -7,7 +7,7 @@ unit ZelFelbor;
 
 interface
 
-uses ZelTipos, ZelTabelas, ZelValores, ZelChamada, ZelOperacoes;
+uses ZelTipos, ZelTabelas, ZelValores, ZelAndamento, ZelChamada, ZelOperacoes;
 
 type
   TZelTexto = ZelTipos.TZelTexto;
@@ -15,6 +15,7 @@ type
   TZelEstado = ZelTabelas.TZelEstado;
   TZelFormaPagamento = ZelTabelas.TZelFormaPagamento;
   TZelTipoConsulta = ZelTabelas.TZelTipoConsulta;
+  TZelAndamento = ZelAndamento.TZelAndamento;
   TZelAliquota = ZelValores.TZelAliquota;
   TZelAjuste = ZelValores.TZelAjuste;
   EZel = ZelValores.EZel;
@@ -31,6 +32,10 @@ type
   public
     { regAlterarValor_ZEL; a value that the key does not keep whole is taken back and refused. }
     procedure AlterarValor(const AChave, AValor: TZelTexto); override;
+    { The receipt in progress, for a till that was restarted; one that was closed is there until the
+      next is opened. False without a receipt. The library completes first what a process that died
+      left behind. }
+    function LerAndamento(out ALido: TZelAndamento): Boolean;
     { aCFContingenciaUltimaNota_ZEL of kind 1 (as the closing does), 3 or 5 (in contingency);
       answers the document. }
     function Reemitir(ATipo: Integer): TZelTexto;
@@ -51,6 +56,20 @@ type
 implementation
 
 uses SysUtils;
+
+function TCupom.LerAndamento(out ALido: TZelAndamento): Boolean;
+var
+  Troco: TZelTexto;
+  Estado: TZelEstado;
+begin
+  Troco := RetornarValor('CONFIGURACAO\TrocoUltimaNFCe');
+  Estado := VerificarStatus;
+  Result := (Estado >= zeAberto) and (Estado <= zeEncerrado);
+  if Estado < zePago then
+    Troco := '';
+  if Result then
+    ALido := ZelLerAndamento(LerPersistido, Estado, Troco);
+end;
 
 function TCupom.Reemitir(ATipo: Integer): TZelTexto;
 var

@@ -45,6 +45,8 @@ const
   ZEL_TAMANHO_DOCUMENTO = 4194304;
   ZEL_TAMANHO_CUPOM = 131072;
   ZelDescritor = 'zel_felbor';
+  ZelFormas = '01=Dinheiro;02=Cheque;03=Cartao de Credito;04=Cartao de Debito;05=Credito Loja;10=' +
+    'Vale Alimentacao;11=Vale Refeicao;12=Vale Presente;13=Vale Combustivel;99=Outros';
 
 type
   TZelEstado = (

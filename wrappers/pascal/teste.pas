@@ -5,14 +5,14 @@ program teste;
 {$CODEPAGE UTF8}
 
 uses
-  cthreads, Classes, SysUtils, ZelTipos, ZelTabelas, ZelValores, ZelAutorizacao, ZelIdentificacao,
+  cthreads, Classes, SysUtils, ZelTipos, ZelTabelas, ZelValores, ZelAutorizacao, ZelAndamento, ZelIdentificacao,
   ZelChamada, ZelFelbor;
 
 type
   { The kinds of what is thrown. }
   TClasse = class of EZel;
   { What has to be refused. }
-  TPasso = (psEntrada, psNulo, psMetade, psLatin1, psTravessao, psEuro, psAcrescimo, psAbrir,
+  TPasso = (psEntrada, psAndamento, psNulo, psMetade, psLatin1, psTravessao, psEuro, psAcrescimo, psAbrir,
     psImprimir, psPdf, psSerie, psCentavos, psDescricao, psTransportadora, psFisco, psDestino,
     psQuantidade, psValorLongo, psChave, psInexistente, psAusente);
 
@@ -158,6 +158,39 @@ begin
   Result := ZelDeLatin1(PAnsiChar(Escrito));
 end;
 
+{ A file of the records of a case. }
+function DeRegistros(const Registros: TZelTexto): RawByteString;
+begin
+  Result := ZelLatin1('a', TZelTexto(StringReplace(string(Registros), '^', #13#10, [rfReplaceAll])), False);
+end;
+
+function Juntar(const Campos: array of TZelTexto): TZelTexto;
+var
+  I: Integer;
+begin
+  Result := Campos[0];
+  for I := 1 to High(Campos) do
+    Result := Result + ',' + Campos[I];
+end;
+
+function Dizer(const A: TZelAndamento): TZelTexto;
+var
+  I: Integer;
+begin
+  Result := '';
+  if A.Consumidor.Tipo <> '' then
+    with A.Consumidor do
+      Result := Juntar(['C', Tipo, Documento, Nome, Email]) + ';';
+  for I := 0 to High(A.Lista) do
+    with A.Lista[I] do
+      Result := Result + Juntar(['I', Numero, Codigo, Descricao, Quantidade, Unidade, Preco, Bruto,
+        Desconto, Acrescimo]) + ';';
+  for I := 0 to High(A.Pagamentos) do
+    with A.Pagamentos[I] do
+      Result := Result + Juntar(['P', Forma, Nome, Valor]) + ';';
+  Result := Result + Juntar(['T', A.Total, A.Pago, A.Falta]);
+end;
+
 function Longa(Letras: Integer): TZelTexto;
 begin
   Result := TZelTexto(StringOfChar('x', Letras));
@@ -167,6 +200,7 @@ procedure Fazer(Passo: TPasso);
 begin
   case Passo of
     psEntrada: Converter(Entrada);
+    psAndamento: ZelLerAndamento(DeRegistros(Entrada[1]), zeAberto, '');
     psNulo: ZelLatin1('a', 'P'#0'o', True);
 {$IFDEF ZEL_UTF16}
     psMetade, psLatin1: ZelLatin1('a', TZelTexto('P') + WideChar($D83E), True);
@@ -244,6 +278,29 @@ begin
     Igual(Converter(Entrada), Esperado, Linha)
   else
     Recusado(psEntrada, EZelEntrada, Copy(Esperado, 2, Length(Esperado)), Linha);
+end;
+
+{ The receipts in progress that all languages share. }
+procedure TestarAndamento;
+var
+  Casos: TStringList;
+  I: Integer;
+  Linha: TZelTexto;
+begin
+  Casos := TStringList.Create;
+  Casos.LoadFromFile(ParamStr(5));
+  Conferir(Casos.Count > 15, 'the receipts in progress were not read');
+  for I := 0 to Casos.Count - 1 do
+  begin
+    Linha := TZelTexto(UTF8Decode(Casos[I]));
+    if (Linha[1] = '#') or (Separar(Linha) <> 3) then
+      Continue;
+    if Entrada[2][1] = '!' then
+      Recusado(psAndamento, EZelEntrada, Copy(Entrada[2], 2, Length(Entrada[2])), Entrada[0])
+    else
+      Igual(Dizer(ZelLerAndamento(DeRegistros(Entrada[1]), zeAberto, '')), Entrada[2], Entrada[0]);
+  end;
+  Casos.Free;
 end;
 
 procedure TestarCasos(const Arquivo: string);
@@ -344,11 +401,13 @@ end;
 
 procedure TestarCupom;
 var
+  Lido: TZelAndamento;
   I: Integer;
   Descricao: TZelTexto;
 begin
   Firme.AlterarValor('EMIT\xNome', TZelTexto('Padaria São João'));
   Igual(Firme.RetornarValor('EMIT\xNome'), TZelTexto('Padaria São João'), 'value read back');
+  Conferir(not Firme.LerAndamento(Lido), 'a receipt in progress where there is none');
   Firme.Abrir;
   TestarRecusas;
   Vender(Tolerante, TZelTexto('Pão de queijo – 1ª'));
@@ -359,6 +418,10 @@ begin
     Vender(Firme, Descricao);
   Firme.Totalizar;
   Firme.EfetuarPagamento(zfDinheiro);
+  Conferir(Firme.LerAndamento(Lido) and (Length(Lido.Lista) = 801) and (Lido.Estado = zePago),
+    'receipt in progress');
+  Igual(Lido.Lista[0].Descricao + Lido.Falta + Lido.Troco, TZelTexto('Pão de queijo - 1ª0'),
+    'what a till that was restarted shows');
   Firme.Encerrar(TZelTexto('Obrigado pela preferência'));
   TestarImpressao;
   Conferir(Firme.Cancelar = ZEL_CANCELAMENTO_GRAVADO, 'cancellation');
@@ -403,6 +466,7 @@ begin
   Recusado(psAusente, EZelAusente, 'LD_LIBRARY_PATH', 'no library');
   TestarDiretorio;
   TestarConversoes;
+  TestarAndamento;
   TestarEntradas;
   TestarCupom;
   TestarThreads;

@@ -8,7 +8,7 @@ declare(strict_types=1);
 require __DIR__ . '/zel_felbor.php';
 
 use Zel\Felbor\{Ajuste, Aliquota, Codigo, Cupom, EntradaRecusada, Estado, FormaPagamento, Recusa};
-use Zel\Felbor\{Autorizacao, BibliotecaAusente, Consumidor, Identificacao, TextoInvalido, Valores};
+use Zel\Felbor\{Andamento, Autorizacao, BibliotecaAusente, Consumidor, Identificacao, TextoInvalido, Valores};
 
 [, $diretorio, $biblioteca, $casos] = $argv;
 $entradas = $argv[4] ?? '';
@@ -98,6 +98,35 @@ function testarConversoes(string $arquivo): void
         }
         $e = erro(EntradaRecusada::class, fn () => converter($tipo, $escolha, $entrada), $linha);
         conferir(str_contains($e->getMessage(), substr($esperado, 1)), "$linha: {$e->getMessage()}");
+    }
+}
+
+function dizer(Andamento $a): string
+{
+    $campos = fn (string $letra) => fn (object $lido) => implode(',', [$letra, ...array_values((array) $lido)]);
+    return implode(';', [
+        ...array_map($campos('C'), array_filter([$a->consumidor])),
+        ...array_map($campos('I'), $a->lista),
+        ...array_map($campos('P'), $a->pagamentos),
+        "T,{$a->total},{$a->pago},{$a->falta}",
+    ]);
+}
+
+/** The receipts in progress that all languages share. */
+function testarAndamento(string $arquivo): void
+{
+    $linhas = preg_grep('/^[^#]/', file($arquivo, FILE_IGNORE_NEW_LINES));
+    conferir(count($linhas) > 15, 'the receipts in progress were not read');
+    foreach ($linhas as $linha) {
+        [$nome, $registros, $esperado] = explode("\t", $linha);
+        $bytes = Valores::texto('a', str_replace('^', "\r\n", $registros), false);
+        $ler = fn () => dizer(new Andamento($bytes, Estado::Aberto, ''));
+        if ($esperado[0] !== '!') {
+            igual($ler(), $esperado, $nome);
+            continue;
+        }
+        $e = erro(EntradaRecusada::class, $ler, $nome);
+        conferir(str_contains($e->getMessage(), substr($esperado, 1)), "$nome: {$e->getMessage()}");
     }
 }
 
@@ -201,6 +230,7 @@ function testarCupom(string $diretorio): void
     $c = caixa();
     $c->alterarValor('EMIT\xNome', 'Padaria São João');
     igual($c->retornarValor('EMIT\xNome'), 'Padaria São João', 'value read back');
+    igual($c->lerAndamento(), null, 'a receipt in progress where there is none');
     $c->abrir();
     testarRecusas($c);
     vender(caixa(true), 'Pão de queijo – 1ª');
@@ -209,6 +239,9 @@ function testarCupom(string $diretorio): void
     }
     $c->totalizar();
     $c->efetuarPagamento(FormaPagamento::Dinheiro);
+    $a = $c->lerAndamento();
+    igual([count($a->lista), $a->lista[0]->descricao, $a->estado, $a->falta, $a->troco],
+        [801, 'Pão de queijo - 1ª', Estado::Pago, '', '0'], 'what a till that was restarted shows');
     $c->encerrar('Obrigado pela preferência');
     testarImpressao($c, $diretorio);
     igual($c->cancelar(), Codigo::CancelamentoGravado, 'cancellation');
@@ -240,6 +273,7 @@ $ausente = erro(BibliotecaAusente::class, fn () => new Cupom($diretorio, false, 
 conferir(str_contains($ausente->getMessage(), 'LD_LIBRARY_PATH'), $ausente->getMessage());
 testarConversoes($casos);
 testarConversoes($entradas);
+testarAndamento($argv[5]);
 testarEntradas();
 testarValorCortado();
 testarCupom($diretorio);

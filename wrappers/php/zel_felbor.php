@@ -9,4 +9,5 @@ require_once __DIR__ . '/src/Identificacao.php';
 require_once __DIR__ . '/src/Autorizacao.php';
 require_once __DIR__ . '/src/Chamador.php';
 require_once __DIR__ . '/src/Gerado.php';
+require_once __DIR__ . '/src/Andamento.php';
 require_once __DIR__ . '/src/Cupom.php';

@@ -14,10 +14,10 @@ import zel_cupom
 import zel_envio
 from zel_felbor import (Ajuste, Aliquota, BibliotecaAusente, Codigo, Consumidor, Cupom,
                         EntradaRecusada, Estado, FormaPagamento, Recusa, TextoInvalido)
-from zel_felbor import _chamada, _consumidor, _valores
+from zel_felbor import _andamento, _chamada, _consumidor, _valores
 from zel_felbor._autorizacao import conferir_autorizacao
 
-DIRETORIO, BIBLIOTECA, *CASOS = sys.argv[1:5]
+DIRETORIO, BIBLIOTECA, *CASOS, ANDAMENTO = sys.argv[1:6]
 CUPOM = os.path.join(os.path.dirname(BIBLIOTECA), "libzel-cupom.so.1")
 ENVIO = os.path.join(os.path.dirname(BIBLIOTECA), "libzel-envio.so.1")
 NOTA = Path(CASOS[0]).with_name("nota.xml").read_bytes()
@@ -49,7 +49,28 @@ def converter(tipo, escolha, entrada):
     return _valores.decimal("a", Decimal(entrada), int(escolha)).decode()
 
 
+def dizer(a):
+    campos = lambda letra, lido: ",".join([letra, *vars(lido).values()])
+    return ";".join([*([campos("C", a.consumidor)] if a.consumidor else []),
+                     *(campos("I", i) for i in a.lista), *(campos("P", p) for p in a.pagamentos),
+                     ",".join(["T", a.total, a.pago, a.falta])])
+
+
 class Conversoes(unittest.TestCase):
+    def test_andamento(self):
+        casos = [linha.split("\t") for linha in Path(ANDAMENTO).read_text(encoding="utf-8").splitlines()
+                 if linha[0] != "#"]
+        self.assertGreater(len(casos), 15)
+        for nome, registros, esperado in casos:
+            arquivo = registros.replace("^", "\r\n").encode("latin-1")
+            with self.subTest(nome):
+                if esperado[0] != "!":
+                    lido = _andamento.ler_andamento(arquivo, Estado.ABERTO, "")
+                    self.assertEqual(dizer(lido), esperado)
+                    continue
+                with self.assertRaisesRegex(EntradaRecusada, esperado[1:]):
+                    _andamento.ler_andamento(arquivo, Estado.ABERTO, "")
+
     def test_casos_comuns(self):
         caixa().inicializar()
         self.assertTrue(os.path.exists(DIRETORIO + "/ZEL_Framework.xml"))
@@ -326,6 +347,27 @@ class Vendas(unittest.TestCase):
         self.assertEqual(r.significado, "Já há um cupom em andamento.")
         self.assertIn("estado 1 (aberto)", r.motivo)
         self.assertIn(r.motivo, str(r))
+
+    def andamento(self, c, estado, esperado):
+        lido = c.ler_andamento()
+        self.assertEqual((lido.estado, dizer(lido), lido.troco), (estado, *esperado))
+
+    def test_o_que_um_caixa_reiniciado_mostra(self):
+        c = caixa()
+        c.abrir(Consumidor(cpf="12345678909", nome="João & Cia"))
+        self.vender(c, "Café <500 g>", Ajuste.desconto(Decimal("0.10")))
+        item = "C,cpf,12345678909,João & Cia,;I,1,101,Café <500 g>,1.5000,UN,0.75,1.12,{};{}"
+        self.andamento(c, Estado.VENDENDO, (item.format("0.10,", "T,1.02,0.00,"), ""))
+        c.totalizar(Ajuste.desconto(Decimal("0.02")))
+        self.andamento(c, Estado.TOTALIZADO, (item.format("0.12,", "T,1.00,0.00,1.00"), ""))
+        c.efetuar_pagamento(FormaPagamento.DINHEIRO, 5)
+        pago = (item.format("0.12,", "P,01,Dinheiro,1.00;T,1.00,1.00,"), "4.00")
+        self.andamento(c, Estado.PAGO, pago)
+        c.encerrar()
+        self.andamento(c, Estado.ENCERRADO, pago)
+        c.abrir()
+        c.cancelar()
+        self.assertIsNone(c.ler_andamento())
 
     def impressao(self, c):
         cupom = c.imprimir(c.arquivo("documentosEnvio.xml"), "OFFLINE")

@@ -179,6 +179,13 @@ public abstract class Chamador {
         return Math.Max(Tabelas.TamanhoCupom, 2 * via);
     }
 
+    /// <summary>ArqPersist.bin in ISO-8859-1.</summary>
+    internal string LerPersistido() {
+        const long maior = 16 << 20;
+        if (BytesDe("ArqPersist.bin") > maior) throw new EntradaRecusada("ArqPersist.bin: grande demais");
+        return LerArquivo(Arquivo("ArqPersist.bin"));
+    }
+
     static string LerArquivo(string nome) {
         try {
             byte[] bytes = File.ReadAllBytes(nome);

@@ -41,6 +41,16 @@ public sealed class Cupom : Operacoes {
         }
     }
 
+    /// <summary>The receipt in progress, for a till that was restarted; one that was closed is there
+    /// until the next is opened. Null without a receipt. The library completes first what a process
+    /// that died left behind.</summary>
+    public Andamento LerAndamento() {
+        string troco = RetornarValor(@"CONFIGURACAO\TrocoUltimaNFCe");
+        Estado estado = VerificarStatus();
+        if (estado < Estado.Aberto || estado > Estado.Encerrado) return null;
+        return new Andamento(LerPersistido(), estado, estado < Estado.Pago ? "" : troco);
+    }
+
     /// <summary>aCFContingenciaUltimaNota_ZEL of kind 1 (as the closing does), 3 or 5 (in
     /// contingency); answers the document.</summary>
     public string Reemitir(int tipo) {

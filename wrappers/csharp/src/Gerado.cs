@@ -161,6 +161,7 @@ internal static class Tabelas {
     internal const int TamanhoCupom = 131072;
     internal const string Ausente = "Instale o pacote libzel-felborframework1, ou diga onde ela está: o diretório em LD_LIBRARY_PATH, ou o arquivo no argumento biblioteca.";
     internal const string Descritor = "zel_felbor";
+    internal const string Formas = "01=Dinheiro;02=Cheque;03=Cartao de Credito;04=Cartao de Debito;05=Credito Loja;10=Vale Alimentacao;11=Vale Refeicao;12=Vale Presente;13=Vale Combustivel;99=Outros";
 
     /// <summary>Name, meaning and remedy; null for a code of no table.</summary>
     internal static string[] Descrever(int codigo) {

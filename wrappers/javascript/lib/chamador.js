@@ -19,6 +19,7 @@ const {
 const SAIDA = Symbol('saida'); // stands for the result buffer among the arguments
 const VAZIO = Buffer.from([0]);
 const PARTILHADO = 'zel_felbor'; // what the threads of a process share
+const MAIOR_PERSISTIDO = 16 * 1024 * 1024;
 const ESPERA = 60000; // milliseconds for the call of another thread
 
 let funcoes = null;
@@ -180,6 +181,14 @@ class Chamador {
 
   _bytesDe(nome) {
     return fs.statSync(this.arquivo(nome), { throwIfNoEntry: false })?.size ?? 0;
+  }
+
+  // ArqPersist.bin in ISO-8859-1.
+  _lerPersistido() {
+    if (this._bytesDe('ArqPersist.bin') > MAIOR_PERSISTIDO) {
+      throw new EntradaRecusada('ArqPersist.bin: grande demais');
+    }
+    return lerArquivo(this.arquivo('ArqPersist.bin')).toString('latin1');
   }
 
   _tamanhoDoUltimo() {

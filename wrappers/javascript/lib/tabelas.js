@@ -216,6 +216,7 @@ exports.CONSUMIDOR = ['documento', 'cpf', 'cnpj', 'estrangeiro', 'nome', 'lograd
 
 exports.AUSENTE = 'Instale o pacote libzel-felborframework1, ou diga onde ela está: o diretório em LD_LIBRARY_PATH, ou o arquivo no argumento biblioteca.';
 exports.DESCRITOR = 'zel_felbor';
+exports.FORMAS = '01=Dinheiro;02=Cheque;03=Cartao de Credito;04=Cartao de Debito;05=Credito Loja;10=Vale Alimentacao;11=Vale Refeicao;12=Vale Presente;13=Vale Combustivel;99=Outros';
 
 exports.TAMANHOS = Object.freeze({
   ZEL_TAMANHO_VALOR: 500,

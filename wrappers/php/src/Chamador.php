@@ -282,6 +282,15 @@ abstract class Chamador
         return max(Tabelas::TAMANHO_CUPOM, 2 * $via);
     }
 
+    /** ArqPersist.bin in ISO-8859-1. */
+    protected function lerPersistido(): string
+    {
+        if ($this->bytesDe('ArqPersist.bin') > 16 << 20) {
+            throw new EntradaRecusada('ArqPersist.bin: grande demais');
+        }
+        return self::lerArquivo($this->arquivo('ArqPersist.bin'));
+    }
+
     private static function lerArquivo(string $nome): string
     {
         $conteudo = @file_get_contents(Valores::caminho('arquivo', $nome));

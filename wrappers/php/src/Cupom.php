@@ -13,6 +13,22 @@ namespace Zel\Felbor;
 final class Cupom extends Operacoes
 {
     /**
+     * The receipt in progress, for a till that was restarted; one that was closed is there until the
+     * next is opened. Null without a receipt. The library completes first what a process that died
+     * left behind.
+     */
+    public function lerAndamento(): ?Andamento
+    {
+        $troco = $this->retornarValor('CONFIGURACAO\TrocoUltimaNFCe');
+        $estado = $this->verificarStatus();
+        if ($estado->value < Estado::Aberto->value || $estado->value > Estado::Encerrado->value) {
+            return null;
+        }
+        $pago = $estado->value >= Estado::Pago->value;
+        return new Andamento($this->lerPersistido(), $estado, $pago ? $troco : '');
+    }
+
+    /**
      * aCFContingenciaUltimaNota_ZEL of kind 1 (as the closing does), 3 or 5 (in contingency);
      * answers the document.
      */

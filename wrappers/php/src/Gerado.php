@@ -285,6 +285,7 @@ final class Tabelas
     public const TAMANHO_CUPOM = 131072;
     public const AUSENTE = 'Instale o pacote libzel-felborframework1, ou diga onde ela está: o diretório em LD_LIBRARY_PATH, ou o arquivo no argumento biblioteca.';
     public const DESCRITOR = 'zel_felbor';
+    public const FORMAS = '01=Dinheiro;02=Cheque;03=Cartao de Credito;04=Cartao de Debito;05=Credito Loja;10=Vale Alimentacao;11=Vale Refeicao;12=Vale Presente;13=Vale Combustivel;99=Outros';
 
     /** Letters in two parts, and in one. */
     public const COMPOSICAO = [

@@ -16,20 +16,32 @@ one after the other. What each function does, and in which state, is in ZEL_Felb
 """
 from __future__ import annotations
 
-from typing import Sequence
+from typing import Optional, Sequence
 
 from . import _valores
+from ._andamento import Andamento, ConsumidorLido, ItemLido, PagamentoLido, ler_andamento
 from ._chamada import SAIDA, BibliotecaAusente, Recusa
 from ._operacoes import Operacoes
 from ._tabelas import TAMANHOS, Codigo, Consumidor, Estado, FormaPagamento, TipoConsulta
 from ._valores import Ajuste, Aliquota, Caminho, EntradaRecusada, ErroZel, TextoInvalido
 
-__all__ = ["Ajuste", "Aliquota", "BibliotecaAusente", "Codigo", "Consumidor", "Cupom", "EntradaRecusada",
-           "ErroZel", "Estado", "FormaPagamento", "Recusa", "TextoInvalido", "TipoConsulta"]
+__all__ = ["Ajuste", "Aliquota", "Andamento", "BibliotecaAusente", "Codigo", "Consumidor", "ConsumidorLido",
+           "Cupom", "EntradaRecusada", "ErroZel", "Estado", "FormaPagamento", "ItemLido", "PagamentoLido",
+           "Recusa", "TextoInvalido", "TipoConsulta"]
 
 
 class Cupom(Operacoes):
     """The receipt of one data directory, which is the process's."""
+
+    def ler_andamento(self) -> Optional[Andamento]:
+        """The receipt in progress, for a till that was restarted; one that was closed is there until
+        the next is opened. None without a receipt. The library completes first what a process that
+        died left behind."""
+        troco = self.retornar_valor(r"CONFIGURACAO\TrocoUltimaNFCe")
+        estado = self.verificar_status()
+        if not Estado.ABERTO <= estado <= Estado.ENCERRADO:
+            return None
+        return ler_andamento(self._ler_andamento(), estado, troco if estado >= Estado.PAGO else "")
 
     def reemitir(self, tipo: int) -> str:
         """aCFContingenciaUltimaNota_ZEL of kind 1 (as the closing does), 3 or 5 (in contingency).

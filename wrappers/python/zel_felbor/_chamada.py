@@ -8,7 +8,7 @@ import threading
 from pathlib import Path
 from typing import Any, Optional, Sequence
 
-from . import _consumidor, _valores
+from . import _andamento, _consumidor, _valores
 from ._autorizacao import conferir_autorizacao
 from ._tabelas import (ASSINATURAS, AUSENTE, CODIGOS, DESCRITOR, TAMANHOS, Codigo, Consumidor,
                        Estado)
@@ -168,6 +168,16 @@ class Chamador:
             return self.arquivo(nome).stat().st_size
         except OSError:
             return 0
+
+    def _ler_andamento(self) -> bytes:
+        try:
+            with open(self.arquivo("ArqPersist.bin"), "rb") as arquivo:
+                lido = arquivo.read(_andamento.MAIOR_ARQUIVO + 1)
+        except OSError as erro:
+            raise EntradaRecusada(f"{erro.filename}: não pôde ser lido: {erro.strerror}") from erro
+        if len(lido) > _andamento.MAIOR_ARQUIVO:
+            raise EntradaRecusada(f"{arquivo.name}: grande demais")
+        return lido
 
     def _tamanho_do_ultimo(self) -> int:
         return max(TAMANHOS["ZEL_TAMANHO_CUPOM"], self._bytes_de("ultimadanfe.bin") + 1)

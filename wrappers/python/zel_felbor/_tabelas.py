@@ -184,6 +184,7 @@ TAMANHOS = {
 
 AUSENTE = "Instale o pacote libzel-felborframework1, ou diga onde ela está: o diretório em LD_LIBRARY_PATH, ou o arquivo no argumento biblioteca."
 DESCRITOR = "zel_felbor"
+FORMAS = "01=Dinheiro;02=Cheque;03=Cartao de Credito;04=Cartao de Debito;05=Credito Loja;10=Vale Alimentacao;11=Vale Refeicao;12=Vale Presente;13=Vale Combustivel;99=Outros"
 
 TRANSLITERACAO = {
     "\u2018": "'",

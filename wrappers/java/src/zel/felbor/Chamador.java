@@ -257,6 +257,15 @@ abstract class Chamador {
         return Math.max(Tabelas.TAMANHO_CUPOM, 2 * via);
     }
 
+    /** The bytes of ArqPersist.bin, in ISO-8859-1. */
+    String lerPersistido() {
+        final long maior = 16 << 20;
+        if (tamanhoDoPersistido() > maior) {
+            throw new EntradaRecusada("ArqPersist.bin: grande demais");
+        }
+        return lerArquivo(arquivo("ArqPersist.bin"));
+    }
+
     private static String lerArquivo(String nome) {
         try {
             return new String(Files.readAllBytes(Path.of(nome)), StandardCharsets.ISO_8859_1);

@@ -54,6 +54,21 @@ public final class Cupom extends Operacoes {
     }
 
     /**
+     * The receipt in progress, for a till that was restarted; one that was closed is there until the
+     * next is opened. Null without a receipt. The library completes first what a process that died
+     * left behind.
+     */
+    public Andamento lerAndamento() {
+        String troco = retornarValor("CONFIGURACAO\\TrocoUltimaNFCe");
+        Estado estado = verificarStatus();
+        if (estado.compareTo(Estado.ABERTO) < 0 || estado.compareTo(Estado.ENCERRADO) > 0) {
+            return null;
+        }
+        return new Andamento(lerPersistido(), estado,
+            estado.compareTo(Estado.PAGO) < 0 ? "" : troco);
+    }
+
+    /**
      * aCFContingenciaUltimaNota_ZEL of kind 1 (as the closing does), 3 or 5 (in contingency);
      * answers the document.
      */

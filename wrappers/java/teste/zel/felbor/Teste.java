@@ -131,6 +131,44 @@ final class Teste {
         erro(TextoInvalido.class, () -> Valores.texto("a", "\uD83E", true), "half a character");
     }
 
+    private static String dizer(Andamento a) {
+        List<String> dito = new ArrayList<>();
+        if (a.consumidor != null) {
+            ConsumidorLido c = a.consumidor;
+            dito.add(String.join(",", "C", c.tipo, c.documento, c.nome, c.email));
+        }
+        for (ItemLido i : a.lista) {
+            dito.add(String.join(",", "I", i.numero, i.codigo, i.descricao, i.quantidade, i.unidade,
+                i.preco, i.bruto, i.desconto, i.acrescimo));
+        }
+        for (PagamentoLido p : a.pagamentos) {
+            dito.add(String.join(",", "P", p.forma, p.nome, p.valor));
+        }
+        dito.add(String.join(",", "T", a.total, a.pago, a.falta));
+        return String.join(";", dito);
+    }
+
+    /** The receipts in progress that all languages share. */
+    private static void testarAndamento(String arquivo) throws IOException {
+        int casos = 0;
+        for (String linha : Files.readAllLines(Path.of(arquivo))) {
+            String[] c = linha.split("\t");
+            if (linha.startsWith("#")) {
+                continue;
+            }
+            ++casos;
+            String registros = c[1].replace("^", "\r\n");
+            if (!c[2].startsWith("!")) {
+                igual(dizer(new Andamento(registros, Estado.ABERTO, "")), c[2], c[0]);
+                continue;
+            }
+            EntradaRecusada e = erro(EntradaRecusada.class,
+                () -> new Andamento(registros, Estado.ABERTO, ""), c[0]);
+            conferir(e.getMessage().contains(c[2].substring(1)), c[0] + ": " + e.getMessage());
+        }
+        conferir(casos > 15, "the receipts in progress were not read");
+    }
+
     /** What the functions would cut, take for something else or fall over. */
     private static void testarEntradas() {
         Cupom c = caixa(false);
@@ -203,6 +241,7 @@ final class Teste {
         Cupom c = caixa(false);
         c.alterarValor("EMIT\\xNome", "Padaria São João");
         igual(c.retornarValor("EMIT\\xNome"), "Padaria São João", "value read back");
+        conferir(c.lerAndamento() == null, "a receipt in progress where there is none");
         c.abrir();
         testarRecusas(c);
         vender(caixa(true), "Pão de queijo – 1ª");
@@ -211,6 +250,9 @@ final class Teste {
         }
         c.totalizar();
         c.efetuarPagamento(FormaPagamento.DINHEIRO);
+        Andamento a = c.lerAndamento();
+        igual(a.lista.size() + a.lista.get(0).descricao + a.estado + a.falta + a.troco,
+            "801Pão de queijo - 1ªPAGO0", "what a till that was restarted shows");
         c.encerrar("Obrigado pela preferência");
         testarImpressao(c);
         igual(c.cancelar(), Codigo.CANCELAMENTO_GRAVADO, "cancellation");
@@ -259,6 +301,7 @@ final class Teste {
             () -> new Cupom(diretorio, false, "/nao/ha.so"), "a library that is not there");
         conferir(a.getMessage().contains("LD_LIBRARY_PATH"), a.getMessage());
         testarConversoes(args[2], args[3]);
+        testarAndamento(args[4]);
         testarEntradas();
         testarCupom();
         testarThreads();
