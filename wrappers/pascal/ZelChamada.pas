@@ -64,9 +64,6 @@ implementation
 
 uses
 {$IFDEF FPC}
-{$IFDEF UNIX}
-  BaseUnix,
-{$ENDIF}
   dynlibs,
 {$ELSE}
 {$IFDEF MSWINDOWS}
@@ -90,11 +87,35 @@ var
   DoProcesso: TZelTexto = '';
   Mascara: TFPUExceptionMask; { of the thread that has the lock }
 
+function EnderecoDe(Biblioteca: TAlca; const Nome: string): Pointer;
+begin
+{$IFDEF FPC}
+  Result := GetProcedureAddress(Biblioteca, AnsiString(Nome));
+{$ELSE}
+  Result := GetProcAddress(Biblioteca, PChar(Nome));
+{$ENDIF}
+end;
+
 {$IFDEF FPC}
 function setenv(Nome, Valor: PAnsiChar; Substituir: Integer): Integer; cdecl; external 'c';
 {$ENDIF}
 
-{$IF DEFINED(FPC) AND DEFINED(LINUX)}
+{$IF DEFINED(LINUX)}
+const
+{$IFDEF FPC}
+  LibC = 'c';
+{$ELSE}
+  LibC = 'libc.so.6';
+{$ENDIF}
+
+function LerLigacao(Nome, Alvo: PAnsiChar; Tamanho: NativeUInt): NativeInt; cdecl;
+  external LibC name 'readlink';
+function Abrir(Nome: PAnsiChar; Modo: Integer): Integer; cdecl; varargs; external LibC name 'open';
+function LerBytes(Descritor: Integer; Bytes: PAnsiChar; Quantos: NativeUInt): NativeInt; cdecl;
+  external LibC name 'read';
+function Fechar(Descritor: Integer): Integer; cdecl; external LibC name 'close';
+function MeuNumero: Integer; cdecl; external LibC name 'getpid';
+
 type
   TMemfdCreate = function(Nome: PAnsiChar; Modo: Cardinal): Integer; cdecl;
 
@@ -105,24 +126,34 @@ const
 var
   Criar: TMemfdCreate;
 begin
-  Criar := TMemfdCreate(GetProcedureAddress(LoadLibrary('libc.so.6'), 'memfd_create'));
+  Criar := TMemfdCreate(EnderecoDe(LoadLibrary('libc.so.6'), 'memfd_create'));
   if (ZelMotivos < 0) and Assigned(Criar) then
     ZelMotivos := Criar(ZelDescritor, FechaNoExec);
   setenv('ZEL_LOG_DESCRITOR', PAnsiChar(AnsiString(IntToStr(ZelMotivos))), 1);
 end;
 
-function LerLinha(const Arquivo: RawByteString): RawByteString;
-var
-  Fd: cint;
-  Lidos: TSsize;
+{ Up to 4096 bytes. }
+function Alvo(const Arquivo: RawByteString): RawByteString;
 begin
   Result := '';
   SetLength(Result, 4096);
-  Fd := FpOpen(PAnsiChar(Arquivo), O_RDONLY);
-  Lidos := FpRead(Fd, PAnsiChar(Result), Length(Result));
-  FpClose(Fd);
+  SetLength(Result, Max(LerLigacao(PAnsiChar(Arquivo), PAnsiChar(Result), Length(Result)), 0));
+end;
+
+function LerLinha(const Arquivo: RawByteString): RawByteString;
+const
+  SoLeitura = 0; { O_RDONLY }
+var
+  Descritor: Integer;
+  Lidos: NativeInt;
+begin
+  Result := '';
+  SetLength(Result, 4096);
+  Descritor := Abrir(PAnsiChar(Arquivo), SoLeitura);
+  Lidos := LerBytes(Descritor, PAnsiChar(Result), Length(Result));
+  Fechar(Descritor);
   SetLength(Result, Max(Lidos, 0));
-  SetLength(Result, Max(Pos(#10, Result) - 1, 0));
+  SetLength(Result, Max(Pos(AnsiChar(#10), Result) - 1, 0));
 end;
 
 { The reason that the call just made was refused for; empty when the descriptor is no longer that
@@ -134,10 +165,10 @@ var
 begin
   Result := '';
   Inicio := '/proc/self/fd/' + AnsiString(IntToStr(ZelMotivos));
-  if FpReadLink(Inicio) <> '/memfd:' + ZelDescritor + ' (deleted)' then
+  if Alvo(Inicio) <> '/memfd:' + ZelDescritor + ' (deleted)' then
     Exit;
   Linha := LerLinha(Inicio);
-  Inicio := AnsiString('[' + IntToStr(FpGetPid) + '] ' + string(Funcao) + ': ' + IntToStr(Codigo) + ' ');
+  Inicio := AnsiString('[' + IntToStr(MeuNumero) + '] ' + string(Funcao) + ': ' + IntToStr(Codigo) + ' ');
   Lugar := Pos(': ', Copy(Linha, Length(Inicio) + 1, Length(Linha)));
   if (Copy(Linha, 1, Length(Inicio)) <> Inicio) or (Lugar = 0) then
     Exit;
@@ -157,11 +188,7 @@ end;
 
 function ProcurarFuncao(const Nome: string): Pointer;
 begin
-{$IFDEF FPC}
-  Result := GetProcedureAddress(Alca, AnsiString(Nome));
-{$ELSE}
-  Result := GetProcAddress(Alca, PChar(Nome));
-{$ENDIF}
+  Result := EnderecoDe(Alca, Nome);
   if Result = nil then
     raise EZelEntrada.Create(TZelTexto(TZelTexto('a biblioteca não tem ') + Nome));
 end;
