@@ -12,7 +12,7 @@ from lxml import etree
 from regras import AUTORIZADAS, BRASILIA, DENEGADAS, DS, METODOS, NFE, NS, campo, cortar, digito, motivo
 
 # What the lot is answered with, and no document within.
-DO_LOTE = ("108", "109", "203", "214", "215", "225", "252", "280", "281", "282", "283", "284", "285", "286",
+DO_LOTE = ("108", "109", "214", "215", "225", "252", "280", "281", "282", "283", "284", "285", "286",
            "656", "999")
 MOLDES = {
     "": "{cabeca}{antes}{estado}<cUF>@UF@</cUF>{depois}",

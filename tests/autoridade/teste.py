@@ -11,6 +11,7 @@ import ssl
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 import urllib.request
@@ -218,7 +219,14 @@ class Linha(Caso):
         self.comandar("ajuste linha=fora")
         for _ in range(2):  # the line that was open, and a new one
             self.assertRaises(OSError, self.cliente.bruto, ESTADO, nota.estado())
+        self.comandar("ajuste linha=boa", "ordem atraso:5")
+        chave, nfe = EMISSOR.nota(1)  # its answer is on the way when the line goes
+        threading.Timer(0.3, self.comandar, ["ajuste linha=fora"]).start()
+        inicio = time.monotonic()
+        self.assertRaises((OSError, http.client.HTTPException), self.cliente.bruto, AUTORIZA, nota.lote(nfe))
+        self.assertLess(time.monotonic() - inicio, 4)
         self.comandar("ajuste linha=boa")
+        self.assertEqual(self.codigos(CONSULTA, nota.consulta(chave)), "100 100")
         self.assertEqual(self.codigos(ESTADO, nota.estado()), "107")
 
     def test_ordem_por_numero_espera_o_seu(self):
@@ -277,8 +285,18 @@ class Conferencia(Caso):
                 estragar()
                 self.assertIn(esperado, "\n".join(ver()))
                 self.guardar(pasta, chave, nfe)
-        for numeros, esperado in (({(CNPJ, 1, 1): None, (CNPJ, 1, 2): None}, "outcomes []"), ({(CNPJ, 1, 1): "cancelado"}, "has it cancelado"),
-                                  ({(CNPJ, 1, 3): None}, "no till has it")):
+        (pasta / f"{'9' * 44}-procNFe.xml").unlink()
+        self.cancelar(chave)
+        self.codigos(INUTILIZA, EMISSOR.inutilizacao(2, 3))
+        self.assertEqual([d.rpartition("-")[2] for d in ver()], ["procEventoNFe.xml: not kept", "procInutNFe.xml: not kept"])
+        evento, faixa = self.livros.linha("SELECT * FROM eventos"), self.livros.linha("SELECT * FROM inutilizados")
+        for nome, dentro in ((f"{chave}-110111-procEventoNFe.xml", evento["evento"] + evento["ret"].encode()),
+                             (faixa["id"] + "-procInutNFe.xml", f"<nProt>{faixa['protocolo']}</nProt>".encode())):
+            (pasta / nome).write_bytes(dentro)
+        certo = {(CNPJ, 1, 1): "cancelado", (CNPJ, 1, 2): "inutilizado", (CNPJ, 1, 3): None}
+        self.assertEqual(ver(numeros=certo), [])
+        for numeros, esperado in ((certo | {(CNPJ, 1, 4): None}, "outcomes []"), (certo | {(CNPJ, 1, 1): "autorizado"},
+                                   "has it autorizado"), ({(CNPJ, 1, 3): None}, "no till has it")):
             self.assertIn(esperado, "\n".join(comparar(self.livros, numeros=numeros)))
 
     def test_bytes_trocados(self):
