@@ -24,12 +24,22 @@ std::string nomeAoLado(const std::string &caminho) {
     return caminho + "." + std::to_string(::gettid()) + ".novo";
 }
 
-bool gravarNovo(const std::string &caminho, std::string_view conteudo) {
+bool gravarNovo(const std::string &caminho, std::string_view conteudo,
+                std::optional<mode_t> modo = {}) {
     // One that a thread of the same number left when it died goes first.
     ::unlink(caminho.c_str());
     Descritor novo(caminho, O_WRONLY | O_CREAT | O_EXCL);
-    return novo.aberto() && escrever(novo.fd(), conteudo) &&
-           insistir([&] { return ::fsync(novo.fd()); }) == 0 && novo.fechar();
+    return novo.aberto() && (!modo || ::fchmod(novo.fd(), *modo) == 0) &&
+           escrever(novo.fd(), conteudo) && insistir([&] { return ::fsync(novo.fd()); }) == 0 &&
+           novo.fechar();
+}
+
+// False, with the reason of the failure in errno, and nothing left beside the file.
+bool desistir(const std::string &novo) {
+    const int motivo = errno;
+    ::unlink(novo.c_str());
+    errno = motivo;
+    return false;
 }
 
 // A file system that cannot flush a directory has renamed nonetheless.
@@ -69,13 +79,30 @@ bool substituirArquivo(const std::string &caminho, std::string_view conteudo) {
         return false;
     }
     const std::string novo = nomeAoLado(caminho);
-    if (!gravarNovo(novo, conteudo) || ::rename(novo.c_str(), caminho.c_str()) != 0) {
-        const int motivo = errno;
-        ::unlink(novo.c_str());
-        errno = motivo;
-        return false;
-    }
+    if (!gravarNovo(novo, conteudo) || ::rename(novo.c_str(), caminho.c_str()) != 0)
+        return desistir(novo);
     descarregarDiretorio(caminho);
+    return true;
+}
+
+bool criarArquivo(const std::string &caminho, std::string_view conteudo, mode_t modo) {
+    const std::string novo = nomeAoLado(caminho);
+    if (!gravarNovo(novo, conteudo, modo) || ::link(novo.c_str(), caminho.c_str()) != 0)
+        return desistir(novo);
+    ::unlink(novo.c_str());
+    descarregarDiretorio(caminho);
+    return true;
+}
+
+bool criarDiretorios(const std::string &caminho, mode_t modo) {
+    for (std::size_t barra = caminho.find('/', 1);; barra = caminho.find('/', barra + 1)) {
+        const std::string este = caminho.substr(0, barra);
+        if (::mkdir(este.c_str(), modo) == 0)
+            descarregarDiretorio(este);
+        else if (errno != EEXIST)
+            return false;
+        if (barra == caminho.npos || barra + 1 == caminho.size()) break;
+    }
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <sys/types.h>
 
 namespace zel::comum {
 
@@ -19,5 +20,12 @@ std::optional<std::string> lerArquivo(const std::string &caminho, std::size_t ma
 // directory. The file must be a regular one, a link, which is replaced itself, or not exist. False,
 // with errno, when it is as it was.
 bool substituirArquivo(const std::string &caminho, std::string_view conteudo);
+
+// The same for a file of that mode that nothing may be in the place of: EEXIST when something is.
+bool criarArquivo(const std::string &caminho, std::string_view conteudo, mode_t modo);
+
+// The directory, and those above it that are missing, each flushed into the one above it. True when
+// it was there; its mode is not looked at then.
+bool criarDiretorios(const std::string &caminho, mode_t modo);
 
 } // namespace zel::comum

@@ -20,9 +20,10 @@
 
 namespace zel::envio {
 
-// Milliseconds since 1970, as the system's clock has them. What was promised for later than that
-// from a clock that was set back since is due at once.
+// Milliseconds since 1970, as the system's clock has them. What waits for a moment that lies
+// further ahead than any pause was promised by a clock that was set back since: it is due at once.
 using Momento = std::int64_t;
+inline constexpr Momento kMaiorPausa = 65 * 60 * 1000; // of `proximo`: an hour and a bit
 
 // What is said of a document when it is found.
 struct Achado {
@@ -35,8 +36,8 @@ struct Achado {
     std::string chave, cnpj;
     int modelo = 65, serie = 0;
     std::int64_t numero = 0, ultimo = 0; // of an inutilization the last number, else the same
-    int tpAmb = 0, tpEmis = 0;
-    std::string dhEmi; // "AAAA-MM-DDThh:mm:ss-03:00"
+    int tpAmb = 0, tpEmis = 0;           // tpAmb 1 or 2, as the authority has it
+    std::string dhEmi;                   // "AAAA-MM-DDThh:mm:ss-03:00"
     Centavos total = 0;
     std::string consumidor, nomeConsumidor; // CPF, CNPJ or other id; UTF-8
     std::string substitui;                  // key of the document that it replaces
@@ -74,10 +75,14 @@ struct PassoDado {
 
 // What documents are looked for; an empty or zero member asks for nothing.
 struct Procura {
-    std::string caixa, chave, dia /* "AAAA-MM-DD" of dhEmi */, mes /* "AAAA-MM" */, consumidor;
+    std::string caixa{}, chave{}, dia{} /* "AAAA-MM-DD" of dhEmi */, mes{} /* "AAAA-MM" */;
+    std::string consumidor{};
     std::int64_t numero = 0;
-    std::vector<Estado> estados;
-    bool precisaDeAlguem = false; // refused, or undelivered for longer than the warning asks
+    std::vector<Estado> estados{};
+    // Refused, and nothing has taken its place since; or not at its end, and found before
+    // `atrasadoAntesDe`.
+    bool precisaDeAlguem = false;
+    Momento atrasadoAntesDe = 0;
     std::size_t maximo = 1000;
 };
 
@@ -89,7 +94,10 @@ struct ServicoVisto {
     std::int64_t demora = 0; // milliseconds
 };
 
-// Numbers that stand between known ones of a series and of which nothing is known.
+// Numbers that stand between used ones of a series without being used themselves. A number is used
+// by a document or an inutilization that is on its way or delivered, and by one that the authority
+// refused because the number is gone (denied, there with another key, inutilized). One that was
+// refused or taken back and that nothing replaced is not.
 struct Lacuna {
     std::string cnpj;
     int tpAmb = 0, serie = 0;
@@ -118,15 +126,17 @@ public:
     // become the row's. Several steps on one day that nobody sees may be made in one transaction.
     bool mudar(std::int64_t id, Estado de, Estado para, const Mudanca &mudanca, Momento agora,
                Recusas &recusas);
-    // The same state, other members: the next try and why.
+    // The same state, other members: the next try and why. No step.
     bool adiar(std::int64_t id, Estado em, const Mudanca &mudanca, Momento agora, Recusas &recusas);
 
     // Transactions around several calls; nested ones are part of the outer one. Undone unless
-    // confirmed.
+    // confirmed, an inner one by itself.
     class Transacao {
     public:
         explicit Transacao(Fila &fila);
         ~Transacao();
+        // False when it could not begin or was lost: no call within writes anything then.
+        bool aberta() const { return aberta_; }
         bool confirmar(Recusas &recusas);
         Transacao(const Transacao &) = delete;
         Transacao &operator=(const Transacao &) = delete;
@@ -137,22 +147,24 @@ public:
     };
 
     std::optional<Ficha> ficha(std::int64_t id);
+    // Of several, the delivered one, else one on its way, else the last one found.
     std::optional<Ficha> porChave(std::string_view chave, Tipo tipo);
     // The NFC-e of a number, in any till of the issuer.
     std::vector<Ficha> porNumero(std::string_view cnpj, int tpAmb, int serie, std::int64_t numero);
     std::string original(std::int64_t id);
     std::string mensagem(std::int64_t id);
     std::string elemento(std::int64_t id); // protNFe, retEvento, retInutNFe of its answer
+    std::string evento(std::int64_t id);   // procEventoNFe that a consultation brought along
     std::vector<PassoDado> passos(std::int64_t id);
 
     // What is due: first by its next moment, then as it was found; requests about a document after
     // it. Rows of one till.
     std::vector<Ficha> prontas(const std::string &caixa, Momento agora, std::size_t maximo);
     // When the next one of a till is due; none when nothing waits.
-    std::optional<Momento> proximo(const std::string &caixa);
+    std::optional<Momento> proximo(const std::string &caixa, Momento agora);
 
-    std::vector<Ficha> procurar(const Procura &procura);
-    std::vector<Contagem> contar();
+    std::vector<Ficha> procurar(const Procura &procura); // the last one found first
+    std::vector<Contagem> contar();                      // every state
     std::vector<Lacuna> lacunas();
 
     void verServico(const ServicoVisto &visto);
@@ -161,6 +173,10 @@ public:
     // Texts that outlive the process, by name: what stops the queue, since when a line is down...
     void anotar(std::string_view nome, std::string_view texto);
     std::string anotado(std::string_view nome);
+
+    // Why a call that takes no `recusas` could not read or write, since this was last asked; empty
+    // when all could.
+    std::string falha();
 
 private:
     struct Dentro;
