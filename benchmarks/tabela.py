@@ -2,12 +2,14 @@
 # SPDX-License-Identifier: MIT
 """Turns the results of one run into a Markdown table, with the goals beside the figures:
 
-    tabela.py BENCH.json VENDA.json PICO.json PAR.json [FIGURAS.json] > bench.md
+    tabela.py BENCH.json VENDA.json PICO.json PAR.json [figuras.json] [documentos.json] [par_xml.json] > bench.md
+    tabela.py documentos.json [par_xml.json]    that part alone
 
 Ends with 1 when a benchmark failed; a goal that is not reached is a result, not a failure.
 """
 import json
 import sys
+from pathlib import Path
 
 OPERACOES = {
     "abertura": "Abertura",
@@ -66,6 +68,14 @@ FIGURAS = {
     "escpos/10": "Bytes para a impressora, 10 itens",
     "escpos_pontos/10": "Bytes para a impressora, 10 itens, QR-code em pontos",
     "escpos/100": "Bytes para a impressora, 100 itens",
+}
+DOCUMENTOS = {
+    "ler": "ler o documento do caixa",
+    "traduzir": "e traduzi-lo",
+    "assinar": "ler o traduzido, assinar, QR Code",
+    "julgar": "ler o traduzido, conferir com os esquemas",
+    "tudo": "**tudo**: do arquivo do caixa à mensagem",
+    "verificar": "ler a mensagem e verificá-la",
 }
 BASES = ("disco", "memoria")
 
@@ -215,6 +225,33 @@ def figuras(valores):
               f"{'atingida' if ms(nome) <= maximo else '**não atingida**'}.")
 
 
+def documentos(resultado, par):
+    valores = medianas(resultado)
+    tamanhos = sorted({int(nome.split("/")[2]) for nome in valores})
+    ms = lambda nome, itens: valores[f"documento/{nome}/{itens}"]["processador"] * 1e3
+    print("\n## O documento que a SEFAZ recebe\n")
+    cabecalho("Processador, ms", *(f"{itens} itens" for itens in tamanhos), "de 50 a 990, por item")
+    for nome, titulo in DOCUMENTOS.items():
+        if f"documento/{nome}/10" in valores:
+            linha(titulo, *(numero(ms(nome, itens)) for itens in tamanhos),
+                  numero(ms(nome, 990) / ms(nome, 50) / (990 / 50), 2) + " ×")
+    print("\nCertificado RSA-2048 e esquemas já lidos, como num serviço que assina um documento depois do outro;"
+          "\no leiaute 4.00 tem no máximo 990 itens. "
+          + ("Os esquemas publicados conferem." if resultado["context"]["esquemas"] else
+             "**Sem os esquemas**: `ZEL_ESQUEMAS` não diz a pasta deles.") + "\n")
+    for itens, maximo in ((10, 6), (990, 120)):
+        print(f"Meta: {itens} itens em até {maximo} ms; {numero(ms('tudo', itens))} ms, "
+              f"{'atingida' if ms('tudo', itens) <= maximo else '**não atingida**'}.")
+    if not par:
+        print("\nPacotes de XML em JavaScript não foram medidos: faltam Node ou os pacotes nesta máquina.")
+        return
+    print(f"\nPacotes gerais de XML em JavaScript (Node {par['node']}), nos mesmos documentos, na mesma execução:\n")
+    cabecalho("Processador, ms", *(f"{itens} itens" for itens in par["medidos"]))
+    for titulo, nome in ((f"fast-xml-parser {par['leitor']}: ler o do caixa e escrevê-lo, sem traduzir", "ler_e_escrever"),
+                         (f"xml-crypto {par['assinatura']}: ler o traduzido e assiná-lo, sem QR Code", "assinar")):
+        linha(titulo, *(numero(m[nome]) for m in par["medidos"].values()))
+
+
 def memoria(venda, pico):
     print("\n## Memória\n")
     itens = pico["itens"]
@@ -232,7 +269,10 @@ def memoria(venda, pico):
 
 
 def main():
-    if len(sys.argv) not in (5, 6):
+    mais = {Path(nome).stem: ler(nome) for nome in sys.argv[1:]}
+    if "bench" not in mais and "documentos" in mais:
+        return documentos(mais["documentos"], mais.get("par_xml"))
+    if len(sys.argv) < 5:
         sys.exit(__doc__)
     resultado, venda, pico, par = map(ler, sys.argv[1:5])
     valores = medianas(resultado)
@@ -244,8 +284,10 @@ def main():
     cupons(valores)
     operacoes(valores)
     memoria(venda, pico)
-    if len(sys.argv) == 6:
-        figuras(medianas(ler(sys.argv[5])))
+    if "figuras" in mais:
+        figuras(medianas(mais["figuras"]))
+    if "documentos" in mais:
+        documentos(mais["documentos"], mais.get("par_xml"))
 
 
 if __name__ == "__main__":
