@@ -5,8 +5,12 @@
 
 #include "apoio/Funcoes.h"
 
+#include <cstdlib>
 #include <gtest/gtest.h>
+#include <png.h>
+#include <set>
 #include <sys/stat.h>
+#include <zbar.h>
 
 namespace {
 
@@ -16,6 +20,56 @@ std::string entre(const std::string &texto, std::string_view antes, std::string_
     if (inicio == texto.npos) return {};
     const std::size_t comeco = inicio + antes.size();
     return texto.substr(comeco, texto.find(depois, comeco) - comeco);
+}
+
+// What every QR code of a picture says, to a reader that is none of ours.
+std::string qrDaFigura(const std::string &arquivo) {
+    png_image figura{};
+    figura.version = PNG_IMAGE_VERSION;
+    if (png_image_begin_read_from_file(&figura, arquivo.c_str()) == 0) return figura.message;
+    figura.format = PNG_FORMAT_GRAY;
+    std::vector<unsigned char> pontos(PNG_IMAGE_SIZE(figura));
+    png_image_finish_read(&figura, nullptr, pontos.data(), 0, nullptr);
+    zbar::Image vista(figura.width, figura.height, "Y800", pontos.data(), pontos.size());
+    zbar::ImageScanner leitor;
+    leitor.set_config(zbar::ZBAR_NONE, zbar::ZBAR_CFG_ENABLE, 0);
+    leitor.set_config(zbar::ZBAR_QRCODE, zbar::ZBAR_CFG_ENABLE, 1);
+    // Offline the receipt is printed twice.
+    std::set<std::string> lidos;
+    leitor.scan(vista);
+    for (auto simbolo = vista.symbol_begin(); simbolo != vista.symbol_end(); ++simbolo)
+        lidos.insert(simbolo->get_data());
+    return lidos.size() == 1 ? *lidos.begin() : "none, or several";
+}
+
+int executar(const std::string &comando) {
+    return std::system(("( " + comando + " ) > /dev/null 2>&1").c_str());
+}
+
+// Whether the published schema and xmlsec1 take a message, where they are here to be asked.
+testing::AssertionResult aceitaPorOutros(const Loja &loja, const std::string &nome,
+                                         const std::string &esquema, const std::string &assinado) {
+    const char *pasta = std::getenv("ZEL_ESQUEMAS");
+    if (pasta != nullptr && executar("xmllint --nonet --noout --schema '" + std::string(pasta) +
+                                     "/" + esquema + "' '" + loja / nome + "'") != 0)
+        return testing::AssertionFailure() << esquema << " refuses " << loja.ler(nome);
+    if (executar("command -v xmlsec1") != 0) return testing::AssertionSuccess();
+    loja.gravar("emissor.pem", "-----BEGIN CERTIFICATE-----\n" +
+                                   entre(loja.ler(nome), "<X509Certificate>", "<") +
+                                   "\n-----END CERTIFICATE-----\n");
+    const std::string verificar =
+        "xmlsec1 --verify --enabled-key-data x509 --trusted-pem '" + loja / "emissor.pem" +
+        "' --id-attr:Id http://www.portalfiscal.inf.br/nfe:" + assinado + " '";
+    if (executar(verificar + loja / nome + "'") != 0)
+        return testing::AssertionFailure() << "xmlsec1 refuses " << loja.ler(nome);
+    // One letter of what is signed, and it does not.
+    std::string mudada = loja.ler(nome);
+    char &letra = mudada[mudada.find("</", mudada.find("<" + assinado)) - 1];
+    letra = letra == '1' ? '2' : '1';
+    loja.gravar("mudada.xml", mudada);
+    if (executar(verificar + loja / "mudada.xml'") == 0)
+        return testing::AssertionFailure() << "xmlsec1 takes anything";
+    return testing::AssertionSuccess();
 }
 
 // A shop that has sold for 31,00 with change, and has a certificate for trying.
@@ -117,6 +171,103 @@ TEST_F(DocumentoEnvio, imprime_sem_resposta_o_de_contingencia) {
     ASSERT_TRUE(documento({"assinar", doCaixa, "--saida", assinado}).deu(0));
     ASSERT_TRUE(imprimir("OFFLINE").deu(0));
     EXPECT_TRUE(contem(loja.ler("papel"), entre(loja.ler("assinado.xml"), "<qrCode>", "<")));
+}
+
+// The requests of one shop after the other, each made by a till of its own. `chave` is that of the
+// sale, and what the document that replaced it has is put in the place of "SUBSTITUTA".
+constexpr const char *kMotivo = "Venda feita em duplicidade";
+constexpr const char *kProtocolo = "135260000000007";
+const struct {
+    int (*chamada)(const Funcoes &caixa, char *pasta, const char *chave);
+    Argumentos argumentos;
+    const char *arquivo, *esquema, *elemento, *dito;
+} kPedidos[] = {
+    {[](const Funcoes &caixa, char *, const char *) {
+         return caixa.tCFInutilizar_ZEL("5", "7", "1", kMotivo);
+     },
+     {},
+     "documentosEnvio.xml",
+     "inutNFe_v4.00.xsd",
+     "infInut",
+     "<nNFFin>7<"},
+    {[](const Funcoes &caixa, char *pasta, const char *chave) {
+         return caixa.tCFCancelarOffline_ZEL("2", "1", chave, kMotivo, pasta);
+     },
+     {"--protocolo", kProtocolo},
+     ".ctgCanc",
+     "envEventoCancNFe_v1.00.xsd",
+     "infEvento",
+     "<tpEvento>110111<"},
+    {[](const Funcoes &caixa, char *pasta, const char *) {
+         return caixa.aCFContingenciaUltimaNota_ZEL(4, pasta);
+     },
+     {},
+     ".ctg",
+     "nfe_v4.00.xsd",
+     "infNFe",
+     "<tpEmis>9<"},
+    {[](const Funcoes &caixa, char *, const char *chave) {
+         return caixa.tCFCancelar_ZEL("2", "1", chave, kProtocolo, kMotivo);
+     },
+     {"--substituta", "SUBSTITUTA"},
+     "documentosEnvio.xml",
+     "envEventoCancSubst_v1.00.xsd",
+     "infEvento",
+     "<tpEvento>110112<"},
+};
+
+TEST_F(DocumentoEnvio, cada_pedido_do_caixa_e_aceito_por_quem_nao_e_desta_casa) {
+    vender();
+    const std::string chave = entre(loja.ler("documentosEnvio.xml"), "Id=\"NFe", "\"");
+    loja.configurar({{R"(IDE\tpEmis)", "9"}, {R"(IDE\xJust)", "Sem internet na loja agora"}});
+    std::string substituta;
+    for (const auto &pedido : kPedidos) {
+        SCOPED_TRACE(pedido.dito);
+        const std::filesystem::path offline = loja / "offline/";
+        std::filesystem::remove_all(offline);
+        std::filesystem::create_directory(offline);
+        loja.noCaixa([&](const Funcoes &caixa) {
+            std::vector<char> pasta(ZEL_TAMANHO_DIRETORIOS);
+            offline.string().copy(pasta.data(), pasta.size());
+            ASSERT_GE(pedido.chamada(caixa, pasta.data(), chave.c_str()), ZEL_OK);
+        });
+        std::string arquivo = loja / pedido.arquivo;
+        for (const auto &gravado : std::filesystem::directory_iterator(offline))
+            arquivo = gravado.path();
+        ASSERT_TRUE(arquivo.ends_with(pedido.arquivo)) << arquivo;
+        Argumentos argumentos{"assinar", arquivo, "--saida", assinado};
+        for (const std::string &outro : pedido.argumentos)
+            argumentos.push_back(outro == "SUBSTITUTA" ? substituta : outro);
+        ASSERT_TRUE(documento(argumentos).deu(0));
+        EXPECT_TRUE(contem(loja.ler("assinado.xml"), pedido.dito));
+        EXPECT_TRUE(aceitaPorOutros(loja, "assinado.xml", pedido.esquema, pedido.elemento));
+        substituta = entre(loja.ler("assinado.xml"), "Id=\"NFe", "\"");
+    }
+}
+
+// Offline the code is at its longest: with the digest in version 2, with a signature in version 3.
+TEST_F(DocumentoEnvio, a_figura_do_cupom_traz_o_qr_code_da_mensagem) {
+    const struct {
+        const char *tpEmis, *versao, *parte;
+    } kCasos[] = {
+        {"1", "2", "|2|2|1|"}, {"9", "2", "|2|2|"}, {"1", "3", "|3|2"}, {"9", "3", "|3|2|"}};
+    vender({{R"(IDE\xJust)", "Sem internet na loja agora"}});
+    for (const auto &[tpEmis, versao, parte] : kCasos) {
+        SCOPED_TRACE(testing::Message() << tpEmis << versao);
+        loja.configurar({{R"(IDE\tpEmis)", tpEmis}});
+        loja.noCaixa([](const Funcoes &caixa) { Loja::vender(caixa, 5); });
+        std::string toml = loja.ler("zel-envio.toml");
+        toml.replace(toml.find("\nversao = ") + 10, 1, versao);
+        loja.gravar("zel-envio.toml", toml);
+        ASSERT_TRUE(documento({"assinar", doCaixa, "--saida", assinado}).deu(0));
+        const std::string retorno = *tpEmis == '9' ? "OFFLINE" : resposta("100");
+        ASSERT_TRUE(loja.zel({"ver", "--documento", assinado, "--retorno", retorno, "--saida",
+                              loja / "cupom.png"})
+                        .deu(0));
+        const std::string lido = qrDaFigura(loja / "cupom.png");
+        EXPECT_TRUE(contem(lido, parte));
+        EXPECT_EQ(lido, entre(loja.ler("assinado.xml"), "<qrCode>", "</qrCode>"));
+    }
 }
 
 TEST_F(DocumentoEnvio, o_que_se_recusa_diz_tudo_e_nada_grava) {
