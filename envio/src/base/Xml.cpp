@@ -224,6 +224,14 @@ Documento Documento::novo(std::string_view raiz, std::string_view espaco) {
     return novo;
 }
 
+Documento Documento::de(const No &no) {
+    Documento novo;
+    if (!no) return novo;
+    novo.doc_.reset(xmlNewDoc(reinterpret_cast<const xmlChar *>("1.0")));
+    xmlDocSetRootElement(novo.doc_.get(), xmlDocCopyNode(no.cru(), novo.doc_.get(), 1));
+    return novo;
+}
+
 No Documento::raiz() const {
     return No(doc_ ? xmlDocGetRootElement(doc_.get()) : nullptr);
 }

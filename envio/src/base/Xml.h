@@ -76,6 +76,8 @@ public:
     static std::optional<Documento> ler(std::string_view bytes, std::string &motivo);
     // One element without content.
     static Documento novo(std::string_view raiz, std::string_view espaco);
+    // A copy of an element alone, which declares the namespaces that it had in its place.
+    static Documento de(const No &no);
 
     explicit operator bool() const { return doc_ != nullptr; }
     _xmlDoc *cru() const { return doc_.get(); }

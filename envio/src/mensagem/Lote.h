@@ -19,17 +19,19 @@ std::string consultaDoRecibo(std::string_view recibo, std::string_view tpAmb);
 std::string consultaDaChave(std::string_view chave, std::string_view tpAmb);
 std::string consultaDoServico(std::string_view cUF, std::string_view tpAmb);
 
-// Namespace and method of a service: "NFeAutorizacao4", "nfeAutorizacaoLote".
+// Namespace and method of a service: "NFeAutorizacao4", "nfeAutorizacaoLote". `uf` in two letters:
+// a few states have names of their own. Empty where it is no service but an address to look at.
 struct Metodo {
     std::string_view servico, metodo;
 };
-Metodo metodoDe(Servico servico);
+Metodo metodoDe(Servico servico, std::string_view uf = {});
 
 inline constexpr std::string_view kEspacoServicos = "http://www.portalfiscal.inf.br/nfe/wsdl/";
 
 // SOAP 1.2 around a message; and what stands in nfeResultMsg of an answer (or, of authorities that
-// leave it out, in the body): UTF-8 bytes of that element. Empty, with a reason in Portuguese, when
-// there is none; a Fault gives its text as the reason.
+// leave it out, in the body; or, of some, as a text within): UTF-8 bytes of that element. Empty,
+// with a reason in Portuguese, when there is none; a Fault gives its text as the reason, shortened
+// and without its long numbers, which are those of persons and documents.
 std::string envelopeDe(std::string_view espaco, std::string_view mensagem);
 std::string corpoDe(std::string_view resposta, std::string &motivo);
 

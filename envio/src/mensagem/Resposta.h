@@ -44,20 +44,22 @@ const LinhaResposta &linhaDe(int cStat);
 std::string_view nomeDe(Desfecho desfecho);
 
 struct Resposta {
-    int cStat = 0; // the document's own; the lot's where there is none within
+    // The document's own; the lot's where there is none within. 107 of a status: kNenhum.
+    int cStat = 0;
     std::string xMotivo;
     Desfecho desfecho = Desfecho::kNenhum;
     std::string chave;     // chNFe, or the other key that 539 and 562 name
     std::string protocolo; // nProt
     std::string momento;   // dhRecbto, dhRegEvento
     std::string digest;    // digVal
-    std::string recibo;    // nRec, of 103
+    std::string recibo;    // nRec, of 103 and 105; 106 does not know it: the key is asked for
     int espera = 0;        // seconds, tMed of a status or a 103
     // The element that is kept by law and printed from: protNFe, retEvento or retInutNFe, bytes in
-    // UTF-8 with its namespace declared. Empty when the answer has none.
+    // UTF-8 with its namespace declared. Empty when the answer has none, or one without a protocol:
+    // what was refused is not kept.
     std::string elemento;
-    // Of a consultation: whether an authorized document was cancelled since, and that event's
-    // procEventoNFe.
+    // Of a consultation, of which chave, protocolo, momento and digest are protNFe's: whether an
+    // authorized document was cancelled since, and that event's procEventoNFe.
     std::string evento;
 };
 
@@ -67,8 +69,9 @@ struct Resposta {
 std::optional<Resposta> lerResposta(Servico servico, std::string_view corpo, std::string_view id,
                                     Recusas &recusas);
 
-// nfeProc, procEventoNFe or procInutNFe: the signed element as it was sent and the answer's, byte
-// for byte. `mensagem`: NFe, envEvento or inutNFe.
+// nfeProc, procEventoNFe or ProcInutNFe (so the schema spells it): the signed element as it was
+// sent and the answer's, byte for byte. `mensagem`: NFe, envEvento or inutNFe. Empty when the two
+// are not of one kind.
 std::string guardadoDe(std::string_view mensagem, std::string_view elemento);
 
 } // namespace zel::envio
