@@ -77,6 +77,10 @@ pIBSMun = "0.05"
 pCBS = "8.8"
 [servicos]
 RecepcaoEvento = "https://127.0.0.1:8443/ws/NFeRecepcaoEvento4"
+[servicos_nome]
+RecepcaoEvento = "NFeRecepcaoEvento"
+[servicos_metodo]
+NfeRetAutorizacao = "nfeRetAutorizacao"
 [rede]
 tempo_maximo = 5
 autoridades = "autoridade.pem"
@@ -104,6 +108,8 @@ autoridades = "autoridade.pem"
               "https://127.0.0.1:8443/ws/NFeRecepcaoEvento4");
     EXPECT_EQ(enderecoDe(*lida, "RS", 1, Servico::kStatusServico),
               enderecoDe("RS", 1, Servico::kStatusServico));
+    EXPECT_EQ(lida->nomes.recepcaoEvento + lida->metodos.retAutorizacao,
+              "NFeRecepcaoEventonfeRetAutorizacao");
     EXPECT_EQ(lida->rede.tempoMaximo, 5);
     EXPECT_EQ(lida->rede.autoridades, pasta.caminho() + "autoridade.pem");
 }
@@ -114,7 +120,8 @@ TEST(ConfiguracaoDoEnvio, recusa_tudo_de_uma_vez_com_linha_e_o_que_cabe) {
               "zel-envio.toml, linha 2, cUF: \"99\"; é o código IBGE de um estado, como \"43\"\n"
               "zel-envio.toml, linha 1, esquema: chave desconhecida; aqui cabem: esquemas, cUF, "
               "verAplic, [certificado], [qrcode], [responsavel_tecnico], [intermediador], "
-              "[pagamentos], [produtos], [ncm], [padrao], [ibs_cbs], [servicos], [rede]\n"
+              "[pagamentos], [produtos], [ncm], [padrao], [ibs_cbs], [servicos], [servicos_nome], "
+              "[servicos_metodo], [rede]\n"
               "zel-envio.toml, linha 6, [qrcode] csc: é um segredo: até 128 letras, dígitos e "
               "sinais, sem brancos\n"
               "zel-envio.toml, linha 5, [qrcode] id_csc: escreva o valor entre aspas; é o número "
@@ -165,6 +172,7 @@ TEST(ConfiguracaoDoEnvio, recusa_o_que_nao_cabe_ou_nao_combina) {
         {"[servicos]\nNfeStatusServico = 'https://a:b@c/ws'", "senha"},
         {"[servicos]\nNfeStatusServico = 'https://a/ws?wsdl'", "senha"},
         {"[servicos]\nNfeStatus = 'https://a/ws'", "NfeConsultaProtocolo, NfeStatusServico"},
+        {"[servicos_nome]\nRecepcaoEvento = 'a/b'", "letras e dígitos"},
         {"[rede]\ntempo_maximo = 0", "1 a 300"},
         {"[rede]\ntempo_maximo = 301", "1 a 300"},
     };

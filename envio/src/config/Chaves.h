@@ -136,14 +136,22 @@ inline constexpr std::array<Chave<IbsCbsLido>, 4> kIbsCbs{{
 // Names as the table of addresses has them.
 inline constexpr Regra kServico{ehServico,
                                 "começa por https:// e não tem brancos, senha, \"?\" nem \"#\""};
-inline constexpr std::array<Chave<ConfigServicos>, 6> kServicos{{
-    {"NfeAutorizacao", &ConfigServicos::autorizacao, kServico},
-    {"NfeRetAutorizacao", &ConfigServicos::retAutorizacao, kServico},
-    {"NfeInutilizacao", &ConfigServicos::inutilizacao, kServico},
-    {"NfeConsultaProtocolo", &ConfigServicos::consultaProtocolo, kServico},
-    {"NfeStatusServico", &ConfigServicos::statusServico, kServico},
-    {"RecepcaoEvento", &ConfigServicos::recepcaoEvento, kServico},
-}};
+inline constexpr Regra kNomeServico{
+    [](std::string_view v) {
+        return v.size() <= 60 && !v.empty() && std::all_of(v.begin(), v.end(), [](char c) {
+                   return ehDigito(c) || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+               });
+    },
+    "é um nome de até 60 letras e dígitos"};
+constexpr std::array<Chave<ConfigServicos>, 6> porServico(Regra regra) {
+    return {{{"NfeAutorizacao", &ConfigServicos::autorizacao, regra},
+             {"NfeRetAutorizacao", &ConfigServicos::retAutorizacao, regra},
+             {"NfeInutilizacao", &ConfigServicos::inutilizacao, regra},
+             {"NfeConsultaProtocolo", &ConfigServicos::consultaProtocolo, regra},
+             {"NfeStatusServico", &ConfigServicos::statusServico, regra},
+             {"RecepcaoEvento", &ConfigServicos::recepcaoEvento, regra}}};
+}
+inline constexpr auto kServicos = porServico(kServico), kNomesServicos = porServico(kNomeServico);
 
 inline constexpr std::array<Chave<ConfigRede>, 2> kRede{{
     {"tempo_maximo",

@@ -205,6 +205,14 @@ void lerServicos(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
     lerSecao(leitura, lugar, kServicos, lida.config.servicos);
 }
 
+void lerNomes(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
+    lerSecao(leitura, lugar, kNomesServicos, lida.config.nomes);
+}
+
+void lerMetodos(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
+    lerSecao(leitura, lugar, kNomesServicos, lida.config.metodos);
+}
+
 void lerRede(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
     lerSecao(leitura, lugar, kRede, lida.config.rede);
 }
@@ -214,7 +222,7 @@ struct Secao {
     void (*ler)(LeituraToml &, const Lugar &, Lida &);
 };
 
-constexpr std::array<Secao, 11> kSecoes{{{"certificado", lerCertificado},
+constexpr std::array<Secao, 13> kSecoes{{{"certificado", lerCertificado},
                                          {"qrcode", lerQrCode},
                                          {"responsavel_tecnico", lerRespTec},
                                          {"intermediador", lerIntermediador},
@@ -224,6 +232,8 @@ constexpr std::array<Secao, 11> kSecoes{{{"certificado", lerCertificado},
                                          {"padrao", lerPadrao},
                                          {"ibs_cbs", lerIbsCbs},
                                          {"servicos", lerServicos},
+                                         {"servicos_nome", lerNomes},
+                                         {"servicos_metodo", lerMetodos},
                                          {"rede", lerRede}}};
 
 // ---- the whole ----

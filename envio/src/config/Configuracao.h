@@ -67,7 +67,8 @@ struct ConfigQrCode {
     std::string urlChave; // likewise
 };
 
-// Addresses in the place of the table's, in either environment; empty: the table's.
+// Addresses, names or methods in the place of the table's, in either environment; empty: the
+// table's.
 struct ConfigServicos {
     std::string autorizacao, retAutorizacao, inutilizacao, consultaProtocolo, statusServico,
         recepcaoEvento;
@@ -101,7 +102,8 @@ struct Configuracao {
     ConfigQrCode qrcode;
     ConfigRespTec respTec;
     ConfigIbsCbs ibsCbs;
-    ConfigServicos servicos;
+    ConfigServicos servicos;       // addresses
+    ConfigServicos nomes, metodos; // "NFeAutorizacao4", "nfeAutorizacaoLote"
     ConfigRede rede;
     std::string esquemas; // folder of the published schemas; empty: nothing is judged
 

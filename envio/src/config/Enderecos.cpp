@@ -60,16 +60,23 @@ std::string_view enderecoDe(std::string_view uf, int tpAmb, Servico servico) {
     return achada == tabela.end() ? std::string_view() : achada->endereco;
 }
 
+std::string_view ditoDe(const ConfigServicos &dito, Servico servico) {
+    // In the order of Servico.
+    constexpr std::array<std::string ConfigServicos::*, 6> kMembros{
+        &ConfigServicos::autorizacao,   &ConfigServicos::retAutorizacao,
+        &ConfigServicos::inutilizacao,  &ConfigServicos::consultaProtocolo,
+        &ConfigServicos::statusServico, &ConfigServicos::recepcaoEvento};
+    const auto qual = static_cast<std::size_t>(servico);
+    return qual < kMembros.size() ? dito.*kMembros[qual] : std::string_view();
+}
+
 std::string_view enderecoDe(const Configuracao &config, std::string_view uf, int tpAmb,
                             Servico servico) {
-    // In the order of Servico.
-    const std::array<const std::string *, kServicos.size()> ditos{
-        &config.servicos.autorizacao,   &config.servicos.retAutorizacao,
-        &config.servicos.inutilizacao,  &config.servicos.consultaProtocolo,
-        &config.servicos.statusServico, &config.servicos.recepcaoEvento,
-        &config.qrcode.endereco,        &config.qrcode.urlChave};
-    const std::string &dito = *ditos[static_cast<std::size_t>(servico)];
-    return dito.empty() ? enderecoDe(uf, tpAmb, servico) : std::string_view(dito);
+    const std::string_view dito = servico == Servico::kQrCode ? config.qrcode.endereco
+                                  : servico == Servico::kConsultaChave
+                                      ? config.qrcode.urlChave
+                                      : ditoDe(config.servicos, servico);
+    return dito.empty() ? enderecoDe(uf, tpAmb, servico) : dito;
 }
 
 } // namespace zel::envio

@@ -24,6 +24,10 @@ enum class Servico {
 // their own are led to the one that serves them.
 std::string_view enderecoDe(std::string_view uf, int tpAmb, Servico servico);
 
+// What is configured for a service: one of config.servicos, nomes or metodos. Empty for what is
+// none.
+std::string_view ditoDe(const ConfigServicos &dito, Servico servico);
+
 // The same, where the configuration has the first word: what everybody asks who has one.
 std::string_view enderecoDe(const Configuracao &config, std::string_view uf, int tpAmb,
                             Servico servico);
