@@ -47,6 +47,8 @@ constexpr LinhaOpcao kOpcoes[] = {
     {"--perfil", kImpressora, nullptr, &Argumentos::perfil},
     {"--perfis", kImpressora, &Argumentos::perfis},
     {"--espera", kImpressora, nullptr, &Argumentos::espera},
+    {"--figura", kImpressora, &Argumentos::figura},
+    {"--pdf", kImpressora, nullptr, &Argumentos::pdf},
     {"--justificativa", kJustificativa, nullptr, &Argumentos::justificativa},
     {"--serie", kSerie, nullptr, &Argumentos::serie},
     {"--protocolo", kProtocolo, nullptr, &Argumentos::protocolo},

@@ -18,7 +18,7 @@ enum Opcao : unsigned {
     kVenda = 32,         // --itens, --pagamento, --cpf, --ajuste, --mensagem, --continuar...
     kRecibo = 64,        // --documento, --retorno, --colunas
     kFigura = 128,       // --saida ARQUIVO
-    kImpressora = 256,   // --impressora, --perfil, --perfis, --espera
+    kImpressora = 256,   // --impressora, --perfil, --perfis, --espera, --figura, --pdf
     kJustificativa = 512,
     kSerie = 1024,
     kProtocolo = 2048,
@@ -36,6 +36,7 @@ struct Argumentos {
     bool cancelar = false;
     bool cortar = false;
     bool perfis = false;
+    bool figura = false;
     bool ensaio = false;
     // As given; argumento() makes UTF-8 of those that are no names of files.
     std::string diretorio;
@@ -53,6 +54,7 @@ struct Argumentos {
     std::string impressora;
     std::string perfil;
     std::string espera;
+    std::string pdf;
     std::string justificativa;
     std::string serie;
     std::string protocolo;

@@ -76,28 +76,49 @@ std::string erroDoDestino(const std::string &destino) {
                    ", que não existe: a impressora está ligada?"});
 }
 
+// What is wrong with the arguments; empty when nothing is.
+std::string erroDoPedido(const Argumentos &argumentos, long long espera) {
+    if (!argumentos.palavras.empty()) return "imprimir não leva argumentos";
+    if (argumentos.impressora.empty() && argumentos.pdf.empty())
+        return "falta --impressora DESTINO, ou --pdf ARQUIVO";
+    if (espera < 1 || espera > kMaiorEspera) return "--espera é de 1 a 600000 milissegundos";
+    return argumentos.impressora.empty() ? "" : erroDoDestino(argumentos.impressora);
+}
+
+int enviar(const Argumentos &argumentos, const TextoDeCupom &cupom, int espera,
+           std::vector<Linha> &linhas) {
+    const std::string destino = argumento(argumentos.impressora.c_str());
+    const RespostaDoPapel resposta =
+        imprimirCupom(cupom, {argumentos.impressora, argumentos.perfil, espera, argumentos.figura});
+    if (resposta.codigo <= 0) return naoImprimiu(argumentos, destino, resposta);
+    linhas = {{"resultado", "Resultado", "impresso"},
+              {"impressora", "Impressora", destino},
+              {"enviados", "Bytes enviados", std::to_string(resposta.enviados)},
+              {"estado", "Estado dela", resposta.estado}};
+    return kLimpo;
+}
+
 int imprimir(const Argumentos &argumentos) {
     if (argumentos.perfis) return listarPerfis(argumentos);
-    if (!argumentos.palavras.empty()) return usoErrado(kImprimir, "imprimir não leva argumentos");
-    if (argumentos.impressora.empty()) return usoErrado(kImprimir, "falta --impressora DESTINO");
-    if (const std::string erro = erroDoDestino(argumentos.impressora); !erro.empty())
-        return usoErrado(kImprimir, erro);
     const auto espera =
         argumentos.espera.empty() ? kEspera : lerInteiro(argumentos.espera).value_or(0);
-    if (espera < 1 || espera > kMaiorEspera)
-        return usoErrado(kImprimir, "--espera é de 1 a 600000 milissegundos");
+    if (const std::string erro = erroDoPedido(argumentos, espera); !erro.empty())
+        return usoErrado(kImprimir, erro);
     int saida = 0;
     const auto recibo = reciboPedido(kImprimir, argumentos, false, saida);
     if (!recibo) return saida;
-    const std::string destino = argumento(argumentos.impressora.c_str());
-    const RespostaDoPapel resposta =
-        imprimirCupom({recibo->texto, recibo->colunas}, argumentos.perfil, argumentos.impressora,
-                      static_cast<int>(espera));
-    if (resposta.codigo <= 0) return naoImprimiu(argumentos, destino, resposta);
-    escreverLinhas(argumentos, {{"resultado", "Resultado", "impresso"},
-                                {"impressora", "Impressora", destino},
-                                {"enviados", "Bytes enviados", std::to_string(resposta.enviados)},
-                                {"estado", "Estado dela", resposta.estado}});
+    const TextoDeCupom cupom{recibo->texto, recibo->colunas};
+    const std::string pdf = argumento(argumentos.pdf.c_str());
+    if (!pdf.empty())
+        if (const auto gravado = gravarPdf(cupom, argumentos.pdf); gravado.codigo <= 0)
+            return falhar(juntar({pdf, ": ", gravado.descricao}));
+    std::vector<Linha> linhas{{"resultado", "Resultado", "gravado"}};
+    if (!argumentos.impressora.empty())
+        if (const int erro = enviar(argumentos, cupom, static_cast<int>(espera), linhas);
+            erro != kLimpo)
+            return erro;
+    if (!pdf.empty()) linhas.push_back({"pdf", "PDF", pdf});
+    escreverLinhas(argumentos, linhas);
     return kLimpo;
 }
 
@@ -105,7 +126,8 @@ int imprimir(const Argumentos &argumentos) {
 
 const Comando kImprimir = {
     "imprimir",
-    "imprimir --impressora DESTINO [--perfil NOME] [--espera MS]\n"
+    "imprimir --impressora DESTINO [--perfil NOME] [--figura] [--espera MS]\n"
+    "imprimir --pdf ARQUIVO [--impressora DESTINO]\n"
     "imprimir --impressora DESTINO [--documento ARQUIVO] --retorno ARQUIVO|OFFLINE\n"
     "imprimir --perfis [--json]",
     "Imprime o último cupom, em tempo limitado.",
@@ -114,6 +136,8 @@ const Comando kImprimir = {
     "no nome, como ./cupom.bin.\n"
     "--perfil NOME diz que impressora é (--perfis mostra os nomes); com uma / em NOME, é um\n"
     "arquivo de perfil. Sem ele, a genérica de 80 mm.\n"
+    "--figura imprime a figura do papel, ponto a ponto, onde as letras da impressora não servem.\n"
+    "--pdf ARQUIVO grava o mesmo papel como PDF, antes de imprimir ou em vez disso.\n"
     "--espera MS limita o tempo em milissegundos; sem ela, 10000. Nele cabe a pergunta pelo\n"
     "estado: a uma impressora que diz estar sem papel, aberta ou fora de linha nada se envia.\n\n"
     "O último cupom é o que a biblioteca montou por último. Em produção só se\n"

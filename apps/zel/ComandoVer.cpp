@@ -85,8 +85,8 @@ const Comando kVer = {
     "ver [--saida ARQUIVO] [--colunas 42|48]\n"
     "ver [--documento ARQUIVO] --retorno ARQUIVO|OFFLINE [--saida ARQUIVO] [--colunas 42|48]",
     "Mostra o último cupom como a figura do seu papel.",
-    "Sem --saida abre a figura na tela, com xdg-open; com ela grava ARQUIVO, que é SVG se o\n"
-    "nome termina em .svg, e PNG se não.\n\n"
+    "Sem --saida abre a figura na tela, com xdg-open; com ela grava ARQUIVO, que é SVG ou PDF\n"
+    "se o nome termina em .svg ou .pdf, e PNG se não.\n\n"
     "O último cupom é o que a biblioteca montou por último. Se o último documento ainda não\n"
     "tem o seu, ele é montado sem a resposta da SEFAZ, só para ver.\n"
     "--retorno ARQUIVO monta o cupom com a resposta que o componente de envio deixou; OFFLINE,\n"

@@ -22,12 +22,20 @@ struct RespostaDoPapel {
     std::string estado;       // what a printer said of itself, in words
 };
 
-// Writes the picture into a file, SVG when its name ends so and PNG otherwise.
+// Writes the picture into a file, SVG or PDF when its name ends so and PNG otherwise.
 RespostaDoPapel gravarFigura(const TextoDeCupom &cupom, const std::string &arquivo);
 
-// Prints in at most `espera` milliseconds. `perfil` empty: the one for the paper.
-RespostaDoPapel imprimirCupom(const TextoDeCupom &cupom, const std::string &perfil,
-                              const std::string &destino, int espera);
+// The same as PDF, whatever the name.
+RespostaDoPapel gravarPdf(const TextoDeCupom &cupom, const std::string &arquivo);
+
+struct Impressao {
+    std::string destino;
+    std::string perfil; // empty: the one for the paper
+    int espera;         // milliseconds that it may take
+    bool figura;        // the picture, dot by dot, in the place of the printer's letters
+};
+
+RespostaDoPapel imprimirCupom(const TextoDeCupom &cupom, const Impressao &impressao);
 
 // The names of the printer profiles.
 std::vector<std::string> nomesDosPerfis();

@@ -74,23 +74,36 @@ int ler(const Cupom &cupom, const TextoDeCupom &texto) {
     return zel_cupom_ler(cupom.get(), texto.texto.data(), texto.texto.size());
 }
 
-} // namespace
-
-RespostaDoPapel gravarFigura(const TextoDeCupom &texto, const std::string &arquivo) {
+RespostaDoPapel gravarCom(int (*gravar)(zel_cupom *, const char *), const TextoDeCupom &texto,
+                          const std::string &arquivo) {
     const Cupom cupom(zel_cupom_novo());
     int codigo = ler(cupom, texto);
-    const auto gravar = arquivo.ends_with(".svg") ? zel_cupom_gravar_svg : zel_cupom_gravar_png;
     if (codigo == ZEL_CUPOM_OK) codigo = gravar(cupom.get(), arquivo.c_str());
     return resposta(cupom, codigo);
 }
 
-RespostaDoPapel imprimirCupom(const TextoDeCupom &texto, const std::string &perfil,
-                              const std::string &destino, int espera) {
+} // namespace
+
+RespostaDoPapel gravarFigura(const TextoDeCupom &texto, const std::string &arquivo) {
+    if (arquivo.ends_with(".pdf")) return gravarPdf(texto, arquivo);
+    return gravarCom(arquivo.ends_with(".svg") ? zel_cupom_gravar_svg : zel_cupom_gravar_png, texto,
+                     arquivo);
+}
+
+RespostaDoPapel gravarPdf(const TextoDeCupom &texto, const std::string &arquivo) {
+    return gravarCom(zel_cupom_gravar_pdf, texto, arquivo);
+}
+
+RespostaDoPapel imprimirCupom(const TextoDeCupom &texto, const Impressao &impressao) {
     const Cupom cupom(zel_cupom_novo());
     int codigo = ler(cupom, texto);
-    if (codigo == ZEL_CUPOM_OK && !perfil.empty())
-        codigo = zel_cupom_definir_perfil(cupom.get(), perfil.c_str());
-    if (codigo == ZEL_CUPOM_OK) codigo = zel_cupom_imprimir(cupom.get(), destino.c_str(), espera);
+    if (codigo == ZEL_CUPOM_OK && !impressao.perfil.empty())
+        codigo = zel_cupom_definir_perfil(cupom.get(), impressao.perfil.c_str());
+    if (codigo == ZEL_CUPOM_OK)
+        codigo = zel_cupom_definir_impressao(cupom.get(), impressao.figura ? ZEL_CUPOM_FIGURA
+                                                                           : ZEL_CUPOM_LETRAS);
+    if (codigo == ZEL_CUPOM_OK)
+        codigo = zel_cupom_imprimir(cupom.get(), impressao.destino.c_str(), impressao.espera);
     return resposta(cupom, codigo);
 }
 

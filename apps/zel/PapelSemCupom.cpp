@@ -13,7 +13,11 @@ RespostaDoPapel gravarFigura(const TextoDeCupom &, const std::string &) {
     return {0, kSem, 0};
 }
 
-RespostaDoPapel imprimirCupom(const TextoDeCupom &, const std::string &, const std::string &, int) {
+RespostaDoPapel gravarPdf(const TextoDeCupom &, const std::string &) {
+    return {0, kSem, 0};
+}
+
+RespostaDoPapel imprimirCupom(const TextoDeCupom &, const Impressao &) {
     return {0, kSem, 0};
 }
 

@@ -15,7 +15,7 @@ _zel() {
             mapfile -t COMPREPLY < <(compgen -d -- "$atual")
             return
             ;;
-        --itens | --documento | --retorno | --saida | --impressora | --config)
+        --itens | --documento | --retorno | --saida | --impressora | --pdf | --config)
             compopt -o filenames
             mapfile -t COMPREPLY < <(compgen -f -- "$atual")
             return

@@ -50,7 +50,7 @@ protected:
 using Ver = Papel;
 using Imprimir = Papel;
 
-TEST_F(Ver, grava_png_ou_svg_do_ultimo_cupom) {
+TEST_F(Ver, grava_png_svg_ou_pdf_do_ultimo_cupom) {
     const std::string figura = loja / "cupom";
     EXPECT_TRUE(loja.zel({"ver", "--saida", figura}).deu(2, "ainda não há nenhum cupom"));
     vender();
@@ -60,6 +60,8 @@ TEST_F(Ver, grava_png_ou_svg_do_ultimo_cupom) {
     EXPECT_TRUE(loja.zel({"ver", "--saida", figura + ".svg", "--colunas", "42", "--json"})
                     .deu(0, R"("colunas":"42")"));
     EXPECT_TRUE(contem(loja.ler("cupom.svg").substr(0, 300), R"(width="76mm")"));
+    EXPECT_TRUE(loja.zel({"ver", "--saida", figura + ".pdf"}).deu(0));
+    EXPECT_TRUE(loja.ler("cupom.pdf").starts_with("%PDF"));
     EXPECT_TRUE(loja.zel({"ver", "--saida", "/nada/cupom.png"}).deu(2));
     EXPECT_TRUE(loja.zel({"ver", "--saida", figura, "--colunas", "40"}).deu(2));
 }
@@ -86,6 +88,7 @@ TEST_F(Ver, abre_na_tela) {
 TEST_F(Imprimir, so_o_que_foi_autorizado) {
     vender();
     EXPECT_TRUE(imprimir().deu(2, "ainda não tem cupom"));
+    EXPECT_TRUE(loja.zel({"imprimir", "--pdf", loja / "x.pdf"}).deu(2, "ainda não tem cupom"));
     // Nor is the trial that zel ver laid out.
     EXPECT_TRUE(loja.zel({"ver", "--saida", loja / "x.png"}).deu(0));
     EXPECT_TRUE(imprimir().deu(2, "ainda não tem cupom"));
@@ -187,6 +190,28 @@ TEST_F(Imprimir, homologacao_sem_retorno_pelo_perfil_escolhido) {
     EXPECT_NE(bytes("generico-80mm"), bytes("bematech-esc-bema"));
 }
 
+// The same paper in dots, without a letter of the printer's, and as PDF, alone or beside the print.
+TEST_F(Imprimir, em_pontos_e_como_pdf) {
+    vender(kHomologacao);
+    EXPECT_TRUE(imprimir().deu(0));
+    const std::string letras = loja.ler("papel");
+    EXPECT_TRUE(imprimir({"--figura"}).deu(0));
+    const std::string pontos = loja.ler("papel");
+    EXPECT_TRUE(contem(letras, "101")) << "the item's code";
+    EXPECT_FALSE(pontos.find("CNPJ") != pontos.npos) << "letters in a picture";
+    EXPECT_GT(pontos.size(), 10 * letras.size());
+    std::filesystem::remove(papel);
+    const std::string pdf = loja / "cupom";
+    EXPECT_TRUE(loja.zel({"imprimir", "--pdf", pdf, "--json"}).deu(0, R"("resultado":"gravado")"));
+    EXPECT_TRUE(loja.ler("cupom").starts_with("%PDF"));
+    EXPECT_FALSE(std::filesystem::exists(papel));
+    EXPECT_TRUE(imprimir({"--pdf", pdf}).deu(0, "PDF:               " + pdf));
+    EXPECT_EQ(loja.ler("papel"), letras);
+    std::filesystem::remove(papel);
+    EXPECT_TRUE(imprimir({"--pdf", "/nada/cupom"}).deu(2, "/nada/cupom: "));
+    EXPECT_FALSE(std::filesystem::exists(papel)) << "printed though its PDF was refused";
+}
+
 const std::pair<Argumentos, std::string_view> kErros[] = {
     {{"imprimir"}, "falta --impressora"},
     {{"imprimir", "--impressora", "/dev/usb/lp77"}, "não foi encontrada: 0 de "},
@@ -201,6 +226,8 @@ const std::pair<Argumentos, std::string_view> kErros[] = {
     {{"imprimir", "--impressora", "COM1"}, "um dispositivo é como /dev/usb/lp0"},
     {{"imprimir", "--impressora", R"(\\srv\p)"}, "um arquivo leva uma barra"},
     {{"imprimir", "--impressora", "./papel", "--perfil", "nenhum"}, "zel imprimir --perfis"},
+    {{"imprimir", "--impressora", "./papel", "--figura", "--perfil", "generico-80mm-512"},
+     "zel imprimir --perfis"},
     {{"imprimir", "--impressora", "./papel", "--espera", "0"}, "--espera é de 1 a 600000"},
     {{"imprimir", "--impressora", "./papel", "--espera", "600001"}, "--espera é de 1 a 600000"},
     {{"imprimir", "--impressora", "./papel", "--documento", "x.xml"},
