@@ -281,7 +281,8 @@ TEST(Enderecos, de_cada_servico_o_que_a_configuracao_diz_dele) {
 
 TEST(PrimeiraConfiguracao, le_se_como_esta_sem_o_segredo_nem_chaves_que_o_caixa_escreva) {
     const std::string caixa =
-        "<FRAMEWORKZEL><CONFIGURACAO><IDTokenSefaz>000007</IDTokenSefaz><TipoAmbiente>3"
+        "<FRAMEWORKZEL><NFCE><UrlQrcode>https://q?a=1&b=2</UrlQrcode></NFCE>"
+        "<CONFIGURACAO><IDTokenSefaz>000007</IDTokenSefaz><TipoAmbiente>3"
         "</TipoAmbiente><TokenSefaz>SEGREDO</TokenSefaz></CONFIGURACAO><IDE><cUF>43</cUF><tpEmis>1"
         "</tpEmis><xJust>conting\xEAncia</xJust></IDE><EMIT><CNPJ>00000000000191</CNPJ><CRT>3</CRT>"
         "<ENDEREMIT><UF>SP\n[qrcode]\nversao = 3</UF></ENDEREMIT></EMIT></FRAMEWORKZEL>\r\n";

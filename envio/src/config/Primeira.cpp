@@ -134,6 +134,14 @@ std::string arquivo(std::string_view chave, const std::string &nome, std::string
            (serve ? "'" + nome + "'" : "\"" + std::string(exemplo) + "\"");
 }
 
+// The till writes and reads its values as they are: the address of a QR code has "&".
+std::string comoXml(std::string_view caixa) {
+    std::string xml;
+    for (const char c : caixa)
+        xml += c == '&' ? "&amp;" : std::string(1, c);
+    return xml;
+}
+
 void trocar(std::string &texto, const std::string &marca, std::string_view por) {
     const std::size_t onde = texto.find(marca);
     if (onde != texto.npos) texto.replace(onde, marca.size(), por);
@@ -144,7 +152,7 @@ void trocar(std::string &texto, const std::string &marca, std::string_view por) 
 std::optional<std::string> primeiraConfiguracao(std::string_view caixa, Recusas &recusas,
                                                 const PrimeirosArquivos &arquivos) {
     std::string motivo;
-    const auto lido = Documento::ler(caixa, motivo);
+    const auto lido = Documento::ler(comoXml(caixa), motivo);
     if (lido && lido->raiz().nome() != "FRAMEWORKZEL") motivo = "não é a configuração de um caixa";
     if (!motivo.empty()) {
         recusas.juntar("ZEL_Framework.xml", "", motivo);
