@@ -19,6 +19,8 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace zel_envio_cpp {
 
@@ -30,22 +32,36 @@ enum class Tipo {
     Consulta = ZEL_ENVIO_CONSULTA
 };
 
+// One thing that is wrong.
+struct Recusa {
+    std::string campo, valor, motivo;
+};
+
 // What the library answered.
 class Falha : public std::runtime_error {
 public:
-    Falha(const char *funcao, int codigo, const std::string &detalhe)
+    Falha(const char *funcao, int codigo, const std::string &detalhe,
+          std::vector<Recusa> recusas = {})
         : std::runtime_error(std::string(funcao) + ": " + ::zel_envio_descrever(codigo) + " (" +
                              std::to_string(codigo) + ")" +
                              (detalhe.empty() ? std::string() : ":\n" + detalhe)),
-          codigo_(codigo), detalhe_(detalhe) {}
+          codigo_(codigo), detalhe_(detalhe), recusas_(std::move(recusas)) {}
 
     int codigo() const noexcept { return codigo_; }
     // A line for each thing that is wrong; empty when the code says it all.
     const std::string &detalhe() const noexcept { return detalhe_; }
+    // The same thing by thing.
+    const std::vector<Recusa> &recusas() const noexcept { return recusas_; }
 
 private:
     int codigo_;
     std::string detalhe_;
+    std::vector<Recusa> recusas_;
+};
+
+// Files that a first configuration is to use; an example as a comment in the place of an empty one.
+struct Arquivos {
+    std::string certificado, senha, csc;
 };
 
 // What the till's file leaves out.
@@ -115,6 +131,26 @@ public:
         return ::zel_envio_detalhe(envio_.get());
     }
 
+    // A first zel-envio.toml, from the bytes of a till's ZEL_Framework.xml.
+    std::string primeiraConfiguracao(std::string_view caixa, const Arquivos &arquivos = {}) {
+        Bytes toml;
+        exigir("zel_envio_primeira_configuracao",
+               ::zel_envio_primeira_configuracao(
+                   envio_.get(), caixa.data(), caixa.size(), arquivos.certificado.c_str(),
+                   arquivos.senha.c_str(), arquivos.csc.c_str(), &toml.inicio, &toml.tamanho));
+        return toml.texto();
+    }
+
+    // A PKCS#12 file for trying: what it signs verifies, and no authority takes it.
+    std::string certificadoDeEnsaio(const std::string &nome, const std::string &cnpj,
+                                    const std::string &senha) {
+        Bytes bytes;
+        exigir("zel_envio_certificado_de_ensaio",
+               ::zel_envio_certificado_de_ensaio(envio_.get(), nome.c_str(), cnpj.c_str(),
+                                                 senha.c_str(), &bytes.inicio, &bytes.tamanho));
+        return bytes.texto();
+    }
+
     Impressao impressaoOffline() { return imprimir(nullptr, 0); }
     // `resposta` is the authority's answer.
     Impressao impressao(std::string_view resposta) {
@@ -137,7 +173,17 @@ private:
     };
 
     void exigir(const char *funcao, int codigo) const {
-        if (codigo != ZEL_ENVIO_OK) throw Falha(funcao, codigo, ::zel_envio_detalhe(envio_.get()));
+        if (codigo != ZEL_ENVIO_OK)
+            throw Falha(funcao, codigo, ::zel_envio_detalhe(envio_.get()), recusas());
+    }
+
+    std::vector<Recusa> recusas() const {
+        std::vector<Recusa> todas;
+        const char *campo = nullptr, *valor = nullptr, *motivo = nullptr;
+        while (::zel_envio_recusa(envio_.get(), todas.size(), &campo, &valor, &motivo) ==
+               ZEL_ENVIO_OK)
+            todas.push_back({campo, valor, motivo});
+        return todas;
     }
 
     Impressao imprimir(const char *resposta, std::size_t tamanho) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The C++17 layer of libzel-envio: teste_envio NOTA. Ends with 1 and what failed.
+// The C++17 layer of libzel-envio: teste_envio NOTA CONFIGURATION_OF_A_TILL. Ends with 1 and what
+// failed.
 #include "zel_envio.hpp"
 
 #include <fstream>
@@ -56,6 +57,33 @@ void mostrada(const std::string &nota) {
     contido("<DocProtocolo>7<", respondida.retorno);
 }
 
+// What a till without a certificate begins with, and why one thing after the other is refused.
+void primeira(const std::string &caixa, const std::string &nota) {
+    Envio envio;
+    contido("\narquivo = 'c.pfx'", envio.primeiraConfiguracao(caixa, {"c.pfx", "s.txt", ""}));
+    conferir(envio.certificadoDeEnsaio("ENSAIO", "11222333000181", "segredo")[0] == '\x30',
+             "no PKCS#12");
+    std::string errada = nota;
+    errada.replace(errada.find(">5102<"), 6, ">1<");
+    envio.ler(errada);
+    for (const auto &[chamada, campo] :
+         {std::pair{std::function([](Envio &e) { e.traduzir(); }), "CFOP"},
+          {[](Envio &e) { e.configurarTexto("a = 1\n"); }, "a"}}) {
+        try {
+            chamada(envio);
+            conferir(false, std::string("not refused: ") + campo);
+        } catch (const Falha &falha) {
+            contido(campo, falha.recusas().at(0).campo);
+        }
+    }
+    try {
+        envio.certificadoDeEnsaio("ENSAIO", "1", "segredo");
+        conferir(false, "a certificate without a CNPJ");
+    } catch (const Falha &falha) {
+        conferir(falha.codigo() == ZEL_ENVIO_ARGUMENTO, falha.what());
+    }
+}
+
 void recusadas(const std::string &nota) {
     const struct {
         std::function<void(Envio &)> chamada;
@@ -82,6 +110,9 @@ void recusadas(const std::string &nota) {
             for (const std::string &dito : caso.ditos)
                 contido(dito, falha.detalhe());
             contido(falha.detalhe(), falha.what());
+            conferir(falha.recusas().empty() == falha.detalhe().empty(), falha.what());
+            for (const Recusa &recusa : falha.recusas())
+                contido(recusa.motivo, falha.detalhe());
         }
     }
     try {
@@ -91,13 +122,19 @@ void recusadas(const std::string &nota) {
     }
 }
 
+std::string lido(const char *nome) {
+    std::ifstream arquivo(nome, std::ios::binary);
+    return {std::istreambuf_iterator<char>(arquivo), {}};
+}
+
 } // namespace
 
 int main(int quantos, char **argumentos) {
-    std::ifstream arquivo(quantos == 2 ? argumentos[1] : "", std::ios::binary);
-    const std::string nota{std::istreambuf_iterator<char>(arquivo), {}};
+    if (quantos != 3) return 2;
+    const std::string nota = lido(argumentos[1]);
     traduzida(nota);
     mostrada(nota);
+    primeira(lido(argumentos[2]), nota);
     recusadas(nota);
     return falhas == 0 ? 0 : 1;
 }

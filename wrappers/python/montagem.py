@@ -10,7 +10,7 @@ import zipfile
 from pathlib import Path
 
 AQUI = Path(__file__).resolve().parent
-PACOTES = ("zel_felbor", "zel_cupom", "zel_envio")
+PACOTES = ("zel_felbor", "zel_alca", "zel_cupom", "zel_envio")
 
 
 def _projeto():

@@ -210,15 +210,25 @@ class NoPapel(unittest.TestCase):
             self.assertEqual(Path(figura).read_bytes(), recibo.png())
             self.assertTrue(recibo.png().startswith(b"\x89PNG"))
             self.assertIn(b"<svg", recibo.svg())
+            recibo.gravar_pdf(figura)
+            self.assertEqual(Path(figura).read_bytes(), recibo.pdf())
+            self.assertTrue(recibo.pdf().startswith(b"%PDF"))
             self.assertEqual(recibo.imprimir(papel), len(recibo.escpos()))
             self.assertEqual(recibo.estado(), "")  # of a file
             self.assertIn(b"Padaria", Path(papel).read_bytes())
+        with self.recibo(perfil="generico-80mm", em_pontos=True) as recibo:
+            pontos = recibo.escpos()
+            self.assertTrue(b"\x1dv0" in pontos and b"Padaria" not in pontos)
         self.assertIn("generico-80mm", zel_cupom.perfis(biblioteca=CUPOM))
+        cabecalho = Path(__file__).parents[2] / "cupom/include/zel_cupom.h"
+        self.assertIn(f'VERSAO "{zel_cupom.versao(biblioteca=CUPOM)}"', cabecalho.read_text())
         with self.assertRaisesRegex(ValueError, "fechado"):
             recibo.png()
 
     def test_falhas_dizem_o_que_houve(self):
         falhas = {"definir_perfil (-8).*perfil desconhecido": lambda: self.recibo(perfil="nenhum"),
+                  "escpos (-8).*pontos": lambda: self.recibo(perfil="generico-80mm-512",
+                                                             em_pontos=True).escpos(),
                   "definir_papel (-1)": lambda: self.recibo(colunas=40),
                   "imprimir (-9).*bytes enviados": lambda: self.recibo().imprimir("/dev/nao_ha"),
                   "gravar_png (-6).*No such file": lambda: self.recibo().gravar_png("/nao/ha.png")}
@@ -244,16 +254,9 @@ class ParaASefaz(unittest.TestCase):
         senha = os.open(pasta / "senha.txt", os.O_WRONLY | os.O_CREAT, 0o600)
         os.write(senha, b"de ensaio\n")
         os.close(senha)
-        for comando in (
-                "req -x509 -newkey rsa:2048 -nodes -keyout chave.pem -out certificado.pem -days 30 "
-                "-subj /CN=ENSAIO -addext keyUsage=critical,digitalSignature,nonRepudiation -addext "
-                "subjectAltName=otherName:2.16.76.1.3.3;UTF8:11222333000181",
-                "pkcs12 -export -inkey chave.pem -in certificado.pem -out certificado.pfx "
-                "-passout file:senha.txt"):
-            ambiente = {k: v for k, v in os.environ.items() if k != "LD_PRELOAD"}
-            subprocess.run(["openssl", *comando.split()], cwd=pasta, check=True, capture_output=True,
-                           env=ambiente)
         envio = zel_envio.Envio(biblioteca=ENVIO)
+        (pasta / "certificado.pfx").write_bytes(
+            envio.certificado_de_ensaio("ENSAIO", "11222333000181", "de ensaio"))
         envio.configurar_texto('[certificado]\narquivo = "certificado.pfx"\n'
                                'senha_arquivo = "senha.txt"\n' + self.TOML, pasta)
         return envio
@@ -282,6 +285,13 @@ class ParaASefaz(unittest.TestCase):
         with self.assertRaisesRegex(ValueError, "fechado"):
             envio.mensagem()
 
+    def test_a_primeira_configuracao_de_um_caixa(self):
+        caixa().inicializar()
+        with zel_envio.Envio(biblioteca=ENVIO) as envio:
+            toml = envio.primeira_configuracao(caixa().arquivo("ZEL_Framework.xml").read_bytes(),
+                                               certificado=Path("c.pfx"))
+        self.assertRegex(toml, "(?m)^arquivo = 'c.pfx'$")
+
     def test_falhas_dizem_tudo_o_que_esta_errado(self):
         falhas = {
             "configurar (-3)": (lambda e: e.configurar_texto("a = 1\nb = 2"), ["a", "b"]),
@@ -290,6 +300,8 @@ class ParaASefaz(unittest.TestCase):
             "traduzir (-5)": (lambda e: (e.ler(NOTA.replace(b">UN<", b"><").replace(b">5102<", b">1<")),
                                          e.traduzir()), ["CFOP", "uCom"]),
             "assinar (-6)": (lambda e: (e.configurar_texto(self.TOML), e.assinar()), ["certificado"]),
+            "certificado_de_ensaio (-1)": (lambda e: e.certificado_de_ensaio("A", "1", "b"), []),
+            "primeira_configuracao (-4)": (lambda e: e.primeira_configuracao(b"<NFe/>"), []),
             "mensagem (-10)": (lambda e: e.mensagem(), [])}
         for parte, (chamada, ditos) in falhas.items():
             with self.subTest(parte), zel_envio.Envio(biblioteca=ENVIO) as envio:
@@ -301,6 +313,8 @@ class ParaASefaz(unittest.TestCase):
                 self.assertEqual(f"({e.codigo})", parte.split()[1])
                 for dito in ditos:
                     self.assertIn(dito, e.detalhe)
+                    self.assertTrue(any(dito in r.campo + r.valor for r in e.recusas), e.recusas)
+                self.assertEqual([r for r in e.recusas if r.motivo not in e.detalhe], [])
         with zel_envio.Envio(biblioteca=ENVIO) as envio, self.assertRaises(KeyError):
             envio.valor("nenhum")
         with self.assertRaisesRegex(zel_envio.BibliotecaAusente, "LD_LIBRARY_PATH"):

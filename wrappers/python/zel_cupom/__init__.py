@@ -13,15 +13,15 @@ from __future__ import annotations
 
 import ctypes
 import os
-import threading
-from ctypes import POINTER, byref, c_char_p, c_int, c_size_t, c_ubyte, c_void_p
-from typing import Any, List, Optional, Union
+from ctypes import POINTER, c_char_p, c_int, c_size_t, c_void_p
+from typing import Any, List, Optional
 
-__all__ = ["BibliotecaAusente", "FalhaNoCupom", "Recibo", "perfis"]
+from zel_alca import BibliotecaAusente, Caminho, ComAlca, carregar
+from zel_alca import nome_de_arquivo as _nome
 
-Caminho = Union[str, "os.PathLike[str]"]
+__all__ = ["BibliotecaAusente", "FalhaNoCupom", "Recibo", "perfis", "versao"]
 
-_BYTES = [c_void_p, POINTER(POINTER(c_ubyte)), POINTER(c_size_t)]
+_BYTES = [c_void_p, POINTER(c_void_p), POINTER(c_size_t)]
 _ASSINATURAS = {
     "novo": (c_void_p, []), "liberar": (None, [c_void_p]),
     "ler": (c_int, [c_void_p, c_char_p, c_size_t]),
@@ -30,18 +30,16 @@ _ASSINATURAS = {
     "definir_logotipo": (c_int, [c_void_p, c_char_p, c_int]),
     "definir_fonte": (c_int, [c_void_p, c_char_p, c_char_p]),
     "definir_perfil": (c_int, [c_void_p, c_char_p]),
-    "definir_gaveta": (c_int, [c_void_p, c_int]),
-    "png": (c_int, _BYTES), "svg": (c_int, _BYTES), "escpos": (c_int, _BYTES),
+    "definir_gaveta": (c_int, [c_void_p, c_int]), "definir_impressao": (c_int, [c_void_p, c_int]),
+    "png": (c_int, _BYTES), "svg": (c_int, _BYTES), "pdf": (c_int, _BYTES), "escpos": (c_int, _BYTES),
     "gravar_png": (c_int, [c_void_p, c_char_p]), "gravar_svg": (c_int, [c_void_p, c_char_p]),
+    "gravar_pdf": (c_int, [c_void_p, c_char_p]),
     "imprimir": (c_int, [c_void_p, c_char_p, c_int]),
     "nome_do_perfil": (c_char_p, [c_int]), "enviados": (c_size_t, [c_void_p]),
     "estado": (c_int, [c_void_p]),
     "detalhe": (c_char_p, [c_void_p]), "descrever": (c_char_p, [c_int]),
-    "liberar_bytes": (None, [POINTER(c_ubyte)])}
-
-
-class BibliotecaAusente(Exception):
-    """The shared object was not found, or cannot be loaded."""
+    "liberar_bytes": (None, [c_void_p]), "versao": (c_char_p, [])}
+_FIGURA, _ARQUIVO, _PERFIL = 1, -6, -8  # of zel_cupom.h
 
 
 class FalhaNoCupom(Exception):
@@ -54,28 +52,16 @@ class FalhaNoCupom(Exception):
         super().__init__(f"{funcao}: {significado} ({codigo})" + (f": {detalhe}" if detalhe else ""))
 
 
-def _carregar(nome: str) -> ctypes.CDLL:
-    try:
-        # errno says why a file could not be written.
-        biblioteca = ctypes.CDLL(nome, use_errno=True)
-    except OSError as erro:
-        raise BibliotecaAusente(
-            f"a biblioteca não pôde ser carregada: {erro}. Instale o pacote libzel-cupom1, ou diga onde "
-            "ela está: o diretório em LD_LIBRARY_PATH, ou o arquivo no argumento biblioteca.") from erro
-    for funcao, (resposta, tipos) in _ASSINATURAS.items():
-        f = getattr(biblioteca, f"zel_cupom_{funcao}")
-        f.restype, f.argtypes = resposta, tipos
-    return biblioteca
-
-
 _BIBLIOTECA = "libzel-cupom.so.1"
 
 
-def _nome(argumento: str, caminho: Caminho) -> bytes:
-    escrito = os.fsencode(caminho)
-    if b"\0" in escrito:
-        raise ValueError(f"{argumento}: nome de arquivo com U+0000")
-    return escrito
+def _carregar(nome: str) -> ctypes.CDLL:
+    return carregar(nome, "zel_cupom_", _ASSINATURAS, "o pacote libzel-cupom1")
+
+
+def versao(*, biblioteca: str = _BIBLIOTECA) -> str:
+    """The version of the library that is loaded."""
+    return str(_carregar(biblioteca).zel_cupom_versao().decode("ascii"))
 
 
 def perfis(*, biblioteca: str = _BIBLIOTECA) -> List[str]:
@@ -89,21 +75,18 @@ def perfis(*, biblioteca: str = _BIBLIOTECA) -> List[str]:
         nomes.append(nome.decode("ascii"))
 
 
-class Recibo:
+class Recibo(ComAlca):
     """One receipt, with its paper and its printer; closed at the end of a `with`. Calls from several
     threads are made one after the other."""
+    _prefixo, _quem = "zel_cupom_", "o recibo"
 
     def __init__(self, texto: str, *, colunas: int = 48, papel: int = 0, escala: int = 1,
                  logotipo: Optional[Caminho] = None, cinza: bool = False, perfil: Optional[str] = None,
-                 gaveta: bool = False, biblioteca: str = _BIBLIOTECA):
+                 gaveta: bool = False, em_pontos: bool = False, biblioteca: str = _BIBLIOTECA):
         """`texto` is what Cupom.imprimir answers: characters of ISO-8859-1. `papel` is its width in mm,
         0 the usual one of 48 or 42 `colunas`; `logotipo` a PNG file; `perfil` the name of a printer
-        profile or the path of a file."""
-        self._lib = _carregar(biblioteca)
-        self._trava = threading.Lock()
-        self._alca = self._lib.zel_cupom_novo()
-        if not self._alca:
-            raise MemoryError("zel_cupom_novo")
+        profile or the path of a file; `em_pontos` prints the picture, not the printer's letters."""
+        super().__init__(_carregar(biblioteca))
         try:
             latin1 = texto.encode("latin-1")
             self._chamar("ler", latin1, len(latin1))
@@ -114,64 +97,47 @@ class Recibo:
             if perfil is not None:
                 self._chamar("definir_perfil", _nome("perfil", perfil))
             self._chamar("definir_gaveta", int(gaveta))
+            self._chamar("definir_impressao", _FIGURA if em_pontos else 0)
         except BaseException:
             self.fechar()
             raise
 
-    def __enter__(self) -> Recibo:
-        return self
-
-    def __exit__(self, *_: Any) -> None:
-        self.fechar()
-
-    def __del__(self) -> None:
-        if getattr(self, "_alca", None):
-            self.fechar()
-
-    def fechar(self) -> None:
-        with self._trava:
-            self._lib.zel_cupom_liberar(self._alca)
-            self._alca = None
-
     def _chamar(self, funcao: str, *argumentos: Any) -> None:
         with self._trava:
-            if not self._alca:
-                raise ValueError("o recibo já foi fechado")
-            codigo = getattr(self._lib, f"zel_cupom_{funcao}")(self._alca, *argumentos)
+            codigo = self._funcao(funcao)(self._aberta(), *argumentos)
             if codigo > 0:
                 return
-            erro = ctypes.get_errno() if codigo == -6 else 0
-            relata = funcao in ("imprimir", "definir_perfil")
+            erro = ctypes.get_errno() if codigo == _ARQUIVO else 0
+            relata = funcao in ("imprimir", "definir_perfil") or codigo == _PERFIL
             detalhe = self._lib.zel_cupom_detalhe(self._alca).decode("latin-1") if relata else ""
             enviados = self._lib.zel_cupom_enviados(self._alca) if funcao == "imprimir" else 0
         significado = self._lib.zel_cupom_descrever(codigo).decode("latin-1")
         raise FalhaNoCupom(f"zel_cupom_{funcao}", codigo, significado,
                            detalhe or (os.strerror(erro) if erro else ""), enviados)
 
-    def _bytes(self, funcao: str) -> bytes:
-        inicio, tamanho = POINTER(c_ubyte)(), c_size_t()
-        self._chamar(funcao, byref(inicio), byref(tamanho))
-        try:
-            return ctypes.string_at(inicio, tamanho.value)
-        finally:
-            self._lib.zel_cupom_liberar_bytes(inicio)
-
     def png(self) -> bytes:
         """The picture of the paper."""
-        return self._bytes("png")
+        return self._bytes("png", 1)[0]
 
     def svg(self) -> bytes:
-        return self._bytes("svg")
+        return self._bytes("svg", 1)[0]
+
+    def pdf(self) -> bytes:
+        """The paper as PDF, letters as text."""
+        return self._bytes("pdf", 1)[0]
 
     def escpos(self) -> bytes:
         """The bytes that print it on the printer of the profile."""
-        return self._bytes("escpos")
+        return self._bytes("escpos", 1)[0]
 
     def gravar_png(self, arquivo: Caminho) -> None:
         self._chamar("gravar_png", _nome("arquivo", arquivo))
 
     def gravar_svg(self, arquivo: Caminho) -> None:
         self._chamar("gravar_svg", _nome("arquivo", arquivo))
+
+    def gravar_pdf(self, arquivo: Caminho) -> None:
+        self._chamar("gravar_pdf", _nome("arquivo", arquivo))
 
     def imprimir(self, destino: str, *, espera: int = 5000) -> int:
         """To "tcp://HOST", a device or a file, within `espera` milliseconds; answers how many bytes

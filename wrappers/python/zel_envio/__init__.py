@@ -14,14 +14,13 @@ from __future__ import annotations
 
 import ctypes
 import enum
-import os
-import threading
 from ctypes import POINTER, byref, c_char_p, c_int, c_size_t, c_void_p
-from typing import Any, List, Optional, Tuple, Union
+from typing import Any, List, NamedTuple, Optional, Tuple
 
-__all__ = ["BibliotecaAusente", "Envio", "FalhaNoEnvio", "Tipo", "versao"]
+from zel_alca import BibliotecaAusente, Caminho, ComAlca, carregar
+from zel_alca import nome_de_arquivo as _nome
 
-Caminho = Union[str, "os.PathLike[str]"]
+__all__ = ["BibliotecaAusente", "Envio", "FalhaNoEnvio", "Recusa", "Tipo", "versao"]
 
 _BYTES = [POINTER(c_void_p), POINTER(c_size_t)]
 _ASSINATURAS = {
@@ -34,24 +33,32 @@ _ASSINATURAS = {
     "verificar": (c_int, [c_void_p]), "valor": (c_char_p, [c_void_p, c_char_p]),
     "mensagem": (c_int, [c_void_p, *_BYTES]), "mostrar": (c_int, [c_void_p, *_BYTES]),
     "impressao": (c_int, [c_void_p, c_char_p, c_size_t, *_BYTES, *_BYTES]),
+    "primeira_configuracao": (c_int, [c_void_p, c_char_p, c_size_t, c_char_p, c_char_p, c_char_p, *_BYTES]),
+    "certificado_de_ensaio": (c_int, [c_void_p, c_char_p, c_char_p, c_char_p, *_BYTES]),
+    "recusa": (c_int, [c_void_p, c_size_t, *3 * [POINTER(c_char_p)]]),
     "liberar_bytes": (None, [c_void_p]),
     "detalhe": (c_char_p, [c_void_p]), "descrever": (c_char_p, [c_int]), "versao": (c_char_p, [])}
 
 
-class BibliotecaAusente(Exception):
-    """The shared object was not found, or cannot be loaded."""
+class Recusa(NamedTuple):
+    """One thing that is wrong."""
+    campo: str
+    valor: str
+    motivo: str
 
 
 class FalhaNoEnvio(Exception):
     """What libzel-envio answered: its code, the function, what the code means, and in `detalhe` all
-    that is wrong, a line for each thing."""
+    that is wrong, a line for each thing; `recusas` has the same thing by thing."""
 
-    def __init__(self, funcao: str, codigo: int, significado: str, detalhe: str):
+    def __init__(self, funcao: str, codigo: int, significado: str, detalhe: str,
+                 recusas: "Tuple[Recusa, ...]" = ()):
         self.funcao, self.codigo, self.significado, self.detalhe = funcao, codigo, significado, detalhe
+        self.recusas = recusas
         super().__init__(f"{funcao}: {significado} ({codigo})" + (f":\n{detalhe}" if detalhe else ""))
 
     def __reduce__(self) -> Any:
-        return type(self), (self.funcao, self.codigo, self.significado, self.detalhe)
+        return type(self), (self.funcao, self.codigo, self.significado, self.detalhe, self.recusas)
 
 
 class Tipo(enum.IntEnum):
@@ -67,16 +74,7 @@ _BIBLIOTECA = "libzel-envio.so.1"
 
 
 def _carregar(nome: str) -> ctypes.CDLL:
-    try:
-        biblioteca = ctypes.CDLL(nome)
-    except OSError as erro:
-        raise BibliotecaAusente(
-            f"a biblioteca não pôde ser carregada: {erro}. Instale a libzel-envio, ou diga onde ela "
-            "está: o diretório em LD_LIBRARY_PATH, ou o arquivo no argumento biblioteca.") from erro
-    for funcao, (resposta, tipos) in _ASSINATURAS.items():
-        f = getattr(biblioteca, f"zel_envio_{funcao}")
-        f.restype, f.argtypes = resposta, tipos
-    return biblioteca
+    return carregar(nome, "zel_envio_", _ASSINATURAS, "a libzel-envio")
 
 
 def versao(*, biblioteca: str = _BIBLIOTECA) -> str:
@@ -90,24 +88,14 @@ def _texto(argumento: str, texto: str) -> bytes:
     return texto.encode("utf-8")
 
 
-def _nome(argumento: str, caminho: Caminho) -> bytes:
-    escrito = os.fsencode(caminho)
-    if b"\0" in escrito:
-        raise ValueError(f"{argumento}: nome de arquivo com U+0000")
-    return escrito
-
-
-class Envio:
+class Envio(ComAlca):
     """One configuration with its certificate, and one document at a time; closed at the end of a
     `with`. Calls from several threads are made one after the other."""
+    _prefixo, _quem = "zel_envio_", "o envio"
 
     def __init__(self, configuracao: Optional[Caminho] = None, *, biblioteca: str = _BIBLIOTECA):
         """`configuracao` is a zel-envio.toml; without one nothing is signed or judged by schemas."""
-        self._lib = _carregar(biblioteca)
-        self._trava = threading.RLock()
-        self._alca = self._lib.zel_envio_novo()
-        if not self._alca:
-            raise MemoryError("zel_envio_novo")
+        super().__init__(_carregar(biblioteca))
         try:
             if configuracao is not None:
                 self._chamar("configurar", _nome("configuracao", configuracao))
@@ -115,47 +103,26 @@ class Envio:
             self.fechar()
             raise
 
-    def __enter__(self) -> Envio:
-        return self
-
-    def __exit__(self, *_: Any) -> None:
-        self.fechar()
-
-    def __del__(self) -> None:
-        if getattr(self, "_alca", None):
-            self.fechar()
-
-    def fechar(self) -> None:
-        with self._trava:
-            self._lib.zel_envio_liberar(self._alca)
-            self._alca = None
-
-    def _aberto(self) -> Any:
-        if not self._alca:
-            raise ValueError("o envio já foi fechado")
-        return self._alca
-
     def _detalhe(self) -> str:
         return str(self._lib.zel_envio_detalhe(self._alca).decode("utf-8", "replace"))
+
+    def _recusas(self) -> List[Recusa]:
+        campos = [c_char_p() for _ in Recusa._fields]
+        recusas: List[Recusa] = []
+        while self._lib.zel_envio_recusa(self._alca, len(recusas), *map(byref, campos)) > 0:
+            recusas.append(Recusa(*((c.value or b"").decode("utf-8", "replace") for c in campos)))
+        return recusas
 
     def _chamar(self, funcao: str, *argumentos: Any) -> str:
         """Answers the detail of a call that succeeded."""
         with self._trava:
-            codigo = getattr(self._lib, f"zel_envio_{funcao}")(self._aberto(), *argumentos)
+            codigo = self._funcao(funcao)(self._aberta(), *argumentos)
             detalhe = self._detalhe()
-        if codigo > 0:
-            return detalhe
+            if codigo > 0:
+                return detalhe
+            recusas = tuple(self._recusas())
         significado = self._lib.zel_envio_descrever(codigo).decode("utf-8")
-        raise FalhaNoEnvio(f"zel_envio_{funcao}", codigo, significado, detalhe)
-
-    def _bytes(self, funcao: str, quantos: int, *argumentos: Any) -> List[bytes]:
-        saidas = [(c_void_p(), c_size_t()) for _ in range(quantos)]
-        try:
-            self._chamar(funcao, *argumentos, *(byref(saida) for par in saidas for saida in par))
-            return [ctypes.string_at(inicio, tamanho.value) for inicio, tamanho in saidas]
-        finally:
-            for inicio, _ in saidas:
-                self._lib.zel_envio_liberar_bytes(inicio)
+        raise FalhaNoEnvio(f"zel_envio_{funcao}", codigo, significado, detalhe, recusas)
 
     def configurar_texto(self, toml: str, diretorio: Caminho = "") -> None:
         """A configuration's text; `diretorio` is where its relative paths begin."""
@@ -189,7 +156,7 @@ class Envio:
     def valor(self, nome: str) -> str:
         """A fact of the document or the certificate: "chave", "qrCode", "certificado.dias"..."""
         with self._trava:
-            valor = self._lib.zel_envio_valor(self._aberto(), _texto("nome", nome))
+            valor = self._lib.zel_envio_valor(self._aberta(), _texto("nome", nome))
             if valor is None:
                 raise KeyError(nome)
             return str(valor.decode("utf-8"))
@@ -201,6 +168,18 @@ class Envio:
     def mostrar(self) -> str:
         """The document as a person reads it."""
         return self._bytes("mostrar", 1)[0].decode("utf-8")
+
+    def primeira_configuracao(self, caixa: bytes, *, certificado: Caminho = "",
+                              senha_arquivo: Caminho = "", csc_arquivo: Caminho = "") -> str:
+        """The text of a first zel-envio.toml, from the bytes of a till's ZEL_Framework.xml."""
+        nomes = (_nome("certificado", certificado), _nome("senha_arquivo", senha_arquivo),
+                 _nome("csc_arquivo", csc_arquivo))
+        return self._bytes("primeira_configuracao", 1, caixa, len(caixa), *nomes)[0].decode("utf-8")
+
+    def certificado_de_ensaio(self, nome: str, cnpj: str, senha: str) -> bytes:
+        """A PKCS#12 file for trying: what it signs verifies, and no authority takes it."""
+        return self._bytes("certificado_de_ensaio", 1, _texto("nome", nome), _texto("cnpj", cnpj),
+                           _texto("senha", senha))[0]
 
     def impressao(self, resposta: Optional[bytes] = None) -> Tuple[bytes, bytes]:
         """Document and return for Cupom.imprimir, each to be written to a file; `resposta` is the
