@@ -7,9 +7,9 @@
 #include "PastaDoAlvo.h"
 
 #include "config/Registro.h"
-#include "documento/Carga.h"
-#include "documento/Persistencia.h"
-#include "documento/ZEL_Controle.h"
+#include "emcurso/Carga.h"
+#include "emcurso/Persistencia.h"
+#include "emcurso/ZEL_Controle.h"
 #include "imposto/Presets.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/DadosImpressao.h"

@@ -5,11 +5,11 @@
 // The first byte chooses.
 #include "Alvo.h"
 
-#include "ConferenciaConfig.h"
-#include "ConferenciaDocumento.h"
-#include "Cupom.h"
-#include "Venda.h"
 #include "apoio/ComoABiblioteca.h"
+#include "conferencia/ConferenciaConfig.h"
+#include "conferencia/ConferenciaDocumento.h"
+#include "leitura/Cupom.h"
+#include "leitura/Venda.h"
 
 using namespace zel::aplicativo;
 using zel::ehDigito;

@@ -3,7 +3,7 @@
 // what was written reads as what was written.
 #include "Alvo.h"
 
-#include "util/Numero.h"
+#include "texto/Numero.h"
 
 #include <cmath>
 

@@ -4,10 +4,10 @@
 #include "PastaDoAlvo.h"
 
 #include "ZEL_FelborFramework.h"
-#include "util/Gravacao.h"
-#include "util/RegistroDiario.h"
-#include "util/Soma.h"
-#include "util/Trava.h"
+#include "diario/Gravacao.h"
+#include "diario/RegistroDiario.h"
+#include "diario/Soma.h"
+#include "disco/Trava.h"
 
 #include <filesystem>
 #include <utility>

@@ -4,9 +4,9 @@
 #include "Alvo.h"
 
 #include "ZEL_FelborFramework.h"
-#include "documento/Conformidade.h"
-#include "documento/Moldes.h"
-#include "documento/Parser.h"
+#include "secao/Conformidade.h"
+#include "secao/Moldes.h"
+#include "secao/Parser.h"
 
 using namespace zel;
 

@@ -2,10 +2,10 @@
 // Mark-up removal, line breaking and XML values; the first byte is the width of a line.
 #include "Alvo.h"
 
-#include "util/Marcacao.h"
-#include "util/Quebra.h"
-#include "util/Texto.h"
-#include "util/TextoXml.h"
+#include "texto/Marcacao.h"
+#include "texto/Quebra.h"
+#include "texto/Texto.h"
+#include "texto/TextoXml.h"
 
 using namespace zel;
 

@@ -8,7 +8,7 @@
 #include "config/Registro.h"
 #include "impressao/PdfDanfe.h"
 #include "impressao/ZEL_PDF.h"
-#include "util/Codificacao.h"
+#include "texto/Codificacao.h"
 
 using namespace zel;
 

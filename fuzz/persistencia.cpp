@@ -5,9 +5,9 @@
 
 #include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ArquivoPersistencia.h"
-#include "documento/Pendencias.h"
-#include "documento/ZEL_Controle.h"
+#include "emcurso/ArquivoPersistencia.h"
+#include "emcurso/Pendencias.h"
+#include "emcurso/ZEL_Controle.h"
 
 using namespace zel;
 

@@ -10,17 +10,23 @@ from pathlib import Path
 
 RAIZ = Path(__file__).resolve().parents[1]
 
+# The rooms of the library from the lowest up; those above are in reach of none below them.
+ORDEM = ["texto", "recusa", "disco", "diario", "config", "secao", "emcurso", "emissao", "imposto",
+         "impressao", "negocio", "api"]
+# What a room does without although it stands lower.
+SEM = {"secao": {"disco", "diario", "config"}, "imposto": {"disco", "diario", "emissao"},
+       "negocio": {"impressao"}}
+
+
+def abaixo(sala):
+    return {"comum", "zel_felbor", *ORDEM[:ORDEM.index(sala) + 1]} - SEM.get(sala, set())
+
+
 # What the sources of a folder may include, by the first part of the name between the quotes. A name
-# without a folder is of the own folder.
+# without a folder is of the own folder, but in those where every name has one.
 SALAS = {
     "comum": {"comum"},
-    "src/util": {"comum", "util"},
-    "src/config": {"comum", "util", "config"},
-    "src/documento": {"comum", "util", "config", "documento"},
-    "src/imposto": {"comum", "util", "config", "documento", "imposto"},
-    "src/impressao": {"comum", "util", "config", "documento", "imposto", "impressao"},
-    "src/negocio": {"comum", "util", "config", "documento", "imposto", "negocio"},
-    "src/api": {"comum", "util", "config", "documento", "imposto", "impressao", "negocio", "api"},
+    **{f"src/{sala}": abaixo(sala) for sala in ORDEM},
     "cupom": {"comum"},
     "envio/src/base": {"comum", "base"},
     "envio/src/config": {"comum", "base", "config"},
@@ -35,8 +41,15 @@ SALAS = {
     "envio/src/guarda": {"comum", "base", "config", "documento", "mensagem", "fila", "guarda"},
     "envio/src/fluxo": {"comum", "base", "config", "assinatura", "esquema", "traducao", "documento", "rede", "mensagem",
                         "fila", "guarda", "fluxo"},
-    "apps": {"comum"},
+    "apps/zel/leitura": {"comum", "leitura"},
+    "apps/zel/conferencia": {"comum", "leitura", "conferencia"},
+    "apps/zel/comandos": {"comum", "leitura", "conferencia", "comandos"},
+    "apps/zel/principal": {"comandos", "leitura"},
 }
+COM_PASTA = ("comum/", "src/", "apps/zel/")
+# The public headers, whole, and who includes them.
+PUBLICOS = {"ZEL_FelborFramework.h": ("src/api/", "apps/zel/"), "zel_cupom.h": ("apps/zel/comandos/",),
+            "zel_envio.h": ("apps/zel/comandos/",)}
 # The folders of the tests, and what each includes beside the rooms and its own files.
 TESTES = {"tests/unit": "unit", "tests/blackbox": "blackbox", "tests/fault": "fault",
           "tests/zel": "zel", "tests/cupom": "cupom", "tests/envio": "envio", "fuzz": "fuzz", "benchmarks": "benchmarks",
@@ -49,8 +62,10 @@ LICENCA = "SPDX-License-Identifier: MIT"
 def proibido(caminho, incluido):
     """Why the file at that path must not include this name; nothing when it may."""
     primeiro = incluido.split("/")[0] if "/" in incluido else ""
+    if not primeiro and caminho.startswith(COM_PASTA) and not caminho.startswith(PUBLICOS.get(incluido, ())):
+        return "a public header that this room does without" if incluido in PUBLICOS else "a name without its folder"
     for pasta, permitidas in SALAS.items():
-        if caminho.startswith(pasta + "/") and primeiro and primeiro not in permitidas:
+        if caminho.startswith((pasta + "/", pasta + ".")) and primeiro and primeiro not in permitidas:
             return f"{pasta} does not know {primeiro}"
     for pasta, nome in TESTES.items():
         if not caminho.startswith(pasta + "/"):
@@ -59,7 +74,7 @@ def proibido(caminho, incluido):
         if primeiro == ".." or primeiro in outras:
             return f"{pasta} shares through tests/apoio alone"
         # The table of reasons is gone through: each one has to be provoked.
-        livre = primeiro in ("", "blackbox", "apoio") or incluido == "util/Motivo.h"
+        livre = primeiro in ("", "blackbox", "apoio") or incluido == "recusa/Motivo.h"
         if nome == "blackbox" and not livre:
             return "black-box tests know the public header"
     return None
@@ -91,14 +106,24 @@ def fontes():
 
 
 QUEBRADAS = [
-    ("src/util/Texto.cpp", '#include "config/Registro.h"'),
+    ("src/texto/Texto.cpp", '#include "recusa/Recusa.h"'),
+    ("src/recusa/Log.cpp", '#include "disco/Descritor.h"'),
+    ("src/secao/Tag.cpp", '#include "config/Registro.h"'),
+    ("src/emcurso/Carga.cpp", '#include "emissao/Cabecalho.h"'),
+    ("src/imposto/Grupo.cpp", '#include "emissao/Cabecalho.h"'),
     ("src/negocio/Venda.cpp", '#include "impressao/Impressao.h"'),
-    ("apps/zel/Xml.cpp", '#include "util/Texto.h"'),
-    ("cupom/src/Saida.cpp", '#include "util/Arquivo.h"'),
+    ("src/negocio/Venda.cpp", '#include "ZEL_FelborFramework.h"'),
+    ("src/texto/Texto.cpp", '#include "Numero.h"'),
+    ("apps/zel/leitura/Xml.cpp", '#include "texto/Texto.h"'),
+    ("apps/zel/leitura/Xml.cpp", '#include "conferencia/Achado.h"'),
+    ("apps/zel/conferencia/Regras.cpp", '#include "comandos/Comando.h"'),
+    ("apps/zel/conferencia/Regras.cpp", '#include "zel_envio.h"'),
+    ("apps/zel/principal.cpp", '#include "conferencia/Regras.h"'),
+    ("cupom/src/Saida.cpp", '#include "disco/Arquivo.h"'),
     ("envio/src/traducao/Somas.cpp", '#include "assinatura/Certificado.h"'),
-    ("comum/Arquivo.cpp", '#include "util/Texto.h"'),
+    ("comum/Arquivo.cpp", '#include "texto/Texto.h"'),
     ("tests/blackbox/vendas.cpp", '#include "../../fuzz/Alvo.h"'),
-    ("tests/blackbox/vendas.cpp", '#include "util/Texto.h"'),
+    ("tests/blackbox/vendas.cpp", '#include "texto/Texto.h"'),
     ("fuzz/pdf.cpp", '#include "unit/impressao_apoio.h"'),
     ("tests/apoio/Retorno.h", '#include "blackbox/Caixa.h"'),
 ]

@@ -120,12 +120,12 @@ def alterados(cabecalho, funcoes, codigos):
 
 # Where a payment form of the library's table has to be named, too, and how, without its accents.
 FORMAS = {"tabela/funcoes.json": '"valor": "{nome}", "codigo": "{codigo}"',
-          "apps/zel/Venda.cpp": '{{"{nome}", "{codigo}"}}', "apps/zel/ComandoVender.cpp": "{nome}",
+          "apps/zel/leitura/Venda.cpp": '{{"{nome}", "{codigo}"}}', "apps/zel/comandos/ComandoVender.cpp": "{nome}",
           "include/ZEL_FelborFramework.h": "{nome}", "docs/manual/itens.md": "| {nome} | {codigo} |"}
 
 
 def formas():
-    fonte = (RAIZ / "src/util/Codigos.h").read_text(encoding="utf-8")
+    fonte = (RAIZ / "src/texto/Codigos.h").read_text(encoding="utf-8")
     for codigo, rotulo in re.findall(r'\{"(\d\d)", "([^"]+)"(?:_l1)?\}', fonte):
         nome = unicodedata.normalize("NFD", rotulo)
         yield codigo, "".join(letra for letra in nome if not unicodedata.combining(letra))

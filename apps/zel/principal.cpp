@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The command zel: looks after a till from the command line. Each subcommand stands in a file of
 // its own.
-#include "Comando.h"
-#include "Terminal.h"
-#include "Texto.h"
+#include "comandos/Comando.h"
+#include "leitura/Terminal.h"
+#include "leitura/Texto.h"
 
 #include "ZEL_FelborFramework.h"
 

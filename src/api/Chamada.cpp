@@ -2,9 +2,10 @@
 #include "api/Chamada.h"
 
 #include "ZEL_FelborFramework.h"
-#include "util/LogDescritor.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
+#include "disco/Diretorio.h"
+#include "disco/LogDescritor.h"
+#include "recusa/Recusa.h"
+#include "texto/Numero.h"
 
 #include <array>
 #include <optional>
@@ -93,7 +94,7 @@ Chamada::~Chamada() {
 int Chamada::responder(int codigo) noexcept {
     if (nivel_ == NivelLog::kDesligado) return codigo;
     try {
-        auto motivo = codigo > 0 ? std::nullopt : textoDaRecusa(codigo);
+        auto motivo = codigo > 0 ? std::nullopt : textoDaRecusa(codigo, fnConfigurarPath);
         if (codigo < 0 && !motivo) motivo = "motivo não registrado";
         if (!motivo && nivel_ != NivelLog::kChamadas) return codigo;
         std::string texto = resposta(funcao_, codigo);

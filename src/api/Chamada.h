@@ -2,7 +2,7 @@
 // One call of an exported function, as the log sees it: what it answers and why, in one line.
 #pragma once
 
-#include "util/Log.h"
+#include "disco/ArquivoLog.h"
 
 #include <ctime>
 #include <string_view>

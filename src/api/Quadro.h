@@ -5,12 +5,12 @@
 #pragma once
 
 #include "api/Chamada.h"
-#include "documento/Carga.h"
-#include "documento/Persistencia.h"
+#include "diario/Gravacao.h"
+#include "disco/Trava.h"
+#include "emcurso/Carga.h"
+#include "emcurso/Persistencia.h"
 #include "imposto/Presets.h"
-#include "util/Gravacao.h"
-#include "util/Recusa.h"
-#include "util/Trava.h"
+#include "recusa/Recusa.h"
 
 namespace zel {
 

@@ -6,10 +6,11 @@
 
 #include "api/Quadro.h"
 #include "config/Registro.h"
-#include "documento/Contingencia.h"
-#include "documento/InfoEstendida.h"
-#include "documento/Persistencia.h"
-#include "documento/ZEL_Controle.h"
+#include "disco/ArquivoCripto.h"
+#include "emcurso/InfoEstendida.h"
+#include "emcurso/Persistencia.h"
+#include "emcurso/ZEL_Controle.h"
+#include "emissao/Contingencia.h"
 #include "imposto/Presets.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/Impressao.h"
@@ -25,8 +26,7 @@
 #include "negocio/Totalizacao.h"
 #include "negocio/Transporte.h"
 #include "negocio/Venda.h"
-#include "util/Cripto.h"
-#include "util/Recusa.h"
+#include "recusa/Recusa.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "config/ArquivoConfig.h"
 
-#include "util/TextoXml.h"
+#include "texto/TextoXml.h"
 
 #include <algorithm>
 #include <utility>

@@ -2,7 +2,7 @@
 #include "config/Arredondamento.h"
 
 #include "config/Registro.h"
-#include "util/Numero.h"
+#include "texto/Numero.h"
 
 namespace zel {
 

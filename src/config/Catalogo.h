@@ -5,8 +5,8 @@
 #pragma once
 
 #include "config/CatalogoTabela.h"
-#include "util/Campo.h"
-#include "util/Texto.h"
+#include "texto/Campo.h"
+#include "texto/Texto.h"
 
 #include <algorithm>
 #include <array>

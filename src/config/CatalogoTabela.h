@@ -3,7 +3,7 @@
 // addresses, the tax groups) are lists here and are spelled out when the library is compiled.
 #pragma once
 
-#include "util/Latin1.h"
+#include "texto/Latin1.h"
 
 #include <algorithm>
 #include <array>

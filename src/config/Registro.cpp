@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "config/Registro.h"
 
-#include "ZEL_FelborFramework.h"
-#include "util/Arquivo.h"
-#include "util/Diretorio.h"
-#include "util/Gravacao.h"
-#include "util/Recusa.h"
-#include "util/TextoXml.h"
-#include "util/Trava.h"
+#include "diario/Gravacao.h"
+#include "disco/Arquivo.h"
+#include "disco/Diretorio.h"
+#include "disco/Trava.h"
+#include "recusa/Recusa.h"
+#include "texto/TextoXml.h"
+#include "zel_felbor/codigos.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -14,7 +14,7 @@
 
 namespace zel {
 
-struct MudancaArquivo; // util/Gravacao.h
+struct MudancaArquivo; // diario/Gravacao.h
 
 // The value of a key known when the library is compiled: valorConfig(R"(IDE\nNF)"_chave).
 // The view holds until the next change or load.

@@ -2,10 +2,10 @@
 #include "imposto/Grupo.h"
 
 #include "config/Registro.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
-#include "util/Texto.h"
-#include "util/TextoXml.h"
+#include "recusa/Recusa.h"
+#include "texto/Numero.h"
+#include "texto/Texto.h"
+#include "texto/TextoXml.h"
 
 #include <string>
 

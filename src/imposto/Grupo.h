@@ -5,10 +5,10 @@
 #pragma once
 
 #include "config/Catalogo.h"
-#include "documento/Tag.h"
 #include "imposto/Presets.h"
 #include "imposto/Selecao.h"
-#include "util/Campo.h"
+#include "secao/Tag.h"
+#include "texto/Campo.h"
 
 #include <algorithm>
 #include <array>

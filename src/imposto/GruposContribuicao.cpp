@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "imposto/GruposContribuicao.h"
 
-#include "ZEL_FelborFramework.h"
 #include "imposto/Grupo.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
-#include "util/TextoXml.h"
+#include "recusa/Recusa.h"
+#include "texto/Numero.h"
+#include "texto/TextoXml.h"
+#include "zel_felbor/codigos.h"
 
 #include <span>
 #include <utility>

@@ -4,8 +4,8 @@
 // Grupo. Rates, bases and quantities are decimal texts, rates in percent.
 #pragma once
 
-#include "documento/Tag.h"
 #include "imposto/Presets.h"
+#include "secao/Tag.h"
 
 #include <string_view>
 

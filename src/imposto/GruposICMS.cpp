@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "imposto/GruposICMS.h"
 
-#include "ZEL_FelborFramework.h"
 #include "imposto/Grupo.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
+#include "recusa/Recusa.h"
+#include "texto/Numero.h"
+#include "zel_felbor/codigos.h"
 
 #include <utility>
 

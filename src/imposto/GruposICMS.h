@@ -3,8 +3,8 @@
 // group of an item. Which group it is comes from Selecao, how rows become tags from Grupo.
 #pragma once
 
-#include "documento/Tag.h"
 #include "imposto/Presets.h"
+#include "secao/Tag.h"
 
 #include <string_view>
 

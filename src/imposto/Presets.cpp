@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "imposto/Presets.h"
 
-#include "ZEL_FelborFramework.h"
-#include "documento/ZEL_Controle.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
-#include "util/Texto.h"
-#include "util/TextoXml.h"
+#include "emcurso/ZEL_Controle.h"
+#include "recusa/Recusa.h"
+#include "texto/Numero.h"
+#include "texto/Texto.h"
+#include "texto/TextoXml.h"
+#include "zel_felbor/codigos.h"
 
 #include <algorithm>
 #include <initializer_list>

@@ -5,7 +5,7 @@
 // an item gets is Selecao's, how it is written the group builders'.
 #pragma once
 
-#include "util/Campo.h"
+#include "texto/Campo.h"
 
 #include <array>
 #include <string_view>

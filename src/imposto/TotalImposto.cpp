@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "imposto/TotalImposto.h"
 
-#include "ZEL_FelborFramework.h"
-#include "util/Recusa.h"
-#include "util/Texto.h"
+#include "recusa/Recusa.h"
+#include "texto/Texto.h"
+#include "zel_felbor/codigos.h"
 
 #include <string>
 

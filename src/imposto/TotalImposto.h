@@ -3,7 +3,7 @@
 // gives at the close, kept in memory until the receipt's layout has printed and emptied it.
 #pragma once
 
-#include "util/Campo.h"
+#include "texto/Campo.h"
 
 #include <string_view>
 

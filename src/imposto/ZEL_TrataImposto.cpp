@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "imposto/ZEL_TrataImposto.h"
 
-#include "ZEL_FelborFramework.h"
 #include "config/Arredondamento.h"
 #include "imposto/Grupo.h"
 #include "imposto/GruposContribuicao.h"
 #include "imposto/GruposICMS.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
-#include "util/Texto.h"
+#include "recusa/Recusa.h"
+#include "texto/Numero.h"
+#include "texto/Texto.h"
+#include "zel_felbor/codigos.h"
 
 #include <utility>
 

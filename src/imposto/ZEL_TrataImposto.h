@@ -4,8 +4,8 @@
 // GruposContribuicao's; the item's `prod` and saving the document are the business rooms'.
 #pragma once
 
-#include "documento/Tag.h"
 #include "imposto/Presets.h"
+#include "secao/Tag.h"
 
 #include <string>
 #include <string_view>

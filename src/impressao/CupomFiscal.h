@@ -5,7 +5,7 @@
 #pragma once
 
 #include "comum/ChaveAcesso.h"
-#include "util/Campo.h"
+#include "texto/Campo.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,8 +3,8 @@
 // process, never in the configuration file, which has its own TipoAmbiente.
 #pragma once
 
-#include "util/Campo.h"
-#include "util/Numero.h"
+#include "texto/Campo.h"
+#include "texto/Numero.h"
 
 namespace zel {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "impressao/Escrita.h"
 
-#include "util/Marcacao.h"
+#include "texto/Marcacao.h"
 
 namespace zel {
 

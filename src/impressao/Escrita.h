@@ -5,7 +5,7 @@
 // text.
 #pragma once
 
-#include "util/Latin1.h"
+#include "texto/Latin1.h"
 
 #include <cstddef>
 #include <string>

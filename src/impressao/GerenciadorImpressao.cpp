@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "impressao/GerenciadorImpressao.h"
 
-#include "ZEL_FelborFramework.h"
 #include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
-#include "documento/Digest.h"
-#include "documento/Parser.h"
-#include "documento/Somas.h"
+#include "emcurso/Somas.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/ColunasLayout.h"
 #include "impressao/Escrita.h"
@@ -14,10 +11,13 @@
 #include "impressao/LeituraXml.h"
 #include "impressao/Setores.h"
 #include "impressao/ValorImpresso.h"
-#include "util/Codificacao.h"
-#include "util/Codigos.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
+#include "recusa/Recusa.h"
+#include "secao/Digest.h"
+#include "secao/Parser.h"
+#include "texto/Codificacao.h"
+#include "texto/Codigos.h"
+#include "texto/Numero.h"
+#include "zel_felbor/codigos.h"
 
 #include <algorithm>
 #include <limits>

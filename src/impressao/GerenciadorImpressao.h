@@ -3,7 +3,7 @@
 // as text with printer mark-up. Stores nothing on disk; the entry that does is Impressao's.
 #pragma once
 
-#include "documento/Persistencia.h"
+#include "emcurso/Persistencia.h"
 #include "impressao/CupomFiscal.h"
 #include "impressao/DadosImpressao.h"
 

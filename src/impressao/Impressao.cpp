@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "impressao/Impressao.h"
 
-#include "ZEL_FelborFramework.h"
 #include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
+#include "disco/Arquivo.h"
+#include "disco/ArquivoCripto.h"
 #include "impressao/ColunasLayout.h"
 #include "impressao/GerenciadorImpressao.h"
 #include "impressao/LayoutImpressao.h"
 #include "impressao/LeituraXml.h"
 #include "impressao/ZEL_PDF.h"
-#include "util/Arquivo.h"
-#include "util/Cripto.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
-#include "util/Texto.h"
+#include "recusa/Recusa.h"
+#include "texto/Numero.h"
+#include "texto/Texto.h"
+#include "zel_felbor/codigos.h"
 
 namespace zel {
 

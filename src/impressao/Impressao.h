@@ -3,7 +3,7 @@
 // the library keeps of it (key, protocol, QR-code content, last receipt) and to the PDFs.
 #pragma once
 
-#include "documento/Persistencia.h"
+#include "emcurso/Persistencia.h"
 #include "impressao/CupomFiscal.h"
 #include "impressao/DadosImpressao.h"
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "impressao/LayoutImpressao.h"
 
-#include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
 #include "impressao/Linha.h"
 #include "impressao/ValorImpresso.h"
-#include "util/Codificacao.h"
-#include "util/Codigos.h"
-#include "util/Numero.h"
-#include "util/Texto.h"
+#include "texto/Codificacao.h"
+#include "texto/Codigos.h"
+#include "texto/Numero.h"
+#include "texto/Texto.h"
+#include "zel_felbor/codigos.h"
 
 #include <algorithm>
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "impressao/LeituraXml.h"
 
-#include "util/Arquivo.h"
-#include "util/Cripto.h"
-#include "util/Recusa.h"
-#include "util/Texto.h"
-#include "util/TextoXml.h"
+#include "disco/Arquivo.h"
+#include "recusa/Recusa.h"
+#include "texto/Cripto.h"
+#include "texto/Texto.h"
+#include "texto/TextoXml.h"
 
 #include <algorithm>
 #include <cstddef>

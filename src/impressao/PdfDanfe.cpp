@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "impressao/PdfDanfe.h"
 
-#include "util/Marcacao.h"
-#include "util/Quebra.h"
-#include "util/Texto.h"
+#include "texto/Marcacao.h"
+#include "texto/Quebra.h"
+#include "texto/Texto.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "impressao/PdfPagina.h"
 
-#include "ZEL_FelborFramework.h"
-#include "util/Arquivo.h"
-#include "util/Recusa.h"
+#include "disco/Arquivo.h"
+#include "recusa/Recusa.h"
+#include "zel_felbor/codigos.h"
 
 #include <array>
 #include <charconv>

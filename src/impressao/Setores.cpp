@@ -8,10 +8,10 @@
 #include "impressao/LayoutImpressao.h"
 #include "impressao/Linha.h"
 #include "impressao/ValorImpresso.h"
-#include "util/Codigos.h"
-#include "util/Marcacao.h"
-#include "util/Numero.h"
-#include "util/TextoXml.h"
+#include "texto/Codigos.h"
+#include "texto/Marcacao.h"
+#include "texto/Numero.h"
+#include "texto/TextoXml.h"
 
 #include <algorithm>
 #include <cstddef>

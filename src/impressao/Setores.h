@@ -4,7 +4,7 @@
 // manager's choice; the widths and the literals that depend on them are ColunasLayout's.
 #pragma once
 
-#include "documento/Persistencia.h"
+#include "emcurso/Persistencia.h"
 #include "impressao/ColunasLayout.h"
 #include "impressao/CupomFiscal.h"
 

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "config/Registro.h"
-#include "util/Texto.h"
-#include "util/TextoXml.h"
+#include "texto/Texto.h"
+#include "texto/TextoXml.h"
 
 #include <string>
 #include <string_view>

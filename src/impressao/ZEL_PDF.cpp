@@ -1,23 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "impressao/ZEL_PDF.h"
 
-#include "ZEL_FelborFramework.h"
 #include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
-#include "documento/Envio.h"
-#include "documento/Parser.h"
-#include "documento/Tag.h"
+#include "disco/Arquivo.h"
+#include "disco/Diretorio.h"
+#include "emissao/Envio.h"
 #include "impressao/CupomFiscal.h"
 #include "impressao/GerenciadorImpressao.h"
 #include "impressao/LeituraXml.h"
 #include "impressao/PdfDanfe.h"
 #include "impressao/PdfListagem.h"
 #include "impressao/PdfPagina.h"
-#include "util/Arquivo.h"
-#include "util/Codificacao.h"
-#include "util/Diretorio.h"
-#include "util/Recusa.h"
-#include "util/Texto.h"
+#include "recusa/Recusa.h"
+#include "secao/Parser.h"
+#include "secao/Tag.h"
+#include "texto/Codificacao.h"
+#include "texto/Texto.h"
+#include "zel_felbor/codigos.h"
 
 #include <algorithm>
 #include <cstddef>

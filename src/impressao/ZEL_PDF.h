@@ -3,7 +3,7 @@
 // data directory and named after the document's Id. Drawing is PdfPagina's and its users'.
 #pragma once
 
-#include "documento/Persistencia.h"
+#include "emcurso/Persistencia.h"
 #include "impressao/DadosImpressao.h"
 
 #include <string_view>

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Abertura.h"
 
-#include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ArquivoPersistencia.h"
-#include "documento/Conformidade.h"
-#include "documento/Limites.h"
-#include "documento/ZEL_Controle.h"
+#include "diario/Gravacao.h"
+#include "emcurso/ArquivoPersistencia.h"
+#include "emcurso/ZEL_Controle.h"
 #include "negocio/Argumento.h"
-#include "util/Gravacao.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
-#include "util/Texto.h"
+#include "recusa/Recusa.h"
+#include "secao/Conformidade.h"
+#include "secao/Limites.h"
+#include "texto/Numero.h"
+#include "texto/Texto.h"
+#include "zel_felbor/codigos.h"
 
 #include <array>
 #include <utility>

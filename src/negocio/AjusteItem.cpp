@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/AjusteItem.h"
 
-#include "ZEL_FelborFramework.h"
 #include "config/Arredondamento.h"
-#include "documento/ArquivoPersistencia.h"
-#include "documento/ZEL_Controle.h"
+#include "emcurso/ArquivoPersistencia.h"
+#include "emcurso/ZEL_Controle.h"
 #include "imposto/ZEL_TrataImposto.h"
 #include "negocio/Argumento.h"
-#include "util/Latin1.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
+#include "recusa/Recusa.h"
+#include "texto/Latin1.h"
+#include "texto/Numero.h"
+#include "zel_felbor/codigos.h"
 
 #include <string>
 

@@ -4,8 +4,8 @@
 // item's taxes are rebuilt after each change, from the new base.
 #pragma once
 
-#include "documento/Persistencia.h"
-#include "documento/Tag.h"
+#include "emcurso/Persistencia.h"
+#include "secao/Tag.h"
 
 #include <string_view>
 

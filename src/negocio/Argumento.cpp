@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Argumento.h"
 
-#include "util/Numero.h"
-#include "util/Recusa.h"
-#include "util/Texto.h"
+#include "recusa/Recusa.h"
+#include "texto/Numero.h"
+#include "texto/Texto.h"
 
 namespace zel {
 

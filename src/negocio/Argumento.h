@@ -3,8 +3,8 @@
 // Every rule here counts characters of the plain text, a reference as the one it stands for.
 #pragma once
 
-#include "documento/Tag.h"
-#include "util/TextoXml.h"
+#include "secao/Tag.h"
+#include "texto/TextoXml.h"
 
 #include <initializer_list>
 #include <optional>

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Cancelamento.h"
 
-#include "ZEL_FelborFramework.h"
 #include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
-#include "documento/Carga.h"
-#include "documento/DataHora.h"
-#include "documento/ZEL_Controle.h"
+#include "disco/ArquivoCripto.h"
+#include "disco/Diretorio.h"
+#include "emcurso/Carga.h"
+#include "emcurso/ZEL_Controle.h"
+#include "emissao/DataHora.h"
 #include "negocio/Argumento.h"
 #include "negocio/Requisicao.h"
-#include "util/Cripto.h"
-#include "util/Diretorio.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
-#include "util/Texto.h"
+#include "recusa/Recusa.h"
+#include "texto/Numero.h"
+#include "texto/Texto.h"
+#include "zel_felbor/codigos.h"
 
 namespace zel {
 

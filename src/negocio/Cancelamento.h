@@ -3,7 +3,7 @@
 // is sent or, without connection, kept scrambled in files. The event's form is Requisicao's.
 #pragma once
 
-#include "documento/Persistencia.h"
+#include "emcurso/Persistencia.h"
 
 #include <ctime>
 #include <optional>

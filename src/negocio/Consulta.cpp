@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Consulta.h"
 
-#include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
 #include "negocio/Argumento.h"
 #include "negocio/Requisicao.h"
-#include "util/Recusa.h"
+#include "recusa/Recusa.h"
+#include "zel_felbor/codigos.h"
 
 #include <algorithm>
 #include <array>

@@ -2,8 +2,8 @@
 // Closing: the last section, the complete document and its way out.
 #pragma once
 
-#include "documento/Persistencia.h"
-#include "documento/Tag.h"
+#include "emcurso/Persistencia.h"
+#include "secao/Tag.h"
 
 #include <string_view>
 

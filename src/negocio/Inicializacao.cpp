@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Inicializacao.h"
 
-#include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/Carga.h"
+#include "emcurso/Carga.h"
+#include "zel_felbor/codigos.h"
 
 namespace zel {
 

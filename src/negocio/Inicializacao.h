@@ -2,7 +2,7 @@
 // Initialisation and finalisation of the library.
 #pragma once
 
-#include "documento/Persistencia.h"
+#include "emcurso/Persistencia.h"
 
 namespace zel {
 

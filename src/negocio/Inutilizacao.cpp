@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Inutilizacao.h"
 
-#include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
 #include "negocio/Argumento.h"
 #include "negocio/Requisicao.h"
+#include "zel_felbor/codigos.h"
 
 namespace zel {
 

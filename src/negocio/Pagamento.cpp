@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Pagamento.h"
 
-#include "ZEL_FelborFramework.h"
-#include "documento/ArquivoPersistencia.h"
-#include "documento/Conformidade.h"
-#include "documento/Somas.h"
-#include "documento/ZEL_Controle.h"
+#include "emcurso/ArquivoPersistencia.h"
+#include "emcurso/Somas.h"
+#include "emcurso/ZEL_Controle.h"
 #include "negocio/Argumento.h"
-#include "util/Codigos.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
+#include "recusa/Recusa.h"
+#include "secao/Conformidade.h"
+#include "texto/Codigos.h"
+#include "texto/Numero.h"
+#include "zel_felbor/codigos.h"
 
 #include <vector>
 

@@ -5,8 +5,8 @@
 #pragma once
 
 #include "config/Registro.h"
-#include "documento/Persistencia.h"
-#include "documento/Tag.h"
+#include "emcurso/Persistencia.h"
+#include "secao/Tag.h"
 
 #include <span>
 #include <string_view>

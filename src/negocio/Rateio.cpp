@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Rateio.h"
 
-#include "ZEL_FelborFramework.h"
 #include "negocio/AjusteItem.h"
 #include "negocio/Argumento.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
+#include "recusa/Recusa.h"
+#include "texto/Numero.h"
+#include "zel_felbor/codigos.h"
 
 #include <cmath>
 #include <string>

@@ -3,7 +3,7 @@
 // values, so that the document carries every adjustment on its items.
 #pragma once
 
-#include "documento/Persistencia.h"
+#include "emcurso/Persistencia.h"
 
 #include <string_view>
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Requisicao.h"
 
-#include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/Envio.h"
-#include "util/Historico.h"
-#include "util/TextoXml.h"
+#include "emissao/Envio.h"
+#include "emissao/Historico.h"
+#include "texto/TextoXml.h"
+#include "zel_felbor/codigos.h"
 
 #include <algorithm>
 #include <array>

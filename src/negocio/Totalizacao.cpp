@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Totalizacao.h"
 
-#include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ArquivoPersistencia.h"
-#include "documento/Conformidade.h"
-#include "documento/Somas.h"
-#include "documento/ZEL_Controle.h"
+#include "emcurso/ArquivoPersistencia.h"
+#include "emcurso/Somas.h"
+#include "emcurso/ZEL_Controle.h"
 #include "negocio/Argumento.h"
 #include "negocio/Rateio.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
+#include "recusa/Recusa.h"
+#include "secao/Conformidade.h"
+#include "texto/Numero.h"
+#include "zel_felbor/codigos.h"
 
 #include <span>
 

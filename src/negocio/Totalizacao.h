@@ -3,8 +3,8 @@
 // stores the totals group that payment and closing compare against.
 #pragma once
 
-#include "documento/Persistencia.h"
-#include "documento/Tag.h"
+#include "emcurso/Persistencia.h"
+#include "secao/Tag.h"
 
 #include <string_view>
 

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Transporte.h"
 
-#include "ZEL_FelborFramework.h"
 #include "config/Registro.h"
-#include "documento/ArquivoPersistencia.h"
-#include "documento/Conformidade.h"
-#include "documento/Limites.h"
-#include "documento/ZEL_Controle.h"
+#include "emcurso/ArquivoPersistencia.h"
+#include "emcurso/ZEL_Controle.h"
 #include "negocio/Argumento.h"
-#include "util/Recusa.h"
-#include "util/Texto.h"
+#include "recusa/Recusa.h"
+#include "secao/Conformidade.h"
+#include "secao/Limites.h"
+#include "texto/Texto.h"
+#include "zel_felbor/codigos.h"
 
 namespace zel {
 

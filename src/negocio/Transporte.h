@@ -2,8 +2,8 @@
 // The carrier of a delivery: the group `transp` of the transport section.
 #pragma once
 
-#include "documento/Persistencia.h"
-#include "documento/Tag.h"
+#include "emcurso/Persistencia.h"
+#include "secao/Tag.h"
 
 #include <string_view>
 

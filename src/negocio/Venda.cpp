@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Venda.h"
 
-#include "ZEL_FelborFramework.h"
 #include "config/Arredondamento.h"
 #include "config/Registro.h"
-#include "documento/ArquivoPersistencia.h"
-#include "documento/Conformidade.h"
-#include "documento/Limites.h"
-#include "documento/ZEL_Controle.h"
+#include "emcurso/ArquivoPersistencia.h"
+#include "emcurso/ZEL_Controle.h"
 #include "imposto/ZEL_TrataImposto.h"
 #include "negocio/Argumento.h"
-#include "util/Numero.h"
-#include "util/Recusa.h"
+#include "recusa/Recusa.h"
+#include "secao/Conformidade.h"
+#include "secao/Limites.h"
+#include "texto/Numero.h"
+#include "zel_felbor/codigos.h"
 
 namespace zel {
 

@@ -2,7 +2,7 @@
 // Selling: an item's product group, its taxes and its place in the document in progress.
 #pragma once
 
-#include "documento/Persistencia.h"
+#include "emcurso/Persistencia.h"
 #include "imposto/Presets.h"
 
 #include <string_view>

@@ -3,12 +3,12 @@
 // the configuration looks like.
 #pragma once
 
-#include "ArquivoConfig.h"
-#include "TabelaChaves.h"
-#include "Texto.h"
+#include "conferencia/ArquivoConfig.h"
+#include "leitura/TabelaChaves.h"
+#include "leitura/Texto.h"
 
 #include "config/ArquivoConfig.h"
-#include "util/TextoXml.h"
+#include "texto/TextoXml.h"
 
 namespace zel::aplicativo {
 

@@ -3,10 +3,10 @@
 #pragma once
 
 #include "apoio/PastaTemporaria.h"
-#include "util/Diretorio.h"
+#include "disco/Diretorio.h"
 
 namespace zel {
-void esquecerDiario(); // util/Gravacao.h, whose names would collide with those of tests
+void esquecerDiario(); // diario/Gravacao.h, whose names would collide with those of tests
 }
 
 // As for a process that starts now.

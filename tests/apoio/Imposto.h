@@ -4,9 +4,9 @@
 #pragma once
 
 #include "apoio/ComDados.h"
-#include "documento/Tag.h"
 #include "imposto/Presets.h"
-#include "util/Texto.h"
+#include "secao/Tag.h"
+#include "texto/Texto.h"
 
 #include <functional>
 

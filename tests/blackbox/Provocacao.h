@@ -5,7 +5,7 @@
 #include "apoio/Chamadas.h"
 #include "apoio/Passos.h"
 #include "blackbox/Caixa.h"
-#include "util/Motivo.h"
+#include "recusa/Motivo.h"
 
 #include <functional>
 

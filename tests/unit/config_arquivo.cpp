@@ -2,7 +2,7 @@
 // The text of the configuration file, whoever wrote, tore or changed it.
 #include "apoio/Trecho.h"
 #include "config/ArquivoConfig.h"
-#include "util/Texto.h"
+#include "texto/Texto.h"
 
 #include <gtest/gtest.h>
 

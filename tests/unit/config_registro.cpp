@@ -3,7 +3,7 @@
 // leaves both as they were.
 #include "apoio/ComDados.h"
 #include "apoio/Trecho.h"
-#include "util/Texto.h"
+#include "texto/Texto.h"
 
 using namespace zel;
 

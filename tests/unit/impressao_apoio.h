@@ -4,11 +4,11 @@
 
 #include "apoio/ComDados.h"
 #include "apoio/Trecho.h"
-#include "documento/Persistencia.h"
+#include "emcurso/Persistencia.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/DadosImpressao.h"
 #include "impressao/GerenciadorImpressao.h"
-#include "util/Latin1.h"
+#include "texto/Latin1.h"
 
 #include <tuple>
 

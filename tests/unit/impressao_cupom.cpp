@@ -2,12 +2,12 @@
 // Whole receipts against golden files, and the entry of printing: what is stored when, and what a
 // refusal leaves. ZEL_REGENERAR=1 rewrites the golden receipts; look at the difference.
 #include "apoio/Ouro.h"
+#include "disco/ArquivoCripto.h"
 #include "impressao/Impressao.h"
 #include "impressao/Setores.h"
 #include "impressao_apoio.h"
-#include "util/Cripto.h"
-#include "util/Texto.h"
-#include "util/TextoXml.h"
+#include "texto/Texto.h"
+#include "texto/TextoXml.h"
 
 using namespace impressao;
 

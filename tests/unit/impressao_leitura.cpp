@@ -3,9 +3,9 @@
 // vocabulary counts, and that no value is taken from a neighbour.
 #include "impressao/LeituraXml.h"
 #include "impressao_apoio.h"
-#include "util/Codificacao.h"
-#include "util/Numero.h"
-#include "util/Texto.h"
+#include "texto/Codificacao.h"
+#include "texto/Numero.h"
+#include "texto/Texto.h"
 
 using namespace impressao;
 

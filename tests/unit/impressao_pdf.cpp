@@ -5,8 +5,8 @@
 #include "impressao/PdfListagem.h"
 #include "impressao/ZEL_PDF.h"
 #include "impressao_apoio.h"
-#include "util/Codificacao.h"
-#include "util/Texto.h"
+#include "texto/Codificacao.h"
+#include "texto/Texto.h"
 
 #include <cmath>
 #include <regex>

@@ -2,14 +2,14 @@
 // The request documents and the operations that send them.
 #include "apoio/Ambiente.h"
 #include "apoio/ComDados.h"
-#include "documento/Cabecalho.h"
-#include "documento/DataHora.h"
-#include "documento/ZEL_Controle.h"
+#include "emcurso/ZEL_Controle.h"
+#include "emissao/Cabecalho.h"
+#include "emissao/DataHora.h"
 #include "negocio/Cancelamento.h"
 #include "negocio/Consulta.h"
 #include "negocio/Inutilizacao.h"
-#include "util/Cripto.h"
-#include "util/Texto.h"
+#include "texto/Cripto.h"
+#include "texto/Texto.h"
 
 #include <array>
 #include <limits>

@@ -3,8 +3,8 @@
 // in progress. Nothing there may change by being looked at.
 #include "Loja.h"
 
-#include "Texto.h"
 #include "apoio/Funcoes.h"
+#include "leitura/Texto.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -5,7 +5,7 @@
 #include "Marcas.h"
 
 #include "apoio/Porta.h"
-#include "util/Marcacao.h"
+#include "texto/Marcacao.h"
 
 #include <gtest/gtest.h>
 

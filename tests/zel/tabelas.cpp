@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The tables of the command held against what they are about: the states' published examples, the
 // library's own reading of damaged files, and what the tax builders really read.
-#include "Municipios.h"
-#include "TabelaMunicipios.h"
-#include "Texto.h"
 #include "apoio/ComoABiblioteca.h"
 #include "apoio/Imposto.h"
 #include "comum/Digitos.h"
 #include "comum/Estados.h"
+#include "leitura/Municipios.h"
+#include "leitura/TabelaMunicipios.h"
+#include "leitura/Texto.h"
 
 #include "imposto/GruposContribuicao.h"
 #include "imposto/GruposICMS.h"

@@ -3,8 +3,8 @@
 // its name and severity, and nothing else is.
 #include "Loja.h"
 
-#include "TabelaChaves.h"
-#include "Texto.h"
+#include "leitura/TabelaChaves.h"
+#include "leitura/Texto.h"
 
 #include <gtest/gtest.h>
 

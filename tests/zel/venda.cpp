@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // What zel vender and the requests read, before the library is asked: the sale and the ranges as
 // texts, a table each.
-#include "Venda.h"
-#include "Pedido.h"
+#include "leitura/Venda.h"
 #include "apoio/Textos.h"
+#include "leitura/Pedido.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+// One record of the journal as bytes: which files a call changed, and how. All numbers are
+// little-endian. Knows neither files nor what they hold.
+//
+//   record     = head payload zeros         up to a multiple of 4096 bytes
+//   head       = "ZEL2" crc32:4 epoch:8 sequence:8 moment:8 inode:8 place:4 size:4 payloadCrc32:4
+//                stamps zeros               512 bytes
+//   payload    = count:1 {change}
+//   stamps     = count:1 {length:1 name inode:8 size:8 changed:8 written:8}
+//   change     = length:1 name form:1 mode:1 at:8 removed:8 size:8 bytes
+//
+// `crc32` is taken over what follows it up to the end of the stamps, which are told even where the
+// record is torn, `payloadCrc32` over the `size` bytes of the payload. `epoch` is the moment at
+// which the journal last began anew, `sequence` counts from 1 since then. `place` is the checksum
+// of the data directory's path, `inode` the journal's own: a journal that was copied elsewhere has
+// neither. `mode` is 1 for a private file, plus 2 where a link is followed. `moment`, `changed`
+// (ctime) and `written` (mtime) are nanoseconds since 1970.
+//
+// After the last record stands a head alone, with "ZELC" and its stamps: the next record takes its
+// place and has them, too.
+//
+// A name is that of an entry of the data directory: a record with another one is not read, for a
+// checksum is no proof of who wrote it.
+#pragma once
+
+#include "disco/Arquivo.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zel {
+
+inline constexpr std::size_t kSetor = 512; // what every disk writes whole or not at all
+// What a record begins and ends at: the sector of a disk of today, the page of a file system. A
+// write that a power cut tears takes no earlier record with it.
+inline constexpr std::size_t kBloco = 4096;
+
+enum class FormaMudanca : std::uint8_t {
+    kTrecho,      // `retirados` bytes at `lugar` become `bytes`
+    kInteira,     // the file holds `bytes`, whatever it held
+    kInteiraNova, // the same, of a file that did not exist
+};
+
+struct MudancaDiario {
+    std::string_view nome; // in the data directory, at most 255 bytes
+    FormaMudanca forma = FormaMudanca::kInteira;
+    Acesso acesso = Acesso::kPrivado;
+    Ligacao ligacao = Ligacao::kNaoSeguida;
+    std::uint64_t lugar = 0;
+    std::uint64_t retirados = 0;
+    std::string_view bytes;
+};
+
+// How a file stood after a change: whoever writes it later leaves another one. The directory's own
+// has no name; one without an inode is of a file that somebody took away.
+struct CarimboDiario {
+    std::string nome;
+    Identidade identidade;
+    bool ausente() const { return identidade.no == 0; }
+};
+
+// Where a journal belongs.
+struct LugarDiario {
+    std::uint32_t caminho = 0; // checksum of the path
+    std::uint64_t no = 0;
+};
+
+struct RegistroDiario {
+    std::int64_t epoca = 0;
+    std::uint64_t sequencia = 0; // 0: of a journal that has none yet
+    std::int64_t momento = 0;
+    LugarDiario lugar;
+    // Of what the record before changed, and of what this one found; as many as the head takes.
+    std::vector<CarimboDiario> carimbos;
+    std::vector<MudancaDiario> mudancas; // views into the bytes read
+};
+
+// The record's bytes, a multiple of kBloco, and how many they are.
+std::string escreverRegistroDiario(const RegistroDiario &registro);
+std::size_t tamanhoRegistroDiario(const RegistroDiario &registro);
+
+// The record at the start of `bytes`, and in `tamanho` the bytes that it takes. None when there is
+// none whole.
+std::optional<RegistroDiario> lerRegistroDiario(std::string_view bytes, std::size_t &tamanho);
+
+// The head that stands after a record, with that one's stamps: a block, so that the system need not
+// read what it overwrites.
+std::string escreverCarimbos(const RegistroDiario &registro);
+
+// The head at the start of `bytes`, of a record or of stamps alone.
+struct CabecaDiario {
+    bool deRegistro = false;
+    RegistroDiario registro{}; // without its changes
+    std::uint32_t tamanho = 0, soma = 0;
+};
+std::optional<CabecaDiario> lerCabecaDiario(std::string_view bytes);
+
+// Whether among the bytes after a record there is one of the same epoch that another one came
+// before, or its stamps: what stood in between is damaged. One that follows directly counts only
+// with its stamps: without them it may be one that was never reported as done.
+bool haPosteriores(std::string_view depois, const RegistroDiario &registro);
+
+} // namespace zel

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+#include "disco/Identidade.h"
+
+#include "recusa/Recusa.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <time.h>
+
+namespace zel {
+
+namespace {
+
+constexpr std::int64_t kSegundo = 1'000'000'000; // nanoseconds
+
+constexpr std::int64_t emNanossegundos(const timespec &momento) {
+    return momento.tv_sec * kSegundo + momento.tv_nsec;
+}
+
+timespec momentoAtual() {
+    timespec momento{};
+    ::clock_gettime(CLOCK_REALTIME, &momento);
+    return momento;
+}
+
+} // namespace
+
+std::int64_t agora() {
+    return emNanossegundos(momentoAtual());
+}
+
+bool naoExiste() {
+    return errno == ENOENT || errno == ENOTDIR;
+}
+
+Identidade identidadeDe(const struct stat &dados) {
+    return {dados.st_ino, static_cast<std::uint64_t>(dados.st_size), emNanossegundos(dados.st_ctim),
+            emNanossegundos(dados.st_mtim)};
+}
+
+Leitura identificar(const std::string &caminho, Ligacao ligacao, Identidade &identidade) {
+    struct stat dados {};
+    const int resultado = ligacao == Ligacao::kSeguida ? ::stat(caminho.c_str(), &dados)
+                                                       : ::lstat(caminho.c_str(), &dados);
+    if (resultado != 0) {
+        falhouArquivo(caminho);
+        return naoExiste() ? Leitura::kInexistente : Leitura::kFalha;
+    }
+    if (!S_ISREG(dados.st_mode)) {
+        naoEhArquivo(caminho);
+        return Leitura::kFalha;
+    }
+    identidade = identidadeDe(dados);
+    return Leitura::kLido;
+}
+
+bool identificar(const Descritor &arquivo, Identidade &identidade) {
+    struct stat dados {};
+    if (!arquivo.aberto() || ::fstat(arquivo.fd(), &dados) != 0 || !S_ISREG(dados.st_mode) ||
+        dados.st_nlink == 0 || !arquivo.ehOGuardado(dados))
+        return false;
+    identidade = identidadeDe(dados);
+    return true;
+}
+
+bool assentada(const Identidade &identidade) {
+    constexpr std::int64_t kMaiorPasso = 2 * kSegundo; // FAT
+    return agora() - std::max(identidade.mudanca, identidade.escrita) > kMaiorPasso + kSegundo;
+}
+
+bool marcarEscrita(const Descritor &arquivo, Identidade &identidade) {
+    const timespec momento = momentoAtual();
+    const timespec acessoEEscrita[] = {{0, UTIME_OMIT}, momento};
+    const bool marcada = ::futimens(arquivo.fd(), acessoEEscrita) == 0;
+    // The time of the change remains the system's, and so does that of whoever writes next.
+    return identificar(arquivo, identidade) && marcada &&
+           identidade.escrita == emNanossegundos(momento) &&
+           identidade.escrita != identidade.mudanca;
+}
+
+Identidade identificarDiretorio(const std::string &caminho) {
+    struct stat dados {};
+    return ::stat(caminho.c_str(), &dados) == 0 ? identidadeDe(dados) : Identidade{};
+}
+
+} // namespace zel

@@ -1,0 +1,252 @@
+// SPDX-License-Identifier: MIT
+// Changes of files through the journal: what it holds when it has to grow, when it is torn or
+// damaged, when others write the same files or the journal itself.
+#include "ZEL_FelborFramework.h"
+#include "apoio/ComDados.h"
+#include "apoio/Filho.h"
+#include "config/Registro.h"
+#include "diario/EstadosDiario.h"
+#include "diario/Gravacao.h"
+
+#include <fcntl.h>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#include <utility>
+
+using namespace zel;
+namespace fs = std::filesystem;
+
+namespace {
+
+// What happens while the next record is flushed.
+std::function<void()> naDescarga;
+
+constexpr const char *kDiario = "ZEL_Framework.diario";
+
+class Gravacao : public ComDados {
+protected:
+    // With a journal that has nothing yet.
+    void SetUp() override {
+        ComDados::SetUp();
+        fs::remove(pasta / kDiario);
+        esquecerDiario();
+    }
+
+    // A power cut takes what was not flushed of a file, whose times had got to the disk.
+    void rasgar(const char *nome) const {
+        const std::string caminho = pasta / nome;
+        struct stat antes {};
+        ASSERT_EQ(::stat(caminho.c_str(), &antes), 0);
+        pasta.gravar(nome, "");
+        const timespec tempos[] = {antes.st_atim, antes.st_mtim};
+        ASSERT_EQ(::utimensat(AT_FDCWD, caminho.c_str(), tempos, 0), 0);
+    }
+
+    static int gravar(std::initializer_list<MudancaArquivo> mudancas) {
+        return gravarJuntos({mudancas.begin(), mudancas.size()});
+    }
+    int mudar(const char *nome, const char *depois) const {
+        const std::string antes = pasta.ler(nome);
+        return gravar({{.nome = nome, .depois = depois, .antes = antes, .marcada = true}});
+    }
+    // As another process, or this one after a power cut.
+    static void recomecar() {
+        esquecerDiario();
+        ASSERT_EQ(acompanharDiario(), ZEL_OK);
+    }
+    // Later than what was written so far, by every clock.
+    void editar(const char *nome, const char *conteudo) const {
+        ::usleep(20'000);
+        pasta.gravar(nome, conteudo);
+    }
+};
+
+} // namespace
+
+// Stands before the C library's.
+extern "C" int fdatasync(int fd) {
+    if (naDescarga) std::exchange(naDescarga, nullptr)();
+    return static_cast<int>(::syscall(SYS_fdatasync, fd));
+}
+
+// The record of a change that is small as long as the journal has the files, but that the journal,
+// emptied for it, cannot hold whole: what follows it must still belong to it.
+TEST_F(Gravacao, diario_cresce_para_arquivos_inteiros_e_continua) {
+    std::string a(std::size_t{3} << 20, 'a'), b(std::size_t{3} << 20, 'b');
+    ASSERT_EQ(gravar({{.nome = "a", .depois = a}}), ZEL_OK);
+    ASSERT_EQ(gravar({{.nome = "b", .depois = b}}), ZEL_OK);
+    for (const char novo : {'1', '2'}) {
+        std::string a2 = a, b2 = b;
+        a2.back() = b2.back() = novo;
+        ASSERT_EQ(gravar({{.nome = "a", .depois = a2, .antes = a},
+                          {.nome = "b", .depois = b2, .antes = b}}),
+                  ZEL_OK);
+        a = a2;
+        b = b2;
+    }
+    esquecerDiario();
+    rasgar("a");
+    rasgar("b");
+    ASSERT_EQ(acompanharDiario(), ZEL_OK);
+    EXPECT_TRUE(pasta.ler("a") == a);
+    EXPECT_TRUE(pasta.ler("b") == b);
+}
+
+// A program that writes as many bytes at once leaves the system's time of the same tick, maybe.
+TEST_F(Gravacao, arquivo_marcado_difere_do_que_outro_grava_em_seguida) {
+    pasta.gravar("a", "00");
+    for (int vez = 0; vez < 100; ++vez) {
+        SCOPED_TRACE(vez);
+        ASSERT_EQ(mudar("a", vez % 2 == 0 ? "10" : "20"), ZEL_OK);
+        const auto marcada = identidadeMarcada("a");
+        ASSERT_TRUE(marcada);
+        Identidade achada;
+        ASSERT_EQ(identificar(pasta / "a", Ligacao::kSeguida, achada), Leitura::kLido);
+        EXPECT_EQ(achada, *marcada);
+        EXPECT_NE(achada.escrita, achada.mudanca);
+        pasta.gravar("a", "99");
+        ASSERT_EQ(identificar(pasta / "a", Ligacao::kSeguida, achada), Leitura::kLido);
+        EXPECT_NE(achada, *marcada);
+    }
+}
+
+// An editor saves by a rename while the record is flushed: what was answered is not lost with the
+// file that had the name before.
+TEST_F(Gravacao, arquivo_trocado_durante_a_descarga_recebe_a_mudanca) {
+    pasta.gravar("a", "00");
+    ASSERT_EQ(mudar("a", "10"), ZEL_OK);
+    naDescarga = [&] {
+        pasta.gravar("novo", "99");
+        fs::rename(pasta / "novo", pasta / "a");
+    };
+    ASSERT_EQ(mudar("a", "20"), ZEL_OK);
+    EXPECT_FALSE(identidadeMarcada("a"));
+    ASSERT_EQ(acompanharDiario(), ZEL_OK);
+    EXPECT_EQ(pasta.ler("a"), "20");
+}
+
+// The same in a call that changes the configuration twice: memory holds what the file holds.
+TEST_F(Gravacao, segunda_mudanca_da_chamada_le_a_primeira) {
+    ASSERT_EQ(inicializarConfig(), ZEL_OK);
+    const auto alterar = [](Chave chave, const char *valor) {
+        const Alteracao alteracao{chave, valor};
+        return alterarConfig({&alteracao, 1});
+    };
+    ASSERT_EQ(alterar(R"(IDE\nNF)"_chave, "222"), ZEL_OK);
+    const std::string antes = pasta.ler("ZEL_Framework.xml");
+    naDescarga = [&] {
+        pasta.gravar("novo", antes);
+        fs::rename(pasta / "novo", pasta / "ZEL_Framework.xml");
+    };
+    ASSERT_EQ(alterar(R"(IDE\nNF)"_chave, "333"), ZEL_OK);
+    ASSERT_EQ(alterar(R"(IDE\cUF)"_chave, "35"), ZEL_OK);
+    EXPECT_EQ(valorConfig(R"(IDE\nNF)"_chave), "333");
+    EXPECT_NE(pasta.ler("ZEL_Framework.xml").find("<nNF>333<"), std::string::npos);
+}
+
+// Of the record that takes the place of its predecessor's stamps only the first block got to the
+// disk: what somebody did in between stays.
+TEST_F(Gravacao, registro_rasgado_guarda_os_carimbos_do_anterior) {
+    pasta.gravar("a", "00");
+    ASSERT_EQ(gravar({{.nome = "a", .depois = "10"}, {.nome = "doc", .depois = "<NFe/>"}}), ZEL_OK);
+    editar("a", "99");
+    fs::remove(pasta / "doc");
+    const std::string antes = pasta.ler(kDiario);
+    const std::string grande(3 * kBloco, 'b');
+    ASSERT_EQ(gravar({{.nome = "b", .depois = grande}}), ZEL_OK);
+    std::string diario = pasta.ler(kDiario);
+    diario.replace(2 * kBloco, diario.size(), antes, 2 * kBloco, antes.size());
+    fs::remove(pasta / "b");
+    pasta.gravar(kDiario, diario);
+    recomecar();
+    EXPECT_EQ(pasta.ler("a"), "99");
+    EXPECT_FALSE(fs::exists(pasta / "doc"));
+    EXPECT_FALSE(fs::exists(pasta / "b"));
+}
+
+// The process died with its record on the disk and its file not made. Who makes it notes that.
+TEST_F(Gravacao, o_que_se_acertou_e_depois_se_levou_nao_volta) {
+    ASSERT_EQ(gravar({{.nome = "doc", .depois = "<NFe/>"}}), ZEL_OK);
+    std::string diario = pasta.ler(kDiario);
+    diario.replace(kBloco, kBloco, kBloco, '\0');
+    pasta.gravar(kDiario, diario);
+    fs::remove(pasta / "doc");
+    recomecar();
+    EXPECT_EQ(pasta.ler("doc"), "<NFe/>");
+    ::usleep(20'000);
+    fs::remove(pasta / "doc");
+    EXPECT_EQ(emFilho([] { return gravar({{.nome = "b", .depois = "b"}}); }), ZEL_OK);
+    ASSERT_EQ(acompanharDiario(), ZEL_OK);
+    EXPECT_FALSE(fs::exists(pasta / "doc"));
+}
+
+// The sender takes a document; the next change of names gives the directory a later time.
+TEST_F(Gravacao, o_que_se_levou_antes_de_outra_mudanca_de_nomes_nao_volta) {
+    ASSERT_EQ(gravar({{.nome = "doc", .depois = "<NFe/>"}}), ZEL_OK);
+    fs::remove(pasta / "doc");
+    ASSERT_EQ(gravar({{.nome = "b", .depois = "b"}}), ZEL_OK);
+    recomecar();
+    EXPECT_FALSE(fs::exists(pasta / "doc"));
+    ASSERT_EQ(gravar({{.nome = "doc", .depois = "<outra/>"}}), ZEL_OK);
+    recomecar();
+    EXPECT_EQ(pasta.ler("doc"), "<outra/>");
+}
+
+// Another process found a record damaged, and began the journal anew: this one's end is none.
+TEST_F(Gravacao, recomecado_por_outro_que_nao_viu_o_mesmo_fim) {
+    for (const std::size_t danificado : {std::size_t{0}, kBloco}) {
+        SCOPED_TRACE(danificado);
+        pasta.gravar("a", "00");
+        recomecar();
+        ASSERT_EQ(mudar("a", "10"), ZEL_OK);
+        ASSERT_EQ(mudar("a", "20"), ZEL_OK);
+        std::string diario = pasta.ler(kDiario);
+        diario[danificado + kSetor] ^= 1;
+        pasta.gravar(kDiario, diario);
+        EXPECT_EQ(emFilho([] {
+                      return acompanharDiario() == ZEL_OK ? gravar({{.nome = "b", .depois = "b"}})
+                                                          : 0;
+                  }),
+                  ZEL_OK);
+        ASSERT_EQ(acompanharDiario(), ZEL_OK);
+        ASSERT_EQ(mudar("a", "30"), ZEL_OK);
+        esquecerDiario();
+        rasgar("a");
+        ASSERT_EQ(acompanharDiario(), ZEL_OK);
+        EXPECT_EQ(pasta.ler("a"), "30");
+        fs::remove(pasta / kDiario);
+    }
+}
+
+TEST_F(Gravacao, diario_levado_e_refeito_na_abertura_seguinte) {
+    ASSERT_EQ(gravar({{.nome = "a", .depois = "1"}}), ZEL_OK);
+    fs::rename(pasta / kDiario, pasta / "levado");
+    aliviarDiario();
+    ASSERT_EQ(gravar({{.nome = "a", .depois = "2"}}), ZEL_OK);
+    EXPECT_TRUE(fs::exists(pasta / kDiario));
+}
+
+// The clock was an hour ahead and was put right: what comes back from before that is later than the
+// record, and nobody else's all the same.
+TEST(EstadosDiario, arquivo_de_antes_do_relogio_atrasado_nao_e_de_outro) {
+    const auto as = [](std::int64_t momento) {
+        return Identidade{.no = 1, .tamanho = 2, .mudanca = momento, .escrita = momento};
+    };
+    Diario::Conteudo conteudo;
+    for (const std::int64_t momento : {1100, 1001}) {
+        RegistroDiario registro;
+        registro.momento = momento;
+        if (momento == 1001) registro.carimbos = {{"a", as(1100)}};
+        registro.mudancas = {{.nome = "a", .bytes = "10"}};
+        conteudo.registros.push_back(registro);
+    }
+    conteudo.carimbos = {{"a", as(1001)}};
+    const EstadosDiario estados(conteudo);
+    const EstadoDiario &a = estados.arquivos().at("a");
+    EXPECT_FALSE(a.ehDeOutro(as(1100)));
+    EXPECT_TRUE(a.ehDeOutro(as(1200)));
+}
