@@ -50,6 +50,12 @@ void descarregarDiretorio(const std::string &caminho) {
     if (diretorio.aberto()) insistir([&] { return ::fsync(diretorio.fd()); });
 }
 
+bool trocar(const std::string &novo, const std::string &caminho) {
+    if (::rename(novo.c_str(), caminho.c_str()) != 0) return desistir(novo);
+    descarregarDiretorio(caminho);
+    return true;
+}
+
 } // namespace
 
 bool ehArquivo(const std::string &caminho) {
@@ -79,10 +85,14 @@ bool substituirArquivo(const std::string &caminho, std::string_view conteudo) {
         return false;
     }
     const std::string novo = nomeAoLado(caminho);
-    if (!gravarNovo(novo, conteudo) || ::rename(novo.c_str(), caminho.c_str()) != 0)
+    return gravarNovo(novo, conteudo) ? trocar(novo, caminho) : desistir(novo);
+}
+
+bool tomarLugar(const std::string &novo, const std::string &caminho) {
+    const Descritor escrito(novo, O_RDONLY);
+    if (!escrito.aberto() || insistir([&] { return ::fsync(escrito.fd()); }) != 0)
         return desistir(novo);
-    descarregarDiretorio(caminho);
-    return true;
+    return trocar(novo, caminho);
 }
 
 bool criarArquivo(const std::string &caminho, std::string_view conteudo, mode_t modo) {

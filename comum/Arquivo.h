@@ -21,7 +21,12 @@ std::optional<std::string> lerArquivo(const std::string &caminho, std::size_t ma
 // with errno, when it is as it was.
 bool substituirArquivo(const std::string &caminho, std::string_view conteudo);
 
-// The same for a file of that mode that nothing may be in the place of: EEXIST when something is.
+// Flushes a file that is written, puts it in the place of another beside it and flushes the
+// directory. False, with errno, when the other is as it was; the new one is gone then.
+bool tomarLugar(const std::string &novo, const std::string &caminho);
+
+// What substituirArquivo does, for a file of that mode that nothing may be in the place of: EEXIST
+// when something is.
 bool criarArquivo(const std::string &caminho, std::string_view conteudo, mode_t modo);
 
 // The directory, and those above it that are missing, each flushed into the one above it. True when

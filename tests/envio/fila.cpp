@@ -388,7 +388,7 @@ TEST(Fila, o_que_nao_e_uma_fila_e_recusado_com_remedio_e_fica_como_estava) {
         const char *motivo;
     } kCasos[] = {
         {"text", estragada(0, 16), "não é uma fila"},
-        {"short", texto("x"), "curto demais"},
+        {"short", texto("x"), "foi cortado"},
         {"another program's", sql("CREATE TABLE t (a)"), "de outro programa"},
         {"another's mark", sql("PRAGMA application_id = 7; CREATE TABLE t (a)"),
          "de outro programa"},

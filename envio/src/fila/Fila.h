@@ -37,7 +37,7 @@ struct Achado {
     int modelo = 65, serie = 0;
     std::int64_t numero = 0, ultimo = 0; // of an inutilization the last number, else the same
     int tpAmb = 0, tpEmis = 0;           // tpAmb 1 or 2, as the authority has it
-    std::string dhEmi;                   // "AAAA-MM-DDThh:mm:ss-03:00"
+    std::string dhEmi; // "AAAA-MM-DDThh:mm:ss-03:00"; of a request when it was made
     Centavos total = 0;
     std::string consumidor, nomeConsumidor; // CPF, CNPJ or other id; UTF-8
     std::string substitui;                  // key of the document that it replaces

@@ -127,15 +127,16 @@ std::string prepararArquivo(const std::string &arquivo) {
     const bool haWal = ::stat((arquivo + "-wal").c_str(), &wal) == 0 && wal.st_size > 0;
     const bool ha = ::lstat(arquivo.c_str(), &dados) == 0;
     if (ha && !S_ISREG(dados.st_mode)) return "não é um arquivo comum: tire-o do lugar da fila";
-    // SQLite would take the changes that wait beside an empty file for old ones and drop them.
-    if (haWal && (!ha || dados.st_size == 0))
-        return "sumiu ou está vazio, e ao lado ficaram mudanças (fila.db-wal): restaure-o da cópia "
+    // SQLite would drop the changes that wait beside an empty file, and take a page that was cut
+    // for one with zeros. Its own first page is there before any change waits; a page that it was
+    // writing when the power went is in the changes or in the journal still.
+    if (haWal && (!ha || dados.st_size < kPagina))
+        return "sumiu ou foi cortado, e ao lado ficaram mudanças (fila.db-wal): restaure-o da "
+               "cópia "
                "de segurança, ou mova os fila.db-* para outra pasta";
-    // SQLite would take a few bytes for nothing, too. Its own first page is one write, which a
-    // journal beside it still covers.
-    if (ha && dados.st_size > 0 && dados.st_size < kPagina &&
+    if (ha && !haWal && dados.st_size % kPagina != 0 &&
         ::access((arquivo + "-journal").c_str(), F_OK) != 0)
-        return "é curto demais para uma fila e não foi tocado: tire-o do lugar da fila, ou "
+        return "não é uma fila ou foi cortado, e não foi tocado: tire-o do lugar da fila, ou "
                "restaure-o da cópia de segurança";
     if (ha) return {};
     comum::Descritor novo(comum::insistir(

@@ -230,7 +230,9 @@ std::vector<Ficha> Fila::procurar(const Procura &procura) {
     }
     onde.se(!estados.empty(), "d.estado IN (" + lugares + ")", estados);
     onde.se(procura.precisaDeAlguem, kPrecisaDeAlguem, {procura.atrasadoAntesDe});
-    Comando comando(dentro_->banco, kFichas + onde.texto() + "ORDER BY d.id DESC LIMIT ?");
+    Comando comando(dentro_->banco, // Numbers are sorted, not whole rows.
+                    kFichas + "WHERE d.id IN (SELECT d.id FROM documento d " + onde.texto() +
+                        "ORDER BY d.id DESC LIMIT ?) ORDER BY d.id DESC");
     onde.darA(comando);
     return dentro_->linhas(comando.dar(limite(procura.maximo)), lerFicha);
 }
