@@ -6,6 +6,8 @@
 #include "documento/Conferencia.h"
 #include "documento/Impressao.h"
 #include "documento/Leitura.h"
+#include "mensagem/Lote.h"
+#include "mensagem/Resposta.h"
 
 using namespace zel::envio;
 
@@ -45,10 +47,34 @@ void conferir(const Documento &documento) {
     exigir(verificarNfce(documento, config, nullptr, olhado, recusas) == recusas.nenhuma());
 }
 
+// The envelope as it came, of a service: what is kept of it can be read again.
+void responder(std::string_view bytes) {
+    const auto servico = static_cast<Servico>(tirarNumero(bytes, 8));
+    const std::string_view id = servico == Servico::kInutilizacao
+                                    ? "ID35261112223330001865001000000101000000101"
+                                    : "35261111222333000181650010000001011171025451";
+    std::string motivo;
+    const std::string corpo = corpoDe(bytes, motivo);
+    exigir(corpo.empty() != motivo.empty() && ehUtf8(motivo));
+    if (corpo.empty()) return;
+    Recusas recusas;
+    const auto resposta = lerResposta(servico, corpo, id, recusas);
+    exigir(resposta.has_value() == recusas.nenhuma());
+    if (!resposta) return;
+    exigir(ehUtf8(resposta->xMotivo) && resposta->cStat > 0);
+    exigir(resposta->desfecho != Desfecho::kAutorizado || !resposta->protocolo.empty());
+    exigir(resposta->chave.empty() || resposta->chave.size() == id.size() ||
+           servico == Servico::kInutilizacao);
+    if (!resposta->evento.empty()) lida(resposta->evento);
+    if (!resposta->elemento.empty())
+        lida(guardadoDe("<NFe></NFe><evento></evento><inutNFe></inutNFe>", resposta->elemento));
+}
+
 } // namespace
 
 void jogar(std::string_view bytes) {
-    const int qual = tirarNumero(bytes, 3);
+    const int qual = tirarNumero(bytes, 4);
+    if (qual == 3) return responder(bytes);
     std::string motivo;
     const auto documento = Documento::ler(bytes, motivo);
     exigir(documento.has_value() == motivo.empty());

@@ -35,7 +35,7 @@ SALAS = {
     "envio/src/qrcode": {"comum", "base", "config", "assinatura", "qrcode"},
     "envio/src/traducao": {"comum", "base", "config", "traducao"},
     "envio/src/documento": {"comum", "base", "config", "assinatura", "esquema", "qrcode", "traducao", "documento"},
-    "envio/src/rede": {"comum", "base", "config", "assinatura", "rede"},
+    "envio/src/rede": {"comum", "base", "config", "assinatura", "mensagem", "rede"},
     "envio/src/mensagem": {"comum", "base", "config", "mensagem"},
     "envio/src/fila": {"comum", "base", "config", "documento", "mensagem", "fila"},
     "envio/src/guarda": {"comum", "base", "config", "documento", "mensagem", "fila", "guarda"},

@@ -156,6 +156,24 @@ X509 *Certificado::x509() const {
     return dentro_->aberta.x509.get();
 }
 
+std::vector<X509 *> Certificado::emissores() const {
+    const FilaDeErros fila;
+    std::vector<X509 *> caminho;
+    const auto emissorDe = [this, &caminho](const X509 *este) -> X509 * {
+        for (const auto *lista : {&dentro_->aberta.emissores, &dentro_->cadeia})
+            for (const auto &um : *lista)
+                if (um && X509_check_issued(um.get(), const_cast<X509 *>(este)) == X509_V_OK &&
+                    std::find(caminho.begin(), caminho.end(), um.get()) == caminho.end())
+                    return um.get();
+        return nullptr;
+    };
+    for (X509 *este = emissorDe(x509()); este != nullptr; este = emissorDe(este)) {
+        if (X509_check_issued(este, este) == X509_V_OK) break;
+        caminho.push_back(este);
+    }
+    return caminho;
+}
+
 std::string Certificado::nome() const {
     const X509_NAME *titular = X509_get_subject_name(x509());
     const int lugar = X509_NAME_get_index_by_NID(titular, NID_commonName, -1);

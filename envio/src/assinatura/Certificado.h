@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 typedef struct evp_pkey_st EVP_PKEY;
 typedef struct x509_st X509;
@@ -35,6 +36,9 @@ public:
 
     EVP_PKEY *chave() const;
     X509 *x509() const;
+    // Those that lead from it towards a root, without the root, as far as the PKCS#12 file or the
+    // configured chain has them: what goes along in a TLS handshake.
+    std::vector<X509 *> emissores() const;
     std::string nome() const;      // common name
     std::string cnpj() const;      // 14 digits, otherName 2.16.76.1.3.3; empty when it has none
     std::string validoAte() const; // "AAAA-MM-DD"
