@@ -70,12 +70,12 @@ TEST(Guarda, cada_documento_tem_o_seu_lugar_so_para_ler) {
          "12345678000195/2026/09/" + chave + "-110111-procEventoNFe.xml"},
         {fichaDe(Tipo::kCancelamento, chaveDe(8)), "<?xml version='1.0'?>\n" + evento("110112"),
          "12345678000195/2026/09/" + chaveDe(8) + "-110112-procEventoNFe.xml"},
-        {fichaDe(Tipo::kInutilizacao, kInut, "2026-10-02T01:00:00-03:00"), "<procInutNFe/>",
+        {fichaDe(Tipo::kInutilizacao, kInut, "2026-10-02T01:00:00-03:00"), "<ProcInutNFe/>",
          "12345678000195/2026/10/" + kInut + "-procInutNFe.xml"},
-        {fichaDe(Tipo::kInutilizacao, kInut), "<procInutNFe/>", ""},
-        {fichaDe(Tipo::kInutilizacao, kInut, "../../../"), "<procInutNFe/>", ""},
+        {fichaDe(Tipo::kInutilizacao, kInut), "<ProcInutNFe/>", ""},
+        {fichaDe(Tipo::kInutilizacao, kInut, "../../../"), "<ProcInutNFe/>", ""},
         {fichaDe(Tipo::kInutilizacao, "ID../../../../../../../../../../../../../etc", "2026-10"),
-         "<procInutNFe/>", ""},
+         "<ProcInutNFe/>", ""},
         {fichaDe(Tipo::kNfce, chave.substr(1)), kProc, ""},
         {fichaDe(Tipo::kNfce, "../" + chave.substr(3)), kProc, ""},
         {fichaDe(Tipo::kNfce, "352613" + chave.substr(6)), kProc, ""},
@@ -167,7 +167,7 @@ TEST(ExportarMes, tem_cada_arquivo_guardado_e_uma_linha_por_numero) {
     loja.levar(loja.achar(nota(3)), Estado::kRecusado);
     entregar(nota(3, "/caixas/2/"), Desfecho::kAutorizado, "");
     loja.levar(loja.achar(nota(4)), Estado::kRetirado);
-    entregar(inutilizados, Desfecho::kInutilizado, "<procInutNFe/>");
+    entregar(inutilizados, Desfecho::kInutilizado, "<ProcInutNFe/>");
     loja.achar(nota(8));
     loja.achar(nota(2009));
     loja.achar(outroMes);

@@ -51,7 +51,7 @@ constexpr std::array<Especie, 4> kEspecies{{
     {Tipo::kNfce, "nfeProc", "-procNFe", ""},
     {Tipo::kCancelamento, "procEventoNFe", "-110111-procEventoNFe", "110111"},
     {Tipo::kCancelamento, "procEventoNFe", "-110112-procEventoNFe", "110112"},
-    {Tipo::kInutilizacao, "procInutNFe", "-procInutNFe", ""},
+    {Tipo::kInutilizacao, "ProcInutNFe", "-procInutNFe", ""}, // as the schema spells it
 }};
 
 std::string_view semDeclaracao(std::string_view xml) {
@@ -83,7 +83,7 @@ std::optional<std::string> Guarda::guardar(const Ficha &ficha, std::string_view 
     const Especie *especie = especieDe(xml);
     if (inicio.empty()) return recusar(ficha.chave, "não é a chave de um documento que se guarde");
     if (especie == nullptr)
-        return recusar(ficha.chave, "não é nfeProc, procEventoNFe nem procInutNFe");
+        return recusar(ficha.chave, "não é nfeProc, procEventoNFe nem ProcInutNFe");
     const std::string base = diretorio_ + inicio + std::string(especie->fim);
     if (!comum::criarDiretorios(base.substr(0, base.rfind('/')), kDiretorio))
         return recusar(base, motivoDoDisco(errno));
