@@ -19,7 +19,8 @@
  *     zel_envio_liberar_bytes. A 0 follows the last byte and is not counted. Texts that are
  * answered belong to the zel_envio and are valid until its next call.
  *  5. The key to sign with and its password are in no text, file or message of this library.
- *  6. Nothing is fetched from a network; documents may be hostile: no entities, at most 16 MiB.
+ *  6. Documents and answers may be hostile: no entities, at most 16 MiB. Nothing reaches for a
+ * network but zel_envio_transmitir.
  */
 #ifndef ZEL_ENVIO_H
 #define ZEL_ENVIO_H
@@ -51,7 +52,15 @@ enum {
     ZEL_ENVIO_ASSINATURA = -7,   /* signing failed */
     ZEL_ENVIO_ESQUEMA = -8,      /* the published schemas refuse the message */
     ZEL_ENVIO_REPROVADO = -9,    /* zel_envio_verificar found something wrong */
-    ZEL_ENVIO_ORDEM = -10        /* nothing was read or made yet for this to work on */
+    ZEL_ENVIO_ORDEM = -10,       /* nothing was read or made yet for this to work on */
+    ZEL_ENVIO_RECUSADO = -11,    /* the authority refuses the document: the detail says why */
+    /* No answer came: the document may be there, and the queue asks on. Its number must not be used
+     * again: the till issues an offline document under the next one (kind 3). */
+    ZEL_ENVIO_SEM_RESPOSTA = -12,
+    /* Certainly nothing went out. An NFC-e issued online was taken out of the queue: the till may
+     * issue the same number offline (kinds 4 and 5). Everything else stays in the queue. */
+    ZEL_ENVIO_NAO_ENVIADO = -13,
+    ZEL_ENVIO_FILA = -14 /* the queue's file cannot be used */
 };
 
 /* Kinds of documents, see zel_envio_tipo. */
@@ -115,8 +124,27 @@ ZEL_ENVIO_API int zel_envio_assinar(zel_envio *envio);
  * ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_ORDEM, ZEL_ENVIO_MEMORIA. */
 ZEL_ENVIO_API int zel_envio_mensagem(zel_envio *envio, char **bytes, size_t *tamanho);
 
+/* Sends the document that was read (a till's file, as it stands) through the queue of the
+ * configuration ([fila]), whether the service works on it or this call does, and waits at most
+ * `segundos` (0 to 300; 0 puts it into the queue alone) for the authority. `caixa`: the till's
+ * directory, absolute, as [[caixas]] names it; null or "" is the only one there. `substitui`: key
+ * of the document that this one, issued offline, replaces; null or "" for none: that one is asked
+ * for, and cancelled by substitution if it was authorized after all. With ZEL_ENVIO_OK the answer
+ * is in zel_envio_resposta, the message in zel_envio_valor, zel_envio_verificar and
+ * zel_envio_impressao, and the till's directory of returns has it too. The same bytes of the same
+ * till are one document, however often they are handed over. Codes: ZEL_ENVIO_ARGUMENTO,
+ * ZEL_ENVIO_ORDEM, ZEL_ENVIO_RECUSADO, ZEL_ENVIO_SEM_RESPOSTA, ZEL_ENVIO_NAO_ENVIADO,
+ * ZEL_ENVIO_FILA, ZEL_ENVIO_MEMORIA. */
+ZEL_ENVIO_API int zel_envio_transmitir(zel_envio *envio, const char *caixa, const char *substitui,
+                                       int segundos);
+
+/* The authority's record of what was transmitted: protNFe, retEvento, retInutNFe. Codes:
+ * ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_ORDEM, ZEL_ENVIO_MEMORIA. */
+ZEL_ENVIO_API int zel_envio_resposta(zel_envio *envio, char **bytes, size_t *tamanho);
+
 /* A fact of the message that was made, or else of the document that was read: "chave", "tipo",
  * "digest", "qrCode", "urlChave", "emissao" (dhEmi), "total" (vNF), "serie", "numero", "protocolo";
+ * of what was transmitted: "cStat", "xMotivo", "estado" (as docs/envio.md names them);
  * or of the certificate: "certificado.nome", "certificado.cnpj", "certificado.validade"
  * ("AAAA-MM-DD"), "certificado.dias". Empty when there is none; null for an unknown name. */
 ZEL_ENVIO_API const char *zel_envio_valor(zel_envio *envio, const char *nome);

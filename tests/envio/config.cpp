@@ -84,6 +84,15 @@ NfeRetAutorizacao = "nfeRetAutorizacao"
 [rede]
 tempo_maximo = 5
 autoridades = "autoridade.pem"
+[fila]
+por_minuto = 90
+[[caixas]]
+diretorio = "/srv/caixa1"
+copias = "historico/"
+[[caixas]]
+diretorio = "caixa2"
+[pagina]
+porta = 8065
 )",
                  0644);
     Recusas recusas;
@@ -98,6 +107,11 @@ autoridades = "autoridade.pem"
     EXPECT_EQ(lida->produtos.at("Pão 7").CST, "410");
     EXPECT_EQ(lida->ncm.at("1905").cClassTrib, "200034");
     EXPECT_EQ(lida->ncm.at("22").cBenef, "SEM CBENEF");
+    EXPECT_EQ(lida->fila.porMinuto + lida->fila.avisoHoras + lida->portaDaPagina, 90 + 4 + 8065);
+    ASSERT_EQ(lida->caixas.size(), 2U);
+    EXPECT_EQ(lida->caixas[0].diretorio + " " + lida->caixas[0].copias,
+              "/srv/caixa1/ " + pasta.caminho() + "historico/");
+    EXPECT_EQ(lida->caixas[1].diretorio, pasta.caminho() + "caixa2/");
     const auto &classes = lida->ibsCbs.classes;
     ASSERT_EQ(classes.size(), 3U); // and the plain one
     EXPECT_EQ(classes[0].reducao.texto(2, 4, 3), "60.50");
@@ -121,7 +135,7 @@ TEST(ConfiguracaoDoEnvio, recusa_tudo_de_uma_vez_com_linha_e_o_que_cabe) {
               "zel-envio.toml, linha 1, esquema: chave desconhecida; aqui cabem: esquemas, cUF, "
               "verAplic, [certificado], [qrcode], [responsavel_tecnico], [intermediador], "
               "[pagamentos], [produtos], [ncm], [padrao], [ibs_cbs], [servicos], [servicos_nome], "
-              "[servicos_metodo], [rede]\n"
+              "[servicos_metodo], [rede], [fila], [pagina], [[caixas]]\n"
               "zel-envio.toml, linha 6, [qrcode] csc: é um segredo: até 128 letras, dígitos e "
               "sinais, sem brancos\n"
               "zel-envio.toml, linha 5, [qrcode] id_csc: escreva o valor entre aspas; é o número "

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "zel_envio.h"
+#include "api/Alca.h"
 
 #include "assinatura/Certificado.h"
 #include "assinatura/Ensaio.h"
@@ -8,7 +8,6 @@
 #include "config/Configuracao.h"
 #include "config/Primeira.h"
 #include "documento/Conferencia.h"
-#include "documento/Emissao.h"
 #include "documento/Impressao.h"
 #include "documento/Leitura.h"
 
@@ -25,12 +24,6 @@
 
 using namespace zel::envio;
 
-struct zel_envio {
-    Emissao emissao;
-    std::string detalhe, valor;
-    Recusas recusas; // what `detalhe` says, one by one
-};
-
 static_assert(int{ZEL_ENVIO_CONFIGURACAO} == static_cast<int>(Passo::kConfiguracao));
 static_assert(int{ZEL_ENVIO_TRADUCAO} == static_cast<int>(Passo::kTraducao));
 static_assert(int{ZEL_ENVIO_CERTIFICADO} == static_cast<int>(Passo::kCertificado));
@@ -39,40 +32,6 @@ static_assert(int{ZEL_ENVIO_ESQUEMA} == static_cast<int>(Passo::kEsquema));
 static_assert(int{ZEL_ENVIO_ORDEM} == static_cast<int>(Passo::kOrdem));
 
 namespace {
-
-// What is between a step and the C border: the reasons become the detail, and no exception passes
-// (all that the rooms throw is that memory, or something else of the system, is short).
-template <class Chamada>
-int responder(zel_envio *envio, Chamada chamada) noexcept {
-    if (envio == nullptr) return ZEL_ENVIO_ARGUMENTO;
-    try {
-        envio->detalhe.clear();
-        envio->recusas = {};
-        Recusas recusas;
-        const int codigo = chamada(recusas);
-        if (codigo == ZEL_ENVIO_OK) return codigo;
-        envio->detalhe = recusas.texto();
-        envio->recusas = std::move(recusas);
-        return codigo;
-    } catch (const std::exception &) {
-        return ZEL_ENVIO_MEMORIA;
-    }
-}
-
-std::string_view vista(const char *texto) {
-    return texto == nullptr ? std::string_view() : texto;
-}
-
-// Bytes for the caller, with a 0 behind them.
-int entregar(std::string_view texto, char **bytes, std::size_t *tamanho) {
-    auto *copia = static_cast<char *>(std::malloc(texto.size() + 1));
-    if (copia == nullptr) return ZEL_ENVIO_MEMORIA;
-    std::memcpy(copia, texto.data(), texto.size());
-    copia[texto.size()] = '\0';
-    *bytes = copia;
-    *tamanho = texto.size();
-    return ZEL_ENVIO_OK;
-}
 
 int configurar(zel_envio &envio, std::optional<Configuracao> lida) {
     if (!lida) return ZEL_ENVIO_CONFIGURACAO;
@@ -144,6 +103,16 @@ std::optional<std::string> fatoDoDocumento(const Emissao &emissao, std::string_v
     return {};
 }
 
+// Of what was transmitted; none when nothing was.
+std::optional<std::string> fatoDaResposta(const Ficha &ficha, std::string_view nome) {
+    const bool ha = ficha.id != 0;
+    if (nome == "cStat") return ha && ficha.cStat != 0 ? std::to_string(ficha.cStat) : "";
+    if (nome == "xMotivo") return ficha.xMotivo;
+    if (nome == "estado") return ha ? std::string(nomeDe(ficha.estado)) : "";
+    if (nome == "protocolo" && !ficha.protocolo.empty()) return ficha.protocolo;
+    return {};
+}
+
 std::optional<std::string> fatoDoCertificado(Emissao &emissao, std::string_view nome,
                                              Recusas &recusas) {
     constexpr std::string_view kPrefixo = "certificado.";
@@ -209,6 +178,8 @@ int zel_envio_ler(zel_envio *envio, const char *bytes, size_t tamanho) {
         auto lido = lerArquivoDoCaixa({bytes, tamanho}, recusas);
         if (!lido) return int{ZEL_ENVIO_ILEGIVEL};
         envio->emissao.ler(std::move(*lido));
+        envio->lido.assign(bytes, tamanho);
+        envio->transmitido = {};
         return int{ZEL_ENVIO_OK};
     });
 }
@@ -238,6 +209,7 @@ int zel_envio_completar(zel_envio *envio, const char *protocolo, const char *sub
         if (!centavos) recusas.juntar("troco", dado, "escreve-se como 12.34");
         if (!recusas.nenhuma()) return int{ZEL_ENVIO_ARGUMENTO};
         envio->emissao.completar(std::move(contexto), {*centavos});
+        envio->troco = dado.empty() ? std::nullopt : centavos;
         return int{ZEL_ENVIO_OK};
     });
 }
@@ -266,7 +238,8 @@ const char *zel_envio_valor(zel_envio *envio, const char *nome) {
     if (envio == nullptr || nome == nullptr) return nullptr;
     bool conhecido = false;
     responder(envio, [&](Recusas &recusas) {
-        auto valor = fatoDoDocumento(envio->emissao, nome);
+        auto valor = fatoDaResposta(envio->transmitido.ficha, nome);
+        if (!valor) valor = fatoDoDocumento(envio->emissao, nome);
         if (!valor) valor = fatoDoCertificado(envio->emissao, nome, recusas);
         conhecido = valor.has_value();
         envio->valor = std::move(valor).value_or("");
@@ -379,6 +352,10 @@ const char *zel_envio_descrever(int codigo) {
         "os esquemas publicados recusam a mensagem",
         "a conferencia achou erros",
         "nada foi lido ou feito ainda",
+        "a autoridade recusou",
+        "nenhuma resposta veio: o documento pode estar na autoridade",
+        "nada foi enviado",
+        "a fila dos documentos nao pode ser usada",
     };
     if (codigo == ZEL_ENVIO_OK) return "feito";
     const auto indice = static_cast<std::size_t>(-static_cast<long long>(codigo) - 1);

@@ -163,6 +163,35 @@ inline constexpr std::array<Chave<ConfigRede>, 2> kRede{{
     {"autoridades", &ConfigRede::autoridades, kCaminho, Especie::kCaminho},
 }};
 
+inline constexpr std::array<Chave<ConfigFila>, 4> kFila{{
+    {"diretorio", &ConfigFila::diretorio, kCaminho, Especie::kCaminho},
+    {"guardados", &ConfigFila::guardados, kCaminho, Especie::kCaminho},
+    {"por_minuto",
+     &ConfigFila::porMinuto,
+     {digitos<1, 5>, "é quantas mensagens por minuto, até 99999; 0, sem limite"}},
+    {"aviso_horas",
+     &ConfigFila::avisoHoras,
+     {[](std::string_view v) { return digitos<1, 3>(v) && v != "0"; }, "é de 1 a 999 horas"}},
+}};
+
+// The first one must be there.
+inline constexpr std::array<Chave<ConfigCaixa>, 4> kCaixas{{
+    {"diretorio", &ConfigCaixa::diretorio, kCaminho, Especie::kCaminho},
+    {"copias", &ConfigCaixa::copias, kCaminho, Especie::kCaminho},
+    {"contingencia", &ConfigCaixa::contingencia, kCaminho, Especie::kCaminho},
+    {"retornos", &ConfigCaixa::retornos, kCaminho, Especie::kCaminho},
+}};
+
+inline constexpr std::array<Chave<Configuracao>, 1> kPagina{{
+    {"porta",
+     &Configuracao::portaDaPagina,
+     {[](std::string_view v) {
+          return digitos<4, 5>(v) &&
+                 (v.size() == 4 ? v >= "1024" : v.front() != '0' && v <= "65535");
+      },
+      "é uma porta, de 1024 a 65535"}},
+}};
+
 inline constexpr std::array<Chave<TaxasIbsCbs>, 4> kTaxas{{
     {"desde", &TaxasIbsCbs::desde, {ehData, "é um dia, \"AAAA-MM-DD\""}},
     {"pIBSUF", &TaxasIbsCbs::pIBSUF, kPorcento},

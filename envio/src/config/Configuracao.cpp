@@ -169,21 +169,21 @@ void lerPadrao(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
     lerProduto(leitura, lugar.tabela, lugar.nome(), lida.config.padrao);
 }
 
-// [[ibs_cbs.taxas]], each with all of its keys.
-void lerTaxas(LeituraToml &leitura, const toml::key &chave, const toml::node &no,
-              ConfigIbsCbs &ibsCbs) {
+// A list of sections, each with the keys of the table; with those named by `pede` at least.
+template <class T, std::size_t N>
+void lerLista(LeituraToml &leitura, const toml::key &chave, const toml::node &no,
+              const std::string &nome, const std::array<Chave<T>, N> &chaves, std::size_t pede,
+              std::vector<T> &destino) {
     const auto *lista = no.as_array();
     const bool tabelas = lista != nullptr && lista->is_homogeneous(toml::node_type::table);
-    if (!tabelas)
-        leitura.recusas().juntar(LeituraToml::lugar(chave, "[ibs_cbs]"), "",
-                                 "são seções [[ibs_cbs.taxas]]");
+    if (!tabelas) leitura.recusas().juntar(LeituraToml::lugar(chave, ""), "", "são seções " + nome);
     for (std::size_t i = 0; tabelas && i < lista->size(); ++i) {
         const toml::table &tabela = *(*lista)[i].as_table();
-        leitura.ler<TaxasIbsCbs>(tabela, "[[ibs_cbs.taxas]]", kTaxas, ibsCbs.taxas.emplace_back());
-        for (const auto &linha : kTaxas)
-            if (!tabela.contains(linha.nome))
-                leitura.recusas().juntar(LeituraToml::lugar(tabela, "[[ibs_cbs.taxas]]"), "",
-                                         "falta " + std::string(linha.nome));
+        leitura.ler<T>(tabela, nome, chaves, destino.emplace_back());
+        for (std::size_t j = 0; j < pede; ++j)
+            if (!tabela.contains(chaves[j].nome))
+                leitura.recusas().juntar(LeituraToml::lugar(tabela, nome), "",
+                                         "falta " + std::string(chaves[j].nome));
     }
 }
 
@@ -191,7 +191,8 @@ void lerIbsCbs(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
     IbsCbsLido lido;
     for (const auto &[chave, no] : lugar.tabela)
         if (chave.str() == "taxas")
-            lerTaxas(leitura, chave, no, lido);
+            lerLista<TaxasIbsCbs>(leitura, chave, no, "[[ibs_cbs.taxas]]", kTaxas, kTaxas.size(),
+                                  lido.taxas);
         else
             leitura.lerChave<IbsCbsLido>(chave, no, lugar.nome(), kIbsCbs, lido, ", taxas");
     if (!classeDoCst(lido.CST, lido.cClassTrib))
@@ -217,12 +218,31 @@ void lerRede(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
     lerSecao(leitura, lugar, kRede, lida.config.rede);
 }
 
+void lerFila(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
+    lerSecao(leitura, lugar, kFila, lida.config.fila);
+}
+
+void lerPagina(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
+    lerSecao(leitura, lugar, kPagina, lida.config);
+}
+
+// Directories are compared with each other and joined with names: they end with their "/".
+void lerCaixas(LeituraToml &leitura, const toml::key &chave, const toml::node &no,
+               std::vector<ConfigCaixa> &caixas) {
+    constexpr std::size_t kObrigatorias = 1;
+    lerLista<ConfigCaixa>(leitura, chave, no, "[[caixas]]", kCaixas, kObrigatorias, caixas);
+    for (ConfigCaixa &caixa : caixas)
+        for (std::string *pasta :
+             {&caixa.diretorio, &caixa.copias, &caixa.contingencia, &caixa.retornos})
+            if (!pasta->empty() && !pasta->ends_with('/')) *pasta += '/';
+}
+
 struct Secao {
     std::string_view nome;
     void (*ler)(LeituraToml &, const Lugar &, Lida &);
 };
 
-constexpr std::array<Secao, 13> kSecoes{{{"certificado", lerCertificado},
+constexpr std::array<Secao, 15> kSecoes{{{"certificado", lerCertificado},
                                          {"qrcode", lerQrCode},
                                          {"responsavel_tecnico", lerRespTec},
                                          {"intermediador", lerIntermediador},
@@ -234,7 +254,9 @@ constexpr std::array<Secao, 13> kSecoes{{{"certificado", lerCertificado},
                                          {"servicos", lerServicos},
                                          {"servicos_nome", lerNomes},
                                          {"servicos_metodo", lerMetodos},
-                                         {"rede", lerRede}}};
+                                         {"rede", lerRede},
+                                         {"fila", lerFila},
+                                         {"pagina", lerPagina}}};
 
 // ---- the whole ----
 
@@ -246,12 +268,15 @@ void lerRaiz(LeituraToml &leitura, const toml::table &raiz, Lida &lida) {
     std::string permitidas = LeituraToml::nomes<Configuracao>(kRaiz);
     for (const auto &secao : kSecoes)
         permitidas += ", [" + std::string(secao.nome) + "]";
+    permitidas += ", [[caixas]]";
     for (const auto &[chave, no] : raiz) {
         const auto secao =
             std::find_if(kSecoes.begin(), kSecoes.end(),
                          [&, &nome = chave](const Secao &s) { return s.nome == nome.str(); });
         if (ehRaiz(chave.str()))
             leitura.lerChave<Configuracao>(chave, no, "", kRaiz, lida.config);
+        else if (chave.str() == "caixas")
+            lerCaixas(leitura, chave, no, lida.config.caixas);
         else if (secao == kSecoes.end())
             leitura.recusarChave(chave, "", permitidas);
         else if (const toml::table *tabela = leitura.secao(chave, no, ""))

@@ -95,6 +95,22 @@ struct ConfigIbsCbs {
     std::vector<TaxasIbsCbs> taxas; // of years that the library's table does not have
 };
 
+// A till whose documents are sent: its directory, and where else it writes them. Each ends with
+// "/".
+struct ConfigCaixa {
+    std::string diretorio;
+    std::string copias;       // history copies (CONFIGURACAO\PathXMLEnvio); empty: it keeps none
+    std::string contingencia; // .ctg and .ctgCanc; empty: the directory itself
+    std::string retornos;     // where answers are written; empty: `retornos/` in the directory
+};
+
+struct ConfigFila {
+    std::string diretorio; // of the queue; empty: `fila/` beside the configuration
+    std::string guardados; // what is kept by law; empty: `guardados/` beside it
+    int porMinuto = 0;     // messages that the authority allows; 0: any number
+    int avisoHoras = 4;    // undelivered for so long, a document needs somebody
+};
+
 struct Configuracao {
     std::string diretorio; // of the file, with its "/"
 
@@ -111,6 +127,10 @@ struct Configuracao {
     std::map<std::string, ConfigProduto, std::less<>> produtos; // by cProd
     std::map<std::string, ConfigProduto, std::less<>> ncm;      // by NCM or its beginning
     ConfigProduto padrao;                                       // of every product
+
+    ConfigFila fila;
+    std::vector<ConfigCaixa> caixas;
+    int portaDaPagina = 0; // on 127.0.0.1; 0: no page
 
     std::string indIntermed; // where indPres asks for it
     std::string intermediadorCNPJ, intermediadorId;

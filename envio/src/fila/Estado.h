@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <string_view>
 
 namespace zel::envio {
@@ -66,6 +67,10 @@ inline constexpr std::array<Passagem, 17> kPassagens{{
 constexpr bool passa(Estado de, Estado para) {
     return std::any_of(kPassagens.begin(), kPassagens.end(),
                        [&](const Passagem &p) { return p.de == de && p.para == para; });
+}
+
+constexpr std::string_view nomeDe(Estado estado) {
+    return kEstados[static_cast<std::size_t>(estado)].nome;
 }
 
 constexpr bool acabou(Estado estado) {

@@ -59,12 +59,12 @@ struct Ficha : Achado { // `original` is empty here
 
 // What a change writes beside the state; what is not set stays.
 struct Mudanca {
-    std::optional<std::string> mensagem; // the signed bytes: written once, and never again
-    std::optional<std::string> chave, dhEmi;
-    std::optional<Resposta> resposta;
-    std::optional<std::string> motivo, recibo;
-    std::optional<int> tentativas;
-    std::optional<Momento> proximo;
+    std::optional<std::string> mensagem{}; // the signed bytes: written once, and never again
+    std::optional<std::string> chave{}, dhEmi{};
+    std::optional<Resposta> resposta{};
+    std::optional<std::string> motivo{}, recibo{};
+    std::optional<int> tentativas{};
+    std::optional<Momento> proximo{};
 };
 
 struct PassoDado {
@@ -151,6 +151,8 @@ public:
     std::optional<Ficha> porChave(std::string_view chave, Tipo tipo);
     // The NFC-e of a number, in any till of the issuer.
     std::vector<Ficha> porNumero(std::string_view cnpj, int tpAmb, int serie, std::int64_t numero);
+    // The NFC-e that says that it replaces this one.
+    std::optional<Ficha> substituta(std::string_view chave);
     std::string original(std::int64_t id);
     std::string mensagem(std::int64_t id);
     std::string elemento(std::int64_t id); // protNFe, retEvento, retInutNFe of its answer

@@ -64,6 +64,7 @@ CREATE INDEX documento_faixa ON documento (numero, ultimo) WHERE tipo = 3;
 CREATE INDEX documento_emissao ON documento (dhEmi);
 CREATE INDEX documento_consumidor ON documento (consumidor) WHERE consumidor <> '';
 CREATE INDEX documento_estado ON documento (estado, achado);
+CREATE INDEX documento_substitui ON documento (substitui) WHERE substitui <> '';
 
 CREATE TABLE conteudo (
     id INTEGER PRIMARY KEY REFERENCES documento (id),

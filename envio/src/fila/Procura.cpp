@@ -132,6 +132,13 @@ std::optional<Ficha> Fila::ficha(std::int64_t id) {
     return primeira(dentro_->linhas(comando.dar(id), lerFicha));
 }
 
+std::optional<Ficha> Fila::substituta(std::string_view chave) {
+    if (chave.empty()) return {};
+    Comando comando(dentro_->banco, kFichas + "WHERE d.substitui = ? AND d.tipo = 1 "
+                                              "AND d.estado <> 'retirado' ORDER BY d.id LIMIT 1");
+    return primeira(dentro_->linhas(comando.dar(chave), lerFicha));
+}
+
 std::optional<Ficha> Fila::porChave(std::string_view chave, Tipo tipo) {
     if (chave.empty()) return {};
     Comando comando(dentro_->banco,

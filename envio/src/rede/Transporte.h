@@ -24,10 +24,10 @@ enum class Chegada {
 
 struct Retorno {
     Chegada chegada = Chegada::kNaoEnviado;
-    int http = 0;      // 0: none came
-    std::string corpo; // UTF-8
+    int http = 0;        // 0: none came
+    std::string corpo{}; // UTF-8
     // Why, in Portuguese; without addresses of persons, secrets or the message.
-    std::string motivo;
+    std::string motivo{};
     std::chrono::milliseconds demora{}; // from the first byte out to the last byte in
 };
 

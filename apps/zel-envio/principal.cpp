@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: MIT
+// The service zel-envio: finds what the tills wrote, sends it, keeps and hands back what the
+// authority answered, until it is told to stop (SIGTERM, SIGINT).
+#include "assinatura/Certificado.h"
+#include "fluxo/Destinos.h"
+#include "fluxo/Oficina.h"
+#include "fluxo/Servico.h"
+#include "rede/Rede.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+
+namespace {
+
+using namespace zel::envio;
+
+constexpr std::string_view kUso =
+    "uso: zel-envio --config zel-envio.toml [--conferir]\n"
+    "  --config ARQUIVO  a configuração, com [[caixas]]\n"
+    "  --conferir        só confere configuração, certificado e fila\n"
+    "  --versao, --ajuda\n";
+constexpr int kUsoErrado = 2, kFalha = 1;
+constexpr int kPoucosDias = 30;
+
+struct Opcoes {
+    std::string config;
+    bool conferir = false, ajuda = false, versao = false;
+};
+
+std::optional<Opcoes> lerOpcoes(int quantas, char **palavras) {
+    Opcoes opcoes;
+    for (int i = 1; i < quantas; ++i) {
+        const std::string_view palavra = palavras[i];
+        if (palavra == "--config" && i + 1 < quantas)
+            opcoes.config = palavras[++i];
+        else if (palavra == "--conferir")
+            opcoes.conferir = true;
+        else if (palavra == "--ajuda" || palavra == "--help")
+            opcoes.ajuda = true;
+        else if (palavra == "--versao" || palavra == "--version")
+            opcoes.versao = true;
+        else
+            return {};
+    }
+    if (opcoes.config.empty() && !opcoes.ajuda && !opcoes.versao) return {};
+    return opcoes;
+}
+
+// A line each, whole, from any thread: the system's journal adds the time.
+void dizer(std::string_view linha) {
+    static std::mutex porta;
+    const std::lock_guard trava(porta);
+    std::fprintf(stderr, "%.*s\n", static_cast<int>(linha.size()), linha.data());
+}
+
+int recusar(const Recusas &recusas) {
+    dizer(recusas.texto());
+    return kFalha;
+}
+
+// False when it cannot sign for anybody.
+bool conferirCertificado(Oficina &oficina, Recusas &recusas) {
+    const auto certificado = oficina.certificado(recusas);
+    if (!certificado) return false;
+    const int dias = certificado->dias(std::time(nullptr));
+    if (dias < 0) return recusas.juntar("certificado", certificado->validoAte(), "está vencido");
+    dizer("certificado de " + certificado->cnpj() + ", válido até " + certificado->validoAte() +
+          (dias < kPoucosDias ? ": vence em " + std::to_string(dias) + " dias" : ""));
+    return true;
+}
+
+// Signals come to this thread alone, which waits for them.
+sigset_t sinaisDoFim() {
+    sigset_t sinais;
+    sigemptyset(&sinais);
+    sigaddset(&sinais, SIGTERM);
+    sigaddset(&sinais, SIGINT);
+    return sinais;
+}
+
+int servir(const Configuracao &config) {
+    const sigset_t sinais = sinaisDoFim();
+    pthread_sigmask(SIG_BLOCK, &sinais, nullptr);
+    Recusas recusas;
+    Oficina oficina(config, std::clamp(std::thread::hardware_concurrency(), 1U, 4U));
+    const bool assina = conferirCertificado(oficina, recusas);
+    auto fila = Fila::abrir(filaDe(config), recusas);
+    if (!fila) return recusar(recusas);
+    fila->anotar(kAnotacaoParada, assina ? "" : recusas.texto());
+    if (!assina) dizer("envio parado: " + recusas.texto());
+    fila.reset();
+    Linha linha(config.fila.porMinuto);
+    const Relogio relogio;
+    ServicoDeEnvio servico(
+        config, oficina, linha, relogio,
+        [&] {
+            Recusas ditas;
+            return std::make_unique<Rede>(config.rede, oficina.certificado(ditas));
+        },
+        dizer);
+    if (!servico.comecar(recusas)) return recusar(recusas);
+    dizer("zel-envio: " + std::to_string(config.caixas.size()) + " caixas");
+    int sinal = 0;
+    sigwait(&sinais, &sinal);
+    dizer("zel-envio: encerrando");
+    servico.parar();
+    return 0;
+}
+
+int conferir(const Configuracao &config) {
+    Recusas recusas;
+    Oficina oficina(config, 1);
+    const bool assina = conferirCertificado(oficina, recusas);
+    const bool guarda = Fila::abrir(filaDe(config), recusas) != nullptr;
+    if (!assina || !guarda) return recusar(recusas);
+    dizer("configuração conferida");
+    return 0;
+}
+
+} // namespace
+
+int main(int quantas, char **palavras) {
+    const auto opcoes = lerOpcoes(quantas, palavras);
+    if (!opcoes || opcoes->ajuda) {
+        std::fwrite(kUso.data(), 1, kUso.size(), opcoes ? stdout : stderr);
+        return opcoes ? 0 : kUsoErrado;
+    }
+    if (opcoes->versao) {
+        std::puts("zel-envio " ZEL_ENVIO_VERSAO);
+        return 0;
+    }
+    Recusas recusas;
+    const auto config = Configuracao::abrir(opcoes->config, recusas);
+    if (!config) return recusar(recusas);
+    return opcoes->conferir ? conferir(*config) : servir(*config);
+}

@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: MIT
+#include "fluxo/Destinos.h"
+
+#include "base/Xml.h"
+
+#include <algorithm>
+#include <array>
+
+namespace zel::envio {
+
+namespace {
+
+struct Destino {
+    Tipo tipo;
+    Servico servico;
+    std::array<Desfecho, 3> fins; // answers that it was meant for
+    std::array<Desfecho, 3> guardados;
+};
+
+constexpr Destino kDestinos[] = {
+    {Tipo::kNfce,
+     Servico::kAutorizacao,
+     {Desfecho::kAutorizado, Desfecho::kCancelado},
+     {Desfecho::kAutorizado, Desfecho::kCancelado, Desfecho::kDenegado}},
+    {Tipo::kCancelamento,
+     Servico::kRecepcaoEvento,
+     {Desfecho::kCancelado, Desfecho::kJaEsta, Desfecho::kJaCancelado},
+     {Desfecho::kCancelado}},
+    {Tipo::kInutilizacao,
+     Servico::kInutilizacao,
+     {Desfecho::kInutilizado, Desfecho::kJaInutilizado, Desfecho::kJaEsta},
+     {Desfecho::kInutilizado}},
+    {Tipo::kConsulta, Servico::kConsultaProtocolo, {}, {}},
+};
+
+const Destino &destinoDe(Tipo tipo) {
+    const auto *destino = std::find_if(std::begin(kDestinos), std::end(kDestinos),
+                                       [&](const Destino &d) { return d.tipo == tipo; });
+    return destino == std::end(kDestinos) ? kDestinos[0] : *destino;
+}
+
+// kNenhum fills the rows of the table, and is no answer.
+bool tem(const std::array<Desfecho, 3> &desfechos, Desfecho desfecho) {
+    return desfecho != Desfecho::kNenhum &&
+           std::find(desfechos.begin(), desfechos.end(), desfecho) != desfechos.end();
+}
+
+std::string pastaDe(const Configuracao &config, const std::string &dita, std::string_view outra) {
+    std::string pasta = dita.empty() ? config.diretorio + std::string(outra) : dita;
+    if (!pasta.ends_with('/')) pasta += '/';
+    return pasta;
+}
+
+} // namespace
+
+std::string filaDe(const Configuracao &config) {
+    return pastaDe(config, config.fila.diretorio, "fila/");
+}
+
+std::string guardadosDe(const Configuracao &config) {
+    return pastaDe(config, config.fila.guardados, "guardados/");
+}
+
+Servico servicoDe(Tipo tipo) {
+    return destinoDe(tipo).servico;
+}
+
+std::string linhaDaFicha(const Configuracao &config, const Ficha &ficha) {
+    constexpr std::string_view kId = "ID"; // of an inutilization
+    std::string_view cUF = ficha.chave;
+    if (cUF.starts_with(kId)) cUF.remove_prefix(kId.size());
+    if (cUF.size() < 2) cUF = config.cUF;
+    return std::string(cUF.substr(0, 2)) + "/" + std::to_string(ficha.tpAmb);
+}
+
+bool encerra(Tipo tipo, Desfecho desfecho) {
+    return tipo == Tipo::kConsulta || tem(destinoDe(tipo).fins, desfecho);
+}
+
+bool guardaSe(const Ficha &ficha) {
+    return tem(destinoDe(ficha.tipo).guardados, ficha.desfecho);
+}
+
+std::optional<Ficha> substituta(Fila &fila, const Ficha &ficha) {
+    if (auto outra = fila.substituta(ficha.chave)) return outra;
+    if (ficha.tpEmis != 1) return {};
+    const auto iguais = fila.porNumero(ficha.cnpj, ficha.tpAmb, ficha.serie, ficha.numero);
+    const auto outra = std::find_if(iguais.begin(), iguais.end(), [&](const Ficha &esta) {
+        return esta.tpEmis == 9 && esta.id > ficha.id && esta.estado != Estado::kRetirado;
+    });
+    return outra == iguais.end() ? std::nullopt : std::optional(*outra);
+}
+
+bool autorizada(Fila &fila, const Ficha &ficha) {
+    const auto agora = fila.ficha(ficha.id);
+    return agora && agora->estado == Estado::kEntregue && agora->desfecho == Desfecho::kAutorizado;
+}
+
+Achado pedidoDeSubstituicao(const Ficha &velha, const Ficha &nova) {
+    constexpr std::size_t kMomento = 19; // the rest is the zone
+    const std::string quando = std::max(velha.momentoResposta, nova.momentoResposta);
+    Documento documento = Documento::novo("EnvioEvento", {});
+    No evento = documento.raiz().acrescentar("Evento");
+    evento.acrescentar("tpAmb", std::to_string(velha.tpAmb));
+    evento.acrescentar("ChaAcesso", velha.chave);
+    evento.acrescentar("NtfCnpjEmissor", velha.cnpj);
+    No informado = evento.acrescentar("EveInf");
+    informado.acrescentar("EveTp", "110111");
+    informado.acrescentar("EveDh", quando.substr(0, kMomento));
+    informado.acrescentar("EveFusoHorario", quando.substr(std::min(kMomento, quando.size())));
+    No detalhe = informado.acrescentar("Evedet");
+    detalhe.acrescentar("EvenProt", velha.protocolo);
+    detalhe.acrescentar("EvexJust", "Substituida por documento emitido em contingencia offline");
+    Achado achado = velha;
+    achado.tipo = Tipo::kCancelamento;
+    achado.origem = "substituicao";
+    achado.original = documento.texto();
+    achado.substitui = nova.chave;
+    achado.dhEmi = quando;
+    achado.troco.reset();
+    return achado;
+}
+
+Resposta eventoDe(const Resposta &consulta) {
+    Resposta evento = consulta;
+    std::string motivo;
+    const auto lido = Documento::ler(consulta.evento, motivo);
+    const No retorno = lido ? lido->raiz().procurar("retEvento") : No();
+    const No infEvento = retorno.filho("infEvento");
+    evento.elemento.clear();
+    evento.desfecho = Desfecho::kCancelado;
+    if (!infEvento) return evento;
+    evento.cStat = std::atoi(infEvento.texto("cStat").c_str());
+    evento.xMotivo = infEvento.texto("xMotivo");
+    evento.protocolo = infEvento.texto("nProt");
+    evento.momento = infEvento.texto("dhRegEvento");
+    Documento copia = Documento::novo("x", kEspacoNfe);
+    const No copiada = copia.raiz().acrescentarCopia(retorno);
+    const std::string texto = copia.texto();
+    const std::size_t inicio = texto.find("<retEvento"), fim = texto.rfind("</x>");
+    if (copiada && inicio < fim && fim != texto.npos)
+        evento.elemento = texto.substr(inicio, fim - inicio);
+    return evento;
+}
+
+} // namespace zel::envio

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// What follows from a kind of document and an answer: where it goes, whether that is its end,
+// whether it is kept; and what is known of documents that take each other's place.
+#pragma once
+
+#include "config/Configuracao.h"
+#include "config/Enderecos.h"
+#include "fila/Fila.h"
+#include "fluxo/Relogio.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zel::envio {
+
+// While this annotation of the queue says something, nothing is signed or sent.
+inline constexpr std::string_view kAnotacaoParada = "parada";
+
+// Directories, with their "/".
+std::string filaDe(const Configuracao &config);
+std::string guardadosDe(const Configuracao &config);
+
+Servico servicoDe(Tipo tipo);
+// State's code and environment of a row: "43/2".
+std::string linhaDaFicha(const Configuracao &config, const Ficha &ficha);
+
+// Whether an answer ends the document's way as it was meant to end: what is left is a person's.
+bool encerra(Tipo tipo, Desfecho desfecho);
+// Whether the law wants the document kept with its answer.
+bool guardaSe(const Ficha &ficha);
+
+// The document that was issued in the place of this one: it says so, or has its number offline.
+std::optional<Ficha> substituta(Fila &fila, const Ficha &ficha);
+// Whether it is authorized by now, and all is done.
+bool autorizada(Fila &fila, const Ficha &ficha);
+
+// A till's request to cancel `velha` because `nova` was issued for it; the same two give the same
+// bytes.
+Achado pedidoDeSubstituicao(const Ficha &velha, const Ficha &nova);
+
+// The answer to a consultation of a document, as the one to the event that cancelled it.
+Resposta eventoDe(const Resposta &consulta);
+
+} // namespace zel::envio

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+#include "fluxo/Entrega.h"
+
+#include "base/Xml.h"
+#include "comum/Arquivo.h"
+#include "documento/Impressao.h"
+#include "fluxo/Destinos.h"
+
+#include <cerrno>
+#include <cstring>
+#include <sys/stat.h>
+
+namespace zel::envio {
+
+namespace {
+
+struct Sufixo {
+    Tipo tipo;
+    std::string_view nome;
+};
+constexpr Sufixo kSufixos[] = {{Tipo::kNfce, ""},
+                               {Tipo::kCancelamento, "-cancelamento"},
+                               {Tipo::kInutilizacao, ""},
+                               {Tipo::kConsulta, "-consulta"}};
+
+// The component's own words, of what has no record of the authority's.
+std::string emPalavras(const Ficha &ficha) {
+    Documento retorno = Documento::novo("Retorno", {});
+    No raiz = retorno.raiz();
+    raiz.acrescentar("SitCodigo", std::to_string(ficha.cStat));
+    raiz.acrescentar("SitDescricao", ficha.motivo.empty() ? ficha.xMotivo : ficha.motivo);
+    if (!ficha.chave.empty()) raiz.acrescentar("DocChaAcesso", ficha.chave);
+    if (!ficha.protocolo.empty()) raiz.acrescentar("DocProtocolo", ficha.protocolo);
+    return retorno.texto();
+}
+
+std::optional<ParaImprimir> paraImprimir(std::string_view mensagem, std::string_view elemento,
+                                         Recusas &recusas) {
+    std::string motivo;
+    const auto nfe = Documento::ler(mensagem, motivo);
+    const auto resposta = Documento::ler(elemento, motivo);
+    if (!nfe || !resposta) return recusas.juntar("documento", "", motivo), std::nullopt;
+    return prepararImpressao(nfe->raiz(), &*resposta, recusas);
+}
+
+bool gravar(const std::string &arquivo, std::string_view conteudo, Recusas &recusas) {
+    return comum::substituirArquivo(arquivo, conteudo) ||
+           recusas.juntar(arquivo, "", "não foi gravado: " + std::string(std::strerror(errno)));
+}
+
+} // namespace
+
+std::string retornosDe(const Configuracao &config, const std::string &caixa) {
+    for (const auto &esta : config.caixas)
+        if (esta.diretorio == caixa && !esta.retornos.empty()) return esta.retornos;
+    return caixa + "retornos/";
+}
+
+std::string nomeDoRetorno(const Ficha &ficha) {
+    std::string nome = ficha.chave.empty() ? ficha.origem : ficha.chave;
+    for (const auto &[tipo, sufixo] : kSufixos)
+        if (tipo == ficha.tipo) nome += sufixo;
+    return nome + ".retorno.xml";
+}
+
+bool escreverRetorno(const Configuracao &config, const Ficha &ficha, std::string_view mensagem,
+                     std::string_view elemento, Recusas &recusas) {
+    const std::string pasta = retornosDe(config, ficha.caixa);
+    if (mkdir(pasta.c_str(), 0777) != 0 && errno != EEXIST)
+        return recusas.juntar(pasta, "", "a pasta não pôde ser feita");
+    const std::string arquivo = pasta + nomeDoRetorno(ficha);
+    const bool autorizada = ficha.tipo == Tipo::kNfce && ficha.desfecho == Desfecho::kAutorizado;
+    if (autorizada && !elemento.empty()) {
+        const auto duas = paraImprimir(mensagem, elemento, recusas);
+        // The document first: whoever sees the return finds it.
+        return duas && gravar(pasta + ficha.chave + ".documento.xml", duas->documento, recusas) &&
+               gravar(arquivo, duas->retorno, recusas);
+    }
+    return gravar(arquivo,
+                  elemento.empty() || ficha.tipo == Tipo::kNfce ? emPalavras(ficha)
+                                                                : std::string(elemento),
+                  recusas);
+}
+
+} // namespace zel::envio

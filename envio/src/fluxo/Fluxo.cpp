@@ -1,0 +1,471 @@
+// SPDX-License-Identifier: MIT
+#include "fluxo/Fluxo.h"
+
+#include "fluxo/ConsultaGuardada.h"
+#include "fluxo/Destinos.h"
+#include "fluxo/Entrega.h"
+#include "mensagem/Lote.h"
+#include "rede/Remessa.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace zel::envio {
+
+namespace {
+
+// A document takes fewer steps than this before it waits or ends.
+constexpr int kMaisPassos = 12;
+// How much longer than a request may last another process waits before it takes the request for
+// one whose sender died.
+constexpr Momento kFolga = 15 * kSegundo;
+// A document that is being asked for after it, another's answer is awaited that long at a time.
+constexpr Momento kEsperaDoOutro = 2 * kSegundo;
+constexpr Momento kPausaDoExcesso = kHora;
+// So often a stopped queue is looked at again.
+constexpr Momento kPausaDaParada = kMinuto;
+
+constexpr int kReciboDesconhecido = 106;
+
+std::string textoDe(const Recusas &recusas) {
+    return recusas.texto();
+}
+
+} // namespace
+
+Fluxo::Fluxo(const Meios &meios) : meios_(meios), guarda_(guardadosDe(meios.config)) {}
+
+void Fluxo::tratar(std::int64_t id, Milissegundos limite) {
+    limite_ = limite;
+    for (int i = 0; i < kMaisPassos; ++i) {
+        const auto ficha = meios_.fila.ficha(id);
+        if (!ficha || acabou(ficha->estado) || ficha->proximo > meios_.relogio.agora()) return;
+        if (!passo(*ficha)) return;
+    }
+}
+
+int Fluxo::tratarProntas(const std::string &caixa, Milissegundos limite, std::size_t maximo) {
+    const int antes = mudancas_;
+    for (const auto &ficha : meios_.fila.prontas(caixa, meios_.relogio.agora(), maximo))
+        tratar(ficha.id, limite);
+    return mudancas_ - antes;
+}
+
+bool Fluxo::passo(const Ficha &ficha) {
+    switch (ficha.estado) {
+    case Estado::kAchado:
+    case Estado::kTraduzido:
+        return preparar(ficha);
+    case Estado::kAssinado:
+        return enviar(ficha);
+    // Whoever was sending it is gone: nobody knows what became of it.
+    case Estado::kEnviado:
+        return perguntarDepois(ficha, 0, "o envio foi interrompido");
+    case Estado::kPerguntar:
+        return perguntar(ficha);
+    case Estado::kRespondido:
+        return entregar(ficha);
+    default:
+        return false;
+    }
+}
+
+// ---- from the till's file to signed bytes ----
+
+bool Fluxo::preparar(const Ficha &ficha) {
+    if (parada(ficha)) return false;
+    if (ficha.tipo == Tipo::kNfce && substituta(meios_.fila, ficha))
+        return mudar(ficha, Estado::kRetirado, {.motivo = "outro documento a substitui"});
+    if (ficha.tipo == Tipo::kConsulta && ficha.chave.empty()) {
+        if (!responderDoGuardado(meios_.config, meios_.fila, ficha)) return false;
+        return mudar(ficha, Estado::kEntregue, {.motivo = "respondida do que foi guardado"});
+    }
+    bool esperar = false;
+    const auto contexto = contextoDe(ficha, esperar);
+    if (!contexto) return !esperar;
+    const ContextoNota nota{ficha.troco.value_or(0)};
+    const Feito feito = meios_.oficina.fazer(meios_.fila.original(ficha.id), *contexto, nota,
+                                             meios_.relogio.agora());
+    if (feito.passo == Passo::kTraducao || feito.passo == Passo::kEsquema)
+        return recusar(ficha, textoDe(feito.recusas));
+    if (feito.passo != Passo::kFeito) return parar(ficha, textoDe(feito.recusas));
+
+    Recusas recusas;
+    Fila::Transacao transacao(meios_.fila);
+    const Momento agora = meios_.relogio.agora();
+    const bool feita =
+        (ficha.estado == Estado::kTraduzido ||
+         meios_.fila.mudar(ficha.id, Estado::kAchado, Estado::kTraduzido, {}, agora, recusas)) &&
+        meios_.fila.mudar(ficha.id, Estado::kTraduzido, Estado::kAssinado,
+                          {.mensagem = feito.mensagem, .chave = feito.chave, .motivo = ""}, agora,
+                          recusas);
+    return feita && transacao.confirmar(recusas);
+}
+
+// What a request does not say. None when it has to wait (`esperar`), or was refused.
+std::optional<ContextoPedido> Fluxo::contextoDe(const Ficha &ficha, bool &esperar) {
+    ContextoPedido contexto;
+    contexto.idLote = std::to_string(ficha.id);
+    if (ficha.tipo == Tipo::kInutilizacao)
+        contexto.data = momentoEscrito(ficha.achado, {}).substr(0, 10);
+    if (ficha.tipo != Tipo::kCancelamento) return contexto;
+    contexto.substituta = ficha.substitui;
+    if (!protocoloDe(ficha, contexto, esperar)) return {};
+    return contexto;
+}
+
+// A cancellation names the authorization: from the queue, else from the authority.
+bool Fluxo::protocoloDe(const Ficha &ficha, ContextoPedido &contexto, bool &esperar) {
+    const auto nota = meios_.fila.porChave(ficha.chave, Tipo::kNfce);
+    if (nota && !acabou(nota->estado)) {
+        esperar = true;
+        return adiar(ficha, std::max(nota->proximo, meios_.relogio.agora() + kEsperaDoOutro),
+                     "espera a resposta da nota"),
+               false;
+    }
+    if (nota && nota->desfecho != Desfecho::kAutorizado) {
+        recusar(ficha, "a nota " + std::to_string(nota->numero) +
+                           " não foi autorizada: não há o que cancelar");
+        return false;
+    }
+    if (nota) {
+        contexto.protocolo = nota->protocolo;
+        return true;
+    }
+    if (!linhaLivre(ficha)) return esperar = true, false;
+    const Retorno retorno = pedir(Servico::kConsultaProtocolo, ficha,
+                                  consultaDaChave(ficha.chave, std::to_string(ficha.tpAmb)));
+    Recusas recusas;
+    const auto resposta =
+        retorno.chegada == Chegada::kResposta
+            ? lerResposta(Servico::kConsultaProtocolo, retorno.corpo, ficha.chave, recusas)
+            : std::nullopt;
+    if (resposta && resposta->desfecho == Desfecho::kAutorizado) {
+        contexto.protocolo = resposta->protocolo;
+        return true;
+    }
+    if (resposta && linhaDe(resposta->cStat).desfecho != Desfecho::kEsperar) {
+        recusar(ficha, "a SEFAZ diz da nota: " + std::to_string(resposta->cStat) + " " +
+                           resposta->xMotivo);
+        return false;
+    }
+    esperar = true;
+    adiar(ficha, meios_.relogio.agora() + pausaDepoisDe(ficha.tentativas + 1),
+          resposta ? resposta->xMotivo : retorno.motivo);
+    return false;
+}
+
+bool Fluxo::recusar(const Ficha &ficha, const std::string &motivo) {
+    Ficha recusada = ficha;
+    recusada.motivo = motivo;
+    Recusas recusas;
+    if (!escreverRetorno(meios_.config, recusada, {}, {}, recusas))
+        return adiar(ficha, meios_.relogio.agora() + kMinuto, textoDe(recusas));
+    mudar(ficha, Estado::kRecusado, {.motivo = motivo});
+    return false;
+}
+
+// ---- out ----
+
+bool Fluxo::linhaLivre(const Ficha &ficha) {
+    const std::string qual = linhaDaFicha(meios_.config, ficha);
+    const Linha::Situacao situacao = meios_.linha.situacao(qual);
+    const Momento agora = meios_.relogio.agora();
+    if (situacao.falhas > 0) {
+        const bool cedo = agora < situacao.proxima;
+        if (cedo || !perguntarServico(qual.substr(0, 2), ficha.tpAmb, limite_))
+            return adiar(ficha, meios_.linha.situacao(qual).proxima, situacao.motivo);
+    }
+    const Momento vez = meios_.linha.vez(agora);
+    return vez == 0 || adiar(ficha, vez, "");
+}
+
+bool Fluxo::enviar(const Ficha &ficha) {
+    if (parada(ficha)) return false;
+    if (ficha.tipo == Tipo::kNfce && substituta(meios_.fila, ficha))
+        return mudar(ficha, Estado::kRetirado, {.motivo = "outro documento a substitui"});
+    if (!linhaLivre(ficha)) return false;
+    const Momento agora = meios_.relogio.agora();
+    if (!mudar(ficha, Estado::kEnviado,
+               {.tentativas = ficha.tentativas + 1, .proximo = agora + limite_.count() + kFolga}))
+        return false;
+    Ficha enviada = ficha;
+    enviada.estado = Estado::kEnviado;
+    ++enviada.tentativas;
+    const std::string assinada = meios_.fila.mensagem(ficha.id);
+    const Servico servico = servicoDe(ficha.tipo);
+    const Retorno retorno =
+        pedir(servico, ficha, ficha.tipo == Tipo::kNfce ? loteDe(assinada, ficha.id) : assinada);
+    switch (retorno.chegada) {
+    case Chegada::kNaoEnviado:
+        return naoEnviado(enviada, retorno);
+    case Chegada::kSemResposta:
+        return semResposta(enviada, retorno);
+    case Chegada::kCertificado:
+        return parar(enviada, retorno.motivo);
+    case Chegada::kResposta:
+        break;
+    }
+    Recusas recusas;
+    auto resposta = lerResposta(servico, retorno.corpo, ficha.chave, recusas);
+    if (!resposta) return semResposta(enviada, {.motivo = textoDe(recusas)});
+    return responder(enviada, std::move(*resposta));
+}
+
+Retorno Fluxo::pedir(Servico servico, const Ficha &ficha, std::string mensagem) {
+    const std::string qual = linhaDaFicha(meios_.config, ficha);
+    Recusas recusas;
+    const auto remessa = remessaDe(meios_.config, qual.substr(0, 2), ficha.tpAmb, servico,
+                                   std::move(mensagem), recusas);
+    if (!remessa) return {.motivo = textoDe(recusas)};
+    const Momento saiu = meios_.relogio.agora();
+    Retorno retorno = meios_.rede.pedir(*remessa, limite_);
+    const bool chegou = retorno.chegada == Chegada::kResposta;
+    ServicoVisto visto{.servico = std::string(metodoDe(servico).servico),
+                       .cUF = qual.substr(0, 2),
+                       .tpAmb = ficha.tpAmb,
+                       .cStat = 0,
+                       .http = retorno.http,
+                       .xMotivo = retorno.motivo,
+                       .momento = saiu,
+                       .demora = retorno.demora.count()};
+    if (chegou)
+        if (const auto resposta = lerResposta(servico, retorno.corpo, ficha.chave, recusas)) {
+            visto.cStat = resposta->cStat;
+            visto.xMotivo = resposta->xMotivo;
+        }
+    meios_.fila.verServico(visto);
+    if (chegou)
+        meios_.linha.respondeu(qual);
+    else if (retorno.chegada != Chegada::kCertificado)
+        meios_.linha.falhou(qual, meios_.relogio.agora(), retorno.motivo);
+    return retorno;
+}
+
+bool Fluxo::naoEnviado(const Ficha &ficha, const Retorno &retorno) {
+    const Momento quando =
+        std::max(meios_.linha.situacao(linhaDaFicha(meios_.config, ficha)).proxima,
+                 meios_.relogio.agora() + pausaDepoisDe(1));
+    return voltar(ficha, quando, retorno.motivo);
+}
+
+// Back to the signed bytes: the authority has nothing of it.
+bool Fluxo::voltar(const Ficha &ficha, Momento quando, const std::string &motivo) {
+    mudar(ficha, Estado::kAssinado, {.motivo = motivo, .proximo = quando});
+    return false;
+}
+
+bool Fluxo::semResposta(const Ficha &ficha, const Retorno &retorno) {
+    return perguntarDepois(ficha, kEsperaDoOutro, retorno.motivo);
+}
+
+bool Fluxo::perguntarDepois(const Ficha &ficha, Momento pausa, const std::string &motivo) {
+    const Mudanca mudanca{.motivo = motivo, .proximo = meios_.relogio.agora() + pausa};
+    return mudar(ficha, Estado::kPerguntar, mudanca) && pausa == 0;
+}
+
+// ---- what an answer leads to ----
+
+bool Fluxo::responder(const Ficha &ficha, Resposta resposta) {
+    const Momento agora = meios_.relogio.agora();
+    switch (resposta.desfecho) {
+    case Desfecho::kEmProcesso:
+        mudar(ficha, Estado::kPerguntar,
+              {.motivo = resposta.xMotivo,
+               .recibo = resposta.recibo,
+               .proximo = agora + std::max(resposta.espera, 1) * kSegundo});
+        return false;
+    case Desfecho::kEsperar:
+        return voltar(ficha, agora + pausaDepoisDe(ficha.tentativas), resposta.xMotivo);
+    case Desfecho::kExcesso:
+        return voltar(ficha, agora + kPausaDoExcesso, resposta.xMotivo);
+    case Desfecho::kCertificado:
+        return parar(ficha, resposta.xMotivo);
+    // Of an inutilization or event nothing more can be asked than this.
+    case Desfecho::kJaEsta:
+        if (ficha.tipo == Tipo::kNfce) return perguntarDepois(ficha, 0, resposta.xMotivo);
+        return respondido(ficha, resposta);
+    default:
+        return respondido(ficha, resposta);
+    }
+}
+
+bool Fluxo::respondido(const Ficha &ficha, const Resposta &resposta) {
+    Resposta dita = resposta;
+    std::string motivo;
+    if (dita.desfecho == Desfecho::kAutorizado && ficha.tipo == Tipo::kNfce &&
+        !mesmoConteudo(ficha, dita)) {
+        dita.desfecho = Desfecho::kRecusado;
+        motivo = "a SEFAZ tem outro conteúdo com esta chave: chame quem cuida do sistema";
+    } else if (!encerra(ficha.tipo, dita.desfecho)) {
+        motivo = std::to_string(dita.cStat) + " " + dita.xMotivo;
+        if (const auto remedio = linhaDe(dita.cStat).remedio; !remedio.empty())
+            motivo += "; " + std::string(remedio);
+    }
+    return mudar(ficha, Estado::kRespondido,
+                 {.resposta = dita, .motivo = motivo, .tentativas = 0, .proximo = 0});
+}
+
+bool Fluxo::mesmoConteudo(const Ficha &ficha, const Resposta &resposta) {
+    if (resposta.digest.empty()) return true; // some leave it out
+    const std::string mensagem = meios_.fila.mensagem(ficha.id);
+    return mensagem.find("<DigestValue>" + resposta.digest + "</DigestValue>") != std::string::npos;
+}
+
+// ---- asking ----
+
+bool Fluxo::perguntar(const Ficha &ficha) {
+    // There is no question about it: the same bytes again are one.
+    if (ficha.tipo == Tipo::kInutilizacao || ficha.tipo == Tipo::kConsulta)
+        return mudar(ficha, Estado::kAssinado, {.proximo = 0});
+    if (parada(ficha) || !linhaLivre(ficha)) return false;
+    const std::string tpAmb = std::to_string(ficha.tpAmb);
+    const bool porRecibo = !ficha.recibo.empty();
+    const Servico servico = porRecibo ? Servico::kRetAutorizacao : Servico::kConsultaProtocolo;
+    const Retorno retorno = pedir(servico, ficha,
+                                  porRecibo ? consultaDoRecibo(ficha.recibo, tpAmb)
+                                            : consultaDaChave(ficha.chave, tpAmb));
+    const auto depois = [&](Momento pausa, const std::string &motivo) {
+        anotar(ficha, {.motivo = motivo,
+                       .tentativas = ficha.tentativas + 1,
+                       .proximo = meios_.relogio.agora() + pausa});
+        return false;
+    };
+    if (retorno.chegada == Chegada::kCertificado) return parar(ficha, retorno.motivo);
+    Recusas recusas;
+    auto resposta = retorno.chegada == Chegada::kResposta
+                        ? lerResposta(servico, retorno.corpo, ficha.chave, recusas)
+                        : std::nullopt;
+    if (!resposta)
+        return depois(pausaDepoisDe(ficha.tentativas + 1),
+                      retorno.motivo.empty() ? textoDe(recusas) : retorno.motivo);
+    // A receipt that it does not know says nothing of the document.
+    if (porRecibo && resposta->cStat == kReciboDesconhecido) return naoConsta(ficha);
+    switch (resposta->desfecho) {
+    case Desfecho::kEmProcesso:
+    case Desfecho::kEsperar:
+        return depois(pausaDepoisDe(ficha.tentativas + 1), resposta->xMotivo);
+    case Desfecho::kExcesso:
+        return depois(kPausaDoExcesso, resposta->xMotivo);
+    case Desfecho::kCertificado:
+        return parar(ficha, resposta->xMotivo);
+    case Desfecho::kNaoConsta:
+        return naoConsta(ficha);
+    default:
+        break;
+    }
+    if (ficha.tipo == Tipo::kCancelamento) {
+        // Its note is authorized and nothing more: the event never arrived.
+        if (resposta->evento.empty() && resposta->desfecho != Desfecho::kCancelado)
+            return naoConsta(ficha);
+        return respondido(ficha, eventoDe(*resposta));
+    }
+    return respondido(ficha, *resposta);
+}
+
+// Asked by a receipt that is unknown, it is asked for by its key; by its key, it may go out again,
+// unless another has taken its place: a number that went out is not used by two.
+bool Fluxo::naoConsta(const Ficha &ficha) {
+    if (!ficha.recibo.empty()) return anotar(ficha, {.recibo = "", .proximo = 0});
+    if (ficha.tipo == Tipo::kNfce && substituta(meios_.fila, ficha))
+        return mudar(ficha, Estado::kRetirado,
+                     {.motivo = "a SEFAZ não a tem, e outro documento a substitui: inutilize o "
+                                "número " +
+                                std::to_string(ficha.numero)});
+    return mudar(ficha, Estado::kAssinado, {.proximo = 0});
+}
+
+// ---- the end ----
+
+bool Fluxo::entregar(const Ficha &ficha) {
+    Recusas recusas;
+    const std::string mensagem = meios_.fila.mensagem(ficha.id),
+                      elemento = meios_.fila.elemento(ficha.id);
+    const bool guardar = guardaSe(ficha) && !elemento.empty();
+    const bool pronto =
+        (!guardar || guarda_.guardar(ficha, guardadoDe(mensagem, elemento), recusas)) &&
+        escreverRetorno(meios_.config, ficha, mensagem, elemento, recusas);
+    if (!pronto) return adiar(ficha, meios_.relogio.agora() + kMinuto, textoDe(recusas));
+    const Estado fim = encerra(ficha.tipo, ficha.desfecho) ? Estado::kEntregue : Estado::kRecusado;
+    if (!mudar(ficha, fim, {})) return false;
+    if (fim == Estado::kEntregue && ficha.tipo == Tipo::kNfce) cancelarSubstituida(ficha);
+    return false;
+}
+
+// Whichever of the two is authorized last: then the replaced one is cancelled, once.
+void Fluxo::cancelarSubstituida(const Ficha &ficha) {
+    const auto outra = ficha.substitui.empty() ? substituta(meios_.fila, ficha)
+                                               : meios_.fila.porChave(ficha.substitui, Tipo::kNfce);
+    if (!outra) return;
+    const Ficha &velha = ficha.substitui.empty() ? ficha : *outra;
+    const Ficha &nova = ficha.substitui.empty() ? *outra : ficha;
+    if (velha.estado == Estado::kPerguntar || velha.estado == Estado::kEnviado)
+        anotar(velha, {.proximo = 0});
+    if (autorizada(meios_.fila, velha) && autorizada(meios_.fila, nova))
+        meios_.fila.achar(pedidoDeSubstituicao(velha, nova), meios_.relogio.agora(), descartadas_);
+}
+
+bool Fluxo::retirar(std::int64_t id, const std::string &motivo) {
+    const auto ficha = meios_.fila.ficha(id);
+    if (!ficha) return false;
+    if (ficha->estado == Estado::kRetirado) return true;
+    return passa(ficha->estado, Estado::kRetirado) && ficha->estado != Estado::kPerguntar &&
+           mudar(*ficha, Estado::kRetirado, {.motivo = motivo});
+}
+
+bool Fluxo::perguntarServico(std::string_view cUF, int tpAmb, Milissegundos limite) {
+    limite_ = limite;
+    Ficha sem;
+    sem.tpAmb = tpAmb;
+    sem.chave = cUF;
+    const Retorno retorno =
+        pedir(Servico::kStatusServico, sem, consultaDoServico(cUF, std::to_string(tpAmb)));
+    if (retorno.chegada != Chegada::kResposta) return false;
+    constexpr int kEmOperacao = 107;
+    const auto resposta = lerResposta(Servico::kStatusServico, retorno.corpo, {}, descartadas_);
+    if (resposta && resposta->cStat == kEmOperacao) return true;
+    meios_.linha.falhou(linhaDaFicha(meios_.config, sem), meios_.relogio.agora(),
+                        resposta ? resposta->xMotivo : "o serviço não responde como deve");
+    return false;
+}
+
+// ---- the queue as a whole ----
+
+bool Fluxo::parar(const Ficha &ficha, const std::string &motivo) {
+    meios_.fila.anotar(kAnotacaoParada, motivo);
+    const Momento quando = meios_.relogio.agora() + kPausaDaParada;
+    if (ficha.estado == Estado::kEnviado) return voltar(ficha, quando, motivo);
+    return adiar(ficha, quando, motivo);
+}
+
+bool Fluxo::parada(const Ficha &ficha) {
+    const std::string motivo = meios_.fila.anotado(kAnotacaoParada);
+    return !motivo.empty() &&
+           !adiar(ficha, meios_.relogio.agora() + kPausaDaParada,
+                  "envio parado: " + motivo + "; resolva e diga: zel envio continuar");
+}
+
+bool Fluxo::mudar(const Ficha &ficha, Estado para, const Mudanca &mudanca) {
+    const bool feito = meios_.fila.mudar(ficha.id, ficha.estado, para, mudanca,
+                                         meios_.relogio.agora(), descartadas_);
+    mudancas_ += feito ? 1 : 0;
+    return feito;
+}
+
+bool Fluxo::anotar(const Ficha &ficha, const Mudanca &mudanca) {
+    const bool feito =
+        meios_.fila.adiar(ficha.id, ficha.estado, mudanca, meios_.relogio.agora(), descartadas_);
+    mudancas_ += feito ? 1 : 0;
+    return feito;
+}
+
+// Always false: nothing more is done with it now.
+bool Fluxo::adiar(const Ficha &ficha, Momento quando, const std::string &motivo) {
+    Mudanca mudanca{.proximo = quando};
+    if (!motivo.empty()) mudanca.motivo = motivo;
+    anotar(ficha, mudanca);
+    return false;
+}
+
+} // namespace zel::envio

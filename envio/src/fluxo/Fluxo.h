@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+// The way of a document through its states: what is done in each, what an answer leads to, what the
+// till is told. Every change is in the queue before the network is touched and after it answered;
+// whoever dies in between leaves a row from which anybody goes on.
+#pragma once
+
+#include "config/Configuracao.h"
+#include "fila/Fila.h"
+#include "fluxo/Linha.h"
+#include "fluxo/Oficina.h"
+#include "fluxo/Relogio.h"
+#include "guarda/Guarda.h"
+#include "rede/Transporte.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace zel::envio {
+
+// What a process works with; queue and network are a thread's own, the others shared.
+struct Meios {
+    const Configuracao &config;
+    Oficina &oficina;
+    Linha &linha;
+    const Relogio &relogio;
+    Fila &fila;
+    Transporte &rede;
+};
+
+class Fluxo {
+public:
+    explicit Fluxo(const Meios &meios);
+
+    // Takes one document as far as it goes now: to its end, or to where it has to wait. Each
+    // request to the authority ends within `limite`.
+    void tratar(std::int64_t id, Milissegundos limite);
+    // The documents of a till that are due; how many changes that made in the queue.
+    int tratarProntas(const std::string &caixa, Milissegundos limite, std::size_t maximo);
+
+    // Takes back what has not gone out: false when it may be there.
+    bool retirar(std::int64_t id, const std::string &motivo);
+    // Asks how the service is: whether it answers that it works.
+    bool perguntarServico(std::string_view cUF, int tpAmb, Milissegundos limite);
+
+private:
+    // Whether to go on with the next state at once.
+    bool passo(const Ficha &ficha);
+    bool preparar(const Ficha &ficha);
+    bool enviar(const Ficha &ficha);
+    bool perguntar(const Ficha &ficha);
+    bool entregar(const Ficha &ficha);
+
+    std::optional<ContextoPedido> contextoDe(const Ficha &ficha, bool &esperar);
+    bool protocoloDe(const Ficha &ficha, ContextoPedido &contexto, bool &esperar);
+    bool recusar(const Ficha &ficha, const std::string &motivo);
+    bool linhaLivre(const Ficha &ficha);
+    Retorno pedir(Servico servico, const Ficha &ficha, std::string mensagem);
+    bool responder(const Ficha &ficha, Resposta resposta);
+    bool semResposta(const Ficha &ficha, const Retorno &retorno);
+    bool naoEnviado(const Ficha &ficha, const Retorno &retorno);
+    bool voltar(const Ficha &ficha, Momento quando, const std::string &motivo);
+    bool perguntarDepois(const Ficha &ficha, Momento pausa, const std::string &motivo);
+    bool respondido(const Ficha &ficha, const Resposta &resposta);
+    bool mesmoConteudo(const Ficha &ficha, const Resposta &resposta);
+    bool naoConsta(const Ficha &ficha);
+    bool parar(const Ficha &ficha, const std::string &motivo);
+    bool parada(const Ficha &ficha);
+    void cancelarSubstituida(const Ficha &ficha);
+    bool mudar(const Ficha &ficha, Estado para, const Mudanca &mudanca);
+    bool anotar(const Ficha &ficha, const Mudanca &mudanca);
+    bool adiar(const Ficha &ficha, Momento quando, const std::string &motivo);
+
+    Meios meios_;
+    Guarda guarda_;
+    Milissegundos limite_{};
+    int mudancas_ = 0;
+    Recusas descartadas_; // of what is tried again anyway
+};
+
+} // namespace zel::envio

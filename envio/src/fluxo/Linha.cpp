@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#include "fluxo/Linha.h"
+
+#include "fluxo/Relogio.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace zel::envio {
+
+namespace {
+
+// Seconds. The first ones are short: most lines are back at once.
+constexpr Momento kPausas[] = {5, 10, 20, 30, 60, 120};
+
+// How many turns may be saved up while nobody sends.
+constexpr Momento kSalto = 5;
+
+} // namespace
+
+Momento pausaDepoisDe(int falhas) {
+    const auto indice = static_cast<std::size_t>(std::max(falhas, 1) - 1);
+    return kPausas[std::min(indice, std::size(kPausas) - 1)] * kSegundo;
+}
+
+Linha::Situacao Linha::situacao(const std::string &qual) const {
+    const std::lock_guard trava(porta_);
+    const auto esta = situacoes_.find(qual);
+    return esta == situacoes_.end() ? Situacao{} : esta->second;
+}
+
+void Linha::respondeu(const std::string &qual) {
+    const std::lock_guard trava(porta_);
+    situacoes_.erase(qual);
+}
+
+void Linha::falhou(const std::string &qual, Momento agora, const std::string &motivo) {
+    const std::lock_guard trava(porta_);
+    Situacao &esta = situacoes_[qual];
+    if (esta.falhas == 0) esta.desde = agora;
+    // Several tills fail on the same outage: within one pause that counts once.
+    if (agora < esta.proxima && esta.proxima - agora <= pausaDepoisDe(esta.falhas)) return;
+    esta.proxima = agora + pausaDepoisDe(++esta.falhas);
+    esta.motivo = motivo;
+}
+
+Momento Linha::vez(Momento agora) {
+    if (porMinuto_ <= 0) return 0;
+    const std::lock_guard trava(porta_);
+    const Momento passo = kMinuto / porMinuto_;
+    // A clock that was set back would make everybody wait for it.
+    if (livre_ > agora + kMinuto) livre_ = agora;
+    livre_ = std::max(livre_, agora - kSalto * passo);
+    if (livre_ > agora) return livre_;
+    livre_ += passo;
+    return 0;
+}
+
+} // namespace zel::envio

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+#include "fluxo/Servico.h"
+
+#include "fluxo/Achados.h"
+#include "fluxo/Destinos.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+namespace zel::envio {
+
+namespace {
+
+// The net beneath the notices of the file system: so often a till is looked at anyway.
+constexpr Momento kRonda = 30 * kSegundo;
+// So many documents between two looks at what the till wrote: a new sale does not wait for a whole
+// backlog.
+constexpr std::size_t kPorVez = 4;
+
+// What is due but cannot be changed (a full disk) is not tried without a pause.
+constexpr Momento kEmVao = kSegundo;
+
+} // namespace
+
+struct ServicoDeEnvio::Trabalhador {
+    Trabalhador(const ConfigCaixa &config, std::unique_ptr<Fila> aberta)
+        : caixa(config), vigia(caixa.pastas()), fila(std::move(aberta)) {}
+
+    Caixa caixa;
+    Vigia vigia;
+    std::unique_ptr<Fila> fila;
+    std::unique_ptr<Transporte> rede{};
+    std::thread linha{};
+};
+
+ServicoDeEnvio::ServicoDeEnvio(const Configuracao &config, Oficina &oficina, Linha &linha,
+                               const Relogio &relogio, FazTransporte transporte, Dizer dizer)
+    : config_(config), oficina_(oficina), linha_(linha), relogio_(relogio),
+      transporte_(std::move(transporte)), dizer_(std::move(dizer)) {}
+
+ServicoDeEnvio::~ServicoDeEnvio() {
+    parar();
+}
+
+bool ServicoDeEnvio::comecar(Recusas &recusas) {
+    if (config_.caixas.empty())
+        return recusas.juntar("[[caixas]]", "", "nenhum caixa: diga o diretorio de cada um");
+    for (const auto &caixa : config_.caixas) {
+        auto fila = Fila::abrir(filaDe(config_), recusas);
+        if (!fila) return false;
+        auto &este =
+            *trabalhadores_.emplace_back(std::make_unique<Trabalhador>(caixa, std::move(fila)));
+        este.rede = transporte_();
+    }
+    for (auto &este : trabalhadores_)
+        este->linha = std::thread([this, &este = *este] { trabalhar(este); });
+    return true;
+}
+
+void ServicoDeEnvio::parar() {
+    parar_ = true;
+    for (auto &este : trabalhadores_)
+        este->vigia.acordar();
+    for (auto &este : trabalhadores_)
+        if (este->linha.joinable()) este->linha.join();
+    trabalhadores_.clear();
+}
+
+void ServicoDeEnvio::trabalhar(Trabalhador &este) {
+    const std::string &nome = este.caixa.config().diretorio;
+    Fluxo fluxo({config_, oficina_, linha_, relogio_, *este.fila, *este.rede});
+    const Milissegundos limite = std::chrono::seconds(config_.rede.tempoMaximo);
+    std::string dito;
+    while (!parar_) {
+        Momento espera = kRonda;
+        try {
+            Recusas avisos;
+            este.caixa.varrer(*este.fila, relogio_.agora(), avisos);
+            if (avisos.texto() != dito) dizer_(dito = avisos.texto());
+            int mudancas = 0;
+            for (std::size_t i = 0; i < kPorVez && !parar_; ++i)
+                mudancas += fluxo.tratarProntas(nome, limite, 1);
+            if (const auto proximo = este.fila->proximo(nome, relogio_.agora()))
+                espera = std::clamp(*proximo - relogio_.agora(), mudancas > 0 ? 0 : kEmVao, kRonda);
+        } catch (const std::exception &) {
+            dizer_(nome + ": falta memória");
+        }
+        if (!parar_) este.vigia.esperar(Milissegundos(espera));
+    }
+}
+
+} // namespace zel::envio

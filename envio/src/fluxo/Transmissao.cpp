@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+#include "fluxo/Transmissao.h"
+
+#include "fluxo/Destinos.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace zel::envio {
+
+namespace {
+
+using Cronometro = std::chrono::steady_clock;
+
+// So often it is looked whether the service has gone on with it.
+constexpr Milissegundos kOlhada{15};
+
+bool naoSaiu(Estado estado) {
+    return estado == Estado::kAchado || estado == Estado::kTraduzido || estado == Estado::kAssinado;
+}
+
+// Whether more waiting is of use: a document that is to be tried later, for a reason, is not sent
+// while somebody stands there.
+bool vaiDemorar(const Ficha &ficha, Momento agora) {
+    return ficha.proximo > agora && naoSaiu(ficha.estado) && !ficha.motivo.empty();
+}
+
+Espera fimDe(const Ficha &ficha) {
+    if (ficha.estado == Estado::kRetirado) return Espera::kNaoEnviado;
+    return encerra(ficha.tipo, ficha.desfecho) ||
+                   (ficha.tipo == Tipo::kConsulta && ficha.estado == Estado::kEntregue)
+               ? Espera::kFeito
+               : Espera::kRecusado;
+}
+
+Transmitido resultado(Fila &fila, const Ficha &ficha, Espera espera) {
+    return {espera, ficha, fila.mensagem(ficha.id), fila.elemento(ficha.id)};
+}
+
+} // namespace
+
+Transmitido transmitir(const Meios &meios, const Achado &achado, Milissegundos prazo,
+                       Recusas &recusas) {
+    const auto fim = Cronometro::now() + prazo;
+    const auto resta = [&] {
+        return std::chrono::duration_cast<Milissegundos>(fim - Cronometro::now());
+    };
+    const auto id = meios.fila.achar(achado, meios.relogio.agora(), recusas);
+    if (!id) return {};
+    Fluxo fluxo(meios);
+    const Milissegundos maximo = std::chrono::seconds(meios.config.rede.tempoMaximo);
+    std::optional<Ficha> ficha;
+    for (;;) {
+        ficha = meios.fila.ficha(*id);
+        if (!ficha) return {};
+        if (acabou(ficha->estado) || ficha->estado == Estado::kRespondido)
+            if (acabou(ficha->estado) || ficha->proximo > meios.relogio.agora())
+                return resultado(meios.fila, *ficha, fimDe(*ficha));
+        const Momento agora = meios.relogio.agora();
+        if (resta() <= Milissegundos::zero() || vaiDemorar(*ficha, agora)) break;
+        if (ficha->proximo <= agora)
+            fluxo.tratar(*id, std::min(resta(), maximo));
+        else
+            std::this_thread::sleep_for(std::min(resta(), kOlhada));
+    }
+    const bool fica = ficha->tipo != Tipo::kNfce || ficha->tpEmis != 1;
+    const bool nada = fica ? naoSaiu(ficha->estado)
+                           : fluxo.retirar(*id, "o caixa não esperou mais: " + ficha->motivo);
+    ficha = meios.fila.ficha(*id);
+    if (!ficha) return {};
+    // It may have been answered in this very moment.
+    if (acabou(ficha->estado) && ficha->estado != Estado::kRetirado)
+        return resultado(meios.fila, *ficha, fimDe(*ficha));
+    return resultado(meios.fila, *ficha, nada ? Espera::kNaoEnviado : Espera::kSemResposta);
+}
+
+} // namespace zel::envio

@@ -1,0 +1,386 @@
+// SPDX-License-Identifier: MIT
+// A document's way through its states against an authority that answers as it is told, on a clock
+// of the test's own: where it ends, how often it was sent, what the books say, what the till is
+// told.
+#include "fluxo/Fluxo.h"
+#include "fluxo/Achados.h"
+#include "fluxo/Destinos.h"
+#include "fluxo/Entrega.h"
+#include "fluxo/Transmissao.h"
+
+#include "apoio/PastaTemporaria.h"
+#include "envio/Autoridade.h"
+#include "envio/Certificados.h"
+#include "envio/Nota.h"
+
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace zel::envio {
+namespace {
+
+using namespace teste;
+
+class RelogioFalso final : public Relogio {
+public:
+    Momento momento = ensaio::kAgora * 1000;
+    Momento agora() const override { return momento; }
+};
+
+// A till, its queue, and the authority.
+class Loja {
+public:
+    Loja() {
+        const std::string senha(ensaio::kSenha);
+        pasta.gravar("senha", senha + "\n");
+        chmod((pasta / "senha").c_str(), 0600);
+        pasta.gravar("ensaio.p12",
+                     pkcs12DeEnsaio("Padaria", "11222333000181", senha, ensaio::kAgora));
+        mkdir((pasta / "caixa").c_str(), 0700);
+        Recusas recusas;
+        const auto lida = Configuracao::ler("cUF = \"43\"\n"
+                                            "[certificado]\n"
+                                            "arquivo = \"ensaio.p12\"\n"
+                                            "senha_arquivo = \"senha\"\n"
+                                            "[qrcode]\n"
+                                            "versao = 3\n"
+                                            "[[caixas]]\n"
+                                            "diretorio = \"caixa\"\n",
+                                            pasta.caminho(), recusas);
+        EXPECT_TRUE(lida) << recusas.texto();
+        config = *lida;
+        if (const char *esquemas = std::getenv("ZEL_ESQUEMAS")) config.esquemas = esquemas;
+        fila = Fila::abrir(filaDe(config), recusas);
+        EXPECT_TRUE(fila) << recusas.texto();
+    }
+
+    const std::string &caixa() const { return config.caixas[0].diretorio; }
+
+    std::int64_t achar(const std::string &bytes, const std::string &substitui = {}) {
+        Recusas recusas;
+        auto achado = acharEm(bytes, recusas);
+        EXPECT_TRUE(achado) << recusas.texto();
+        achado->caixa = caixa();
+        achado->origem = "documentosEnvio.xml";
+        achado->substitui = substitui;
+        const auto id = fila->achar(*achado, relogio.agora(), recusas);
+        EXPECT_TRUE(id) << recusas.texto();
+        return id.value_or(0);
+    }
+
+    // Until nothing waits any more, or nothing but what waits for a person.
+    void andar(int vezes = 60) {
+        Fluxo fluxo(meios());
+        for (int i = 0; i < vezes; ++i) {
+            fluxo.tratarProntas(caixa(), Milissegundos(30000), 10);
+            const auto proximo = fila->proximo(caixa(), relogio.agora());
+            if (!proximo) return;
+            relogio.momento = std::max(relogio.momento, *proximo);
+        }
+    }
+
+    Meios meios() { return {config, *oficina, linha, relogio, *fila, sefaz}; }
+    std::string retorno(const std::string &nome) {
+        return pasta.ler("caixa/retornos/" + nome + ".retorno.xml");
+    }
+
+    PastaTemporaria pasta;
+    RelogioFalso relogio;
+    Configuracao config;
+    std::unique_ptr<Fila> fila;
+    std::unique_ptr<Oficina> oficina = std::make_unique<Oficina>(config, 1);
+    Linha linha;
+    AutoridadeFalsa sefaz;
+};
+
+Nota nota(const std::string &numero, const std::string &tpEmis = "1") {
+    Nota nota;
+    nota.tpAmb = "2";
+    nota.nNF = numero;
+    nota.tpEmis = tpEmis;
+    if (tpEmis == "9")
+        nota.contingencia = "<dhCont>2025-06-30T12:00:00-03:00</dhCont>"
+                            "<xJust>Sem conexao com a internet</xJust>";
+    return nota;
+}
+
+struct Caminho {
+    const char *nome;
+    std::deque<std::string> ordens;
+    Estado fim;
+    int cStat;
+    std::size_t envios, consultas;
+    const char *retorno; // a part of it; null: none
+};
+
+const Caminho kCaminhos[] = {
+    {"autorizada", {}, Estado::kEntregue, 100, 1, 0, "<SitCodigo>100</SitCodigo>"},
+    {"fora do prazo", {"150"}, Estado::kEntregue, 150, 1, 0, "<SitCodigo>150</SitCodigo>"},
+    {"rejeitada", {"778"}, Estado::kRecusado, 778, 1, 0, "<SitCodigo>778</SitCodigo>"},
+    {"denegada", {"301"}, Estado::kRecusado, 301, 1, 0, "<SitCodigo>301</SitCodigo>"},
+    // The line is down, and back: asked how it is before the document goes out again.
+    {"sem conexao",
+     {"sem-conexao", "sem-conexao", "107"},
+     Estado::kEntregue,
+     100,
+     2,
+     0,
+     "<SitCodigo>100</SitCodigo>"},
+    {"resposta perdida",
+     {"resposta-perdida"},
+     Estado::kEntregue,
+     100,
+     1,
+     1,
+     "<SitCodigo>100</SitCodigo>"},
+    {"pedido perdido",
+     {"pedido-perdido"},
+     Estado::kEntregue,
+     100,
+     2,
+     1,
+     "<SitCodigo>100</SitCodigo>"},
+    {"lixo no lugar da resposta",
+     {"lixo"},
+     Estado::kEntregue,
+     100,
+     2,
+     1,
+     "<SitCodigo>100</SitCodigo>"},
+    {"perdida duas vezes",
+     {"resposta-perdida", "107", "pedido-perdido", "107"},
+     Estado::kEntregue,
+     100,
+     1,
+     2,
+     "<SitCodigo>100</SitCodigo>"},
+    // It is there already, and is ours: the consultation brings what was lost.
+    {"duplicidade",
+     {"pedido-perdido", "107", "217", "resposta-perdida", "107", "217", "204"},
+     Estado::kEntregue,
+     100,
+     3,
+     3,
+     "<SitCodigo>100</SitCodigo>"},
+    {"fora do ar",
+     {"108", "108", "999"},
+     Estado::kEntregue,
+     100,
+     4,
+     0,
+     "<SitCodigo>100</SitCodigo>"},
+    {"recibo que se perde",
+     {"103", "105"},
+     Estado::kEntregue,
+     100,
+     1,
+     1,
+     "<SitCodigo>100</SitCodigo>"},
+    {"pedidos demais", {"656"}, Estado::kEntregue, 100, 2, 0, "<SitCodigo>100</SitCodigo>"},
+};
+
+TEST(Caminhos, cada_resposta_leva_a_um_fim) {
+    for (const Caminho &c : kCaminhos) {
+        SCOPED_TRACE(c.nome);
+        Loja loja;
+        loja.sefaz.ordens = c.ordens;
+        const auto id = loja.achar(nota("42").xml());
+        loja.andar();
+        const auto ficha = loja.fila->ficha(id);
+        ASSERT_TRUE(ficha);
+        EXPECT_EQ(ficha->estado, c.fim) << ficha->motivo;
+        EXPECT_EQ(ficha->cStat, c.cStat);
+        EXPECT_EQ(loja.sefaz.quantos("enviNFe"), c.envios);
+        EXPECT_EQ(loja.sefaz.quantos("consSitNFe"), c.consultas);
+        const std::string retorno = loja.retorno(ficha->chave);
+        EXPECT_NE(retorno.find(c.retorno), std::string::npos) << retorno;
+        // What the authority has, the shop has kept, and nothing else.
+        const bool autorizada = loja.sefaz.notas.contains(ficha->chave);
+        EXPECT_EQ(autorizada, c.fim == Estado::kEntregue);
+        EXPECT_EQ(!Guarda(guardadosDe(loja.config)).lugarDe(*ficha).empty(),
+                  autorizada || ficha->desfecho == Desfecho::kDenegado);
+    }
+}
+
+TEST(Caminhos, um_certificado_recusado_para_a_fila_ate_que_alguem_olhe) {
+    Loja loja;
+    loja.sefaz.ordens = {"certificado"};
+    const auto id = loja.achar(nota("42").xml());
+    loja.andar(10);
+    EXPECT_EQ(loja.sefaz.pedidos.size(), 1U);
+    EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kAssinado);
+    loja.fila->anotar(kAnotacaoParada, "");
+    loja.andar();
+    EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kEntregue);
+}
+
+TEST(Caminhos, uma_traducao_recusada_nao_sai_e_diz_por_que) {
+    Loja loja;
+    Nota ruim = nota("42");
+    ruim.itens[0].NCM = "09";
+    const auto id = loja.achar(ruim.xml());
+    loja.andar();
+    EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kRecusado);
+    EXPECT_TRUE(loja.sefaz.pedidos.empty());
+    const std::string retorno = loja.retorno(ruim.chave());
+    EXPECT_NE(retorno.find("<SitCodigo>0</SitCodigo>"), std::string::npos) << retorno;
+    EXPECT_NE(retorno.find("NCM"), std::string::npos) << retorno;
+}
+
+// Whoever dies between two changes leaves a row that is asked for, and sent again only when the
+// authority has nothing of it.
+TEST(Caminhos, quem_morre_no_envio_deixa_uma_pergunta) {
+    for (const bool chegou : {false, true}) {
+        SCOPED_TRACE(chegou);
+        Loja loja;
+        loja.sefaz.ordens = {chegou ? "resposta-perdida" : "pedido-perdido"};
+        const auto id = loja.achar(nota("42").xml());
+        Fluxo(loja.meios()).tratarProntas(loja.caixa(), Milissegundos(1000), 1);
+        // As the row stood while the request was out.
+        Recusas recusas;
+        ASSERT_TRUE(loja.fila->mudar(id, Estado::kPerguntar, Estado::kAssinado, {},
+                                     loja.relogio.agora(), recusas));
+        ASSERT_TRUE(loja.fila->mudar(id, Estado::kAssinado, Estado::kEnviado, {},
+                                     loja.relogio.agora(), recusas));
+        loja.andar();
+        EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kEntregue);
+        EXPECT_EQ(loja.sefaz.quantos("consSitNFe"), 1U);
+        EXPECT_EQ(loja.sefaz.quantos("enviNFe"), chegou ? 1U : 2U);
+    }
+}
+
+// ---- one in the place of another ----
+
+TEST(Substituicoes, a_que_foi_autorizada_apesar_de_tudo_e_cancelada) {
+    for (const bool antes : {false, true}) { // which of the two is known first
+        SCOPED_TRACE(antes);
+        Loja loja;
+        const Nota velha = nota("42"), nova = nota("43", "9");
+        loja.sefaz.ordens = {"resposta-perdida"};
+        const auto id = loja.achar(velha.xml());
+        Fluxo(loja.meios()).tratarProntas(loja.caixa(), Milissegundos(1000), 1);
+        if (antes) loja.andar();
+        const auto nova1 = loja.achar(nova.xml(), velha.chave());
+        loja.andar();
+        EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kEntregue);
+        EXPECT_EQ(loja.fila->ficha(nova1)->estado, Estado::kEntregue);
+        EXPECT_EQ(loja.sefaz.notas[velha.chave()].situacao, "101");
+        EXPECT_EQ(loja.sefaz.notas[nova.chave()].situacao, "100");
+        EXPECT_EQ(loja.sefaz.quantos("envEvento"), 1U);
+    }
+}
+
+TEST(Substituicoes, a_que_nunca_chegou_nao_e_enviada_mais_e_o_numero_se_inutiliza) {
+    for (const bool saiu : {false, true}) {
+        SCOPED_TRACE(saiu);
+        Loja loja;
+        const Nota velha = nota("42"), nova = nota("43", "9");
+        loja.sefaz.ordens = {saiu ? "pedido-perdido" : "sem-conexao"};
+        const auto id = loja.achar(velha.xml());
+        Fluxo(loja.meios()).tratarProntas(loja.caixa(), Milissegundos(1000), 1);
+        loja.achar(nova.xml(), velha.chave());
+        loja.andar();
+        const auto ficha = loja.fila->ficha(id);
+        EXPECT_EQ(ficha->estado, Estado::kRetirado) << ficha->motivo;
+        EXPECT_FALSE(loja.sefaz.notas.contains(velha.chave()));
+        EXPECT_TRUE(loja.sefaz.notas.contains(nova.chave()));
+        EXPECT_EQ(loja.sefaz.quantos("envEvento"), 0U);
+    }
+}
+
+TEST(Substituicoes, o_mesmo_numero_offline_retira_a_que_nao_saiu) {
+    Loja loja;
+    loja.sefaz.ordens = {"sem-conexao"};
+    const auto id = loja.achar(nota("42").xml());
+    Fluxo(loja.meios()).tratarProntas(loja.caixa(), Milissegundos(1000), 1);
+    loja.achar(nota("42", "9").xml());
+    loja.andar();
+    EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kRetirado);
+    EXPECT_EQ(loja.sefaz.notas.size(), 1U);
+}
+
+// ---- requests ----
+
+std::string cancelamento(const std::string &chave, const std::string &protocolo = {}) {
+    return "<EnvioEvento><Evento><tpAmb>2</tpAmb><ChaAcesso>" + chave +
+           "</ChaAcesso><NtfCnpjEmissor>11222333000181</NtfCnpjEmissor><EveInf><EveTp>110111"
+           "</EveTp><EveDh>2026-09-21T12:04:00</EveDh><EveFusoHorario>-03:00</EveFusoHorario>"
+           "<Evedet><EvenProt>" +
+           protocolo +
+           "</EvenProt><EvexJust>Desistencia do consumidor</EvexJust></Evedet></EveInf>"
+           "</Evento></EnvioEvento>";
+}
+
+TEST(Pedidos, um_cancelamento_espera_a_sua_nota_e_toma_dela_o_protocolo) {
+    const struct {
+        const char *nome;
+        std::deque<std::string> ordens;
+        Estado fim;
+        int cStat;
+    } kCasos[] = {
+        {"no prazo", {}, Estado::kEntregue, 135},
+        {"a nota foi recusada", {"778"}, Estado::kRecusado, 0},
+        {"tarde demais", {"", "501"}, Estado::kRecusado, 501},
+        {"ja registrado", {"", "573"}, Estado::kEntregue, 573},
+        {"resposta perdida", {"", "resposta-perdida"}, Estado::kEntregue, 135},
+        {"pedido perdido", {"", "pedido-perdido"}, Estado::kEntregue, 135},
+    };
+    for (const auto &caso : kCasos) {
+        SCOPED_TRACE(caso.nome);
+        Loja loja;
+        loja.sefaz.ordens = caso.ordens;
+        loja.achar(nota("42").xml());
+        const auto id = loja.achar(cancelamento(nota("42").chave()));
+        loja.andar();
+        const auto ficha = loja.fila->ficha(id);
+        EXPECT_EQ(ficha->estado, caso.fim) << ficha->motivo;
+        EXPECT_EQ(ficha->cStat, caso.cStat);
+        EXPECT_EQ(Guarda(guardadosDe(loja.config)).lugarDe(*ficha).empty(), caso.cStat != 135);
+    }
+}
+
+TEST(Pedidos, a_inutilizacao_perdida_vai_de_novo_com_os_mesmos_bytes) {
+    Loja loja;
+    loja.sefaz.ordens = {"resposta-perdida", "107", "563"};
+    const auto id =
+        loja.achar("<Inutilizacao><tpAmb>2</tpAmb><CnpjEmissor>11222333000181</CnpjEmissor>"
+                   "<Serie>1</Serie><NumeroInicial>7</NumeroInicial><NumeroFinal>9</NumeroFinal>"
+                   "<Justificativa>Numeros pulados na troca</Justificativa></Inutilizacao>");
+    loja.andar();
+    EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kEntregue) << loja.fila->ficha(id)->motivo;
+    EXPECT_EQ(loja.sefaz.quantos("inutNFe"), 2U);
+}
+
+// ---- while a cashier waits ----
+
+TEST(Transmissoes, o_caixa_ouve_o_que_vale) {
+    const struct {
+        const char *nome;
+        std::deque<std::string> ordens;
+        Espera espera;
+        Estado estado;
+    } kCasos[] = {
+        {"autorizada", {}, Espera::kFeito, Estado::kEntregue},
+        {"rejeitada", {"778"}, Espera::kRecusado, Estado::kRecusado},
+        {"sem conexao", {"sem-conexao"}, Espera::kNaoEnviado, Estado::kRetirado},
+        {"fora do ar", {"108"}, Espera::kNaoEnviado, Estado::kRetirado},
+        {"certificado", {"certificado"}, Espera::kNaoEnviado, Estado::kRetirado},
+        {"sem resposta", {"resposta-perdida"}, Espera::kSemResposta, Estado::kPerguntar},
+    };
+    for (const auto &caso : kCasos) {
+        SCOPED_TRACE(caso.nome);
+        Loja loja;
+        loja.sefaz.ordens = caso.ordens;
+        Recusas recusas;
+        auto achado = acharEm(nota("42").xml(), recusas);
+        achado->caixa = loja.caixa();
+        const auto feito = transmitir(loja.meios(), *achado, Milissegundos(300), recusas);
+        EXPECT_EQ(feito.espera, caso.espera) << feito.ficha.motivo;
+        EXPECT_EQ(feito.ficha.estado, caso.estado);
+        EXPECT_EQ(feito.elemento.empty(),
+                  caso.estado != Estado::kEntregue && caso.estado != Estado::kRecusado);
+    }
+}
+
+} // namespace
+} // namespace zel::envio
