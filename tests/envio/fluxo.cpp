@@ -349,6 +349,7 @@ TEST(Pedidos, a_inutilizacao_perdida_vai_de_novo_com_os_mesmos_bytes) {
     loja.andar();
     EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kEntregue) << loja.fila->ficha(id)->motivo;
     EXPECT_EQ(loja.sefaz.quantos("inutNFe"), 2U);
+    EXPECT_EQ(loja.fila->ficha(id)->dhEmi.substr(0, 10), "2026-09-21"); // the day it was asked for
 }
 
 // ---- while a cashier waits ----

@@ -98,8 +98,12 @@ bool Fluxo::preparar(const Ficha &ficha) {
         (ficha.estado == Estado::kTraduzido ||
          meios_.fila.mudar(ficha.id, Estado::kAchado, Estado::kTraduzido, {}, agora, recusas)) &&
         meios_.fila.mudar(ficha.id, Estado::kTraduzido, Estado::kAssinado,
-                          {.mensagem = feito.mensagem, .chave = feito.chave, .motivo = ""}, agora,
-                          recusas);
+                          {.mensagem = feito.mensagem,
+                           .chave = feito.chave,
+                           .dhEmi = contexto->data.empty() ? ficha.dhEmi
+                                                           : momentoEscrito(ficha.achado, {}),
+                           .motivo = ""},
+                          agora, recusas);
     return feita && transacao.confirmar(recusas);
 }
 
@@ -388,8 +392,12 @@ bool Fluxo::entregar(const Ficha &ficha) {
         escreverRetorno(meios_.config, ficha, mensagem, elemento, recusas);
     if (!pronto) return adiar(ficha, meios_.relogio.agora() + kMinuto, textoDe(recusas));
     const Estado fim = encerra(ficha.tipo, ficha.desfecho) ? Estado::kEntregue : Estado::kRecusado;
+    // In one piece: whoever died in between would leave two sales for one.
+    Fila::Transacao transacao(meios_.fila);
     if (!mudar(ficha, fim, {})) return false;
     if (fim == Estado::kEntregue && ficha.tipo == Tipo::kNfce) cancelarSubstituida(ficha);
+    if (!transacao.confirmar(recusas))
+        return adiar(ficha, meios_.relogio.agora() + kMinuto, textoDe(recusas));
     return false;
 }
 
