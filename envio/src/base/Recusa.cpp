@@ -18,10 +18,25 @@ std::string_view cortar(std::string_view utf8) {
     return utf8.substr(0, fim);
 }
 
+// Control characters, those of two bytes (C2 80 to C2 9F) too, become blanks: a line stays a line,
+// and a terminal that shows it is told nothing.
+std::string semControles(std::string_view utf8) {
+    std::string texto(utf8);
+    for (std::size_t i = 0; i < texto.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(texto[i]);
+        const auto seguinte = static_cast<unsigned char>(i + 1 < texto.size() ? texto[i + 1] : '\0');
+        if (byte < 0x20 || byte == 0x7F)
+            texto[i] = ' ';
+        else if (byte == 0xC2 && seguinte >= 0x80 && seguinte < 0xA0)
+            texto.replace(i, 2, " ");
+    }
+    return texto;
+}
+
 } // namespace
 
 bool Recusas::juntar(std::string_view campo, std::string_view valor, std::string_view motivo) {
-    lista_.push_back({std::string(campo), std::string(cortar(valor)), std::string(motivo)});
+    lista_.push_back({semControles(campo), semControles(cortar(valor)), semControles(motivo)});
     return false;
 }
 

@@ -9,7 +9,8 @@
 
 namespace zel::envio {
 
-// UTF-8 throughout; the reason is a Portuguese phrase that names the remedy where there is one.
+// UTF-8 throughout, with blanks in the place of control characters; the reason is a Portuguese phrase
+// that names the remedy where there is one.
 struct Recusa {
     std::string campo; // path of an element, key of the configuration, or file
     std::string valor; // as it was found; empty when it is missing or secret
