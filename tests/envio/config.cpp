@@ -165,6 +165,8 @@ TEST(ConfiguracaoDoEnvio, recusa_o_que_nao_cabe_ou_nao_combina) {
         {"[certificado]\nsenha = 'x'", "cabem: arquivo, senha_arquivo"},
         {"[qrcode]\ncsc = 'ABC'", "id_csc"},
         {"[qrcode]\nendereco = 'https://a.b/c?x=1'", "termina em \"?p=\""},
+        {"[qrcode]\nendereco = 'https://a.b/" + std::string(120, 'c') + " d'", "começa por http"},
+        {R"("a\n\u009B1m" = 1)", "linha 1, a  1m: chave desconhecida"},
         {"[responsavel_tecnico]\nCNPJ = '00000000000191'", "vão juntos"},
         {"[intermediador]\nindIntermed = '1'", "falta algum"},
         {"[pagamentos]\nPix = { tPag = '17' }", "99 OUTROS"},

@@ -36,14 +36,17 @@ inline bool ehCaminho(std::string_view valor) {
     return !valor.empty() && valor.size() < 4096 && valor.find('\0') == valor.npos;
 }
 
+inline bool semBrancos(std::string_view valor) {
+    return std::all_of(valor.begin(), valor.end(), [](char c) { return c > ' ' && c < 0x7F; });
+}
+
 inline bool ehSegredo(std::string_view valor) {
-    return !valor.empty() && valor.size() <= 128 &&
-           std::all_of(valor.begin(), valor.end(), [](char c) { return c > ' ' && c < 0x7F; });
+    return !valor.empty() && valor.size() <= 128 && semBrancos(valor);
 }
 
 inline bool ehEndereco(std::string_view valor) {
     const std::size_t pergunta = valor.find('?');
-    return valor.size() <= 500 && ehSegredo(valor.substr(0, 128)) &&
+    return valor.size() <= 500 && semBrancos(valor) &&
            (valor.starts_with("https://") || valor.starts_with("http://")) &&
            (pergunta == valor.npos || valor.substr(pergunta) == "?p=");
 }
