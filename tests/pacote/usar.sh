@@ -62,6 +62,15 @@ if pkg-config --exists zel-cupom; then
     echo "drawn: cupom"
 fi
 
+if pkg-config --exists zel-envio; then
+    read -ra envio <<< "$(pkg-config --cflags --libs zel-envio)"
+    "${cc[@]}" -std=c99 -Wall -Werror "$fontes/tests/envio/em_c.c" "${envio[@]}" -o envio
+    "${executar[@]}" ./envio < dados-venda/documentosEnvio.xml > envio.xml ||
+        falhar "no message of layout 4.00: step $?"
+    grep -q ' versao="4.00"' envio.xml || falhar "envio wrote another layout"
+    echo "translated: envio"
+fi
+
 if command -v cmake > /dev/null; then
     read -ra opcoes <<< "${CMAKE_OPCOES:-}"
     cmake -S "$aqui/consumidor" -B cmake -DCMAKE_C_COMPILER="${cc[0]}" \
