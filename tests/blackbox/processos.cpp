@@ -308,7 +308,7 @@ TEST(DescritoresPadrao, nenhum_arquivo_os_usa) {
 }
 
 // Whoever starts a program that runs with its owner's rights chooses the environment, and must not
-// choose by it where these rights write.
+// choose by it where these rights write, nor whether another process may go on with their receipt.
 TEST(DiretorioDeDados, nao_e_do_ambiente_com_direitos_de_outro) {
     constexpr uid_t kDono = 65534, kQuemChama = 65533;
     if (::geteuid() != 0) GTEST_SKIP() << "only root gives files away";
@@ -332,6 +332,7 @@ TEST(DiretorioDeDados, nao_e_do_ambiente_com_direitos_de_outro) {
             setenv("ZEL_DIRETORIO", alvo.c_str(), 1);
             setenv("ZEL_LOG", (alvo + "log").c_str(), 1);
             setenv("ZEL_LOG_DESCRITOR", std::to_string(memoria).c_str(), 1);
+            setenv("ZEL_COMPARTILHADO", "1", 1);
             if (::setuid(kQuemChama) == 0)
                 ::execl(programa.c_str(), programa.c_str(), copia.c_str(), nullptr);
             return 127;
@@ -339,6 +340,7 @@ TEST(DiretorioDeDados, nao_e_do_ambiente_com_direitos_de_outro) {
         const off_t motivo = ::lseek(memoria, 0, SEEK_END);
         ::close(memoria);
         if (fim == 127) GTEST_SKIP() << "another user cannot get here";
+        EXPECT_EQ(fim, comDireitos ? 0 : 2); // whether two processes serve one receipt
         EXPECT_EQ(motivo > 0, !comDireitos);
         EXPECT_EQ(fs::exists(base / "lib/ZEL_Framework.xml"), comDireitos);
         EXPECT_EQ(fs::exists(base / "alvo/ZEL_Framework.xml"), !comDireitos);
