@@ -6,6 +6,7 @@
 
 #include "apoio/PastaTemporaria.h"
 
+#include <algorithm>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <string>
@@ -215,6 +216,22 @@ TEST(ConfiguracaoDoEnvio, linhas_da_tabela_de_classes_sao_recusadas_por_numero) 
     }
     EXPECT_NE(recusasDe("ibs_cbs.classes = 'c.csv'", pasta.caminho()).find("200099"),
               std::string::npos);
+}
+
+TEST(ConfiguracaoDoEnvio, tabela_hostil_nao_custa_mais_do_que_pesa) {
+    const Pasta pasta;
+    std::string classes;
+    for (int numero = 200000; numero < 300000; ++numero)
+        classes += std::to_string(numero / 1000) + ";" + std::to_string(numero) + ";0\n";
+    std::string linhas(4U << 20, ';');
+    for (std::size_t i = 1; i < linhas.size(); i += 2)
+        linhas[i] = '\n';
+    for (const std::string &csv : {classes, linhas}) {
+        pasta.gravar("c.csv", csv, 0644);
+        const std::string recusas = recusasDe("ibs_cbs.classes = 'c.csv'", pasta.caminho());
+        EXPECT_EQ(std::count(recusas.begin(), recusas.end(), '\n'), 100) << recusas.size();
+        EXPECT_TRUE(recusas.ends_with("há mais recusas do que estas"));
+    }
 }
 
 TEST(ConfiguracaoDoEnvio, segredos_abertos_a_outros_sao_recusados_sem_serem_ditos) {

@@ -9,8 +9,8 @@
 
 namespace zel::envio {
 
-// UTF-8 throughout, with blanks in the place of control characters; the reason is a Portuguese phrase
-// that names the remedy where there is one.
+// UTF-8 throughout, with blanks in the place of control characters; the reason is a Portuguese
+// phrase that names the remedy where there is one.
 struct Recusa {
     std::string campo; // path of an element, key of the configuration, or file
     std::string valor; // as it was found; empty when it is missing or secret
@@ -25,6 +25,8 @@ public:
     void juntar(const Recusas &outras);
 
     bool nenhuma() const { return lista_.empty(); }
+    // As many as anybody reads; a hostile text has millions.
+    bool cheias() const { return lista_.size() >= 100; }
     const std::vector<Recusa> &lista() const { return lista_; }
 
     // A line each: `field: "value"; reason`.

@@ -12,6 +12,8 @@ namespace zel::envio {
 namespace {
 
 constexpr std::string_view kCstPleno = "000", kClassePlena = "000001";
+// The published table has less than 200; each of them is looked for in all.
+constexpr std::size_t kMaisClasses = 2000;
 
 using Colunas = std::array<std::string, 3>;
 
@@ -41,6 +43,7 @@ std::string_view lerClasse(Colunas &colunas, Configuracao &config) {
     if (!classeDoCst(CST, classe))
         return "são o CST (3 dígitos) e a classe (6 dígitos, que começam pelo CST)";
     if (procurar(config, classe) != nullptr) return "a classe já está na tabela";
+    if (config.ibsCbs.classes.size() == kMaisClasses) return "são classes demais";
     if (reducao == "-") {
         config.ibsCbs.classes.push_back({CST, classe, {}, true});
         return {};
@@ -71,7 +74,7 @@ std::string_view lerProduto(const Colunas &colunas, Configuracao &config) {
 void lerClasses(std::string_view csv, std::string_view arquivo, Configuracao &config,
                 Recusas &recusas) {
     if (csv.starts_with("\xEF\xBB\xBF")) csv.remove_prefix(3);
-    for (int numero = 1; !csv.empty(); ++numero) {
+    for (int numero = 1; !csv.empty() && !recusas.cheias(); ++numero) {
         const std::size_t fim = std::min(csv.find('\n'), csv.size());
         const std::string linha = aparar(csv.substr(0, fim));
         csv.remove_prefix(std::min(fim + 1, csv.size()));
@@ -85,6 +88,7 @@ void lerClasses(std::string_view csv, std::string_view arquivo, Configuracao &co
             recusas.juntar(std::string(arquivo) + ", linha " + std::to_string(numero), linha,
                            motivo);
     }
+    if (recusas.cheias()) recusas.juntar(arquivo, "", "há mais recusas do que estas");
 }
 
 void conferirClasses(Configuracao &config, Recusas &recusas) {
@@ -92,7 +96,7 @@ void conferirClasses(Configuracao &config, Recusas &recusas) {
         config.ibsCbs.classes.push_back(
             {std::string(kCstPleno), std::string(kClassePlena), {}, false});
     const auto conferir = [&](const std::string &onde, const std::string &classe) {
-        if (!classe.empty() && procurar(config, classe) == nullptr)
+        if (!classe.empty() && !recusas.cheias() && procurar(config, classe) == nullptr)
             recusas.juntar("zel-envio.toml, " + onde, classe,
                            "a classe não está na tabela que [ibs_cbs] classes nomeia");
     };

@@ -13,11 +13,6 @@ namespace zel::envio {
 namespace {
 
 constexpr std::string_view kAquiMesmo = ".";
-constexpr std::size_t kMaisRecusas = 100; // a hostile document has millions
-
-bool cheias(const Recusas &recusas) {
-    return recusas.lista().size() >= kMaisRecusas;
-}
 
 // Each name of "a|b" until one serves.
 template <class Serve>
@@ -181,9 +176,9 @@ std::string caminhoDe(const Lugar &lugar, std::string_view nome) {
 std::nullopt_t recusar(const Lugar &lugar, std::string_view nome, std::string_view valor,
                        std::string_view motivo) {
     Recusas &recusas = lugar.contexto.recusas;
-    if (cheias(recusas)) return std::nullopt;
+    if (recusas.cheias()) return std::nullopt;
     recusas.juntar(caminhoDe(lugar, nome), valor, motivo);
-    if (cheias(recusas)) recusas.juntar("infNFe", "", "há mais recusas do que estas");
+    if (recusas.cheias()) recusas.juntar("infNFe", "", "há mais recusas do que estas");
     return std::nullopt;
 }
 
@@ -204,7 +199,7 @@ Centavos centavosDe(const No &no) {
 void recusarAlheios(const Lugar &lugar, std::span<const Linha> linhas) {
     std::vector<const Linha *> vistas;
     for (const No &filho : lugar.antigo.filhos()) {
-        if (cheias(lugar.contexto.recusas)) return;
+        if (lugar.contexto.recusas.cheias()) return;
         const Linha *linha = linhaDe(linhas, filho.nome());
         if (linha == nullptr) {
             recusar(lugar, filho.nome(), filho.texto(), "este elemento não existe no leiaute 4.00");
