@@ -24,7 +24,8 @@ std::string semControles(std::string_view utf8) {
     std::string texto(utf8);
     for (std::size_t i = 0; i < texto.size(); ++i) {
         const auto byte = static_cast<unsigned char>(texto[i]);
-        const auto seguinte = static_cast<unsigned char>(i + 1 < texto.size() ? texto[i + 1] : '\0');
+        const auto seguinte =
+            static_cast<unsigned char>(i + 1 < texto.size() ? texto[i + 1] : '\0');
         if (byte < 0x20 || byte == 0x7F)
             texto[i] = ' ';
         else if (byte == 0xC2 && seguinte >= 0x80 && seguinte < 0xA0)
