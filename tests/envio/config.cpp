@@ -197,6 +197,8 @@ TEST(ConfiguracaoDoEnvio, recusa_o_que_nao_cabe_ou_nao_combina) {
         EXPECT_NE(recusasDe(toml).find(parte), std::string::npos) << toml.substr(0, 80) << "\n"
                                                                   << recusasDe(toml);
     EXPECT_NE(recusasDe("esquemas = 'x'", "").find("a partir de \"/\""), std::string::npos);
+    EXPECT_EQ(recusasDe("certificado.senha_arquivo = 'SEGREDO'", "").find("SEGREDO"),
+              std::string::npos);
 }
 
 TEST(ConfiguracaoDoEnvio, linhas_da_tabela_de_classes_sao_recusadas_por_numero) {
@@ -253,6 +255,12 @@ TEST(ConfiguracaoDoEnvio, segredos_abertos_a_outros_sao_recusados_sem_serem_dito
         {"qrcode = { id_csc = '1', csc = 'SEGREDO', csc_arquivo = 's' }", "SEGREDO", 0600, 0600,
          "use um"},
         {"qrcode = { id_csc = '1', csc_arquivo = 'falta' }", "", 0600, 0600, "não existe"},
+        // In the wrong place.
+        {"qrcode = { id_csc = 'SEGREDO', csc = 'x' }", "", 0600, 0600, "é o número do CSC"},
+        {"qrcode = { id_csc = '1', csc_arquivo = 'SEGREDO' }", "", 0600, 0600, "não existe"},
+        {"responsavel_tecnico = { idCSRT = 'SEGREDO' }", "", 0600, 0600, "2 dígitos"},
+        {"responsavel_tecnico = { csrt_arquivo = 'SEGREDO' }", "", 0600, 0600, "não existe"},
+        {"ibs_cbs.classes = 's'", "SEGREDO", 0644, 0600, "s, linha 1: são três colunas"},
     };
     for (const auto &[toml, segredo, modoToml, modoSegredo, parte] : kCasos) {
         pasta.gravar("s", segredo, modoSegredo);

@@ -43,7 +43,7 @@ std::optional<std::string> arquivoDoCertificado(const ConfigCertificado &config,
     const std::string_view dito = variavel("ZEL_ENVIO_CERTIFICADO");
     if (dito.starts_with('/')) return std::string(dito);
     if (!dito.empty()) {
-        recusas.juntar("ZEL_ENVIO_CERTIFICADO", dito, "diga o caminho inteiro, a partir de /");
+        recusas.juntar("ZEL_ENVIO_CERTIFICADO", "", "diga o caminho inteiro, a partir de /");
         return {};
     }
     std::string entregue = credencial("certificado");
@@ -59,7 +59,7 @@ std::optional<Segredo> senhaDoCertificado(const ConfigCertificado &config, Recus
     if (!config.arquivoSenha.empty()) {
         const comum::Descritor arquivo(config.arquivoSenha, O_RDONLY | O_NONBLOCK);
         if (const char *motivo = porqueNaoServe(arquivo.fd())) {
-            recusas.juntar("certificado.senha_arquivo", config.arquivoSenha, motivo);
+            recusas.juntar("certificado.senha_arquivo", "", motivo);
             return {};
         }
         senha.lerLinha(arquivo.fd());

@@ -20,7 +20,7 @@ bool fechado(const struct stat &dados) {
 std::optional<std::string> lerArquivoSecreto(const std::string &arquivo, std::string_view campo,
                                              Recusas &recusas) {
     const auto recusar = [&](std::string_view motivo) {
-        recusas.juntar(campo, arquivo, motivo);
+        recusas.juntar(campo, "", motivo);
         return std::nullopt;
     };
     // Looked at through the descriptor: no other file can take its place in between.

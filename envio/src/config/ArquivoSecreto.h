@@ -11,7 +11,8 @@
 
 namespace zel::envio {
 
-// The first line, of up to 1024 bytes, without its end. `campo` is where the file was named.
+// The first line, of up to 1024 bytes, without its end. `campo` is where the file was named, and
+// all that a refusal says of it: the secret itself may stand there by mistake.
 std::optional<std::string> lerArquivoSecreto(const std::string &arquivo, std::string_view campo,
                                              Recusas &recusas);
 

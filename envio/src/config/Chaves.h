@@ -35,7 +35,7 @@ inline constexpr std::array<Chave<Configuracao>, 3> kRaiz{{
 
 inline constexpr std::array<Chave<ConfigCertificado>, 6> kCertificado{{
     {"arquivo", &ConfigCertificado::arquivo, kCaminho, Especie::kCaminho},
-    {"senha_arquivo", &ConfigCertificado::arquivoSenha, kCaminho, Especie::kCaminho},
+    {"senha_arquivo", &ConfigCertificado::arquivoSenha, kCaminho, Especie::kCaminhoDeSegredo},
     {"modulo", &ConfigCertificado::modulo, kCaminho, Especie::kCaminho},
     {"rotulo", &ConfigCertificado::rotulo, {texto<1, 255>, "é o rótulo da chave no token"}},
     {"token", &ConfigCertificado::token, {texto<1, 32>, "é o rótulo do token"}},
@@ -48,9 +48,10 @@ inline constexpr std::array<Chave<ConfigQrCode>, 6> kQrCode{{
      {[](std::string_view v) { return umDe(v, "23"); }, "é 2 (com CSC) ou 3 (sem CSC)"}},
     {"id_csc",
      &ConfigQrCode::idCsc,
-     {digitos<1, 6>, "é o número do CSC, de 1 a 6 dígitos: no caixa, CONFIGURACAO\\IDTokenSefaz"}},
+     {digitos<1, 6>, "é o número do CSC, de 1 a 6 dígitos: no caixa, CONFIGURACAO\\IDTokenSefaz"},
+     Especie::kSegredo},
     {"csc", &ConfigQrCode::csc, kSegredo, Especie::kSegredo},
-    {"csc_arquivo", &ConfigQrCode::arquivoCsc, kCaminho, Especie::kCaminho},
+    {"csc_arquivo", &ConfigQrCode::arquivoCsc, kCaminho, Especie::kCaminhoDeSegredo},
     {"endereco",
      &ConfigQrCode::endereco,
      {ehEndereco, "começa por http:// ou https:// e, se tem \"?\", termina em \"?p=\""}},
@@ -62,9 +63,9 @@ inline constexpr std::array<Chave<ConfigRespTec>, 7> kRespTec{{
     {"xContato", &ConfigRespTec::xContato, kTexto60},
     {"email", &ConfigRespTec::email, {texto<1, 60>, "tem de 1 a 60 caracteres"}},
     {"fone", &ConfigRespTec::fone, {digitos<6, 14>, "tem de 6 a 14 dígitos"}},
-    {"idCSRT", &ConfigRespTec::idCSRT, kDoisDigitos},
+    {"idCSRT", &ConfigRespTec::idCSRT, kDoisDigitos, Especie::kSegredo},
     {"CSRT", &ConfigRespTec::CSRT, kSegredo, Especie::kSegredo},
-    {"csrt_arquivo", &ConfigRespTec::arquivoCSRT, kCaminho, Especie::kCaminho},
+    {"csrt_arquivo", &ConfigRespTec::arquivoCSRT, kCaminho, Especie::kCaminhoDeSegredo},
 }};
 
 inline constexpr std::array<Chave<Configuracao>, 3> kIntermediador{{

@@ -85,8 +85,7 @@ void lerClasses(std::string_view csv, std::string_view arquivo, Configuracao &co
             motivo = colunas[0] == "ncm" || colunas[0] == "produto" ? lerProduto(colunas, config)
                                                                     : lerClasse(colunas, config);
         if (!motivo.empty())
-            recusas.juntar(std::string(arquivo) + ", linha " + std::to_string(numero), linha,
-                           motivo);
+            recusas.juntar(std::string(arquivo) + ", linha " + std::to_string(numero), "", motivo);
     }
     if (recusas.cheias()) recusas.juntar(arquivo, "", "há mais recusas do que estas");
 }

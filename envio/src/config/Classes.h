@@ -20,7 +20,8 @@
 namespace zel::envio {
 
 // The file's text into ibsCbs.classes, produtos and ncm. A product that has its class already is
-// refused: two places would have to agree.
+// refused: two places would have to agree. A line is named by its number: another file, of a
+// secret, may have been named by mistake.
 void lerClasses(std::string_view csv, std::string_view arquivo, Configuracao &config,
                 Recusas &recusas);
 

@@ -56,7 +56,7 @@ void lerSegredo(LeituraToml &leitura, const Lugar &lugar, const std::string &arq
     }
     const auto lido = lerArquivoSecreto(arquivo, onde, leitura.recusas());
     if (lido && !ehSegredo(*lido))
-        leitura.recusas().juntar(onde, arquivo, kSegredo.permitido);
+        leitura.recusas().juntar(onde, "", kSegredo.permitido);
     else if (lido)
         segredo = *lido;
 }

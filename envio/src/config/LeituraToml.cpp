@@ -104,13 +104,15 @@ std::optional<std::string> LeituraToml::valor(const toml::node &no, const std::s
         recusas_.juntar(onde, "", "escreva o valor entre aspas; " + std::string(regra.permitido));
         return {};
     }
+    const bool dizer = especie == Especie::kTexto || especie == Especie::kCaminho;
     if (!regra.serve(texto)) {
-        recusas_.juntar(onde, especie == Especie::kSegredo ? "" : texto, regra.permitido);
+        recusas_.juntar(onde, dizer ? texto : "", regra.permitido);
         return {};
     }
-    if (especie != Especie::kCaminho || texto.starts_with('/')) return texto;
+    const bool caminho = especie == Especie::kCaminho || especie == Especie::kCaminhoDeSegredo;
+    if (!caminho || texto.starts_with('/')) return texto;
     if (diretorio_.empty()) {
-        recusas_.juntar(onde, texto, "dê o caminho inteiro, a partir de \"/\"");
+        recusas_.juntar(onde, dizer ? texto : "", "dê o caminho inteiro, a partir de \"/\"");
         return {};
     }
     return std::string(diretorio_) + texto;

@@ -21,7 +21,9 @@ struct Regra {
     std::string_view permitido;
 };
 
-enum class Especie { kTexto, kCaminho, kSegredo };
+// What stands beside a secret (its number, the file that it is in) is said by its key alone: the
+// secret itself may have been written there.
+enum class Especie { kTexto, kCaminho, kSegredo, kCaminhoDeSegredo };
 
 template <class T>
 struct Chave {
