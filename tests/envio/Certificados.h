@@ -64,7 +64,7 @@ enum class Cifra { kNova, kAntiga, kTripla };
 
 // `dono` or `x509` may be null. The old cipher is made in a context of its own, as it is read.
 inline std::string pkcs12De(EVP_PKEY *dono, X509 *x509, const char *senha = kSenha,
-                            Cifra cifra = Cifra::kNova, int voltasMac = 2048) {
+                            Cifra cifra = Cifra::kNova, int voltasMac = 2048, int voltas = 2048) {
     OSSL_LIB_CTX *contexto = OSSL_LIB_CTX_new();
     OSSL_PROVIDER *padrao = OSSL_PROVIDER_load(contexto, "default");
     OSSL_PROVIDER *antigos = OSSL_PROVIDER_load(contexto, "legacy");
@@ -74,7 +74,7 @@ inline std::string pkcs12De(EVP_PKEY *dono, X509 *x509, const char *senha = kSen
     std::string pacote;
     {
         const DonoPkcs12 feito(PKCS12_create_ex(senha, "titular", dono, x509, nullptr, daChave,
-                                                doCertificado, 2048, voltasMac, 0, contexto,
+                                                doCertificado, voltas, voltasMac, 0, contexto,
                                                 nullptr));
         const DonoBio saida(BIO_new(BIO_s_mem()));
         i2d_PKCS12_bio(saida.get(), feito.get());

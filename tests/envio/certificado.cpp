@@ -35,6 +35,15 @@ TEST(Pkcs12, novo_e_antigo_abrem_e_o_resto_e_recusado_pelo_nome) {
     EVP_PKEY *minha = chave(kTitular);
     const std::string novo = pkcs12De(minha, titular.get());
     const std::string voltas = pkcs12De(minha, titular.get(), kSenha, Cifra::kNova, 65536);
+    // The rounds of the ciphers, 65535 in DER: the certificate's stand first, the key's last.
+    const auto comVoltas = [&](std::string pacote, bool daChave) {
+        const std::string de("\x02\x03\x00\xFF\xFF", 5);
+        const std::size_t onde = daChave ? pacote.rfind(de) : pacote.find(de);
+        EXPECT_NE(onde, pacote.npos);
+        return pacote.replace(onde, de.size(), "\x02\x03\x7F\xFF\xFF");
+    };
+    const std::string cifrado = pkcs12De(minha, titular.get(), kSenha, Cifra::kNova, 2048, 65535);
+    const std::string triplo = pkcs12De(minha, titular.get(), kSenha, Cifra::kTripla, 2048, 65535);
     const DonoX509 curva = emitir(modelo(), chave(kCurva));
     const struct {
         const char *caso;
@@ -56,6 +65,10 @@ TEST(Pkcs12, novo_e_antigo_abrem_e_o_resto_e_recusado_pelo_nome) {
         {"curve", pkcs12De(chave(kCurva), curva.get()), kSenha, "não é RSA"},
         // The last three bytes are how often the password is hashed.
         {"rounds", voltas.substr(0, voltas.size() - 3) + "\x7F\xFF\xFF", kSenha, "voltas demais"},
+        {"as many as it bears", cifrado, kSenha, ""},
+        {"rounds of AES", comVoltas(cifrado, false), kSenha, "voltas demais"},
+        {"rounds of its key", comVoltas(cifrado, true), kSenha, "voltas demais"},
+        {"rounds of 3DES", comVoltas(triplo, true), kSenha, "voltas demais"},
         {"empty", "", kSenha, "não é um arquivo PKCS#12"},
         {"text", "-----BEGIN CERTIFICATE-----", kSenha, "não é um arquivo PKCS#12"},
         {"cut", novo.substr(0, novo.size() - 1), kSenha, "não é um arquivo PKCS#12"},
@@ -249,6 +262,8 @@ TEST(Credenciais, vem_da_configuracao_do_ambiente_ou_do_systemd) {
         {"no chain", "", kSenha, "", conf(arquivo, "", "", pasta.em("x")), "não existe"},
         {"others may read", "", "", "", conf(arquivo, aberta), "chmod 600"},
         {"no password file", "", kSenha, "", conf(arquivo, "/nenhum"), "não existe"},
+        {"password for its file", "", "", "", conf(arquivo, kSenha), "não existe"},
+        {"password for the certificate", kSenha, "", "", {}, "caminho inteiro"},
         {"no password", "", "", "", conf(arquivo), "falta a senha"},
         {"module", "", "1234", "", conf("", "", arquivo), "módulo PKCS#11"},
     };

@@ -8,8 +8,10 @@ namespace zel::envio {
 namespace {
 
 constexpr std::size_t kMaiorArquivo = 1U << 20;
-// Of the password's derivation: a file that asks for more is made to keep the processor busy.
+// Of the password's derivation, and of all of them together: a file that asks for more is made to
+// keep the processor busy.
 constexpr long kMaisVoltas = 5'000'000;
+constexpr const char *kVoltasDemais = "o arquivo pede voltas demais para derivar a senha";
 
 // OpenSSL with its own algorithms and, where it is installed, the provider of the old ones.
 class Algoritmos {
@@ -50,17 +52,90 @@ DonoPkcs12 lerEstrutura(std::string_view bytes, OSSL_LIB_CTX *contexto) {
     return dono;
 }
 
+long voltasDe(const ASN1_INTEGER *escritas) {
+    const long voltas = ASN1_INTEGER_get(escritas);
+    return voltas < 0 || voltas > kMaisVoltas ? kMaisVoltas + 1 : voltas;
+}
+
+template <class T, void (*liberar)(T *)>
+std::unique_ptr<T, Liberador<liberar>> parametros(const ASN1_ITEM *forma, const ASN1_TYPE *tipo) {
+    return std::unique_ptr<T, Liberador<liberar>>(
+        static_cast<T *>(tipo == nullptr ? nullptr : ASN1_TYPE_unpack_sequence(forma, tipo)));
+}
+
+// How often an algorithm hashes the password. PKCS#5 version 2 has others than PBKDF2 (scrypt),
+// with which no certificate comes: too many, too.
+long voltasDe(const X509_ALGOR *algoritmo) {
+    if (OBJ_obj2nid(algoritmo->algorithm) != NID_pbes2) {
+        const auto pbe =
+            parametros<PBEPARAM, PBEPARAM_free>(ASN1_ITEM_rptr(PBEPARAM), algoritmo->parameter);
+        return pbe ? voltasDe(pbe->iter) : 0; // it fails before it derives anything
+    }
+    const auto pbe2 =
+        parametros<PBE2PARAM, PBE2PARAM_free>(ASN1_ITEM_rptr(PBE2PARAM), algoritmo->parameter);
+    if (!pbe2) return 0;
+    if (OBJ_obj2nid(pbe2->keyfunc->algorithm) != NID_id_pbkdf2) return kMaisVoltas + 1;
+    const auto pbkdf2 = parametros<PBKDF2PARAM, PBKDF2PARAM_free>(ASN1_ITEM_rptr(PBKDF2PARAM),
+                                                                  pbe2->keyfunc->parameter);
+    return pbkdf2 ? voltasDe(pbkdf2->iter) : 0;
+}
+
+long voltasDe(const STACK_OF(PKCS12_SAFEBAG) * sacos) {
+    long soma = 0;
+    for (int i = 0; i < sk_PKCS12_SAFEBAG_num(sacos) && soma <= kMaisVoltas; ++i) {
+        const PKCS12_SAFEBAG *saco = sk_PKCS12_SAFEBAG_value(sacos, i);
+        if (PKCS12_SAFEBAG_get_nid(saco) == NID_safeContentsBag) {
+            soma += voltasDe(PKCS12_SAFEBAG_get0_safes(saco));
+        } else if (PKCS12_SAFEBAG_get_nid(saco) == NID_pkcs8ShroudedKeyBag) {
+            const X509_ALGOR *algoritmo = nullptr;
+            X509_SIG_get0(PKCS12_SAFEBAG_get0_pkcs8(saco), &algoritmo, nullptr);
+            soma += voltasDe(algoritmo);
+        }
+    }
+    return soma;
+}
+
+using DonoCofres = std::unique_ptr<STACK_OF(PKCS7), decltype([](STACK_OF(PKCS7) * cofres) {
+                                       sk_PKCS7_pop_free(cofres, PKCS7_free);
+                                   })>;
+using DonoSacos =
+    std::unique_ptr<STACK_OF(PKCS12_SAFEBAG), decltype([](STACK_OF(PKCS12_SAFEBAG) * sacos) {
+                        sk_PKCS12_SAFEBAG_pop_free(sacos, PKCS12_SAFEBAG_free);
+                    })>;
+
+// What the file's parts ask for; without a password, those that can be seen without deciphering.
+bool voltasDemais(const PKCS12 *pacote, const Segredo *senha) {
+    const DonoCofres cofres(PKCS12_unpack_authsafes(pacote));
+    long soma = 0;
+    for (int i = 0; i < sk_PKCS7_num(cofres.get()); ++i) {
+        PKCS7 *cofre = sk_PKCS7_value(cofres.get(), i);
+        DonoSacos sacos;
+        if (PKCS7_type_is_data(cofre)) {
+            sacos.reset(PKCS12_unpack_p7data(cofre));
+        } else if (PKCS7_type_is_encrypted(cofre)) {
+            soma += voltasDe(cofre->d.encrypted->enc_data->algorithm);
+            if (soma > kMaisVoltas) return true;
+            if (senha != nullptr)
+                sacos.reset(PKCS12_unpack_p7encdata(cofre, senha->texto(),
+                                                    static_cast<int>(senha->tamanho())));
+        }
+        soma += voltasDe(sacos.get());
+        if (soma > kMaisVoltas) return true;
+    }
+    return false;
+}
+
 // Empty when the password opens it.
 const char *porqueNaoAbre(PKCS12 *pacote, const Segredo &senha) {
     if (PKCS12_mac_present(pacote) == 0)
         return "o arquivo não tem código de autenticação: exporte-o de novo, com senha";
     const ASN1_INTEGER *voltas = nullptr;
     PKCS12_get0_mac(nullptr, nullptr, nullptr, &voltas, pacote);
-    if (voltas != nullptr && ASN1_INTEGER_get(voltas) > kMaisVoltas)
-        return "o arquivo pede voltas demais para derivar a senha";
+    if ((voltas != nullptr && voltasDe(voltas) > kMaisVoltas) || voltasDemais(pacote, nullptr))
+        return kVoltasDemais;
     if (PKCS12_verify_mac(pacote, senha.texto(), static_cast<int>(senha.tamanho())) == 1 ||
         (senha.vazio() && PKCS12_verify_mac(pacote, nullptr, 0) == 1))
-        return "";
+        return voltasDemais(pacote, &senha) ? kVoltasDemais : "";
     return senha.vazio() ? "falta a senha: diga-a em senha_arquivo ou ZEL_ENVIO_SENHA"
                          : "a senha não abre o arquivo";
 }
