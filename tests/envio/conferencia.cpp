@@ -37,9 +37,10 @@ struct Olhada {
     }
 };
 
-Olhada olhar(const Documento &documento, Esquemas *esquemas = nullptr) {
+Olhada olhar(const Documento &documento, Esquemas *esquemas = nullptr,
+             const Configuracao &config = {}) {
     Olhada olhada;
-    olhada.vale = verificarNfce(documento, Configuracao(), esquemas, olhada.linhas, olhada.recusas);
+    olhada.vale = verificarNfce(documento, config, esquemas, olhada.linhas, olhada.recusas);
     EXPECT_EQ(olhada.vale, olhada.recusas.nenhuma());
     return olhada;
 }
@@ -64,20 +65,21 @@ void umCentavoEm(No no, std::string_view caminho) {
     no.definirTexto(textoDe(havia ? *havia->centavos() + 1 : 1));
 }
 
-Documento emProtocolo(const Documento &nfe, const std::string &chave, const std::string &digest) {
+Documento emProtocolo(const Documento &nfe, const std::string &chave, const std::string &digest,
+                      const char *cStat = "100", const char *tpAmb = "2") {
     Documento proc = Documento::novo("nfeProc", kEspacoNfe);
     proc.raiz().definirAtributo("versao", "4.00");
     proc.raiz().acrescentarCopia(nfe.raiz());
     No prot = proc.raiz().acrescentar("protNFe");
     prot.definirAtributo("versao", "4.00");
     No info = prot.acrescentar("infProt");
-    info.acrescentar("tpAmb", "2");
+    info.acrescentar("tpAmb", tpAmb);
     info.acrescentar("verAplic", "1");
     info.acrescentar("chNFe", chave);
     info.acrescentar("dhRecbto", "2026-09-21T10:00:05-03:00");
     info.acrescentar("nProt", "143260000000001");
-    info.acrescentar("digVal", digest);
-    info.acrescentar("cStat", "100");
+    if (!digest.empty()) info.acrescentar("digVal", digest);
+    info.acrescentar("cStat", cStat);
     info.acrescentar("xMotivo", "Autorizado o uso da NF-e");
     return proc;
 }
@@ -125,7 +127,8 @@ TEST(Conferencia, documento_bom_nao_tem_recusa) {
     }
     const Olhada olhada = olhar(documento400());
     for (const char *linha :
-         {"assinatura: confere; certificado de 12345678000195", "chave: confere",
+         {"assinatura: confere; certificado de 12345678000195",
+          "emissor do certificado: não foi olhado", "chave: confere",
           "CNPJ, CPF, GTIN, municípios: confere", "QR code: confere", "somas e pagamentos: confere",
           "IBS e CBS: confere", "esquema: não foi julgado"})
         EXPECT_TRUE(olhada.disse(linha)) << linha << '\n' << olhada.texto();
@@ -205,12 +208,93 @@ TEST(Conferencia, cada_falta_e_dita_e_so_ela) {
         {{{">0.0400<", ">0.0402<"}},
          "det[2]/imposto/IBSCBS/gIBSCBS/gIBSUF/gRed/pAliqEfet",
          "reduzida em 60.0000%"},
+        // An item without them, the totals being right; the till's date asks for them.
+        {{{"<IBSCBS><CST>000</CST><cClassTrib>000001</cClassTrib><gIBSCBS><vBC>8.57</vBC><gIBSUF>"
+           "<pIBSUF>0.1000</pIBSUF><vIBSUF>0.01</vIBSUF></gIBSUF><gIBSMun><pIBSMun>0.0000</pIBSMun>"
+           "<vIBSMun>0.00</vIBSMun></gIBSMun><vIBS>0.01</vIBS><gCBS><pCBS>0.9000</pCBS><vCBS>0.08"
+           "</vCBS></gCBS></gIBSCBS></IBSCBS>",
+           ""},
+          {"<vBCIBSCBS>34.16<", "<vBCIBSCBS>25.59<"},
+          {"<vIBSUF>0.02<", "<vIBSUF>0.01<"},
+          {"<vIBS>0.02<", "<vIBS>0.01<"},
+          {"<vCBS>0.25<", "<vCBS>0.17<"}},
+         "det[3]/imposto/IBSCBS",
+         "falta"},
         {{{"<pIBSUF>0.1000</pIBSUF><gRed>", "<pIBSUF>0,1</pIBSUF><gRed>"}},
          "det[2]/imposto/IBSCBS/gIBSCBS/gIBSUF/pIBSUF",
          "quatro casas"},
     };
     for (const auto &[trocas, campo, motivo] : kCasos) {
         esperarUma(olhar(documento400(trocas)), std::string("NFe/infNFe/") + campo, motivo);
+    }
+}
+
+// By CRT, environment and day; the configuration's date has the last word.
+TEST(Conferencia, IBS_e_CBS_que_se_pedem_e_faltam_sao_ditos) {
+    Configuracao desde, nunca;
+    desde.ibsCbs.desde = "2026-09-21";
+    nunca.ibsCbs.desde = "nunca";
+    const struct {
+        const char *CRT, *dia;
+        const Configuracao &config;
+        std::size_t faltas; // each item, and the total
+    } kCasos[] = {{"3", "2026-09-21", {}, 2},    {"3", "2025-10-05", {}, 0},
+                  {"1", "2026-09-21", {}, 0},    {"1", "2026-09-21", desde, 2},
+                  {"3", "2026-09-21", nunca, 0}, {"1", "2027-01-04", {}, 2}};
+    for (const auto &[CRT, dia, config, faltas] : kCasos) {
+        std::string xml = nfe();
+        trocarTudo(xml, "<CRT>1<", '<' + ("CRT>" + std::string(CRT)) + '<');
+        trocarTudo(xml, "<dhEmi>2026-09-21", "<dhEmi>" + std::string(dia));
+        const Olhada olhada = olhar(lido(xml), nullptr, config);
+        std::size_t ditas = 0;
+        for (const auto &recusa : olhada.recusas.lista())
+            ditas += recusa.campo.find("IBSCBS") != std::string::npos ? 1U : 0U;
+        EXPECT_EQ(ditas, faltas) << CRT << dia << '\n' << olhada.texto();
+        EXPECT_EQ(olhada.disse("IBS e CBS: o documento não os traz"), faltas == 0) << dia;
+    }
+}
+
+TEST(Conferencia, quem_assina_podia_assinar) {
+    const Cadeia cadeia;
+    const Pasta pasta;
+    const DonoX509 outra = emitir({"AC Raiz de Ensaio", "", kAgora - 900 * kDia,
+                                   kAgora + 900 * kDia, "critical,keyCertSign,cRLSign", true},
+                                  chave(kTitular));
+    ModeloCertificado vencido = modelo(), maisNovo = modelo(), semUso = modelo();
+    vencido.ate = kAgora - 2 * 3600; // the document is of 4400 seconds before kAgora
+    maisNovo.desde = kAgora + kDia;  // issued offline, signed when the line was back
+    semUso.usos = "critical,keyEncipherment";
+    const std::string inteira = pemDe({cadeia.raiz.get(), cadeia.autoridade.get()});
+    const struct {
+        ModeloCertificado titular;
+        std::string pem;
+        const char *motivo; // empty: it could
+    } kCasos[] = {
+        {modelo(), "", ""},
+        {modelo(), inteira, ""},
+        {maisNovo, inteira, ""},
+        {vencido, "", "venceu antes da emissão"},
+        {vencido, inteira, "venceu antes da emissão"},
+        {semUso, "", "não é para assinatura"},
+        {modelo(), pemDe({outra.get()}), "até uma raiz"},
+        {modelo(), "x", "não tem certificados em PEM"},
+    };
+    for (const auto &[titular, pem, motivo] : kCasos) {
+        Configuracao config;
+        if (!pem.empty()) {
+            config.certificado.cadeia = pasta.em("cadeia.pem");
+            std::ofstream(config.certificado.cadeia) << pem;
+        }
+        Recusas recusas;
+        const auto aberto = Certificado::dePkcs12(
+            pkcs12De(chave(kTitular), cadeia.titular(titular).get()), kSenha, "", recusas);
+        Documento documento = documento400({}, false);
+        ASSERT_TRUE(aberto && assinar(documento, "infNFe", *aberto, recusas)) << recusas.texto();
+        const Olhada olhada = olhar(documento, nullptr, config);
+        EXPECT_EQ(olhada.vale, *motivo == '\0') << motivo << olhada.texto();
+        EXPECT_LE(olhada.recusas.lista().size(), 1U) << olhada.texto();
+        EXPECT_NE(olhada.texto().find(motivo), std::string::npos) << olhada.texto();
+        EXPECT_EQ(olhada.disse("emissor do certificado: não foi olhado"), pem.empty());
     }
 }
 
@@ -346,6 +430,16 @@ TEST(Conferencia, assinatura_qrcode_e_protocolo_sao_os_do_documento) {
     esperarUma(olhar(documento400({}, false)), "NFe/Signature", "não está assinado");
     esperarUma(olhar(documento400({{"12345678000195", "11222333000181"}})), "NFe/Signature", "213");
 
+    // Neither address is covered by the signature.
+    esperarUma(olhar(documento400({{"https://www.sefaz.rs.gov.br/N", "http://evil.example/N"}})),
+               "infNFeSupl/qrCode, endereço", "NFCE-COM.aspx");
+    const auto outraChave =
+        documento400({{"www.sefaz.rs.gov.br/nfce/consulta", "www.evil.example"}});
+    esperarUma(olhar(outraChave), "infNFeSupl/urlChave", "nfce/consulta");
+    Configuracao config;
+    config.qrcode.urlChave = "https://www.EVIL.example/";
+    EXPECT_TRUE(olhar(outraChave, nullptr, config).vale);
+
     Documento semQr = documento400();
     semQr.raiz().filho("infNFeSupl").remover();
     esperarUma(olhar(semQr), "NFe/infNFeSupl/qrCode", "394");
@@ -360,6 +454,13 @@ TEST(Conferencia, assinatura_qrcode_e_protocolo_sao_os_do_documento) {
                "nfeProc/protNFe/infProt/chNFe", "outro documento");
     esperarUma(olhar(emProtocolo(nfe, chave, "AAAAAAAAAAAAAAAAAAAAAAAAAAA=")),
                "nfeProc/protNFe/infProt/digVal", "outro conteúdo");
+    esperarUma(olhar(emProtocolo(nfe, chave, digest, "301")), "nfeProc/protNFe/infProt/cStat",
+               "não autorizou");
+    esperarUma(olhar(emProtocolo(nfe, chave, digest, "100", "1")), "nfeProc/protNFe/infProt/tpAmb",
+               "tpAmb 2");
+    const Olhada semDigest = olhar(emProtocolo(nfe, chave, "", "150"));
+    EXPECT_TRUE(semDigest.vale && semDigest.texto().find("sem digVal") != std::string::npos)
+        << semDigest.texto();
 }
 
 TEST(Conferencia, de_um_lote_cada_documento_e_olhado) {

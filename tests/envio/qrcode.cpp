@@ -135,7 +135,6 @@ TEST(QrCode, o_que_nao_e_do_documento_e_dito_campo_por_campo) {
         {v2, "|2|2|21|1.00|", "|2|2|22|1.00|", "dia"},
         {v2, "|2|2|21|1.00|", "|2|2|21|1.01|", "vNF"},
         {v2, "|2|2|21|1.00|", "|2|2|21|1.00|0", "digest"},
-        {v2, "|7|", "|8|", "id"},
         {v2, "|7|", "|7||", "9 campos"},
         {v2, "<DigestValue>", "<DigestValue>A", "digest"},
         {online, "|2|2|7|", "|2|2|7|0", "hash"},
@@ -156,6 +155,47 @@ TEST(QrCode, o_que_nao_e_do_documento_e_dito_campo_por_campo) {
     }
     Recusas recusas;
     EXPECT_FALSE(conferirQrCode(lido(nfe()).raiz(), {}, recusas));
+}
+
+// Other shops' CSCs are unknown, whatever their number is.
+TEST(QrCode, de_outra_loja_o_hash_nao_se_julga) {
+    Pasta pasta;
+    const auto emitente = [&](const char *cnpj) {
+        Configuracao c = config(2);
+        c.certificado.arquivo =
+            pasta.gravar(cnpj, pkcs12De(chave(kTitular), Cadeia().titular(modelo(cnpj)).get()));
+        c.certificado.arquivoSenha = pasta.gravar("senha", kSenha);
+        return c;
+    };
+    const Configuracao nossa = emitente(kCnpj), deOutra = emitente("11222333000181");
+    Configuracao outroId = config(2), outroCsc = config(2);
+    outroId.qrcode.idCsc = "8";
+    outroCsc.qrcode.csc = "OUTRO";
+    const std::string v2 = assinado(nfe(), config(2)).texto(),
+                      alheio = assinado(nfe(), outroCsc).texto(),
+                      v3 = assinado(offline("<CPF>52998224725</CPF>"), config(3)).texto();
+    const struct {
+        const std::string &doc;
+        const Configuracao &c;
+        const char *dito; // empty: it holds; "-": refused
+    } kCasos[] = {
+        {v2, nossa, ""},
+        {v2, deOutra, ""},
+        {v2, {}, "configure"},
+        {v2, outroId, "outro CSC"},
+        {alheio, nossa, "-"},
+        {alheio, deOutra, "o emitente é outro"},
+        {alheio, config(2), "-"}, // whose it is, nothing says
+        {v3, {}, ""},             // offline: the type of its consumer is 2
+    };
+    for (const auto &[doc, c, dito] : kCasos) {
+        Recusas recusas;
+        std::string ressalva;
+        const bool recusado = dito == std::string("-");
+        EXPECT_EQ(conferirQrCode(lido(doc).raiz(), c, recusas, &ressalva), !recusado) << dito;
+        EXPECT_EQ(ressalva.empty(), recusado || *dito == '\0') << dito << ressalva;
+        EXPECT_TRUE(recusado || ressalva.find(dito) != std::string::npos) << dito << ressalva;
+    }
 }
 
 TEST(QrCode, sem_o_que_e_preciso_e_recusado_com_o_remedio) {

@@ -6,6 +6,7 @@
 #include "comum/Arquivo.h"
 #include "comum/Ascii.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <openssl/pem.h>
 #include <utility>
@@ -81,13 +82,20 @@ struct Certificado::Dentro {
     std::vector<DonoX509> cadeia; // trusted where they are roots
 
     bool conferirValidade(std::int64_t agora, int dias, Recusas &recusas) const;
-    bool conferirCadeia(std::int64_t agora, bool valido, Recusas &recusas) const;
 };
 
 Certificado::Certificado(std::unique_ptr<Dentro> dentro) : dentro_(std::move(dentro)) {}
 Certificado::~Certificado() = default;
 
 namespace {
+
+bool lerEmissores(std::string_view pem, std::vector<DonoX509> &cadeia, Recusas &recusas) {
+    if (pem.empty()) return true;
+    cadeia = lerPem(pem);
+    return !cadeia.empty() || recusas.juntar("certificado.cadeia", "",
+                                             "não tem certificados em PEM, ou tem um "
+                                             "danificado");
+}
 
 // The key is one that the layout's algorithm takes, and the issuers can be read.
 bool aceitar(const ChaveAberta &aberta, std::string_view pem, std::vector<DonoX509> &cadeia,
@@ -96,11 +104,16 @@ bool aceitar(const ChaveAberta &aberta, std::string_view pem, std::vector<DonoX5
         return recusas.juntar("certificado", "", "a chave não é RSA, a única que o leiaute aceita");
     if (X509_check_private_key(aberta.x509.get(), aberta.chave.get()) != 1)
         return recusas.juntar("certificado", "", "a chave privada não é a do certificado");
-    if (pem.empty()) return true;
-    cadeia = lerPem(pem);
-    return !cadeia.empty() || recusas.juntar("certificado.cadeia", "",
-                                             "não tem certificados em PEM, ou tem um "
-                                             "danificado");
+    return lerEmissores(pem, cadeia, recusas);
+}
+
+// The configured issuers' PEM; "" when none is configured, none when it cannot be read.
+std::optional<std::string> pemDaCadeia(const ConfigCertificado &config, Recusas &recusas) {
+    if (config.cadeia.empty()) return "";
+    auto pem = comum::lerArquivo(config.cadeia, kMaiorArquivo);
+    if (pem && !pem->empty()) return pem;
+    recusas.juntar("certificado.cadeia", config.cadeia, "não existe ou não pode ser lido");
+    return {};
 }
 
 } // namespace
@@ -123,14 +136,8 @@ std::shared_ptr<const Certificado> Certificado::abrir(const ConfigCertificado &c
     const FilaDeErros fila;
     const auto senha = senhaDoCertificado(config, recusas);
     if (!senha) return nullptr;
-    std::string cadeia;
-    if (!config.cadeia.empty()) {
-        cadeia = comum::lerArquivo(config.cadeia, kMaiorArquivo).value_or("");
-        if (cadeia.empty()) {
-            recusas.juntar("certificado.cadeia", config.cadeia, "não existe ou não pode ser lido");
-            return nullptr;
-        }
-    }
+    const auto cadeia = pemDaCadeia(config, recusas);
+    if (!cadeia) return nullptr;
     std::optional<ChaveAberta> aberta;
     if (!config.modulo.empty()) {
         aberta = abrirToken(config, *senha, recusas);
@@ -144,7 +151,7 @@ std::shared_ptr<const Certificado> Certificado::abrir(const ConfigCertificado &c
     if (!aberta) return nullptr;
     auto dentro = std::make_unique<Dentro>();
     dentro->aberta = std::move(*aberta);
-    if (!aceitar(dentro->aberta, cadeia, dentro->cadeia, recusas)) return nullptr;
+    if (!aceitar(dentro->aberta, *cadeia, dentro->cadeia, recusas)) return nullptr;
     return std::shared_ptr<const Certificado>(new Certificado(std::move(dentro)));
 }
 
@@ -212,18 +219,27 @@ bool Certificado::Dentro::conferirValidade(std::int64_t agora, int dias, Recusas
                           "o certificado só vale a partir desta data: confira o relógio");
 }
 
-// What the holder's own dates are was said; the issuers' are looked at here.
-bool Certificado::Dentro::conferirCadeia(std::int64_t agora, bool valido, Recusas &recusas) const {
-    if (cadeia.empty()) return true;
+namespace {
+
+// Without the extension every use is allowed, and all bits are set.
+bool paraAssinar(X509 *x509) {
+    return (X509_get_key_usage(x509) & (KU_DIGITAL_SIGNATURE | KU_NON_REPUDIATION)) != 0;
+}
+
+// Why `cadeia` does not lead from the certificate to a root; null when it does, or is empty. What
+// the holder's own dates are is said elsewhere; the issuers' are looked at here.
+const char *faltaNaCadeia(const std::vector<DonoX509> &cadeia, X509 *x509,
+                          const std::vector<DonoX509> &emissores, std::int64_t agora, bool valido) {
+    if (cadeia.empty()) return nullptr;
     const std::unique_ptr<X509_STORE, Liberador<X509_STORE_free>> confiados(X509_STORE_new());
     const std::unique_ptr<X509_STORE_CTX, Liberador<X509_STORE_CTX_free>> busca(
         X509_STORE_CTX_new());
     for (const auto &um : cadeia)
         X509_STORE_add_cert(confiados.get(), um.get());
     STACK_OF(X509) *vindos = sk_X509_new_null();
-    for (const auto &um : aberta.emissores)
+    for (const auto &um : emissores)
         if (um) sk_X509_push(vindos, um.get());
-    X509_STORE_CTX_init(busca.get(), confiados.get(), aberta.x509.get(), vindos);
+    X509_STORE_CTX_init(busca.get(), confiados.get(), x509, vindos);
     X509_VERIFY_PARAM *regras = X509_STORE_CTX_get0_param(busca.get());
     if (valido)
         X509_VERIFY_PARAM_set_time(regras, agora);
@@ -232,21 +248,24 @@ bool Certificado::Dentro::conferirCadeia(std::int64_t agora, bool valido, Recusa
     const bool fecha = X509_verify_cert(busca.get()) == 1;
     const int erro = X509_STORE_CTX_get_error(busca.get());
     sk_X509_free(vindos);
-    return fecha || recusas.juntar("certificado.cadeia", X509_verify_cert_error_string(erro),
-                                   "os emissores configurados não levam do certificado até uma "
-                                   "raiz: confira o arquivo de cadeia");
+    return fecha ? nullptr : X509_verify_cert_error_string(erro);
 }
+
+} // namespace
 
 bool Certificado::conferir(std::string_view cnpjEmitente, std::int64_t agora,
                            Recusas &recusas) const {
     const FilaDeErros fila;
     const bool valido = dentro_->conferirValidade(agora, dias(agora), recusas);
     bool serve = valido;
-    // Without the extension every use is allowed, and all bits are set.
-    if ((X509_get_key_usage(x509()) & (KU_DIGITAL_SIGNATURE | KU_NON_REPUDIATION)) == 0)
+    if (!paraAssinar(x509()))
         serve = recusas.juntar("certificado.uso", "",
                                "o certificado não é para assinatura digital nem não repúdio");
-    serve = dentro_->conferirCadeia(agora, valido, recusas) && serve;
+    if (const char *falta =
+            faltaNaCadeia(dentro_->cadeia, x509(), dentro_->aberta.emissores, agora, valido))
+        serve = recusas.juntar("certificado.cadeia", falta,
+                               "os emissores configurados não levam do certificado até uma "
+                               "raiz: confira o arquivo de cadeia");
     const std::string titular = cnpj();
     if (titular.empty())
         serve = recusas.juntar("certificado.cnpj", "",
@@ -258,6 +277,30 @@ bool Certificado::conferir(std::string_view cnpjEmitente, std::int64_t agora,
                                "o certificado é de outra empresa que o emitente " +
                                    std::string(cnpjEmitente) +
                                    ": os oito primeiros dígitos têm de ser os mesmos");
+    return serve;
+}
+
+bool conferirSignatario(std::string_view pem, const ConfigCertificado &config, std::int64_t emitido,
+                        std::string_view campo, Recusas &recusas) {
+    const FilaDeErros fila;
+    const auto lidos = lerPem(pem);
+    if (lidos.empty()) return recusas.juntar(campo, "", "não é um certificado X.509");
+    X509 *x509 = lidos.front().get();
+    const ASN1_TIME *fim = X509_get0_notAfter(x509);
+    const bool valido = emitido <= segundosDe(fim);
+    bool serve = valido;
+    if (!valido) recusas.juntar(campo, dataDe(fim), "o certificado venceu antes da emissão");
+    if (!paraAssinar(x509))
+        serve = recusas.juntar(campo, "",
+                               "o certificado não é para assinatura digital nem não repúdio");
+    std::vector<DonoX509> cadeia;
+    const auto configurada = pemDaCadeia(config, recusas);
+    if (!configurada || !lerEmissores(*configurada, cadeia, recusas)) return false;
+    const std::int64_t quando = std::max(emitido, segundosDe(X509_get0_notBefore(x509)));
+    if (const char *falta = faltaNaCadeia(cadeia, x509, {}, quando, valido))
+        serve = recusas.juntar(campo, falta,
+                               "os emissores de [certificado] cadeia não levam do certificado até "
+                               "uma raiz");
     return serve;
 }
 

@@ -63,4 +63,10 @@ std::string cnpjDe(const X509 *x509);
 // The same of one in PEM, as verificarAssinatura hands it back.
 std::string cnpjDePem(std::string_view pem);
 
+// Whether one in PEM may have signed what was issued at that time (Unix seconds): not expired by
+// then (it may be younger: an offline document is signed later), for signatures, and led to a root
+// by the configured issuers, where there are some. `campo` is where it stands.
+bool conferirSignatario(std::string_view pem, const ConfigCertificado &config, std::int64_t emitido,
+                        std::string_view campo, Recusas &recusas);
+
 } // namespace zel::envio

@@ -78,6 +78,19 @@ bool ehData(std::string_view texto) {
         .ok();
 }
 
+std::optional<std::int64_t> segundosDoMomento(std::string_view texto) {
+    if (!ehMomento(texto)) return {};
+    const auto em = [&](std::size_t onde, std::size_t quantos) {
+        return numeroAte(texto.substr(onde, quantos), 9999);
+    };
+    const std::chrono::year_month_day dia(std::chrono::year(em(0, 4)),
+                                          std::chrono::month(static_cast<unsigned>(em(5, 2))),
+                                          std::chrono::day(static_cast<unsigned>(em(8, 2))));
+    const std::int64_t dias = std::chrono::sys_days(dia).time_since_epoch().count();
+    const int fuso = em(20, 2) * (texto[19] == '-' ? -1 : 1);
+    return ((dias * 24 + em(11, 2) - fuso) * 60 + em(14, 2)) * 60 + em(17, 2);
+}
+
 bool ehMomento(std::string_view texto) {
     return texto.size() == 25 && ehData(texto.substr(0, 10)) && texto[10] == 'T' &&
            ehHora(texto.substr(11, 8)) && ehFuso(texto.substr(19));

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,5 +25,8 @@ bool ehData(std::string_view texto);
 
 // A moment with its zone, "AAAA-MM-DDThh:mm:ss-03:00"; zones in whole hours, -11 to +12.
 bool ehMomento(std::string_view texto);
+
+// The same in Unix seconds.
+std::optional<std::int64_t> segundosDoMomento(std::string_view texto);
 
 } // namespace zel::envio

@@ -2,8 +2,10 @@
 #include "documento/Conferencia.h"
 
 #include "assinatura/Assinatura.h"
+#include "base/Texto.h"
 #include "documento/ConferenciaPartes.h"
 #include "qrcode/QrCode.h"
+#include "traducao/IbsCbs.h"
 
 namespace zel::envio {
 
@@ -66,17 +68,27 @@ bool conferirTitular(const No &nfe, const std::string &pem, Recusas &recusas) {
                           "o certificado não é do emitente, " + emitente + " (rejeição 213)");
 }
 
-bool conferirAssinatura(const Documento &documento, const No &nfe, Olhado &olhado,
-                        Recusas &recusas) {
+bool conferirAssinatura(const Documento &documento, const No &nfe, const Configuracao &config,
+                        Olhado &olhado, Recusas &recusas) {
     if (!nfe.filho("Signature")) {
         olhado.emplace_back("assinatura: falta");
         return recusas.juntar(lugarDe(nfe, "Signature"), "", "o documento não está assinado");
     }
     std::string pem;
     bool certo = verificarAssinatura(documento, nfe, pem, recusas);
-    if (certo) certo = conferirTitular(nfe, pem, recusas);
+    if (certo) {
+        certo = conferirTitular(nfe, pem, recusas);
+        // A moment that is none is refused with the key or the QR code, which have it.
+        const auto emitido = segundosDoMomento(nfe.texto("infNFe/ide/dhEmi")).value_or(0);
+        certo = conferirSignatario(pem, config.certificado, emitido, lugarDe(nfe, "Signature"),
+                                   recusas) &&
+                certo;
+    }
     const std::string titular = cnpjDePem(pem);
     anotar(olhado, "assinatura", certo, titular.empty() ? "" : "certificado de " + titular);
+    if (config.certificado.cadeia.empty())
+        olhado.emplace_back("emissor do certificado: não foi olhado; configure cadeia em "
+                            "[certificado] de zel-envio.toml");
     return certo;
 }
 
@@ -94,14 +106,13 @@ void conferirSuplemento(const No &nfe, bool chaveCerta, const Configuracao &conf
         olhado.emplace_back("QR code: não foi olhado, porque a chave não confere");
         return;
     }
-    const bool certo = conferirQrCode(nfe, config, recusas);
-    const bool comHash = qrCode.find("|2|") != qrCode.npos;
-    anotar(olhado, "QR code", certo,
-           comHash && config.qrcode.csc.empty() ? "o hash não foi olhado: configure csc em [qrcode]"
-                                                : "");
+    std::string ressalva;
+    const bool certo = conferirQrCode(nfe, config, recusas, &ressalva);
+    anotar(olhado, "QR code", certo, ressalva);
 }
 
-// The authority's protocol beside the document, if any, is of this document as it is signed.
+// The authority's protocol beside the document, if any, authorizes this document as it is signed:
+// one that denies it has a number, too.
 void conferirProtocolo(const No &nfe, Olhado &olhado, Recusas &recusas) {
     const No infProt = nfe.pai().filho("protNFe/infProt");
     if (!infProt) return;
@@ -109,12 +120,20 @@ void conferirProtocolo(const No &nfe, Olhado &olhado, Recusas &recusas) {
     if ("NFe" + infProt.texto("chNFe") != nfe.filho("infNFe").atributo("Id"))
         novas.juntar(lugarDe(infProt, "chNFe"), infProt.texto("chNFe"),
                      "o protocolo é de outro documento");
+    const std::string tpAmb = nfe.texto("infNFe/ide/tpAmb"), cStat = infProt.texto("cStat");
+    if (infProt.texto("tpAmb") != tpAmb)
+        novas.juntar(lugarDe(infProt, "tpAmb"), infProt.texto("tpAmb"),
+                     "o protocolo é do outro ambiente: o documento tem tpAmb " + tpAmb);
+    if (cStat != "100" && cStat != "150")
+        novas.juntar(lugarDe(infProt, "cStat"), cStat,
+                     "a autoridade não autorizou o documento: " + infProt.texto("xMotivo"));
     const std::string digVal = infProt.texto("digVal");
     if (!digVal.empty() && digVal != nfe.texto("Signature/SignedInfo/Reference/DigestValue"))
         novas.juntar(lugarDe(infProt, "digVal"), digVal,
                      "a autoridade recebeu outro conteúdo: o digest não é o da assinatura");
     anotar(olhado, "protocolo", novas.nenhuma(),
-           infProt.texto("cStat") + ' ' + infProt.texto("xMotivo"));
+           cStat + ' ' + infProt.texto("xMotivo") +
+               (digVal.empty() ? "; sem digVal, se o conteúdo é este não foi olhado" : ""));
     recusas.juntar(novas);
 }
 
@@ -126,28 +145,46 @@ void olhar(Olhado &olhado, std::string_view nome, Recusas &recusas, Parte parte)
     anotar(olhado, nome, recusas.lista().size() == antes);
 }
 
-void conferirUm(const Documento &documento, const No &nfe, const Configuracao &config,
-                Olhado &olhado, Recusas &recusas) {
-    const No infNFe = nfe.filho("infNFe");
+// What the authority would compute of infNFe itself. Whether the key is right.
+bool conferirConteudo(const No &infNFe, const Configuracao &config, Olhado &olhado,
+                      Recusas &recusas) {
     const auto itens = infNFe.filhos("det");
     Valores valores(recusas);
-    conferirAssinatura(documento, nfe, olhado, recusas);
     const bool chaveCerta = conferirChave(infNFe, recusas);
     anotar(olhado, "chave", chaveCerta);
     olhar(olhado, "CNPJ, CPF, GTIN, municípios", recusas,
           [&] { conferirNumeros(infNFe, itens, recusas); });
-    conferirSuplemento(nfe, chaveCerta, config, olhado, recusas);
     olhar(olhado, "somas e pagamentos", recusas,
           [&] { conferirPagamentos(infNFe, conferirSomas(infNFe, itens, valores), valores); });
     const std::size_t antes = recusas.lista().size();
-    if (conferirIbsCbs(infNFe, itens, valores, recusas))
+    const bool exigido =
+        exigeIbsCbs(config, infNFe.texto("emit/CRT"), infNFe.texto("ide/tpAmb"),
+                    infNFe.texto("ide/dhEmi").substr(0, std::string_view("AAAA-MM-DD").size()));
+    if (conferirIbsCbs(infNFe, itens, exigido, valores, recusas))
         anotar(olhado, "IBS e CBS", recusas.lista().size() == antes);
     else
         olhado.emplace_back("IBS e CBS: o documento não os traz");
+    return chaveCerta;
+}
+
+void conferirUm(const Documento &documento, const No &nfe, const Configuracao &config,
+                Olhado &olhado, Recusas &recusas) {
+    conferirAssinatura(documento, nfe, config, olhado, recusas);
+    const bool chaveCerta = conferirConteudo(nfe.filho("infNFe"), config, olhado, recusas);
+    conferirSuplemento(nfe, chaveCerta, config, olhado, recusas);
     conferirProtocolo(nfe, olhado, recusas);
 }
 
 } // namespace
+
+bool conferirParaAssinar(const Documento &nfe, const Configuracao &config, Recusas &recusas) {
+    Recusas novas;
+    Olhado olhado;
+    if (servePara(nfe.raiz(), novas))
+        conferirConteudo(nfe.raiz().filho("infNFe"), config, olhado, novas);
+    recusas.juntar(novas);
+    return novas.nenhuma();
+}
 
 bool verificarNfce(const Documento &documento, const Configuracao &config, Esquemas *esquemas,
                    Olhado &olhado, Recusas &recusas) {

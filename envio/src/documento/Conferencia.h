@@ -18,6 +18,9 @@ namespace zel::envio {
 bool verificarNfce(const Documento &documento, const Configuracao &config, Esquemas *esquemas,
                    std::vector<std::string> &olhado, Recusas &recusas);
 
+// Whether an NFe that is not signed yet may be: key, numbers, sums, IBS and CBS.
+bool conferirParaAssinar(const Documento &nfe, const Configuracao &config, Recusas &recusas);
+
 // A document as a person reads it, UTF-8, lines of up to 78 characters.
 std::string mostrar(const Documento &documento);
 

@@ -132,17 +132,22 @@ void conferirItem(const No &det, Valores &valores) {
 
 } // namespace
 
-bool conferirIbsCbs(const No &infNFe, const std::vector<No> &itens, Valores &valores,
+bool conferirIbsCbs(const No &infNFe, const std::vector<No> &itens, bool exigido, Valores &valores,
                     Recusas &recusas) {
     const bool algum = std::any_of(itens.begin(), itens.end(), [](const No &det) {
         return static_cast<bool>(det.filho("imposto/IBSCBS"));
     });
     const No total = infNFe.filho("total/IBSCBSTot");
-    if (!algum && !total) return false;
-    for (const No &det : itens)
+    if (!algum && !total && !exigido) return false;
+    constexpr std::string_view kFalta = "falta: o CRT e a data da emissão pedem IBS e CBS";
+    for (const No &det : itens) {
+        if (exigido && !det.filho("imposto/IBSCBS"))
+            recusas.juntar(lugarDe(det, "imposto/IBSCBS"), "", kFalta);
         conferirItem(det, valores);
+    }
     if (!total)
-        recusas.juntar(lugarDe(infNFe, "total/IBSCBSTot"), "", "falta, e há itens com IBS e CBS");
+        recusas.juntar(lugarDe(infNFe, "total/IBSCBSTot"), "",
+                       algum ? "falta, e há itens com IBS e CBS" : kFalta);
     for (const Soma &soma : kSomas)
         if (total) conferirSoma(total, itens, soma, valores);
     return true;

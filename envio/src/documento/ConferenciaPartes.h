@@ -51,9 +51,9 @@ void conferirNumeros(const No &infNFe, const std::vector<No> &itens, Recusas &re
 Centavos conferirSomas(const No &infNFe, const std::vector<No> &itens, Valores &valores);
 void conferirPagamentos(const No &infNFe, Centavos vNF, Valores &valores);
 
-// Base and amounts of each item that has the groups, and IBSCBSTot. False when the document has
-// none of it.
-bool conferirIbsCbs(const No &infNFe, const std::vector<No> &itens, Valores &valores,
+// Base and amounts of each item that has the groups, and IBSCBSTot; where they are required, that
+// every item has them. False when the document has none of it, and needs none.
+bool conferirIbsCbs(const No &infNFe, const std::vector<No> &itens, bool exigido, Valores &valores,
                     Recusas &recusas);
 
 std::vector<No> primeiros(std::vector<No> nos, std::size_t quantos);

@@ -155,8 +155,36 @@ std::string minusculas(std::string texto) {
     return texto;
 }
 
-void conferirV2(const No &nfe, std::vector<std::string> campos, const Dados &dados,
-                const ConfigQrCode &config, Recusas &recusas) {
+// Another company's CSC may have the same number. Whose this one is, the certificate says.
+bool ehDeOutraEmpresa(const No &nfe, const ConfigCertificado &config) {
+    constexpr std::size_t kRaiz = 8;
+    Recusas descartadas;
+    const auto nosso = Certificado::abrir(config, descartadas);
+    const std::string cnpj = nosso ? nosso->cnpj() : "";
+    return !cnpj.empty() && cnpj.substr(0, kRaiz) != nfe.texto("infNFe/emit/CNPJ").substr(0, kRaiz);
+}
+
+// Empty when it was looked at.
+std::string conferirHash(const No &nfe, const std::vector<std::string> &campos,
+                         const Configuracao &config, Recusas &recusas) {
+    if (config.qrcode.csc.empty()) return "o hash não foi olhado: configure csc em [qrcode]";
+    if (campos[campos.size() - 2] != config.qrcode.idCsc)
+        return "o hash não foi olhado: é de outro CSC que o configurado";
+    const std::string qrCode = nfe.texto("infNFeSupl/qrCode");
+    const std::size_t inicio = qrCode.find(kParametro) + kParametro.size();
+    const std::string_view coberto =
+        std::string_view(qrCode).substr(inicio, qrCode.rfind('|') - inicio);
+    if (minusculas(campos.back()) ==
+        minusculas(sha1Hexadecimal(std::string(coberto) + config.qrcode.csc)))
+        return {};
+    if (ehDeOutraEmpresa(nfe, config.certificado))
+        return "o hash não foi olhado: o emitente é outro, e o CSC dele não se conhece";
+    recusas.juntar("infNFeSupl/qrCode, hash", campos.back(), "não é o do CSC configurado");
+    return {};
+}
+
+std::string conferirV2(const No &nfe, std::vector<std::string> campos, const Dados &dados,
+                       const Configuracao &config, Recusas &recusas) {
     std::vector<Esperado> esperados{
         {"chave", dados.chave}, {"versão", "2"}, {"tpAmb", dados.tpAmb}};
     const std::string digest =
@@ -167,19 +195,39 @@ void conferirV2(const No &nfe, std::vector<std::string> campos, const Dados &dad
         if (campos.size() > 5) campos[5] = minusculas(campos[5]);
     }
     comparar(campos, esperados, recusas);
-    if (config.csc.empty()) return;
-    const std::size_t id = campos.size() - 2;
-    if (campos[id] != config.idCsc) {
-        recusas.juntar("infNFeSupl/qrCode, id", campos[id],
-                       "não é o número do CSC configurado, " + config.idCsc);
+    return conferirHash(nfe, campos, config, recusas);
+}
+
+// Host and path of an address, which are what counts: states publish it with its scheme or without.
+std::string enderecoNu(std::string_view texto) {
+    if (texto.ends_with(kParametro)) texto.remove_suffix(kParametro.size());
+    if (texto.ends_with('/')) texto.remove_suffix(1);
+    std::string nu = minusculas(std::string(texto));
+    for (const std::string_view esquema : {"http://", "https://"})
+        if (nu.starts_with(esquema)) nu.erase(0, esquema.size());
+    return nu;
+}
+
+// The digest covers neither, so that anybody could have put another address there (rejections 395
+// and 878). Ours is the configured one, too; other shops' are the table's.
+void conferirEndereco(std::string_view campo, std::string_view escrito,
+                      std::string_view configurado, const Dados &dados, Servico servico,
+                      Recusas &recusas) {
+    const std::string daTabela(enderecoDe(dados.uf, dados.tpAmb == "1" ? 1 : 2, servico));
+    const std::string nu = enderecoNu(escrito);
+    if (nu == enderecoNu(daTabela) || (!configurado.empty() && nu == enderecoNu(configurado)))
         return;
-    }
-    const std::string qrCode = nfe.texto("infNFeSupl/qrCode");
-    const std::size_t inicio = qrCode.find(kParametro) + kParametro.size();
-    const std::string_view coberto =
-        std::string_view(qrCode).substr(inicio, qrCode.rfind('|') - inicio);
-    if (minusculas(campos.back()) != minusculas(sha1Hexadecimal(std::string(coberto) + config.csc)))
-        recusas.juntar("infNFeSupl/qrCode, hash", campos.back(), "não é o do CSC configurado");
+    recusas.juntar(campo, escrito,
+                   "o endereço de " + dados.uf + " é " + daTabela +
+                       "; se mudou, configure-o em [qrcode] de zel-envio.toml");
+}
+
+void conferirEnderecos(const No &nfe, const std::string &base, const Dados &dados,
+                       const ConfigQrCode &config, Recusas &recusas) {
+    conferirEndereco("infNFeSupl/qrCode, endereço", base, config.endereco, dados, Servico::kQrCode,
+                     recusas);
+    conferirEndereco("infNFeSupl/urlChave", aparar(nfe.texto("infNFeSupl/urlChave")),
+                     config.urlChave, dados, Servico::kConsultaChave, recusas);
 }
 
 void conferirV3(const No &nfe, const std::vector<std::string> &campos, const Dados &dados,
@@ -225,8 +273,10 @@ std::optional<Suplemento> suplementoDe(const No &nfe, std::string_view digest,
     return suplemento;
 }
 
-bool conferirQrCode(const No &nfe, const Configuracao &config, Recusas &recusas) {
+bool conferirQrCode(const No &nfe, const Configuracao &config, Recusas &recusas,
+                    std::string *ressalva) {
     Recusas minhas;
+    std::string porqueNao;
     const std::string qrCode = nfe.texto("infNFeSupl/qrCode");
     const std::size_t inicio = qrCode.find(kParametro);
     const auto campos = separar(
@@ -237,6 +287,8 @@ bool conferirQrCode(const No &nfe, const Configuracao &config, Recusas &recusas)
     else if (versao != "2" && versao != "3")
         minhas.juntar("infNFeSupl/qrCode", qrCode, "não é da versão 2 nem da 3");
     else if (const auto dados = dadosDe(nfe, minhas)) {
+        conferirEnderecos(nfe, qrCode.substr(0, inicio + kParametro.size()), *dados, config.qrcode,
+                          minhas);
         const bool v2 = versao == "2";
         const std::size_t quantos = dados->offline ? 8 : v2 ? 5 : 3;
         if (campos.size() != quantos)
@@ -244,11 +296,12 @@ bool conferirQrCode(const No &nfe, const Configuracao &config, Recusas &recusas)
                           "tem " + std::to_string(campos.size()) + " campos e não " +
                               std::to_string(quantos));
         else if (v2)
-            conferirV2(nfe, campos, *dados, config.qrcode, minhas);
+            porqueNao = conferirV2(nfe, campos, *dados, config, minhas);
         else
             conferirV3(nfe, campos, *dados, minhas);
     }
     recusas.juntar(minhas);
+    if (ressalva != nullptr) *ressalva = porqueNao;
     return minhas.nenhuma();
 }
 

@@ -25,7 +25,10 @@ std::optional<Suplemento> suplementoDe(const No &nfe, std::string_view digest,
                                        Recusas &recusas);
 
 // Whether a content is the one of its document: key, environment, and of the offline kind day,
-// total, digest and consumer; the hash where the configuration has the CSC.
-bool conferirQrCode(const No &nfe, const Configuracao &config, Recusas &recusas);
+// total, digest and consumer; and whether it and urlChave lead to the state's own addresses, or to
+// the configured ones. The hash where the configuration has the CSC of this issuer: `ressalva`
+// receives why it was not looked at.
+bool conferirQrCode(const No &nfe, const Configuracao &config, Recusas &recusas,
+                    std::string *ressalva = nullptr);
 
 } // namespace zel::envio

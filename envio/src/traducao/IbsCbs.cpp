@@ -114,10 +114,15 @@ Centavos umTributo(const ValoresIbsCbs &v, const Decimal &taxa, std::string &esc
 
 } // namespace
 
+bool exigeIbsCbs(const Configuracao &config, std::string_view CRT, std::string_view tpAmb,
+                 std::string_view dia) {
+    const std::string_view desde = desdeQuando(config, CRT, tpAmb);
+    return CRT.size() == 1 && desde != kNunca && dia >= desde;
+}
+
 RegimeIbsCbs regimeIbsCbs(const Configuracao &config, std::string_view CRT, std::string_view tpAmb,
                           std::string_view dia, Recusas &recusas) {
-    const std::string_view desde = desdeQuando(config, CRT, tpAmb);
-    if (CRT.size() != 1 || desde == kNunca || dia < desde) return {};
+    if (!exigeIbsCbs(config, CRT, tpAmb, dia)) return {};
     const auto taxas = taxasDe(config, dia);
     if (!taxas) {
         recusas.juntar("ide/dhEmi", dia,

@@ -29,7 +29,10 @@ struct ValoresIbsCbs {
     std::string pRedAliq, efIBSUF, efIBSMun, efCBS; // empty without a reduction
 };
 
-// `dia` "AAAA-MM-DD" of the issue. Refuses a day of which no rates are known.
+// Whether a document must have the groups; `dia` "AAAA-MM-DD" of the issue.
+bool exigeIbsCbs(const Configuracao &config, std::string_view CRT, std::string_view tpAmb,
+                 std::string_view dia);
+// The same with the rates. Refuses a day of which no rates are known.
 RegimeIbsCbs regimeIbsCbs(const Configuracao &config, std::string_view CRT, std::string_view tpAmb,
                           std::string_view dia, Recusas &recusas);
 
