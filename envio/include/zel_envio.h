@@ -51,7 +51,7 @@ enum {
     ZEL_ENVIO_CERTIFICADO = -6,  /* missing, wrong password, expired, of another issuer... */
     ZEL_ENVIO_ASSINATURA = -7,   /* signing failed */
     ZEL_ENVIO_ESQUEMA = -8,      /* the published schemas refuse the message */
-    ZEL_ENVIO_REPROVADO = -9,    /* zel_envio_verificar found something wrong */
+    ZEL_ENVIO_REPROVADO = -9,    /* something in the document is wrong: key, sums, signature... */
     ZEL_ENVIO_ORDEM = -10,       /* nothing was read or made yet for this to work on */
     ZEL_ENVIO_RECUSADO = -11,    /* the authority refuses the document: the detail says why */
     /* No answer came: the document may be there, and the queue asks on. Its number must not be used
@@ -116,8 +116,11 @@ ZEL_ENVIO_API int zel_envio_completar(zel_envio *envio, const char *protocolo,
 ZEL_ENVIO_API int zel_envio_traduzir(zel_envio *envio);
 
 /* Translates if that is due, checks the certificate, signs, adds the QR code (NFC-e) and lets the
- * schemas judge the whole. A consultation needs no signature and is as it was translated.
- * Codes: those of zel_envio_traduzir, ZEL_ENVIO_CERTIFICADO, ZEL_ENVIO_ASSINATURA. */
+ * schemas judge the whole. A consultation needs no signature and is as it was translated. An NFC-e
+ * that came in layout 4.00 has its key, numbers, sums, IBS and CBS looked at first, and gets a new
+ * infNFeSupl. One document at a time: of a lot with more than one NFe none is signed.
+ * Codes: those of zel_envio_traduzir, ZEL_ENVIO_CERTIFICADO, ZEL_ENVIO_ASSINATURA,
+ * ZEL_ENVIO_REPROVADO. */
 ZEL_ENVIO_API int zel_envio_assinar(zel_envio *envio);
 
 /* The message that was made last: NFe, envEvento, inutNFe or consSitNFe. Codes:

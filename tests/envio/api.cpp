@@ -181,6 +181,65 @@ TEST(Emissoes, o_que_falha_diz_tudo_e_deixa_a_mensagem_de_antes) {
     EXPECT_EQ(zel_envio_ler(nullptr, "", 0), ZEL_ENVIO_ARGUMENTO);
 }
 
+// What came in layout 4.00, and from whom, is looked at before our key makes it ours.
+TEST(Emissoes, mensagem_de_outro_e_olhada_antes_de_assinada) {
+    Envio envio;
+    Nota nota;
+    nota.itens[0].xProd = "Pao d'agua \"especial\"";
+    ASSERT_EQ(envio.ler(nota.xml()), ZEL_ENVIO_OK);
+    ASSERT_EQ(zel_envio_traduzir(*envio), ZEL_ENVIO_OK) << envio.detalhe();
+    const std::string boa = envio.mensagem(),
+                      espaco = " xmlns=\"http://www.portalfiscal.inf.br/nfe\"";
+    EXPECT_NE(boa.find("Pao d&#39;agua &quot;especial&quot;"), std::string::npos) << boa;
+    const auto trocada = [](std::string xml, const std::string &de, const std::string &para) {
+        const std::size_t onde = xml.find(de);
+        EXPECT_NE(onde, xml.npos) << de;
+        return onde == xml.npos ? xml : xml.replace(onde, de.size(), para);
+    };
+    const std::string suplemento = "<infNFeSupl><qrCode>velho</qrCode></infNFeSupl>";
+    ASSERT_EQ(envio.ler(cancelamento(nota.chave(), kProtocolo)), ZEL_ENVIO_OK);
+    ASSERT_EQ(zel_envio_traduzir(*envio), ZEL_ENVIO_OK) << envio.detalhe();
+    const std::string lote = envio.mensagem();
+    const std::string evento =
+        lote.substr(lote.find("<evento "), lote.find("</envEvento>") - lote.find("<evento "));
+    const std::string alheio = trocada(evento, "<CNPJ>11222333", "<CNPJ>99222333");
+    const std::string chave = nota.chave();
+    const struct {
+        std::string xml;
+        int codigo;
+        const char *parte;
+    } kCasos[] = {
+        {boa, ZEL_ENVIO_OK, ""},
+        {trocada(boa, "</NFe>", suplemento + "</NFe>"), ZEL_ENVIO_OK, ""},
+        {lote, ZEL_ENVIO_OK, ""},
+        {trocada(boa, "<cDV>" + chave.substr(43), "<cDV>x"), ZEL_ENVIO_REPROVADO, "ide/cDV"},
+        {trocada(boa, chave, chave.substr(0, 43) + "x"), ZEL_ENVIO_REPROVADO, "@Id"},
+        {trocada(boa, "<vNF>20.00", "<vNF>1.00"), ZEL_ENVIO_REPROVADO, "610"},
+        {trocada(boa, "<UF>RS", "<UF>RJ"), ZEL_ENVIO_REPROVADO, "enderEmit/UF"},
+        {trocada(boa, espaco, ""), ZEL_ENVIO_TRADUCAO, "espaço de nomes"},
+        {"<enviNFe" + espaco + ">" + boa + boa + "</enviNFe>", ZEL_ENVIO_TRADUCAO, "NFe[2]"},
+        {trocada(lote, "</envEvento>", alheio + "</envEvento>"), ZEL_ENVIO_CERTIFICADO,
+         "99222333000181"},
+        {trocada(nota.xml(), "</NFe>", "<Signature/></NFe>"), ZEL_ENVIO_OK, ""},
+    };
+    for (const auto &[xml, codigo, parte] : kCasos) {
+        ASSERT_EQ(envio.ler(xml), ZEL_ENVIO_OK) << envio.detalhe();
+        EXPECT_EQ(zel_envio_assinar(*envio), codigo) << parte << '\n' << envio.detalhe();
+        EXPECT_NE(envio.detalhe().find(parte), std::string::npos) << envio.detalhe();
+        if (codigo != ZEL_ENVIO_OK) continue;
+        const std::string feita = envio.mensagem();
+        EXPECT_EQ(feita.find("infNFeSupl><qrCode>velho"), std::string::npos);
+        EXPECT_EQ(feita.find("<Signature"), feita.rfind("<Signature "));
+    }
+    // A root of its own.
+    ASSERT_EQ(envio.ler(trocada(evento, "<evento", "<evento" + espaco)), ZEL_ENVIO_OK);
+    const int codigo = zel_envio_assinar(*envio);
+    EXPECT_EQ(envio.detalhe().find("outra empresa"), std::string::npos) << codigo;
+    // An old signature says nothing of the translated document.
+    ASSERT_EQ(envio.ler(trocada(nota.xml(), "</NFe>", "<Signature/></NFe>")), ZEL_ENVIO_OK);
+    EXPECT_EQ(zel_envio_traduzir(*envio), ZEL_ENVIO_OK) << envio.detalhe();
+}
+
 TEST(Emissoes, o_troco_diz_o_pagamento_inteiro) {
     Envio envio;
     ASSERT_EQ(envio.ler(Nota().xml()), ZEL_ENVIO_OK);

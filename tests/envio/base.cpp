@@ -140,7 +140,8 @@ TEST(Xml, latin1_sem_declaracao_le_se_e_grava_se_em_utf8) {
     std::string motivo;
     const auto lido = Documento::ler("<a x='1'><b>P\xE3o &amp; \"caf\xE9\"</b><b/></a>", motivo);
     ASSERT_TRUE(lido) << motivo;
-    EXPECT_EQ(lido->texto(), "<a x=\"1\"><b>Pão &amp; \"café\"</b><b/></a>");
+    EXPECT_EQ(lido->texto(), "<a x=\"1\"><b>Pão &amp; &quot;café&quot;</b><b/></a>");
+    EXPECT_EQ(lido->textoComAspas(), "<a x=\"1\"><b>Pão &amp; \"café\"</b><b/></a>");
     EXPECT_EQ(lido->raiz().filhos("b")[1].caminho(), "a/b[2]");
     EXPECT_EQ(latin1DeUtf8("Pão"), "P\xE3o");
     EXPECT_FALSE(latin1DeUtf8("1 €"));

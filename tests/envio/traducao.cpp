@@ -365,6 +365,14 @@ TEST(Traducao, o_que_nao_se_traduz_e_recusado_pelo_nome_com_o_remedio) {
         {"pag/vPag", "19.00", "<vPag>20", "<vPag>19"},
         {"pag/xPag", "[pagamentos]", "<tPag>01", "<tPag>99"},
         {"avulsa", "4.00", "<det", "<avulsa/><det"},
+        // What no row asks for.
+        {"NFe/infNFe[2]", "um infNFe", "</infNFe>", "</infNFe><infNFe versao=\"3.10\"/>"},
+        {"NFe/infAvulsa", "nada além", "</infNFe>", "</infNFe><infAvulsa/>"},
+        {"NFe/infNFe/det/prod/vProd/@x", "atributo", "<vProd>", "<vProd x=\"1\">"},
+        {"NFe/infNFe/det/prod/vProd", "mistura", "<vProd>20.00", "<vProd>2<b/>0.00"},
+        {"det/prod/vProd", "elementos dentro", "<vProd>20.00<", "<vProd><b>20.00</b><"},
+        {"NFe/infNFe/det/prod", "mistura", "<cProd>", "texto<cProd>"},
+        {"NFe/infNFe/ide", "espaço de nomes", "<ide>", "<ide xmlns=\"urn:x\">"},
         {"det/prod/Vdesc", "mais de uma vez", "<indTot>",
          "<vDesc>1.00</vDesc><Vdesc>1.00</Vdesc><indTot>"},
     };

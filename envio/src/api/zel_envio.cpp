@@ -29,6 +29,7 @@ static_assert(int{ZEL_ENVIO_TRADUCAO} == static_cast<int>(Passo::kTraducao));
 static_assert(int{ZEL_ENVIO_CERTIFICADO} == static_cast<int>(Passo::kCertificado));
 static_assert(int{ZEL_ENVIO_ASSINATURA} == static_cast<int>(Passo::kAssinatura));
 static_assert(int{ZEL_ENVIO_ESQUEMA} == static_cast<int>(Passo::kEsquema));
+static_assert(int{ZEL_ENVIO_REPROVADO} == static_cast<int>(Passo::kReprovado));
 static_assert(int{ZEL_ENVIO_ORDEM} == static_cast<int>(Passo::kOrdem));
 
 namespace {

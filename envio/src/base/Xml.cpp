@@ -3,6 +3,7 @@
 
 #include "base/BytesXml.h"
 
+#include <algorithm>
 #include <array>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
@@ -76,6 +77,31 @@ xmlNs *espacoDe(xmlNode *no) {
     return nullptr;
 }
 
+// What the layout wants of texts beyond what XML does: both quotes as references. Within a tag, a
+// comment or an instruction they stay.
+std::string comAspasReferidas(std::string_view xml) {
+    std::string texto;
+    texto.reserve(xml.size() + 16);
+    while (!xml.empty()) {
+        std::size_t inteiro = 1;
+        if (xml.front() == '<') {
+            const std::string_view fim = xml.starts_with("<!--") ? "-->" : ">";
+            const std::size_t onde = xml.find(fim);
+            inteiro = onde == xml.npos ? xml.size() : onde + fim.size();
+            texto += xml.substr(0, inteiro);
+        } else if (xml.front() == '"') {
+            texto += "&quot;";
+        } else if (xml.front() == '\'') {
+            texto += "&#39;";
+        } else {
+            inteiro = std::min(xml.find_first_of("<\"'"), xml.size());
+            texto += xml.substr(0, inteiro);
+        }
+        xml.remove_prefix(inteiro);
+    }
+    return texto;
+}
+
 } // namespace
 
 // ---- No ----
@@ -128,6 +154,24 @@ std::string No::texto() const {
 std::string No::atributo(std::string_view nome) const {
     if (no_ == nullptr) return {};
     return apropriar(xmlGetNoNsProp(no_, bytes(std::string(nome))));
+}
+
+std::vector<std::string> No::atributos() const {
+    std::vector<std::string> nomes;
+    for (const xmlAttr *um = no_ == nullptr ? nullptr : no_->properties; um != nullptr;
+         um = um->next)
+        nomes.emplace_back(vista(um->name));
+    return nomes;
+}
+
+bool No::misturado() const {
+    bool elementos = false, texto = false;
+    for (const xmlNode *no = no_ == nullptr ? nullptr : no_->children; no != nullptr;
+         no = no->next) {
+        elementos = elementos || ehElemento(no);
+        texto = texto || (no->type == XML_TEXT_NODE && xmlIsBlankNode(no) == 0);
+    }
+    return elementos && texto;
 }
 
 std::string No::caminho() const {
@@ -243,6 +287,10 @@ Documento Documento::copia() const {
 }
 
 std::string Documento::texto() const {
+    return comAspasReferidas(textoComAspas());
+}
+
+std::string Documento::textoComAspas() const {
     if (!doc_) return {};
     xmlBuffer *memoria = xmlBufferCreate();
     xmlSaveCtxt *saida = xmlSaveToBuffer(memoria, "UTF-8", XML_SAVE_NO_DECL | XML_SAVE_AS_XML);

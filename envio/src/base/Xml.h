@@ -47,6 +47,9 @@ public:
     std::string texto() const;
     std::string texto(std::string_view caminho) const { return filho(caminho).texto(); }
     std::string atributo(std::string_view nome) const;
+    std::vector<std::string> atributos() const; // their local names
+    // Whether text other than blanks stands beside its elements.
+    bool misturado() const;
     // Names from the root on, repeated ones with their number: "NFe/infNFe/det[2]/prod/qCom".
     std::string caminho() const;
 
@@ -84,8 +87,11 @@ public:
     No raiz() const;
     Documento copia() const;
 
-    // UTF-8 without declaration and without line ends but those of texts: what is sent.
+    // UTF-8 without declaration and without line ends but those of texts: what is sent. In texts
+    // the five signs of XML are references, quotes included; a signature does not see that.
     std::string texto() const;
+    // The same with quotes as they are, for readers that do not know their references.
+    std::string textoComAspas() const;
 
 private:
     struct Liberar {

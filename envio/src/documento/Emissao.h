@@ -27,6 +27,7 @@ enum class Passo {
     kCertificado = -6,
     kAssinatura = -7,
     kEsquema = -8,
+    kReprovado = -9,
     kOrdem = -10,
 };
 

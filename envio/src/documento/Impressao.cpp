@@ -120,7 +120,7 @@ std::optional<ParaImprimir> prepararImpressao(const No &nfe, const Documento *re
         retorno.raiz().acrescentar("DocXMLBase64", comum::base64(processo(nfe, protNFe)));
     }
     retorno.raiz().acrescentar("LinkXML", qrCode);
-    return ParaImprimir{emLatin1(paraLer(nfe).texto()), emLatin1(retorno.texto())};
+    return ParaImprimir{emLatin1(paraLer(nfe).textoComAspas()), emLatin1(retorno.textoComAspas())};
 }
 
 } // namespace zel::envio

@@ -207,6 +207,8 @@ void recusarAlheios(const Lugar &lugar, std::span<const Linha> linhas) {
             if (std::find(vistas.begin(), vistas.end(), linha) != vistas.end())
                 recusar(lugar, filho.nome(), filho.texto(), "está mais de uma vez");
             vistas.push_back(linha);
+            if (linha->filhos.empty() && !filho.filhos().empty())
+                recusar(lugar, filho.nome(), filho.texto(), "é um valor, e tem elementos dentro");
         }
     }
 }

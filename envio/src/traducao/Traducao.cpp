@@ -3,6 +3,7 @@
 
 #include "base/Texto.h"
 #include "traducao/Chave.h"
+#include "traducao/Forma.h"
 #include "traducao/Motor.h"
 #include "traducao/Tabela.h"
 
@@ -23,6 +24,7 @@ std::optional<Documento> traduzirNfce(const No &nfe, const Configuracao &config,
                        "não é uma NFC-e do caixa, que tem o leiaute 3.10");
         return {};
     }
+    conferirForma(nfe, daqui);
     const std::string chave = conferirChave(antiga, daqui);
     Documento documento = Documento::novo("NFe", kEspacoNfe);
     No nova = documento.raiz().acrescentar("infNFe");
