@@ -17,6 +17,10 @@ namespace {
 const std::string kChave = "35260912345678000195650010000000071123456702";
 const std::string kSubstituta = "35260912345678000195650010000000089123456713";
 
+const std::string kMesmoNumero =
+    "3526091234567800019565001000000007912345670" +
+    std::string(1, zel::fnCalcula_cDV("3526091234567800019565001000000007912345670"));
+
 // As the till writes them: no declaration, no namespace, ISO-8859-1.
 const std::string kCancelamento =
     "<EnvioEvento><ModeloDocumento>NFCe</ModeloDocumento><Versao>1.00</Versao><Evento>"
@@ -152,6 +156,8 @@ TEST(Pedidos, o_que_falta_ou_nao_serve_e_recusado_pelo_nome) {
         {kCancelamento, "EvenSeq", "EvenSeq", {"", kChave, "", "1"}, "tpEmis 9"},
         {kCancelamento, "EvenSeq", "EvenSeq", {"", "123", "", "1"}, "substituta: \"123\""},
         {kCancelamento, kChave.c_str(), kSubstituta.c_str(), kTroca, "tpEmis 1"},
+        {kCancelamento, "EvenSeq", "EvenSeq", {"", kMesmoNumero, "", "1"}, "outro número"},
+        {kCancelamento, "<EvenSeq>1", "<EvenSeq>2", {}, "uma vez só"},
         {kInutilizacao, "<Serie>001", "<Serie>1000", kDoDia, "0 a 999"},
         {kInutilizacao, "<Serie>001", "<Serie>", kDoDia, "0 a 999"},
         {kInutilizacao, "<NumeroFinal>12", "<NumeroFinal>7", kDoDia, "primeiro número, 8"},

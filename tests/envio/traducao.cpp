@@ -75,6 +75,7 @@ const Imposto kPis[] = {
     {"PISOutr", "CST=99 qBCProd=2.0000 vAliqProd=0.50 vPIS=0.01"},
     {"PISOutr", "CST=49 vBC=20.00 pPIS=1.65 qBCProd=2.0000 vAliqProd=0.50 vPIS=0.33"},
     {"PISST", "vBC=20.00 pPIS=1.65 qBCProd=2.0000 vAliqProd=0.50 vPIS=0.33"},
+    {"PISST", "vBC=0.00 pPIS=0.00 vPIS=0.00"},
     {"PISST", "vBC=20.00 pPIS=0.00 qBCProd=2.0000 vAliqProd=0.50 vPIS=1.00"},
 };
 const char *const kIssqn = "vBC=20.00 vAliq=5.00 vISSQN=1.00 cMunFG=4314902 cListServ=0101 "
@@ -147,7 +148,7 @@ TEST_F(TraducaoEsquema, aceita_servicos_consumidores_entregas_pagamentos_e_conti
         grupo("enderDest", elementos("xLgr=Rua nro=1 xBairro=Bairro cMun=4314902") +
                                "<xMun>Porto Alegre</xMun><UF>RS</UF><CEP>90010000</CEP>");
     const std::string entrega = grupo("entrega", "<xLgr>Rua B</xLgr><Nro>2</Nro><xBairro>Bairro"
-                                                 "</xBairro><xMun>Porto Alegre</xMun><UF>RS</UF>");
+                                                 "</xBairro><xMun>PÔRTO ALEGRE</xMun><UF>RS</UF>");
     for (const std::string documento : {"<CPF>12345678909</CPF>", "<CNPJ>11222333000181</CNPJ>",
                                         "<idEstrangeiro>123456</idEstrangeiro>"})
         for (const std::string &resto : {std::string(), "<xNome>Maria</xNome>" + endereco})
@@ -289,7 +290,7 @@ TEST(Traducao, grupos_de_imposto_ganham_o_que_a_configuracao_sabe_e_perdem_o_que
         {icms("ICMSPART", kIcms[14].campos), "ICMS/ICMSPart/UFST", "SC"},
         {icms("ICMS40", "orig=0 CST=41") + grupo("PIS", grupo("PISST", elementos(kPis[6].campos))),
          "PISST", "20.001.650.33"},
-        {icms("ICMS40", "orig=0 CST=41") + grupo("PIS", grupo("PISST", elementos(kPis[7].campos))),
+        {icms("ICMS40", "orig=0 CST=41") + grupo("PIS", grupo("PISST", elementos(kPis[8].campos))),
          "PISST", "2.00000.50001.00"},
         {icms("ICMS40", "orig=0 CST=41") +
              grupo("PIS", grupo("PISOutr", elementos(kPis[5].campos))),
@@ -364,7 +365,30 @@ TEST(Traducao, o_que_nao_se_traduz_e_recusado_pelo_nome_com_o_remedio) {
         {"total/ICMSTot/vNF", "cobrou 19.00, os itens somam 20.00", "<vNF>20", "<vNF>19"},
         {"pag/vPag", "19.00", "<vPag>20", "<vPag>19"},
         {"pag/xPag", "[pagamentos]", "<tPag>01", "<tPag>99"},
-        {"avulsa", "4.00", "<det", "<avulsa/><det"},
+        {"avulsa", "não escreve", "<det", "<avulsa/><det"},
+        {"ide/cMunFG", "271", "<cMunFG>4314902", "<cMunFG>3550308"},
+        {"ide/cMunFG", "IDE\\cMunFG", "<cMunFG>4314902", "<cMunFG>9999999"},
+        {"emit/enderEmit/cMun", "273", "<cMun>4314902", "<cMun>3550308"},
+        {"emit/enderEmit/cMun", "ENDEREMIT\\cMun", "<cMun>4314902", "<cMun>9999999"},
+        {"dest/idEstrangeiro", "sem brancos", "<det",
+         dest("<idEstrangeiro>AB 123</idEstrangeiro>")},
+        {"dest/CPF", "tem um documento", "<det", dest("<idEstrangeiro/>")},
+        {"det/prod/CFOP", "4 dígitos", "<CFOP>5102", "<CFOP>4102"},
+        // Each names what mends it.
+        {"det/imposto/PIS/PISQtde/CST", "PIS\\PISALIQ\\CST", kImposto,
+         kImposto +
+             grupo("PIS", grupo("PISQtde", elementos("CST=00 qBCProd=1 vAliqProd=1 vPIS=1")))},
+        {"det/imposto/ICMS/ICMS00/CST", "ICMS\\ICMS00\\CST de ZEL", "<CST>00", "<CST>01"},
+        {"det/imposto/ICMS", "onde Orig escolhe", kImposto, "<ICMS/>"},
+        {"det/imposto/ICMS/ICMSSN201/vICMSST", "ao vender", kImposto,
+         icms("ICMSSN201", "orig=0 CSOSN=201 modBCST=4 vBCST=1.00 pICMSST=0.18 vICMSST=-1.00 "
+                           "pCredSN=1.00 vCredICMSSN=1.00")},
+        {"det/imposto/ICMS/ICMS60/vICMSSTRet", "ICMS\\ICMS60\\vICMSSTRet", kImposto,
+         icms("ICMS60", "orig=0 CST=60 vBCSTRet=10.00")},
+        {"dest/enderDest/xBairro", "ao identificar", "<det",
+         dest("<CPF>12345678909</CPF><enderDest><xBairro>B</xBairro></enderDest>")},
+        {"det/imposto/PIS/PISST/vBC", "não pode ser zero", kImposto,
+         kImposto + grupo("PIS", grupo("PISST", elementos("vBC=0.00 pPIS=1.65 vPIS=0.33")))},
         // What no row asks for.
         {"NFe/infNFe[2]", "um infNFe", "</infNFe>", "</infNFe><infNFe versao=\"3.10\"/>"},
         {"NFe/infAvulsa", "nada além", "</infNFe>", "</infNFe><infAvulsa/>"},

@@ -206,6 +206,15 @@ const struct {
      "nfe_v4.00.xsd",
      "infNFe",
      "<tpEmis>9<"},
+    // What replaces a document has a number of its own.
+    {[](const Funcoes &caixa, char *, const char *) {
+         return caixa.aCFContingenciaUltimaNota_ZEL(3, nullptr);
+     },
+     {},
+     "documentosEnvio.xml",
+     "nfe_v4.00.xsd",
+     "infNFe",
+     "<nNF>3<"},
     {[](const Funcoes &caixa, char *, const char *chave) {
          return caixa.tCFCancelar_ZEL("2", "1", chave, kProtocolo, kMotivo);
      },

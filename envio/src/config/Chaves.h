@@ -61,7 +61,7 @@ inline constexpr std::array<Chave<ConfigQrCode>, 6> kQrCode{{
 inline constexpr std::array<Chave<ConfigRespTec>, 7> kRespTec{{
     {"CNPJ", &ConfigRespTec::CNPJ, kCnpj},
     {"xContato", &ConfigRespTec::xContato, kTexto60},
-    {"email", &ConfigRespTec::email, {texto<1, 60>, "tem de 1 a 60 caracteres"}},
+    {"email", &ConfigRespTec::email, {texto<6, 60>, "tem de 6 a 60 caracteres"}},
     {"fone", &ConfigRespTec::fone, {digitos<6, 14>, "tem de 6 a 14 dígitos"}},
     {"idCSRT", &ConfigRespTec::idCSRT, kDoisDigitos, Especie::kSegredo},
     {"CSRT", &ConfigRespTec::CSRT, kSegredo, Especie::kSegredo},

@@ -108,6 +108,10 @@ void conferirPagamento(LeituraToml &leitura, const std::string &onde, std::strin
     const std::string_view tPag = pagamento.tPag.empty() ? forma : pagamento.tPag;
     if (tPag == "99" && pagamento.xPag.empty())
         leitura.recusas().juntar(onde + " xPag", "", "tPag 99 pede xPag, a forma por extenso");
+    if (tPag != "99" && !pagamento.xPag.empty())
+        leitura.recusas().juntar(onde + " xPag", pagamento.xPag, "só tPag 99 leva xPag");
+    if (tPag == "90")
+        leitura.recusas().juntar(onde + " tPag", "90", "90 é sem pagamento, e o caixa recebeu um");
     if (pagamento.tpIntegra.empty() &&
         (!pagamento.CNPJ.empty() || !pagamento.tBand.empty() || !pagamento.cAut.empty()))
         leitura.recusas().juntar(onde + " tpIntegra", "",

@@ -29,7 +29,9 @@ constexpr std::array<Forma, 10> kFormas{{{"01", "DINHEIRO"},
 // Letters of ISO-8859-1 from 0xC0 on; the small ones stand 32 further.
 constexpr std::string_view kSemAcento = "AAAAAAACEEEEIIIIDNOOOOO*OUUUUYTS";
 
-std::string simples(std::string_view utf8) {
+} // namespace
+
+std::string semAcentos(std::string_view utf8) {
     std::string texto = latin1DeUtf8(utf8).value_or("");
     for (char &c : texto) {
         const auto byte = static_cast<unsigned char>(c);
@@ -39,10 +41,8 @@ std::string simples(std::string_view utf8) {
     return texto;
 }
 
-} // namespace
-
 std::string_view formaDoCaixa(std::string_view nome) {
-    const std::string procurado = simples(nome);
+    const std::string procurado = semAcentos(nome);
     for (const auto &forma : kFormas)
         if (procurado == forma.codigo || procurado == forma.nome) return forma.codigo;
     return {};

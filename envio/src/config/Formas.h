@@ -14,4 +14,7 @@ std::string_view formaDoCaixa(std::string_view nome);
 // All of them, for people.
 std::string formasDoCaixa();
 
+// In capitals without accents, as names are compared; empty when ISO-8859-1 lacks a character.
+std::string semAcentos(std::string_view utf8);
+
 } // namespace zel::envio

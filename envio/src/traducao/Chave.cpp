@@ -3,10 +3,12 @@
 
 #include "base/Texto.h"
 #include "comum/ChaveAcesso.h"
+#include "comum/Digitos.h"
 #include "comum/Estados.h"
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace zel::envio {
 
@@ -95,6 +97,13 @@ std::string conferirChave(const No &infNFe, Recusas &recusas) {
                        "o código deste estado é " + std::string(estado->codigo) +
                            ", e IDE\\cUF de ZEL_Framework.xml é " +
                            std::string(chave->parte(Parte::kCUF)));
+    for (const auto &[caminho, remedio] :
+         {std::pair{"ide/cMunFG", "(rejeição 271): corrija IDE\\cMunFG de ZEL_Framework.xml"},
+          std::pair{"emit/enderEmit/cMun",
+                    "(rejeição 273): corrija EMIT\\ENDEREMIT\\cMun de ZEL_Framework.xml"}})
+        if (const std::string cMun = aparar(infNFe.texto(caminho));
+            ehMunicipio(cMun) && !cMun.starts_with(chave->parte(Parte::kCUF)))
+            recusas.juntar(caminho, cMun, std::string("o município é de outro estado ") + remedio);
     return std::string(chave->texto());
 }
 

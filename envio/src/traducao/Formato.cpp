@@ -14,7 +14,8 @@ namespace zel::envio {
 namespace {
 
 constexpr std::string_view kEntreDigitos = "./- ";
-constexpr std::string_view kExterior = "9999999"; // cMun of an address abroad
+constexpr std::string_view kInicioDoCfop = "123567"; // TCfop
+constexpr std::string_view kExterior = "9999999";    // cMun of an address abroad
 
 std::string semPontuacao(std::string_view valor) {
     std::string limpo(valor);
@@ -86,11 +87,21 @@ std::optional<std::string> formatar(const Formato &formato, std::string_view val
         limpo = semPontuacao(limpo);
         return quando(ehCpf(limpo), limpo);
     case Tipo::kMunicipio:
-        return quando(limpo == kExterior || ehMunicipio(limpo), limpo);
+        return quando((limpo == kExterior && formato.minimo == 0) || ehMunicipio(limpo), limpo);
     case Tipo::kUf:
         return quando(limpo == "EX" || procurarEstado(limpo) != nullptr, limpo);
     case Tipo::kMomento:
         return quando(ehMomento(limpo), limpo);
+    case Tipo::kCfop:
+        limpo = semPontuacao(limpo);
+        return quando(soDigitos(limpo) && limpo.size() == 4 &&
+                          kInicioDoCfop.find(limpo.front()) != kInicioDoCfop.npos,
+                      limpo);
+    case Tipo::kVisivel:
+        return quando(limpo.find(' ') == limpo.npos &&
+                          ehTexto(limpo, static_cast<std::size_t>(formato.minimo),
+                                  static_cast<std::size_t>(formato.maximo)),
+                      limpo);
     }
     return {};
 }
@@ -120,6 +131,10 @@ std::string permitido(const Formato &formato) {
         return "é um código de município do IBGE: 7 dígitos, o último de controle";
     case Tipo::kUf:
         return "é a sigla de um estado";
+    case Tipo::kCfop:
+        return "tem 4 dígitos, o primeiro 1, 2, 3, 5, 6 ou 7";
+    case Tipo::kVisivel:
+        return "tem " + tamanho + " caracteres, sem brancos";
     case Tipo::kMomento:
         return "é data e hora com fuso, como 2026-01-31T12:00:00-03:00";
     }

@@ -18,9 +18,11 @@ enum class Tipo {
     kDecimal, // a number without a sign
     kCnpj,    // with right check digits, as the next two
     kCpf,
-    kMunicipio,
+    kMunicipio, // with a minimum: in Brazil
     kUf,
     kMomento, // TDateTimeUTC
+    kCfop,
+    kVisivel, // letters and signs without blanks
 };
 
 struct Formato {
@@ -51,7 +53,10 @@ inline constexpr Formato kLivre{};
 inline constexpr Formato kCnpj{Tipo::kCnpj};
 inline constexpr Formato kCpf{Tipo::kCpf};
 inline constexpr Formato kMunicipio{Tipo::kMunicipio};
+inline constexpr Formato kMunicipioDaLoja{Tipo::kMunicipio, 1};
 inline constexpr Formato kUf{Tipo::kUf};
+inline constexpr Formato kCfop{Tipo::kCfop};
+inline constexpr Formato kIdEstrangeiro{Tipo::kVisivel, 5, 20};
 inline constexpr Formato kMomento{Tipo::kMomento};
 inline constexpr Formato kTDec_1302 = decimal(2, 2, 13);
 inline constexpr Formato kTDec_0302a04 = decimal(2, 4, 3);

@@ -29,6 +29,10 @@ enum class Presenca {
     kSai,      // the till writes it, layout 4.00 has it not
 };
 
+inline constexpr std::string_view kDaVenda = "o que a aplicação dá ao vender o item";
+inline constexpr std::string_view kDoConsumidor =
+    "o que a aplicação dá ao identificar o consumidor";
+
 // Which items a sum takes.
 enum class Quais { kTodos, kMercadorias, kServicos };
 
@@ -47,7 +51,8 @@ struct Linha {
     std::string_view soma = {}; // path below each item of the new document, "*" any element
     Quais quais = Quais::kTodos;
 
-    std::string_view chave = {}; // of ZEL_Framework.xml, by which a shop mends it
+    // By which a shop mends it: a key of ZEL_Framework.xml, in which "*" is the group; or words.
+    std::string_view chave = {};
     Condicao quando = nullptr;   // asked of the group; the row is passed over when it says no
     Conferencia aoFim = nullptr; // of a group: looks at it when it is written
     std::span<const Linha> filhos = {};

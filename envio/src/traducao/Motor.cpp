@@ -53,10 +53,13 @@ const Linha *linhaDe(std::span<const Linha> linhas, std::string_view nome) {
     return nullptr;
 }
 
-std::string comChave(std::string motivo, const Linha &linha) {
-    if (!linha.chave.empty())
-        motivo.append("; corrija ").append(linha.chave).append(" de ZEL_Framework.xml");
-    return motivo;
+std::string comChave(std::string motivo, const Lugar &lugar, const Linha &linha) {
+    if (linha.chave.empty()) return motivo;
+    std::string chave(linha.chave);
+    if (const std::size_t grupo = chave.find('*'); grupo != chave.npos)
+        chave.replace(grupo, 1, lugar.antigo ? lugar.antigo.nome() : lugar.linha->nome);
+    motivo.append("; corrija ").append(chave);
+    return chave.find('\\') == chave.npos ? motivo : motivo.append(" de ZEL_Framework.xml");
 }
 
 struct Valor {
@@ -80,7 +83,7 @@ void recusarFalta(const Lugar &lugar, const Linha &linha) {
     if (linha.produto != nullptr)
         recusar(lugar, linha.nome, "", faltaConfigurar(*lugar.item, linha.nome));
     else
-        recusar(lugar, linha.nome, "", comChave("falta", linha));
+        recusar(lugar, linha.nome, "", comChave("falta", lugar, linha));
 }
 
 void escreverFolha(const Lugar &lugar, const Linha &linha) {
@@ -93,7 +96,7 @@ void escreverFolha(const Lugar &lugar, const Linha &linha) {
     }
     const auto escrito = formatar(linha.formato, *valor);
     if (!escrito) {
-        recusar(lugar, linha.nome, *valor, comChave(permitido(linha.formato), linha));
+        recusar(lugar, linha.nome, *valor, comChave(permitido(linha.formato), lugar, linha));
         return;
     }
     if (linha.presenca == Presenca::kSemZero && *escrito == "0.00") return;
@@ -119,7 +122,7 @@ void escreverUmGrupo(const Lugar &acima, const Linha &linha, const No &antigo) {
     if (!lugar.novo.filhos().empty()) return;
     lugar.novo.remover();
     if (linha.presenca == Presenca::kExigido && acima.contexto.recusas.lista().size() == antes)
-        recusar(acima, linha.nome, "", "falta");
+        recusar(acima, linha.nome, "", comChave("falta", acima, linha));
 }
 
 void escreverItem(const Lugar &acima, const Linha &linha, const No &antigo, int numero) {
@@ -202,7 +205,8 @@ void recusarAlheios(const Lugar &lugar, std::span<const Linha> linhas) {
         if (lugar.contexto.recusas.cheias()) return;
         const Linha *linha = linhaDe(linhas, filho.nome());
         if (linha == nullptr) {
-            recusar(lugar, filho.nome(), filho.texto(), "este elemento não existe no leiaute 4.00");
+            recusar(lugar, filho.nome(), filho.texto(),
+                    "o caixa não escreve este elemento, e o leiaute 4.00 não o teria daqui");
         } else if (linha->repete == 0 && linha->presenca != Presenca::kSai) {
             if (std::find(vistas.begin(), vistas.end(), linha) != vistas.end())
                 recusar(lugar, filho.nome(), filho.texto(), "está mais de uma vez");

@@ -53,7 +53,8 @@ Texto vPag(const Lugar &detPag) {
 
 bool comCartao(const Lugar &detPag) {
     const std::string forma = detPag.novo.texto("tPag");
-    return std::find(std::begin(kComCartao), std::end(kComCartao), forma) != std::end(kComCartao);
+    return !configDe(detPag).tpIntegra.empty() ||
+           std::find(std::begin(kComCartao), std::end(kComCartao), forma) != std::end(kComCartao);
 }
 
 Texto tpIntegra(const Lugar &card) {

@@ -156,6 +156,9 @@ void conferirSubstituta(const ChaveAcesso &chave, const std::string &substituta,
     if (lida->parte(Parte::kCNPJ) != chave.parte(Parte::kCNPJ) ||
         lida->parte(Parte::kCUF) != chave.parte(Parte::kCUF))
         recusar("é de outro emitente do que a cancelada");
+    if (lida->parte(Parte::kSerie) == chave.parte(Parte::kSerie) &&
+        lida->parte(Parte::kNNF) == chave.parte(Parte::kNNF))
+        recusar("tem a série e o número da cancelada: o que a substitui tem outro número");
     if (lida->parte(Parte::kTpEmis) != "9")
         recusar("o documento que substitui é emitido offline (tpEmis 9)");
     if (chave.parte(Parte::kTpEmis) != "1")
@@ -183,6 +186,8 @@ Documento traduzirEvento(Leitor &leitor, const Configuracao &config, const Conte
     const std::string tipoPedido = leitor.texto("Evento/EveInf/EveTp");
     if (tipoPedido != "110111")
         leitor.recusar("Evento/EveInf/EveTp", tipoPedido, "só 110111, cancelamento, é conhecido");
+    if (const std::string vez = leitor.texto("Evento/EveInf/EvenSeq"); !vez.empty() && vez != "1")
+        leitor.recusar("Evento/EveInf/EvenSeq", vez, "um documento é cancelado uma vez só: 1");
     const std::string tpAmb = leitor.tpAmb("Evento/tpAmb"), quando = momento(leitor),
                       nProt = protocolo(leitor, contexto),
                       xJust = leitor.justificativa("Evento/EveInf/Evedet/EvexJust");

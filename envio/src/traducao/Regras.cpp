@@ -4,6 +4,7 @@
 #include "base/Texto.h"
 #include "comum/Ascii.h"
 #include "comum/Digitos.h"
+#include "config/Formas.h"
 #include "traducao/Motor.h"
 
 #include <algorithm>
@@ -117,7 +118,7 @@ Texto xNomeDest(const Lugar &dest) {
 void umDocumento(const Lugar &dest) {
     int quantos = 0;
     for (const std::string_view nome : {"CNPJ", "CPF", "idEstrangeiro"})
-        quantos += dest.antigo.filho(nome) ? 1 : 0;
+        quantos += aparar(dest.antigo.texto(nome)).empty() ? 0 : 1;
     if (quantos != 1)
         recusar(dest, "CPF", "", "o consumidor tem um documento: CPF, CNPJ ou idEstrangeiro");
 }
@@ -140,7 +141,8 @@ Texto cMunEntrega(const Lugar &entrega) {
     if (std::string codigo = doCaixa(entrega, "cMun"); !codigo.empty()) return codigo;
     for (const std::string_view onde : {"dest/enderDest", "emit/enderEmit"}) {
         const No endereco = entrega.contexto.nova.filho(onde);
-        if (endereco && endereco.texto("xMun") == doCaixa(entrega, "xMun") &&
+        if (endereco &&
+            semAcentos(endereco.texto("xMun")) == semAcentos(doCaixa(entrega, "xMun")) &&
             endereco.texto("UF") == doCaixa(entrega, "UF"))
             return endereco.texto("cMun");
     }

@@ -52,6 +52,9 @@ bool servico(const Lugar &imposto);
 Texto cListServ(const Lugar &issqn);
 bool porAliquota(const Lugar &grupo); // of PIS or COFINS; else by quantity
 bool porQuantidade(const Lugar &grupo);
+bool comPisSt(const Lugar &imposto); // one of nothing but zeros says nothing
+bool comCofinsSt(const Lugar &imposto);
+void baseDaSt(const Lugar &grupo);
 bool desonerado(const Lugar &icms);
 bool retidoAntes(const Lugar &icms);
 Texto pST(const Lugar &icms);

@@ -74,6 +74,21 @@ bool porQuantidade(const Lugar &grupo) {
     return !porAliquota(grupo);
 }
 
+bool comPisSt(const Lugar &imposto) {
+    const No grupo = imposto.antigo.filho("PIS/PISST");
+    return temValor(grupo, "vBC") || temValor(grupo, "vAliqProd") || temValor(grupo, "vPIS");
+}
+bool comCofinsSt(const Lugar &imposto) {
+    const No grupo = imposto.antigo.filho("COFINS/COFINSST");
+    return temValor(grupo, "vBC") || temValor(grupo, "vAliqProd") || temValor(grupo, "vCOFINS");
+}
+// TDec_1302Opc has no zero.
+void baseDaSt(const Lugar &grupo) {
+    if (const No vBC = grupo.novo.filho("vBC"); vBC && centavosDe(vBC) == 0)
+        recusar(grupo, "vBC", vBC.texto(),
+                "a base da substituição não pode ser zero; corrija " + std::string(kDaVenda));
+}
+
 bool desonerado(const Lugar &icms) {
     return temValor(icms.antigo, "vICMSDeson");
 }

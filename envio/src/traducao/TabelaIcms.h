@@ -10,30 +10,40 @@
 namespace zel::envio::tabela {
 
 inline constexpr auto kUmDeCst = [](std::string_view valores) {
-    return obr("CST", umDe(valores), "N12");
+    return obr("CST", umDe(valores), "N12").no("IMPOSTO\\ICMS\\*\\CST");
 };
 inline constexpr auto kUmDeCsosn = [](std::string_view valores) {
-    return obr("CSOSN", umDe(valores), "N12a");
+    return obr("CSOSN", umDe(valores), "N12a").no("IMPOSTO\\ICMS\\*\\CSOSN");
 };
 
-inline constexpr Linha kOrig = obr("orig", umDe("0 1 2 3 4 5 6 7 8"), "N11");
-inline constexpr Linha kModBC = obr("modBC", umDe("0 1 2 3"), "N13");
-inline constexpr Linha kVBC = obr("vBC", kTDec_1302, "N15");
-inline constexpr Linha kPRedBC = obr("pRedBC", kTDec_0302a04, "N14");
-inline constexpr Linha kPRedBCOpc = opc("pRedBC", kTDec_0302a04, "N14");
-inline constexpr Linha kPICMS = obr("pICMS", kTDec_0302a04, "N16");
-inline constexpr Linha kVICMS = obr("vICMS", kTDec_1302, "N17");
+inline constexpr Linha kOrig =
+    obr("orig", umDe("0 1 2 3 4 5 6 7 8"), "N11").no("IMPOSTO\\ICMS\\*\\Orig");
+inline constexpr Linha kModBC = obr("modBC", umDe("0 1 2 3"), "N13").no("IMPOSTO\\ICMS\\*\\modBC");
+inline constexpr Linha kVBC = obr("vBC", kTDec_1302, "N15").no(kDaVenda);
+inline constexpr Linha kPRedBC = obr("pRedBC", kTDec_0302a04, "N14").no("IMPOSTO\\ICMS\\*\\pRedBC");
+inline constexpr Linha kPRedBCOpc =
+    opc("pRedBC", kTDec_0302a04, "N14").no("IMPOSTO\\ICMS\\*\\pRedBC");
+inline constexpr Linha kPICMS = obr("pICMS", kTDec_0302a04, "N16").no(kDaVenda);
+inline constexpr Linha kVICMS = obr("vICMS", kTDec_1302, "N17").no(kDaVenda);
 // modBCS is what the till's group of CST 30 may call it.
-inline constexpr Linha kModBCST = obr("modBCST", umDe("0 1 2 3 4 5 6"), "N18").de("modBCST|modBCS");
-inline constexpr Linha kPMVAST = opc("pMVAST", kTDec_0302a04, "N19");
-inline constexpr Linha kPRedBCST = opc("pRedBCST", kTDec_0302a04, "N20");
-inline constexpr Linha kVBCST = obr("vBCST", kTDec_1302, "N21");
-inline constexpr Linha kPICMSST = obr("pICMSST", kTDec_0302a04, "N22");
-inline constexpr Linha kVICMSST = obr("vICMSST", kTDec_1302, "N23");
-inline constexpr Linha kPCredSN = obr("pCredSN", kTDec_0302a04, "N29");
-inline constexpr Linha kVCredICMSSN = obr("vCredICMSSN", kTDec_1302, "N30");
-inline constexpr Linha kVBCSTRet = obr("vBCSTRet", kTDec_1302, "N26");
-inline constexpr Linha kVICMSSTRet = obr("vICMSSTRet", kTDec_1302, "N27");
+inline constexpr Linha kModBCST = obr("modBCST", umDe("0 1 2 3 4 5 6"), "N18")
+                                      .no("IMPOSTO\\ICMS\\*\\modBCST")
+                                      .de("modBCST|modBCS");
+inline constexpr Linha kPMVAST = opc("pMVAST", kTDec_0302a04, "N19").no("IMPOSTO\\ICMS\\*\\pMVAST");
+inline constexpr Linha kPRedBCST =
+    opc("pRedBCST", kTDec_0302a04, "N20").no("IMPOSTO\\ICMS\\*\\pRedBCST");
+inline constexpr Linha kVBCST = obr("vBCST", kTDec_1302, "N21").no(kDaVenda);
+inline constexpr Linha kPICMSST =
+    obr("pICMSST", kTDec_0302a04, "N22").no("IMPOSTO\\ICMS\\*\\pICMSST");
+inline constexpr Linha kVICMSST = obr("vICMSST", kTDec_1302, "N23").no(kDaVenda);
+inline constexpr Linha kPCredSN =
+    obr("pCredSN", kTDec_0302a04, "N29").no("IMPOSTO\\ICMS\\*\\pCredSN");
+inline constexpr Linha kVCredICMSSN =
+    obr("vCredICMSSN", kTDec_1302, "N30").no("IMPOSTO\\ICMS\\*\\vCredICMSSN");
+inline constexpr Linha kVBCSTRet =
+    obr("vBCSTRet", kTDec_1302, "N26").no("IMPOSTO\\ICMS\\*\\vBCSTRet");
+inline constexpr Linha kVICMSSTRet =
+    obr("vICMSSTRet", kTDec_1302, "N27").no("IMPOSTO\\ICMS\\*\\vICMSSTRet");
 inline constexpr Linha kSubstituto =
     opc("vICMSSubstituto", kTDec_1302, "N26b").por(regra::vICMSSubstituto);
 
@@ -66,8 +76,9 @@ inline constexpr Linha kRetido = juntos(kRetidoLinhas).se(regra::retidoAntes);
 
 // The relief is not taken off the price: the till charges the item without it (indDeduzDeson 0).
 inline constexpr Linha kDesonerado[]{
-    obr("vICMSDeson", kTDec_1302, "N28a"),
-    obr("motDesICMS", umDe("1 3 4 5 6 7 8 9 10 11 16 90"), "N28"),
+    obr("vICMSDeson", kTDec_1302, "N28a").no("IMPOSTO\\ICMS\\ICMS40\\vICMS"),
+    obr("motDesICMS", umDe("1 3 4 5 6 7 8 9 10 11 16 90"), "N28")
+        .no("IMPOSTO\\ICMS\\*\\motDesICMS"),
     fixo("indDeduzDeson", "0", "N28b, NT 2023.004"),
 };
 
@@ -88,11 +99,11 @@ inline constexpr Linha kIcms40[]{kOrig, kUmDeCst("40 41 50"),
                                  juntos(kDesonerado).se(regra::desonerado)};
 inline constexpr Linha kIcms51[]{kOrig,
                                  kUmDeCst("51"),
-                                 opc("modBC", umDe("0 1 2 3"), "N13"),
+                                 opc("modBC", umDe("0 1 2 3"), "N13").no("IMPOSTO\\ICMS\\*\\modBC"),
                                  kPRedBCOpc,
-                                 opc("vBC", kTDec_1302, "N15"),
-                                 opc("pICMS", kTDec_0302a04, "N16"),
-                                 opc("vICMS", kTDec_1302, "N17"),
+                                 opc("vBC", kTDec_1302, "N15").no(kDaVenda),
+                                 opc("pICMS", kTDec_0302a04, "N16").no(kDaVenda),
+                                 opc("vICMS", kTDec_1302, "N17").no(kDaVenda),
                                  kFcp};
 inline constexpr Linha kIcms60[]{kOrig, kUmDeCst("60"), kRetido, kFcpStRet};
 inline constexpr Linha kIcms70[]{kOrig,     kUmDeCst("70"), kModBC,   kPRedBC,  kVBC,
@@ -113,17 +124,18 @@ inline constexpr Linha kIcmsPart[]{kOrig,
                                    kPICMSST,
                                    kVICMSST,
                                    kFcpSt,
-                                   obr("pBCOp", kTDec_0302a04, "N25"),
-                                   obr("UFST", kUf, "N24")};
-inline constexpr Linha kIcmsSt[]{kOrig,
-                                 kUmDeCst("41 60"),
-                                 kVBCSTRet,
-                                 opc("pST", kTDec_0302a04, "N26a").por(regra::pST),
-                                 kSubstituto,
-                                 kVICMSSTRet,
-                                 kFcpStRet,
-                                 obr("vBCSTDest", kTDec_1302, "N31"),
-                                 obr("vICMSSTDest", kTDec_1302, "N32")};
+                                   obr("pBCOp", kTDec_0302a04, "N25").no("IMPOSTO\\ICMS\\*\\pBCOp"),
+                                   obr("UFST", kUf, "N24").no("IMPOSTO\\ICMS\\*\\UFST")};
+inline constexpr Linha kIcmsSt[]{
+    kOrig,
+    kUmDeCst("41 60"),
+    kVBCSTRet,
+    opc("pST", kTDec_0302a04, "N26a").por(regra::pST),
+    kSubstituto,
+    kVICMSSTRet,
+    kFcpStRet,
+    obr("vBCSTDest", kTDec_1302, "N31").no("IMPOSTO\\ICMS\\*\\vBCSTDest"),
+    obr("vICMSSTDest", kTDec_1302, "N32").no("IMPOSTO\\ICMS\\*\\vICMSSTDest")};
 inline constexpr Linha kSn101[]{kOrig, kUmDeCsosn("101"), kPCredSN, kVCredICMSSN};
 inline constexpr Linha kSn102[]{kOrig, kUmDeCsosn("102 103 300 400")};
 inline constexpr Linha kSn201[]{kOrig,       kUmDeCsosn("201"), kModBCST, kPMVAST, kPRedBCST,

@@ -12,7 +12,7 @@ namespace zel::envio::tabela {
 using P = ConfigProduto;
 
 inline constexpr Linha kProd[]{
-    obr("cProd", texto(1, 60), "I02"),
+    obr("cProd", texto(1, 60), "I02").no(kDaVenda),
     obr("cEAN", kLivre, "I03").por(regra::gtin),
     obr("xProd", texto(1, 120), "I04, 373").por(regra::xProd),
     obr("NCM", digitos(2, 8), "I05, 777, 778").por(regra::NCM),
@@ -20,27 +20,27 @@ inline constexpr Linha kProd[]{
     opc("indEscala", umDe("S N"), "I05d").configurado(&P::indEscala).se(regra::temCest),
     obr("CNPJFab", kCnpj, "I05e").configurado(&P::CNPJFab).se(regra::semEscala),
     opc("cBenef", texto(8, 10), "I05f, NT 2019.001").configurado(&P::cBenef),
-    obr("CFOP", digitos(4, 4), "I08"),
-    obr("uCom", texto(1, 6), "I09"),
-    obr("qCom", kTDec_1104v, "I10"),
-    obr("vUnCom", kTDec_1110v, "I10a"),
-    obr("vProd", kTDec_1302, "I11"),
+    obr("CFOP", kCfop, "I08").no(kDaVenda),
+    obr("uCom", texto(1, 6), "I09").no(kDaVenda),
+    obr("qCom", kTDec_1104v, "I10").no(kDaVenda),
+    obr("vUnCom", kTDec_1110v, "I10a").no(kDaVenda),
+    obr("vProd", kTDec_1302, "I11").no(kDaVenda),
     obr("cEANTrib", kLivre, "I12").por(regra::gtinTrib),
-    obr("uTrib", texto(1, 6), "I13"),
-    obr("qTrib", kTDec_1104v, "I14"),
-    obr("vUnTrib", kTDec_1110v, "I14a"),
-    semZero("vFrete", "I15"),
-    semZero("vSeg", "I16"),
+    obr("uTrib", texto(1, 6), "I13").no(kDaVenda),
+    obr("qTrib", kTDec_1104v, "I14").no(kDaVenda),
+    obr("vUnTrib", kTDec_1110v, "I14a").no(kDaVenda),
+    semZero("vFrete", "I15").no(kDaVenda),
+    semZero("vSeg", "I16").no(kDaVenda),
     // A sale with its discount may call it Vdesc.
-    semZero("vDesc", "I17").de("vDesc|Vdesc"),
-    semZero("vOutro", "I17a"),
-    obr("indTot", umDe("0 1"), "I17b"),
+    semZero("vDesc", "I17").de("vDesc|Vdesc").no(kDaVenda),
+    semZero("vOutro", "I17a").no(kDaVenda),
+    obr("indTot", umDe("0 1"), "I17b").no(kDaVenda),
 };
 
 inline constexpr Linha kIssqn[]{
-    obr("vBC", kTDec_1302, "U02"),
-    obr("vAliq", kTDec_0302a04, "U03"),
-    obr("vISSQN", kTDec_1302, "U04"),
+    obr("vBC", kTDec_1302, "U02").no(kDaVenda),
+    obr("vAliq", kTDec_0302a04, "U03").no(kDaVenda),
+    obr("vISSQN", kTDec_1302, "U04").no(kDaVenda),
     obr("cMunFG", kMunicipio, "U05").no("IMPOSTO\\ISSQN\\cMunFG"),
     obr("cListServ", kLivre, "U06").por(regra::cListServ),
     sai("cSitTrib", "U07 of 3.10"),
@@ -52,35 +52,52 @@ inline constexpr Linha kIssqn[]{
 // PIS and COFINS differ in letters and names alone.
 struct Nomes {
     std::string_view aliquota, valor, letra;
+    // Keys of the till. In a sale by quantity PIS takes its CST from the key of sales by rate.
+    std::string_view cstAliq, cstQtde, cstNt, cstOutr, porUnidade;
 };
-inline constexpr Nomes kNomesPis{"pPIS", "vPIS", "Q"};
-inline constexpr Nomes kNomesCofins{"pCOFINS", "vCOFINS", "S"};
+inline constexpr Nomes kNomesPis{"pPIS",
+                                 "vPIS",
+                                 "Q",
+                                 "IMPOSTO\\PIS\\PISALIQ\\CST",
+                                 "IMPOSTO\\PIS\\PISALIQ\\CST",
+                                 "IMPOSTO\\PIS\\PISNT\\CST",
+                                 "IMPOSTO\\PIS\\PISOUTR\\CST",
+                                 "IMPOSTO\\PIS\\PISQTDE\\vAliqProd"};
+inline constexpr Nomes kNomesCofins{"pCOFINS",
+                                    "vCOFINS",
+                                    "S",
+                                    "IMPOSTO\\COFINS\\COFINSALIQ\\CST",
+                                    "IMPOSTO\\COFINS\\COFINSQTDE\\CST",
+                                    "IMPOSTO\\COFINS\\COFINSNT\\CST",
+                                    "IMPOSTO\\COFINS\\COFINSOUTR\\CST",
+                                    "IMPOSTO\\COFINS\\COFINSQTDE\\vAliqProd"};
 
 template <const Nomes &N>
 struct Contribuicao {
-    static constexpr Linha kBase = obr("vBC", kTDec_1302, N.letra);
-    static constexpr Linha kAliquota = obr(N.aliquota, kTDec_0302a04, N.letra);
-    static constexpr Linha kValor = obr(N.valor, kTDec_1302, N.letra);
-    static constexpr Linha cst(std::string_view valores) {
-        return obr("CST", umDe(valores), N.letra);
+    static constexpr Linha kBase = obr("vBC", kTDec_1302, N.letra).no(kDaVenda);
+    static constexpr Linha kAliquota = obr(N.aliquota, kTDec_0302a04, N.letra).no(kDaVenda);
+    static constexpr Linha kValor = obr(N.valor, kTDec_1302, N.letra).no(kDaVenda);
+    static constexpr Linha cst(std::string_view valores, std::string_view chave) {
+        return obr("CST", umDe(valores), N.letra).no(chave);
     }
-    static constexpr Linha kAliq[]{cst("01 02"), kBase, kAliquota, kValor};
-    static constexpr Linha kQtde[]{cst("03"), obr("qBCProd", kTDec_1204v, N.letra),
-                                   obr("vAliqProd", kTDec_1104v, N.letra), kValor};
-    static constexpr Linha kNt[]{cst("04 05 06 07 08 09")};
+    static constexpr Linha kAliq[]{cst("01 02", N.cstAliq), kBase, kAliquota, kValor};
+    static constexpr Linha kQtde[]{cst("03", N.cstQtde),
+                                   obr("qBCProd", kTDec_1204v, N.letra).no(kDaVenda),
+                                   obr("vAliqProd", kTDec_1104v, N.letra).no(N.porUnidade), kValor};
+    static constexpr Linha kNt[]{cst("04 05 06 07 08 09", N.cstNt)};
     static constexpr Linha kOutr[]{
-        cst("49 50 51 52 53 54 55 56 60 61 62 63 64 65 66 67 70 71 72 73 74 75 98 99"),
+        cst("49 50 51 52 53 54 55 56 60 61 62 63 64 65 66 67 70 71 72 73 74 75 98 99", N.cstOutr),
         kBase.se(regra::porAliquota),
         kAliquota.se(regra::porAliquota),
-        obr("qBCProd", kTDec_1204v, N.letra).se(regra::porQuantidade),
-        obr("vAliqProd", kTDec_1104v, N.letra).se(regra::porQuantidade),
+        obr("qBCProd", kTDec_1204v, N.letra).no(kDaVenda).se(regra::porQuantidade),
+        obr("vAliqProd", kTDec_1104v, N.letra).no(N.porUnidade).se(regra::porQuantidade),
         kValor,
     };
     static constexpr Linha kSt[]{
         kBase.se(regra::porAliquota),
         kAliquota.se(regra::porAliquota),
-        obr("qBCProd", kTDec_1204, N.letra).se(regra::porQuantidade),
-        obr("vAliqProd", kTDec_1104, N.letra).se(regra::porQuantidade),
+        obr("qBCProd", kTDec_1204, N.letra).no(kDaVenda).se(regra::porQuantidade),
+        obr("vAliqProd", kTDec_1104, N.letra).no(N.porUnidade).se(regra::porQuantidade),
         kValor,
     };
 };
@@ -157,12 +174,20 @@ inline constexpr Linha kIbsCbs[]{
 
 inline constexpr Linha kImposto[]{
     opc("vTotTrib", kTDec_1302, "M02"),
-    grupo("ICMS", Presenca::kExigido, kIcms, "N01").se(regra::mercadoria),
+    grupo("ICMS", Presenca::kExigido, kIcms, "N01")
+        .se(regra::mercadoria)
+        .no("IMPOSTO\\ICMS, onde Orig escolhe o grupo"),
     grupo("ISSQN", kGrupoOpc, kIssqn, "U01"),
     grupo("PIS", kGrupoOpc, kPis, "Q01"),
-    grupo("PISST", kGrupoOpc, Pis::kSt, "R01").de("PIS/PISST"),
+    grupo("PISST", kGrupoOpc, Pis::kSt, "R01")
+        .de("PIS/PISST")
+        .se(regra::comPisSt)
+        .conferido(regra::baseDaSt),
     grupo("COFINS", kGrupoOpc, kCofins, "S01"),
-    grupo("COFINSST", kGrupoOpc, Cofins::kSt, "T01").de("COFINS/COFINSST"),
+    grupo("COFINSST", kGrupoOpc, Cofins::kSt, "T01")
+        .de("COFINS/COFINSST")
+        .se(regra::comCofinsSt)
+        .conferido(regra::baseDaSt),
     grupo("IBSCBS", Presenca::kExigido, kIbsCbs, "UB12").de(".").se(calcularIbsCbs),
 };
 
