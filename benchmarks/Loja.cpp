@@ -25,7 +25,7 @@ constexpr std::array<Mercadoria, 8> kMercadorias{{
     {"1", "11,99", "7891000100808", "FD", "Refrigerante fardo com 6 de 2 L"},
 }};
 
-constexpr std::array<std::array<const char *, 2>, 11> kEmitente{{
+constexpr std::array<std::array<const char *, 2>, 12> kEmitente{{
     {"EMIT\\CNPJ", "11222333000181"},
     {"EMIT\\xNome", "Padaria da Esquina Ltda"},
     {"EMIT\\ENDEREMIT\\xLgr", "Rua Direita"},
@@ -35,6 +35,7 @@ constexpr std::array<std::array<const char *, 2>, 11> kEmitente{{
     {"EMIT\\ENDEREMIT\\UF", "SP"},
     {"EMIT\\ENDEREMIT\\CEP", "01001000"},
     {"EMIT\\IE", "111111111111"},
+    {"EMIT\\CRT", "3"},
     {"IDE\\cUF", "35"},
     {"IDE\\cMunFG", "3550308"},
 }};

@@ -58,7 +58,8 @@ struct ItemNota {
 };
 
 struct Nota {
-    std::string tpEmis = "1", tpAmb = "1", CRT = "3", dhEmi = "2025-06-30T12:00:00-03:00";
+    // CRT: empty is as the first item's tax has it.
+    std::string tpEmis = "1", tpAmb = "1", CRT, dhEmi = "2025-06-30T12:00:00-03:00";
     std::string indPres = "1", cNF = "17102545", nNF = "42", UF = "RS", cUF = "43";
     std::string IE = "0963233556", contingencia, dest, entrega;
     std::string vNF = "20.00"; // empty: the till's total is one of services
@@ -76,6 +77,11 @@ struct Nota {
                 ->texto());
     }
 
+    std::string regime() const {
+        if (!CRT.empty()) return CRT;
+        return itens.front().imposto.find("<CSOSN>") == std::string::npos ? "3" : "1";
+    }
+
     std::string xml() const {
         const std::string chaveDaNota = chave();
         std::string dentro = grupo(
@@ -91,7 +97,7 @@ struct Nota {
                                           "</xBairro><cMun>4314902</cMun><xMun>Porto Alegre</xMun>"
                                           "<UF>" +
                                               UF + "</UF><CEP>90010000</CEP>") +
-                                    grupo("IE", IE) + grupo("CRT", CRT));
+                                    grupo("IE", IE) + grupo("CRT", regime()));
         dentro += dest + entrega;
         for (std::size_t i = 0; i < itens.size(); ++i)
             dentro += itens[i].xml(i + 1);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // zel-envio.toml: what it gives, what is refused and where; addresses; the first one of a till.
+#include "config/Classes.h"
 #include "config/Configuracao.h"
 #include "config/Enderecos.h"
 #include "config/Primeira.h"
@@ -134,9 +135,9 @@ TEST(ConfiguracaoDoEnvio, recusa_tudo_de_uma_vez_com_linha_e_o_que_cabe) {
                         "csc = 'com branco'\n"),
               "zel-envio.toml, linha 2, cUF: \"99\"; é o código IBGE de um estado, como \"43\"\n"
               "zel-envio.toml, linha 1, esquema: chave desconhecida; aqui cabem: esquemas, cUF, "
-              "verAplic, [certificado], [qrcode], [responsavel_tecnico], [intermediador], "
-              "[pagamentos], [produtos], [ncm], [padrao], [ibs_cbs], [servicos], [servicos_nome], "
-              "[servicos_metodo], [rede], [fila], [pagina], [[caixas]]\n"
+              "verAplic, [certificado], [emitente], [qrcode], [responsavel_tecnico], "
+              "[intermediador], [pagamentos], [produtos], [ncm], [padrao], [ibs_cbs], [servicos], "
+              "[servicos_nome], [servicos_metodo], [rede], [fila], [pagina], [[caixas]]\n"
               "zel-envio.toml, linha 6, [qrcode] csc: é um segredo: até 128 letras, dígitos e "
               "sinais, sem brancos\n"
               "zel-envio.toml, linha 5, [qrcode] id_csc: escreva o valor entre aspas; é o número "
@@ -194,6 +195,7 @@ TEST(ConfiguracaoDoEnvio, recusa_o_que_nao_cabe_ou_nao_combina) {
         {"[servicos]\nNfeStatus = 'https://a/ws'", "NfeConsultaProtocolo, NfeStatusServico"},
         {"[servicos_nome]\nRecepcaoEvento = 'a/b'", "letras e dígitos"},
         {"[rede]\ntempo_maximo = 0", "1 a 300"},
+        {"[emitente]\nCNAE = '4721102'", "CNAE vai com"},
         {"[rede]\ntempo_maximo = 301", "1 a 300"},
     };
     for (const auto &[toml, parte] : kCasos)
@@ -237,6 +239,21 @@ TEST(ConfiguracaoDoEnvio, tabela_hostil_nao_custa_mais_do_que_pesa) {
         EXPECT_EQ(std::count(recusas.begin(), recusas.end(), '\n'), 100) << recusas.size();
         EXPECT_TRUE(recusas.ends_with("há mais recusas do que estas"));
     }
+}
+
+// What an accountant copies from the page to begin with.
+TEST(ConfiguracaoDoEnvio, a_tabela_de_classes_do_manual_e_lida_como_esta) {
+    const std::string pagina = lerTudo(ZEL_OURO "/../../../docs/envio.md").value_or("");
+    const std::size_t inicio = pagina.find("CST;cClassTrib;reducao\n0");
+    ASSERT_NE(inicio, pagina.npos);
+    Configuracao config;
+    Recusas recusas;
+    lerClasses(pagina.substr(inicio, pagina.find("```", inicio) - inicio), "envio.md", config,
+               recusas);
+    conferirClasses(config, recusas);
+    EXPECT_TRUE(recusas.nenhuma()) << recusas.texto();
+    EXPECT_EQ(config.ibsCbs.classes.size(), 4U);
+    EXPECT_EQ(config.ncm["1905"].cClassTrib + config.produtos["101"].CST, "200034200");
 }
 
 TEST(ConfiguracaoDoEnvio, segredos_abertos_a_outros_sao_recusados_sem_serem_ditos) {
@@ -347,7 +364,9 @@ TEST(PrimeiraConfiguracao, le_se_como_esta_sem_o_segredo_nem_chaves_que_o_caixa_
     for (const std::string &outro : {std::string("<FRAMEWORKZEL/>"), fabrica}) {
         const auto primeira = primeiraConfiguracao(outro, recusas);
         ASSERT_TRUE(primeira) << recusas.texto();
-        EXPECT_TRUE(Configuracao::ler(*primeira, "", recusas)) << recusas.texto();
+        const auto semToken = Configuracao::ler(*primeira, "", recusas);
+        ASSERT_TRUE(semToken) << recusas.texto();
+        EXPECT_EQ(semToken->qrcode.versao, 3) << "version 2 would refuse the first document";
     }
     EXPECT_FALSE(primeiraConfiguracao("<NFe/>", recusas));
 

@@ -324,7 +324,56 @@ TEST(Traducao, responsavel_tecnico_assina_a_chave_com_o_csrt) {
     EXPECT_EQ(traduzida.texto("infRespTec/hashCSRT"), "lJev02SG1EDRUUVelD2OjAn4GUg=");
 }
 
+TEST(Traducao, inscricao_municipal_vai_onde_ha_servicos) {
+    Configuracao config = cheia();
+    config.emitente = {"12345-6", "4721102"};
+    Nota nota;
+    EXPECT_EQ(traduzir(nota, config).texto("emit/IM"), "");
+    nota.itens.push_back({});
+    nota.itens[1].imposto = grupo("ISSQN", elementos(kIssqn));
+    nota.vNF = nota.pagamentos[0].second = "40.00";
+    const auto traduzida = traduzir(nota, config);
+    EXPECT_EQ(traduzida.texto("emit/IM") + ' ' + traduzida.texto("emit/CNAE"), "12345-6 4721102");
+    if (Juiz::unico().ha()) {
+        EXPECT_EQ(Juiz::unico().julgar(*traduzida.documento), "");
+    }
+    config.emitente = {};
+    EXPECT_TRUE(traduzir(nota, config).documento);
+}
+
 // ---- refusals ----
+
+TEST(Traducao, o_imposto_de_um_item_e_o_do_regime_do_emitente) {
+    const std::string comCst = icms("ICMS00", kIcms[0].campos),
+                      comCsosn = icms("ICMSSN102", "orig=0 CSOSN=102"),
+                      mudado = icms("ICMS900", kIcms[23].campos);
+    const struct {
+        const char *CRT;
+        const std::string &imposto;
+        const char *campo; // empty: taken
+    } kCasos[] = {
+        {"1", comCst, "det/imposto/ICMS/ICMS00"},
+        {"1", comCsosn, ""},
+        {"2", comCsosn, "det/imposto/ICMS/ICMSSN102"},
+        {"2", comCst, ""},
+        {"3", comCsosn, "det/imposto/ICMS/ICMSSN102"},
+        {"3", comCst, ""},
+        {"4", comCst, "det/imposto/ICMS/ICMS00"},
+        {"4", comCsosn, ""},
+        {"1", mudado, ""},
+        {"3", mudado, "det/imposto/ICMS/ICMS900"},
+    };
+    for (const auto &[CRT, imposto, campo] : kCasos) {
+        Nota nota;
+        nota.CRT = CRT;
+        nota.itens[0].imposto = imposto;
+        const auto traduzida = traduzir(nota, cheia());
+        EXPECT_EQ(traduzida.documento.has_value(), *campo == '\0') << CRT << campo;
+        if (*campo == '\0') continue;
+        EXPECT_TRUE(traduzida.recusou(campo)) << traduzida.recusas.texto();
+        EXPECT_NE(traduzida.recusas.texto().find("EMIT\\CRT (agora "), std::string::npos);
+    }
+}
 
 TEST(Traducao, o_que_nao_se_traduz_e_recusado_pelo_nome_com_o_remedio) {
     const std::string semMunicipio =
@@ -521,6 +570,8 @@ std::string documentoDeOuro(const std::string &arquivo) {
         {"<UF>SP</UF>", "<UF>RS</UF>"},
         {"<UF>MT</UF>", "<UF>RS</UF>"},
         {"<cMunFG>0000012", "<cMunFG>4314902"},
+        // The factory's regime does not go with the factory's group.
+        {"<CRT>1", xml.find("<CSOSN>") == xml.npos ? "<CRT>3" : "<CRT>1"},
     };
     xml.resize(xml.find("</NFe>") + 6);
     for (const auto &[de, para] : kTrocas)

@@ -42,6 +42,11 @@ inline constexpr std::array<Chave<ConfigCertificado>, 6> kCertificado{{
     {"cadeia", &ConfigCertificado::cadeia, kCaminho, Especie::kCaminho},
 }};
 
+inline constexpr std::array<Chave<ConfigEmitente>, 2> kEmitente{{
+    {"IM", &ConfigEmitente::IM, {texto<1, 15>, "tem de 1 a 15 caracteres"}},
+    {"CNAE", &ConfigEmitente::CNAE, {digitos<7>, "tem 7 dígitos"}},
+}};
+
 inline constexpr std::array<Chave<ConfigQrCode>, 6> kQrCode{{
     {"versao",
      &ConfigQrCode::versao,

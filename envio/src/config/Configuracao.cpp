@@ -70,6 +70,13 @@ void lerCertificado(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
                                  "em ambos");
 }
 
+void lerEmitente(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
+    ConfigEmitente &emitente = lida.config.emitente;
+    lerSecao(leitura, lugar, kEmitente, emitente);
+    if (emitente.IM.empty() && !emitente.CNAE.empty())
+        leitura.recusas().juntar(lugar.texto() + " IM", "", "CNAE vai com a inscrição municipal");
+}
+
 void lerQrCode(LeituraToml &leitura, const Lugar &lugar, Lida &lida) {
     ConfigQrCode &qrcode = lida.config.qrcode;
     lerSecao(leitura, lugar, kQrCode, qrcode);
@@ -246,7 +253,8 @@ struct Secao {
     void (*ler)(LeituraToml &, const Lugar &, Lida &);
 };
 
-constexpr std::array<Secao, 15> kSecoes{{{"certificado", lerCertificado},
+constexpr std::array<Secao, 16> kSecoes{{{"certificado", lerCertificado},
+                                         {"emitente", lerEmitente},
                                          {"qrcode", lerQrCode},
                                          {"responsavel_tecnico", lerRespTec},
                                          {"intermediador", lerIntermediador},

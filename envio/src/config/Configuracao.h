@@ -58,6 +58,11 @@ struct ConfigRespTec {
     std::string arquivoCSRT{};
 };
 
+// What the till's issuer lacks, written where there are services.
+struct ConfigEmitente {
+    std::string IM, CNAE;
+};
+
 struct ConfigQrCode {
     int versao = 2;    // 2 with the CSC, 3 without
     std::string idCsc; // the CSC's number
@@ -115,6 +120,7 @@ struct Configuracao {
     std::string diretorio; // of the file, with its "/"
 
     ConfigCertificado certificado;
+    ConfigEmitente emitente;
     ConfigQrCode qrcode;
     ConfigRespTec respTec;
     ConfigIbsCbs ibsCbs;

@@ -33,8 +33,8 @@ constexpr std::string_view kMolde =
 # cadeia = "cadeia.pem"
 
 [qrcode]
-# 2: com CSC. 3: sem CSC (Nota Técnica 2025.001).
-versao = 2
+# 2: com CSC. 3: sem CSC (Nota Técnica 2025.001), em produção desde 2025-09-01.
+@versao@
 # O número do CSC: no caixa, CONFIGURACAO\IDTokenSefaz.
 @id_csc@
 # O CSC é um segredo: @csc@
@@ -103,9 +103,18 @@ std::string idCsc(const No &raiz) {
     return digitosDe(numero, 1, 6) ? "id_csc = \"" + numero + "\"" : "# id_csc = \"1\"";
 }
 
+// A till without the CSC signs at once in version 3, which asks for none.
+std::string versao(const No &raiz) {
+    return raiz.texto("CONFIGURACAO/TokenSefaz").empty()
+               ? "# O caixa não tem CSC. Quando o tiver, e o estado pedir a 2: versao = 2 e o que "
+                 "segue.\n"
+                 "versao = 3"
+               : "versao = 2";
+}
+
 std::string csc(const No &raiz) {
     return raiz.texto("CONFIGURACAO/TokenSefaz").empty()
-               ? "CONFIGURACAO\\TokenSefaz do caixa está vazio; peça-o ao estado."
+               ? "CONFIGURACAO\\TokenSefaz do caixa está vazio; a versão 3 não precisa dele."
                : "está em CONFIGURACAO\\TokenSefaz do caixa e não foi copiado para cá.";
 }
 
@@ -160,11 +169,12 @@ std::optional<std::string> primeiraConfiguracao(std::string_view caixa, Recusas 
     }
     const No raiz = lido->raiz();
     std::string texto(kMolde);
-    const std::array<Achado, 9> achados{
+    const std::array<Achado, 10> achados{
         {{"estado", estado(raiz)},
          {"cnpj", certificado(raiz)},
          {"arquivo", arquivo("arquivo", arquivos.certificado, "certificado.pfx")},
          {"senha", arquivo("senha_arquivo", arquivos.senha, "senha.txt")},
+         {"versao", versao(raiz)},
          {"id_csc", idCsc(raiz)},
          {"csc", csc(raiz)},
          {"csc_arquivo", arquivo("csc_arquivo", arquivos.csc, "csc.txt")},

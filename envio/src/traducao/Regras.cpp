@@ -109,6 +109,22 @@ void contingenciaComTipo(const Lugar &ide) {
             "ponha IDE\\tpEmis de ZEL_Framework.xml em 9 antes de emitir sem conexão");
 }
 
+// ---- emit ----
+
+bool prestaServico(const Lugar &emit) {
+    const auto itens = emit.contexto.antiga.filhos("det");
+    return !emit.contexto.config.emitente.IM.empty() &&
+           std::any_of(itens.begin(), itens.end(),
+                       [](const No &det) { return static_cast<bool>(det.filho("imposto/ISSQN")); });
+}
+
+Texto IM(const Lugar &emit) {
+    return emit.contexto.config.emitente.IM;
+}
+Texto CNAE(const Lugar &emit) {
+    return emit.contexto.config.emitente.CNAE;
+}
+
 // ---- dest, entrega ----
 
 Texto xNomeDest(const Lugar &dest) {

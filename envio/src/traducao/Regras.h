@@ -28,6 +28,11 @@ Texto indIntermed(const Lugar &ide);
 bool emContingencia(const Lugar &ide);
 void contingenciaComTipo(const Lugar &ide);
 
+// emit: the registration with the municipality, where the document has services and the shop says
+// it
+bool prestaServico(const Lugar &emit);
+Texto IM(const Lugar &emit), CNAE(const Lugar &emit);
+
 // dest, entrega
 Texto xNomeDest(const Lugar &dest);
 void umDocumento(const Lugar &dest);
@@ -49,6 +54,7 @@ bool semEscala(const Lugar &prod); // indEscala N asks for CNPJFab
 // imposto
 bool mercadoria(const Lugar &imposto);
 bool servico(const Lugar &imposto);
+void situacaoDoRegime(const Lugar &icms); // CSOSN of who is in the Simples Nacional, else CST
 Texto cListServ(const Lugar &issqn);
 bool porAliquota(const Lugar &grupo); // of PIS or COFINS; else by quantity
 bool porQuantidade(const Lugar &grupo);

@@ -93,6 +93,21 @@ bool desonerado(const Lugar &icms) {
     return temValor(icms.antigo, "vICMSDeson");
 }
 
+// Rules 590 and 591; CRT 4, of NT 2024.001, is of the Simples Nacional too.
+void situacaoDoRegime(const Lugar &icms) {
+    const std::string CRT = aparar(icms.contexto.antiga.texto("emit/CRT"));
+    if (CRT.size() != 1 || CRT < "1" || CRT > "4") return; // refused where it stands
+    const bool simples = CRT == "1" || CRT == "4";
+    for (const No &grupo : icms.antigo.filhos())
+        if (static_cast<bool>(grupo.filho("CSOSN")) != simples)
+            recusar(icms, grupo.nome(), aparar(grupo.texto(simples ? "CST" : "CSOSN")),
+                    std::string(simples ? "o emitente é do Simples Nacional, e seus itens têm CSOSN"
+                                        : "o emitente não é do Simples Nacional, e seus itens têm "
+                                          "CST") +
+                        ": no caixa, acerte EMIT\\CRT (agora " + CRT +
+                        ") ou o grupo de IMPOSTO\\ICMS de ZEL_Framework.xml, e venda de novo");
+}
+
 bool retidoAntes(const Lugar &icms) {
     return temValor(icms.antigo, "vBCSTRet") || temValor(icms.antigo, "vICMSSTRet");
 }

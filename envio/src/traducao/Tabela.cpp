@@ -67,6 +67,8 @@ constexpr Linha kEmit[]{
     obr("xNome", texto(2, 60), "C03").no("EMIT\\xNome"),
     grupo("enderEmit", kExigido, kEnderEmit, "C05"),
     obr("IE", digitos(2, 14), "C17").no("EMIT\\IE"),
+    opc("IM", texto(1, 15), "C19").por(regra::IM).se(regra::prestaServico),
+    opc("CNAE", digitos(7, 7), "C20").por(regra::CNAE).se(regra::prestaServico),
     obr("CRT", umDe("1 2 3 4"), "C21").no("EMIT\\CRT"),
 };
 

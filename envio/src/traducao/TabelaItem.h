@@ -176,7 +176,8 @@ inline constexpr Linha kImposto[]{
     opc("vTotTrib", kTDec_1302, "M02"),
     grupo("ICMS", Presenca::kExigido, kIcms, "N01")
         .se(regra::mercadoria)
-        .no("IMPOSTO\\ICMS, onde Orig escolhe o grupo"),
+        .no("IMPOSTO\\ICMS, onde Orig escolhe o grupo")
+        .conferido(regra::situacaoDoRegime),
     grupo("ISSQN", kGrupoOpc, kIssqn, "U01"),
     grupo("PIS", kGrupoOpc, kPis, "Q01"),
     grupo("PISST", kGrupoOpc, Pis::kSt, "R01")
