@@ -24,6 +24,7 @@ static void configurarEmitente(void) {
         {"EMIT\\ENDEREMIT\\UF", "SP"},
         {"EMIT\\ENDEREMIT\\CEP", "01001000"},
         {"EMIT\\IE", "111111111111"},
+        {"EMIT\\CRT", "3"},
         {"IDE\\cUF", "35"},
         {"IDE\\cMunFG", "3550308"},
     };
