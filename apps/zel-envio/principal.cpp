@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The service zel-envio: finds what the tills wrote, sends it, keeps and hands back what the
 // authority answered, until it is told to stop (SIGTERM, SIGINT).
+#include "Html.h"
+#include "Quadro.h"
+#include "Relato.h"
+#include "Servidor.h"
 #include "assinatura/Certificado.h"
 #include "fluxo/Destinos.h"
 #include "fluxo/Oficina.h"
@@ -8,11 +12,15 @@
 #include "rede/Rede.h"
 
 #include <algorithm>
+#include <atomic>
+#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <ctime>
+#include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -27,7 +35,8 @@ constexpr std::string_view kUso =
     "  --conferir        só confere configuração, certificado e fila\n"
     "  --versao, --ajuda\n";
 constexpr int kUsoErrado = 2, kFalha = 1;
-constexpr int kPoucosDias = 30;
+// So often certificate and queue are looked at for what somebody has to do.
+constexpr timespec kVistoria{3600, 0};
 
 struct Opcoes {
     std::string config;
@@ -57,7 +66,8 @@ std::optional<Opcoes> lerOpcoes(int quantas, char **palavras) {
 void dizer(std::string_view linha) {
     static std::mutex porta;
     const std::lock_guard trava(porta);
-    std::fprintf(stderr, "%.*s\n", static_cast<int>(linha.size()), linha.data());
+    const std::string dita = semCpf(linha);
+    std::fprintf(stderr, "%.*s\n", static_cast<int>(dita.size()), dita.data());
 }
 
 int recusar(const Recusas &recusas) {
@@ -85,6 +95,56 @@ sigset_t sinaisDoFim() {
     return sinais;
 }
 
+// What the certificate is known to last, for the page; it is opened here and by those who sign
+// alone, for each try of a wrong PIN is one less.
+class Validade {
+public:
+    void ver(Oficina &oficina) {
+        Recusas recusas;
+        if (const auto certificado = oficina.certificado(recusas))
+            dias_ = certificado->dias(std::time(nullptr));
+        visto_ = std::time(nullptr);
+    }
+    std::optional<int> dias() const {
+        constexpr std::time_t kDia = 24 * 3600;
+        if (visto_ == 0 || dias_ == kNenhum) return {};
+        return dias_ - static_cast<int>((std::time(nullptr) - visto_) / kDia);
+    }
+
+private:
+    static constexpr int kNenhum = INT_MIN;
+    std::atomic<int> dias_{kNenhum};
+    std::atomic<std::time_t> visto_{0};
+};
+
+std::unique_ptr<Servidor> abrirPagina(const Configuracao &config, const Relogio &relogio,
+                                      const Relato &relato, const Validade &validade) {
+    if (config.portaDaPagina == 0) return {};
+    Recusas recusas;
+    auto fila = Fila::abrir(filaDe(config), recusas);
+    if (!fila) return dizer(recusas.texto()), nullptr;
+    auto servidor = std::make_unique<Servidor>(std::move(fila), config.fila.avisoHoras, relogio,
+                                               relato, [&] { return validade.dias(); });
+    if (!servidor->comecar(config.portaDaPagina, recusas)) return dizer(recusas.texto()), nullptr;
+    dizer("página em http://127.0.0.1:" + std::to_string(servidor->porta()) + "/");
+    return servidor;
+}
+
+// Says what somebody has to do, once, until the signal comes that ends the service.
+void vigiar(Fila &fila, const Configuracao &config, const Relogio &relogio, Oficina &oficina,
+            Validade &validade, const sigset_t &sinais) {
+    std::set<std::string> ditos;
+    LeitorDoQuadro leitor(fila, config.fila.avisoHoras);
+    do {
+        if (fila.anotado(kAnotacaoParada).empty()) validade.ver(oficina);
+        std::set<std::string> agora;
+        for (const Aviso &aviso : avisosDe(leitor.ler(relogio.agora(), validade.dias())))
+            if (agora.insert(aviso.titulo).second && !ditos.contains(aviso.titulo))
+                dizer("precisa de alguém: " + aviso.titulo);
+        ditos.swap(agora);
+    } while (sigtimedwait(&sinais, nullptr, &kVistoria) < 0);
+}
+
 int servir(const Configuracao &config) {
     const sigset_t sinais = sinaisDoFim();
     pthread_sigmask(SIG_BLOCK, &sinais, nullptr);
@@ -95,20 +155,22 @@ int servir(const Configuracao &config) {
     if (!fila) return recusar(recusas);
     fila->anotar(kAnotacaoParada, assina ? "" : recusas.texto());
     if (!assina) dizer("envio parado: " + recusas.texto());
-    fila.reset();
     Linha linha(config.fila.porMinuto);
     const Relogio relogio;
+    Relato relato(dizer);
+    Validade validade;
     ServicoDeEnvio servico(
         config, oficina, linha, relogio,
         [&] {
             Recusas ditas;
             return std::make_unique<Rede>(config.rede, oficina.certificado(ditas));
         },
-        dizer);
+        relato);
     if (!servico.comecar(recusas)) return recusar(recusas);
-    dizer("zel-envio: " + std::to_string(config.caixas.size()) + " caixas");
-    int sinal = 0;
-    sigwait(&sinais, &sinal);
+    dizer("zel-envio: " + std::to_string(config.caixas.size()) +
+          (config.caixas.size() == 1 ? " caixa" : " caixas"));
+    const auto pagina = abrirPagina(config, relogio, relato, validade);
+    vigiar(*fila, config, relogio, oficina, validade, sinais);
     dizer("zel-envio: encerrando");
     servico.parar();
     return 0;

@@ -240,6 +240,7 @@ Retorno Fluxo::pedir(Servico servico, const Ficha &ficha, std::string mensagem) 
             visto.xMotivo = resposta->xMotivo;
         }
     meios_.fila.verServico(visto);
+    if (meios_.ouvinte != nullptr) meios_.ouvinte->respondeu(visto);
     if (chegou)
         meios_.linha.respondeu(qual);
     else if (retorno.chegada != Chegada::kCertificado)
@@ -442,6 +443,7 @@ bool Fluxo::perguntarServico(std::string_view cUF, int tpAmb, Milissegundos limi
 
 bool Fluxo::parar(const Ficha &ficha, const std::string &motivo) {
     meios_.fila.anotar(kAnotacaoParada, motivo);
+    if (meios_.ouvinte != nullptr) meios_.ouvinte->parou(motivo);
     const Momento quando = meios_.relogio.agora() + kPausaDaParada;
     if (ficha.estado == Estado::kEnviado) return voltar(ficha, quando, motivo);
     return adiar(ficha, quando, motivo);
@@ -458,6 +460,7 @@ bool Fluxo::mudar(const Ficha &ficha, Estado para, const Mudanca &mudanca) {
     const bool feito = meios_.fila.mudar(ficha.id, ficha.estado, para, mudanca,
                                          meios_.relogio.agora(), descartadas_);
     mudancas_ += feito ? 1 : 0;
+    if (feito && meios_.ouvinte != nullptr) meios_.ouvinte->mudou(ficha, para);
     return feito;
 }
 

@@ -8,6 +8,7 @@
 #include "fila/Fila.h"
 #include "fluxo/Linha.h"
 #include "fluxo/Oficina.h"
+#include "fluxo/Ouvinte.h"
 #include "fluxo/Relogio.h"
 #include "guarda/Guarda.h"
 #include "rede/Transporte.h"
@@ -26,6 +27,7 @@ struct Meios {
     const Relogio &relogio;
     Fila &fila;
     Transporte &rede;
+    Ouvinte *ouvinte = nullptr; // or nobody
 };
 
 class Fluxo {

@@ -35,9 +35,9 @@ struct ServicoDeEnvio::Trabalhador {
 };
 
 ServicoDeEnvio::ServicoDeEnvio(const Configuracao &config, Oficina &oficina, Linha &linha,
-                               const Relogio &relogio, FazTransporte transporte, Dizer dizer)
+                               const Relogio &relogio, FazTransporte transporte, Ouvinte &ouvinte)
     : config_(config), oficina_(oficina), linha_(linha), relogio_(relogio),
-      transporte_(std::move(transporte)), dizer_(std::move(dizer)) {}
+      transporte_(std::move(transporte)), ouvinte_(ouvinte) {}
 
 ServicoDeEnvio::~ServicoDeEnvio() {
     parar();
@@ -69,7 +69,7 @@ void ServicoDeEnvio::parar() {
 
 void ServicoDeEnvio::trabalhar(Trabalhador &este) {
     const std::string &nome = este.caixa.config().diretorio;
-    Fluxo fluxo({config_, oficina_, linha_, relogio_, *este.fila, *este.rede});
+    Fluxo fluxo({config_, oficina_, linha_, relogio_, *este.fila, *este.rede, &ouvinte_});
     const Milissegundos limite = std::chrono::seconds(config_.rede.tempoMaximo);
     std::string dito;
     while (!parar_) {
@@ -77,14 +77,14 @@ void ServicoDeEnvio::trabalhar(Trabalhador &este) {
         try {
             Recusas avisos;
             este.caixa.varrer(*este.fila, relogio_.agora(), avisos);
-            if (avisos.texto() != dito) dizer_(dito = avisos.texto());
+            if (avisos.texto() != dito) ouvinte_.disse(dito = avisos.texto());
             int mudancas = 0;
             for (std::size_t i = 0; i < kPorVez && !parar_; ++i)
                 mudancas += fluxo.tratarProntas(nome, limite, 1);
             if (const auto proximo = este.fila->proximo(nome, relogio_.agora()))
                 espera = std::clamp(*proximo - relogio_.agora(), mudancas > 0 ? 0 : kEmVao, kRonda);
         } catch (const std::exception &) {
-            dizer_(nome + ": falta memória");
+            ouvinte_.disse(nome + ": falta memória");
         }
         if (!parar_) este.vigia.esperar(Milissegundos(espera));
     }

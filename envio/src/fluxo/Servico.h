@@ -10,7 +10,6 @@
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -18,14 +17,12 @@ namespace zel::envio {
 
 // How a worker reaches the authority: each has a connection of its own.
 using FazTransporte = std::function<std::unique_ptr<Transporte>()>;
-// What is said of what happens, a line at a time, from any worker: no person, no secret.
-using Dizer = std::function<void(std::string_view)>;
 
 class ServicoDeEnvio {
 public:
     // Everything that is named lives longer than the service.
     ServicoDeEnvio(const Configuracao &config, Oficina &oficina, Linha &linha,
-                   const Relogio &relogio, FazTransporte transporte, Dizer dizer);
+                   const Relogio &relogio, FazTransporte transporte, Ouvinte &ouvinte);
     ~ServicoDeEnvio();
     ServicoDeEnvio(const ServicoDeEnvio &) = delete;
     ServicoDeEnvio &operator=(const ServicoDeEnvio &) = delete;
@@ -44,7 +41,7 @@ private:
     Linha &linha_;
     const Relogio &relogio_;
     FazTransporte transporte_;
-    Dizer dizer_;
+    Ouvinte &ouvinte_;
     std::atomic<bool> parar_{false};
     std::vector<std::unique_ptr<Trabalhador>> trabalhadores_;
 };
