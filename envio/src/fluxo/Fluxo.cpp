@@ -97,13 +97,13 @@ bool Fluxo::preparar(const Ficha &ficha) {
     const bool feita =
         (ficha.estado == Estado::kTraduzido ||
          meios_.fila.mudar(ficha.id, Estado::kAchado, Estado::kTraduzido, {}, agora, recusas)) &&
-        meios_.fila.mudar(ficha.id, Estado::kTraduzido, Estado::kAssinado,
-                          {.mensagem = feito.mensagem,
-                           .chave = feito.chave,
-                           .dhEmi = contexto->data.empty() ? ficha.dhEmi
-                                                           : momentoEscrito(ficha.achado, {}),
-                           .motivo = ""},
-                          agora, recusas);
+        meios_.fila.mudar(
+            ficha.id, Estado::kTraduzido, Estado::kAssinado,
+            {.mensagem = feito.mensagem,
+             .chave = feito.chave,
+             .dhEmi = contexto->data.empty() ? ficha.dhEmi : momentoEscrito(ficha.achado, {}),
+             .motivo = ""},
+            agora, recusas);
     return feita && transacao.confirmar(recusas);
 }
 
