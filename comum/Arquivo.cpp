@@ -10,15 +10,6 @@ namespace zel::comum {
 
 namespace {
 
-bool escrever(int fd, std::string_view conteudo) {
-    while (!conteudo.empty()) {
-        const ssize_t n = insistir([&] { return ::write(fd, conteudo.data(), conteudo.size()); });
-        if (n < 0) return false;
-        conteudo.remove_prefix(static_cast<std::size_t>(n));
-    }
-    return true;
-}
-
 // Two threads or programs that write the same picture must not write into the same file beside it.
 std::string nomeAoLado(const std::string &caminho) {
     return caminho + "." + std::to_string(::gettid()) + ".novo";
@@ -29,9 +20,8 @@ bool gravarNovo(const std::string &caminho, std::string_view conteudo,
     // One that a thread of the same number left when it died goes first.
     ::unlink(caminho.c_str());
     Descritor novo(caminho, O_WRONLY | O_CREAT | O_EXCL);
-    return novo.aberto() && (!modo || ::fchmod(novo.fd(), *modo) == 0) &&
-           escrever(novo.fd(), conteudo) && insistir([&] { return ::fsync(novo.fd()); }) == 0 &&
-           novo.fechar();
+    return novo.aberto() && (!modo || ::fchmod(novo.fd(), *modo) == 0) && novo.escrever(conteudo) &&
+           novo.descarregar() && novo.fechar();
 }
 
 // False, with the reason of the failure in errno, and nothing left beside the file.
@@ -47,7 +37,7 @@ void descarregarDiretorio(const std::string &caminho) {
     const std::size_t barra = caminho.rfind('/');
     const Descritor diretorio(barra == caminho.npos ? "." : caminho.substr(0, barra + 1),
                               O_RDONLY | O_DIRECTORY);
-    if (diretorio.aberto()) insistir([&] { return ::fsync(diretorio.fd()); });
+    if (diretorio.aberto()) diretorio.descarregar();
 }
 
 bool trocar(const std::string &novo, const std::string &caminho) {
@@ -66,15 +56,11 @@ bool ehArquivo(const std::string &caminho) {
 std::optional<std::string> lerArquivo(const std::string &caminho, std::size_t maior) {
     if (!ehArquivo(caminho)) return {};
     const Descritor arquivo(caminho, O_RDONLY | O_NONBLOCK);
+    const auto dados = arquivo.aberto() ? arquivo.situacao() : std::nullopt;
     std::string conteudo;
-    char parte[65536];
-    while (arquivo.aberto()) {
-        const ssize_t n = insistir([&] { return ::read(arquivo.fd(), parte, sizeof parte); });
-        if (n == 0) return conteudo;
-        if (n < 0 || conteudo.size() + static_cast<std::size_t>(n) > maior) break;
-        conteudo.append(parte, static_cast<std::size_t>(n));
-    }
-    return {};
+    if (!dados || !arquivo.lerTudo(conteudo, static_cast<std::size_t>(dados->st_size), maior))
+        return {};
+    return conteudo;
 }
 
 bool substituirArquivo(const std::string &caminho, std::string_view conteudo) {

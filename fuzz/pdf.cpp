@@ -2,6 +2,7 @@
 // Base64 and PDF. The first byte chooses: text as base64, a document (encoded here), or a receipt
 // text in some width. No file but the PDF of a sound key is left.
 #include "PastaDoAlvo.h"
+#include "comum/Base64.h"
 
 #include "ZEL_FelborFramework.h"
 #include "comum/ChaveAcesso.h"
@@ -16,7 +17,7 @@ void jogar(std::string_view texto) {
     static const PastaDoAlvo pasta;
     static const int pronta = inicializarConfig();
     const int escolha = tirarNumero(texto, 5);
-    const std::string base64 = escolha == 0 ? std::string(texto) : codificarBase64(texto);
+    const std::string base64 = escolha == 0 ? std::string(texto) : comum::base64(texto);
     exigir(pronta == ZEL_OK && (escolha == 0 || fnParseBase64ToUtf8(base64) == texto));
     pasta.esvaziar();
     if (escolha > 1) {

@@ -9,8 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <climits>
-#include <cstdlib>
 #include <fcntl.h>
 #include <iterator>
 #include <sys/stat.h>
@@ -29,27 +27,16 @@ constexpr std::size_t kPedaco = std::size_t{64} << 10; // read at a time
 constexpr std::size_t kZeros = std::size_t{512} << 10; // written at a time
 
 // What there is from `lugar` on, up to `tamanho` bytes.
-bool lerTrecho(int fd, std::size_t lugar, std::size_t tamanho, std::string &bytes) {
+bool lerTrecho(const Descritor &arquivo, std::size_t lugar, std::size_t tamanho,
+               std::string &bytes) {
     bytes.resize(tamanho);
-    std::size_t lidos = 0;
-    while (lidos < tamanho) {
-        const ssize_t parte = insistir([&] {
-            return ::pread(fd, bytes.data() + lidos, tamanho - lidos,
-                           static_cast<off_t>(lugar + lidos));
-        });
-        if (parte < 0) return false;
-        if (parte == 0) break;
-        lidos += static_cast<std::size_t>(parte);
-    }
-    bytes.resize(lidos);
-    return true;
+    const ssize_t lidos = arquivo.ler(bytes, lugar);
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(lidos, 0)));
+    return lidos >= 0;
 }
 
 std::uint32_t somaDoCaminho() {
-    std::array<char, PATH_MAX> absoluto{};
-    const std::string diretorio = fnConfigurarPath("");
-    const char *real = ::realpath(diretorio.c_str(), absoluto.data());
-    return somaCrc32(real != nullptr ? real : diretorio);
+    return somaCrc32(diretorioSemLigacoes());
 }
 
 } // namespace
@@ -62,24 +49,23 @@ Leitura Diario::abrir() {
         falhouArquivo(caminho);
         return errno == ENOENT ? Leitura::kInexistente : Leitura::kFalha;
     }
-    struct stat dados {};
-    const bool conhecido = ::fstat(arquivo_.fd(), &dados) == 0;
-    if (!conhecido || !S_ISREG(dados.st_mode)) {
-        conhecido ? naoEhArquivo(caminho) : falhouArquivo(caminho);
+    const auto dados = arquivo_.situacao();
+    if (!dados || !S_ISREG(dados->st_mode)) {
+        dados ? naoEhArquivo(caminho) : falhouArquivo(caminho);
         arquivo_.fechar();
         return Leitura::kFalha;
     }
-    arquivo_.guardar(dados);
+    arquivo_.guardar(*dados);
     if (!Vez::estender(arquivo_)) {
         falhouArquivo(caminho);
         arquivo_.fechar();
         return Leitura::kFalha;
     }
-    tamanho_ = std::min(static_cast<std::size_t>(dados.st_size), kMaior);
-    alheio_ = dados.st_uid != ::geteuid() && dados.st_uid != 0;
+    tamanho_ = std::min(static_cast<std::size_t>(dados->st_size), kMaior);
+    alheio_ = dados->st_uid != ::geteuid() && dados->st_uid != 0;
     fim_ = 0;
     ultimo_ = {};
-    ultimo_.lugar = {somaDoCaminho(), dados.st_ino};
+    ultimo_.lugar = {somaDoCaminho(), dados->st_ino};
     ultimo_.epoca = agora();
     danificado_ = false;
     setor_.clear();
@@ -104,7 +90,7 @@ bool Diario::ocupar(std::size_t tamanho) {
         if (const std::size_t inicio = std::max(lugar, tamanho_);
             !arquivo_.escrever(std::string_view(zeros).substr(inicio - lugar), inicio))
             return falhouArquivo(kNome);
-    if (insistir([&] { return ::fsync(arquivo_.fd()); }) != 0) return falhouArquivo(kNome);
+    if (!arquivo_.descarregar()) return falhouArquivo(kNome);
     tamanho_ = (tamanho + kZeros - 1) / kZeros * kZeros;
     return true;
 }
@@ -134,7 +120,7 @@ Leitura Diario::ler(Conteudo &conteudo) {
     // No further than records reach. Where a crash or damage left something else at the end, all of
     // it is looked at.
     for (std::size_t quanto = kPedaco;; quanto *= 2) {
-        if (!lerTrecho(arquivo_.fd(), 0, std::min(quanto, tamanho_), conteudo.bytes)) {
+        if (!lerTrecho(arquivo_, 0, std::min(quanto, tamanho_), conteudo.bytes)) {
             falhouArquivo(kNome);
             return Leitura::kFalha;
         }
@@ -193,22 +179,18 @@ bool Diario::segue(const RegistroDiario &registro) const {
 }
 
 bool Diario::emDia() {
-    struct stat dados {};
-    if (!arquivo_.aberto() || ::fstat(arquivo_.fd(), &dados) != 0 || dados.st_nlink == 0 ||
-        !arquivo_.ehOGuardado(dados) || !Vez::estender(arquivo_))
+    const auto dados = arquivo_.aberto() ? arquivo_.situacao() : std::nullopt;
+    if (!dados || dados->st_nlink == 0 || !arquivo_.ehOGuardado(*dados) || !Vez::estender(arquivo_))
         return false;
     // A record, with or without its stamps, would have taken the place of those that stood there;
     // whoever empties the journal writes others there.
     std::array<char, kSetor> bytes;
-    const ssize_t lidos = insistir([&] {
-        return ::pread(arquivo_.fd(), bytes.data(), bytes.size(), static_cast<off_t>(fim_));
-    });
+    const ssize_t lidos = arquivo_.ler(bytes, fim_);
     return lidos >= 0 && std::string_view(bytes.data(), static_cast<std::size_t>(lidos)) == setor_;
 }
 
 bool Diario::temSeuNome() const {
-    struct stat dados {};
-    return ::stat(fnConfigurarPath(kNome).c_str(), &dados) == 0 && dados.st_ino == ultimo_.lugar.no;
+    return noDe(fnConfigurarPath(kNome)) == ultimo_.lugar.no;
 }
 
 RegistroDiario Diario::preparar(std::vector<MudancaDiario> mudancas,
@@ -222,7 +204,7 @@ RegistroDiario Diario::preparar(std::vector<MudancaDiario> mudancas,
 }
 
 bool Diario::descarregar() {
-    return insistir([&] { return ::fdatasync(arquivo_.fd()); }) == 0 || falhouArquivo(kNome);
+    return arquivo_.descarregarBytes() || falhouArquivo(kNome);
 }
 
 bool Diario::acrescentar(const std::string &registro) {

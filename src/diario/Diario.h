@@ -13,7 +13,7 @@
 #pragma once
 
 #include "diario/RegistroDiario.h"
-#include "disco/Descritor.h"
+#include "disco/Identidade.h"
 
 #include <string>
 #include <vector>

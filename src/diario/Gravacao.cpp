@@ -2,8 +2,8 @@
 #include "diario/Gravacao.h"
 
 #include "diario/Gravador.h"
-#include "disco/Descritor.h"
 #include "disco/Diretorio.h"
+#include "disco/Identidade.h"
 #include "disco/Trava.h"
 #include "recusa/Recusa.h"
 #include "zel_felbor/codigos.h"

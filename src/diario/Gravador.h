@@ -4,7 +4,6 @@
 #pragma once
 
 #include "diario/Diario.h"
-#include "disco/Descritor.h"
 #include "disco/Identidade.h"
 
 #include <cstddef>

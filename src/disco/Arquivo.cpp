@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "disco/Arquivo.h"
 
-#include "disco/Descritor.h"
 #include "recusa/Recusa.h"
 #include "zel_felbor/codigos.h"
 
@@ -59,8 +58,7 @@ bool trocarDeLugar(const std::string &a, const std::string &b) {
 // Flushes a directory. Some network file systems cannot do that and say so with EINVAL; a directory
 // that may be written but not read cannot be opened for it by this process.
 bool descarregar(const Descritor &diretorio) {
-    return !diretorio.aberto() || insistir([&] { return ::fsync(diretorio.fd()); }) == 0 ||
-           errno == EINVAL;
+    return !diretorio.aberto() || diretorio.descarregar() || errno == EINVAL;
 }
 
 bool descarregarNomes(const std::string &caminho) {
@@ -127,8 +125,7 @@ bool escreverNovo(const std::string &caminho, std::string_view conteudo, Acesso 
     const bool escrito =
         arquivo.aberto() &&
         (acesso == Acesso::kUmask || !antigo || herdarPermissoes(arquivo, *antigo)) &&
-        arquivo.escrever(conteudo) &&
-        (descarga == Descarga::kNenhuma || insistir([&] { return ::fsync(arquivo.fd()); }) == 0) &&
+        arquivo.escrever(conteudo) && (descarga == Descarga::kNenhuma || arquivo.descarregar()) &&
         arquivo.fechar();
     return escrito || falhouArquivo(caminho);
 }
@@ -174,7 +171,7 @@ int sobrescrever(const std::string &caminho, std::string_view conteudo) {
         const auto tamanho = static_cast<off_t>(texto.size());
         return arquivo.escrever(texto, 0) &&
                insistir([&] { return ::ftruncate(arquivo.fd(), tamanho); }) == 0 &&
-               insistir([&] { return ::fsync(arquivo.fd()); }) == 0;
+               arquivo.descarregar();
     };
     if (escrever(conteudo)) return ZEL_OK;
     const int codigo = arquivoIndisponivel(caminho);
@@ -193,32 +190,18 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao li
         falhouArquivo(caminho);
         return errno == ENOENT ? Leitura::kInexistente : Leitura::kFalha;
     }
-    struct stat dados {};
-    const bool conhecido = ::fstat(arquivo.fd(), &dados) == 0;
-    if (!conhecido || !S_ISREG(dados.st_mode)) {
-        conhecido ? naoEhArquivo(caminho) : falhouArquivo(caminho);
+    const auto dados = arquivo.situacao();
+    if (!dados || !S_ISREG(dados->st_mode)) {
+        dados ? naoEhArquivo(caminho) : falhouArquivo(caminho);
         return Leitura::kFalha;
     }
-    if (identidade != nullptr) *identidade = identidadeDe(dados);
-
-    // One byte more than the file holds, so that the end is met in the same read.
-    const auto esperados = static_cast<std::size_t>(dados.st_size);
-    std::size_t lidos = 0;
-    conteudo.resize(esperados + 1);
-    for (;;) {
-        const ssize_t parte = insistir(
-            [&] { return ::read(arquivo.fd(), conteudo.data() + lidos, conteudo.size() - lidos); });
-        if (parte < 0) {
-            falhouArquivo(caminho);
-            conteudo.clear();
-            return Leitura::kFalha;
-        }
-        lidos += static_cast<std::size_t>(parte);
-        if (parte == 0 || lidos == esperados) break;
-        if (lidos == conteudo.size()) conteudo.resize(conteudo.size() * 2);
-    }
-    conteudo.resize(lidos);
-    return Leitura::kLido;
+    if (identidade != nullptr) *identidade = identidadeDe(*dados);
+    constexpr auto kSemLimite = static_cast<std::size_t>(-1) / 2;
+    if (arquivo.lerTudo(conteudo, static_cast<std::size_t>(dados->st_size), kSemLimite))
+        return Leitura::kLido;
+    falhouArquivo(caminho);
+    conteudo.clear();
+    return Leitura::kFalha;
 }
 
 int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
@@ -297,9 +280,8 @@ bool instalarRascunho(const Rascunho &rascunho) {
 
 Descritor abrirNoLugar(const std::string &caminho, Ligacao ligacao) {
     Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK | naoSeguir(ligacao));
-    struct stat dados {};
-    if (arquivo.aberto() && ::fstat(arquivo.fd(), &dados) == 0)
-        arquivo.guardar(dados);
+    if (const auto dados = arquivo.aberto() ? arquivo.situacao() : std::nullopt)
+        arquivo.guardar(*dados);
     else
         falhouArquivo(caminho);
     return arquivo;
@@ -312,8 +294,7 @@ bool escreverNoLugar(const Descritor &arquivo, std::size_t lugar, std::string_vi
 bool descarregarArquivo(const std::string &caminho, Ligacao ligacao) {
     const std::string destino = destinoDe(caminho, ligacao);
     const Descritor arquivo(destino.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
-    if (!arquivo.aberto() || insistir([&] { return ::fsync(arquivo.fd()); }) != 0)
-        return falhouArquivo(destino);
+    if (!arquivo.aberto() || !arquivo.descarregar()) return falhouArquivo(destino);
     return destino == caminho || descarregarDiretorio(destino);
 }
 

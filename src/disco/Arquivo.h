@@ -5,10 +5,11 @@
 // repeated. What answers ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL is handed on as it is; what answers
 // false has kept the file and errno for whoever refuses (Recusa.h). Where a disk that refuses to be
 // flushed refuses the way back as well, the change stands and is answered as done: a refused sale
-// must not come back to life with the next process. Knows nothing of what the files hold.
+// must not come back to life with the next process. That, the modes that a file keeps, links that
+// are not followed, scratch files that take no memory and the reason of a refusal are what
+// comum/Arquivo.h does without. Knows nothing of what the files hold.
 #pragma once
 
-#include "disco/Descritor.h"
 #include "disco/Identidade.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "disco/ArquivoLog.h"
 
-#include "disco/Descritor.h"
+#include "disco/Identidade.h"
 #include "disco/LogDescritor.h"
 #include "disco/LogSinais.h"
 
@@ -55,11 +55,11 @@ enum class Giro { kFeito, kDeOutro, kImpossivel };
 Giro girar(const Descritor &arquivo, const std::string &caminho) {
     if (::flock(arquivo.fd(), LOCK_EX | LOCK_NB) != 0)
         return errno == EWOULDBLOCK ? Giro::kDeOutro : Giro::kImpossivel;
-    struct stat este {
-    }, ali{};
-    if (::fstat(arquivo.fd(), &este) != 0) return Giro::kImpossivel;
-    const bool saiu = ::lstat(caminho.c_str(), &ali) != 0 || ali.st_ino != este.st_ino ||
-                      ali.st_dev != este.st_dev;
+    const auto este = arquivo.situacao();
+    if (!este) return Giro::kImpossivel;
+    struct stat ali {};
+    const bool saiu = ::lstat(caminho.c_str(), &ali) != 0 || ali.st_ino != este->st_ino ||
+                      ali.st_dev != este->st_dev;
     const bool feito =
         saiu || ::rename(caminho.c_str(), std::string(caminho).append(kAnterior).c_str()) == 0 ||
         ::ftruncate(arquivo.fd(), 0) == 0;
@@ -70,10 +70,10 @@ void acrescentar(const std::string &caminho, const std::string &linha) {
     constexpr int kTentativas = 3;
     for (int vez = 0; vez < kTentativas; ++vez) {
         const Descritor arquivo = abrirArquivo(caminho);
-        struct stat dados {};
-        if (!arquivo.aberto() || ::fstat(arquivo.fd(), &dados) != 0) return;
-        const off_t tamanho = dados.st_size + static_cast<off_t>(linha.size());
-        if (!S_ISREG(dados.st_mode) || tamanho <= kMaximo)
+        const auto dados = arquivo.aberto() ? arquivo.situacao() : std::nullopt;
+        if (!dados) return;
+        const off_t tamanho = dados->st_size + static_cast<off_t>(linha.size());
+        if (!S_ISREG(dados->st_mode) || tamanho <= kMaximo)
             return escreverLinha(arquivo.fd(), linha);
         const Giro giro = girar(arquivo, caminho);
         // Wherever the other one puts the file, the line goes with it.

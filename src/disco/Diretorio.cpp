@@ -50,6 +50,12 @@ std::string fnConfigurarPath(std::string_view nome) {
     return std::string(diretorioDeDados).append(nome);
 }
 
+std::string diretorioSemLigacoes() {
+    const std::string diretorio = fnConfigurarPath("");
+    std::array<char, PATH_MAX> real{};
+    return ::realpath(diretorio.c_str(), real.data()) != nullptr ? real.data() : diretorio;
+}
+
 void esquecerDiretorio() {
     diretorioDeDados.clear();
 }

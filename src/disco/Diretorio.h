@@ -15,6 +15,9 @@ namespace zel {
 // application's working directory about) and the process has no more rights than its user.
 std::string fnConfigurarPath(std::string_view nome);
 
+// Its path without links and dots; as it is where the system cannot say.
+std::string diretorioSemLigacoes();
+
 // Chooses the data directory anew at the next call, as a new process would.
 void esquecerDiretorio();
 

@@ -56,11 +56,10 @@ Leitura identificar(const std::string &caminho, Ligacao ligacao, Identidade &ide
 }
 
 bool identificar(const Descritor &arquivo, Identidade &identidade) {
-    struct stat dados {};
-    if (!arquivo.aberto() || ::fstat(arquivo.fd(), &dados) != 0 || !S_ISREG(dados.st_mode) ||
-        dados.st_nlink == 0 || !arquivo.ehOGuardado(dados))
+    const auto dados = arquivo.aberto() ? arquivo.situacao() : std::nullopt;
+    if (!dados || !S_ISREG(dados->st_mode) || dados->st_nlink == 0 || !arquivo.ehOGuardado(*dados))
         return false;
-    identidade = identidadeDe(dados);
+    identidade = identidadeDe(*dados);
     return true;
 }
 
@@ -77,6 +76,12 @@ bool marcarEscrita(const Descritor &arquivo, Identidade &identidade) {
     return identificar(arquivo, identidade) && marcada &&
            identidade.escrita == emNanossegundos(momento) &&
            identidade.escrita != identidade.mudanca;
+}
+
+std::optional<std::uint64_t> noDe(const std::string &caminho) {
+    struct stat dados {};
+    if (::stat(caminho.c_str(), &dados) != 0) return {};
+    return dados.st_ino;
 }
 
 Identidade identificarDiretorio(const std::string &caminho) {

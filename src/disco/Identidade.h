@@ -3,13 +3,17 @@
 // without reading it. Knows nothing of what files hold.
 #pragma once
 
-#include "disco/Descritor.h"
+#include "comum/Descritor.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <sys/stat.h>
 
 namespace zel {
+
+using comum::Descritor;
+using comum::insistir;
 
 // What becomes of a symbolic link in the place of a file. Not followed, it cannot be read, and a
 // new file takes its place: whoever may write in the directory must not be able to send a host with
@@ -51,6 +55,9 @@ bool assentada(const Identidade &identidade);
 // writer leaves: their changes show, even those within the same tick. False where the file system
 // keeps no such times, or the file is somebody else's; `identidade` is the file's either way.
 bool marcarEscrita(const Descritor &arquivo, Identidade &identidade);
+
+// The inode under a name, links followed; none when that cannot be known.
+std::optional<std::uint64_t> noDe(const std::string &caminho);
 
 // The identity of a directory, whose path ends in "/": another one after each change of names.
 Identidade identificarDiretorio(const std::string &caminho);

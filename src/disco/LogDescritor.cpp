@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "disco/LogDescritor.h"
 
-#include "disco/Descritor.h"
+#include "disco/Identidade.h"
 #include "disco/LogSinais.h"
 #include "texto/Numero.h"
 

@@ -3,7 +3,6 @@
 
 #include "disco/Arquivo.h"
 #include "disco/ArquivoLog.h"
-#include "disco/Descritor.h"
 #include "disco/Diretorio.h"
 #include "recusa/Mascara.h"
 #include "recusa/Recusa.h"
@@ -62,18 +61,17 @@ void adequarPermissoes(const Descritor &arquivo, const std::string &caminho) {
 // The lock file open in this process, and still the one that was opened.
 bool pronta() {
     if (!travas.arquivo.aberto() || travas.processo != ::getpid()) return false;
-    struct stat dados {};
-    return ::fstat(travas.arquivo.fd(), &dados) == 0 && dados.st_nlink > 0 &&
-           travas.arquivo.ehOGuardado(dados);
+    const auto dados = travas.arquivo.situacao();
+    return dados && dados->st_nlink > 0 && travas.arquivo.ehOGuardado(*dados);
 }
 
 Descritor abrir(const std::string &caminho, int modo) {
     constexpr int kModo = O_RDWR | O_NOFOLLOW | O_NONBLOCK;
     Descritor arquivo(caminho.c_str(), kModo | modo, 0600);
-    struct stat dados {};
     if (!arquivo.aberto()) return arquivo;
-    if (::fstat(arquivo.fd(), &dados) != 0) return {};
-    arquivo.guardar(dados);
+    const auto dados = arquivo.situacao();
+    if (!dados) return {};
+    arquivo.guardar(*dados);
     return arquivo;
 }
 

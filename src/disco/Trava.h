@@ -6,7 +6,7 @@
 // locks every process has both, and the log says so.
 #pragma once
 
-#include "disco/Descritor.h"
+#include "disco/Identidade.h"
 
 #include <cstdint>
 

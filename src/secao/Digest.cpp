@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "secao/Digest.h"
 
+#include "comum/Base64.h"
 #include "recusa/Recusa.h"
 #include "secao/Parser.h"
 #include "texto/Codificacao.h"
@@ -35,7 +36,7 @@ int fnGerarDigestValue(std::string_view xml, std::string &digest, Codificacao co
     auto canonico = documento.canonicalizeNFSubTree();
     if (!canonico) return recusar(Motivo::kDocumentoSemForma);
     if (codificacao == Codificacao::kLatin1) canonico = fnParseToUtf8(*canonico);
-    digest = codificarBase64(fnConvertToSHA1(*canonico));
+    digest = comum::base64(fnConvertToSHA1(*canonico));
     return ZEL_OK;
 }
 

@@ -68,12 +68,6 @@ std::string fnConvertSHA1_HEXA(std::string_view sha1) {
     return hexa;
 }
 
-std::string codificarBase64(std::string_view bytes) {
-    std::string base64(BASE64_ENCODE_RAW_LENGTH(bytes.size()), '\0');
-    base64_encode_raw(base64.data(), bytes.size(), bytesDe(bytes));
-    return base64;
-}
-
 std::optional<std::string> fnParseBase64ToUtf8(std::string_view base64) {
     std::string bytes(BASE64_DECODE_LENGTH(base64.size()), '\0');
     std::size_t tamanho = bytes.size();

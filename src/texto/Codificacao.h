@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Other written forms of the same bytes: UTF-8 of Latin-1 text, hexadecimal, base64, and the SHA-1
-// digest of a text. The library used for SHA-1 and base64 is known to this room alone.
+// Other written forms of the same bytes: UTF-8 of Latin-1 text, hexadecimal, the bytes of a
+// base64 text, and the SHA-1 digest of a text. The library used for both is known here alone.
 #pragma once
 
 #include <cstddef>
@@ -24,9 +24,6 @@ std::string fnConvertToSHA1(std::string_view texto);
 
 // Upper-case hexadecimal of a digest, two digits a byte.
 std::string fnConvertSHA1_HEXA(std::string_view sha1);
-
-// Base64 with the standard alphabet and "=" padding, on one line.
-std::string codificarBase64(std::string_view bytes);
 
 // The bytes of a base64 text; blanks and line ends inside it are skipped. None when it is malformed
 // (a foreign character, missing padding, text after the padding).

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The PDFs: what is drawn from which mark-up, where lines and pages break, and that no document can
 // make the library write anywhere else.
+#include "comum/Base64.h"
 #include "impressao/PdfDanfe.h"
 #include "impressao/PdfListagem.h"
 #include "impressao/ZEL_PDF.h"
@@ -139,13 +140,13 @@ TEST_F(Pdf, quebra_de_pagina_nao_perde_linha_nem_tamanho) {
 TEST_F(Pdf, documento_listado_em_qualquer_envoltorio_e_codificacao) {
     const std::string utf8 =
         "<NFe><infNFe versao='3.10' Id=' " + kId + " '><xNome>Pão</xNome></infNFe></NFe>";
-    const std::string base64 = codificarBase64(autorizada());
+    const std::string base64 = comum::base64(autorizada());
     const std::string_view nome = ">\n                <xNome>Pão &amp; Cia Ltda</xNome>\n"_l1;
     const std::string_view curto = ">\n        <xNome>Pão</xNome>\n"_l1;
     const std::tuple<std::string_view, std::string, std::string_view> casos[] = {
         {"DocXML", base64, nome},
-        {"DocXML", codificarBase64("<?xml version=\"1.0\"?><!-- x -->" + utf8), curto},
-        {"DocXML", codificarBase64(substituirAll(utf8, "Pão", "Pão"_l1)), curto},
+        {"DocXML", comum::base64("<?xml version=\"1.0\"?><!-- x -->" + utf8), curto},
+        {"DocXML", comum::base64(substituirAll(utf8, "Pão", "Pão"_l1)), curto},
         {"DocXMLBase64", "<R><DocXmlBase64>" + base64 + "</DocXmlBase64></R>", nome},
     };
     for (const auto &[origem, conteudo, linha] : casos) {
@@ -159,17 +160,17 @@ TEST_F(Pdf, documento_listado_em_qualquer_envoltorio_e_codificacao) {
 
 TEST_F(Pdf, documento_ou_nome_recusado_nao_grava_arquivo) {
     const std::string inteira = autorizada();
-    const std::string base64 = codificarBase64(inteira);
+    const std::string base64 = comum::base64(inteira);
     const auto antes = arquivos();
     for (const auto &xml :
          {substituirAll(inteira, kId, "NFe../../../tmp/x"), substituirAll(inteira, kId, kId + "0"),
           substituirAll(inteira, kId, kId.substr(0, 46) + "/"),
           substituirAll(inteira, " Id=", " id="), substituirAll(inteira, "infNFe", "outro"),
           inteira.substr(0, inteira.size() / 2), std::string()}) {
-        EXPECT_EQ(fnGerarPDF("DocXML", codificarBase64(xml)), ZEL_RECUSADO) << xml;
-        EXPECT_EQ(gerarDanfe(codificarBase64(xml)), ZEL_RECUSADO) << xml;
+        EXPECT_EQ(fnGerarPDF("DocXML", comum::base64(xml)), ZEL_RECUSADO) << xml;
+        EXPECT_EQ(gerarDanfe(comum::base64(xml)), ZEL_RECUSADO) << xml;
     }
-    EXPECT_EQ(gerarDanfe(codificarBase64(nota())),
+    EXPECT_EQ(gerarDanfe(comum::base64(nota())),
               ZEL_RECUSADO); // not authorized
     EXPECT_EQ(gerarDanfe("*" + base64), ZEL_RECUSADO);
     EXPECT_EQ(fnGerarPDF("DocXMLBase64", base64), ZEL_RECUSADO);
@@ -181,7 +182,7 @@ TEST_F(Pdf, documento_ou_nome_recusado_nao_grava_arquivo) {
 TEST_F(Pdf, cupom_nao_deixa_copia_de_trabalho_e_diz_as_falhas) {
     const std::string infAdic = "<infAdic><infCpl>[b]Volte[/b] sempre</infCpl></infAdic></infNFe>";
     const std::string documento = autorizada(trocar(nota(), "</infNFe>", infAdic));
-    const std::string base64 = codificarBase64(documento), arquivo = kId + "_DANFE.pdf";
+    const std::string base64 = comum::base64(documento), arquivo = kId + "_DANFE.pdf";
     ASSERT_EQ(gerarDanfe(base64), ZEL_OK);
     EXPECT_FALSE(existe("danfe_pdf_temp.xml"));
     const std::string texto = semMarcas(lerDesenho(pasta.ler(arquivo)));

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Encodings, codes, accents and layouts: tables of what goes in and what has to come out.
+#include "comum/Base64.h"
 #include "comum/ChaveAcesso.h"
 #include "texto/Acentuacao.h"
 #include "texto/Codificacao.h"

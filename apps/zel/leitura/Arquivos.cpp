@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "leitura/Arquivos.h"
 
+#include "comum/Descritor.h"
+
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -17,28 +19,14 @@ namespace {
 constexpr const char *kTrava = "ZEL_Framework.trava";
 constexpr off_t kLugarDoCupom = 1; // byte of the lock file, the library's choice
 
-// An open file, closed at the end of its life.
-class Descritor {
-public:
-    explicit Descritor(const std::string &caminho)
-        : fd_(::open(caminho.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {}
-    ~Descritor() {
-        if (fd_ >= 0) ::close(fd_);
-    }
-    Descritor(const Descritor &) = delete;
-    Descritor &operator=(const Descritor &) = delete;
-    int fd() const { return fd_; }
-
-private:
-    int fd_;
-};
-
 std::string motivoDoErro(int erro) {
     switch (erro) {
     case EACCES:
         return "sem permissão";
     case ENOENT:
         return "não existe";
+    case EFBIG:
+        return "é grande demais";
     case ENAMETOOLONG:
         return "nome longo demais";
     case EIO:
@@ -53,27 +41,20 @@ std::string motivoDoErro(int erro) {
 Leitura lerArquivo(const std::string &caminho, std::size_t maximo, std::string &conteudo,
                    std::string &motivo) {
     conteudo.clear();
-    const Descritor arquivo(caminho);
-    struct stat dados {};
-    if (arquivo.fd() < 0 || ::fstat(arquivo.fd(), &dados) != 0) {
+    const comum::Descritor arquivo(caminho, O_RDONLY | O_NONBLOCK);
+    const auto dados = arquivo.aberto() ? arquivo.situacao() : std::nullopt;
+    if (!dados) {
         motivo = motivoDoErro(errno);
         return errno == ENOENT ? Leitura::kInexistente : Leitura::kFalha;
     }
-    if (!S_ISREG(dados.st_mode)) {
+    if (!S_ISREG(dados->st_mode)) {
         motivo = "não é um arquivo comum";
         return Leitura::kFalha;
     }
-    std::array<char, 65536> bloco;
-    for (;;) {
-        const ssize_t lidos = ::read(arquivo.fd(), bloco.data(), bloco.size());
-        if (lidos < 0 && errno == EINTR) continue;
-        if (lidos < 0) motivo = motivoDoErro(errno);
-        if (lidos <= 0) return lidos == 0 ? Leitura::kLido : Leitura::kFalha;
-        conteudo.append(bloco.data(), static_cast<std::size_t>(lidos));
-        if (conteudo.size() <= maximo) continue;
-        motivo = "é grande demais";
-        return Leitura::kFalha;
-    }
+    if (arquivo.lerTudo(conteudo, static_cast<std::size_t>(dados->st_size), maximo))
+        return Leitura::kLido;
+    motivo = motivoDoErro(errno);
+    return Leitura::kFalha;
 }
 
 DadosArquivo olhar(const std::string &caminho) {
@@ -109,8 +90,8 @@ std::optional<std::string> diretorioInteiro(const std::string &caminho) {
 }
 
 bool cupomComOutroProcesso(const std::string &diretorio) {
-    const Descritor trava(diretorio + kTrava);
-    if (trava.fd() < 0) return false;
+    const comum::Descritor trava(diretorio + kTrava, O_RDONLY | O_NONBLOCK);
+    if (!trava.aberto()) return false;
     struct flock pedido {};
     pedido.l_type = F_WRLCK;
     pedido.l_whence = SEEK_SET;

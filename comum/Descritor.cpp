@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "disco/Descritor.h"
+#include "comum/Descritor.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-namespace zel {
+namespace zel::comum {
 
 namespace {
 
@@ -50,6 +47,44 @@ Descritor &Descritor::operator=(Descritor &&outro) noexcept {
     return *this;
 }
 
+std::optional<struct stat> Descritor::situacao() const {
+    struct stat dados {};
+    if (::fstat(fd_, &dados) != 0) return {};
+    return dados;
+}
+
+ssize_t Descritor::ler(std::span<char> bytes, std::size_t lugar) const {
+    std::size_t lidos = 0;
+    while (lidos < bytes.size()) {
+        const ssize_t parte = insistir([&] {
+            return ::pread(fd_, bytes.data() + lidos, bytes.size() - lidos,
+                           static_cast<off_t>(lugar + lidos));
+        });
+        if (parte < 0) return -1;
+        if (parte == 0) break;
+        lidos += static_cast<std::size_t>(parte);
+    }
+    return static_cast<ssize_t>(lidos);
+}
+
+bool Descritor::lerTudo(std::string &conteudo, std::size_t esperados, std::size_t maior) const {
+    std::size_t lidos = 0;
+    ssize_t parte = 1;
+    // One byte more than the file holds, so that the end is met in the same read.
+    if (esperados <= maior) conteudo.resize(esperados + 1);
+    while (esperados <= maior && lidos <= maior && parte != 0) {
+        parte =
+            insistir([&] { return ::read(fd_, conteudo.data() + lidos, conteudo.size() - lidos); });
+        if (parte < 0) return false;
+        lidos += static_cast<std::size_t>(parte);
+        if (lidos == esperados) parte = 0;
+        if (lidos == conteudo.size()) conteudo.resize(conteudo.size() * 2);
+    }
+    conteudo.resize(lidos);
+    if (esperados > maior || lidos > maior) errno = EFBIG;
+    return esperados <= maior && lidos <= maior;
+}
+
 bool Descritor::escrever(std::string_view bytes) const {
     while (!bytes.empty()) {
         const ssize_t escritos = insistir([&] { return ::write(fd_, bytes.data(), bytes.size()); });
@@ -70,13 +105,23 @@ bool Descritor::escrever(std::string_view bytes, std::size_t lugar) const {
     return true;
 }
 
+bool Descritor::descarregar() const {
+    return insistir([&] { return ::fsync(fd_); }) == 0;
+}
+
+bool Descritor::descarregarBytes() const {
+    return insistir([&] { return ::fdatasync(fd_); }) == 0;
+}
+
 bool Descritor::fechar() {
-    struct stat dados {};
-    // A disk that refuses to say which file it is does not make it somebody else's.
-    if (guardado_ && (::fstat(fd_, &dados) == 0 ? !ehOGuardado(dados) : errno == EBADF)) soltar();
+    if (guardado_) {
+        // A disk that refuses to say which file it is does not make it somebody else's.
+        const auto dados = situacao();
+        if (dados ? !ehOGuardado(*dados) : errno == EBADF) soltar();
+    }
     const int resultado = fd_ >= 0 ? ::close(fd_) : 0;
     soltar();
     return resultado == 0 || errno == EINTR;
 }
 
-} // namespace zel
+} // namespace zel::comum
