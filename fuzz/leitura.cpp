@@ -23,10 +23,11 @@ void jogar(std::string_view texto) {
 
     const ST_PersitenceXML_ZEL emCurso;
     DadosImpressao impressao;
+    TotalImposto total;
     CupomFiscal cf;
     std::string itens;
     std::string saida;
-    if (parseXMLCupomFiscal(impressao, xml, retorno, cf)) {
+    if (parseXMLCupomFiscal(impressao, total, xml, retorno, cf)) {
         std::size_t maiorDescricao = 0;
         for (const Item &item : cf.Itens)
             maiorDescricao =
@@ -38,7 +39,7 @@ void jogar(std::string_view texto) {
                                   100 * cf.Pagamentos.size());
     }
     const int tipo = escolha & 4 ? 5 : 1;
-    const int codigo =
-        fnGerarArquivoFormatadoNF(emCurso, impressao, {xml, retorno, "", colunas, tipo}, saida);
+    const int codigo = fnGerarArquivoFormatadoNF(emCurso, impressao, total,
+                                                 {xml, retorno, "", colunas, tipo}, saida);
     exigir(pronta == ZEL_OK && (codigo == ZEL_OK || (codigo == ZEL_RECUSADO && saida.empty())));
 }

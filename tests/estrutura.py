@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Who includes whom, and the licence line of every source. Rooms include downwards only; unit tests,
+"""Who includes whom, who asks the system for files, and the licence line of every source. Rooms include downwards only; unit tests,
 black-box tests, fault tests, fuzz targets and benchmarks share what stands in tests/apoio and
 include nothing of each other. Each rule is tried on a line that breaks it, too."""
 import re
@@ -48,6 +48,13 @@ SALAS = {
     "apps/zel/principal": {"comandos", "leitura"},
 }
 COM_PASTA = ("comum/", "src/", "apps/zel/")
+# Where the system is asked for files: calls of these names elsewhere are reported.
+CHAMADAS = re.compile(
+    r"(?<![\w>])::(open|openat|creat|read|write|pread|pwrite|readv|writev|fsync|fdatasync|syncfs|sync|rename\w*|"
+    r"unlink\w*|link|symlink|readlink|realpath|l?stat|fstat\w*|f?truncate|f?chmod|f?chown|opendir|readdir|mkdir|"
+    r"rmdir|futimens|utimensat|flock|access|faccessat|mkstemp|mkdtemp|fopen)\s*\(|"
+    r"\bstd::(fopen|remove|rename|[io]?fstream|filesystem)\b")
+SEM_CHAMADAS = {"src/": ("src/disco/",), "cupom/src/": ("cupom/src/Saida.", "cupom/src/Conexao.", "cupom/src/Estado.")}
 # The public headers, whole, and who includes them.
 PUBLICOS = {"ZEL_FelborFramework.h": ("src/api/", "apps/zel/"), "zel_cupom.h": ("apps/zel/comandos/",),
             "zel_envio.h": ("apps/zel/comandos/",)}
@@ -65,6 +72,8 @@ def proibido(caminho, incluido):
     primeiro = incluido.split("/")[0] if "/" in incluido else ""
     if not primeiro and caminho.startswith(COM_PASTA) and not caminho.startswith(PUBLICOS.get(incluido, ())):
         return "a public header that this room does without" if incluido in PUBLICOS else "a name without its folder"
+    if not primeiro and caminho.startswith("cupom/") and not list((RAIZ / "cupom").glob(f"*/{incluido}")):
+        return "no file of cupom"
     for pasta, permitidas in SALAS.items():
         if caminho.startswith((pasta + "/", pasta + ".")) and primeiro and primeiro not in permitidas:
             return f"{pasta} does not know {primeiro}"
@@ -89,6 +98,16 @@ def inclusoes(caminho, texto):
             yield f"{caminho}:{numero}: {achada[1]}: {motivo}"
 
 
+def chamadas(caminho, texto):
+    for pasta, livres in SEM_CHAMADAS.items():
+        if not caminho.startswith(pasta) or caminho.startswith(livres):
+            continue
+        for numero, linha in enumerate(texto.splitlines(), 1):
+            achada = CHAMADAS.search(linha.split("//")[0])
+            if achada:
+                yield f"{caminho}:{numero}: {achada[0]}: files are {livres[0]}'s"
+
+
 def sem_licenca(caminho, texto):
     codigo = Path(caminho).suffix in FONTES or texto.startswith("#!")
     if codigo and LICENCA not in "\n".join(texto.splitlines()[:2]):
@@ -108,7 +127,7 @@ def fontes():
 
 QUEBRADAS = [
     ("src/texto/Texto.cpp", '#include "recusa/Recusa.h"'),
-    ("src/recusa/Log.cpp", '#include "disco/Descritor.h"'),
+    ("src/recusa/Log.cpp", '#include "disco/Identidade.h"'),
     ("src/secao/Tag.cpp", '#include "config/Registro.h"'),
     ("src/emcurso/Carga.cpp", '#include "emissao/Cabecalho.h"'),
     ("src/imposto/Grupo.cpp", '#include "emissao/Cabecalho.h"'),
@@ -121,6 +140,7 @@ QUEBRADAS = [
     ("apps/zel/conferencia/Regras.cpp", '#include "zel_envio.h"'),
     ("apps/zel/principal.cpp", '#include "conferencia/Regras.h"'),
     ("cupom/src/Saida.cpp", '#include "disco/Arquivo.h"'),
+    ("cupom/src/Saida.cpp", '#include "ZEL_FelborFramework.h"'),
     ("envio/src/traducao/Somas.cpp", '#include "assinatura/Certificado.h"'),
     ("apps/zel-envio/Telas.cpp", '#include "traducao/Motor.h"'),
     ("comum/Arquivo.cpp", '#include "texto/Texto.h"'),
@@ -129,15 +149,22 @@ QUEBRADAS = [
     ("fuzz/pdf.cpp", '#include "unit/impressao_apoio.h"'),
     ("tests/apoio/Retorno.h", '#include "blackbox/Caixa.h"'),
 ]
+CHAMADAS_QUEBRADAS = [
+    ("src/diario/Diario.cpp", "    if (::fsync(fd) != 0) return false;"),
+    ("src/impressao/ZEL_PDF.cpp", "    std::ofstream arquivo(caminho);"),
+    ("cupom/src/Fonte.cpp", "    const int fd = ::open(caminho.c_str(), O_RDONLY);"),
+]
 
 
 def principal():
     erros, quantas = [], 0
     for caminho, texto in fontes():
         quantas += 1
-        erros += [*inclusoes(caminho, texto), *sem_licenca(caminho, texto)]
+        erros += [*inclusoes(caminho, texto), *chamadas(caminho, texto), *sem_licenca(caminho, texto)]
     erros += [f"not reported: {caminho}: {linha}" for caminho, linha in QUEBRADAS
               if not list(inclusoes(caminho, linha))]
+    erros += [f"not reported: {caminho}: {linha}" for caminho, linha in CHAMADAS_QUEBRADAS
+              if not list(chamadas(caminho, linha))]
     if not list(sem_licenca("a.cpp", "// a\n")):
         erros.append("not reported: a source without its licence")
     print("\n".join(erros) or f"{quantas} files looked at")

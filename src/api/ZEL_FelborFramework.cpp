@@ -7,7 +7,6 @@
 #include "api/Quadro.h"
 #include "config/Registro.h"
 #include "disco/ArquivoCripto.h"
-#include "emcurso/InfoEstendida.h"
 #include "emcurso/Persistencia.h"
 #include "emcurso/ZEL_Controle.h"
 #include "emissao/Contingencia.h"
@@ -20,6 +19,7 @@
 #include "negocio/Cancelamento.h"
 #include "negocio/Consulta.h"
 #include "negocio/Encerramento.h"
+#include "negocio/InfoEstendida.h"
 #include "negocio/Inicializacao.h"
 #include "negocio/Inutilizacao.h"
 #include "negocio/Pagamento.h"
@@ -213,7 +213,7 @@ int aCFEstornarPagamento_ZEL(const char *formaAtual, const char *formaNova, cons
 }
 
 int aCFValorLeiImposto_ZEL(const char *valor) {
-    return quadro([&] { return fnCFValorLeiImposto_ZEL_Felbor(texto(valor)); });
+    return quadro([&] { return fnCFValorLeiImposto_ZEL_Felbor(G_szTotalImposto, texto(valor)); });
 }
 
 // ---- Closing, cancellation and requests ---------------------------------------------------------
@@ -403,6 +403,7 @@ int GerarArquivoFormatadoNF_ZEL(const char *caminhoXml, const char *caminhoRetor
     return mudancaSemQuadro([&] {
         return entregar("saida", saida, [&](std::string &resultado) {
             return fnGerarArquivoFormatadoNF(G_stXML_Persistencia, G_stDadosImpressao,
+                                             G_szTotalImposto,
                                              {texto(caminhoXml), texto(caminhoRetorno),
                                               texto(urlQrcode), colunas, tipoDocumento},
                                              resultado);
@@ -424,7 +425,8 @@ int GeraPDF_ZEL(const char *documentoBase64) {
 
 int GeraPDF_DANFE_ZEL(const char *documentoBase64) {
     return mudancaSemQuadro([&] {
-        return gerarPdfDoXml(G_stXML_Persistencia, G_stDadosImpressao, texto(documentoBase64));
+        return gerarPdfDoXml(G_stXML_Persistencia, G_stDadosImpressao, G_szTotalImposto,
+                             texto(documentoBase64));
     });
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "config/Registro.h"
 
+#include "comum/ArquivosDoCaixa.h"
 #include "diario/Gravacao.h"
 #include "disco/Arquivo.h"
 #include "disco/Diretorio.h"
@@ -37,7 +38,7 @@ struct Registro {
 // Holds the defaults from the moment the library is loaded.
 Registro G_stRegistroZEL_AUX;
 
-constexpr std::string_view kNomeArquivo = "ZEL_Framework.xml";
+constexpr std::string_view kNomeArquivo = arquivos::kConfig;
 
 std::string caminhoArquivo() {
     return fnConfigurarPath(kNomeArquivo);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "diario/Diario.h"
 
+#include "comum/ArquivosDoCaixa.h"
 #include "diario/Soma.h"
 #include "disco/Diretorio.h"
 #include "disco/Trava.h"
@@ -19,7 +20,7 @@ namespace zel {
 
 namespace {
 
-constexpr std::string_view kNome = "ZEL_Framework.diario";
+constexpr std::string_view kNome = arquivos::kDiario;
 constexpr std::size_t kTamanho = std::size_t{4} << 20; // a thousand sales
 // One that is longer was not made here, and is not read to its end.
 constexpr std::size_t kMaior = std::size_t{64} << 20;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "disco/Arquivo.h"
 
+#include "comum/ArquivosDoCaixa.h"
 #include "recusa/Recusa.h"
 #include "zel_felbor/codigos.h"
 
@@ -18,9 +19,7 @@ namespace zel {
 
 namespace {
 
-// What stands beside a file while it is replaced: the new one, and the second name of the old one.
-constexpr std::string_view kRascunho = ".novo";
-constexpr std::string_view kAntigo = ".antigo";
+using arquivos::kRascunho;
 
 std::string diretorioDe(const std::string &caminho) {
     const std::size_t barra = caminho.rfind('/');
@@ -70,8 +69,9 @@ bool descarregarNomes(const std::string &caminho) {
 // Names that are needed once a scratch file is written, when there may be no memory for them.
 struct Vizinhos {
     std::string diretorio, antigo;
-    Vizinhos(const std::string &destino, const std::string &novo)
-        : diretorio(diretorioDe(destino)), antigo(std::string(novo).append(kAntigo)) {}
+    explicit Vizinhos(const std::string &destino)
+        : diretorio(diretorioDe(destino)),
+          antigo(std::string(destino).append(arquivos::kRascunhoAntigo)) {}
 };
 
 // Puts `de` in the place of `para`, keeping the old file at hand until the directory is flushed:
@@ -208,7 +208,7 @@ int substituirArquivo(const std::string &caminho, std::string_view conteudo, Ace
                       Ligacao ligacao) {
     const Rascunho rascunho = rascunhoDe(caminho, ligacao);
     const auto &[destino, novo] = rascunho;
-    const Vizinhos vizinhos(destino, novo);
+    const Vizinhos vizinhos(destino);
     if (!escreverAoLado(rascunho, conteudo, acesso, Descarga::kJa)) return arquivoIndisponivel();
     if (tomarLugar(novo, destino, vizinhos)) return ZEL_OK;
     const int erro = errno;
@@ -327,11 +327,9 @@ void removerRascunhos(const std::string &diretorio, bool (*nosso)(std::string_vi
         ::opendir(diretorio.c_str()));
     if (!aberto) return;
     while (const dirent *entrada = ::readdir(aberto.get())) {
-        std::string_view nome = entrada->d_name;
-        if (nome.ends_with(kAntigo)) nome.remove_suffix(kAntigo.size());
-        if (!nome.ends_with(kRascunho)) continue;
-        nome.remove_suffix(kRascunho.size());
-        if (nosso(nome)) removerArquivo(diretorio + entrada->d_name);
+        const std::string_view nome = entrada->d_name;
+        const std::string_view trocado = arquivos::trocadoDe(nome);
+        if (!trocado.empty() && nosso(trocado)) removerArquivo(diretorio + entrada->d_name);
     }
 }
 

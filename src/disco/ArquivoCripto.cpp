@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "disco/ArquivoCripto.h"
 
+#include "comum/ArquivosDoCaixa.h"
 #include "disco/Arquivo.h"
 #include "disco/Diretorio.h"
 #include "recusa/Recusa.h"
@@ -13,7 +14,7 @@ namespace zel {
 
 namespace {
 
-constexpr std::string_view kUltimaDanfe = "ultimadanfe.bin";
+using arquivos::kUltimaDanfe;
 
 using Transformacao = std::string (*)(std::string_view texto, std::string_view chave);
 

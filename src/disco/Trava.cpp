@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "disco/Trava.h"
 
+#include "comum/ArquivosDoCaixa.h"
 #include "disco/Arquivo.h"
 #include "disco/ArquivoLog.h"
 #include "disco/Diretorio.h"
@@ -22,10 +23,12 @@ namespace zel {
 
 namespace {
 
-constexpr std::string_view kArquivo = "ZEL_Framework.trava";
-constexpr std::int64_t kEspera = 3'000'000'000;     // nanoseconds
-constexpr long kPausa = 1'000'000;                  // nanoseconds
-constexpr off_t kLugarDaVez = 0, kLugarDoCupom = 1; // bytes of the lock file
+using arquivos::kLugarDoCupom;
+
+constexpr std::string_view kArquivo = arquivos::kTrava;
+constexpr std::int64_t kEspera = 3'000'000'000; // nanoseconds
+constexpr long kPausa = 1'000'000;              // nanoseconds
+constexpr off_t kLugarDaVez = 0;                // byte of the lock file
 
 struct Travas {
     Descritor arquivo;
@@ -209,7 +212,8 @@ PosseDoCupom::~PosseDoCupom() {
 // taken.
 bool PosseDoCupom::tomar() {
     if (travas.vezes == 0 || !ocupada()) return false;
-    const std::string caminho = fnConfigurarPath(kArquivo), nova = caminho + ".novo";
+    const std::string caminho = fnConfigurarPath(kArquivo),
+                      nova = std::string(caminho).append(arquivos::kRascunho);
     removerArquivo(nova);
     Descritor arquivo = abrir(nova, O_CREAT | O_EXCL);
     if (!arquivo.aberto()) return falhouArquivo(nova);

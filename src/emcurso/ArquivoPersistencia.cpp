@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "emcurso/ArquivoPersistencia.h"
 
+#include "comum/ArquivosDoCaixa.h"
 #include "diario/Gravacao.h"
 #include "disco/Arquivo.h"
 #include "disco/Diretorio.h"
@@ -30,8 +31,7 @@ struct EstadoDoArquivo {
 };
 EstadoDoArquivo arquivo;
 
-constexpr std::string_view kNome = "ArqPersist.bin";
-constexpr std::string_view kNomeDanificado = "ArqPersist.bin.danificado";
+constexpr std::string_view kNome = arquivos::kCupom;
 
 std::string caminho() {
     return fnConfigurarPath(kNome);
@@ -97,8 +97,8 @@ bool guardarDanificado() {
     std::string original;
     const Leitura leitura = lerArquivo(caminho(), original, Ligacao::kNaoSeguida);
     if (leitura == Leitura::kFalha) return false;
-    if (leitura == Leitura::kLido &&
-        substituirArquivo(fnConfigurarPath(kNomeDanificado), original, Acesso::kPrivado) != ZEL_OK)
+    if (leitura == Leitura::kLido && substituirArquivo(fnConfigurarPath(arquivos::kCupomDanificado),
+                                                       original, Acesso::kPrivado) != ZEL_OK)
         return false;
     arquivo.danificado = false;
     return true;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "emcurso/Carga.h"
 
+#include "comum/ArquivosDoCaixa.h"
 #include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
 #include "diario/Gravacao.h"
@@ -14,7 +15,6 @@
 #include "texto/Texto.h"
 #include "zel_felbor/codigos.h"
 
-#include <algorithm>
 #include <string_view>
 
 namespace zel {
@@ -24,18 +24,9 @@ namespace {
 bool arquivosProntos = false;
 bool documentoCarregado = false;
 
-constexpr std::string_view kNomesDosArquivos[] = {
-    "ZEL_Framework.xml",   "ZEL_Framework.xml.danificado",
-    "ArqPersist.bin",      "ArqPersist.bin.danificado",
-    "ArqPersist.tmp",      "documentosEnvio.xml",
-    "parametrosEnvio.xml", "documentosEnvio.xml.tmp",
-    "ultimadanfe.bin",     "parametrosEnvio.xml.tmp",
-    "danfe_pdf_temp.xml",  "ZEL_Framework.trava",
-};
-
 // A file that the library writes in its data directory, where other programs may have theirs.
 bool ehDaBiblioteca(std::string_view nome) {
-    if (std::ranges::find(kNomesDosArquivos, nome) != std::end(kNomesDosArquivos)) return true;
+    if (arquivos::ehTrocado(nome)) return true;
     constexpr std::string_view kPrefixo = "NFe", kContingencia = ".ctg", kCancelamento = ".ctgCanc";
     if (nome.ends_with(".pdf") && nome.starts_with(kPrefixo))
         return ehChave(nome.substr(kPrefixo.size(), ChaveAcesso::kDigitos));
@@ -53,9 +44,8 @@ bool ehDaBiblioteca(std::string_view nome) {
 
 // What a process that died left: nobody reads it, and some of it holds personal data.
 void removerSobras() {
-    const std::string diretorio = fnConfigurarPath("");
-    removerRascunhos(diretorio, ehDaBiblioteca);
-    removerArquivo(diretorio + "danfe_pdf_temp.xml");
+    removerRascunhos(fnConfigurarPath(""), ehDaBiblioteca);
+    removerArquivo(fnConfigurarPath(arquivos::kDanfePassageiro));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "emcurso/Pendencias.h"
 
+#include "comum/ArquivosDoCaixa.h"
 #include "config/Registro.h"
 #include "disco/Arquivo.h"
 #include "disco/Diretorio.h"
@@ -94,7 +95,7 @@ bool resolver(std::string_view nome, std::string_view pendente, Pertence pertenc
 bool registrosPertencem(std::string_view esperando) {
     std::string noLugar;
     const Leitura leitura =
-        lerArquivo(fnConfigurarPath("ArqPersist.bin"), noLugar, Ligacao::kNaoSeguida);
+        lerArquivo(fnConfigurarPath(arquivos::kCupom), noLugar, Ligacao::kNaoSeguida);
     // With no file beside them, they are the only copy there is; in state 0 they are those of an
     // opening that did not happen.
     if (leitura == Leitura::kInexistente) return fnCFVerificarStatus_ZEL() != kNenhum;
@@ -105,14 +106,14 @@ bool registrosPertencem(std::string_view esperando) {
 
 bool resolverPendencias() {
     std::string documento;
-    if (lerArquivo(fnConfigurarPath("documentosEnvio.xml.tmp"), documento, Ligacao::kNaoSeguida) ==
+    if (lerArquivo(fnConfigurarPath(arquivos::kEnvioPendente), documento, Ligacao::kNaoSeguida) ==
         Leitura::kFalha)
         return false;
     // Parameters wait only while their document does.
-    return resolver("parametrosEnvio.xml", "parametrosEnvio.xml.tmp",
+    return resolver(arquivos::kParametros, arquivos::kParametrosPendentes,
                     [&](std::string_view) { return pertenceAConfiguracao(documento); }) &&
-           resolver("documentosEnvio.xml", "documentosEnvio.xml.tmp", pertenceAConfiguracao) &&
-           resolver("ArqPersist.bin", "ArqPersist.tmp", registrosPertencem);
+           resolver(arquivos::kEnvio, arquivos::kEnvioPendente, pertenceAConfiguracao) &&
+           resolver(arquivos::kCupom, arquivos::kCupomPendente, registrosPertencem);
 }
 
 } // namespace zel

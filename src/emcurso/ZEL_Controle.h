@@ -4,14 +4,13 @@
 #pragma once
 
 #include "config/Registro.h"
+#include "recusa/Estado.h"
 #include "recusa/Recusa.h"
 #include "texto/Campo.h"
 
 #include <string_view>
 
 namespace zel {
-
-enum Estado { kNenhum, kAberto, kVendendo, kTotalizado, kPagamento, kEncerrado, kCancelado };
 
 // Operation numbers of the permission rule; 4 is refused in every state.
 enum class Operacao { kAbrir, kVender, kTotalizar, kPagar, kReservada, kEncerrar, kExistente };

@@ -3,6 +3,7 @@
 // data directory.
 #pragma once
 
+#include "comum/ArquivosDoCaixa.h"
 #include "config/Registro.h"
 #include "emcurso/Persistencia.h"
 #include "emissao/Historico.h"
@@ -12,8 +13,8 @@
 
 namespace zel {
 
-inline constexpr std::string_view kArquivoDocumentos = "documentosEnvio.xml";
-inline constexpr std::string_view kArquivoParametros = "parametrosEnvio.xml";
+inline constexpr std::string_view kArquivoDocumentos = arquivos::kEnvio;
+inline constexpr std::string_view kArquivoParametros = arquivos::kParametros;
 
 // Replaces a file of the data directory whole. ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
 int fnCriarArquivoEnvio(std::string_view nome, std::string_view texto);

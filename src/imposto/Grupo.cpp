@@ -65,6 +65,12 @@ const Elemento *Grupo::elemento(std::string_view procurado) const {
     return nullptr;
 }
 
+bool Grupo::soma(std::string_view elemento) const {
+    return std::ranges::any_of(lista(), [&](const Elemento &um) {
+        return um.nome == elemento || um.nomeChave == elemento;
+    });
+}
+
 double lerNumero(std::string_view texto) {
     return lerDecimal(trocarVirgula(texto));
 }
@@ -76,6 +82,15 @@ const Grupo *procurarGrupo(std::span<const Grupo> grupos, std::string_view nome,
         if (!fonte || !grupo.fonte || grupo.fonte == fonte) return &grupo;
     }
     return nullptr;
+}
+
+std::optional<Selecao> selecionarGrupo(std::span<const Grupo> grupos, const Preset &preset) {
+    if (!preset.grupo.empty())
+        return Selecao{procurarGrupo(grupos, preset.grupo, Fonte::kConfTemp), Fonte::kConfTemp};
+    for (const auto &grupo : grupos)
+        if (grupo.escolha && !valorConfig(*grupo.escolha).empty())
+            return Selecao{&grupo, Fonte::kZelXml};
+    return {};
 }
 
 std::optional<ST_tagZEL> montarGrupo(const Grupo &grupo, const Preset *preset,

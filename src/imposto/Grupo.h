@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // What every tax group is: a row of a table that names its elements in order, where their contents
-// come from, their format and formula, and which must be filled. One builder and one rebuilder work
-// from such rows; the rows themselves stand with their taxes (GruposICMS, GruposContribuicao).
+// come from, their format and formula, which must be filled, the key that chooses it, and what it
+// adds to the totals. The rows' order is that of choice. One builder, one rebuilder and the sums
+// work from such rows; the rows themselves stand with their taxes (GruposICMS, GruposContribuicao).
 #pragma once
 
 #include "config/Catalogo.h"
 #include "imposto/Presets.h"
-#include "imposto/Selecao.h"
 #include "secao/Tag.h"
 #include "texto/Campo.h"
 
@@ -70,14 +70,27 @@ struct Elemento {
     std::optional<Chave> chave = {}; // resolved by `linhaDeGrupo`; none when it comes from the sale
 };
 
+// Where a group's codes and percentages come from: the preset or the configuration.
+enum class Fonte { kConfTemp, kZelXml };
+
 struct Grupo {
     Campo<12> nome;
     std::optional<Fonte> fonte; // none: the row serves both sources
     std::array<Elemento, 15> elementos;
     std::size_t quantidade = 0;
+    std::optional<Chave> escolha = {};  // chooses it when it is filled; none: only a preset does
+    bool aceitaVazio = false;           // without a required value the item is sold without its tax
+    std::string_view nomeNasSomas = {}; // that its values are summed under, when not its own
 
     constexpr std::span<const Elemento> lista() const { return {elementos.data(), quantidade}; }
     const Elemento *elemento(std::string_view procurado) const;
+
+    std::string_view somadoComo() const {
+        return nomeNasSomas.empty() ? nome.texto() : nomeNasSomas;
+    }
+    // Whether the element's value counts in the totals: it does in whatever group has it. One that
+    // is configured under the name counts as well: a relieved ICMS that is stored as `vICMS`.
+    bool soma(std::string_view elemento) const;
 };
 
 // The vocabulary of the tables.
@@ -141,7 +154,7 @@ constexpr Campo<64> juntar(std::initializer_list<std::string_view> partes) {
 // A row whose keys stand in the section at the path; a key that the catalogue does not have stops
 // the compilation of a constexpr table.
 constexpr Grupo linhaDeGrupo(std::string_view secao, std::string_view nome,
-                             std::initializer_list<Elemento> elementos,
+                             std::initializer_list<Elemento> elementos, std::string_view escolha,
                              std::optional<Fonte> fonte = {}) {
     Grupo grupo{.nome = nome, .fonte = fonte, .elementos = {}, .quantidade = elementos.size()};
     std::copy(elementos.begin(), elementos.end(), grupo.elementos.begin());
@@ -151,6 +164,17 @@ constexpr Grupo linhaDeGrupo(std::string_view secao, std::string_view nome,
         const auto chave = elemento.nomeChave.empty() ? elemento.nome : elemento.nomeChave;
         elemento.chave = procurarChave(juntar({onde, "\\", chave})).value();
     }
+    // A section without that key is one that no configuration can choose.
+    if (!escolha.empty() && fonte != Fonte::kConfTemp)
+        grupo.escolha = procurarChave(juntar({secao, "\\", escolha}));
+    return grupo;
+}
+constexpr Grupo aceitandoVazio(Grupo grupo) {
+    grupo.aceitaVazio = true;
+    return grupo;
+}
+constexpr Grupo somadoComo(std::string_view nome, Grupo grupo) {
+    grupo.nomeNasSomas = nome;
     return grupo;
 }
 
@@ -163,6 +187,16 @@ double lerNumero(std::string_view texto);
 // there is none. With a source, only a row that serves it.
 const Grupo *procurarGrupo(std::span<const Grupo> grupos, std::string_view nome,
                            std::optional<Fonte> fonte = {});
+
+// The group in force for an item, which an unknown name in a preset is none of, and where it comes
+// from.
+struct Selecao {
+    const Grupo *grupo;
+    Fonte fonte;
+};
+
+// The preset's group, else the first one whose key of choice is filled; none when neither is.
+std::optional<Selecao> selecionarGrupo(std::span<const Grupo> grupos, const Preset &preset);
 
 // Builds the group's tag from the preset or, when it is null, from the configuration. None when a
 // required value is missing. Empty optional numbers are written as zero, an empty optional text

@@ -50,11 +50,13 @@ constexpr Elemento qBCProdDuasCasas = calculado("qBCProd", quantidadeVendida);
 constexpr Grupo linha(const Tributo &t, std::string_view sufixo,
                       std::initializer_list<Elemento> elementos, std::optional<Fonte> fonte = {}) {
     const auto nome = juntar({t.sigla, sufixo});
-    return linhaDeGrupo(juntar({R"(IMPOSTO\)", t.sigla, R"(\)", nome}), nome, elementos, fonte);
+    return linhaDeGrupo(juntar({R"(IMPOSTO\)", t.sigla, R"(\)", nome}), nome, elementos, "CST",
+                        fonte);
 }
 
 // Groups, elements and their order: Manual de Orientação do Contribuinte 6.0, Anexo I,
-// groups Q and R (PIS), S and T (COFINS).
+// groups Q and R (PIS), S and T (COFINS). The substitution groups have no CST key, so no
+// configuration can choose them.
 constexpr std::array<Grupo, 7> linhas(const Tributo &t) {
     const Elemento pT = aliquota(t.aliquota);
     const Elemento vT = calculado(t.imposto, impostoProprio);
@@ -77,16 +79,17 @@ constexpr std::array<Grupo, 7> linhas(const Tributo &t) {
 constexpr auto kGruposPIS = linhas(kPis);
 constexpr auto kGruposCOFINS = linhas(kCofins);
 
-constexpr Grupo kISSQN = linhaDeGrupo(
-    R"(IMPOSTO\ISSQN)", "ISSQN",
-    {vBC, aliquota("vAliq"), calculado("vISSQN", impostoProprio), exigido(codigo("cMunFG", 7)),
-     exigido(codigo("cListServ", 4)), exigido(texto("cSitTrib"))});
+constexpr Grupo kISSQN = linhaDeGrupo(R"(IMPOSTO\ISSQN)", "ISSQN",
+                                      {vBC, aliquota("vAliq"), calculado("vISSQN", impostoProprio),
+                                       exigido(codigo("cMunFG", 7)),
+                                       exigido(codigo("cListServ", 4)), exigido(texto("cSitTrib"))},
+                                      {});
 
-int tratar(const Tributo &t, std::span<const Grupo> grupos, const std::optional<Selecao> &selecao,
-           const Preset &preset, const ValoresItem &valores, ST_tagZEL &imposto) {
+int tratar(const Tributo &t, const std::optional<Selecao> &selecao, const Preset &preset,
+           const ValoresItem &valores, ST_tagZEL &imposto) {
     if (!selecao) return ZEL_OK;
-    const Grupo *grupo = procurarGrupo(grupos, selecao->grupo, selecao->fonte);
-    if (!grupo) return recusar(Motivo::kGrupoDesconhecido, {.campo = selecao->grupo});
+    const Grupo *grupo = selecao->grupo;
+    if (!grupo) return recusar(Motivo::kGrupoDesconhecido, {.campo = preset.grupo});
     const bool doPreset = selecao->fonte == Fonte::kConfTemp;
     auto montado = montarGrupo(*grupo, doPreset ? &preset : nullptr, valores);
     if (!montado) return jaRecusado(Motivo::kImpostoSemValor);
@@ -133,15 +136,31 @@ int atualizar(const Tributo &t, std::span<const Grupo> grupos, ST_tagZEL tributo
 
 } // namespace
 
+std::span<const Grupo> gruposPIS() {
+    return kGruposPIS;
+}
+
+std::span<const Grupo> gruposCOFINS() {
+    return kGruposCOFINS;
+}
+
+std::optional<Selecao> fnIdentificarImpostoPIS(const Preset &preset) {
+    return selecionarGrupo(kGruposPIS, preset);
+}
+
+std::optional<Selecao> fnIdentificarImpostoCOFINS(const Preset &preset) {
+    return selecionarGrupo(kGruposCOFINS, preset);
+}
+
 int fnTratarPIS(const Preset &preset, std::string_view aliquotaVenda, std::string_view base,
                 std::string_view quantidade, ST_tagZEL &imposto) {
-    return tratar(kPis, kGruposPIS, fnIdentificarImpostoPIS(preset), preset,
-                  {aliquotaVenda, base, quantidade}, imposto);
+    return tratar(kPis, fnIdentificarImpostoPIS(preset), preset, {aliquotaVenda, base, quantidade},
+                  imposto);
 }
 
 int fnTratarCOFINS(const Preset &preset, std::string_view aliquotaVenda, std::string_view base,
                    std::string_view quantidade, ST_tagZEL &imposto) {
-    return tratar(kCofins, kGruposCOFINS, fnIdentificarImpostoCOFINS(preset), preset,
+    return tratar(kCofins, fnIdentificarImpostoCOFINS(preset), preset,
                   {aliquotaVenda, base, quantidade}, imposto);
 }
 

@@ -1,15 +1,24 @@
 // SPDX-License-Identifier: MIT
 // The PIS and COFINS groups of a goods item, one set of rows with the tax's own names, and the
-// ISSQN group of a service item. Which group it is comes from Selecao, how rows become tags from
-// Grupo. Rates, bases and quantities are decimal texts, rates in percent.
+// ISSQN group of a service item. How a row is chosen and becomes a tag is
+// Grupo's. Rates, bases and quantities are decimal texts, rates in percent.
 #pragma once
 
+#include "imposto/Grupo.h"
 #include "imposto/Presets.h"
 #include "secao/Tag.h"
 
 #include <string_view>
 
 namespace zel {
+
+// The rows, in the order of choice.
+std::span<const Grupo> gruposPIS();
+std::span<const Grupo> gruposCOFINS();
+
+// The group in force for an item with that preset of the tax.
+std::optional<Selecao> fnIdentificarImpostoPIS(const Preset &preset);
+std::optional<Selecao> fnIdentificarImpostoCOFINS(const Preset &preset);
 
 // Add the `PIS` or `COFINS` tag with the group in force to `imposto`; when no group is in force
 // they add nothing. `preset`: that of the tax. ZEL_OK; ZEL_RECUSADO when a required value of the

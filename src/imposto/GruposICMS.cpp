@@ -55,14 +55,17 @@ constexpr Elemento pCredSN = exigido(decimal("pCredSN"));
 constexpr Elemento vCredICMSSN = exigido(decimal("vCredICMSSN"));
 
 constexpr Grupo icms(std::string_view nome, std::initializer_list<Elemento> elementos) {
-    return linhaDeGrupo(juntar({R"(IMPOSTO\ICMS\)", nome}), nome, elementos);
+    return linhaDeGrupo(juntar({R"(IMPOSTO\ICMS\)", nome}), nome, elementos, "Orig");
 }
 
 // Groups, elements and their order: Manual de Orientação do Contribuinte 6.0, Anexo I,
 // group N. Two elements are not what the layout asks for and are kept: ICMS10 writes its CST with
-// seven digits, ICMS30 names its base mode "modBCS". The section check refuses both.
+// seven digits, ICMS30 names its base mode "modBCS". The section check refuses both. An item of
+// ICMS00, ICMS40 or ICMS60 is sold without its tax, with an empty `ICMS` tag, when their section
+// lacks a required value. In the sums ICMSPart has the spelling that the section check gives it;
+// what is summed as ICMSSN900 is spelt "ICMS900", so that the layout's group adds nothing: kept.
 constexpr std::array<Grupo, 17> kGrupos{
-    icms("ICMS00", {orig, CST, modBC, vBC, pICMS, vICMS}),
+    aceitandoVazio(icms("ICMS00", {orig, CST, modBC, vBC, pICMS, vICMS})),
     icms("ICMS10",
          {orig, exigido(codigo("CST", 7)), modBC, vBC, pICMS, vICMS, modBCST, exigido(pMVAST),
           exigido(pRedBCST), vBCST, pICMSST, calculado("vICMSST", icmsSTMenosBase)}),
@@ -70,18 +73,20 @@ constexpr std::array<Grupo, 17> kGrupos{
     icms("ICMS30", {orig, CST, daChave("modBCST", exigido(codigo("modBCS", 1))), exigido(pMVAST),
                     exigido(pRedBCST), calculado("vBCST", baseCheia), pICMSST,
                     calculado("vICMSST", icmsSTSobreBase)}),
-    icms("ICMS40",
-         {orig, CST,
-          quando(temDesoneracao, daChave("vICMS", decimal("vICMSDeson", &Parcelas::vICMSDeson))),
-          quando(temDesoneracao, texto("motDesICMS"))}),
+    aceitandoVazio(icms(
+        "ICMS40",
+        {orig, CST,
+         quando(temDesoneracao, daChave("vICMS", decimal("vICMSDeson", &Parcelas::vICMSDeson))),
+         quando(temDesoneracao, texto("motDesICMS"))})),
     icms("ICMS51", {orig, CST, codigo("modBC", 1), pRedBC, vBC, pICMS, vICMS}),
-    icms("ICMS60", {orig, CST, decimal("vBCSTRet"), decimal("vICMSSTRet")}),
+    aceitandoVazio(icms("ICMS60", {orig, CST, decimal("vBCSTRet"), decimal("vICMSSTRet")})),
     icms("ICMS70", {orig, CST, modBC, exigido(pRedBC), vBC, pICMS, vICMS, modBCST, pMVAST, pRedBCST,
                     vBCST, pICMSST, vICMSST}),
     icms("ICMS90", {orig, CST, modBC, vBC, pRedBC, pICMS, vICMS, modBCST, pMVAST, pRedBCST, vBCST,
                     pICMSST, vICMSST}),
-    icms("ICMSPart", {orig, CST, modBC, vBC, pRedBC, pICMS, vICMS, modBCST, pMVAST, pRedBCST, vBCST,
-                      pICMSST, vICMSST, exigido(decimal("pBCOp")), exigido(texto("UFST"))}),
+    somadoComo("ICMSPART", icms("ICMSPart", {orig, CST, modBC, vBC, pRedBC, pICMS, vICMS, modBCST,
+                                             pMVAST, pRedBCST, vBCST, pICMSST, vICMSST,
+                                             exigido(decimal("pBCOp")), exigido(texto("UFST"))})),
     icms("ICMSST", {orig, CST, exigido(decimal("vBCSTRet")), exigido(decimal("vICMSSTRet")),
                     exigido(decimal("vBCSTDest")), exigido(decimal("vICMSSTDest"))}),
     icms("ICMSSN101", {exigido(orig), CSOSN, pCredSN, vCredICMSSN}),
@@ -90,26 +95,33 @@ constexpr std::array<Grupo, 17> kGrupos{
                        calculado("vICMSST", icmsSTMenosBase), pCredSN, vCredICMSSN}),
     icms("ICMSSN202", {orig, CSOSN, modBCST, pMVAST, pRedBCST, vBCST, pICMSST, vICMSST}),
     icms("ICMSSN500", {orig, CSOSN, exigido(decimal("vBCSTRet")), decimal("vICMSSTRet")}),
-    icms("ICMSSN900", {exigido(orig), CSOSN, modBC, calculado("vBC", zero), pICMS,
-                       calculado("vICMS", zero), modBCST, calculado("vBCST", zero), pICMSST,
-                       calculado("vICMSST", zero), pCredSN, calculado("vCredICMSSN", zero)}),
+    somadoComo(
+        "ICMS900",
+        icms("ICMSSN900", {exigido(orig), CSOSN, modBC, calculado("vBC", zero), pICMS,
+                           calculado("vICMS", zero), modBCST, calculado("vBCST", zero), pICMSST,
+                           calculado("vICMSST", zero), pCredSN, calculado("vCredICMSSN", zero)})),
 };
 
-// These three sell the item with an empty `ICMS` tag when their section lacks a required value.
-constexpr std::array<std::string_view, 3> kAceitaVazio{"ICMS00", "ICMS40", "ICMS60"};
-
 } // namespace
+
+std::span<const Grupo> gruposICMS() {
+    return kGrupos;
+}
+
+std::optional<Selecao> fnIdentificarImpostoICMS(const Preset &preset) {
+    return selecionarGrupo(kGrupos, preset);
+}
 
 int fnTratarICMS(const Preset &preset, std::string_view aliquotaVenda, std::string_view base,
                  ST_tagZEL &imposto) {
     const auto selecao = fnIdentificarImpostoICMS(preset);
-    const Grupo *grupo = selecao ? procurarGrupo(kGrupos, selecao->grupo) : nullptr;
+    const Grupo *grupo = selecao ? selecao->grupo : nullptr;
     if (!grupo) return recusar(Motivo::kSemGrupoIcms);
     const bool doPreset = selecao->fonte == Fonte::kConfTemp;
     ST_tagZEL tag("ICMS");
     if (auto montado = montarGrupo(*grupo, doPreset ? &preset : nullptr, {aliquotaVenda, base, {}}))
         tag.addSubTag(std::move(*montado));
-    else if (std::ranges::find(kAceitaVazio, grupo->nome.texto()) == kAceitaVazio.end())
+    else if (!grupo->aceitaVazio)
         return jaRecusado(Motivo::kImpostoSemValor);
     imposto.addSubTag(std::move(tag));
     return ZEL_OK;

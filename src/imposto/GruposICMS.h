@@ -1,14 +1,21 @@
 // SPDX-License-Identifier: MIT
 // The 17 forms of the ICMS group: one table of what each holds, and the tag that carries the one
-// group of an item. Which group it is comes from Selecao, how rows become tags from Grupo.
+// group of an item. How a row is chosen and becomes a tag is Grupo's.
 #pragma once
 
+#include "imposto/Grupo.h"
 #include "imposto/Presets.h"
 #include "secao/Tag.h"
 
 #include <string_view>
 
 namespace zel {
+
+// The rows, in the order of choice.
+std::span<const Grupo> gruposICMS();
+
+// The group in force for an item with that preset of ICMS.
+std::optional<Selecao> fnIdentificarImpostoICMS(const Preset &preset);
 
 // Adds the `ICMS` tag with the group in force to `imposto`. `preset`: that of ICMS; `aliquota`: the
 // sale's rate with two decimals; `base`: the tax base. ZEL_OK; ZEL_RECUSADO when no group is in

@@ -2,7 +2,7 @@
 // The tax situation that the application fixes for the next item (G_stTagImpostoConfTemp): at most
 // one group for each of ICMS, PIS and COFINS, in memory only. A preset lasts until another of its
 // tax is made or an item is sold; cancelling, opening and initialising leave it alone. Which group
-// an item gets is Selecao's, how it is written the group builders'.
+// an item gets, and how it is written, is Grupo's.
 #pragma once
 
 #include "texto/Campo.h"
@@ -12,8 +12,8 @@
 
 namespace zel {
 
-// One preset: the group, named as the selection names it (empty: no preset), and the texts given
-// for its elements, as plain characters.
+// One preset: the group, named as a row is named, in any case (empty: no preset), and the texts
+// given for its elements, as plain characters.
 struct Preset {
     struct Valor {
         std::string_view elemento;

@@ -9,12 +9,12 @@
 
 namespace zel {
 
-Campo<19> G_szTotalImposto;
+TotalImposto G_szTotalImposto;
 
-int fnCFValorLeiImposto_ZEL_Felbor(std::string_view texto) {
+int fnCFValorLeiImposto_ZEL_Felbor(TotalImposto &total, std::string_view texto) {
     const std::string aparado = trim(texto);
     if (aparado.empty()) return recusar(Motivo::kArgumentoVazio, {.campo = "valor", .dado = texto});
-    G_szTotalImposto = aparado;
+    total = aparado;
     return ZEL_OK;
 }
 

@@ -9,10 +9,13 @@
 
 namespace zel {
 
-extern Campo<19> G_szTotalImposto;
+using TotalImposto = Campo<19>;
+
+// Known to the exported functions alone, which hand it to the operations.
+extern TotalImposto G_szTotalImposto;
 
 // Keeps the text without its outer blanks, cut to 19 characters. ZEL_OK, or ZEL_ARGUMENTO_INVALIDO
 // when it is null, empty or blank.
-int fnCFValorLeiImposto_ZEL_Felbor(std::string_view texto);
+int fnCFValorLeiImposto_ZEL_Felbor(TotalImposto &total, std::string_view texto);
 
 } // namespace zel

@@ -33,6 +33,21 @@ bool ehServico(std::string_view aliquota) {
 
 } // namespace
 
+TipoAjuste lerTipoAjuste(std::string_view tipo) {
+    const char primeiro = tipo.empty() ? '\0' : tipo[0], segundo = tipo.size() < 2 ? '\0' : tipo[1];
+    TipoAjuste lido;
+    if (primeiro == 'D') lido.ajuste = Ajuste::kDesconto;
+    if (primeiro == 'A') lido.ajuste = Ajuste::kAcrescimo;
+    if (segundo == '%') lido.forma = FormaAjuste::kPercentual;
+    if (segundo == '$') lido.forma = FormaAjuste::kQuantia;
+    return lido;
+}
+
+std::string_view escreverTipoAjuste(Ajuste ajuste, FormaAjuste forma) {
+    if (ajuste == Ajuste::kDesconto) return forma == FormaAjuste::kPercentual ? "D%" : "D$";
+    return forma == FormaAjuste::kPercentual ? "A%" : "A$";
+}
+
 std::string fnCalcularValorBC(std::string_view quantidade, std::string_view valorUnitario,
                               std::string_view tipo, std::string_view valor) {
     const double vendida =
@@ -41,12 +56,10 @@ std::string fnCalcularValorBC(std::string_view quantidade, std::string_view valo
         fnArredondarTruncar(vendida * lerNumero(valorUnitario.substr(0, kMaximoNumero)));
     const double ajuste = lerNumero(valor.substr(0, kMaximoNumero));
     if (ajuste == 0) return formatarMoeda(bruto);
-    tipo = tipo.substr(0, 2);
-    if (tipo == "D%") return formatarMoeda(bruto - bruto * ajuste / 100);
-    if (tipo == "D$") return formatarMoeda(bruto - ajuste);
-    if (tipo == "A%") return formatarMoeda(bruto + bruto * ajuste / 100);
-    if (tipo == "A$") return formatarMoeda(bruto + ajuste);
-    return {};
+    const auto [operacao, forma] = lerTipoAjuste(tipo);
+    if (!operacao || !forma) return {};
+    const double quantia = forma == FormaAjuste::kPercentual ? bruto * ajuste / 100 : ajuste;
+    return formatarMoeda(operacao == Ajuste::kDesconto ? bruto - quantia : bruto + quantia);
 }
 
 int fnTratarImposto(const ST_tagImpostoConfTemp &presets, std::string_view aliquota,
@@ -72,10 +85,7 @@ int fnAtualizar_TagImposto(ST_tagZEL &item, std::string_view quantidade, std::st
         return prod ? prod->valorDe(nome) : std::string_view{};
     };
     if (lerNumero(quantidade) <= 0) quantidade = doProduto("qCom");
-    if (lerNumero(valor) <= 0) {
-        tipo = "D$";
-        valor = "0.00";
-    }
+    if (lerNumero(valor) <= 0) valor = "0.00";
     const std::string base = fnCalcularValorBC(quantidade, doProduto("vUnCom"), tipo, valor);
 
     ST_tagZEL novo("imposto");

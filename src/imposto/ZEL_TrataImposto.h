@@ -7,10 +7,24 @@
 #include "imposto/Presets.h"
 #include "secao/Tag.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace zel {
+
+// The two adjustments that an item may carry, and how their value counts.
+enum class Ajuste { kDesconto, kAcrescimo };
+enum class FormaAjuste { kPercentual, kQuantia };
+
+// The two characters of an adjustment, "D" or "A" and "%" or "$", read apart from each other: none
+// for another character. What stands after them does not count.
+struct TipoAjuste {
+    std::optional<Ajuste> ajuste;
+    std::optional<FormaAjuste> forma;
+};
+TipoAjuste lerTipoAjuste(std::string_view tipo);
+std::string_view escreverTipoAjuste(Ajuste ajuste, FormaAjuste forma);
 
 // The tax base with two decimals: quantity (rounded to four decimals) x unit price, rounded or cut
 // as configured, less or plus the adjustment. `tipo` is "D%", "D$", "A%" or "A$"; a `valor` that is

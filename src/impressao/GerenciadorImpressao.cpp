@@ -3,7 +3,7 @@
 
 #include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
-#include "emcurso/Somas.h"
+#include "imposto/Somas.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/ColunasLayout.h"
 #include "impressao/Escrita.h"
@@ -156,13 +156,13 @@ bool somarTotais(std::string_view documento, CupomFiscal &cf) {
     return true;
 }
 
-bool lerTotais(std::string_view documento, CupomFiscal &cf) {
+bool lerTotais(std::string_view documento, const TotalImposto &doCaixa, CupomFiscal &cf) {
     auto total = LeitorXml(documento).grupo("total");
     if (!total) return semElemento("<total>");
     const bool somados = semValoresDoCupom(*total);
     if (!(somados ? somarTotais(documento, cf) : lerValoresDoCupom(*total, cf))) return false;
     if (!ler(*total, "<vTotTrib>", cf.ValorTotalTributos))
-        cf.ValorTotalTributos = lerDecimal(trocarVirgula(G_szTotalImposto));
+        cf.ValorTotalTributos = lerDecimal(trocarVirgula(doCaixa));
     return true;
 }
 
@@ -193,10 +193,10 @@ bool lerPagamentos(std::string_view documento, CupomFiscal &cf) {
     return !cf.Pagamentos.empty() || semElemento("<pag>");
 }
 
-bool lerDocumento(std::string_view documento, CupomFiscal &cf) {
+bool lerDocumento(std::string_view documento, const TotalImposto &doCaixa, CupomFiscal &cf) {
     if (!lerIdentificacao(documento, cf) || !lerEmitente(documento, cf) ||
-        !lerConsumidor(documento, cf) || !lerTotais(documento, cf) || !lerItens(documento, cf) ||
-        !lerPagamentos(documento, cf))
+        !lerConsumidor(documento, cf) || !lerTotais(documento, doCaixa, cf) ||
+        !lerItens(documento, cf) || !lerPagamentos(documento, cf))
         return false;
     if (auto infAdic = LeitorXml(documento).grupo("infAdic"))
         ler(*infAdic, "<infCpl>", cf.MsgPromocional);
@@ -258,10 +258,10 @@ void imprimirEmitenteConfigurado(std::string &texto) {
 
 } // namespace
 
-bool parseXMLCupomFiscal(DadosImpressao &dados, std::string_view xmlPath,
+bool parseXMLCupomFiscal(DadosImpressao &dados, const TotalImposto &total, std::string_view xmlPath,
                          std::string_view returnPath, CupomFiscal &cf) {
     const auto documento = lerComMarca(xmlPath, ".ctg");
-    if (!documento || !lerDocumento(documento->texto, cf)) return false;
+    if (!documento || !lerDocumento(documento->texto, total, cf)) return false;
 
     const bool offline = returnPath == kOffline;
     const auto retorno = offline ? std::nullopt : lerArquivoXml(returnPath, Forma::kClara);
@@ -315,7 +315,6 @@ int layoutNFC(const ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados,
     imprimirSetor_VIII(*layout, cf, conteudo, ambiente, texto);
     imprimirMsgPromocional(*layout, emCurso, cf, texto);
     escrever(texto, "<sl>4</sl><gui></gui>");
-    G_szTotalImposto.limpar();
     return ZEL_OK;
 }
 

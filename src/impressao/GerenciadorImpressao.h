@@ -4,6 +4,7 @@
 #pragma once
 
 #include "emcurso/Persistencia.h"
+#include "imposto/TotalImposto.h"
 #include "impressao/CupomFiscal.h"
 #include "impressao/DadosImpressao.h"
 
@@ -17,11 +18,11 @@ inline constexpr std::string_view kOffline = "OFFLINE";
 
 // Fills an empty receipt from the document as sent (a path with ".ctg" in it names a contingency
 // copy) and from the authorizer's return, a path or "OFFLINE". A document without an approximate
-// total of taxes takes the one that the application gave; one whose totals are of a form without
-// the printed values (services) has no ICMS, and the rest is what its items add up to. Sets the
-// environment of `dados`. False when a file cannot be read or lacks an element that a receipt
+// total of taxes takes `total`, the one that the application gave; one whose totals are of a form
+// without the printed values (services) has no ICMS, and the rest is what its items add up to. Sets
+// the environment of `dados`. False when a file cannot be read or lacks an element that a receipt
 // needs, with `cf` partly filled.
-bool parseXMLCupomFiscal(DadosImpressao &dados, std::string_view xmlPath,
+bool parseXMLCupomFiscal(DadosImpressao &dados, const TotalImposto &total, std::string_view xmlPath,
                          std::string_view returnPath, CupomFiscal &cf);
 
 // Fills access key, series, number and, with a return, the protocol of the cancellation from a
@@ -30,7 +31,7 @@ bool parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view 
                                      CupomFiscal &cf);
 
 // Appends a sale receipt to `texto`, with `urlQrcode` as the content of its QR code, which an empty
-// one has built, and empties the application's total of taxes. `viaEstabelecimento` names the copy
+// one has built. `viaEstabelecimento` names the copy
 // of a contingency receipt; `emCurso` is the document in progress, with the closing text. ZEL_OK,
 // or ZEL_RECUSADO with nothing appended when `colunas` is neither 42 nor 48.
 int layoutNFC(const ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados,

@@ -55,13 +55,14 @@ bool semTexto() {
 }
 
 int imprimirVenda(const ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados,
-                  const CupomFiscal &cf, std::string_view urlQrcode, int colunas,
-                  std::string &saida) {
+                  TotalImposto &total, const CupomFiscal &cf, std::string_view urlQrcode,
+                  int colunas, std::string &saida) {
     if (const int codigo = guardarVenda(dados, cf, urlQrcode); codigo != ZEL_OK) return codigo;
     if (semTexto()) return ZEL_OK;
     layoutNFC(emCurso, dados, cf, urlQrcode, colunas, saida, false);
     if (cf.TipoEmissao == kEmissaoContingencia)
         layoutNFC(emCurso, dados, cf, urlQrcode, colunas, saida, true);
+    total.limpar();
     return fnCriarArquivoCriptUltimaDanfe(saida);
 }
 
@@ -101,7 +102,8 @@ int gravarPDFs(const CupomFiscal &cf, std::string_view returnPath, int colunas,
 } // namespace
 
 int fnGerarArquivoFormatadoNF(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
-                              const PedidoImpressao &pedido, std::string &saida) {
+                              TotalImposto &total, const PedidoImpressao &pedido,
+                              std::string &saida) {
     saida.clear();
     const auto &[xmlPath, returnPath, urlQrcode, colunas, tipoDocumento] = pedido;
     const TipoDocumento tipo{tipoDocumento};
@@ -117,10 +119,10 @@ int fnGerarArquivoFormatadoNF(const ST_PersitenceXML_ZEL &emCurso, DadosImpressa
     if (const int codigo = fnXML_CarregarXML_ZEL(); codigo != ZEL_OK) return codigo;
 
     CupomFiscal cf;
-    const bool lido = venda ? parseXMLCupomFiscal(dados, xmlPath, returnPath, cf)
+    const bool lido = venda ? parseXMLCupomFiscal(dados, total, xmlPath, returnPath, cf)
                             : parseXMLCupomFiscalCancelamento(xmlPath, returnPath, cf);
     if (!lido) return jaRecusado(Motivo::kImpressaoSemElemento);
-    const int codigo = venda ? imprimirVenda(emCurso, dados, cf, urlQrcode, colunas, saida)
+    const int codigo = venda ? imprimirVenda(emCurso, dados, total, cf, urlQrcode, colunas, saida)
                              : imprimirCancelamento(cf, returnPath != kOffline, colunas, saida);
     return codigo == ZEL_OK ? gravarPDFs(cf, returnPath, colunas, saida) : codigo;
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "emcurso/Persistencia.h"
+#include "imposto/TotalImposto.h"
 #include "impressao/CupomFiscal.h"
 #include "impressao/DadosImpressao.h"
 
@@ -26,6 +27,7 @@ struct PedidoImpressao {
 // Lays out a document with its return into `saida`.
 //   emCurso        the document in progress: its closing text is the promotional one
 //   dados          what was learnt before; gets the environment of the document read
+//   total          of taxes, as the application gave it: empty once a sale's layout has printed it
 // A sale stores key, protocol and QR-code content in one save; while "ImpressaoCompleta" is "0"
 // (sales without their items) or "1" the text is kept as the last receipt, otherwise there is none
 // and the earlier one stays. A contingency sale prints twice, the consumer's copy first. PDFs are
@@ -36,7 +38,8 @@ struct PedidoImpressao {
 // ZEL_CONFIG_ILEGIVEL, ZEL_ARQUIVO_INDISPONIVEL. From the first failure on nothing more is done,
 // and `saida` holds the text that was laid out before it.
 int fnGerarArquivoFormatadoNF(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
-                              const PedidoImpressao &pedido, std::string &saida);
+                              TotalImposto &total, const PedidoImpressao &pedido,
+                              std::string &saida);
 
 // Reads "VALORPGTO=value;" out of the first 99 characters of `parametros`, in any case: with `modo`
 // 1 the change of the receipt is that value less its total and will be printed, with another there

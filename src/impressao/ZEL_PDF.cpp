@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "impressao/ZEL_PDF.h"
 
+#include "comum/ArquivosDoCaixa.h"
 #include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
 #include "disco/Arquivo.h"
@@ -30,7 +31,7 @@ namespace zel {
 namespace {
 
 constexpr std::string_view kDeclaracao = "<?xml version=\"1.0\"?>";
-constexpr std::string_view kArquivoTemporario = "danfe_pdf_temp.xml";
+constexpr std::string_view kArquivoTemporario = arquivos::kDanfePassageiro;
 constexpr std::string_view kPrefixoId = "NFe";
 constexpr int kColunasDanfe = 48;
 
@@ -102,16 +103,18 @@ private:
 
 // The receipt text of an authorized document: its own protocol stands in it, so it is its return as
 // well.
-int textoDanfe(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, std::string_view xml,
-               std::string &texto) {
+int textoDanfe(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, TotalImposto &total,
+               std::string_view xml, std::string &texto) {
     // The QR code is hashed with the taxpayer's token, which another program may have changed.
     if (const int codigo = fnXML_CarregarXML_ZEL(); codigo != ZEL_OK) return codigo;
     const CopiaTemporaria copia(xml);
     if (copia.gravada() != ZEL_OK) return copia.gravada();
     CupomFiscal cupom;
-    if (!parseXMLCupomFiscal(dados, copia.caminho(), copia.caminho(), cupom))
+    if (!parseXMLCupomFiscal(dados, total, copia.caminho(), copia.caminho(), cupom))
         return jaRecusado(Motivo::kImpressaoSemElemento);
-    return layoutNFC(emCurso, dados, cupom, {}, kColunasDanfe, texto, false);
+    const int codigo = layoutNFC(emCurso, dados, cupom, {}, kColunasDanfe, texto, false);
+    if (codigo == ZEL_OK) total.limpar();
+    return codigo;
 }
 
 } // namespace
@@ -131,12 +134,12 @@ int fnGerarPDFDanfe(std::string_view texto, int colunas, std::string_view arquiv
     return pagina.salvar(fnConfigurarPath(arquivo));
 }
 
-int gerarPdfDoXml(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
+int gerarPdfDoXml(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, TotalImposto &total,
                   std::string_view base64) {
     Documento documento;
     if (const int lido = lerDocumento(base64, documento); lido != ZEL_OK) return lido;
     std::string texto;
-    if (const int lido = textoDanfe(emCurso, dados, documento.raiz.toString(), texto);
+    if (const int lido = textoDanfe(emCurso, dados, total, documento.raiz.toString(), texto);
         lido != ZEL_OK)
         return lido;
     return fnGerarPDFDanfe(texto, kColunasDanfe, documento.id + "_DANFE.pdf");

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "emcurso/Persistencia.h"
+#include "imposto/TotalImposto.h"
 #include "impressao/DadosImpressao.h"
 
 #include <string_view>
@@ -26,9 +27,9 @@ int fnGerarPDFDanfe(std::string_view texto, int colunas, std::string_view arquiv
 // ZEL_OK; ZEL_RECUSADO as fnGerarPDF, or a document from which no receipt can be read;
 // ZEL_CONFIG_ILEGIVEL, ZEL_ARQUIVO_INDISPONIVEL the configuration could not be loaded;
 // ZEL_ARQUIVO_INDISPONIVEL the working copy "danfe_pdf_temp.xml" could not be written;
-// ZEL_FALHA_PDF; ZEL_FALHA_GRAVACAO_PDF. The working copy is gone in every case. `emCurso` and
-// `dados` as for fnGerarArquivoFormatadoNF.
-int gerarPdfDoXml(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
+// ZEL_FALHA_PDF; ZEL_FALHA_GRAVACAO_PDF. The working copy is gone in every case. `emCurso`,
+// `dados` and `total` as for fnGerarArquivoFormatadoNF.
+int gerarPdfDoXml(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, TotalImposto &total,
                   std::string_view base64);
 
 } // namespace zel

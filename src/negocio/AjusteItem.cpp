@@ -4,9 +4,9 @@
 #include "config/Arredondamento.h"
 #include "emcurso/ArquivoPersistencia.h"
 #include "emcurso/ZEL_Controle.h"
-#include "imposto/ZEL_TrataImposto.h"
 #include "negocio/Argumento.h"
 #include "recusa/Recusa.h"
+#include "secao/Moldes.h"
 #include "texto/Latin1.h"
 #include "texto/Numero.h"
 #include "zel_felbor/codigos.h"
@@ -16,8 +16,6 @@
 namespace zel {
 
 namespace {
-
-constexpr int kPosicaoDoAjuste = 13; // in the product group, counted from 0
 
 constexpr std::string_view elementoDo(Ajuste ajuste) {
     return ajuste == Ajuste::kDesconto ? "vDesc" : "vOutro";
@@ -161,16 +159,19 @@ int lancarAjuste(const ItemVendido &item, Ajuste ajuste, std::string_view tipo,
             return recusar(Motivo::kItemJaAjustado, {.campo = nomeDo(tem), .numero = item.numero});
 
     const std::string texto = argumentoDecimal(valor);
-    const bool percentual = tipo.size() > 1 && tipo[1] == '%';
+    // The operation says which one it is, whatever the first character.
+    const auto forma = lerTipoAjuste(tipo).forma == FormaAjuste::kPercentual
+                           ? FormaAjuste::kPercentual
+                           : FormaAjuste::kQuantia;
     const double bruto = valorBruto(item.prod);
-    const double quantia = percentual ? bruto * lerDecimal(texto) / 100 : lerDecimal(texto);
+    const double quantia =
+        forma == FormaAjuste::kPercentual ? bruto * lerDecimal(texto) / 100 : lerDecimal(texto);
     if (bruto - quantia <= 0)
         return recusar(Motivo::kAjusteExcessivo, {.quantia = quantia, .limite = bruto});
-    item.prod.addSubTagAt(kPosicaoDoAjuste, ST_tagZEL(elementoDo(ajuste), formatarMoeda(quantia)));
-
-    // The base follows the operation, whatever the first character of the type given.
-    const std::string operacao = std::string(ajuste == Ajuste::kDesconto ? "D" : "A");
-    return fnAtualizar_TagImposto(item.tag, "", operacao + (percentual ? '%' : '$'), texto);
+    // At most one of the two: either stands where the discount has its place.
+    item.prod.addSubTagAt(static_cast<int>(lugarNoProduto(elementoDo(Ajuste::kDesconto))),
+                          ST_tagZEL(elementoDo(ajuste), formatarMoeda(quantia)));
+    return fnAtualizar_TagImposto(item.tag, "", escreverTipoAjuste(ajuste, forma), texto);
 }
 
 int removerAjuste(const ItemVendido &item, Ajuste ajuste) {

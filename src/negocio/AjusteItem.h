@@ -5,14 +5,12 @@
 #pragma once
 
 #include "emcurso/Persistencia.h"
+#include "imposto/ZEL_TrataImposto.h"
 #include "secao/Tag.h"
 
 #include <string_view>
 
 namespace zel {
-
-// The two adjustments an item may carry, at most one of them.
-enum class Ajuste { kDesconto, kAcrescimo };
 
 // Type: second character "%" (of the gross value) or "$" (amount). Value: decimal text, a comma as
 // the point. ZEL_OK; ZEL_ESTADO_INVALIDO the state; ZEL_ARQUIVO_INDISPONIVEL no document in

@@ -3,10 +3,10 @@
 
 #include "config/Registro.h"
 #include "emcurso/ArquivoPersistencia.h"
-#include "emcurso/Somas.h"
 #include "emcurso/ZEL_Controle.h"
 #include "emissao/Cabecalho.h"
 #include "emissao/Montagem.h"
+#include "imposto/Somas.h"
 #include "negocio/Transporte.h"
 #include "recusa/Recusa.h"
 #include "secao/Conformidade.h"

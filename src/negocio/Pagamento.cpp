@@ -2,8 +2,8 @@
 #include "negocio/Pagamento.h"
 
 #include "emcurso/ArquivoPersistencia.h"
-#include "emcurso/Somas.h"
 #include "emcurso/ZEL_Controle.h"
+#include "imposto/Somas.h"
 #include "negocio/Argumento.h"
 #include "recusa/Recusa.h"
 #include "secao/Conformidade.h"

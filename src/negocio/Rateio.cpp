@@ -8,12 +8,16 @@
 #include "zel_felbor/codigos.h"
 
 #include <cmath>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace zel {
 
 namespace {
+
+// What the receipt's adjustment is; none for another character in its type.
+using Operacao = std::optional<Ajuste>;
 
 // One item's part in the prorating.
 struct ST_StructItemAux {
@@ -58,14 +62,15 @@ void ratear(std::vector<ST_StructItemAux> &lista, double taxa, double quantia) {
 }
 
 // What the item carries afterwards: a surcharge, or below zero a discount.
-double liquido(const ST_StructItemAux &parte, char operacao) {
+double liquido(const ST_StructItemAux &parte, Operacao operacao) {
     const double atual = parte.temAcrescimo ? parte.ajuste : parte.temDesconto ? -parte.ajuste : 0;
-    return emCentavos(operacao == 'A' ? atual + parte.parcela : atual - parte.parcela);
+    return emCentavos(operacao == Ajuste::kAcrescimo ? atual + parte.parcela
+                                                     : atual - parte.parcela);
 }
 
 // True when the receipt's adjustment takes the item's own away and leaves nothing.
-bool anula(const ST_StructItemAux &parte, char operacao) {
-    const bool contrario = operacao == 'A' ? parte.temDesconto : parte.temAcrescimo;
+bool anula(const ST_StructItemAux &parte, Operacao operacao) {
+    const bool contrario = operacao == Ajuste::kAcrescimo ? parte.temDesconto : parte.temAcrescimo;
     return contrario && liquido(parte, operacao) == 0;
 }
 
@@ -76,8 +81,8 @@ bool temAjuste(const ST_StructItemAux &parte) {
 // A surcharge must stay below the item's gross value, too. Where nothing can be lost, with an
 // adjustment of another kind or a share of nothing on an item without one, the unrounded value
 // decides.
-bool cabe(const ST_StructItemAux &parte, char operacao) {
-    const bool escrita = operacao == 'A' || operacao == 'D';
+bool cabe(const ST_StructItemAux &parte, Operacao operacao) {
+    const bool escrita = operacao.has_value();
     if (!temAjuste(parte) && (!escrita || parte.parcela == 0)) return parte.bruto > parte.parcela;
     if (!escrita) return true;
     return anula(parte, operacao) || std::abs(liquido(parte, operacao)) < parte.limite;
@@ -90,20 +95,21 @@ int recusarParte(const ST_StructItemAux &parte) {
 
 // Replaces the item's adjustment by the net one, even by one of zero when it had none. 1 or the
 // code of the change that the item refuses.
-int aplicar(const ST_StructItemAux &parte, char operacao) {
+int aplicar(const ST_StructItemAux &parte, Operacao operacao) {
     int resultado = ZEL_OK;
     if (parte.temAcrescimo) resultado = removerAjuste(parte.item, Ajuste::kAcrescimo);
     if (parte.temDesconto) resultado = removerAjuste(parte.item, Ajuste::kDesconto);
     if (resultado != ZEL_OK || anula(parte, operacao)) return resultado;
     const double valor = liquido(parte, operacao);
-    const bool acrescimo = valor != 0 ? valor > 0 : operacao == 'A';
-    return lancarAjuste(parte.item, acrescimo ? Ajuste::kAcrescimo : Ajuste::kDesconto,
-                        acrescimo ? "A$" : "D$", formatarMoeda(std::abs(valor)));
+    const bool acrescimo = valor != 0 ? valor > 0 : operacao == Ajuste::kAcrescimo;
+    const Ajuste ajuste = acrescimo ? Ajuste::kAcrescimo : Ajuste::kDesconto;
+    return lancarAjuste(parte.item, ajuste, escreverTipoAjuste(ajuste, FormaAjuste::kQuantia),
+                        formatarMoeda(std::abs(valor)));
 }
 
 // The same for an item that has its share. One without an adjustment that does not take a share of
 // nothing, for it rounds to nothing itself, stays as it was.
-int aplicarParcela(const ST_StructItemAux &parte, char operacao) {
+int aplicarParcela(const ST_StructItemAux &parte, Operacao operacao) {
     if (temAjuste(parte) || parte.parcela != 0) return aplicar(parte, operacao);
     desfazendoNaFalha(parte.item.tag, [&] { return aplicar(parte, operacao); });
     return ZEL_OK;
@@ -115,8 +121,7 @@ int fnRatearDescAcresTotalizacao(ST_PersitenceXML_ZEL &documento, std::string_vi
                                  std::string_view valor) {
     const double numero = lerDecimal(argumentoDecimal(valor));
     if (!(numero > 0)) return ZEL_OK;
-    const char operacao = tipo.empty() ? '\0' : tipo[0];
-    const char forma = tipo.size() > 1 ? tipo[1] : '\0';
+    const auto [operacao, forma] = lerTipoAjuste(tipo);
 
     std::vector<ST_StructItemAux> lista = listarItens(documento);
     double bruto = 0;
@@ -124,12 +129,18 @@ int fnRatearDescAcresTotalizacao(ST_PersitenceXML_ZEL &documento, std::string_vi
         bruto += parte.bruto;
     if (bruto == 0) return recusar(Motivo::kRateioSemValor, {.quantia = numero});
 
-    const double taxa = forma == '%' ? numero : forma == '$' ? 100 * numero / bruto : 0;
-    const double quantia = forma == '%' ? bruto * numero / 100 : forma == '$' ? numero : 0;
+    double taxa = 0, quantia = 0;
+    if (forma == FormaAjuste::kPercentual) {
+        taxa = numero;
+        quantia = bruto * numero / 100;
+    } else if (forma == FormaAjuste::kQuantia) {
+        taxa = 100 * numero / bruto;
+        quantia = numero;
+    }
     ratear(lista, taxa, quantia);
     for (const ST_StructItemAux &parte : lista)
         if (!cabe(parte, operacao)) return recusarParte(parte);
-    if (operacao != 'A' && operacao != 'D') return ZEL_OK;
+    if (!operacao) return ZEL_OK;
     for (const ST_StructItemAux &parte : lista)
         if (aplicarParcela(parte, operacao) != ZEL_OK) return recusarParte(parte);
     return ZEL_OK;

@@ -3,8 +3,8 @@
 
 #include "config/Registro.h"
 #include "emcurso/ArquivoPersistencia.h"
-#include "emcurso/Somas.h"
 #include "emcurso/ZEL_Controle.h"
+#include "imposto/Somas.h"
 #include "negocio/Argumento.h"
 #include "negocio/Rateio.h"
 #include "recusa/Recusa.h"

@@ -10,6 +10,7 @@
 #include "recusa/Recusa.h"
 #include "secao/Conformidade.h"
 #include "secao/Limites.h"
+#include "secao/Moldes.h"
 #include "texto/Numero.h"
 #include "zel_felbor/codigos.h"
 
@@ -54,17 +55,16 @@ int lerNumeros(const DadosVenda &dados, Numeros &numeros) {
 // document as given; ZEL_AJUSTE_EXCESSIVO.
 int calcularAjuste(const Numeros &numeros, AjusteInline &ajuste) {
     const double valor = lerDecimal(numeros.valorAjuste);
-    if (valor == 0 || numeros.tipo.size() < 2) return ZEL_OK;
+    const auto [operacao, forma] = lerTipoAjuste(numeros.tipo);
+    if (valor == 0 || !operacao || !forma) return ZEL_OK;
     const double bruto = lerDecimal(numeros.valorBruto);
-    const char operacao = numeros.tipo[0];
-    const char forma = numeros.tipo[1];
-    if ((operacao != 'D' && operacao != 'A') || (forma != '%' && forma != '$')) return ZEL_OK;
-    if (forma == '$' && !ehDecimalPuro(numeros.valorAjuste))
+    if (forma == FormaAjuste::kQuantia && !ehDecimalPuro(numeros.valorAjuste))
         return recusar(Motivo::kNaoEhDecimal,
                        {.campo = "valorAjuste", .dado = numeros.valorAjuste});
     // Spelt so where an item is sold; the section check gives it the layout's spelling, "vDesc".
-    ajuste.nome = operacao == 'D' ? "Vdesc" : "vOutro";
-    ajuste.valor = forma == '%' ? formatarMoeda(bruto * valor / 100) : numeros.valorAjuste;
+    ajuste.nome = operacao == Ajuste::kDesconto ? "Vdesc" : "vOutro";
+    ajuste.valor = forma == FormaAjuste::kPercentual ? formatarMoeda(bruto * valor / 100)
+                                                     : numeros.valorAjuste;
     // The surcharge is held to the same bound as the discount.
     const double quantia = lerDecimal(ajuste.valor);
     return bruto - quantia <= 0
@@ -79,13 +79,11 @@ std::string ouConfigurado(std::string_view argumento, std::size_t maximo, Chave 
     return simples.empty() ? valorXml(valorConfig(chave)) : escaparXml(simples);
 }
 
-constexpr std::size_t kFilhosDoProduto = 15; // with an adjustment
-
 ST_tagZEL montarProduto(const DadosVenda &dados, const Numeros &numeros,
                         const AjusteInline &ajuste) {
     const std::string unidade = escaparXml(argumentoCortado(dados.unidade, kMaiorUnidade));
     ST_tagZEL prod("prod");
-    prod.reservar(kFilhosDoProduto);
+    prod.reservar(elementosDoProduto());
     prod.addSubTag("cProd", escaparXml(argumentoCortado(dados.codigo, kMaiorTexto)))
         .addSubTag("cEAN", " ")
         .addSubTag("xProd", escaparXml(argumentoCortado(dados.descricao, kMaiorDescricao)))

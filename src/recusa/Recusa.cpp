@@ -2,6 +2,7 @@
 #include "recusa/Recusa.h"
 
 #include "recusa/ErroDoSistema.h"
+#include "recusa/Estado.h"
 #include "recusa/Mascara.h"
 #include "texto/Campo.h"
 #include "texto/Numero.h"
@@ -33,10 +34,6 @@ struct Recusa {
 };
 
 Recusa recusa;
-
-constexpr std::array<std::string_view, 7> kEstados{
-    "0 (nenhum cupom)", "1 (aberto)",    "2 (vendendo)", "3 (totalizado)",
-    "4 (pago)",         "5 (encerrado)", "6 (cancelado)"};
 
 // Where the application gives what stands in an element.
 struct OrigemDoElemento {
@@ -121,12 +118,12 @@ constexpr std::array<Lugar, 14> kLugares{{
     {"estado",
      [] {
          const auto estado = static_cast<std::size_t>(recusa.detalhe.estado);
-         return "estado " + std::string(kEstados[estado < kEstados.size() ? estado : 0]);
+         return "estado " +
+                std::string(kNomesDosEstados[estado < kNomesDosEstados.size() ? estado : 0]);
      }},
     {"depois",
      [] {
-         constexpr int kEncerrado = 5; // and cancelled, 6
-         return std::string(recusa.detalhe.estado < kEncerrado
+         return std::string(recusa.detalhe.estado < kEncerrado // nor cancelled
                                 ? ""
                                 : ", já terminou: abra outro com aCFAbrir_ZEL");
      }},

@@ -3,7 +3,9 @@
 
 #include "secao/Limites.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <string_view>
 
 namespace zel {
@@ -323,6 +325,15 @@ ST_tagZEL construir(const Molde &molde) {
 }
 
 } // namespace
+
+std::size_t lugarNoProduto(std::string_view nome) {
+    const auto achado = std::ranges::find(kProd, nome, &Molde::nome);
+    return static_cast<std::size_t>(achado - std::begin(kProd));
+}
+
+std::size_t elementosDoProduto() {
+    return std::size(kProd);
+}
 
 void construirMoldes() {
     for (const auto &secao : kSecoes)

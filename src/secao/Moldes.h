@@ -7,7 +7,9 @@
 #include "secao/Secao.h"
 #include "secao/Tag.h"
 
+#include <cstddef>
 #include <optional>
+#include <string_view>
 
 namespace zel {
 
@@ -23,6 +25,10 @@ extern std::optional<ST_tagZEL> G_stTagZEL_encerramento;
 void construirMoldes();
 
 void liberarMoldes();
+
+// The place of an element in the product group of an item, counted from 0, and how many there are.
+std::size_t lugarNoProduto(std::string_view nome);
+std::size_t elementosDoProduto();
 
 // The template of the section.
 const std::optional<ST_tagZEL> &moldeDaSecao(Secao secao);

@@ -78,8 +78,9 @@ TEST_F(ImpostoTemporario, grupo_de_icms_sai_dos_textos_dados) {
 }
 
 TEST(TotalImposto, texto_perde_os_brancos_das_pontas) {
-    EXPECT_EQ(fnCFValorLeiImposto_ZEL_Felbor("  R$ 12,34 (15%) "), ZEL_OK);
-    EXPECT_EQ(G_szTotalImposto.texto(), "R$ 12,34 (15%)");
+    zel::TotalImposto total;
+    EXPECT_EQ(fnCFValorLeiImposto_ZEL_Felbor(total, "  R$ 12,34 (15%) "), ZEL_OK);
+    EXPECT_EQ(total.texto(), "R$ 12,34 (15%)");
 }
 
 } // namespace zel

@@ -37,19 +37,14 @@ inline std::string juntar(std::initializer_list<std::string_view> campos) {
 
 class Teste : public ComDados {
 protected:
-    void SetUp() override {
-        ComDados::SetUp();
-        G_szTotalImposto.limpar();
-    }
-
     // The path of a file with that text; "OFFLINE" for none.
     std::string gravar(std::string_view nome, std::string_view texto) const {
         pasta.gravar(nome, texto);
         return texto.empty() ? std::string(kOffline) : pasta / nome;
     }
     int ler(std::string_view xml, std::string_view retorno, CupomFiscal &cf) {
-        return parseXMLCupomFiscal(dados, gravar("nota.xml", xml), gravar("retorno.xml", retorno),
-                                   cf);
+        return parseXMLCupomFiscal(dados, total, gravar("nota.xml", xml),
+                                   gravar("retorno.xml", retorno), cf);
     }
 
     const std::string cheia = dado("nota_cheia.xml");
@@ -58,6 +53,7 @@ protected:
     const std::string retornoSefaz = dado("retorno_sefaz.xml"); // the authorizer's record
     ST_PersitenceXML_ZEL emCurso;
     DadosImpressao dados;
+    TotalImposto total;
 };
 
 } // namespace impressao

@@ -18,8 +18,8 @@ protected:
     int imprimir(std::string_view xml, std::string_view retorno, int colunas,
                  std::string_view urlQrcode = "") {
         const std::string nota = gravar("nota.xml", xml), volta = gravar("retorno.xml", retorno);
-        return fnGerarArquivoFormatadoNF(emCurso, dados, {nota, volta, urlQrcode, colunas, 1},
-                                         saida);
+        return fnGerarArquivoFormatadoNF(emCurso, dados, total,
+                                         {nota, volta, urlQrcode, colunas, 1}, saida);
     }
     static std::string guardado(std::string_view caminho) {
         std::string valor;
@@ -111,7 +111,8 @@ TEST_F(Cupons, cancelamentos_como_o_ouro) {
         {"offline_logotipo", "OFFLINE", "12345678909", "L", 42}};
     for (const auto &[nome, volta, cnpj, logotipo, colunas] : casos) {
         configurar({{R"(EMIT\CNPJ)", cnpj}, {R"(NFCE\Logotipo)", logotipo}});
-        ASSERT_EQ(fnGerarArquivoFormatadoNF(emCurso, dados, {pedido, volta, "", colunas, 5}, saida),
+        ASSERT_EQ(fnGerarArquivoFormatadoNF(emCurso, dados, total, {pedido, volta, "", colunas, 5},
+                                            saida),
                   ZEL_OK);
         esperarOuro("cancelamento_" + nome + ".txt");
     }
@@ -160,8 +161,9 @@ TEST_F(Cupons, configuracao_imprime_igual_com_e_sem_referencias) {
             ASSERT_EQ(imprimir(cheia, retornoEnvio, colunas), ZEL_OK);
             cupons[referencias] += saida;
         }
-        ASSERT_EQ(fnGerarArquivoFormatadoNF(emCurso, dados, {pedido, "OFFLINE", "", 48, 5}, saida),
-                  ZEL_OK);
+        ASSERT_EQ(
+            fnGerarArquivoFormatadoNF(emCurso, dados, total, {pedido, "OFFLINE", "", 48, 5}, saida),
+            ZEL_OK);
         cupons[referencias] += saida;
     }
     EXPECT_EQ(cupons[0], cupons[1]);
@@ -291,8 +293,9 @@ TEST_F(Cupons, linhas_de_textos_configurados_acabam_em_cr_lf) {
             EXPECT_TRUE(contem(saida, "U\r\nD", 3)); // tax law, title, address
             EXPECT_TRUE(contem(saida, "U\nD", 1));   // within the content of the QR code
         }
-        ASSERT_EQ(fnGerarArquivoFormatadoNF(emCurso, dados, {pedido, "OFFLINE", "", 48, 5}, saida),
-                  ZEL_OK);
+        ASSERT_EQ(
+            fnGerarArquivoFormatadoNF(emCurso, dados, total, {pedido, "OFFLINE", "", 48, 5}, saida),
+            ZEL_OK);
         EXPECT_TRUE(contem(saida, "U\r\nD", 6));
         EXPECT_TRUE(contem(saida, "U\nD", 0));
     }

@@ -66,7 +66,7 @@ protected:
         const std::string desenho = lerDesenho(pasta.ler("d.pdf"));
         return substituirAll(substituirAll(desenho, "{0 0 0}", ""), "{F1 ", "{");
     }
-    int gerarDanfe(std::string_view base64) { return gerarPdfDoXml(emCurso, dados, base64); }
+    int gerarDanfe(std::string_view base64) { return gerarPdfDoXml(emCurso, dados, total, base64); }
     std::string listagem(std::string_view xml) const {
         PdfPagina pagina(kMargensListagem);
         fnEscreverTextoPDF(pagina, xml);

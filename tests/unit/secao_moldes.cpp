@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "ZEL_FelborFramework.h"
 #include "apoio/Chamadas.h"
+#include "apoio/Ouro.h"
 #include "apoio/Trecho.h"
 #include "secao/Conformidade.h"
 #include "secao/Moldes.h"
 #include "texto/Latin1.h"
 
-#include <array>
 #include <gtest/gtest.h>
 #include <tuple>
 
@@ -25,26 +25,33 @@ protected:
     void TearDown() override { liberarMoldes(); }
 };
 
-// Adds up elements, required ones, lower and upper limits.
-void somar(const ST_tagZEL &no, std::array<int, 4> &soma) {
-    const int parcelas[] = {1, no.obrigatorio, no.tamanhoMinimo, no.tamanhoMaximo};
-    for (std::size_t i = 0; i < soma.size(); ++i)
-        soma[i] += parcelas[i];
+// A line an element: its name, one more blank at each level, "*" where it is required, its limits.
+void descrever(const ST_tagZEL &no, std::size_t nivel, std::string &texto) {
+    texto.append(nivel, ' ').append(no.nome).append(no.obrigatorio ? "*" : "");
+    if (!no.subTags)
+        texto.append(" " + std::to_string(no.tamanhoMinimo) + " " +
+                     std::to_string(no.tamanhoMaximo));
+    texto += "\n";
     if (!no.subTags) return;
     for (const auto &filho : *no.subTags)
-        somar(filho, soma);
+        descrever(filho, nivel + 1, texto);
 }
 
 } // namespace
 
-TEST_F(Conformidade, elemento_esquecido_ou_limite_errado_muda_as_somas) {
-    const std::array<int, 4> somas[] = {{23, 3, 61, 725}, {234, 158, 470, 1779}, {31, 17, 26, 390},
-                                        {4, 4, 3, 17},    {11, 3, 34, 222},      {4, 1, 2, 7000}};
-    for (int secao = 0; secao < 6; ++secao) {
-        std::array<int, 4> soma{};
-        somar(*moldeDaSecao(static_cast<Secao>(secao)), soma);
-        EXPECT_EQ(soma, somas[static_cast<std::size_t>(secao)]) << secao;
-    }
+TEST_F(Conformidade, moldes_como_o_ouro) {
+    std::string texto;
+    for (int secao = 0; secao < 6; ++secao)
+        descrever(*moldeDaSecao(static_cast<Secao>(secao)), 0, texto);
+    compararComOuro(std::filesystem::path(ZEL_OURO) / "moldes.txt", texto);
+}
+
+// Who writes an adjustment asks here where it stands.
+TEST_F(Conformidade, lugar_no_produto_e_o_do_molde) {
+    const ST_tagZEL &prod = *moldeDaSecao(Secao::kVenda)->getSubTag("prod");
+    EXPECT_EQ(prod.subTags->size(), elementosDoProduto());
+    for (const std::string_view nome : {"cProd", "vDesc", "indTot"})
+        EXPECT_EQ((*prod.subTags)[lugarNoProduto(nome)].nome, nome);
 }
 
 TEST_F(Conformidade, textos_sao_recusados_com_o_seu_codigo) {

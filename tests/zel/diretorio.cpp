@@ -68,6 +68,7 @@ const struct {
     {"ArqPersist.tmp", 0600, "x", "aviso gravacao-interrompida"},
     {"documentosEnvio.xml.tmp", 0644, "x", "aviso gravacao-interrompida"},
     {"ZEL_Framework.xml.novo", 0600, "x", "aviso gravacao-interrompida"},
+    {"ArqPersist.bin.danificado.novo", 0600, "x", "aviso gravacao-interrompida"},
     {"ArqPersist.bin.novo.antigo", 0600, "x", "aviso gravacao-interrompida"},
     {"outro.novo.antigo", 0600, "x", ""},
     {"ultimadanfe.bin", 0644, "x", "aviso permissao-dados"},

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "comandos/Biblioteca.h"
 
+#include "comum/ArquivosDoCaixa.h"
 #include "leitura/Arquivos.h"
 #include "leitura/Terminal.h"
 #include "leitura/Texto.h"
@@ -65,7 +66,7 @@ std::optional<std::string> escolherDiretorio(const std::string &dado, std::strin
 }
 
 bool temConfig(const std::string &diretorio) {
-    return olhar(diretorio + "ZEL_Framework.xml").tipo == TipoArquivo::kRegular;
+    return olhar(std::string(diretorio).append(arquivos::kConfig)).tipo == TipoArquivo::kRegular;
 }
 
 std::optional<std::string> lerConfig(std::string_view caminho, int &codigo) {

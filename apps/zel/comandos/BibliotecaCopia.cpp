@@ -2,6 +2,7 @@
 #include "comandos/BibliotecaCopia.h"
 
 #include "comandos/Biblioteca.h"
+#include "comum/ArquivosDoCaixa.h"
 #include "leitura/Arquivos.h"
 #include "leitura/Texto.h"
 
@@ -13,8 +14,8 @@ namespace zel::aplicativo {
 namespace {
 
 // What a receipt is laid out from; only the first has to be there.
-constexpr std::string_view kArquivos[] = {"ZEL_Framework.xml", "ultimadanfe.bin",
-                                          "documentosEnvio.xml"};
+constexpr std::string_view kArquivos[] = {arquivos::kConfig, arquivos::kUltimaDanfe,
+                                          arquivos::kEnvio};
 
 } // namespace
 

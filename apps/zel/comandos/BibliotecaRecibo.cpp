@@ -2,11 +2,13 @@
 #include "comandos/BibliotecaRecibo.h"
 
 #include "comandos/Biblioteca.h"
+#include "comum/ArquivosDoCaixa.h"
 #include "leitura/Arquivos.h"
 #include "leitura/Terminal.h"
 #include "leitura/Texto.h"
 
 #include "ZEL_FelborFramework.h"
+#include "comum/ChaveAcesso.h"
 
 #include <algorithm>
 #include <iterator>
@@ -55,8 +57,8 @@ int colunasDe(std::string_view texto) {
 
 std::string ultimoTexto(const std::string &diretorio) {
     std::string bytes, motivo;
-    if (lerArquivo(diretorio + "ultimadanfe.bin", kMaximoDocumento, bytes, motivo) !=
-        Leitura::kLido)
+    if (lerArquivo(std::string(diretorio).append(arquivos::kUltimaDanfe), kMaximoDocumento, bytes,
+                   motivo) != Leitura::kLido)
         return {};
     // It holds one byte for each of the text.
     std::vector<char> saida(bytes.size() + ZEL_TAMANHO_CUPOM);
@@ -140,7 +142,7 @@ Recibo ultimo(const std::string &diretorio, const PedidoDeRecibo &pedido) {
     // Without fiscal value nothing is promised.
     const bool serve = pedido.previa || situacao.vale() ||
                        configuracao(R"(CONFIGURACAO\TipoAmbiente)") != kProducao;
-    const std::string espera = diretorio + "documentosEnvio.xml";
+    const std::string espera = std::string(diretorio).append(arquivos::kEnvio);
     Recibo recibo;
     recibo.texto = ultimoTexto(diretorio);
     recibo.colunas = colunasDe(recibo.texto);
@@ -168,14 +170,15 @@ Recibo obterRecibo(const std::string &diretorio, const PedidoDeRecibo &pedido) {
 }
 
 bool ehDocumentoDe(const std::string &documento, std::string_view chave) {
-    constexpr std::size_t kDigitos = 44;
     std::string bytes, motivo;
-    if (chave.size() != kDigitos ||
+    if (chave.size() != ChaveAcesso::kDigitos ||
         lerArquivo(documento, kMaximoDocumento, bytes, motivo) != Leitura::kLido)
         return false;
     const std::string nome = documento.substr(documento.rfind('/') + 1);
+    using enum ChaveAcesso::Parte;
+    const auto parte = [&](ChaveAcesso::Parte qual) { return ChaveAcesso::parte(chave, qual); };
     const std::string doPedido =
-        juntar({chave.substr(6, 14), "_", chave.substr(22, 3), chave.substr(25, 9), ".ctgCanc"});
+        juntar({parte(kCNPJ), "_", parte(kSerie), parte(kNNF), ".ctgCanc"});
     if (nome == juntar({chave, ".ctg"}) || nome == doPedido) return true;
     for (const std::string &marca : {comoDocumento(chave), juntar({"<ChaAcesso>", chave, "<"}),
                                      juntar({"<chNFe>", chave, "<"})})

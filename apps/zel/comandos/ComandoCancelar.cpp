@@ -3,6 +3,7 @@
 #include "comandos/ComandoComum.h"
 
 #include "comandos/Biblioteca.h"
+#include "comum/ArquivosDoCaixa.h"
 #include "comum/Digitos.h"
 #include "leitura/Cupom.h"
 #include "leitura/Pedido.h"
@@ -51,14 +52,15 @@ int pedirCancelamento(const Argumentos &argumentos, const std::string &diretorio
                                   ? "sem protocolo a SEFAZ recusa o pedido: dê --protocolo, ou "
                                     "imprima antes com --retorno"
                                   : "";
-    escreverLinhas(argumentos, {{"resultado", "Resultado", "pedido gravado"},
-                                {"numero", "Número", dele.numero},
-                                {"serie", "Série", dele.serie},
-                                {"chave", "Chave de acesso", documento.chave},
-                                {"protocolo", "Protocolo", documento.protocolo},
-                                {"aviso", "Aviso", aviso},
-                                {"documento", "Pedido",
-                                 argumento((diretorio + "documentosEnvio.xml").c_str())}});
+    escreverLinhas(argumentos,
+                   {{"resultado", "Resultado", "pedido gravado"},
+                    {"numero", "Número", dele.numero},
+                    {"serie", "Série", dele.serie},
+                    {"chave", "Chave de acesso", documento.chave},
+                    {"protocolo", "Protocolo", documento.protocolo},
+                    {"aviso", "Aviso", aviso},
+                    {"documento", "Pedido",
+                     argumento((std::string(diretorio).append(arquivos::kEnvio)).c_str())}});
     return aviso.empty() ? kLimpo : kComAvisos;
 }
 

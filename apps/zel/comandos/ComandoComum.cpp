@@ -2,6 +2,7 @@
 #include "comandos/ComandoComum.h"
 
 #include "comandos/Biblioteca.h"
+#include "comum/ArquivosDoCaixa.h"
 #include "conferencia/ArquivoConfig.h"
 #include "leitura/Arquivos.h"
 #include "leitura/Codigos.h"
@@ -22,7 +23,7 @@ namespace zel::aplicativo {
 
 namespace {
 
-constexpr std::string_view kNomeDaConfig = "ZEL_Framework.xml";
+constexpr std::string_view kNomeDaConfig = arquivos::kConfig;
 constexpr std::size_t kLarguraDoRotulo = 18;
 
 std::string emTexto(const std::vector<Linha> &linhas) {

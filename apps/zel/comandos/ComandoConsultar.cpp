@@ -3,6 +3,7 @@
 #include "comandos/ComandoComum.h"
 
 #include "comandos/Biblioteca.h"
+#include "comum/ArquivosDoCaixa.h"
 #include "comum/Digitos.h"
 #include "leitura/Pedido.h"
 #include "leitura/Terminal.h"
@@ -77,13 +78,14 @@ int consultar(const Argumentos &argumentos) {
         GeraXMLConsulta_ZEL(consulta.tipo.c_str(), consulta.inicial.c_str(), consulta.final.c_str(),
                             consulta.serie.c_str(), consulta.chave.c_str());
     if (codigo < ZEL_OK) return recusar("pedir a consulta", codigo);
-    escreverLinhas(argumentos, {{"resultado", "Resultado", "pedido gravado"},
-                                {"chave", "Chave de acesso", consulta.chave},
-                                {"inicial", "De", consulta.inicial},
-                                {"final", "Até", consulta.final},
-                                {"serie", "Série", consulta.serie},
-                                {"documento", "Pedido",
-                                 argumento((*diretorio + "documentosEnvio.xml").c_str())}});
+    escreverLinhas(argumentos,
+                   {{"resultado", "Resultado", "pedido gravado"},
+                    {"chave", "Chave de acesso", consulta.chave},
+                    {"inicial", "De", consulta.inicial},
+                    {"final", "Até", consulta.final},
+                    {"serie", "Série", consulta.serie},
+                    {"documento", "Pedido",
+                     argumento((std::string(*diretorio).append(arquivos::kEnvio)).c_str())}});
     return kLimpo;
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "comandos/ComandoCupom.h"
 
+#include "comum/ArquivosDoCaixa.h"
+#include "comum/Centavo.h"
 #include "leitura/Arquivos.h"
 #include "leitura/Json.h"
 #include "leitura/Texto.h"
@@ -92,13 +94,13 @@ void dizerPagamentos(const std::vector<PagamentoLido> &pagamentos, std::vector<L
 
 std::optional<Cupom> cupomNoDisco(const std::string &diretorio, std::string &erro) {
     std::string bytes;
-    if (lerArquivo(diretorio + "ArqPersist.bin", kMaximoDocumento, bytes, erro) != Leitura::kLido)
+    if (lerArquivo(std::string(diretorio).append(arquivos::kCupom), kMaximoDocumento, bytes,
+                   erro) != Leitura::kLido)
         return {};
     return lerCupom(bytes, erro);
 }
 
 std::vector<Linha> resumoDoCupom(const Cupom &cupom) {
-    constexpr double kMeioCentavo = 0.005;
     const double falta = cupom.total - cupom.pago;
     return {{"itens", "Itens", std::to_string(cupom.itens.size())},
             {"total", "Total", formatarMoeda(cupom.total)},

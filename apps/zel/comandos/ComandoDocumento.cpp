@@ -2,7 +2,9 @@
 // zel documento: what the till wrote as the tax authority takes it, and the first configuration of
 // the side that sends.
 #include "comandos/ComandoDocumento.h"
+
 #include "comandos/ComandoComum.h"
+#include "comum/ArquivosDoCaixa.h"
 
 #include "comandos/Biblioteca.h"
 #include "comandos/BibliotecaRecibo.h"
@@ -42,7 +44,8 @@ constexpr std::string_view kEncerrado = "5";
 bool completarDoCaixa(const std::string &diretorio, const std::string &arquivo,
                       PedidoAoEnvio &pedido) {
     std::string bytes, motivo;
-    if (lerArquivo(diretorio + "ZEL_Framework.xml", kMaximoConfig, bytes, motivo) != Leitura::kLido)
+    if (lerArquivo(std::string(diretorio).append(arquivos::kConfig), kMaximoConfig, bytes,
+                   motivo) != Leitura::kLido)
         return true;
     Relatorio relatorio;
     const ArquivoConfig config(bytes, relatorio);

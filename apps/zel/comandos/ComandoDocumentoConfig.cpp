@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // zel documento config: the first zel-envio.toml of a till, with a certificate for trying.
 #include "comandos/ComandoComum.h"
+
 #include "comandos/ComandoDocumento.h"
+#include "comum/ArquivosDoCaixa.h"
 
 #include "comandos/Biblioteca.h"
 #include "comum/Arquivo.h"
@@ -94,7 +96,7 @@ int configurarEnvio(const Argumentos &argumentos) {
     std::string motivo, bytes;
     const auto diretorio = escolherDiretorio(argumentos.diretorio, motivo);
     if (!diretorio) return falhar(motivo);
-    const std::string doCaixa = *diretorio + "ZEL_Framework.xml";
+    const std::string doCaixa = std::string(*diretorio).append(arquivos::kConfig);
     if (lerArquivo(doCaixa, kMaximoConfig, bytes, motivo) != Leitura::kLido)
         return falhar(juntar({argumento(doCaixa.c_str()), ": ", motivo,
                               "\n    Remédio: dê o diretório do caixa com --diretorio"}));

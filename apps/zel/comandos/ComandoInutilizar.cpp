@@ -3,6 +3,7 @@
 #include "comandos/ComandoComum.h"
 
 #include "comandos/Biblioteca.h"
+#include "comum/ArquivosDoCaixa.h"
 #include "leitura/Pedido.h"
 #include "leitura/Terminal.h"
 #include "leitura/Texto.h"
@@ -52,13 +53,14 @@ int inutilizar(const Argumentos &argumentos) {
         tCFInutilizar_ZEL(inicial.c_str(), final.c_str(), serie.c_str(), justificativa->c_str());
     if (codigo < ZEL_OK) return recusar("pedir a inutilização", codigo);
     const std::string aviso = avisoDaFaixa(final, serie);
-    escreverLinhas(argumentos, {{"resultado", "Resultado", "pedido gravado"},
-                                {"inicial", "Número inicial", inicial},
-                                {"final", "Número final", final},
-                                {"serie", "Série", serie},
-                                {"aviso", "Aviso", aviso},
-                                {"documento", "Pedido",
-                                 argumento((*diretorio + "documentosEnvio.xml").c_str())}});
+    escreverLinhas(argumentos,
+                   {{"resultado", "Resultado", "pedido gravado"},
+                    {"inicial", "Número inicial", inicial},
+                    {"final", "Número final", final},
+                    {"serie", "Série", serie},
+                    {"aviso", "Aviso", aviso},
+                    {"documento", "Pedido",
+                     argumento((std::string(*diretorio).append(arquivos::kEnvio)).c_str())}});
     return aviso.empty() ? kLimpo : kComAvisos;
 }
 

@@ -4,6 +4,7 @@
 #include "comandos/BibliotecaCopia.h"
 #include "comandos/ComandoComum.h"
 #include "comandos/ComandoReciboEnvio.h"
+#include "comum/ArquivosDoCaixa.h"
 #include "conferencia/ArquivoConfig.h"
 #include "leitura/Arquivos.h"
 #include "leitura/Terminal.h"
@@ -19,7 +20,8 @@ bool guarda(const std::string &diretorio, const PedidoDeRecibo &pedido) {
     if (pedido.previa) return false;
     if (pedido.retorno.empty()) return true;
     std::string bytes, motivo;
-    if (lerArquivo(diretorio + "ZEL_Framework.xml", kMaximoConfig, bytes, motivo) != Leitura::kLido)
+    if (lerArquivo(std::string(diretorio).append(arquivos::kConfig), kMaximoConfig, bytes,
+                   motivo) != Leitura::kLido)
         return false;
     Relatorio relatorio;
     const ArquivoConfig config(bytes, relatorio);
@@ -52,8 +54,9 @@ std::optional<Recibo> reciboPedido(const Comando &comando, const Argumentos &arg
     }
     const auto diretorio = prepararDiretorioAParte(argumentos);
     if (!diretorio) return {};
-    const std::string documento =
-        argumentos.documento.empty() ? *diretorio + "documentosEnvio.xml" : argumentos.documento;
+    const std::string documento = argumentos.documento.empty()
+                                      ? std::string(*diretorio).append(arquivos::kEnvio)
+                                      : argumentos.documento;
     PedidoDeRecibo pedido{documento, argumentos.retorno,
                           static_cast<int>(lerInteiro(colunas).value_or(0)), previa};
     std::optional<ReciboDoEnvio> doEnvio;

@@ -6,6 +6,7 @@
 
 #include "comandos/Biblioteca.h"
 #include "comandos/Interrupcao.h"
+#include "comum/ArquivosDoCaixa.h"
 #include "leitura/Arquivos.h"
 #include "leitura/Json.h"
 #include "leitura/Terminal.h"
@@ -264,8 +265,8 @@ int encerrada(const Argumentos &argumentos, const std::string &diretorio,
     const std::string troco = configuracao(kTroco);
     linhas.push_back({"troco", "Troco", troco == "0" ? "0.00" : troco});
     linhas.push_back({"chave", "Chave de acesso", configuracao(R"(NFCE\ChaveDeAcesso)")});
-    linhas.push_back(
-        {"documento", "Documento", argumento((diretorio + "documentosEnvio.xml").c_str())});
+    linhas.push_back({"documento", "Documento",
+                      argumento((std::string(diretorio).append(arquivos::kEnvio)).c_str())});
     for (Linha &linha : havia)
         linhas.push_back(std::move(linha));
     escreverLinhas(argumentos, linhas);

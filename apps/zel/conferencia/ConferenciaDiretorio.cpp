@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "conferencia/ConferenciaDiretorio.h"
 
+#include "comum/ArquivosDoCaixa.h"
 #include "conferencia/ConferenciaConfig.h"
 #include "conferencia/Regras.h"
 #include "leitura/Arquivos.h"
@@ -17,30 +18,24 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view kConfig = "ZEL_Framework.xml";
-constexpr std::string_view kCupom = "ArqPersist.bin";
-constexpr std::string_view kCupomPendente = "ArqPersist.tmp";
+using arquivos::kConfig;
+using arquivos::kCupom;
+using arquivos::kCupomPendente;
+
 constexpr std::string_view kChaveEstado = R"(CONFIGURACAO\estadoCFe)";
 constexpr mode_t kOutrosLeem = 04, kOutrosGravam = 02;
 
 // Files of the library that hold consumers' data.
-constexpr std::string_view kComDados[] = {"ArqPersist.bin", "ArqPersist.tmp", "ultimadanfe.bin",
-                                          "ArqPersist.bin.danificado"};
+constexpr std::string_view kComDados[] = {kCupom, kCupomPendente, arquivos::kUltimaDanfe,
+                                          arquivos::kCupomDanificado};
 
 // What a change leaves that was not carried through.
 bool ehSobra(std::string_view nome) {
-    constexpr std::string_view kSobras[] = {"ArqPersist.tmp", "documentosEnvio.xml.tmp",
-                                            "parametrosEnvio.xml.tmp", "danfe_pdf_temp.xml"};
-    constexpr std::string_view kTrocados[] = {"ZEL_Framework.xml",   "ArqPersist.bin",
-                                              "ArqPersist.tmp",      "documentosEnvio.xml",
-                                              "parametrosEnvio.xml", "ultimadanfe.bin"};
-    if (std::ranges::find(kSobras, nome) != std::end(kSobras)) return true;
-    for (const std::string_view fim : {".novo", ".novo.antigo"})
-        if (nome.ends_with(fim) &&
-            std::ranges::find(kTrocados, nome.substr(0, nome.size() - fim.size())) !=
-                std::end(kTrocados))
-            return true;
-    return false;
+    constexpr std::string_view kSobras[] = {kCupomPendente, arquivos::kEnvioPendente,
+                                            arquivos::kParametrosPendentes,
+                                            arquivos::kDanfePassageiro};
+    return std::ranges::find(kSobras, nome) != std::end(kSobras) ||
+           arquivos::ehTrocado(arquivos::trocadoDe(nome));
 }
 
 class Conferencia {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "conferencia/ConferenciaDocumento.h"
 
+#include "comum/Centavo.h"
 #include "leitura/Texto.h"
 
 #include <cmath>
@@ -11,7 +12,6 @@ namespace zel::aplicativo {
 namespace {
 
 // Sums of cents, in binary.
-constexpr double kMeioCentavo = 0.005;
 // An item's value may be rounded or truncated.
 constexpr double kCentavo = 0.01;
 

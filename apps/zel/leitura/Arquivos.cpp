@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "leitura/Arquivos.h"
 
+#include "comum/ArquivosDoCaixa.h"
 #include "comum/Descritor.h"
 
 #include <array>
@@ -15,9 +16,6 @@
 namespace zel::aplicativo {
 
 namespace {
-
-constexpr const char *kTrava = "ZEL_Framework.trava";
-constexpr off_t kLugarDoCupom = 1; // byte of the lock file, the library's choice
 
 std::string motivoDoErro(int erro) {
     switch (erro) {
@@ -90,12 +88,13 @@ std::optional<std::string> diretorioInteiro(const std::string &caminho) {
 }
 
 bool cupomComOutroProcesso(const std::string &diretorio) {
-    const comum::Descritor trava(diretorio + kTrava, O_RDONLY | O_NONBLOCK);
+    const comum::Descritor trava(std::string(diretorio).append(arquivos::kTrava),
+                                 O_RDONLY | O_NONBLOCK);
     if (!trava.aberto()) return false;
     struct flock pedido {};
     pedido.l_type = F_WRLCK;
     pedido.l_whence = SEEK_SET;
-    pedido.l_start = kLugarDoCupom;
+    pedido.l_start = arquivos::kLugarDoCupom;
     pedido.l_len = 1;
     // Asking changes nothing and needs no right to write.
     return ::fcntl(trava.fd(), F_OFD_GETLK, &pedido) == 0 && pedido.l_type != F_UNLCK;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "leitura/Texto.h"
+#include "comum/Centavo.h"
 
 #include <algorithm>
 #include <charconv>
@@ -213,7 +214,7 @@ std::optional<double> lerDecimal(std::string_view texto) {
 std::string formatarMoeda(double valor) {
     char bytes[64];
     // What is written as zero has no sign.
-    const double sem = std::abs(valor) < 0.005 ? 0.0 : valor;
+    const double sem = std::abs(valor) < kMeioCentavo ? 0.0 : valor;
     const auto fim =
         std::to_chars(bytes, bytes + sizeof bytes, sem, std::chars_format::fixed, 2).ptr;
     return {bytes, fim};

@@ -1,41 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "emcurso/Somas.h"
+#include "imposto/Somas.h"
 
+#include "imposto/GruposContribuicao.h"
+#include "imposto/GruposICMS.h"
 #include "texto/Numero.h"
 
-#include <array>
 #include <string_view>
 
 namespace zel {
 
 namespace {
-
-// What an item's ICMS group adds to the totals; a group that is not listed adds nothing. The totals
-// are those of the Manual de Orientação do Contribuinte 6.0, Anexo I, group W. "ICMS900" is the
-// spelling that is summed, where the layout's group is "ICMSSN900": kept, so that one adds nothing.
-struct ParcelaICMS {
-    std::string_view grupo;
-    bool base, valor, substituicao;
-};
-
-constexpr std::array<ParcelaICMS, 12> kParcelasICMS{{
-    {"ICMS00", true, true, false},
-    {"ICMS10", true, true, true},
-    {"ICMS20", true, true, false},
-    {"ICMS30", false, false, true},
-    {"ICMS40", false, true, false},
-    {"ICMS51", true, true, false},
-    {"ICMS70", true, true, true},
-    {"ICMS90", true, true, true},
-    {"ICMSPART", true, true, true},
-    {"ICMSSN201", false, false, true},
-    {"ICMSSN202", false, false, true},
-    {"ICMS900", true, true, true},
-}};
-
-constexpr std::array<std::string_view, 4> kGruposPIS{"PISAliq", "PISQtde", "PISOutr", "PISST"};
-constexpr std::array<std::string_view, 4> kGruposCOFINS{"COFINSAliq", "COFINSQtde", "COFINSOutr",
-                                                        "COFINSST"};
 
 double numero(const ST_tagZEL &grupo, std::string_view nome) {
     return lerDecimal(grupo.valorDe(nome));
@@ -49,13 +23,17 @@ void somarProduto(Somas &somas, const ST_tagZEL &prod) {
         somas.outros += numero(prod, "vOutro");
 }
 
+// The totals are those of the Manual de Orientação do Contribuinte 6.0, Anexo I, group W. The first
+// group that has something to add is the one that counts.
 void somarICMS(Somas &somas, const ST_tagZEL &icms) {
-    for (const ParcelaICMS &parcela : kParcelasICMS) {
-        const ST_tagZEL *grupo = icms.getSubTag(parcela.grupo);
-        if (grupo == nullptr) continue;
-        if (parcela.base) somas.baseICMS += numero(*grupo, "vBC");
-        if (parcela.valor) somas.valorICMS += numero(*grupo, "vICMS");
-        if (parcela.substituicao) {
+    for (const Grupo &linha : gruposICMS()) {
+        const bool base = linha.soma("vBC"), valor = linha.soma("vICMS"),
+                   substituicao = linha.soma("vBCST");
+        const ST_tagZEL *grupo = icms.getSubTag(linha.somadoComo());
+        if (grupo == nullptr || (!base && !valor && !substituicao)) continue;
+        if (base) somas.baseICMS += numero(*grupo, "vBC");
+        if (valor) somas.valorICMS += numero(*grupo, "vICMS");
+        if (substituicao) {
             somas.baseST += numero(*grupo, "vBCST");
             somas.valorST += numero(*grupo, "vICMSST");
         }
@@ -64,19 +42,23 @@ void somarICMS(Somas &somas, const ST_tagZEL &icms) {
 }
 
 double somarContribuicao(const ST_tagZEL &imposto, std::string_view tributo,
-                         const std::array<std::string_view, 4> &grupos, std::string_view valor) {
+                         std::span<const Grupo> grupos, std::string_view valor) {
     double soma = 0;
     if (const ST_tagZEL *tag = imposto.getSubTag(tributo))
-        for (const std::string_view nome : grupos)
-            if (const ST_tagZEL *grupo = tag->getSubTag(nome)) soma += numero(*grupo, valor);
+        for (const Grupo &linha : grupos) {
+            // A group with a row for presets has another of the same name.
+            if (linha.fonte == Fonte::kConfTemp || !linha.soma(valor)) continue;
+            if (const ST_tagZEL *grupo = tag->getSubTag(linha.somadoComo()))
+                soma += numero(*grupo, valor);
+        }
     return soma;
 }
 
 void somarImposto(Somas &somas, const ST_tagZEL &imposto) {
     const ST_tagZEL *icms = imposto.getSubTag("ICMS");
     const ST_tagZEL *issqn = icms == nullptr ? imposto.getSubTag("ISSQN") : nullptr;
-    const double pis = somarContribuicao(imposto, "PIS", kGruposPIS, "vPIS");
-    const double cofins = somarContribuicao(imposto, "COFINS", kGruposCOFINS, "vCOFINS");
+    const double pis = somarContribuicao(imposto, "PIS", gruposPIS(), "vPIS");
+    const double cofins = somarContribuicao(imposto, "COFINS", gruposCOFINS(), "vCOFINS");
     if (icms != nullptr) {
         somarICMS(somas, *icms);
         somas.pis += pis;

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "emcurso/InfoEstendida.h"
+#include "negocio/InfoEstendida.h"
 
+#include "comum/Centavo.h"
 #include "config/Registro.h"
-#include "emcurso/Somas.h"
 #include "emcurso/ZEL_Controle.h"
+#include "imposto/Somas.h"
 #include "recusa/Recusa.h"
 #include "texto/Numero.h"
 #include "zel_felbor/codigos.h"
@@ -32,7 +33,7 @@ std::string pagando(const ST_PersitenceXML_ZEL &documento, long long indice) {
     const double troco = lerDecimal(valorConfig(R"(CONFIGURACAO\TrocoUltimaNFCe)"_chave));
     double falta = lerDecimal(total) - totalPago(documento) - troco;
     // Sums of cents in binary leave dust that is neither owed nor over.
-    if (std::abs(falta) < 0.005) falta = 0;
+    if (std::abs(falta) < kMeioCentavo) falta = 0;
     if (indice == 1) return falta >= 0 ? "+" : "-";
     return formatarMoeda(std::abs(falta));
 }
