@@ -99,7 +99,7 @@ struct CupomFiscal {
     // The access key in groups of four, each followed by a blank, the last one too.
     std::string getChaveDeAcessoFormatado() const;
 
-    // Always empty: receipts take their dates from DataHora and DataHoraAutorizacao.
+    // Prescribed, unused, always empty: dates come from DataHora and DataHoraAutorizacao.
     std::string_view getDataFormatada() const { return {}; }
 };
 

@@ -44,7 +44,7 @@ int fnGerarArquivoFormatadoNF(const ST_PersitenceXML_ZEL &emCurso, DadosImpressa
 // Reads "VALORPGTO=value;" out of the first 99 characters of `parametros`, in any case: with `modo`
 // 1 the change of the receipt is that value less its total and will be printed, with another there
 // is none. Without such an entry nothing changes. ZEL_OK, or ZEL_CONFIG_ILEGIVEL,
-// ZEL_ARQUIVO_INDISPONIVEL when the change cannot be stored.
+// ZEL_ARQUIVO_INDISPONIVEL when it cannot be stored. Prescribed; no exported function reaches it.
 int fnAnalisarParametrosImpressao(DadosImpressao &dados, const CupomFiscal &cf, int modo,
                                   std::string_view parametros);
 

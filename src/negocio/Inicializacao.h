@@ -10,7 +10,7 @@ namespace zel {
 // ZEL_ARQUIVO_INDISPONIVEL the file can be neither read nor written.
 int fnCFInicializar_ZEL_Felbor(ST_PersitenceXML_ZEL &documento);
 
-// Frees the templates. Always 1.
+// Frees the templates. Always 1. Prescribed; no exported function reaches it.
 int fnCFFinalizar_ZEL_Felbor();
 
 } // namespace zel

@@ -3,15 +3,28 @@
 #include "ZEL_FelborFramework.h"
 #include "apoio/Ambiente.h"
 #include "apoio/DiretorioDeDados.h"
+#include "apoio/Filho.h"
 #include "diario/RegistroDiario.h"
 #include "disco/ArquivoCripto.h"
 #include "emissao/Historico.h"
 #include "texto/Cripto.h"
 
 #include <ctime>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 using namespace zel;
+
+// What a host without them prints would go into the file, or onto the printer.
+TEST(Descritor, nunca_tem_o_numero_de_uma_saida_fechada) {
+    EXPECT_EQ(emFilho([] {
+                  for (const int padrao : {0, 1, 2})
+                      ::close(padrao);
+                  const comum::Descritor arquivo("/dev/zero", O_RDONLY);
+                  return arquivo.fd() > 2 ? 0 : 1;
+              }),
+              0);
+}
 
 TEST(Cripto, bytes_andam_pela_chave_e_pela_constante_e_dao_a_volta) {
     EXPECT_EQ(embaralhar(std::string("A\0", 2), kChaveFixa), "\x07\xBF");

@@ -32,7 +32,7 @@ TEST(Codificacao, vetores_publicados_de_sha1_e_base64) {
                     {"abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq",
                      "84983E441C3BD26EBAAE4AA1F95129E5E54670F1"},
                     {"", "DA39A3EE5E6B4B0D3255BFEF95601890AFD80709"}});
-    conferir(codificarBase64, {{"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foobar", "Zm9vYmFy"}});
+    conferir(comum::base64, {{"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foobar", "Zm9vYmFy"}});
 }
 
 TEST(Codificacao, base64_em_linhas_e_lido_e_rasgado_e_recusado) {
