@@ -117,9 +117,9 @@ def numeros_trocados(livros, numeros):
             yield f"{qual[0]} series {qual[1]} number {qual[2]}: {visto[0]}, and the till has it {numeros[qual]}"
 
 
-def guardados_trocados(livros, pasta):
+def guardados_trocados(livros, pasta, sem_registro=()):
     """Every authorized document, event and voided range is kept once, as it was sent, with its
-    protocol; nothing else is."""
+    protocol; nothing else is. `sem_registro`: ranges whose record never arrived."""
     devidos = {}
     achados = {c.name: c for c in Path(pasta).rglob("*.xml")}
     for d in livros.linhas("SELECT * FROM documentos"):
@@ -130,6 +130,8 @@ def guardados_trocados(livros, pasta):
         resumo = hashlib.sha256(e["evento"]).hexdigest()
         devidos[f"{e['chave']}-{e['tipo']}-procEventoNFe.xml"] = (b"evento", resumo, e["protocolo"])
     for i in livros.linhas("SELECT * FROM inutilizados"):
+        if i["id"] in sem_registro:
+            continue
         devidos[i["id"] + "-procInutNFe.xml"] = (b"inutNFe", None, i["protocolo"])
     for nome in sorted(set(devidos) | set(achados)):
         if nome not in achados or nome not in devidos:
@@ -144,8 +146,17 @@ def guardados_trocados(livros, pasta):
 
 
 # Of the queue: `tipo` and `desfecho` are numbers of its enumerations.
-NFCE, AUTORIZADO, CANCELADO, INUTILIZADO = 1, 1, 2, 3
+NFCE, INUTILIZACAO, AUTORIZADO, CANCELADO, JA_INUTILIZADO, JA_CANCELADO = 1, 3, 1, 2, 7, 8
 FINAIS = ("entregue", "recusado", "retirado")
+
+
+def ja_inutilizados(livros, fila):
+    """{Id: protocol} of the ranges of which the queue knows no more than that they were voided: the answer
+    was lost, and the authority gives it no second time."""
+    with contextlib.closing(sqlite3.connect(f"file:{fila}?mode=ro", uri=True)) as banco:
+        ids = {l[0] for l in banco.execute("SELECT chave FROM documento WHERE tipo = ? AND desfecho = ?",
+                                           (INUTILIZACAO, JA_INUTILIZADO))}
+    return {i["id"]: i["protocolo"] for i in livros.linhas("SELECT * FROM inutilizados") if i["id"] in ids}
 
 
 def fila_trocada(livros, fila):
@@ -157,14 +168,14 @@ def fila_trocada(livros, fila):
     banco.close()
     notas = {d["chave"]: d for d in livros.linhas("SELECT * FROM documentos") if d["cStat"] in AUTORIZADAS}
     protocolos = {l["protocolo"] for t in ("eventos", "inutilizados") for l in livros.linhas(f"SELECT protocolo FROM {t}")}
-    vistos = set()
+    vistos = {"", *ja_inutilizados(livros, fila).values()}
     for chave, tipo, estado, desfecho, protocolo, mensagem, serie, numero in linhas:
         qual, feito = f"queue, {chave or f'series {serie} number {numero}'}", estado == "entregue"
         if estado not in FINAIS:
             yield f"{qual}: still {estado}"
         elif tipo != NFCE:
             vistos.add(protocolo)
-            if feito and protocolo not in protocolos:
+            if feito and protocolo not in protocolos and desfecho not in (JA_INUTILIZADO, JA_CANCELADO):
                 yield f"{qual}: protocol {protocolo}, and the books do not have it"
         elif feito and desfecho in (AUTORIZADO, CANCELADO):
             nota = notas.pop(chave, None)
@@ -180,7 +191,7 @@ def comparar(livros, fila=None, guardados=None, numeros=None):
     """The differences, as texts; none when all is well."""
     diferencas = [*bytes_trocados(livros), *numeros_trocados(livros, numeros)]
     if guardados:
-        diferencas += guardados_trocados(livros, guardados)
+        diferencas += guardados_trocados(livros, guardados, ja_inutilizados(livros, fila) if fila else ())
     if fila:
         diferencas += fila_trocada(livros, fila)
     return diferencas

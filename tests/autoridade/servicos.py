@@ -255,8 +255,8 @@ class Servicos:
 
     def evento(self, raiz, texto, ordenado):
         bruto = cortar(texto, b"evento")
-        no = etree.fromstring(bruto)
-        inf = no.find(NFE + "infEvento")
+        no = raiz.find(NFE + "evento")  # the namespace may be declared around it
+        inf = None if no is None else no.find(NFE + "infEvento")
         if inf is None or len(raiz.findall(NFE + "evento")) != 1:
             return self.recusa("NFeRecepcaoEvento4", raiz, "215")
         codigo = ordenado or self.juiz.assinatura(no, "infEvento", campo(inf, "CNPJ"))
