@@ -202,6 +202,32 @@ TEST(Caminhos, cada_resposta_leva_a_um_fim) {
     }
 }
 
+// Copies of its books that lag behind say now this, now that.
+TEST(Caminhos, quem_diz_que_tem_e_que_nao_tem_e_perguntado_com_pausas) {
+    Loja loja;
+    const Momento inicio = loja.relogio.momento;
+    loja.sefaz.ordens = {"204", "217", "204", "217", "204", "217"};
+    const auto id = loja.achar(nota("42").xml());
+    loja.andar();
+    EXPECT_EQ(loja.fila->ficha(id)->cStat, 100);
+    EXPECT_GE(loja.relogio.momento - inicio, pausaDepoisDe(1) + pausaDepoisDe(2));
+}
+
+TEST(Caminhos, um_relogio_que_volta_nao_prende_ninguem) {
+    for (const char *falha : {"sem-conexao", "resposta-perdida", "108", "656"}) {
+        SCOPED_TRACE(falha);
+        Loja loja;
+        loja.sefaz.ordens = {falha};
+        const auto id = loja.achar(nota("42").xml());
+        loja.andar(1);
+        loja.relogio.momento -= 3 * kHora;
+        const Momento antes = loja.relogio.momento;
+        loja.andar(4);
+        EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kEntregue) << loja.fila->ficha(id)->motivo;
+        EXPECT_LT(loja.relogio.momento - antes, kMinuto);
+    }
+}
+
 TEST(Caminhos, um_certificado_recusado_para_a_fila_ate_que_alguem_olhe) {
     Loja loja;
     loja.sefaz.ordens = {"certificado"};
@@ -270,6 +296,19 @@ TEST(Substituicoes, a_que_foi_autorizada_apesar_de_tudo_e_cancelada) {
     }
 }
 
+// It arrives while it is asked for.
+TEST(Substituicoes, a_que_chega_atrasada_nao_fica_ao_lado_da_outra) {
+    Loja loja;
+    const Nota velha = nota("42"), nova = nota("43", "9");
+    loja.sefaz.ordens = {"resposta-perdida", "107", "217", "", "217"};
+    const auto id = loja.achar(velha.xml());
+    Fluxo(loja.meios()).tratarProntas(loja.caixa(), Milissegundos(1000), 1);
+    loja.achar(nova.xml(), velha.chave());
+    loja.andar();
+    EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kEntregue);
+    EXPECT_EQ(loja.sefaz.notas[velha.chave()].situacao, "101");
+}
+
 TEST(Substituicoes, a_que_nunca_chegou_nao_e_enviada_mais_e_o_numero_se_inutiliza) {
     for (const bool saiu : {false, true}) {
         SCOPED_TRACE(saiu);
@@ -321,7 +360,11 @@ TEST(Pedidos, um_cancelamento_espera_a_sua_nota_e_toma_dela_o_protocolo) {
         {"no prazo", {}, Estado::kEntregue, 135},
         {"a nota foi recusada", {"778"}, Estado::kRecusado, 0},
         {"tarde demais", {"", "501"}, Estado::kRecusado, 501},
-        {"ja registrado", {"", "573"}, Estado::kEntregue, 573},
+        {"registrado, diz, e nao esta", {"", "573"}, Estado::kEntregue, 135},
+        {"registrado, e a consulta atrasa",
+         {"", "resposta-perdida", "107", "217", "573"},
+         Estado::kEntregue,
+         135},
         {"resposta perdida", {"", "resposta-perdida"}, Estado::kEntregue, 135},
         {"pedido perdido", {"", "pedido-perdido"}, Estado::kEntregue, 135},
     };
@@ -339,6 +382,29 @@ TEST(Pedidos, um_cancelamento_espera_a_sua_nota_e_toma_dela_o_protocolo) {
     }
 }
 
+// Its note is not in the queue: the authority is asked for the protocol, as for everything else.
+TEST(Pedidos, o_protocolo_que_falta_e_perguntado_com_o_mesmo_cuidado) {
+    const struct {
+        const char *ordem;
+        Estado fim;
+        std::size_t consultas;
+    } kCasos[] = {{"656", Estado::kEntregue, 2},
+                  {"108", Estado::kEntregue, 2},
+                  {"280", Estado::kAchado, 1},
+                  {"certificado", Estado::kAchado, 1},
+                  {"217", Estado::kRecusado, 1}};
+    for (const auto &caso : kCasos) {
+        SCOPED_TRACE(caso.ordem);
+        Loja loja;
+        loja.sefaz.notas[nota("42").chave()] = {"", "143260000000001", "", "100", ""};
+        loja.sefaz.ordens = {caso.ordem};
+        const auto id = loja.achar(cancelamento(nota("42").chave()));
+        loja.andar(20);
+        EXPECT_EQ(loja.fila->ficha(id)->estado, caso.fim) << loja.fila->ficha(id)->motivo;
+        EXPECT_EQ(loja.sefaz.quantos("consSitNFe"), caso.consultas);
+    }
+}
+
 TEST(Pedidos, a_inutilizacao_perdida_vai_de_novo_com_os_mesmos_bytes) {
     Loja loja;
     loja.sefaz.ordens = {"resposta-perdida", "107", "563"};
@@ -350,6 +416,23 @@ TEST(Pedidos, a_inutilizacao_perdida_vai_de_novo_com_os_mesmos_bytes) {
     EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kEntregue) << loja.fila->ficha(id)->motivo;
     EXPECT_EQ(loja.sefaz.quantos("inutNFe"), 2U);
     EXPECT_EQ(loja.fila->ficha(id)->dhEmi.substr(0, 10), "2026-09-21"); // the day it was asked for
+}
+
+// ---- what a till wrote ----
+
+TEST(Achados, o_que_nao_pode_ser_lido_e_dito_e_olhado_de_novo) {
+    Loja loja;
+    Caixa caixa(loja.config.caixas[0]);
+    const std::string nome = "caixa/" + nota("42", "9").chave() + ".ctg";
+    loja.pasta.gravar(nome, std::string(kMaiorDocumento + 1, 'x'));
+    Momento agora = Relogio().agora();
+    for (const bool cabe : {false, true}) {
+        SCOPED_TRACE(cabe);
+        if (cabe) loja.pasta.gravar(nome, nota("42", "9").xml()); // its directory stands
+        Recusas recusas;
+        EXPECT_EQ(caixa.varrer(*loja.fila, agora += kMinuto, recusas), cabe ? 1 : 0);
+        EXPECT_EQ(recusas.nenhuma(), cabe) << recusas.texto();
+    }
 }
 
 // ---- while a cashier waits ----

@@ -25,6 +25,10 @@ namespace zel::envio {
 using Momento = std::int64_t;
 inline constexpr Momento kMaiorPausa = 65 * 60 * 1000; // of `proximo`: an hour and a bit
 
+constexpr bool cedoDemais(Momento proximo, Momento agora, Momento maiorPausa = kMaiorPausa) {
+    return proximo > agora && proximo - agora <= maiorPausa;
+}
+
 // What is said of a document when it is found.
 struct Achado {
     std::string caixa;  // the till's directory, absolute

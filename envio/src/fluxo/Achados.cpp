@@ -14,6 +14,7 @@
 #include <iterator>
 #include <memory>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 namespace zel::envio {
@@ -216,14 +217,23 @@ int Caixa::varrer(Fila &fila, Momento agora, Recusas &recusas) {
     }
     std::sort(novos.begin(), novos.end(),
               [](const Visto &a, const Visto &b) { return a.mudado < b.mudado; });
-    return static_cast<int>(std::count_if(novos.begin(), novos.end(), [&](const Visto &visto) {
-        return pegar(fila, visto, agora, recusas);
-    }));
+    int pegos = 0;
+    for (const Visto &visto : novos) {
+        pegos += pegar(fila, visto, agora, recusas) ? 1 : 0;
+        // What could not be read or written down is looked for again, though its directory stands.
+        if (!vistos_.contains(visto.caminho)) pastas_.clear();
+    }
+    return pegos;
 }
 
 bool Caixa::pegar(Fila &fila, const Visto &visto, Momento agora, Recusas &recusas) {
     const auto bytes = comum::lerArquivo(visto.caminho, kMaiorDocumento);
-    if (!bytes) return false; // gone again, or not ours to read yet
+    if (!bytes) {
+        if (access(visto.caminho.c_str(), F_OK) == 0)
+            recusas.juntar(visto.caminho, "",
+                           "não pode ser lido, e não será enviado: confira tamanho e permissões");
+        return false;
+    }
     Recusas minhas;
     auto achado = acharEm(*bytes, minhas);
     // A consultation holds nothing that tells one from the next: its copies are what counts.

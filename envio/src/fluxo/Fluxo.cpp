@@ -22,11 +22,8 @@ constexpr int kMaisPassos = 12;
 constexpr Momento kFolga = 15 * kSegundo;
 // A document that is being asked for after it, another's answer is awaited that long at a time.
 constexpr Momento kEsperaDoOutro = 2 * kSegundo;
-constexpr Momento kPausaDoExcesso = kHora;
 // So often a stopped queue is looked at again.
 constexpr Momento kPausaDaParada = kMinuto;
-
-constexpr int kReciboDesconhecido = 106;
 
 std::string textoDe(const Recusas &recusas) {
     return recusas.texto();
@@ -40,7 +37,8 @@ void Fluxo::tratar(std::int64_t id, Milissegundos limite) {
     limite_ = limite;
     for (int i = 0; i < kMaisPassos; ++i) {
         const auto ficha = meios_.fila.ficha(id);
-        if (!ficha || acabou(ficha->estado) || ficha->proximo > meios_.relogio.agora()) return;
+        if (!ficha || acabou(ficha->estado) || cedoDemais(ficha->proximo, meios_.relogio.agora()))
+            return;
         if (!passo(*ficha)) return;
     }
 }
@@ -145,18 +143,23 @@ bool Fluxo::protocoloDe(const Ficha &ficha, ContextoPedido &contexto, bool &espe
         retorno.chegada == Chegada::kResposta
             ? lerResposta(Servico::kConsultaProtocolo, retorno.corpo, ficha.chave, recusas)
             : std::nullopt;
-    if (resposta && resposta->desfecho == Desfecho::kAutorizado) {
+    const Desfecho desfecho = resposta ? resposta->desfecho : Desfecho::kEsperar;
+    const std::string &motivo = resposta ? resposta->xMotivo : retorno.motivo;
+    if (desfecho == Desfecho::kAutorizado) {
         contexto.protocolo = resposta->protocolo;
         return true;
     }
-    if (resposta && linhaDe(resposta->cStat).desfecho != Desfecho::kEsperar) {
-        recusar(ficha, "a SEFAZ diz da nota: " + std::to_string(resposta->cStat) + " " +
-                           resposta->xMotivo);
-        return false;
-    }
-    esperar = true;
-    adiar(ficha, meios_.relogio.agora() + pausaDepoisDe(ficha.tentativas + 1),
-          resposta ? resposta->xMotivo : retorno.motivo);
+    esperar = desfecho == Desfecho::kEsperar || desfecho == Desfecho::kExcesso ||
+              desfecho == Desfecho::kCertificado;
+    if (!esperar)
+        recusar(ficha, "a SEFAZ diz da nota: " + std::to_string(resposta->cStat) + " " + motivo);
+    else if (desfecho == Desfecho::kCertificado || retorno.chegada == Chegada::kCertificado)
+        parar(ficha, motivo);
+    else
+        adiarMais(ficha,
+                  desfecho == Desfecho::kExcesso ? kPausaDoExcesso
+                                                 : pausaDepoisDe(ficha.tentativas + 1),
+                  motivo);
     return false;
 }
 
@@ -177,7 +180,7 @@ bool Fluxo::linhaLivre(const Ficha &ficha) {
     const Linha::Situacao situacao = meios_.linha.situacao(qual);
     const Momento agora = meios_.relogio.agora();
     if (situacao.falhas > 0) {
-        const bool cedo = agora < situacao.proxima;
+        const bool cedo = cedoDemais(situacao.proxima, agora, pausaDepoisDe(situacao.falhas));
         if (cedo || !perguntarServico(qual.substr(0, 2), ficha.tpAmb, limite_))
             return adiar(ficha, meios_.linha.situacao(qual).proxima, situacao.motivo);
     }
@@ -270,127 +273,19 @@ bool Fluxo::perguntarDepois(const Ficha &ficha, Momento pausa, const std::string
     return mudar(ficha, Estado::kPerguntar, mudanca) && pausa == 0;
 }
 
-// ---- what an answer leads to ----
-
-bool Fluxo::responder(const Ficha &ficha, Resposta resposta) {
-    const Momento agora = meios_.relogio.agora();
-    switch (resposta.desfecho) {
-    case Desfecho::kEmProcesso:
-        mudar(ficha, Estado::kPerguntar,
-              {.motivo = resposta.xMotivo,
-               .recibo = resposta.recibo,
-               .proximo = agora + std::max(resposta.espera, 1) * kSegundo});
-        return false;
-    case Desfecho::kEsperar:
-        return voltar(ficha, agora + pausaDepoisDe(ficha.tentativas), resposta.xMotivo);
-    case Desfecho::kExcesso:
-        return voltar(ficha, agora + kPausaDoExcesso, resposta.xMotivo);
-    case Desfecho::kCertificado:
-        return parar(ficha, resposta.xMotivo);
-    // Of an inutilization or event nothing more can be asked than this.
-    case Desfecho::kJaEsta:
-        if (ficha.tipo == Tipo::kNfce) return perguntarDepois(ficha, 0, resposta.xMotivo);
-        return respondido(ficha, resposta);
-    default:
-        return respondido(ficha, resposta);
-    }
-}
-
-bool Fluxo::respondido(const Ficha &ficha, const Resposta &resposta) {
-    Resposta dita = resposta;
-    std::string motivo;
-    if (dita.desfecho == Desfecho::kAutorizado && ficha.tipo == Tipo::kNfce &&
-        !mesmoConteudo(ficha, dita)) {
-        dita.desfecho = Desfecho::kRecusado;
-        motivo = "a SEFAZ tem outro conteúdo com esta chave: chame quem cuida do sistema";
-    } else if (!encerra(ficha.tipo, dita.desfecho)) {
-        motivo = std::to_string(dita.cStat) + " " + dita.xMotivo;
-        if (const auto remedio = linhaDe(dita.cStat).remedio; !remedio.empty())
-            motivo += "; " + std::string(remedio);
-    }
-    return mudar(ficha, Estado::kRespondido,
-                 {.resposta = dita, .motivo = motivo, .tentativas = 0, .proximo = 0});
-}
-
-bool Fluxo::mesmoConteudo(const Ficha &ficha, const Resposta &resposta) {
-    if (resposta.digest.empty()) return true; // some leave it out
-    const std::string mensagem = meios_.fila.mensagem(ficha.id);
-    return mensagem.find("<DigestValue>" + resposta.digest + "</DigestValue>") != std::string::npos;
-}
-
-// ---- asking ----
-
-bool Fluxo::perguntar(const Ficha &ficha) {
-    // There is no question about it: the same bytes again are one.
-    if (ficha.tipo == Tipo::kInutilizacao || ficha.tipo == Tipo::kConsulta)
-        return mudar(ficha, Estado::kAssinado, {.proximo = 0});
-    if (parada(ficha) || !linhaLivre(ficha)) return false;
-    const std::string tpAmb = std::to_string(ficha.tpAmb);
-    const bool porRecibo = !ficha.recibo.empty();
-    const Servico servico = porRecibo ? Servico::kRetAutorizacao : Servico::kConsultaProtocolo;
-    const Retorno retorno = pedir(servico, ficha,
-                                  porRecibo ? consultaDoRecibo(ficha.recibo, tpAmb)
-                                            : consultaDaChave(ficha.chave, tpAmb));
-    const auto depois = [&](Momento pausa, const std::string &motivo) {
-        anotar(ficha, {.motivo = motivo,
-                       .tentativas = ficha.tentativas + 1,
-                       .proximo = meios_.relogio.agora() + pausa});
-        return false;
-    };
-    if (retorno.chegada == Chegada::kCertificado) return parar(ficha, retorno.motivo);
-    Recusas recusas;
-    auto resposta = retorno.chegada == Chegada::kResposta
-                        ? lerResposta(servico, retorno.corpo, ficha.chave, recusas)
-                        : std::nullopt;
-    if (!resposta)
-        return depois(pausaDepoisDe(ficha.tentativas + 1),
-                      retorno.motivo.empty() ? textoDe(recusas) : retorno.motivo);
-    // A receipt that it does not know says nothing of the document.
-    if (porRecibo && resposta->cStat == kReciboDesconhecido) return naoConsta(ficha);
-    switch (resposta->desfecho) {
-    case Desfecho::kEmProcesso:
-    case Desfecho::kEsperar:
-        return depois(pausaDepoisDe(ficha.tentativas + 1), resposta->xMotivo);
-    case Desfecho::kExcesso:
-        return depois(kPausaDoExcesso, resposta->xMotivo);
-    case Desfecho::kCertificado:
-        return parar(ficha, resposta->xMotivo);
-    case Desfecho::kNaoConsta:
-        return naoConsta(ficha);
-    default:
-        break;
-    }
-    if (ficha.tipo == Tipo::kCancelamento) {
-        // Its note is authorized and nothing more: the event never arrived.
-        if (resposta->evento.empty() && resposta->desfecho != Desfecho::kCancelado)
-            return naoConsta(ficha);
-        return respondido(ficha, eventoDe(*resposta));
-    }
-    return respondido(ficha, *resposta);
-}
-
-// Asked by a receipt that is unknown, it is asked for by its key; by its key, it may go out again,
-// unless another has taken its place: a number that went out is not used by two.
-bool Fluxo::naoConsta(const Ficha &ficha) {
-    if (!ficha.recibo.empty()) return anotar(ficha, {.recibo = "", .proximo = 0});
-    if (ficha.tipo == Tipo::kNfce && substituta(meios_.fila, ficha))
-        return mudar(ficha, Estado::kRetirado,
-                     {.motivo = "a SEFAZ não a tem, e outro documento a substitui: inutilize o "
-                                "número " +
-                                std::to_string(ficha.numero)});
-    return mudar(ficha, Estado::kAssinado, {.proximo = 0});
-}
-
 // ---- the end ----
 
 bool Fluxo::entregar(const Ficha &ficha) {
     Recusas recusas;
     const std::string mensagem = meios_.fila.mensagem(ficha.id),
                       elemento = meios_.fila.elemento(ficha.id);
-    const bool guardar = guardaSe(ficha) && !elemento.empty();
-    const bool pronto =
-        (!guardar || guarda_.guardar(ficha, guardadoDe(mensagem, elemento), recusas)) &&
-        escreverRetorno(meios_.config, ficha, mensagem, elemento, recusas);
+    std::string guardado;
+    if (guardaSe(ficha) && !elemento.empty()) guardado = guardadoDe(mensagem, elemento);
+    // Another one's cancellation, of which nothing is kept yet.
+    if (ficha.desfecho == Desfecho::kJaCancelado && guarda_.lugarDe(ficha).empty())
+        guardado = meios_.fila.evento(ficha.id);
+    const bool pronto = (guardado.empty() || guarda_.guardar(ficha, guardado, recusas)) &&
+                        escreverRetorno(meios_.config, ficha, mensagem, elemento, recusas);
     if (!pronto) return adiar(ficha, meios_.relogio.agora() + kMinuto, textoDe(recusas));
     const Estado fim = encerra(ficha.tipo, ficha.desfecho) ? Estado::kEntregue : Estado::kRecusado;
     // In one piece: whoever died in between would leave two sales for one.
@@ -469,6 +364,18 @@ bool Fluxo::anotar(const Ficha &ficha, const Mudanca &mudanca) {
         meios_.fila.adiar(ficha.id, ficha.estado, mudanca, meios_.relogio.agora(), descartadas_);
     mudancas_ += feito ? 1 : 0;
     return feito;
+}
+
+// After one more attempt that led to nothing.
+bool Fluxo::adiarMais(const Ficha &ficha, Momento pausa, const std::string &motivo) {
+    anotar(ficha, {.motivo = motivo,
+                   .tentativas = ficha.tentativas + 1,
+                   .proximo = meios_.relogio.agora() + pausa});
+    return false;
+}
+
+Recusas Fluxo::queixas() {
+    return std::exchange(descartadas_, {});
 }
 
 // Always false: nothing more is done with it now.

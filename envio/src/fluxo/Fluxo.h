@@ -44,6 +44,8 @@ public:
     bool retirar(std::int64_t id, const std::string &motivo);
     // Asks how the service is: whether it answers that it works.
     bool perguntarServico(std::string_view cUF, int tpAmb, Milissegundos limite);
+    // What the queue could not write since this was last asked.
+    Recusas queixas();
 
 private:
     // Whether to go on with the next state at once.
@@ -65,6 +67,8 @@ private:
     bool perguntarDepois(const Ficha &ficha, Momento pausa, const std::string &motivo);
     bool respondido(const Ficha &ficha, const Resposta &resposta);
     bool mesmoConteudo(const Ficha &ficha, const Resposta &resposta);
+    bool perguntado(const Ficha &ficha, Resposta resposta);
+    bool nossoEvento(const Ficha &ficha, const Resposta &resposta);
     bool naoConsta(const Ficha &ficha);
     bool parar(const Ficha &ficha, const std::string &motivo);
     bool parada(const Ficha &ficha);
@@ -72,6 +76,7 @@ private:
     bool mudar(const Ficha &ficha, Estado para, const Mudanca &mudanca);
     bool anotar(const Ficha &ficha, const Mudanca &mudanca);
     bool adiar(const Ficha &ficha, Momento quando, const std::string &motivo);
+    bool adiarMais(const Ficha &ficha, Momento pausa, const std::string &motivo);
 
     Meios meios_;
     Guarda guarda_;

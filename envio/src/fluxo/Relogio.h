@@ -23,6 +23,8 @@ public:
 };
 
 inline constexpr Momento kSegundo = 1000, kMinuto = 60 * kSegundo, kHora = 60 * kMinuto;
+// After too many requests (656) nothing about the same is asked for so long.
+inline constexpr Momento kPausaDoExcesso = kHora;
 
 // A moment as documents write it, "AAAA-MM-DDThh:mm:ss-03:00", in the zone ("-03:00") that a text
 // of that form ends with; in Brasília's where it ends with none.

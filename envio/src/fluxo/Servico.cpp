@@ -77,10 +77,13 @@ void ServicoDeEnvio::trabalhar(Trabalhador &este) {
         try {
             Recusas avisos;
             este.caixa.varrer(*este.fila, relogio_.agora(), avisos);
-            if (avisos.texto() != dito) ouvinte_.disse(dito = avisos.texto());
             int mudancas = 0;
             for (std::size_t i = 0; i < kPorVez && !parar_; ++i)
                 mudancas += fluxo.tratarProntas(nome, limite, 1);
+            avisos.juntar(fluxo.queixas());
+            const std::string texto = avisos.texto();
+            if (texto != dito && !texto.empty()) ouvinte_.disse(texto);
+            dito = texto;
             if (const auto proximo = este.fila->proximo(nome, relogio_.agora()))
                 espera = std::clamp(*proximo - relogio_.agora(), mudancas > 0 ? 0 : kEmVao, kRonda);
         } catch (const std::exception &) {

@@ -22,7 +22,7 @@ bool naoSaiu(Estado estado) {
 // Whether more waiting is of use: a document that is to be tried later, for a reason, is not sent
 // while somebody stands there.
 bool vaiDemorar(const Ficha &ficha, Momento agora) {
-    return ficha.proximo > agora && naoSaiu(ficha.estado) && !ficha.motivo.empty();
+    return cedoDemais(ficha.proximo, agora) && naoSaiu(ficha.estado) && !ficha.motivo.empty();
 }
 
 Espera fimDe(const Ficha &ficha) {
@@ -54,11 +54,11 @@ Transmitido transmitir(const Meios &meios, const Achado &achado, Milissegundos p
         ficha = meios.fila.ficha(*id);
         if (!ficha) return {};
         if (acabou(ficha->estado) || ficha->estado == Estado::kRespondido)
-            if (acabou(ficha->estado) || ficha->proximo > meios.relogio.agora())
+            if (acabou(ficha->estado) || cedoDemais(ficha->proximo, meios.relogio.agora()))
                 return resultado(meios.fila, *ficha, fimDe(*ficha));
         const Momento agora = meios.relogio.agora();
         if (resta() <= Milissegundos::zero() || vaiDemorar(*ficha, agora)) break;
-        if (ficha->proximo <= agora)
+        if (!cedoDemais(ficha->proximo, agora))
             fluxo.tratar(*id, std::min(resta(), maximo));
         else
             std::this_thread::sleep_for(std::min(resta(), kOlhada));
