@@ -1,0 +1,303 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""The service as it is built, tills and the stand-in of the authority, each in processes of their own:
+servico.py BUILD. At the end of every case the authority's books, the queue, what is kept and the tills'
+numbers are one.
+
+ZEL_FALHAS_TUDO in the environment tries every death and cut where otherwise a selection is made;
+ZEL_PASSO changes how far apart they are. What was tried is counted in lines "[ falhas ]"."""
+import os
+import random
+import resource
+import shutil
+import sqlite3
+import sys
+import time
+import unittest
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+try:
+    import xmlsec  # noqa: F401
+except ImportError as falta:
+    print(f"skipped=1: {falta}: python3-lxml and python3-xmlsec of Debian are needed")
+    sys.exit(0)
+from loja import Loja, esperar  # noqa: E402
+
+BUILD = Path(sys.argv[1]).resolve()
+TUDO = bool(os.environ.get("ZEL_FALHAS_TUDO"))
+OK, RECUSADO, SEM_RESPOSTA, NAO_ENVIADO = 1, -11, -12, -13
+
+
+def passo(selecao, tudo):
+    return int(os.environ.get("ZEL_PASSO") or (tudo if TUDO else selecao))
+
+
+def contar(o_que, quantos):
+    print(f"[ falhas ] {o_que} {quantos}", flush=True)
+
+
+class ComLoja(unittest.TestCase):
+    def loja(self, *args, **kwargs):
+        loja = Loja(BUILD, *args, **kwargs)
+        self.addCleanup(loja.fechar)
+        self.numeros = {}  # (series, number): outcome
+        return loja
+
+    def conferir(self, loja, quantas, segundos=120):
+        """All is at an end, and is one."""
+        acabou = loja.acabou(quantas, segundos)
+        parados = loja.fichas(onde="estado NOT IN ('entregue', 'recusado', 'retirado')")
+        self.assertTrue(acabou, f"{len(loja.fichas())} of {quantas}: {parados}")
+        if loja.servico:
+            self.assertEqual(loja.parar(), 0)
+        self.assertEqual(loja.diferencas(self.numeros), [])
+        self.assertNotRegex((loja.pasta / "servico.log").read_text(), "ERROR: |runtime error|123456780001955")
+
+    def jornada(self, loja, i=0, segundos=2, tipo_do_nao_enviado=5):
+        """What a till does while its consumer waits: (code, number of the sale)."""
+        caixa = loja.caixas[i]
+        numero = int(caixa.vender()[0][25:34])
+        codigo, detalhe = caixa.transmitir(str(loja.config), segundos)
+        self.assertIn(codigo, (OK, RECUSADO, SEM_RESPOSTA, NAO_ENVIADO), detalhe)
+        if codigo in (SEM_RESPOSTA, NAO_ENVIADO):
+            velha = caixa.chave()
+            caixa.reemitir(3 if codigo == SEM_RESPOSTA else tipo_do_nao_enviado)
+            if codigo == SEM_RESPOSTA:
+                caixa.transmitir(str(loja.config), 0, velha)
+        self.numeros[i + 1, numero] = None if codigo == SEM_RESPOSTA else "autorizado"
+        if codigo == SEM_RESPOSTA:
+            self.numeros[i + 1, numero + 1] = "autorizado"
+        return codigo, numero
+
+    @staticmethod
+    def envelhecer(loja):
+        """Twenty minutes later, for what is asked for until it cannot arrive any more."""
+        banco = sqlite3.connect(loja.fila / "fila.db")
+        banco.execute("UPDATE documento SET achado = achado - 1200000")
+        banco.commit()
+        banco.close()
+
+    def inutilizar_os_que_faltam(self, loja):
+        """What the authority never had and another replaced: the number is a gap, which a person voids."""
+        tem = {(l["serie"], l["numero"]) for l in loja.livros.linhas("SELECT serie, numero FROM documentos")}
+        faltam = sorted(set(self.numeros) - tem)
+        for serie, numero in faltam:
+            self.numeros[serie, numero] = "inutilizado"
+            loja.caixas[serie - 1].inutilizar(numero, numero)
+        return len(faltam)
+
+
+# What the authority does with a document that the service alone sends; and its outcome.
+ORDENS = [("cstat:150", "autorizado"), ("atraso:1", "autorizado"), ("nunca", "autorizado"), ("duas-vezes", "autorizado"),
+          ("lixo", "autorizado"), ("metade", "autorizado"), ("reset", "autorizado"), ("http:500", "autorizado"),
+          ("http:503", "autorizado"), ("cstat:999", "autorizado"), ("vezes=2 cstat:108", "autorizado"),
+          ("cstat:109", "autorizado"), ("recibo:2", "autorizado"), ("resposta-perdida", "autorizado"),
+          ("resposta-nunca", "autorizado"), ("pedido-perdido", "autorizado"), ("corte-resposta:0", "autorizado"),
+          ("corte-resposta:400", "autorizado"), ("cstat:302", "denegado"), ("cstat:778", None)]
+# The same, while a cashier waits: what the till is answered, and what becomes of the number.
+JORNADAS = [("", OK, "autorizado"), ("resposta-perdida", SEM_RESPOSTA, "cancelado"), ("resposta-nunca", SEM_RESPOSTA, "cancelado"),
+            ("nunca", SEM_RESPOSTA, "inutilizado"), ("pedido-perdido", SEM_RESPOSTA, "inutilizado"),
+            ("metade", SEM_RESPOSTA, "cancelado"), ("sem-conexao", NAO_ENVIADO, "autorizado"),
+            ("cstat:108", NAO_ENVIADO, "autorizado"), ("cstat:778", RECUSADO, None)]
+
+
+class Cenarios(ComLoja):
+    def test_cada_ordem_da_autoridade(self):
+        caixas = 4
+        loja = self.loja(caixas, limite=2)
+        for n, (ordem, fim) in enumerate(ORDENS):
+            serie, numero = n % caixas + 1, n // caixas + 1
+            vender = loja.caixas[serie - 1].vender
+            # Numbers of their own, by which an order finds its document.
+            numero += 100 * serie
+            loja.comandar(f"ordem servico=Autorizacao4 numero={numero} {ordem}")
+            vender(numero)
+            if fim:
+                self.numeros[serie, numero] = fim
+        loja.servir()
+        self.conferir(loja, len(ORDENS), 240)
+        pedidos = loja.livros.linha("SELECT count(*) n FROM pedidos")["n"]
+        self.assertLess(pedidos, 5 * len(ORDENS))
+        contar("ordens da autoridade", len(ORDENS))
+
+    def test_enquanto_o_consumidor_espera(self):
+        loja = self.loja(limite=2)
+        fins, documentos = {}, 0
+        for i, (ordem, codigo, fim) in enumerate(JORNADAS):
+            with self.subTest(ordem=ordem):
+                if ordem:
+                    loja.comandar("ordem " + ordem)
+                visto, numero = self.jornada(loja, tipo_do_nao_enviado=4 + i % 2)
+                self.assertEqual(visto, codigo)
+                fins[1, numero] = fim
+                documentos += 1 if codigo in (OK, RECUSADO) else 2
+        self.numeros = {q: f for q, f in {**self.numeros, **fins}.items() if f}
+        self.envelhecer(loja)
+        loja.servir()
+        cancelados = list(fins.values()).count("cancelado")
+        self.assertTrue(loja.acabou(documentos + cancelados, 120), loja.fichas())
+        inutilizados = self.inutilizar_os_que_faltam(loja)
+        self.conferir(loja, documentos + cancelados + inutilizados)
+        self.assertEqual({q: f for q, f in self.numeros.items() if fins.get(q)}, {q: f for q, f in fins.items() if f})
+        contar("jornadas com o consumidor à espera", len(JORNADAS))
+
+    def test_linha_que_cai_e_volta_e_pedidos(self):
+        loja = self.loja(limite=2)
+        caixa, venda = loja.caixas[0], loja.caixas[0].vender
+        loja.servir()
+        chaves = [venda()[0] for _ in range(3)]
+        self.assertTrue(loja.acabou(3))
+        loja.comandar("ajuste linha=fora")
+        chaves += [venda()[0] for _ in range(3)]
+        codigo, _ = self.jornada(loja)
+        self.assertEqual(codigo, NAO_ENVIADO)
+        time.sleep(3)
+        loja.comandar("ajuste linha=boa")
+        self.numeros |= {(1, n): "autorizado" for n in range(1, 8)}
+        caixa.cancelar(chaves[0])
+        loja.comandar("ordem servico=Evento4 numero=2 resposta-perdida")
+        caixa.cancelar(chaves[1])
+        caixa.inutilizar(50, 52)
+        loja.comandar("ordem servico=Inutilizacao4 numero=60 resposta-perdida")
+        caixa.inutilizar(60, 60)
+        self.numeros |= {(1, 1): "cancelado", (1, 2): "cancelado", **{(1, n): "inutilizado" for n in (50, 51, 52, 60)}}
+        self.assertTrue(loja.acabou(12), loja.fichas())
+        loja.comandar("ajuste relogio=2000")  # half an hour later
+        caixa.cancelar(chaves[2])
+        time.sleep(1.1)  # a second request of the same second would be the same bytes
+        caixa.cancelar(chaves[0])
+        self.conferir(loja, 14)
+        self.assertEqual([f[0] for f in loja.fichas("estado", "tipo = 2")][-2:], ["recusado", "entregue"])
+
+
+class Mortes(ComLoja):
+    def test_do_servico_em_cada_passo(self):
+        """Killed before the n-th call that changes the disk or touches the network; what it leaves is
+        there while the next one lives and dies."""
+        loja = self.loja(limite=1)
+        salto, mortes, n = passo(9, 1), 0, 1
+        ultimo = 0
+        while n < 400:
+            ultimo = int(loja.caixas[0].vender()[0][25:34])
+            servico = loja.servir(morre=n)
+            esperar(lambda: servico.poll() is not None or self.entregue(loja, ultimo), 20)
+            if servico.poll() is None:
+                break
+            mortes, n = mortes + 1, n + salto
+            loja.diario.close()
+        loja.parar()
+        loja.servir()
+        self.numeros = {(1, n): "autorizado" for n in range(1, ultimo + 1)}
+        self.conferir(loja, ultimo)
+        contar("mortes do serviço", mortes)
+        self.assertGreater(mortes, 5)
+
+    @staticmethod
+    def entregue(loja, numero):
+        return loja.fichas(onde=f"numero = {numero} AND estado = 'entregue'")
+
+    def test_do_caixa_e_da_autoridade_enquanto_transmitem(self):
+        loja = self.loja(limite=1)
+        salto, mortes, codigo = passo(12, 1), 0, None
+        while codigo != OK:
+            caixa = loja.abrir_caixa(0, mortal=True)
+            caixa.vender()
+            caixa.morrer(1 + mortes * salto)
+            try:
+                codigo, detalhe = caixa.transmitir(str(loja.config), 3)
+                self.assertEqual(codigo, OK, detalhe)
+            except EOFError:
+                mortes += 1
+            caixa.p.kill()
+            caixa.fechar()
+        self.assertGreater(mortes, 3)
+        loja.servir()
+        for _ in range(passo(3, 20)):  # the authority, at any moment
+            caixa = loja.abrir_caixa(0)
+            caixa.vender()
+            time.sleep(random.random() * 0.15)
+            loja.matar_autoridade()
+            caixa.vender()
+            loja.abrir_autoridade()
+        ultimo = int(loja.caixas[0].vender()[0][25:34])
+        self.numeros = {(1, n): "autorizado" for n in range(1, ultimo + 1)}
+        self.conferir(loja, ultimo, 240)
+        contar("mortes do caixa", mortes)
+
+
+class Cortes(ComLoja):
+    def test_a_linha_cortada_em_cada_byte(self):
+        """In the bytes of TLS, from the first of the handshake on, in both directions, while a consumer
+        waits; then the line is good."""
+        loja = self.loja(limite=2, corte=True)
+        salto, vistos = passo(700, 13), {}
+        for sentido in ("pedido", "resposta"):
+            loja.corte.sentido = sentido
+            for depois in range(0, 40000, salto):
+                loja.corte.depois, loja.corte.cortes = depois, 0
+                codigo, _ = self.jornada(loja)
+                vistos[codigo] = vistos.get(codigo, 0) + 1
+                if codigo == OK and not loja.corte.cortes:
+                    break
+            contar(f"cortes n{'o' if sentido == 'pedido' else 'a'} {sentido}", depois // salto)
+        loja.corte.depois = None
+        self.envelhecer(loja)
+        loja.servir()
+        self.assertTrue(esperar(lambda: self.sem_pendentes(loja), 240, 0.2), loja.fichas()[-5:])
+        self.inutilizar_os_que_faltam(loja)
+        # What was replaced and authorized all the same is cancelled: the books say which.
+        self.conferir(loja, len(self.numeros))
+        self.assertTrue({NAO_ENVIADO, SEM_RESPOSTA, OK} <= set(vistos), vistos)
+
+    def sem_pendentes(self, loja):
+        fichas = loja.fichas("estado, tipo, chave, substitui")
+        fim = all(f[0] in ("entregue", "recusado", "retirado") for f in fichas)
+        return fim and sum(f[1] == 1 for f in fichas) >= len(self.numeros)
+
+
+class Disco(ComLoja):
+    def test_cheio_e_esvaziado(self):
+        """No byte more can be written to any file; then there is room again."""
+        loja = self.loja(limite=2)
+        loja.servir(restore_signals=False)  # a limit that is met is an error, not a signal
+        loja.caixas[0].vender()
+        self.assertTrue(loja.acabou(1))
+        tamanho = (loja.fila / "fila.db-wal").stat().st_size
+        for limite in (tamanho + 4096 * k for k in range(2, 40, passo(9, 1))):
+            ultimo = int(loja.caixas[0].vender()[0][25:34])
+            resource.prlimit(loja.servico.pid, resource.RLIMIT_FSIZE, (limite, resource.RLIM_INFINITY))
+            time.sleep(0.4)
+            resource.prlimit(loja.servico.pid, resource.RLIMIT_FSIZE, (resource.RLIM_INFINITY,) * 2)
+        self.assertIsNone(loja.servico.poll())
+        self.numeros = {(1, n): "autorizado" for n in range(1, ultimo + 1)}
+        self.conferir(loja, ultimo)
+
+    def test_a_fila_como_a_luz_a_deixou(self):
+        """Copies of the queue taken while it works, each gone on with from there: what the authority
+        has is asked for, and nothing is sold twice."""
+        loja = self.loja(limite=1)
+        copias = []
+        loja.servir()
+        self.assertTrue(esperar(lambda: loja.fila.exists(), 30))
+        for _ in range(passo(4, 40)):
+            loja.caixas[0].vender()
+            time.sleep(random.random() * 0.2)
+            copia = loja.pasta / f"luz{len(copias)}"
+            shutil.copytree(loja.fila, copia, ignore=shutil.ignore_patterns("*-shm"))
+            copias.append(copia)
+        ultimo = len(copias)
+        self.assertTrue(loja.acabou(ultimo))
+        loja.parar()
+        self.numeros = {(1, n): "autorizado" for n in range(1, ultimo + 1)}
+        for copia in copias:
+            shutil.rmtree(loja.fila)
+            copia.rename(loja.fila)
+            loja.servir()
+            with self.subTest(copia=copia.name):
+                self.conferir(loja, ultimo)
+        contar("quedas de luz com a fila", len(copias))
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1] + sys.argv[2:], verbosity=2)
