@@ -19,6 +19,7 @@ namespace zel {
 template <typename Funcao>
 int semExcecao(Funcao funcao, const char *nome = __builtin_FUNCTION()) noexcept {
     Chamada chamada(nome);
+    const EsperaDaChamada espera;
     try {
         return chamada.responder(funcao());
     } catch (...) {

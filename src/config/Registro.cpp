@@ -2,6 +2,7 @@
 #include "config/Registro.h"
 
 #include "comum/ArquivosDoCaixa.h"
+#include "config/Numeracao.h"
 #include "diario/Gravacao.h"
 #include "disco/Arquivo.h"
 #include "disco/Diretorio.h"
@@ -32,6 +33,7 @@ struct Registro {
     std::optional<Identidade> identidade;
     std::uint64_t vez = 0; // in which they were last found to be the file's
     bool inteiro = false;  // every value is the one that `arquivo` holds
+    std::uint64_t numerosDeOutros = 0;
     Autorizacao autorizacao;
 };
 
@@ -61,7 +63,14 @@ int gravar(std::string_view texto, std::optional<std::string_view> lido) {
     return gravarJuntos({&mudanca, 1});
 }
 
+bool mesmoNumero(const ValoresConfig &a, const ValoresConfig &b) {
+    constexpr Chave kNumero = R"(IDE\nNF)"_chave, kSerie = R"(IDE\Serie)"_chave;
+    return a[kNumero] == b[kNumero] && a[kSerie] == b[kSerie];
+}
+
 void assumir(CargaConfig carga) {
+    if (!mesmoNumero(G_stRegistroZEL_AUX.valores, carga.valores))
+        ++G_stRegistroZEL_AUX.numerosDeOutros;
     G_stRegistroZEL_AUX.valores = std::move(carga.valores);
     G_stRegistroZEL_AUX.arquivo = std::move(carga.arquivo);
     G_stRegistroZEL_AUX.identidade.reset();
@@ -149,6 +158,10 @@ bool configAlterada() {
     return !inalterada();
 }
 
+std::uint64_t numerosDeOutros() {
+    return G_stRegistroZEL_AUX.numerosDeOutros;
+}
+
 int garantirConfig() {
     return G_stRegistroZEL_AUX.arquivo ? int{ZEL_OK} : fnXML_CarregarXML_ZEL();
 }
@@ -157,7 +170,13 @@ int inicializarConfig() {
     Registro anterior = G_stRegistroZEL_AUX;
     try {
         const int codigo = carregarSobrePadroes();
-        if (codigo != ZEL_OK) G_stRegistroZEL_AUX = std::move(anterior);
+        if (codigo != ZEL_OK) {
+            G_stRegistroZEL_AUX = std::move(anterior);
+            return codigo;
+        }
+        // The defaults in between were nobody's.
+        const bool deOutro = !mesmoNumero(G_stRegistroZEL_AUX.valores, anterior.valores);
+        G_stRegistroZEL_AUX.numerosDeOutros = anterior.numerosDeOutros + (deOutro ? 1 : 0);
         return codigo;
     } catch (...) {
         G_stRegistroZEL_AUX = std::move(anterior);

@@ -42,7 +42,8 @@ struct Travas {
 };
 
 Travas travas;
-std::uint64_t turnos = 0; // that this process has had
+std::uint64_t turnos = 0;         // that this process has had
+std::int64_t prazoDaChamada = -1; // 0 before its first turn is asked for; below 0 without a call
 
 void esquecer() {
     travas.arquivo.fechar();
@@ -148,7 +149,8 @@ bool esperarVez(const Descritor &arquivo) {
 }
 
 bool tomarVez() {
-    const std::int64_t prazo = momento() + kEspera;
+    const std::int64_t prazo = prazoDaChamada > 0 ? prazoDaChamada : momento() + kEspera;
+    if (prazoDaChamada == 0) prazoDaChamada = prazo;
     do {
         if (!preparar()) return false;
         travas.prazo = prazo;
@@ -161,6 +163,14 @@ bool tomarVez() {
 }
 
 } // namespace
+
+EsperaDaChamada::EsperaDaChamada() {
+    prazoDaChamada = 0;
+}
+
+EsperaDaChamada::~EsperaDaChamada() {
+    prazoDaChamada = -1;
+}
 
 int Vez::recusa() {
     return recusarTrava(Motivo::kVezDeOutro);
@@ -228,7 +238,8 @@ bool PosseDoCupom::tomar() {
 }
 
 bool PosseDoCupom::minha() {
-    return travas.cupom;
+    // A turn was had with both looked at.
+    return travas.cupom && (travas.vezes > 0 || (pronta() && temSeuNome()));
 }
 
 bool PosseDoCupom::compartilhada() {

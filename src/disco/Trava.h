@@ -12,6 +12,16 @@
 
 namespace zel {
 
+// While it lives, the turns that are asked for share one time of waiting: a call that goes on
+// without the first one does not wait as long again for the next.
+class EsperaDaChamada {
+public:
+    EsperaDaChamada();
+    ~EsperaDaChamada();
+    EsperaDaChamada(const EsperaDaChamada &) = delete;
+    EsperaDaChamada &operator=(const EsperaDaChamada &) = delete;
+};
+
 // The turn to change files, for the life of the object; one within another is the same turn. Waits
 // three seconds at most for that of another process.
 class Vez {
@@ -65,7 +75,7 @@ public:
     void manter() { nova_ = false; }
     void largar() { nova_ = obtida_; }
 
-    // Whether this process has it.
+    // Whether this process has it: the lock is still held, and on the file that others find.
     static bool minha();
     // Whether several processes serve one receipt (ZEL_COMPARTILHADO=1): none keeps it then. Read
     // once, and not in a process with more rights than its user.

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "emcurso/ZEL_Controle.h"
 
+#include "config/Numeracao.h"
 #include "disco/Trava.h"
 #include "texto/Numero.h"
 #include "zel_felbor/codigos.h"
 
 #include <array>
+#include <cstdint>
 #include <optional>
 
 namespace zel {
@@ -17,7 +19,12 @@ namespace {
 
 constexpr Chave kChaveEstado = R"(CONFIGURACAO\estadoCFe)"_chave;
 
-std::optional<int> conhecido; // to the application
+// To the application.
+struct Conhecido {
+    int estado;
+    std::uint64_t numeros; // numerosDeOutros
+};
+std::optional<Conhecido> conhecido;
 
 // In which states an operation may run (bit S for state S), and what refuses it otherwise; without
 // a receipt every one but opening is refused with ZEL_NENHUM_CUPOM.
@@ -63,13 +70,20 @@ bool cupomEmAndamento() {
 }
 
 void lembrarEstado(bool seNenhum) {
-    if (!seNenhum || !conhecido) conhecido = fnCFVerificarStatus_ZEL();
+    if (!seNenhum || !conhecido) conhecido = {fnCFVerificarStatus_ZEL(), numerosDeOutros()};
+}
+
+bool documentoAindaVale() {
+    return !conhecido || conhecido->numeros == numerosDeOutros();
 }
 
 bool estadoAindaVale() {
     const int estado = fnCFVerificarStatus_ZEL();
-    if (!conhecido || *conhecido == estado) return true;
-    return PosseDoCupom::compartilhada() && (*conhecido == kEncerrado) == (estado == kEncerrado);
+    if (!conhecido || PosseDoCupom::minha()) return !conhecido || conhecido->estado == estado;
+    if (!documentoAindaVale()) return false;
+    return conhecido->estado == estado ||
+           (PosseDoCupom::compartilhada() &&
+            (conhecido->estado == kEncerrado) == (estado == kEncerrado));
 }
 
 bool ehCaminhoDoEstado(std::string_view caminho) {

@@ -41,9 +41,12 @@ bool cupomEmAndamento();
 // The application knows the state in memory: it was told, or made it so. `seNenhum`: only when it
 // knows none yet.
 void lembrarEstado(bool seNenhum = false);
-// Whether what the application knows still holds. Where several processes serve one receipt, each
-// of them moves it on: what counts there is whether it is closed.
+// Whether what the application knows still holds: the state, and that no other process has given
+// out a number since. Where several processes serve one receipt, each of them moves it on: what
+// counts there of the state is whether it is closed.
 bool estadoAindaVale();
+// The same of the last closed document alone.
+bool documentoAindaVale();
 
 // Whether a configuration path names the state.
 bool ehCaminhoDoEstado(std::string_view caminho);

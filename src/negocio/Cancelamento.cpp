@@ -127,6 +127,8 @@ int fnCFCancelarOffline_ZEL_Felbor(std::string_view numero, std::string_view ser
     if (!diretorios) return recusar(Motivo::kSaidaNula, {.campo = "diretorios"});
     DadosCancelamento cancelado{numero, serie, chave, "", justificativa};
     if (semTextos(cancelado)) {
+        fnCFVerificarStatus_ZEL(); // for the reason
+        if (!documentoAindaVale()) return recusarNoEstado(Motivo::kEstadoDeOutro);
         cancelado = ultimoDocumento();
         if (ehDeOutroDocumento(cancelado)) return recusar(Motivo::kChaveDeOutroDocumento);
     }

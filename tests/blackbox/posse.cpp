@@ -4,11 +4,16 @@
 // one has moved on.
 #include "apoio/Ambiente.h"
 #include "apoio/Passos.h"
+#include "apoio/Trecho.h"
 #include "blackbox/Caixa.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
+#include <vector>
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -105,6 +110,70 @@ TEST(EstadoDeOutro, nao_se_cancela_o_que_nao_se_sabe) {
         EXPECT_EQ(cancelar(segundo), ZEL_ARQUIVO_INDISPONIVEL);
         EXPECT_EQ(fechar(primeiro), ZEL_OK);
     }
+}
+
+// The same state, of something else.
+TEST(EstadoDeOutro, o_mesmo_estado_de_outro_documento) {
+    const struct {
+        const char *nome;
+        int ate, depois; // what the first one tells of its receipt; what the second one gets to
+        bool offline;
+        int repetido; // once it has asked again
+    } casos[] = {
+        {"another document", 5, 5, false, ZEL_CANCELAMENTO_GRAVADO},
+        {"another receipt", 2, 2, false, ZEL_OK},
+        {"another document, offline", 5, 5, true, ZEL_OK},
+        {"the next one in progress, offline", 2, 2, true, ZEL_OK},
+    };
+    for (const char *compartilhado : {"0", "1"})
+        for (const auto &caso : casos) {
+            SCOPED_TRACE(std::string(caso.nome) + compartilhado);
+            const Ambiente ambiente("ZEL_COMPARTILHADO", compartilhado);
+            const Caixa sabe;
+            Caixa muda(sabe);
+            ASSERT_EQ(avancar(caso.ate == 5 ? sabe : muda, caso.ate), caso.ate);
+            ASSERT_EQ(sabe->rCFVerificarStatus_ZEL(), caso.ate);
+            if (caso.ate < 5) {
+                ASSERT_EQ(fechar(muda), ZEL_OK);
+            }
+            ASSERT_EQ(avancar(muda, caso.depois), caso.depois);
+            muda.parar();
+            const auto cancelar = [&] {
+                std::string onde = sabe.diretorio();
+                onde.resize(ZEL_TAMANHO_DIRETORIOS);
+                return caso.offline ? sabe->tCFCancelarOffline_ZEL("", "", "", "", onde.data())
+                                    : ::cancelar(sabe);
+            };
+            const auto arquivos = [&] {
+                std::map<std::string, std::string> bytes;
+                for (const auto &entrada : fs::directory_iterator(sabe.diretorio())) {
+                    const std::string nome = entrada.path().filename();
+                    if (nome.ends_with(".xml") || nome.ends_with(".bin") ||
+                        nome.ends_with(".ctgCanc"))
+                        bytes[nome] = sabe.lerArquivo(nome);
+                }
+                return bytes;
+            };
+            const auto antes = arquivos();
+            for (int vez = 0; vez < 2; ++vez)
+                EXPECT_EQ(cancelar(), ZEL_ARQUIVO_INDISPONIVEL);
+            EXPECT_TRUE(arquivos() == antes);
+            EXPECT_EQ(sabe->rCFVerificarStatus_ZEL(), caso.depois);
+            EXPECT_EQ(cancelar(), caso.repetido);
+        }
+}
+
+// Nor is what a process does itself, or others to a receipt that is its own, a reason to refuse it.
+TEST(EstadoDeOutro, o_proprio_cupom_se_cancela) {
+    const Caixa caixa;
+    const Caixa outro(caixa);
+    EXPECT_LT(caixa->aCFAbrirNumSerie_ZEL(7, 3, "", "x", "Rua", "", "", "", "", "", ""), 0);
+    EXPECT_EQ(cancelar(caixa), ZEL_OK);
+    ASSERT_EQ(avancar(caixa, 2), 2);
+    caixa.config("IDE\\nNF", "70");
+    EXPECT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
+    outro.config("IDE\\Serie", "4");
+    EXPECT_EQ(cancelar(caixa), ZEL_OK);
 }
 
 } // namespace

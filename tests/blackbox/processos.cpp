@@ -15,6 +15,7 @@
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
+#include <memory>
 #include <set>
 #include <sys/mman.h>
 #include <sys/time.h>
@@ -25,6 +26,15 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+int lerInfo(const Funcoes &f) {
+    char valor[ZEL_TAMANHO_VALOR];
+    return f.rInfoEstendida_ZEL("1", valor);
+}
+int lerEstado(const Funcoes &f) {
+    char valor[ZEL_TAMANHO_VALOR];
+    return f.regRetornarValor_ZEL("CONFIGURACAO\\estadoCFe", valor);
+}
 
 // Only the process that has the receipt may.
 bool mudaOCupom(std::string_view nome) {
@@ -98,6 +108,26 @@ TEST(DoisProcessos, trava_removida_e_tomada_de_novo) {
     Caixa segundo(primeiro);
     EXPECT_EQ(vender(segundo), ZEL_ARQUIVO_INDISPONIVEL);
     EXPECT_EQ(primeiro.info("1"), "1");
+}
+
+TEST(DoisProcessos, quem_perdeu_a_trava_le_o_que_o_outro_vendeu) {
+    for (const bool removida : {false, true}) {
+        SCOPED_TRACE(removida);
+        Caixa caixa;
+        caixa.parar();
+        EXPECT_EQ(emFilho([&] {
+                      caixa.iniciar();
+                      if (avancar(caixa, 2) != 2) return 1;
+                      if (removida)
+                          fs::remove(caixa.diretorio() + "ZEL_Framework.trava");
+                      else
+                          closefrom(3);
+                      const auto emOutro = [&] { return vender(Caixa(caixa)) == ZEL_OK ? 0 : 1; };
+                      if (emFilho(emOutro) != 0) return 2;
+                      return caixa.info("1") == "2" ? 0 : 3;
+                  }),
+                  0);
+    }
 }
 
 TEST(ProcessoFilho, e_um_segundo_enquanto_o_pai_vive) {
@@ -206,26 +236,47 @@ TEST(DoisProcessos, nenhuma_mudanca_da_configuracao_se_perde) {
 // A till that hangs holds the others up for three seconds, however often signals wake them.
 TEST(DoisProcessos, a_espera_e_de_tres_segundos) {
     using Relogio = std::chrono::steady_clock;
+    const struct {
+        bool novo; // a process that has done nothing before
+        int esperado;
+        int (*chamar)(const Funcoes &);
+    } casos[] = {
+        {false, ZEL_ARQUIVO_INDISPONIVEL, [](const Funcoes &f) { return abrir(f); }},
+        {false, ZEL_OK, lerInfo},
+        {true, ZEL_ARQUIVO_INDISPONIVEL, [](const Funcoes &f) { return abrir(f); }},
+        {true, ZEL_OK, lerInfo},
+        {true, ZEL_OK, lerEstado},
+        {true, ZEL_OK, [](const Funcoes &f) { return f.aCFConfPisNT_ZEL("07"); }},
+    };
     Caixa caixa;
-    ASSERT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
-    EXPECT_EQ(emFilho([&] {
-                  const std::string trava = caixa.diretorio() + "ZEL_Framework.trava";
-                  const int fd = open(trava.c_str(), O_RDWR);
-                  struct flock pedido {};
-                  pedido.l_type = F_WRLCK;
-                  pedido.l_len = 1;
-                  if (fcntl(fd, F_OFD_SETLK, &pedido) != 0) return 1;
-                  struct sigaction nada {};
-                  nada.sa_handler = [](int) {};
-                  sigaction(SIGALRM, &nada, nullptr);
-                  const itimerval frequente{{0, 200}, {0, 200}};
-                  setitimer(ITIMER_REAL, &frequente, nullptr);
-                  const auto inicio = Relogio::now();
-                  if (abrir(caixa) != ZEL_ARQUIVO_INDISPONIVEL) return 2;
-                  const std::chrono::duration<double> espera = Relogio::now() - inicio;
-                  return espera.count() >= 3 && espera.count() < 6 ? 0 : 3;
-              }),
-              0);
+    ASSERT_EQ(avancar(caixa, 2), 2);
+    const Caixa outro(caixa);
+    ASSERT_EQ(lerInfo(outro), ZEL_OK);
+    ASSERT_EQ(vender(caixa), ZEL_OK);
+    caixa.config("EMIT\\xNome", "x"); // what the other one reads next is new
+    const std::string trava = caixa.diretorio() + "ZEL_Framework.trava";
+    const int fd = open(trava.c_str(), O_RDWR | O_CLOEXEC);
+    struct flock pedido {};
+    pedido.l_type = F_WRLCK;
+    pedido.l_len = 1;
+    ASSERT_EQ(fcntl(fd, F_OFD_SETLK, &pedido), 0);
+    std::vector<pid_t> filhos;
+    for (const auto &caso : casos)
+        filhos.push_back(comecarFilho([&] {
+            const auto novo = caso.novo ? std::make_unique<Caixa>(caixa) : nullptr;
+            struct sigaction nada {};
+            nada.sa_handler = [](int) {};
+            sigaction(SIGALRM, &nada, nullptr);
+            const itimerval frequente{{0, 200}, {0, 200}};
+            setitimer(ITIMER_REAL, &frequente, nullptr);
+            const auto inicio = Relogio::now();
+            if (caso.chamar(novo ? *novo : outro) != caso.esperado) return 2;
+            const std::chrono::duration<double> espera = Relogio::now() - inicio;
+            return espera.count() >= 3 && espera.count() < 5 ? 0 : 3;
+        }));
+    for (std::size_t i = 0; i < filhos.size(); ++i)
+        EXPECT_EQ(fimDe(filhos[i]), 0) << "case " << i;
+    close(fd);
 }
 
 // A service closes every number when it starts, and opens files of its own under them: these are
