@@ -3,6 +3,9 @@
 // leaves beside them: for the library, which writes them, and the programs that look at them.
 #pragma once
 
+#include "comum/Ascii.h"
+#include "comum/ChaveAcesso.h"
+
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -42,8 +45,23 @@ constexpr std::string_view trocadoDe(std::string_view nome) {
     return {};
 }
 
+// Whether the library replaces a file of that name in its data directory, where other programs may
+// have theirs: those above, PDFs, documents and cancellations of contingency.
 constexpr bool ehTrocado(std::string_view nome) {
-    return std::find(kTrocados.begin(), kTrocados.end(), nome) != kTrocados.end();
+    if (std::find(kTrocados.begin(), kTrocados.end(), nome) != kTrocados.end()) return true;
+    constexpr std::string_view kPrefixo = "NFe", kContingencia = ".ctg", kCancelamento = ".ctgCanc";
+    if (nome.ends_with(".pdf") && nome.starts_with(kPrefixo))
+        return ehChave(nome.substr(kPrefixo.size(), ChaveAcesso::kDigitos));
+    if (nome.ends_with(kContingencia))
+        return ehChave(nome.substr(0, nome.size() - kContingencia.size()));
+    // CNPJ, series and number.
+    using Parte = ChaveAcesso::Parte;
+    constexpr std::size_t kCnpj = ChaveAcesso::digitos(Parte::kCNPJ);
+    constexpr std::size_t kSerieENumero =
+        ChaveAcesso::digitos(Parte::kSerie) + ChaveAcesso::digitos(Parte::kNNF);
+    return nome.ends_with(kCancelamento) &&
+           nome.size() == kCnpj + 1 + kSerieENumero + kCancelamento.size() && nome[kCnpj] == '_' &&
+           soDigitos(nome.substr(0, kCnpj)) && soDigitos(nome.substr(kCnpj + 1, kSerieENumero));
 }
 
 } // namespace zel::arquivos

@@ -2,7 +2,6 @@
 #include "emcurso/Carga.h"
 
 #include "comum/ArquivosDoCaixa.h"
-#include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
 #include "diario/Gravacao.h"
 #include "disco/Arquivo.h"
@@ -12,7 +11,6 @@
 #include "emcurso/Pendencias.h"
 #include "emcurso/ZEL_Controle.h"
 #include "secao/Moldes.h"
-#include "texto/Texto.h"
 #include "zel_felbor/codigos.h"
 
 #include <string_view>
@@ -24,27 +22,9 @@ namespace {
 bool arquivosProntos = false;
 bool documentoCarregado = false;
 
-// A file that the library writes in its data directory, where other programs may have theirs.
-bool ehDaBiblioteca(std::string_view nome) {
-    if (arquivos::ehTrocado(nome)) return true;
-    constexpr std::string_view kPrefixo = "NFe", kContingencia = ".ctg", kCancelamento = ".ctgCanc";
-    if (nome.ends_with(".pdf") && nome.starts_with(kPrefixo))
-        return ehChave(nome.substr(kPrefixo.size(), ChaveAcesso::kDigitos));
-    if (nome.ends_with(kContingencia))
-        return ehChave(nome.substr(0, nome.size() - kContingencia.size()));
-    // CNPJ, series and number.
-    using Parte = ChaveAcesso::Parte;
-    constexpr std::size_t kCnpj = ChaveAcesso::digitos(Parte::kCNPJ);
-    constexpr std::size_t kSerieENumero =
-        ChaveAcesso::digitos(Parte::kSerie) + ChaveAcesso::digitos(Parte::kNNF);
-    return nome.ends_with(kCancelamento) &&
-           nome.size() == kCnpj + 1 + kSerieENumero + kCancelamento.size() && nome[kCnpj] == '_' &&
-           areDigit(nome.substr(0, kCnpj)) && areDigit(nome.substr(kCnpj + 1, kSerieENumero));
-}
-
 // What a process that died left: nobody reads it, and some of it holds personal data.
 void removerSobras() {
-    removerRascunhos(fnConfigurarPath(""), ehDaBiblioteca);
+    removerRascunhos(fnConfigurarPath(""), arquivos::ehTrocado);
     removerArquivo(fnConfigurarPath(arquivos::kDanfePassageiro));
 }
 
@@ -92,6 +72,10 @@ void verDocumento(ST_PersitenceXML_ZEL &documento) {
     verConfig();
     if (PosseDoCupom::minha() || !estruturaAlterada()) return;
     if (const Vez vez; vez && acompanharDiario() == ZEL_OK) recarregarVariaveis(documento);
+}
+
+void verDocumentoCarregado(ST_PersitenceXML_ZEL &documento) {
+    if (documentoCarregado) verDocumento(documento);
 }
 
 bool obterCupom(PosseDoCupom &posse, ST_PersitenceXML_ZEL &documento) {

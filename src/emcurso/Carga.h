@@ -25,6 +25,8 @@ void recarregarVariaveis(ST_PersitenceXML_ZEL &documento);
 // that memory has. Where that cannot be had, memory stays.
 void verConfig();
 void verDocumento(ST_PersitenceXML_ZEL &documento);
+// The document again, for functions that do without it where it was never loaded.
+void verDocumentoCarregado(ST_PersitenceXML_ZEL &documento);
 
 // The two ends of a change of the document: false while another process has the receipt in
 // progress; and what becomes of it after a change, or a refused one.
