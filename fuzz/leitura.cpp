@@ -21,7 +21,7 @@ void jogar(std::string_view texto) {
     pasta.gravar("retorno.xml", texto);
     const std::string_view retorno = texto.empty() ? kOffline : "retorno.xml";
 
-    const ST_PersitenceXML_ZEL emCurso;
+    ST_PersitenceXML_ZEL emCurso;
     DadosImpressao impressao;
     TotalImposto total;
     CupomFiscal cf;
@@ -35,8 +35,10 @@ void jogar(std::string_view texto) {
         imprimirSetor_III(*createLayout(colunas), cf.Itens, itens);
         exigir(itens.size() <= (300 + maiorDescricao) * cf.Itens.size());
         exigir(layoutNFC(emCurso, impressao, cf, "", colunas, saida, (escolha & 4) != 0) == ZEL_OK);
-        exigir(saida.size() < 8192 + 2 * std::string_view(cf.MsgPromocional).size() + itens.size() +
-                                  100 * cf.Pagamentos.size());
+        const std::string_view mensagem = cf.MsgPromocional;
+        const auto linhas = static_cast<std::size_t>(std::ranges::count(mensagem, '\n'));
+        exigir(saida.size() <
+               8192 + 2 * (mensagem.size() + linhas) + itens.size() + 100 * cf.Pagamentos.size());
     }
     const int tipo = escolha & 4 ? 5 : 1;
     const int codigo = fnGerarArquivoFormatadoNF(emCurso, impressao, total,

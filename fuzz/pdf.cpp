@@ -28,8 +28,9 @@ void jogar(std::string_view texto) {
     }
     DadosImpressao impressao;
     TotalImposto total;
+    ST_PersitenceXML_ZEL emCurso;
     for (const int codigo : {fnGerarPDF("DocXML", base64), fnGerarPDF("DocXMLBase64", texto),
-                             gerarPdfDoXml({}, impressao, total, base64)})
+                             gerarPdfDoXml(emCurso, impressao, total, base64)})
         exigir(codigo == ZEL_OK || codigo == ZEL_RECUSADO);
     for (const auto &entrada : std::filesystem::directory_iterator("."))
         if (const std::string nome = entrada.path().filename(); !nome.starts_with("ZEL_Framework."))

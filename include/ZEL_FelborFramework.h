@@ -289,10 +289,10 @@ ZEL_API int tCFEncerrarConfigMsg_ZEL(const char *informacoes, const char *inform
  * Codes: ZEL_ARGUMENTO_INVALIDO, a null argument; ZEL_RECUSADO, five empty texts in state 6, or
  * while the stored key is not that of the stored number and series (an older document was printed
  * since: name the document), or a clock whose year has not four digits; ZEL_ARQUIVO_INDISPONIVEL,
- * five empty texts while the state is not the one that this process knew (its last change of the
- * receipt, the last answer of rCFVerificarStatus_ZEL, or what it began with), for another process
- * has moved it on: ask for it, and repeat what is still meant. Where the receipt is shared (8), it
- * must have been closed, or not closed, as it is. Loads the configuration.
+ * five empty texts while state, number or series are not those that this process knew (from its
+ * last change of the receipt, the last answer of rCFVerificarStatus_ZEL, or its beginning), for
+ * another process has gone on: ask for the state, and repeat what is still meant. Where the receipt
+ * is shared (8), its state must only be closed, or not closed, as it was. Loads the configuration.
  * Files: documentosEnvio.xml and history copies; for the receipt in progress ZEL_Framework.xml. */
 ZEL_API int tCFCancelar_ZEL(const char *numero, const char *serie, const char *chave,
                             const char *protocolo, const char *justificativa);
@@ -304,8 +304,10 @@ ZEL_API int tCFCancelar_ZEL(const char *numero, const char *serie, const char *c
  * written or not. It must have room for the longest directory and 64 bytes more. Of several
  * directories the last one gives the answer. Any state; the state stays.
  * Codes: ZEL_ARGUMENTO_INVALIDO, a null argument; ZEL_RECUSADO, a key without 44 digits, or four
- * empty texts while the stored key is that of another document, or such a clock; 0, no directory
- * given. Loads the configuration. Files: CNPJ_SERIENUMERO.ctgCanc in each directory. */
+ * empty texts while the stored key is that of another document, or such a clock;
+ * ZEL_ARQUIVO_INDISPONIVEL, a file, or four empty texts while number or series are not those that
+ * this process knew, as there; 0, no directory given. Loads the configuration. Files:
+ * CNPJ_SERIENUMERO.ctgCanc in each directory. */
 ZEL_API int tCFCancelarOffline_ZEL(const char *numero, const char *serie, const char *chave,
                                    const char *justificativa, char *diretorios);
 
@@ -422,20 +424,22 @@ ZEL_API int aCFContingenciaUltimaNota_ZEL(int tipo, char *texto);
  *   tipoDocumento   1 sale, 5 cancellation
  *   reservado       accepted and ignored
  *   saida           receives the text: copies x (8192 + 2 for each character of the closing text,
- *                   the document's or that of the document in progress, whichever is longer, + 1
- *                   for each of `urlQrcode` + (300 + the longest description) for each item + 100
- *                   for each payment) bytes, copies being 2 in contingency and 1 otherwise;
- *                   ZEL_TAMANHO_CUPOM usually
+ *                   the document's or that of the document in progress, whichever is longer, a line
+ *                   end counting as two, + 1 for each of `urlQrcode` + (300 + the longest
+ *                   description) for each item + 100 for each payment) bytes, copies being 2 in
+ *                   contingency and 1 otherwise; ZEL_TAMANHO_CUPOM usually
  * Mark-up within a value of document, return or configuration gets a blank after its "<" and so
- * prints as text; the closing text of the document in progress keeps its own.
- * A sale stores its key, protocol and QR-code content in the configuration. While
- * CONFIGURACAO\ImpressaoCompleta is neither "0" nor "1" there is no text and the last receipt
- * stays. CONFIGURACAO\SalvarXMLPDF and SalvarDanfePDF, "1" each, ask for the PDFs, which need a
- * return: with "OFFLINE" they answer ZEL_RECUSADO. A failure of the PDFs leaves what came before it
- * done: the values stored, the last receipt kept, the text in `saida`. Any state. Codes:
- * ZEL_ARGUMENTO_INVALIDO, `saida` null; ZEL_RECUSADO, an unknown kind, a sale in other columns, or
- * files that cannot be read; ZEL_FALHA_IMPRESSAO, ZEL_FALHA_PDF, ZEL_FALHA_GRAVACAO_PDF. Loads the
- * configuration. Files: ZEL_Framework.xml, ultimadanfe.bin, the PDFs. */
+ * prints as text; the closing text of the document in progress keeps its own. Square brackets
+ * print as they stand; the PDF takes marks in them for mark-up, as documents carry it. Line ends
+ * within a value are blanks, in closing and configured texts CR LF. A sale stores its key,
+ * protocol and QR-code content in the configuration. While CONFIGURACAO\ImpressaoCompleta is
+ * neither "0" nor "1" there is no text and the last receipt stays. CONFIGURACAO\SalvarXMLPDF and
+ * SalvarDanfePDF, "1" each, ask for the PDFs, which need a return: with "OFFLINE" they answer
+ * ZEL_RECUSADO. A failure of the PDFs leaves what came before it done: the values stored, the last
+ * receipt kept, the text in `saida`. Any state. Codes: ZEL_ARGUMENTO_INVALIDO, `saida` null;
+ * ZEL_RECUSADO, an unknown kind, a sale in other columns, or files that cannot be read;
+ * ZEL_FALHA_IMPRESSAO, ZEL_FALHA_PDF, ZEL_FALHA_GRAVACAO_PDF. Loads the configuration. Files:
+ * ZEL_Framework.xml, ultimadanfe.bin, the PDFs. */
 ZEL_API int GerarArquivoFormatadoNF_ZEL(const char *arquivoXml, const char *arquivoRetorno,
                                         const char *urlQrcode, int colunas, int tipoDocumento,
                                         const char *reservado, char *saida);

@@ -19,13 +19,9 @@ namespace zel {
 
 namespace {
 
-// Of the closing section only the consumer's text reaches the document: without its printer marks,
-// on one line, and with one blank where they leave several.
+// Of the closing section only the consumer's text reaches the document.
 void escreverEncerramento(std::string &texto, const ST_tagZEL &encerramento) {
-    const ST_tagZEL *infAdic = encerramento.getSubTag("infAdic");
-    if (infAdic == nullptr) return;
-    const std::string infCpl = trim(
-        fnRetornarTextoSemRepresentantes(substituirAll(infAdic->valorDe("infCpl"), "&#10;", " ")));
+    const std::string infCpl = mensagemDoDocumento(encerramento);
     if (infCpl.empty()) return;
     texto.append("<infAdic><infCpl>").append(infCpl).append("</infCpl></infAdic>");
 }
@@ -100,6 +96,13 @@ int gravarContingencia(const Cabecalho &cabecalho, const std::string &documento,
 }
 
 } // namespace
+
+std::string mensagemDoDocumento(const ST_tagZEL &encerramento) {
+    const ST_tagZEL *infAdic = encerramento.getSubTag("infAdic");
+    if (infAdic == nullptr) return {};
+    return trim(
+        fnRetornarTextoSemRepresentantes(substituirAll(infAdic->valorDe("infCpl"), "&#10;", " ")));
+}
 
 int fnXMLFormatado_ZEL(const ST_PersitenceXML_ZEL &documento, int tipo, std::string &texto,
                        const JuntoDoDocumento &junto) {

@@ -23,4 +23,8 @@ namespace zel {
 int fnXMLFormatado_ZEL(const ST_PersitenceXML_ZEL &documento, int tipo, std::string &texto,
                        const JuntoDoDocumento &junto);
 
+// The closing text as it stands in the document: without its printer marks, on one line, and with
+// one blank where they leave several. Empty for none.
+std::string mensagemDoDocumento(const ST_tagZEL &encerramento);
+
 } // namespace zel

@@ -90,7 +90,7 @@ struct CupomFiscal {
     Campo<25> DataHoraAutorizacao;
     Campo<49> DigestValueAutorizado;  // base64
     TextoLongo<kMaximoLink> LinkNFCe; // consultation link delivered by the authorizer
-    TextoLongo<5000> MsgPromocional;  // infCpl
+    TextoLongo<5000> MsgPromocional;  // infCpl, its lines ended by "\n"
     std::vector<Item> Itens;          // in document order
     std::vector<Pagamento> Pagamentos;
 

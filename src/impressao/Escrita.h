@@ -36,7 +36,8 @@ consteval Fixo operator""_fixo() {
 inline constexpr std::size_t kMaiorCrescimento = 100;
 
 // The value with a blank after the "<" of every mark, so that it prints as text; every other "<"
-// stays. What is harmless already is not changed.
+// stays. After the hundredth mark the blank takes the place of the "<". What is harmless already is
+// not changed.
 std::string inofensivo(std::string_view valor);
 
 inline void escreverParte(std::string &cupom, const Fixo &forma) {

@@ -3,6 +3,8 @@
 
 #include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
+#include "emcurso/Carga.h"
+#include "emissao/Montagem.h"
 #include "imposto/Somas.h"
 #include "imposto/TotalImposto.h"
 #include "impressao/ColunasLayout.h"
@@ -14,6 +16,7 @@
 #include "recusa/Recusa.h"
 #include "secao/Digest.h"
 #include "secao/Parser.h"
+#include "texto/Acentuacao.h"
 #include "texto/Codificacao.h"
 #include "texto/Codigos.h"
 #include "texto/Numero.h"
@@ -63,8 +66,9 @@ bool semChave(std::string_view campo, std::string_view dado) {
 }
 
 template <class Destino>
-bool ler(LeitorXml &leitor, std::string_view marca, Destino &destino) {
-    const auto valor = leitor.valor(marca);
+bool ler(LeitorXml &leitor, std::string_view marca, Destino &destino,
+         FimDeLinha fimDeLinha = FimDeLinha::kBranco) {
+    const auto valor = leitor.valor(marca, fimDeLinha);
     if (!valor) return semElemento(marca);
     guardar(destino, *valor);
     return true;
@@ -72,8 +76,8 @@ bool ler(LeitorXml &leitor, std::string_view marca, Destino &destino) {
 
 template <class Destino>
 bool lerPrimeiro(std::string_view texto, std::initializer_list<std::string_view> marcas,
-                 Destino &destino) {
-    const auto valor = primeiroValor(texto, marcas);
+                 Destino &destino, FimDeLinha fimDeLinha = FimDeLinha::kBranco) {
+    const auto valor = primeiroValor(texto, marcas, fimDeLinha);
     if (!valor) return semElemento(*marcas.begin());
     guardar(destino, *valor);
     return true;
@@ -199,7 +203,7 @@ bool lerDocumento(std::string_view documento, const TotalImposto &doCaixa, Cupom
         !lerItens(documento, cf) || !lerPagamentos(documento, cf))
         return false;
     if (auto infAdic = LeitorXml(documento).grupo("infAdic"))
-        ler(*infAdic, "<infCpl>", cf.MsgPromocional);
+        ler(*infAdic, "<infCpl>", cf.MsgPromocional, FimDeLinha::kMantido);
     return true;
 }
 
@@ -207,7 +211,8 @@ bool lerDocumento(std::string_view documento, const TotalImposto &doCaixa, Cupom
 // characters that is the digest of its Latin-1 form, in which limits count characters.
 bool lerDigest(const ArquivoXml &documento, CupomFiscal &cf) {
     const auto &[original, latin1] = documento;
-    if (lerPrimeiro(latin1, {"<DigestValue>"}, cf.DigestValueAutorizado)) return true;
+    if (lerPrimeiro(latin1, {"<DigestValue>"}, cf.DigestValueAutorizado, FimDeLinha::kMantido))
+        return true;
     const bool fiel = latin1 == original || fnParseToUtf8(latin1) == original;
     std::string digest;
     const int gerado = fiel ? fnGerarDigestValue(latin1, digest)
@@ -222,7 +227,7 @@ bool lerAutorizacao(DadosImpressao &dados, std::string_view retorno, CupomFiscal
     const bool normal = cf.TipoEmissao == kEmissaoNormal;
     if (normal && !lerProtocolo(retorno, cf)) return false;
     // A link without its end leads nowhere: one that is too long is none.
-    const auto link = primeiroValor(retorno, {"<LinkXML>", "<LinkNFCe>"});
+    const auto link = primeiroValor(retorno, {"<LinkXML>", "<LinkNFCe>"}, FimDeLinha::kMantido);
     if (link && link->size() <= kMaximoLink) {
         cf.LinkNFCe = *link;
         dados.TipoAmbiente = formatarInteiro(kLinkPronto);
@@ -231,7 +236,8 @@ bool lerAutorizacao(DadosImpressao &dados, std::string_view retorno, CupomFiscal
     dados.TipoAmbiente = cf.TpAmp.texto();
     return (!normal ||
             lerPrimeiro(retorno, {"<DocDhAut>", "<dhRecbto>"}, cf.DataHoraAutorizacao)) &&
-           lerPrimeiro(retorno, {"<DocDigestValue>", "<digVal>"}, cf.DigestValueAutorizado);
+           lerPrimeiro(retorno, {"<DocDigestValue>", "<digVal>"}, cf.DigestValueAutorizado,
+                       FimDeLinha::kMantido);
 }
 
 std::optional<ArquivoXml> lerComMarca(std::string_view caminho, std::string_view marca) {
@@ -239,9 +245,16 @@ std::optional<ArquivoXml> lerComMarca(std::string_view caminho, std::string_view
                          caminho.find(marca) != caminho.npos ? Forma::kEmbaralhada : Forma::kClara);
 }
 
+// What of a text no document loses: neither accents nor blanks.
+std::string soLetras(std::string_view texto) {
+    std::string letras = fnRetiraAcentuacao(texto);
+    std::erase_if(letras, [](char c) { return c == ' ' || c == '\n'; });
+    return letras;
+}
+
 std::string documentoDoEmitente() {
     const std::string cnpj = valorImpresso(R"(EMIT\CNPJ)"_chave);
-    return (cnpj.size() == kTamanhoCNPJ ? "CNPJ-" : "CPF- ") + fnFormatarCPFCNPJ(cnpj);
+    return (cnpj.size() == kTamanhoCNPJ ? "CNPJ-" : "CPF- ") + emLinhas(fnFormatarCPFCNPJ(cnpj));
 }
 
 void imprimirEmitenteConfigurado(std::string &texto) {
@@ -288,6 +301,13 @@ bool parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view 
     cf.Serie = ChaveAcesso::parte(cf.ChaveDeAcesso, ChaveAcesso::Parte::kSerie);
     cf.NumeroNotaFiscal = ChaveAcesso::parte(cf.ChaveDeAcesso, ChaveAcesso::Parte::kNNF);
     return offline || lerProtocolo(retorno->texto, cf);
+}
+
+void acertarMensagem(ST_PersitenceXML_ZEL &emCurso, const CupomFiscal &cf) {
+    const auto &encerramento = emCurso.encerramento;
+    const std::string mensagem = encerramento ? mensagemDoDocumento(*encerramento) : "";
+    if (mensagem.empty() || soLetras(textoSimples(mensagem)) != soLetras(cf.MsgPromocional))
+        verDocumentoCarregado(emCurso);
 }
 
 int layoutNFC(const ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados,

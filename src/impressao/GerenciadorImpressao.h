@@ -30,6 +30,10 @@ bool parseXMLCupomFiscal(DadosImpressao &dados, const TotalImposto &total, std::
 bool parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view returnPath,
                                      CupomFiscal &cf);
 
+// The closing text that prints is that of the document in progress. Where memory has another one
+// than the printed document, another process may have gone on since: then it is read anew.
+void acertarMensagem(ST_PersitenceXML_ZEL &emCurso, const CupomFiscal &cf);
+
 // Appends a sale receipt to `texto`, with `urlQrcode` as the content of its QR code, which an empty
 // one has built. `viaEstabelecimento` names the copy
 // of a contingency receipt; `emCurso` is the document in progress, with the closing text. ZEL_OK,

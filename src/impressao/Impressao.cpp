@@ -54,11 +54,12 @@ bool semTexto() {
     return completa != "0" && completa != "1";
 }
 
-int imprimirVenda(const ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados,
-                  TotalImposto &total, const CupomFiscal &cf, std::string_view urlQrcode,
-                  int colunas, std::string &saida) {
+int imprimirVenda(ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados, TotalImposto &total,
+                  const CupomFiscal &cf, std::string_view urlQrcode, int colunas,
+                  std::string &saida) {
     if (const int codigo = guardarVenda(dados, cf, urlQrcode); codigo != ZEL_OK) return codigo;
     if (semTexto()) return ZEL_OK;
+    acertarMensagem(emCurso, cf);
     layoutNFC(emCurso, dados, cf, urlQrcode, colunas, saida, false);
     if (cf.TipoEmissao == kEmissaoContingencia)
         layoutNFC(emCurso, dados, cf, urlQrcode, colunas, saida, true);
@@ -101,7 +102,7 @@ int gravarPDFs(const CupomFiscal &cf, std::string_view returnPath, int colunas,
 
 } // namespace
 
-int fnGerarArquivoFormatadoNF(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
+int fnGerarArquivoFormatadoNF(ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
                               TotalImposto &total, const PedidoImpressao &pedido,
                               std::string &saida) {
     saida.clear();

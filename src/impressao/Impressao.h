@@ -25,7 +25,8 @@ struct PedidoImpressao {
 };
 
 // Lays out a document with its return into `saida`.
-//   emCurso        the document in progress: its closing text is the promotional one
+//   emCurso        the document in progress: its closing text is the promotional one; seen anew
+//                  where it is not the printed document's
 //   dados          what was learnt before; gets the environment of the document read
 //   total          of taxes, as the application gave it: empty once a sale's layout has printed it
 // A sale stores key, protocol and QR-code content in one save; while "ImpressaoCompleta" is "0"
@@ -37,7 +38,7 @@ struct PedidoImpressao {
 // document whose return has neither "SITCODIGO" 100 nor 150; ZEL_FALHA_PDF, ZEL_FALHA_GRAVACAO_PDF;
 // ZEL_CONFIG_ILEGIVEL, ZEL_ARQUIVO_INDISPONIVEL. From the first failure on nothing more is done,
 // and `saida` holds the text that was laid out before it.
-int fnGerarArquivoFormatadoNF(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
+int fnGerarArquivoFormatadoNF(ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
                               TotalImposto &total, const PedidoImpressao &pedido,
                               std::string &saida);
 

@@ -59,10 +59,10 @@ std::string semMarcaDeOrdem(std::string texto) {
 }
 
 // Values without a reference or a control byte, nearly all, are taken as they stand.
-std::string decodificar(std::string_view valor) {
+std::string decodificar(std::string_view valor, FimDeLinha fimDeLinha) {
     if (std::none_of(valor.begin(), valor.end(), [](char c) { return c == '&' || ehControle(c); }))
         return std::string(valor);
-    return textoSimples(valor, FimDeLinha::kMantido);
+    return textoSimples(valor, fimDeLinha);
 }
 
 // Does a start or end tag of that name begin at the text's "<"?
@@ -119,18 +119,18 @@ bool LeitorXml::avancar(std::string_view marca) {
     return true;
 }
 
-std::optional<std::string> LeitorXml::valor(std::string_view marca) {
+std::optional<std::string> LeitorXml::valor(std::string_view marca, FimDeLinha fimDeLinha) {
     if (!avancar(marca)) return {};
     const std::string_view texto = resto_.substr(0, resto_.find('<'));
     resto_.remove_prefix(texto.size());
-    return decodificar(texto);
+    return decodificar(texto, fimDeLinha);
 }
 
 std::optional<std::string> LeitorXml::propriedade(std::string_view abertura) {
     if (!avancar(abertura)) return {};
     const std::string_view texto = resto_.substr(0, resto_.find(abertura.back()));
     resto_.remove_prefix(texto.size());
-    return decodificar(texto);
+    return decodificar(texto, FimDeLinha::kBranco);
 }
 
 std::optional<LeitorXml> LeitorXml::grupo(std::string_view nome) {
@@ -153,9 +153,10 @@ std::optional<LeitorXml> LeitorXml::grupo(std::string_view nome) {
 }
 
 std::optional<std::string> primeiroValor(std::string_view texto,
-                                         std::initializer_list<std::string_view> marcas) {
+                                         std::initializer_list<std::string_view> marcas,
+                                         FimDeLinha fimDeLinha) {
     for (const std::string_view marca : marcas)
-        if (auto valor = LeitorXml(texto).valor(marca)) return valor;
+        if (auto valor = LeitorXml(texto).valor(marca, fimDeLinha)) return valor;
     return {};
 }
 
@@ -164,7 +165,7 @@ std::optional<std::string> valorDoRetorno(std::string_view retorno, std::string_
          tag = retorno.find('<', tag + 1)) {
         const std::string_view inicio = retorno.substr(tag, nome.size() + 2);
         if (inicio.ends_with('>') && igualSemCaixa(inicio.substr(1, nome.size()), nome))
-            return LeitorXml(retorno.substr(tag)).valor(inicio);
+            return LeitorXml(retorno.substr(tag)).valor(inicio, FimDeLinha::kMantido);
     }
     return {};
 }

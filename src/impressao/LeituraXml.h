@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Takes values out of XML text by walking from start tag to start tag, without building a tree: a
 // document is read in one pass, and where an element may stand is bounded by the group around it.
-// Files and texts come out in ISO-8859-1, values with their references decoded.
+// Files and texts come out in ISO-8859-1, values with their references decoded and on one line,
+// unless their line ends are asked for: those are "\n" then.
 #pragma once
+
+#include "texto/TextoXml.h"
 
 #include <initializer_list>
 #include <optional>
@@ -37,7 +40,8 @@ public:
 
     // The value of the element whose start tag is the next `marca` ("<xNome>"): the text up to the
     // next "<". Goes after it.
-    std::optional<std::string> valor(std::string_view marca);
+    std::optional<std::string> valor(std::string_view marca,
+                                     FimDeLinha fimDeLinha = FimDeLinha::kBranco);
 
     // The attribute value after the next `abertura`, which ends in the quote ("Id=\""). Goes
     // after it.
@@ -54,9 +58,11 @@ private:
 
 // The value of the first of the start tags that occurs anywhere in the text.
 std::optional<std::string> primeiroValor(std::string_view texto,
-                                         std::initializer_list<std::string_view> marcas);
+                                         std::initializer_list<std::string_view> marcas,
+                                         FimDeLinha fimDeLinha = FimDeLinha::kBranco);
 
-// The value of the first element of that name, in any case, in the return of a document.
+// The value of the first element of that name, in any case, in the return of a document; with its
+// line ends.
 std::optional<std::string> valorDoRetorno(std::string_view retorno, std::string_view nome);
 
 } // namespace zel

@@ -11,7 +11,6 @@
 #include "texto/Codigos.h"
 #include "texto/Marcacao.h"
 #include "texto/Numero.h"
-#include "texto/TextoXml.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -71,8 +70,8 @@ std::string mensagemPromocional(const ST_PersitenceXML_ZEL &emCurso, const Cupom
     const auto &encerramento = emCurso.encerramento;
     const ST_tagZEL *infAdic = encerramento ? encerramento->getSubTag("infAdic") : nullptr;
     const std::string_view infCpl = infAdic != nullptr ? infAdic->valorDe("infCpl") : "";
-    if (infCpl.empty()) return inofensivo(cf.MsgPromocional);
-    return fnRetornarRepresentantes2Formatado(textoSimples(infCpl, FimDeLinha::kMantido));
+    if (infCpl.empty()) return inofensivo(emLinhas(cf.MsgPromocional));
+    return fnRetornarRepresentantes2Formatado(emLinhas(textoImpresso(infCpl)));
 }
 
 } // namespace
@@ -163,7 +162,8 @@ void imprimirSetor_V(const ColunasLayout &layout, const CupomFiscal &cf, std::st
 }
 
 void imprimirSetor_Va(const ColunasLayout &layout, const CupomFiscal &cf, std::string &texto) {
-    if (!cf.MsgPromocional.vazio()) escrever(texto, cf.MsgPromocional, "\r\n", layout.separador);
+    if (!cf.MsgPromocional.vazio())
+        escrever(texto, emLinhas(cf.MsgPromocional), "\r\n", layout.separador);
 }
 
 void imprimirSetor_VI(const ColunasLayout &layout, const CupomFiscal &cf,

@@ -103,7 +103,7 @@ private:
 
 // The receipt text of an authorized document: its own protocol stands in it, so it is its return as
 // well.
-int textoDanfe(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, TotalImposto &total,
+int textoDanfe(ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, TotalImposto &total,
                std::string_view xml, std::string &texto) {
     // The QR code is hashed with the taxpayer's token, which another program may have changed.
     if (const int codigo = fnXML_CarregarXML_ZEL(); codigo != ZEL_OK) return codigo;
@@ -112,6 +112,7 @@ int textoDanfe(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, Total
     CupomFiscal cupom;
     if (!parseXMLCupomFiscal(dados, total, copia.caminho(), copia.caminho(), cupom))
         return jaRecusado(Motivo::kImpressaoSemElemento);
+    acertarMensagem(emCurso, cupom);
     const int codigo = layoutNFC(emCurso, dados, cupom, {}, kColunasDanfe, texto, false);
     if (codigo == ZEL_OK) total.limpar();
     return codigo;
@@ -134,7 +135,7 @@ int fnGerarPDFDanfe(std::string_view texto, int colunas, std::string_view arquiv
     return pagina.salvar(fnConfigurarPath(arquivo));
 }
 
-int gerarPdfDoXml(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, TotalImposto &total,
+int gerarPdfDoXml(ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, TotalImposto &total,
                   std::string_view base64) {
     Documento documento;
     if (const int lido = lerDocumento(base64, documento); lido != ZEL_OK) return lido;

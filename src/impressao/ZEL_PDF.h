@@ -29,7 +29,7 @@ int fnGerarPDFDanfe(std::string_view texto, int colunas, std::string_view arquiv
 // ZEL_ARQUIVO_INDISPONIVEL the working copy "danfe_pdf_temp.xml" could not be written;
 // ZEL_FALHA_PDF; ZEL_FALHA_GRAVACAO_PDF. The working copy is gone in every case. `emCurso`,
 // `dados` and `total` as for fnGerarArquivoFormatadoNF.
-int gerarPdfDoXml(const ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, TotalImposto &total,
+int gerarPdfDoXml(ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, TotalImposto &total,
                   std::string_view base64);
 
 } // namespace zel

@@ -50,6 +50,7 @@ TEST(Impressao, do_documento_ao_papel) {
         EXPECT_EQ(cupom, ultimo.data());
         char url[ZEL_TAMANHO_VALOR];
         EXPECT_EQ(caixa->rURLQrcode_ZEL(url), ZEL_OK);
+        EXPECT_EQ(vezesEm(cupom, "\n"), vezesEm(cupom, "\r\n") + 1) << "under the consumer alone";
         EXPECT_TRUE(contem(cupom, "<qrcode>" + std::string(url) + "<lmodulo>"));
     }
     EXPECT_EQ(caixa.info("4"), "143260000000001");

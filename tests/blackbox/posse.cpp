@@ -176,4 +176,40 @@ TEST(EstadoDeOutro, o_proprio_cupom_se_cancela) {
     EXPECT_EQ(cancelar(caixa), ZEL_OK);
 }
 
+std::string imprimir(const Caixa &c, const std::string &nome) {
+    std::vector<char> saida(ZEL_TAMANHO_CUPOM);
+    EXPECT_EQ(c->GerarArquivoFormatadoNF_ZEL((c.diretorio() + nome).c_str(), "OFFLINE", "", 42, 1,
+                                             "", saida.data()),
+              ZEL_OK);
+    return saida.data();
+}
+
+// A receipt with what another customer was told at the closing gives away his name and document.
+TEST(EstadoDeOutro, cada_cupom_com_a_sua_mensagem) {
+    for (const char *compartilhado : {"0", "1"}) {
+        SCOPED_TRACE(compartilhado);
+        const Ambiente ambiente("ZEL_COMPARTILHADO", compartilhado);
+        const Caixa um;
+        const Caixa dois(um);
+        const auto emitir = [&](const Caixa &caixa, const char *mensagem) {
+            ASSERT_EQ(avancar(caixa, 2), 2);
+            ASSERT_EQ(fechar(caixa, mensagem), ZEL_OK);
+        };
+        ASSERT_NO_FATAL_FAILURE(emitir(um, "MARIA"));
+        EXPECT_EQ(dois.info("2"), "2");
+        ASSERT_NO_FATAL_FAILURE(emitir(um, "<b>JOS\xC9</b>  \nvolte"));
+        const std::string cupom = imprimir(dois, "documentosEnvio.xml");
+        EXPECT_TRUE(contem(cupom, "<b>JOS\xC9</b> \r\nvolte", 1));
+        EXPECT_TRUE(contem(cupom, "MARIA", 0));
+        // What a till closed itself it prints so, whatever the other one has begun or closed since.
+        fs::copy(um.diretorio() + "documentosEnvio.xml", um.diretorio() + "nota.xml");
+        ASSERT_EQ(avancar(dois, 2), 2);
+        EXPECT_TRUE(contem(imprimir(um, "nota.xml"), "<b>JOS\xC9</b>", 1));
+        ASSERT_EQ(fechar(dois, "ANA"), ZEL_OK);
+        const std::string dele = imprimir(um, "nota.xml");
+        EXPECT_TRUE(contem(dele, "<b>JOS\xC9</b>", 1));
+        EXPECT_TRUE(contem(dele, "ANA", 0));
+    }
+}
+
 } // namespace

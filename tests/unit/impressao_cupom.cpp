@@ -9,6 +9,8 @@
 #include "texto/Texto.h"
 #include "texto/TextoXml.h"
 
+#include <regex>
+
 using namespace impressao;
 
 namespace {
@@ -281,6 +283,25 @@ TEST_F(Cupons, so_a_mensagem_do_caixa_tem_marcas) {
     ASSERT_EQ(imprimir(xml, retornoEnvio, 42), ZEL_OK);
     EXPECT_TRUE(contem(saida, "Volte < b>sempre< /b>", 1));
     EXPECT_TRUE(contem(saida, "<b>sempre</b><sl>", 1));
+}
+
+// A line of its own could say anything, and a printer that wants CR LF prints a lone LF as stairs.
+TEST_F(Cupons, valores_ficam_numa_linha_e_mensagens_acabam_em_cr_lf) {
+    for (const std::string_view fim : {"\r\n", "\n", "\r", "&#10;", "&#13;&#10;"}) {
+        const std::string valor = std::string("U").append(fim).append("D");
+        std::string xml = cheia;
+        for (const std::string marca : {"<xNome>", "<xLgr>", "<xBairro>", "<xMun>", "<IE>",
+                                        "<cProd>", "<xProd>", "<uCom>", "<infCpl>"})
+            xml = std::regex_replace(xml, std::regex(marca + "[^<]*"), marca + valor);
+        const std::string retorno =
+            trocar(retornoEnvio, "<DocProtocolo>", "<DocProtocolo>" + valor);
+        for (const int colunas : {42, 48}) {
+            ASSERT_EQ(imprimir(xml, retorno, colunas), ZEL_OK);
+            EXPECT_TRUE(contem(saida, "U\r\nD", colunas == 42 ? 2 : 1)); // the closing text
+            EXPECT_GT(vezesEm(saida, "U D"), 10);
+            EXPECT_EQ(vezesEm(saida, "\n"), vezesEm(saida, "\r\n") + 1); // under the consumer
+        }
+    }
 }
 
 TEST_F(Cupons, linhas_de_textos_configurados_acabam_em_cr_lf) {
