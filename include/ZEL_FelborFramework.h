@@ -428,18 +428,18 @@ ZEL_API int aCFContingenciaUltimaNota_ZEL(int tipo, char *texto);
  *                   end counting as two, + 1 for each of `urlQrcode` + (300 + the longest
  *                   description) for each item + 100 for each payment) bytes, copies being 2 in
  *                   contingency and 1 otherwise; ZEL_TAMANHO_CUPOM usually
- * Mark-up within a value of document, return or configuration gets a blank after its "<" and so
- * prints as text; the closing text of the document in progress keeps its own. Square brackets
- * print as they stand; the PDF takes marks in them for mark-up, as documents carry it. Line ends
- * within a value are blanks, in closing and configured texts CR LF. A sale stores its key,
- * protocol and QR-code content in the configuration. While CONFIGURACAO\ImpressaoCompleta is
- * neither "0" nor "1" there is no text and the last receipt stays. CONFIGURACAO\SalvarXMLPDF and
- * SalvarDanfePDF, "1" each, ask for the PDFs, which need a return: with "OFFLINE" they answer
- * ZEL_RECUSADO. A failure of the PDFs leaves what came before it done: the values stored, the last
- * receipt kept, the text in `saida`. Any state. Codes: ZEL_ARGUMENTO_INVALIDO, `saida` null;
- * ZEL_RECUSADO, an unknown kind, a sale in other columns, or files that cannot be read;
- * ZEL_FALHA_IMPRESSAO, ZEL_FALHA_PDF, ZEL_FALHA_GRAVACAO_PDF. Loads the configuration. Files:
- * ZEL_Framework.xml, ultimadanfe.bin, the PDFs. */
+ * Mark-up within a value of document, return or configuration gets a blank after its "<", past the
+ * hundredth in its place, and so prints as text; the closing text of the document in progress keeps
+ * its own. Square brackets print as they stand; the PDF takes marks in them for mark-up, as
+ * documents carry it. Line ends within a value are blanks, in closing and configured texts CR LF. A
+ * sale stores its key, protocol and QR-code content in the configuration. While
+ * CONFIGURACAO\ImpressaoCompleta is neither "0" nor "1" there is no text and the last receipt
+ * stays. CONFIGURACAO\SalvarXMLPDF and SalvarDanfePDF, "1" each, ask for the PDFs, which need a
+ * return: with "OFFLINE" they answer ZEL_RECUSADO. A failure of the PDFs leaves what came before it
+ * done: the values stored, the last receipt kept, the text in `saida`. Any state. Codes:
+ * ZEL_ARGUMENTO_INVALIDO, `saida` null; ZEL_RECUSADO, an unknown kind, a sale in other columns, or
+ * files that cannot be read; ZEL_FALHA_IMPRESSAO, ZEL_FALHA_PDF, ZEL_FALHA_GRAVACAO_PDF. Loads the
+ * configuration. Files: ZEL_Framework.xml, ultimadanfe.bin, the PDFs. */
 ZEL_API int GerarArquivoFormatadoNF_ZEL(const char *arquivoXml, const char *arquivoRetorno,
                                         const char *urlQrcode, int colunas, int tipoDocumento,
                                         const char *reservado, char *saida);

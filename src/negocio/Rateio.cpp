@@ -4,6 +4,7 @@
 #include "negocio/AjusteItem.h"
 #include "negocio/Argumento.h"
 #include "recusa/Recusa.h"
+#include "texto/Latin1.h"
 #include "texto/Numero.h"
 #include "zel_felbor/codigos.h"
 
@@ -88,7 +89,14 @@ bool cabe(const ST_StructItemAux &parte, Operacao operacao) {
     return anula(parte, operacao) || std::abs(liquido(parte, operacao)) < parte.limite;
 }
 
-int recusarParte(const ST_StructItemAux &parte) {
+int recusarParte(const ST_StructItemAux &parte, Operacao operacao) {
+    // The share may be of nothing.
+    if (temAjuste(parte))
+        return recusar(Motivo::kRateioSobreAjuste,
+                       {.campo = parte.temDesconto ? "desconto" : "acréscimo"_l1,
+                        .numero = parte.item.numero,
+                        .quantia = std::abs(liquido(parte, operacao)),
+                        .limite = parte.limite});
     return recusar(Motivo::kRateioExcessivo,
                    {.numero = parte.item.numero, .quantia = parte.parcela, .limite = parte.limite});
 }
@@ -139,10 +147,10 @@ int fnRatearDescAcresTotalizacao(ST_PersitenceXML_ZEL &documento, std::string_vi
     }
     ratear(lista, taxa, quantia);
     for (const ST_StructItemAux &parte : lista)
-        if (!cabe(parte, operacao)) return recusarParte(parte);
+        if (!cabe(parte, operacao)) return recusarParte(parte, operacao);
     if (!operacao) return ZEL_OK;
     for (const ST_StructItemAux &parte : lista)
-        if (aplicarParcela(parte, operacao) != ZEL_OK) return recusarParte(parte);
+        if (aplicarParcela(parte, operacao) != ZEL_OK) return recusarParte(parte, operacao);
     return ZEL_OK;
 }
 

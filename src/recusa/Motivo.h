@@ -81,6 +81,7 @@ enum class Motivo : std::uint8_t {
     kAjusteExcessivo,
     kRateioSemValor,
     kRateioExcessivo,
+    kRateioSobreAjuste,
     kSemLista,
     // Payments.
     kJaPago,
@@ -138,7 +139,7 @@ struct LinhaMotivo {
 inline constexpr std::array<LinhaMotivo, static_cast<std::size_t>(Motivo::kNenhum)> kMotivos{{
     {Motivo::kArquivo, ZEL_ARQUIVO_INDISPONIVEL, "{falha}"},
     {Motivo::kVezDeOutro, ZEL_ARQUIVO_INDISPONIVEL, "{diretorio}: outro processo grava ali há mais de três segundos; veja se um programa de caixa está parado no meio de uma gravação"},
-    {Motivo::kCupomDeOutro, ZEL_ARQUIVO_INDISPONIVEL, "{diretorio}: outro processo está com o cupom; encerre o outro programa de caixa que usa este diretório"},
+    {Motivo::kCupomDeOutro, ZEL_ARQUIVO_INDISPONIVEL, "{diretorio}: outro processo está com o cupom; encerre ou cancele lá o cupom, ou feche o outro programa"},
     {Motivo::kEstadoDeOutro, ZEL_ARQUIVO_INDISPONIVEL, "outro processo mudou o cupom desde que este soube dele, {estado}; pergunte com rCFVerificarStatus_ZEL e repita, se ainda é o que se quer cancelar"},
     {Motivo::kSemMemoria, ZEL_ARQUIVO_INDISPONIVEL, "faltou memória"},
     {Motivo::kSemDocumento, ZEL_ARQUIVO_INDISPONIVEL, "não há cupom em andamento: {diretorio}ArqPersist.bin não existe ou não tem registros; abra um cupom com aCFAbrir_ZEL"},
@@ -203,6 +204,7 @@ inline constexpr std::array<LinhaMotivo, static_cast<std::size_t>(Motivo::kNenhu
     {Motivo::kAjusteExcessivo, ZEL_AJUSTE_EXCESSIVO, "o ajuste, {quantia}, deve ser menor que o valor bruto do item, {limite}"},
     {Motivo::kRateioSemValor, ZEL_AJUSTE_EXCESSIVO, "valor: {quantia}; os itens valem zero e não há sobre o que ratear"},
     {Motivo::kRateioExcessivo, ZEL_AJUSTE_EXCESSIVO, "o item {numero} não comporta a sua parte do rateio, {quantia}: o valor bruto dele é {limite}"},
+    {Motivo::kRateioSobreAjuste, ZEL_AJUSTE_EXCESSIVO, "o item {numero} tem um {campo} seu e, com a parte do rateio, levaria {quantia}; o valor bruto dele é {limite}: cancele antes o {campo} do item"},
     {Motivo::kSemLista, ZEL_SEM_LISTA, "o cupom não tem a lista de itens ou pagamentos"},
 
     {Motivo::kJaPago, ZEL_JA_PAGO, "os pagamentos, {quantia}, já cobrem o total, {limite}: encerre o cupom; esta chamada zerou CONFIGURACAO\\TrocoUltimaNFCe: se houve troco, grave-o de novo com regAlterarValor_ZEL antes de imprimir"},

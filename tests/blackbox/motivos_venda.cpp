@@ -107,6 +107,9 @@ const std::vector<Provocacao> kProvocacoes{
      depoisDe(Pedido("aCFVender_ZEL", "T1800", "1", "0.00", "", "", "1", "UN", "Produto"))},
     {Motivo::kRateioExcessivo, -35, 2, Pedido("aCFTotalizar_ZEL", "D$", "10"),
      "o item 1 não comporta a sua parte do rateio, 10.00"},
+    {Motivo::kRateioSobreAjuste, -35, 2, Pedido("aCFTotalizar_ZEL", "D$", "5"),
+     "o item 1 tem um desconto seu e, com a parte do rateio, levaria 11.00;",
+     depoisDe(Pedido("aCFLancarDescontoItem_ZEL", "1", "D$", "6"))},
     {Motivo::kJaPago, -34, 4, Pedido("aCFEfetuarPagamento_ZEL", "dinheiro", "1"),
      "os pagamentos, 10.00, já cobrem o total, 10.00: encerre o cupom; esta chamada zerou "
      "CONFIGURACAO\\TrocoUltimaNFCe"},
