@@ -16,9 +16,9 @@ namespace zel::aplicativo {
 
 namespace {
 
-constexpr const Comando *kComandos[] = {&kConferir,   &kCodigo,    &kConfig,   &kEstado,
-                                        &kVender,     &kVer,       &kImprimir, &kCancelar,
-                                        &kInutilizar, &kConsultar, &kDocumento};
+constexpr const Comando *kComandos[] = {
+    &kConferir, &kCodigo,     &kConfig,    &kEstado,    &kVender, &kVer,        &kImprimir,
+    &kCancelar, &kInutilizar, &kConsultar, &kDocumento, &kEnviar, &kEnvioDaFila};
 
 std::string ajudaGeral() {
     std::string texto = "zel: cuida de um caixa com NFC-e pela linha de comando.\n\nUso:\n"
@@ -27,7 +27,9 @@ std::string ajudaGeral() {
         texto += juntar({"  ", comando->nome, std::string(12 - comando->nome.size(), ' '),
                          comando->resumo, "\n"});
     return texto + "\nAjuda de um comando: zel COMANDO --help\nVersão: zel --version\n\n"
-                   "Saída: 0 nada a dizer, 1 há avisos, 2 há erros ou o uso está errado.\n"
+                   "Saída: 0 nada a dizer, 1 há avisos, 2 há erros ou o uso está errado; de quem "
+                   "transmite\n"
+                   "também 3 recusado, 4 sem resposta, 5 não enviado.\n"
                    "O diretório de dados é o de --diretorio, senão o de ZEL_DIRETORIO, senão o da "
                    "biblioteca.\n";
 }

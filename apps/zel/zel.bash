@@ -10,7 +10,7 @@ _zel() {
         return
     fi
     case $anterior in
-        --diretorio | --esquema)
+        --diretorio | --esquema | --caixa)
             compopt -o filenames
             mapfile -t COMPREPLY < <(compgen -d -- "$atual")
             return
@@ -53,6 +53,18 @@ _zel() {
             if ((COMP_CWORD == 2)); then
                 mapfile -t COMPREPLY < <(compgen -W "traduzir assinar verificar mostrar config" -- "$atual")
             elif [[ ${COMP_WORDS[2]} != config ]]; then
+                compopt -o filenames
+                mapfile -t COMPREPLY < <(compgen -f -- "$atual")
+            fi
+            ;;
+        enviar)
+            compopt -o filenames
+            mapfile -t COMPREPLY < <(compgen -f -- "$atual")
+            ;;
+        envio)
+            if ((COMP_CWORD == 2)); then
+                mapfile -t COMPREPLY < <(compgen -W "estado procurar exportar servico continuar inutilizar" -- "$atual")
+            elif [[ ${COMP_WORDS[2]} == exportar ]] && ((COMP_CWORD == 4)); then
                 compopt -o filenames
                 mapfile -t COMPREPLY < <(compgen -f -- "$atual")
             fi

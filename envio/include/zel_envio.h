@@ -20,7 +20,7 @@
  * answered belong to the zel_envio and are valid until its next call.
  *  5. The key to sign with and its password are in no text, file or message of this library.
  *  6. Documents and answers may be hostile: no entities, at most 16 MiB. Nothing reaches for a
- * network but zel_envio_transmitir.
+ * network but zel_envio_transmitir and zel_envio_servico.
  */
 #ifndef ZEL_ENVIO_H
 #define ZEL_ENVIO_H
@@ -129,15 +129,15 @@ ZEL_ENVIO_API int zel_envio_mensagem(zel_envio *envio, char **bytes, size_t *tam
 
 /* Sends the document that was read (a till's file, as it stands) through the queue of the
  * configuration ([fila]), whether the service works on it or this call does, and waits at most
- * `segundos` (0 to 300; 0 puts it into the queue alone) for the authority. `caixa`: the till's
- * directory, absolute, as [[caixas]] names it; null or "" is the only one there. `substitui`: key
- * of the document that this one, issued offline, replaces; null or "" for none: that one is asked
- * for, and cancelled by substitution if it was authorized after all. With ZEL_ENVIO_OK the answer
- * is in zel_envio_resposta, the message in zel_envio_valor, zel_envio_verificar and
- * zel_envio_impressao, and the till's directory of returns has it too. The same bytes of the same
- * till are one document, however often they are handed over. Codes: ZEL_ENVIO_ARGUMENTO,
- * ZEL_ENVIO_ORDEM, ZEL_ENVIO_RECUSADO, ZEL_ENVIO_SEM_RESPOSTA, ZEL_ENVIO_NAO_ENVIADO,
- * ZEL_ENVIO_FILA, ZEL_ENVIO_MEMORIA. */
+ * `segundos` (0 to 300; with 0 it is signed and left in the queue) for the authority. `caixa`: the
+ * till's directory, absolute, as [[caixas]] names it; null or "" is the only one there.
+ * `substitui`: key of the document that this one, issued offline, replaces; null or "" for none:
+ * that one is asked for, and cancelled by substitution if it was authorized after all. With
+ * ZEL_ENVIO_OK the answer is in zel_envio_resposta, the message in zel_envio_valor,
+ * zel_envio_verificar and zel_envio_impressao, and the till's directory of returns has it too. The
+ * same bytes of the same till are one document, however often they are handed over. Codes:
+ * ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_ORDEM, ZEL_ENVIO_RECUSADO, ZEL_ENVIO_SEM_RESPOSTA,
+ * ZEL_ENVIO_NAO_ENVIADO, ZEL_ENVIO_FILA, ZEL_ENVIO_MEMORIA. */
 ZEL_ENVIO_API int zel_envio_transmitir(zel_envio *envio, const char *caixa, const char *substitui,
                                        int segundos);
 
@@ -145,9 +145,52 @@ ZEL_ENVIO_API int zel_envio_transmitir(zel_envio *envio, const char *caixa, cons
  * ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_ORDEM, ZEL_ENVIO_MEMORIA. */
 ZEL_ENVIO_API int zel_envio_resposta(zel_envio *envio, char **bytes, size_t *tamanho);
 
+/* ---- The queue of the configuration, as people and programs ask for it ----
+ * Answers are JSON, one line of UTF-8. Amounts are texts ("31.00"), moments texts with their zone
+ * ("2026-11-25T22:04:16-03:00"); what there is not is an empty text, 0 or an empty list. A row of
+ * the queue has id, tipo, estado, pessoa (the state in words), desfecho, numero, ultimo (of an
+ * inutilization), total, troco, achado, mudado, proximo (when it is tried again), remedio, chave,
+ * cnpj, caixa, origem, dhEmi, consumidor, nomeConsumidor, substitui, xMotivo, protocolo,
+ * momentoResposta, recibo, motivo, modelo, serie, tpAmb, tpEmis, cStat, tentativas. Codes of each:
+ * ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_ORDEM (no configuration), ZEL_ENVIO_FILA, ZEL_ENVIO_MEMORIA. */
+
+/* How it stands: parada (why nothing is sent; empty: it is), estados (estado, pessoa, quantos,
+ * maisAntigo), esperam (documents on their way), maisAntigo (since when the oldest of them waits),
+ * esperaHaSegundos, certificado (nome, cnpj, validade, dias; or motivo), servicos (the last answer
+ * of each: servico, cUF, tpAmb, cStat, xMotivo, http, demora in milliseconds, momento), lacunas
+ * (numbers that were not used: cnpj, tpAmb, serie, primeiro, ultimo, caixa), alguem (at most 100
+ * rows that need a person: refused and not replaced, or waiting longer than [fila] aviso_horas). */
+ZEL_ENVIO_API int zel_envio_estado(zel_envio *envio, char **json, size_t *tamanho);
+
+/* The rows that fit, the last one found first. `criterios`: one a line, `numero=12`, `chave=`,
+ * `dia=2026-11-25`, `mes=2026-11`, `consumidor=` (its CPF, CNPJ or other document), `caixa=` (its
+ * directory), `estado=` (may be there several times), `alguem` (needs a person), `passos` (each row
+ * with its steps: momento, de, para, detalhe), `maximo=` (1000 without it); null or "": all. */
+ZEL_ENVIO_API int zel_envio_procurar(zel_envio *envio, const char *criterios, char **json,
+                                     size_t *tamanho);
+
+/* Writes what is kept of a month ("2026-11") into a zip file, with notas.csv, a line for each
+ * number: whole or not at all. `quantos`, which may be null, receives how many documents there are
+ * in it. A month or a file that cannot be is ZEL_ENVIO_ARGUMENTO. */
+ZEL_ENVIO_API int zel_envio_exportar(zel_envio *envio, const char *mes, const char *arquivo,
+                                     size_t *quantos);
+
+/* Ends the stop that a certificate caused: signing and sending go on. */
+ZEL_ENVIO_API int zel_envio_continuar(zel_envio *envio);
+
+/* Asks the authority's status service now, for at most `segundos` (1 to 300). `cUF`: two digits of
+ * the state; null or "": the configuration's. `ambiente`: 1 production, 2 homologation. With
+ * ZEL_ENVIO_OK it works, and `json` is its answer, as one of `servicos` of zel_envio_estado. More
+ * codes: ZEL_ENVIO_RECUSADO (it answers that it does not work), ZEL_ENVIO_SEM_RESPOSTA,
+ * ZEL_ENVIO_NAO_ENVIADO (there is no address). */
+ZEL_ENVIO_API int zel_envio_servico(zel_envio *envio, const char *cUF, int ambiente, int segundos,
+                                    char **json, size_t *tamanho);
+
 /* A fact of the message that was made, or else of the document that was read: "chave", "tipo",
  * "digest", "qrCode", "urlChave", "emissao" (dhEmi), "total" (vNF), "serie", "numero", "protocolo";
- * of what was transmitted: "cStat", "xMotivo", "estado" (as docs/envio.md names them);
+ * of what was transmitted: "cStat", "xMotivo", "estado" (as docs/envio.md names them), "motivo"
+ * (why it is not at its end, or refused), "remedio" (what to do about cStat), "desfecho" (what the
+ * answer means, "autorizado"), "retorno" (the file that was written for the till);
  * or of the certificate: "certificado.nome", "certificado.cnpj", "certificado.validade"
  * ("AAAA-MM-DD"), "certificado.dias". Empty when there is none; null for an unknown name. */
 ZEL_ENVIO_API const char *zel_envio_valor(zel_envio *envio, const char *nome);

@@ -73,6 +73,30 @@ struct Impressao {
     std::string documento, retorno; // bytes of two files for GerarArquivoFormatadoNF_ZEL
 };
 
+// How a transmission ended.
+enum class Situacao {
+    Feito = ZEL_ENVIO_OK, // authorized, cancelled, inutilized, answered
+    Recusado = ZEL_ENVIO_RECUSADO,
+    SemResposta = ZEL_ENVIO_SEM_RESPOSTA, // it may be there: its number must not be used again
+    NaoEnviado = ZEL_ENVIO_NAO_ENVIADO    // certainly nothing went out
+};
+
+struct Transmissao {
+    Situacao situacao = Situacao::NaoEnviado;
+    std::string desfecho, chave, protocolo, cStat, xMotivo;
+    std::string motivo, remedio; // of what is not at its good end
+    std::string resposta;        // the authority's record, for impressao(); empty: none
+
+    bool autorizado() const { return situacao == Situacao::Feito && desfecho == "autorizado"; }
+};
+
+// How a document is transmitted.
+struct Transmitir {
+    int segundos = 5;           // that the authority is waited for
+    std::string caixa = {};     // the till's directory, of several [[caixas]]
+    std::string substitui = {}; // key of the one that this, issued offline, replaces
+};
+
 class Envio {
 public:
     // Without configuration nothing is signed or judged by schemas.
@@ -155,6 +179,58 @@ public:
     // `resposta` is the authority's answer.
     Impressao impressao(std::string_view resposta) {
         return imprimir(resposta.empty() ? "" : resposta.data(), resposta.size());
+    }
+
+    // Sends the document that was read through the queue, and waits for the authority. What is no
+    // end of the four is a Falha.
+    Transmissao transmitir(const Transmitir &como = {}) {
+        const int codigo = ::zel_envio_transmitir(envio_.get(), como.caixa.c_str(),
+                                                  como.substitui.c_str(), como.segundos);
+        if (codigo != ZEL_ENVIO_RECUSADO && codigo != ZEL_ENVIO_SEM_RESPOSTA &&
+            codigo != ZEL_ENVIO_NAO_ENVIADO)
+            exigir("zel_envio_transmitir", codigo);
+        Transmissao feita{static_cast<Situacao>(codigo),
+                          valor("desfecho"),
+                          valor("chave"),
+                          valor("protocolo"),
+                          valor("cStat"),
+                          valor("xMotivo"),
+                          valor("motivo"),
+                          valor("remedio"),
+                          {}};
+        Bytes bytes;
+        if (::zel_envio_resposta(envio_.get(), &bytes.inicio, &bytes.tamanho) == ZEL_ENVIO_OK)
+            feita.resposta = bytes.texto();
+        return feita;
+    }
+
+    // The queue in JSON; zel_envio.h says what is in it.
+    std::string estado() {
+        Bytes json;
+        exigir("zel_envio_estado", ::zel_envio_estado(envio_.get(), &json.inicio, &json.tamanho));
+        return json.texto();
+    }
+    // A criterion a line: "numero=12\nalguem".
+    std::string procurar(const std::string &criterios = {}) {
+        Bytes json;
+        exigir("zel_envio_procurar",
+               ::zel_envio_procurar(envio_.get(), criterios.c_str(), &json.inicio, &json.tamanho));
+        return json.texto();
+    }
+    // How many documents of the month ("2026-11") are in the zip file.
+    std::size_t exportar(const std::string &mes, const std::string &arquivo) {
+        std::size_t quantos = 0;
+        exigir("zel_envio_exportar",
+               ::zel_envio_exportar(envio_.get(), mes.c_str(), arquivo.c_str(), &quantos));
+        return quantos;
+    }
+    void continuar() { exigir("zel_envio_continuar", ::zel_envio_continuar(envio_.get())); }
+    // The answer of the status service; one that does not work is a Falha.
+    std::string servico(const std::string &cUF = {}, int ambiente = 2, int segundos = 5) {
+        Bytes json;
+        exigir("zel_envio_servico", ::zel_envio_servico(envio_.get(), cUF.c_str(), ambiente,
+                                                        segundos, &json.inicio, &json.tamanho));
+        return json.texto();
     }
 
 private:

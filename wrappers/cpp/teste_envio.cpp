@@ -3,6 +3,7 @@
 // failed.
 #include "zel_envio.hpp"
 
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iostream>
@@ -84,6 +85,35 @@ void primeira(const std::string &caixa, const std::string &nota) {
     }
 }
 
+// Nobody listens at port 9: nothing goes out. `pasta` ends with "/".
+void transmitida(const std::string &pasta, const std::string &nota) {
+    Envio envio;
+    std::ofstream(pasta + "c.pfx", std::ios::binary)
+        << envio.certificadoDeEnsaio("ENSAIO", "11222333000181", "segredo");
+    std::ofstream(pasta + "senha.txt") << "segredo\n";
+    std::filesystem::permissions(pasta + "senha.txt", std::filesystem::perms::owner_read);
+    envio.configurarTexto("[certificado]\narquivo = 'c.pfx'\nsenha_arquivo = 'senha.txt'\n"
+                          "[qrcode]\nversao = 3\n[servicos]\n"
+                          "NfeAutorizacao = 'https://127.0.0.1:9/x'\n",
+                          pasta);
+    envio.ler(nota);
+    Transmitir como;
+    como.caixa = pasta;
+    const Transmissao feita = envio.transmitir(como);
+    conferir(feita.situacao == Situacao::NaoEnviado && !feita.autorizado(), feita.motivo);
+    conferir(feita.chave.size() == 44 && feita.resposta.empty(), "key: " + feita.chave);
+    contido("\"estado\":\"retirado\"", envio.procurar("chave=" + feita.chave));
+    contido("\"esperam\":0", envio.estado());
+    conferir(envio.exportar("2026-11", pasta + "mes.zip") == 0, "kept");
+    envio.continuar();
+    try {
+        envio.servico("XX");
+        conferir(false, "a state that there is not");
+    } catch (const Falha &falha) {
+        contido("cUF", falha.detalhe());
+    }
+}
+
 void recusadas(const std::string &nota) {
     const struct {
         std::function<void(Envio &)> chamada;
@@ -135,6 +165,8 @@ int main(int quantos, char **argumentos) {
     traduzida(nota);
     mostrada(nota);
     primeira(lido(argumentos[2]), nota);
+    const std::string configuracao = argumentos[2];
+    transmitida(configuracao.substr(0, configuracao.rfind('/') + 1), nota);
     recusadas(nota);
     return falhas == 0 ? 0 : 1;
 }

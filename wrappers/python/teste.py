@@ -285,6 +285,33 @@ class ParaASefaz(unittest.TestCase):
         with self.assertRaisesRegex(ValueError, "fechado"):
             envio.mensagem()
 
+    def test_a_fila(self):
+        """Nobody listens at port 9: nothing goes out. What is answered is tried with the stand-in."""
+        sem_linha = '[servicos]\nNfeAutorizacao = "https://127.0.0.1:9/x"\n'
+        with self.configurado() as envio:
+            envio.configurar_texto('[certificado]\narquivo = "certificado.pfx"\nsenha_arquivo = "senha.txt"\n' +
+                                   self.TOML + sem_linha, Path(DIRETORIO))
+            for segundos, estado in ((0, "assinado"), (3, "retirado")):
+                envio.ler(NOTA)
+                feita = envio.transmitir(caixa=DIRETORIO, segundos=segundos)
+                self.assertEqual((feita.situacao, feita.autorizado, feita.chave, feita.resposta),
+                                 (zel_envio.Situacao.NAO_ENVIADO, False, self.CHAVE, None))
+                linha, = envio.procurar(numero=101, passos=True)
+                self.assertEqual((linha["estado"], linha["passos"][0]["de"]), (estado, "achado"))
+            self.assertTrue(feita.motivo)
+            self.assertEqual(envio.procurar(dia="2001-01-31", alguem=True), [])
+            self.assertEqual(envio.estado()["estados"][0]["estado"], "retirado")
+            self.assertEqual(envio.exportar("2026-11", Path(DIRETORIO) / "mes.zip"), 0)
+            envio.continuar()
+            for chamada, campo in ((lambda: envio.procurar(cor="azul"), "cor"),
+                                   (lambda: envio.exportar("2026-13", "/dev/shm/x"), "exportar"),
+                                   (lambda: envio.servico(cUF="XX"), "cUF")):
+                with self.assertRaises(zel_envio.FalhaNoEnvio) as falha:
+                    chamada()
+                self.assertEqual(falha.exception.recusas[0].campo, campo)
+        with zel_envio.Envio(biblioteca=ENVIO) as envio, self.assertRaisesRegex(zel_envio.FalhaNoEnvio, "zel-envio.toml"):
+            envio.estado()
+
     def test_a_primeira_configuracao_de_um_caixa(self):
         caixa().inicializar()
         with zel_envio.Envio(biblioteca=ENVIO) as envio:

@@ -9,8 +9,15 @@
 
 namespace zel::aplicativo {
 
-// Exit codes of every subcommand.
-enum Saida : int { kLimpo = 0, kComAvisos = 1, kComErros = 2 };
+// Exit codes of every subcommand; the last three are of those that transmit.
+enum Saida : int {
+    kLimpo = 0,
+    kComAvisos = 1,
+    kComErros = 2,
+    kSaidaRecusado = 3,
+    kSaidaSemResposta = 4,
+    kSaidaNaoEnviado = 5
+};
 
 struct Comando {
     std::string_view nome;
@@ -32,6 +39,8 @@ extern const Comando kCancelar;
 extern const Comando kInutilizar;
 extern const Comando kConsultar;
 extern const Comando kDocumento;
+extern const Comando kEnviar;
+extern const Comando kEnvioDaFila;
 
 // From here on what is wrong is said as a JSON object, on the standard output.
 void falarEmJson();

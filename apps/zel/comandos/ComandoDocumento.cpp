@@ -36,27 +36,6 @@ constexpr Acao kAcoes[] = {
     {"mostrar", PassoDoEnvio::kMostrar, "mostrado"},
 };
 
-constexpr std::string_view kEncerrado = "5";
-
-// What the till keeps of its last document beside it: where `arquivo` is that document, or a
-// request about it, this completes what the arguments leave out. From the next sale on the change
-// there is another one's: false when so much is no longer known.
-bool completarDoCaixa(const std::string &diretorio, const std::string &arquivo,
-                      PedidoAoEnvio &pedido) {
-    std::string bytes, motivo;
-    if (lerArquivo(std::string(diretorio).append(arquivos::kConfig), kMaximoConfig, bytes,
-                   motivo) != Leitura::kLido)
-        return true;
-    Relatorio relatorio;
-    const ArquivoConfig config(bytes, relatorio);
-    if (!ehDocumentoDe(arquivo, config[R"(NFCE\ChaveDeAcesso)"].valor)) return true;
-    if (pedido.protocolo.empty()) pedido.protocolo = config[R"(NFCE\ProtocoloAutorizacao)"].valor;
-    if (!pedido.troco.empty()) return true;
-    if (config[R"(CONFIGURACAO\estadoCFe)"].valor != kEncerrado) return false;
-    pedido.troco = trocar(config[R"(CONFIGURACAO\TrocoUltimaNFCe)"].valor, ",", ".");
-    return true;
-}
-
 // False, and said, when something that the step needs cannot be had.
 bool prepararPedido(const Argumentos &argumentos, PedidoAoEnvio &pedido, bool &completo) {
     const std::string &arquivo = argumentos.originais.back();
@@ -66,9 +45,7 @@ bool prepararPedido(const Argumentos &argumentos, PedidoAoEnvio &pedido, bool &c
     if (lerArquivo(arquivo, kMaximoDocumento, pedido.documento, motivo) != Leitura::kLido)
         return falhar(juntar({argumento(arquivo.c_str()), ": ", motivo})), false;
     if (pedido.passo == PassoDoEnvio::kMostrar) return true; // as it stands
-    pedido.config = argumentos.config;
-    const std::string dele = *diretorio + std::string(kNomeDaConfigDoEnvio);
-    if (pedido.config.empty() && olhar(dele).tipo != TipoArquivo::kNenhum) pedido.config = dele;
+    pedido.config = configDoEnvio(argumentos, *diretorio);
     pedido.protocolo = argumentos.protocolo;
     pedido.substituta = argumentos.substituta;
     pedido.data = argumentos.data;
@@ -162,6 +139,30 @@ int documento(const Argumentos &argumentos) {
 
 } // namespace
 
+std::string configDoEnvio(const Argumentos &argumentos, const std::string &diretorio) {
+    const std::string dele = diretorio + std::string(kNomeDaConfigDoEnvio);
+    if (!argumentos.config.empty() || olhar(dele).tipo == TipoArquivo::kNenhum)
+        return argumentos.config;
+    return dele;
+}
+
+bool completarDoCaixa(const std::string &diretorio, const std::string &arquivo,
+                      PedidoAoEnvio &pedido) {
+    constexpr std::string_view kEncerrado = "5";
+    std::string bytes, motivo;
+    if (lerArquivo(std::string(diretorio).append(arquivos::kConfig), kMaximoConfig, bytes,
+                   motivo) != Leitura::kLido)
+        return true;
+    Relatorio relatorio;
+    const ArquivoConfig config(bytes, relatorio);
+    if (!ehDocumentoDe(arquivo, config[R"(NFCE\ChaveDeAcesso)"].valor)) return true;
+    if (pedido.protocolo.empty()) pedido.protocolo = config[R"(NFCE\ProtocoloAutorizacao)"].valor;
+    if (!pedido.troco.empty()) return true;
+    if (config[R"(CONFIGURACAO\estadoCFe)"].valor != kEncerrado) return false;
+    pedido.troco = trocar(config[R"(CONFIGURACAO\TrocoUltimaNFCe)"].valor, ",", ".");
+    return true;
+}
+
 const Comando kDocumento = {
     "documento",
     "documento traduzir|assinar ARQUIVO [--config zel-envio.toml] [--saida ARQUIVO] [--json]\n"
@@ -185,7 +186,7 @@ const Comando kDocumento = {
     "VALOR, o de uma NFC-e. Do último documento do caixa o troco e o protocolo são lidos da\n"
     "configuração dele.\n"
     "--diretorio DIR escolhe o diretório de dados.\n",
-    kJson | kDiretorioDado | kFigura | kProtocolo | kEnvio,
+    kJson | kDiretorioDado | kFigura | kProtocolo | kEnvio | kConfigDoEnvio | kTroco,
     documento,
 };
 

@@ -12,6 +12,16 @@ namespace zel::aplicativo {
 
 inline constexpr std::string_view kNomeDaConfigDoEnvio = "zel-envio.toml";
 
+// The configuration of the side that sends: the one given, else the one in the till's directory;
+// empty when there is none.
+std::string configDoEnvio(const Argumentos &argumentos, const std::string &diretorio);
+
+// What the till keeps of its last document beside it: where `arquivo` is that document, or a
+// request about it, this completes what the arguments leave out. From the next sale on the change
+// there is another one's: false when so much is no longer known.
+bool completarDoCaixa(const std::string &diretorio, const std::string &arquivo,
+                      PedidoAoEnvio &pedido);
+
 // zel documento config.
 int configurarEnvio(const Argumentos &argumentos);
 

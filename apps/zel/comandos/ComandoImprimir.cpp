@@ -77,19 +77,17 @@ std::string erroDoDestino(const std::string &destino) {
 }
 
 // What is wrong with the arguments; empty when nothing is.
-std::string erroDoPedido(const Argumentos &argumentos, long long espera) {
+std::string erroDoPedido(const Argumentos &argumentos, Impressao &impressao) {
     if (!argumentos.palavras.empty()) return "imprimir não leva argumentos";
     if (argumentos.impressora.empty() && argumentos.pdf.empty())
         return "falta --impressora DESTINO, ou --pdf ARQUIVO";
-    if (espera < 1 || espera > kMaiorEspera) return "--espera é de 1 a 600000 milissegundos";
-    return argumentos.impressora.empty() ? "" : erroDoDestino(argumentos.impressora);
+    return lerImpressora(argumentos, impressao);
 }
 
-int enviar(const Argumentos &argumentos, const TextoDeCupom &cupom, int espera,
+int enviar(const Argumentos &argumentos, const TextoDeCupom &cupom, const Impressao &impressao,
            std::vector<Linha> &linhas) {
     const std::string destino = argumento(argumentos.impressora.c_str());
-    const RespostaDoPapel resposta =
-        imprimirCupom(cupom, {argumentos.impressora, argumentos.perfil, espera, argumentos.figura});
+    const RespostaDoPapel resposta = imprimirCupom(cupom, impressao);
     if (resposta.codigo <= 0) return naoImprimiu(argumentos, destino, resposta);
     linhas = {{"resultado", "Resultado", "impresso"},
               {"impressora", "Impressora", destino},
@@ -100,9 +98,8 @@ int enviar(const Argumentos &argumentos, const TextoDeCupom &cupom, int espera,
 
 int imprimir(const Argumentos &argumentos) {
     if (argumentos.perfis) return listarPerfis(argumentos);
-    const auto espera =
-        argumentos.espera.empty() ? kEspera : lerInteiro(argumentos.espera).value_or(0);
-    if (const std::string erro = erroDoPedido(argumentos, espera); !erro.empty())
+    Impressao impressao;
+    if (const std::string erro = erroDoPedido(argumentos, impressao); !erro.empty())
         return usoErrado(kImprimir, erro);
     int saida = 0;
     const auto recibo = reciboPedido(kImprimir, argumentos, false, saida);
@@ -114,8 +111,7 @@ int imprimir(const Argumentos &argumentos) {
             return falhar(juntar({pdf, ": ", gravado.descricao}));
     std::vector<Linha> linhas{{"resultado", "Resultado", "gravado"}};
     if (!argumentos.impressora.empty())
-        if (const int erro = enviar(argumentos, cupom, static_cast<int>(espera), linhas);
-            erro != kLimpo)
+        if (const int erro = enviar(argumentos, cupom, impressao, linhas); erro != kLimpo)
             return erro;
     if (!pdf.empty()) linhas.push_back({"pdf", "PDF", pdf});
     escreverLinhas(argumentos, linhas);
@@ -123,6 +119,15 @@ int imprimir(const Argumentos &argumentos) {
 }
 
 } // namespace
+
+std::string lerImpressora(const Argumentos &argumentos, Impressao &impressao) {
+    const auto espera =
+        argumentos.espera.empty() ? kEspera : lerInteiro(argumentos.espera).value_or(0);
+    if (espera < 1 || espera > kMaiorEspera) return "--espera é de 1 a 600000 milissegundos";
+    impressao = {argumentos.impressora, argumentos.perfil, static_cast<int>(espera),
+                 argumentos.figura};
+    return argumentos.impressora.empty() ? "" : erroDoDestino(argumentos.impressora);
+}
 
 const Comando kImprimir = {
     "imprimir",

@@ -29,6 +29,8 @@ bool guarda(const std::string &diretorio, const PedidoDeRecibo &pedido) {
            (!pedido.semResposta() || config[R"(NFCE\ProtocoloAutorizacao)"].valor.empty());
 }
 
+} // namespace
+
 Recibo montarRecibo(const std::string &diretorio, const PedidoDeRecibo &pedido) {
     if (guarda(diretorio, pedido)) return obterRecibo(diretorio, pedido);
     const CopiaDoCaixa copia(diretorio);
@@ -37,8 +39,6 @@ Recibo montarRecibo(const std::string &diretorio, const PedidoDeRecibo &pedido) 
     nenhum.erro = copia.motivo();
     return nenhum;
 }
-
-} // namespace
 
 std::optional<Recibo> reciboPedido(const Comando &comando, const Argumentos &argumentos,
                                    bool previa, int &saida) {

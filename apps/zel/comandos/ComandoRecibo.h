@@ -4,8 +4,10 @@
 
 #include "comandos/BibliotecaRecibo.h"
 #include "comandos/Comando.h"
+#include "comandos/Papel.h"
 
 #include <optional>
+#include <string>
 
 namespace zel::aplicativo {
 
@@ -14,5 +16,11 @@ namespace zel::aplicativo {
 // authority's answer will do.
 std::optional<Recibo> reciboPedido(const Comando &comando, const Argumentos &argumentos,
                                    bool previa, int &saida);
+
+// The receipt of a document, laid out in the till itself where that is right, else in a copy.
+Recibo montarRecibo(const std::string &diretorio, const PedidoDeRecibo &pedido);
+
+// Where to print, from the options. What is wrong with them; empty when nothing is.
+std::string lerImpressora(const Argumentos &argumentos, Impressao &impressao);
 
 } // namespace zel::aplicativo

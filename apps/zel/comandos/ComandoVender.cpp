@@ -6,6 +6,7 @@
 
 #include "comandos/Biblioteca.h"
 #include "comandos/Interrupcao.h"
+#include "comandos/VendaTransmitida.h"
 #include "comum/ArquivosDoCaixa.h"
 #include "leitura/Arquivos.h"
 #include "leitura/Json.h"
@@ -257,7 +258,10 @@ std::vector<Linha> oQueHavia(const Argumentos &argumentos, const std::string &di
 
 int encerrada(const Argumentos &argumentos, const std::string &diretorio,
               std::vector<Linha> havia) {
-    std::vector<Linha> linhas{{"resultado", "Resultado", "vendido"},
+    VendaTransmitida transmitida{kLimpo, "vendido", {}};
+    // What is said of the document is that of the last one: offline it is another.
+    if (argumentos.transmitir) transmitida = transmitirVenda(argumentos, diretorio);
+    std::vector<Linha> linhas{{"resultado", "Resultado", transmitida.resultado},
                               {"numero", "Número", configuracao(R"(IDE\nNF)")},
                               {"serie", "Série", configuracao(R"(IDE\Serie)")}};
     for (Linha &linha : valores(diretorio))
@@ -267,22 +271,24 @@ int encerrada(const Argumentos &argumentos, const std::string &diretorio,
     linhas.push_back({"chave", "Chave de acesso", configuracao(R"(NFCE\ChaveDeAcesso)")});
     linhas.push_back({"documento", "Documento",
                       argumento((std::string(diretorio).append(arquivos::kEnvio)).c_str())});
-    for (Linha &linha : havia)
-        linhas.push_back(std::move(linha));
+    for (std::vector<Linha> *mais : {&transmitida.linhas, &havia})
+        for (Linha &linha : *mais)
+            linhas.push_back(std::move(linha));
     escreverLinhas(argumentos, linhas);
-    return kLimpo;
+    return transmitida.saida;
 }
 
 int vender(const Argumentos &argumentos) {
     Venda venda;
-    if (const std::string erro = lerVenda(argumentos, venda); !erro.empty())
-        return usoErrado(kVender, erro);
+    for (const std::string &erro : {lerVenda(argumentos, venda), erroDaTransmissao(argumentos)})
+        if (!erro.empty()) return usoErrado(kVender, erro);
     const auto diretorio = prepararDiretorio(argumentos);
     if (!diretorio) return kComErros;
     const int estado = estadoDoCupom();
     if (argumentos.continuar && !emAndamento(estado))
         return falhar(juntar({"não há cupom em andamento (estado ", std::to_string(estado), " ",
                               nomeDoEstado(estado), ")"}));
+    if (argumentos.transmitir && !prepararTransmissao(argumentos, *diretorio)) return kComErros;
     std::vector<Linha> havia;
     if (argumentos.continuar) havia = oQueHavia(argumentos, *diretorio);
     Andamento ate;
@@ -301,7 +307,8 @@ int vender(const Argumentos &argumentos) {
 const Comando kVender = {
     "vender",
     "vender ITEM... [--itens ARQUIVO] [--pagamento FORMA[=VALOR]]... [--cpf CPF] [--cortar]\n"
-    "vender --continuar [ITEM]... [--pagamento FORMA[=VALOR]]...",
+    "vender --continuar [ITEM]... [--pagamento FORMA[=VALOR]]...\n"
+    "vender ITEM... --transmitir [--esperar SEGUNDOS] [--impressora DESTINO]",
     "Vende um cupom inteiro, da abertura ao encerramento.",
     "ITEM é CÓDIGO;DESCRIÇÃO;QUANTIDADE;PREÇO, e mais, se for preciso, ;UNIDADE (UN)\n"
     ";ALÍQUOTA (N, ou como T1800) ;AJUSTE ;NCM ;CFOP, na ordem; um campo vazio fica com o seu\n"
@@ -326,9 +333,20 @@ const Comando kVender = {
     "ao fim, com os itens e pagamentos que faltam. O motivo de cada recusa, com o campo: ZEL_LOG.\n"
     "Interrompida (Ctrl-C) antes do encerramento, a venda é cancelada inteira; a de --continuar\n"
     "vai até o fim.\n"
-    "O documento fica em documentosEnvio.xml, para o componente de envio.\n"
+    "O documento fica em documentosEnvio.xml, para o componente de envio.\n\n"
+    "--transmitir o envia logo, e espera pela SEFAZ o que --esperar diz (1 a 300 segundos; sem "
+    "ela,\n"
+    "5). Autorizado, o cupom sai na impressora de --impressora (com --perfil, --espera e "
+    "--figura,\n"
+    "como em zel imprimir), ou fica para zel imprimir. Sem resposta, o número seguinte é emitido "
+    "em\n"
+    "contingência no lugar dele; se nada saiu, o mesmo número; o cupom é o OFFLINE, e a fila\n"
+    "transmite o documento depois. IDE\\tpEmis volta a 1. --config ARQUIVO é a configuração do "
+    "envio.\n"
+    "Saída com --transmitir: 0 autorizado; 1 vendido em contingência, ou o cupom não saiu; 2 não\n"
+    "transmitido; 3 recusado, com o motivo e o que fazer.\n"
     "--diretorio DIR escolhe o diretório de dados.\n",
-    kJson | kDiretorioDado | kVenda,
+    kJson | kDiretorioDado | kVenda | kTransmitir | kEsperar | kConfigDoEnvio | kImpressora,
     vender,
 };
 

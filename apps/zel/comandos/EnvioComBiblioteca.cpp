@@ -1,23 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "comandos/Envio.h"
+#include "comandos/EnvioAlca.h"
 
 #include "leitura/Texto.h"
 
-#include "zel_envio.h"
-
 #include <algorithm>
 #include <iterator>
-#include <memory>
 
 namespace zel::aplicativo {
 
 namespace {
-
-struct Liberar {
-    void operator()(zel_envio *envio) const { zel_envio_liberar(envio); }
-    void operator()(char *bytes) const { zel_envio_liberar_bytes(bytes); }
-};
-using Alca = std::unique_ptr<zel_envio, Liberar>;
 
 // The library describes without accents; those of its texts that need some, as the command says
 // them.
@@ -32,38 +23,13 @@ constexpr ComAcentos kComAcentos[] = {
     {ZEL_ENVIO_TRADUCAO, "há o que não se pode dizer no leiaute 4.00"},
     {ZEL_ENVIO_REPROVADO, "a conferência achou erros"},
     {ZEL_ENVIO_ORDEM, "falta um passo antes deste"},
+    {ZEL_ENVIO_SEM_RESPOSTA, "nenhuma resposta veio"},
+    {ZEL_ENVIO_FILA, "a fila dos documentos não pode ser usada"},
 };
 
 std::string descrever(int codigo) {
     const auto linha = std::ranges::find(kComAcentos, codigo, &ComAcentos::codigo);
     return std::string(linha != std::end(kComAcentos) ? linha->texto : zel_envio_descrever(codigo));
-}
-
-std::string valorDe(const Alca &envio, const char *nome) {
-    const char *valor = zel_envio_valor(envio.get(), nome);
-    return valor == nullptr ? "" : valor;
-}
-
-RespostaDoEnvio resposta(const Alca &envio, int codigo) {
-    RespostaDoEnvio resposta;
-    resposta.codigo = envio ? codigo : ZEL_ENVIO_MEMORIA;
-    if (resposta.feito()) return resposta;
-    resposta.descricao = descrever(resposta.codigo);
-    const char *campo = "", *valor = "", *motivo = "";
-    for (std::size_t i = 0; zel_envio_recusa(envio.get(), i, &campo, &valor, &motivo) > 0; ++i)
-        resposta.recusas.push_back({campo, valor, motivo});
-    return resposta;
-}
-
-// Calls a function that gives bytes, and keeps them.
-template <class Chamada>
-int receber(std::string &bytes, Chamada chamada) {
-    char *dados = nullptr;
-    std::size_t tamanho = 0;
-    const int codigo = chamada(&dados, &tamanho);
-    const std::unique_ptr<char, Liberar> dono(dados);
-    if (codigo > 0) bytes.assign(dados, tamanho);
-    return codigo;
 }
 
 int preparar(zel_envio *envio, const PedidoAoEnvio &pedido) {
@@ -99,6 +65,22 @@ int executar(zel_envio *envio, PassoDoEnvio passo, std::string &bytes) {
 }
 
 } // namespace
+
+std::string valorDe(const Alca &envio, const char *nome) {
+    const char *valor = zel_envio_valor(envio.get(), nome);
+    return valor == nullptr ? "" : valor;
+}
+
+RespostaDoEnvio resposta(const Alca &envio, int codigo) {
+    RespostaDoEnvio resposta;
+    resposta.codigo = envio ? codigo : ZEL_ENVIO_MEMORIA;
+    if (resposta.feito()) return resposta;
+    resposta.descricao = descrever(resposta.codigo);
+    const char *campo = "", *valor = "", *motivo = "";
+    for (std::size_t i = 0; zel_envio_recusa(envio.get(), i, &campo, &valor, &motivo) > 0; ++i)
+        resposta.recusas.push_back({campo, valor, motivo});
+    return resposta;
+}
 
 RespostaDoEnvio pedirAoEnvio(const PedidoAoEnvio &pedido) {
     const Alca envio(zel_envio_novo());
@@ -148,21 +130,25 @@ RespostaDoEnvio certificadoDeEnsaio(const std::string &nome, const std::string &
     return feita;
 }
 
+int receberImpressao(const Alca &envio, const std::string *dela, std::string &documento,
+                     std::string &retorno) {
+    return receber(documento, [&](char **dados, std::size_t *tamanho) {
+        char *outros = nullptr;
+        std::size_t tamanhoDeles = 0;
+        const int feito = zel_envio_impressao(envio.get(), dela == nullptr ? nullptr : dela->data(),
+                                              dela == nullptr ? 0 : dela->size(), dados, tamanho,
+                                              &outros, &tamanhoDeles);
+        const std::unique_ptr<char, Liberar> dono(outros);
+        if (feito > 0) retorno.assign(outros, tamanhoDeles);
+        return feito;
+    });
+}
+
 RespostaDoEnvio prepararImpressao(const std::string &documento, const std::string *dela) {
     const Alca envio(zel_envio_novo());
     std::string bytes, retorno;
     int codigo = zel_envio_ler(envio.get(), documento.data(), documento.size());
-    if (codigo > 0)
-        codigo = receber(bytes, [&](char **dados, std::size_t *tamanho) {
-            char *outros = nullptr;
-            std::size_t tamanhoDeles = 0;
-            const int feito = zel_envio_impressao(
-                envio.get(), dela == nullptr ? nullptr : dela->data(),
-                dela == nullptr ? 0 : dela->size(), dados, tamanho, &outros, &tamanhoDeles);
-            const std::unique_ptr<char, Liberar> dono(outros);
-            if (feito > 0) retorno.assign(outros, tamanhoDeles);
-            return feito;
-        });
+    if (codigo > 0) codigo = receberImpressao(envio, dela, bytes, retorno);
     RespostaDoEnvio feita = resposta(envio, codigo);
     feita.bytes = std::move(bytes);
     feita.retorno = std::move(retorno);

@@ -5,8 +5,9 @@ namespace zel::aplicativo {
 
 namespace {
 
-RespostaDoEnvio sem() {
-    RespostaDoEnvio resposta;
+template <class Resposta = RespostaDoEnvio>
+Resposta sem() {
+    Resposta resposta;
     resposta.descricao =
         "este zel foi montado sem libzel-envio, que faz os documentos que a SEFAZ recebe";
     return resposta;
@@ -28,6 +29,14 @@ RespostaDoEnvio certificadoDeEnsaio(const std::string &, const std::string &, co
 
 RespostaDoEnvio prepararImpressao(const std::string &, const std::string *) {
     return sem();
+}
+
+Transmissao transmitirPeloEnvio(const PedidoDeTransmissao &) {
+    return sem<Transmissao>();
+}
+
+RespostaDaFila perguntarAFila(const PerguntaAFila &) {
+    return sem<RespostaDaFila>();
 }
 
 } // namespace zel::aplicativo

@@ -30,9 +30,9 @@ RespostaDoPapel gravarPdf(const TextoDeCupom &cupom, const std::string &arquivo)
 
 struct Impressao {
     std::string destino;
-    std::string perfil; // empty: the one for the paper
-    int espera;         // milliseconds that it may take
-    bool figura;        // the picture, dot by dot, in the place of the printer's letters
+    std::string perfil;  // empty: the one for the paper
+    int espera = 0;      // milliseconds that it may take
+    bool figura = false; // the picture, dot by dot, in the place of the printer's letters
 };
 
 RespostaDoPapel imprimirCupom(const TextoDeCupom &cupom, const Impressao &impressao);

@@ -22,7 +22,13 @@ enum Opcao : unsigned {
     kJustificativa = 512,
     kSerie = 1024,
     kProtocolo = 2048,
-    kEnvio = 4096, // --config, --substituta, --data, --troco, --ensaio
+    kEnvio = 4096,         // --substituta, --data, --ensaio
+    kConfigDoEnvio = 8192, // --config
+    kTroco = 16384,
+    kEsperar = 32768,   // --esperar SEGUNDOS
+    kSubstitui = 65536, // --substitui CHAVE
+    kTransmitir = 131072,
+    kProcura = 262144, // --dia, --mes, --consumidor, --caixa, --alguem, --passos
 };
 
 struct Argumentos {
@@ -38,6 +44,9 @@ struct Argumentos {
     bool perfis = false;
     bool figura = false;
     bool ensaio = false;
+    bool transmitir = false;
+    bool alguem = false;
+    bool passos = false;
     // As given; argumento() makes UTF-8 of those that are no names of files.
     std::string diretorio;
     std::string esquema;
@@ -62,6 +71,12 @@ struct Argumentos {
     std::string substituta;
     std::string data;
     std::string troco;
+    std::string esperar;
+    std::string substitui;
+    std::string dia;
+    std::string mes;
+    std::string consumidor;
+    std::string caixa;
     std::vector<std::string> pagamentos;
     std::string erro; // what is wrong with the command line; empty when nothing is
 };

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "api/Alca.h"
+#include "api/Balcao.h"
 
 #include "comum/ChaveAcesso.h"
 #include "fluxo/Achados.h"
-#include "fluxo/Destinos.h"
-#include "rede/Rede.h"
 
 #include <array>
-#include <limits>
+#include <filesystem>
+#include <system_error>
 
 using namespace zel::envio;
 
@@ -31,14 +30,6 @@ int codigoDe(Espera espera) {
     return ZEL_ENVIO_FILA;
 }
 
-// The directory as the configuration names it, so that the service and this call mean one till.
-std::string caixaDe(const Configuracao &config, std::string_view caixa) {
-    std::string diretorio(caixa);
-    if (diretorio.empty() && config.caixas.size() == 1) return config.caixas.front().diretorio;
-    if (!diretorio.empty() && !diretorio.ends_with('/')) diretorio += '/';
-    return diretorio;
-}
-
 // What was sent takes the place of what was read, so that it can be shown, verified and printed.
 void tomarMensagem(zel_envio &envio) {
     Recusas ignoradas;
@@ -49,9 +40,20 @@ void tomarMensagem(zel_envio &envio) {
 
 } // namespace
 
+std::string zel::envio::caixaDe(const Configuracao &config, std::string_view dada) {
+    std::string diretorio(dada);
+    if (diretorio.empty())
+        return config.caixas.size() == 1 ? config.caixas.front().diretorio : diretorio;
+    if (!diretorio.ends_with('/')) diretorio += '/';
+    std::error_code nada;
+    for (const ConfigCaixa &caixa : config.caixas)
+        if (std::filesystem::equivalent(caixa.diretorio, diretorio, nada)) return caixa.diretorio;
+    return diretorio;
+}
+
 int zel_envio_transmitir(zel_envio *envio, const char *caixa, const char *substitui, int segundos) {
     if (segundos < 0 || segundos > kMaisSegundos) return ZEL_ENVIO_ARGUMENTO;
-    return responder(envio, [&](Recusas &recusas) {
+    return naFila(envio, [&](Fila &fila, Recusas &recusas) {
         if (envio->lido.empty()) return int{ZEL_ENVIO_ORDEM};
         const Configuracao &config = envio->emissao.config();
         auto achado = acharEm(envio->lido, recusas);
@@ -68,15 +70,9 @@ int zel_envio_transmitir(zel_envio *envio, const char *caixa, const char *substi
         if (achado->caixa.empty())
             return recusas.juntar("caixa", "", "diga o diretório do caixa, ou um só em [[caixas]]"),
                    int{ZEL_ENVIO_ARGUMENTO};
-        const auto fila = Fila::abrir(filaDe(config), recusas);
-        if (!fila) return int{ZEL_ENVIO_FILA};
-        Oficina oficina(config, 1);
-        Linha linha;
-        const Relogio relogio;
-        Recusas doCertificado; // the flow says them when it comes to signing
-        Rede rede(config.rede, oficina.certificado(doCertificado));
-        envio->transmitido = transmitir({config, oficina, linha, relogio, *fila, rede}, *achado,
-                                        std::chrono::seconds(segundos), recusas);
+        Balcao balcao(config, fila);
+        envio->transmitido =
+            transmitir(balcao.meios(), *achado, std::chrono::seconds(segundos), recusas);
         tomarMensagem(*envio);
         const int codigo = codigoDe(envio->transmitido.espera);
         if (codigo != ZEL_ENVIO_OK && recusas.nenhuma())

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "api/Alca.h"
+#include "api/FilaEmJson.h"
 
 #include "assinatura/Certificado.h"
 #include "assinatura/Ensaio.h"
@@ -10,6 +11,7 @@
 #include "documento/Conferencia.h"
 #include "documento/Impressao.h"
 #include "documento/Leitura.h"
+#include "fluxo/Entrega.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -90,25 +92,29 @@ std::string chaveDe(const No &raiz) {
     return {};
 }
 
-constexpr std::string_view kNomesDosTipos[] = {"", "nfce", "cancelamento", "inutilizacao",
-                                               "consulta"};
-
 // None for a name that there is not.
 std::optional<std::string> fatoDoDocumento(const Emissao &emissao, std::string_view nome) {
     const No raiz = emissao.mensagem().raiz();
     if (nome == "chave") return chaveDe(raiz);
-    if (nome == "tipo")
-        return std::string(kNomesDosTipos[static_cast<std::size_t>(emissao.lido().tipo)]);
+    if (nome == "tipo") return std::string(nomeDe(emissao.lido().tipo));
     for (const auto &fato : kFatos)
         if (fato.nome == nome) return raiz.procurar(fato.elemento).texto(fato.caminho);
     return {};
 }
 
 // Of what was transmitted; none when nothing was.
-std::optional<std::string> fatoDaResposta(const Ficha &ficha, std::string_view nome) {
+std::optional<std::string> fatoDaResposta(const Configuracao &config, const Ficha &ficha,
+                                          std::string_view nome) {
     const bool ha = ficha.id != 0;
+    const bool respondida = ficha.estado == Estado::kEntregue || ficha.estado == Estado::kRecusado;
     if (nome == "cStat") return ha && ficha.cStat != 0 ? std::to_string(ficha.cStat) : "";
     if (nome == "xMotivo") return ficha.xMotivo;
+    if (nome == "motivo") return ficha.motivo;
+    if (nome == "desfecho") return std::string(nomeDe(ficha.desfecho));
+    if (nome == "retorno")
+        return ha && respondida ? retornosDe(config, ficha.caixa) + nomeDoRetorno(ficha) : "";
+    if (nome == "remedio")
+        return std::string(ha && ficha.cStat != 0 ? linhaDe(ficha.cStat).remedio : "");
     if (nome == "estado") return ha ? std::string(nomeDe(ficha.estado)) : "";
     if (nome == "protocolo" && !ficha.protocolo.empty()) return ficha.protocolo;
     return {};
@@ -239,7 +245,7 @@ const char *zel_envio_valor(zel_envio *envio, const char *nome) {
     if (envio == nullptr || nome == nullptr) return nullptr;
     bool conhecido = false;
     responder(envio, [&](Recusas &recusas) {
-        auto valor = fatoDaResposta(envio->transmitido.ficha, nome);
+        auto valor = fatoDaResposta(envio->emissao.config(), envio->transmitido.ficha, nome);
         if (!valor) valor = fatoDoDocumento(envio->emissao, nome);
         if (!valor) valor = fatoDoCertificado(envio->emissao, nome, recusas);
         conhecido = valor.has_value();

@@ -43,6 +43,13 @@ void Fluxo::tratar(std::int64_t id, Milissegundos limite) {
     }
 }
 
+void Fluxo::assinar(std::int64_t id) {
+    const auto ficha = meios_.fila.ficha(id);
+    if (ficha && ficha->tipo == Tipo::kNfce && ficha->proximo <= meios_.relogio.agora() &&
+        (ficha->estado == Estado::kAchado || ficha->estado == Estado::kTraduzido))
+        preparar(*ficha);
+}
+
 int Fluxo::tratarProntas(const std::string &caixa, Milissegundos limite, std::size_t maximo) {
     const int antes = mudancas_;
     for (const auto &ficha : meios_.fila.prontas(caixa, meios_.relogio.agora(), maximo))

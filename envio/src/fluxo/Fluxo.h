@@ -37,6 +37,8 @@ public:
     // Takes one document as far as it goes now: to its end, or to where it has to wait. Each
     // request to the authority ends within `limite`.
     void tratar(std::int64_t id, Milissegundos limite);
+    // Takes an NFC-e as far as its signed bytes, and touches no network.
+    void assinar(std::int64_t id);
     // The documents of a till that are due; how many changes that made in the queue.
     int tratarProntas(const std::string &caixa, Milissegundos limite, std::size_t maximo);
 

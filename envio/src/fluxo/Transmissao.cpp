@@ -50,6 +50,9 @@ Transmitido transmitir(const Meios &meios, const Achado &achado, Milissegundos p
     Fluxo fluxo(meios);
     const Milissegundos maximo = std::chrono::seconds(meios.config.rede.tempoMaximo);
     std::optional<Ficha> ficha;
+    // Nobody waits for the authority, but a receipt is printed from the signed bytes.
+    const bool semEspera = prazo <= Milissegundos::zero();
+    if (semEspera) fluxo.assinar(*id);
     for (;;) {
         ficha = meios.fila.ficha(*id);
         if (!ficha) return {};
@@ -63,7 +66,7 @@ Transmitido transmitir(const Meios &meios, const Achado &achado, Milissegundos p
         else
             std::this_thread::sleep_for(std::min(resta(), kOlhada));
     }
-    const bool fica = ficha->tipo != Tipo::kNfce || ficha->tpEmis != 1;
+    const bool fica = ficha->tipo != Tipo::kNfce || ficha->tpEmis != 1 || semEspera;
     const bool nada = fica ? naoSaiu(ficha->estado)
                            : fluxo.retirar(*id, "o caixa não esperou mais: " + ficha->motivo);
     ficha = meios.fila.ficha(*id);

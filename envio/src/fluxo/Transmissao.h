@@ -24,7 +24,7 @@ struct Transmitido {
 };
 
 // Ends within `prazo` and what the disk takes. Offline documents and requests that are not answered
-// by then stay in the queue.
+// by then stay in the queue. Without any `prazo` an NFC-e is signed, and goes out later.
 Transmitido transmitir(const Meios &meios, const Achado &achado, Milissegundos prazo,
                        Recusas &recusas);
 

@@ -14,13 +14,14 @@ from __future__ import annotations
 
 import ctypes
 import enum
+import json
 from ctypes import POINTER, byref, c_char_p, c_int, c_size_t, c_void_p
-from typing import Any, List, NamedTuple, Optional, Tuple
+from typing import Any, Dict, List, NamedTuple, Optional, Tuple
 
 from zel_alca import BibliotecaAusente, Caminho, ComAlca, carregar
 from zel_alca import nome_de_arquivo as _nome
 
-__all__ = ["BibliotecaAusente", "Envio", "FalhaNoEnvio", "Recusa", "Tipo", "versao"]
+__all__ = ["BibliotecaAusente", "Envio", "FalhaNoEnvio", "Recusa", "Situacao", "Tipo", "Transmissao", "versao"]
 
 _BYTES = [POINTER(c_void_p), POINTER(c_size_t)]
 _ASSINATURAS = {
@@ -35,6 +36,11 @@ _ASSINATURAS = {
     "impressao": (c_int, [c_void_p, c_char_p, c_size_t, *_BYTES, *_BYTES]),
     "primeira_configuracao": (c_int, [c_void_p, c_char_p, c_size_t, c_char_p, c_char_p, c_char_p, *_BYTES]),
     "certificado_de_ensaio": (c_int, [c_void_p, c_char_p, c_char_p, c_char_p, *_BYTES]),
+    "transmitir": (c_int, [c_void_p, c_char_p, c_char_p, c_int]),
+    "resposta": (c_int, [c_void_p, *_BYTES]), "estado": (c_int, [c_void_p, *_BYTES]),
+    "procurar": (c_int, [c_void_p, c_char_p, *_BYTES]),
+    "exportar": (c_int, [c_void_p, c_char_p, c_char_p, POINTER(c_size_t)]), "continuar": (c_int, [c_void_p]),
+    "servico": (c_int, [c_void_p, c_char_p, c_int, c_int, *_BYTES]),
     "recusa": (c_int, [c_void_p, c_size_t, *3 * [POINTER(c_char_p)]]),
     "liberar_bytes": (None, [c_void_p]),
     "detalhe": (c_char_p, [c_void_p]), "descrever": (c_char_p, [c_int]), "versao": (c_char_p, [])}
@@ -69,6 +75,34 @@ class Tipo(enum.IntEnum):
     INUTILIZACAO = 3
     CONSULTA = 4
 
+
+class Situacao(enum.IntEnum):
+    """How a transmission ended; the values are the library's codes."""
+    FEITO = 1          # authorized, cancelled, inutilized, answered
+    RECUSADO = -11
+    SEM_RESPOSTA = -12  # it may be there: the queue asks on, the number must not be used again
+    NAO_ENVIADO = -13   # certainly nothing went out
+
+
+class Transmissao(NamedTuple):
+    """What became of a document. `motivo` and `remedio` are of what is not at its good end; `resposta`
+    is the authority's record, for `impressao`."""
+    situacao: Situacao
+    desfecho: str
+    chave: str
+    protocolo: str
+    cStat: str
+    xMotivo: str
+    motivo: str
+    remedio: str
+    resposta: Optional[bytes]
+
+    @property
+    def autorizado(self) -> bool:
+        return self.situacao is Situacao.FEITO and self.desfecho == "autorizado"
+
+
+_FATOS = ("desfecho", "chave", "protocolo", "cStat", "xMotivo", "motivo", "remedio")
 
 _BIBLIOTECA = "libzel-envio.so.1"
 
@@ -186,3 +220,52 @@ class Envio(ComAlca):
         authority's answer, None for an offline receipt."""
         documento, retorno = self._bytes("impressao", 2, resposta, len(resposta or b""))
         return documento, retorno
+
+    # ---- The queue of the configuration ----
+
+    def transmitir(self, *, caixa: Caminho = "", substitui: str = "", segundos: int = 5) -> Transmissao:
+        """Sends the document that was read through the queue, and waits at most `segundos` for the
+        authority. `caixa` is the till's directory, of several [[caixas]]; `substitui` the key of the
+        one that this, issued offline, replaces. What is no end of the four is a FalhaNoEnvio."""
+        with self._trava:
+            situacao, motivo = Situacao.FEITO, ""
+            try:
+                self._chamar("transmitir", _nome("caixa", caixa), _texto("substitui", substitui), segundos)
+            except FalhaNoEnvio as falha:
+                if falha.codigo not in (Situacao.RECUSADO, Situacao.SEM_RESPOSTA, Situacao.NAO_ENVIADO):
+                    raise
+                situacao, motivo = Situacao(falha.codigo), "; ".join(r.motivo for r in falha.recusas)
+            fatos = {nome: self.valor(nome) for nome in _FATOS}
+            fatos["motivo"] = "" if situacao is Situacao.FEITO else fatos["motivo"] or motivo
+            try:
+                resposta: Optional[bytes] = self._bytes("resposta", 1)[0]
+            except FalhaNoEnvio:  # there is none
+                resposta = None
+            return Transmissao(situacao=situacao, resposta=resposta, **fatos)
+
+    def estado(self) -> Dict[str, Any]:
+        """How the queue stands: its members are in zel_envio.h."""
+        return dict(json.loads(self._bytes("estado", 1)[0]))
+
+    def procurar(self, **criterios: Any) -> List[Dict[str, Any]]:
+        """The rows that fit: numero=12, chave=, dia="2026-11-25", mes=, consumidor=, caixa=, estado=,
+        alguem=True, passos=True, maximo=."""
+        linhas = [nome if valor is True else f"{nome}={valor}" for nome, valor in criterios.items()
+                  if valor is not False]
+        if any("\n" in linha for linha in linhas):
+            raise ValueError("um critério é uma linha")
+        return list(json.loads(self._bytes("procurar", 1, _texto("criterios", "\n".join(linhas)))[0]))
+
+    def exportar(self, mes: str, arquivo: Caminho) -> int:
+        """A month ("2026-11") for the accountant, a zip file; how many documents are in it."""
+        quantos = c_size_t()
+        self._chamar("exportar", _texto("mes", mes), _nome("arquivo", arquivo), byref(quantos))
+        return quantos.value
+
+    def continuar(self) -> None:
+        """Ends the stop that a certificate caused."""
+        self._chamar("continuar")
+
+    def servico(self, *, cUF: str = "", ambiente: int = 2, segundos: int = 5) -> Dict[str, Any]:
+        """Asks the authority's status service now; one that does not work is a FalhaNoEnvio."""
+        return dict(json.loads(self._bytes("servico", 1, _texto("cUF", cUF), ambiente, segundos)[0]))
