@@ -101,6 +101,30 @@ layout 4.00, signed, with QR code, judged by the published schemas.")
 documents that the tax authority takes.")
     list(APPEND CPACK_COMPONENTS_ALL envio envio-dev)
 endif()
+if(TARGET zel-envio)
+    set(zel_sistema ${PROJECT_SOURCE_DIR}/apps/zel-envio/sistema)
+    configure_file(${zel_sistema}/../zel-envio.8 ${zel_debian}/zel-envio.8 COPYONLY)
+    execute_process(COMMAND gzip -9nkf ${zel_debian}/zel-envio.8 COMMAND_ERROR_IS_FATAL ANY)
+    install(FILES ${zel_debian}/zel-envio.8.gz
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT servico)
+    install(FILES ${zel_sistema}/zel-envio.service DESTINATION /lib/systemd/system COMPONENT servico)
+    install(FILES ${zel_sistema}/zel-envio.toml DESTINATION /etc/zel-envio COMPONENT servico)
+    foreach(parte sysusers tmpfiles)
+        install(FILES ${zel_sistema}/${parte}.conf DESTINATION /usr/lib/${parte}.d
+            RENAME zel-envio.conf COMPONENT servico)
+    endforeach()
+    zel_pacote(servico zel-envio net
+        "init-system-helpers, systemd | systemd-standalone-sysusers, systemd | systemd-standalone-tmpfiles"
+        "Finds the documents that tills write, puts them into the layout that the tax
+authority takes, signs and sends them, asks for what was not answered, keeps what
+the law wants kept, and tells the till. A page on 127.0.0.1 shows the queue.")
+    set(CPACK_DEBIAN_SERVICO_PACKAGE_CONTROL_EXTRA "")
+    foreach(parte conffiles postinst prerm postrm)
+        list(APPEND CPACK_DEBIAN_SERVICO_PACKAGE_CONTROL_EXTRA
+            ${PROJECT_SOURCE_DIR}/cmake/debian/zel-envio/${parte})
+    endforeach()
+    list(APPEND CPACK_COMPONENTS_ALL servico)
+endif()
 
 # A shared object in the system's directory asks for the loader's cache by a trigger.
 foreach(nome BIBLIOTECA CUPOM ENVIO)

@@ -47,6 +47,13 @@ install(FILES ${PROJECT_BINARY_DIR}/zel-felborframework.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT desenvolvimento)
 
 install(TARGETS zel RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ferramentas)
+if(TARGET zel-envio)
+    install(TARGETS zel-envio RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT servico)
+    if(NOT ZEL_DEBIAN)
+        install(FILES ${PROJECT_SOURCE_DIR}/apps/zel-envio/zel-envio.8
+            DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT servico)
+    endif()
+endif()
 if(NOT ZEL_DEBIAN) # which installs it compressed
     install(FILES ${PROJECT_SOURCE_DIR}/apps/zel/zel.1
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ferramentas)

@@ -1,11 +1,14 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""The guide of docs/envio.md, "Do caixa à SEFAZ", run command by command: envio_guia.py BUILD
+"""The guides of docs/envio.md run command by command: envio_guia.py BUILD
 
-Its till is the one of the manual. Where ZEL_ESQUEMAS names the published schemas they judge, too;
-the authority's answer is made up here."""
+Their till is the one of the manual. Where ZEL_ESQUEMAS names the published schemas they judge, too;
+the authority's answer to the first guide is made up here, the second one has the stand-in authority.
+What a headless browser makes of the service's page is left in BUILD/pagina.png."""
 import os
 import re
+import shutil
+import socket
 import subprocess
 import sys
 import tempfile
@@ -20,6 +23,10 @@ BUILD = Path(sys.argv[1]).resolve()
 ZEL = BUILD / "apps" / "zel" / "zel"
 BLOCO = re.compile(r"^( *)```(\w+)\n(.*?)^\1```$(?:\n\n^\1```text\n(.*?)^\1```$)?", re.M | re.S)
 DO_DIA = ((r"Dias que restam: +\d+", "DIAS"), (r"[0-9]{44}", "CHAVE"))
+SERVICO = BUILD / "apps" / "zel-envio" / "zel-envio"
+NAVEGADOR = shutil.which("chromium")
+TEM_AUTORIDADE = SERVICO.exists() and subprocess.run(  # which runs on the system's Python
+    ["/usr/bin/python3", "-c", "import lxml, xmlsec"], capture_output=True).returncode == 0
 TEM_DOCUMENTO = subprocess.run([ZEL, "documento", "--help"], capture_output=True).returncode == 0
 
 
@@ -41,7 +48,7 @@ class Guia(unittest.TestCase):
 
     def rodar(self, comandos):
         ambiente = dict(os.environ, ZEL_DIRETORIO=str(self.caixa), LC_ALL="C.UTF-8", TZ="BRT3",
-                        PATH=f"{ZEL.parent}:{os.environ['PATH']}")
+                        PATH=f"{ZEL.parent}:{SERVICO.parent}:{os.environ['PATH']}", ZEL_FONTE=str(RAIZ))
         feito = subprocess.run(["bash", "-ec", comandos], cwd=self.caixa, env=ambiente, timeout=120,
                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding="utf-8")
         self.assertEqual(feito.returncode, 0, f"{comandos}\n{feito.stdout}")
@@ -77,6 +84,38 @@ class Guia(unittest.TestCase):
                 if "esquema: confere" not in linha or "ZEL_ESQUEMAS" in os.environ:
                     self.assertIn(linha, visto)
         self.assertEqual(rodados, 6)
+
+    @unittest.skipUnless(TEM_AUTORIDADE, "needs zel-envio, python3-lxml and python3-xmlsec")
+    def test_o_dia_do_servico(self):
+        for _, comandos, _ in blocos("manual.md", "### 2. O emitente"):
+            self.rodar(comandos)
+        texto = "trap 'kill $SERVICO $SEFAZ || true' ERR\n"
+        dito = []
+        for lingua, comandos, esperado in blocos("envio.md", "### Um dia com a autoridade de ensaio"):
+            if "kill" in comandos and NAVEGADOR:
+                texto += self.ver_a_pagina()
+            texto += comandos
+            dito += esperado.splitlines()
+        for porta in ("8443", "8765"):
+            with socket.socket() as livre:
+                livre.bind(("127.0.0.1", 0))
+                texto = texto.replace(porta, str(livre.getsockname()[1]))
+        visto = self.rodar(texto).replace(str(self.caixa), "/loja")
+        for linha in dito:
+            self.assertIn(linha, visto)
+        if NAVEGADOR:
+            pagina = (self.caixa / "pagina.html").read_text("utf-8")
+            for frase in ("Nota 2, série 1: recusada", "emitida sem conexão", "resolvido: cancelado"):
+                self.assertIn(frase, pagina)
+            self.assertEqual((BUILD / "pagina.png").read_bytes()[:4], b"\x89PNG")
+        else:
+            print("chromium is not installed: no browser looked at the page")
+
+    def ver_a_pagina(self):
+        navegador = f"{NAVEGADOR} --headless --no-sandbox --disable-gpu --user-data-dir=$PWD/navegador"
+        return (f"{navegador} --dump-dom http://127.0.0.1:8765/ > pagina.html 2> /dev/null\n"
+                f"{navegador} --hide-scrollbars --window-size=760,960 --screenshot={BUILD}/pagina.png "
+                "http://127.0.0.1:8765/ 2> /dev/null\n")
 
 
 if __name__ == "__main__":
