@@ -114,10 +114,11 @@ if(TARGET zel-envio)
             RENAME zel-envio.conf COMPONENT servico)
     endforeach()
     zel_pacote(servico zel-envio net
-        "init-system-helpers, systemd | systemd-standalone-sysusers, systemd | systemd-standalone-tmpfiles"
-        "Finds the documents that tills write, puts them into the layout that the tax
-authority takes, signs and sends them, asks for what was not answered, keeps what
-the law wants kept, and tells the till. A page on 127.0.0.1 shows the queue.")
+        "systemd | systemd-standalone-sysusers, systemd | systemd-standalone-tmpfiles"
+        "Finds the documents that tills write, puts them into the layout that the
+tax authority takes, signs and sends them, asks for what was not answered,
+keeps what the law wants kept, and tells the till. A page on 127.0.0.1 shows
+the queue.")
     set(CPACK_DEBIAN_SERVICO_PACKAGE_CONTROL_EXTRA "")
     foreach(parte conffiles postinst prerm postrm)
         list(APPEND CPACK_DEBIAN_SERVICO_PACKAGE_CONTROL_EXTRA

@@ -102,10 +102,12 @@ class Guia(unittest.TestCase):
                 texto = texto.replace(porta, str(livre.getsockname()[1]))
         visto = self.rodar(texto).replace(str(self.caixa), "/loja")
         for linha in dito:
-            self.assertIn(linha, visto)
+            # How the connection fails depends on the moment.
+            self.assertIn(re.sub("(sem resposta de [A-Za-z0-9]+: ).*", r"\1", linha), visto)
         if NAVEGADOR:
             pagina = (self.caixa / "pagina.html").read_text("utf-8")
-            for frase in ("Nota 2, série 1: recusada", "emitida sem conexão", "resolvido: cancelado"):
+            for frase in ("Nota 2, série 1: recusada", "emitida sem conexão", "resolvido: cancelado",
+                          "cancelada depois"):
                 self.assertIn(frase, pagina)
             self.assertEqual((BUILD / "pagina.png").read_bytes()[:4], b"\x89PNG")
         else:

@@ -65,7 +65,7 @@ private:
 };
 
 template <class... Valores>
-Html encher(Molde<sizeof...(Valores)> molde, const Valores &...valores) {
+Html encher(const Molde<sizeof...(Valores)> &molde, const Valores &...valores) {
     return Html::encher(molde.texto(), {Html::Lugar(valores)...});
 }
 

@@ -77,29 +77,36 @@ void avisarDe(const Lista &lista, std::vector<Aviso> &avisos, const char *haMais
 
 } // namespace
 
+void LeitorDoQuadro::contar(Momento agora) {
+    contado_ = {};
+    contado_.contagens = fila_.contar();
+    for (const Contagem &contagem : contado_.contagens) {
+        if (acabou(contagem.estado) || contagem.quantos == 0) continue;
+        contado_.maisAntigo = contado_.esperando == 0
+                                  ? contagem.maisAntigo
+                                  : std::min(contado_.maisAntigo, contagem.maisAntigo);
+        contado_.esperando += contagem.quantos;
+    }
+    contado_.precisam = fila_.procurar({.precisaDeAlguem = true,
+                                        .atrasadoAntesDe = agora - avisoHoras_ * kHora,
+                                        .maximo = kMaisLinhas + 1});
+    contado_.lacunas = fila_.lacunas();
+}
+
 Quadro LeitorDoQuadro::ler(Momento agora, std::optional<int> diasDoCertificado) {
-    Quadro quadro;
+    constexpr int kVezes = 50;
+    if (const auto antes = std::chrono::steady_clock::now(); antes >= vale_) {
+        contar(agora);
+        const auto depois = std::chrono::steady_clock::now();
+        vale_ = depois + kVezes * (depois - antes);
+    }
+    Quadro quadro = contado_;
     quadro.agora = agora;
     quadro.diasDoCertificado = diasDoCertificado;
     quadro.parada = fila_.anotado(kAnotacaoParada);
-    quadro.contagens = fila_.contar();
-    for (const Contagem &contagem : quadro.contagens) {
-        if (acabou(contagem.estado) || contagem.quantos == 0) continue;
-        quadro.maisAntigo = quadro.esperando == 0
-                                ? contagem.maisAntigo
-                                : std::min(quadro.maisAntigo, contagem.maisAntigo);
-        quadro.esperando += contagem.quantos;
-    }
-    quadro.precisam = fila_.procurar({.precisaDeAlguem = true,
-                                      .atrasadoAntesDe = agora - avisoHoras_ * kHora,
-                                      .maximo = kMaisLinhas + 1});
-    if (!lacunasDe_ || agora < *lacunasDe_ || agora - *lacunasDe_ > kMinuto) {
-        lacunas_ = fila_.lacunas();
-        lacunasDe_ = agora;
-    }
-    quadro.lacunas = lacunas_;
     quadro.servicos = fila_.servicos();
     quadro.falha = fila_.falha();
+    if (!quadro.falha.empty()) vale_ = {};
     return quadro;
 }
 

@@ -5,6 +5,7 @@
 
 #include "fila/Fila.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -29,17 +30,20 @@ struct Quadro {
 inline constexpr std::size_t kMaisLinhas = 50; // of a list that a person reads
 inline constexpr int kPoucosDias = 30;         // of a certificate
 
-// Reads a queue, and remembers for a minute what takes long to find out. One thread's.
+// Reads a queue; what takes long to find out in a long one is remembered for fifty times as long as
+// that took, so that whoever asks often costs little. One thread's.
 class LeitorDoQuadro {
 public:
     LeitorDoQuadro(Fila &fila, int avisoHoras) : fila_(fila), avisoHoras_(avisoHoras) {}
     Quadro ler(Momento agora, std::optional<int> diasDoCertificado);
 
 private:
+    void contar(Momento agora);
+
     Fila &fila_;
     int avisoHoras_;
-    std::vector<Lacuna> lacunas_;
-    std::optional<Momento> lacunasDe_;
+    Quadro contado_;
+    std::chrono::steady_clock::time_point vale_{}; // until then
 };
 
 // Something that a person has to do.

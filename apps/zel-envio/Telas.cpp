@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 
 namespace zel::envio {
 
@@ -65,12 +66,13 @@ Html endereco(const Ficha &ficha) {
     return encher("<a href=\"/documento/{}\">{}</a>", ficha.id, tituloDe(ficha));
 }
 
-Html linhaDe(const Ficha &ficha, bool comDia) {
+Html linhaDe(const Ficha &ficha, bool comDia, bool cancelada) {
     const std::string quando =
         comDia ? momentoLido(ficha.dhEmi.substr(0, 16)) : horaDe(ficha.dhEmi);
     Html detalhe;
     if (ficha.tpEmis == 9 && ficha.tipo == Tipo::kNfce)
         detalhe += encher("<small>emitida sem conexão</small>");
+    if (cancelada) detalhe += encher("<small>cancelada depois</small>");
     if (ficha.estado != Estado::kEntregue && !ficha.motivo.empty())
         detalhe += encher("<small>{}</small>", ficha.motivo);
     return encher("<tr><td class=\"quando\">{}</td><td>{}</td><td class=\"valor\">{}</td>"
@@ -80,9 +82,15 @@ Html linhaDe(const Ficha &ficha, bool comDia) {
 }
 
 Html tabela(const std::vector<Ficha> &fichas, std::size_t mostradas, bool comDia) {
+    // A cancellation is within the hour of its note: mostly it is in the same list.
+    std::set<std::string_view> canceladas;
+    for (const Ficha &ficha : fichas)
+        if (ficha.tipo == Tipo::kCancelamento && ficha.desfecho == Desfecho::kCancelado)
+            canceladas.insert(ficha.chave);
     Html linhas;
     for (std::size_t i = 0; i < std::min(fichas.size(), mostradas); ++i)
-        linhas += linhaDe(fichas[i], comDia);
+        linhas += linhaDe(fichas[i], comDia,
+                          fichas[i].tipo == Tipo::kNfce && canceladas.contains(fichas[i].chave));
     Html resto;
     if (fichas.size() > mostradas)
         resto = encher("<p>Só os últimos {} são mostrados; os outros, por número ou dia em "

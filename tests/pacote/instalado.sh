@@ -39,6 +39,20 @@ if [[ -f $prefixo/include/zel_cupom.h ]]; then
         falhar "zel ver draws nothing"
 fi
 
+# The service: its manual page has every figure and option, and systemd takes every line of its unit.
+if [[ -f $prefixo/sbin/zel-envio ]]; then
+    pagina=$(sed 's/\\-/-/g' "$prefixo/share/man/man8/zel-envio.8")
+    for nome in $(sed -nE 's/.*metricas\.(comecar|uma)\("([a-z_]+)".*/zel_envio_\2/p' "$fontes/apps/zel-envio/Metricas.cpp") \
+        $("$prefixo/sbin/zel-envio" --ajuda | grep -oE -- '--[a-z]+'); do
+        grep -qF -- "$nome" <<< "$pagina" || falhar "no $nome in zel-envio(8)"
+    done
+    if command -v systemd-analyze > /dev/null; then
+        sed "s,/usr/sbin/,$prefixo/sbin/,; /^Documentation/d" "$fontes/apps/zel-envio/sistema/zel-envio.service" \
+            > "$3/zel-envio.service"
+        ! systemd-analyze verify "$3/zel-envio.service" 2>&1 | grep -F zel-envio || falhar "its unit"
+    fi
+fi
+
 # The manual page has every command and option that the help names, and completion offers them.
 comandos=$("$zel" --help | sed -n 's/^  \([a-z]*\)  .*/\1/p')
 [[ $(wc -w <<< "$comandos") -ge 4 ]] || falhar "the help names no commands"
