@@ -81,7 +81,7 @@ class Manual(unittest.TestCase):
                 self.assertEqual(sem_acentos(motivo), sefaz_regras.MOTIVOS[codigo])
 
     def test_cada_chave_da_configuracao_do_envio(self):
-        chaves = re.findall(r'^ +\{"(\w+)",', (RAIZ / "envio/src/config/Chaves.h").read_text("utf-8"),
+        chaves = re.findall(r'^ +(?:return \{\{)?\{"(\w+)",', (RAIZ / "envio/src/config/Chaves.h").read_text("utf-8"),
                             re.M)
         secao = MANUAL.read_text("utf-8").split("### Cada chave de", 1)[1].split("\n## ", 1)[0]
         nomes = [nome for celula in re.findall(r"^\| ([^|]*) \|", secao, re.M)

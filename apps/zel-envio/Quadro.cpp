@@ -54,7 +54,7 @@ Aviso avisoDe(const Lacuna &lacuna) {
             "Nenhuma nota autorizada, nem à espera, tem " +
                 std::string(um ? "este número." : "um destes números."),
             "Se o caixa não a tem para enviar, peça a inutilização até o dia 10 do mês seguinte: "
-            "zel inutilizar"};
+            "zel envio inutilizar"};
 }
 
 // Whether a refused note that is said already is the whole of it.
