@@ -43,7 +43,7 @@ TEST_F(Conformidade, moldes_como_o_ouro) {
     std::string texto;
     for (int secao = 0; secao < 6; ++secao)
         descrever(*moldeDaSecao(static_cast<Secao>(secao)), 0, texto);
-    compararComOuro(std::filesystem::path(ZEL_OURO) / "moldes.txt", texto);
+    compararComOuro(std::filesystem::path(ZEL_OURO) / "moldes.tsv", texto);
 }
 
 // Who writes an adjustment asks here where it stands.
