@@ -34,8 +34,9 @@ public:
         const std::string senha(ensaio::kSenha);
         pasta.gravar("senha", senha + "\n");
         chmod((pasta / "senha").c_str(), 0600);
-        pasta.gravar("ensaio.p12",
-                     pkcs12DeEnsaio("Padaria", "11222333000181", senha, ensaio::kAgora));
+        static const std::string titular =
+            pkcs12DeEnsaio("Padaria", "11222333000181", senha, ensaio::kAgora);
+        pasta.gravar("ensaio.p12", titular);
         mkdir((pasta / "caixa").c_str(), 0700);
         Recusas recusas;
         const auto lida = Configuracao::ler("cUF = \"43\"\n"
@@ -56,13 +57,15 @@ public:
 
     const std::string &caixa() const { return config.caixas[0].diretorio; }
 
-    std::int64_t achar(const std::string &bytes, const std::string &substitui = {}) {
+    std::int64_t achar(const std::string &bytes, const std::string &substitui = {},
+                       Centavos troco = 0) {
         Recusas recusas;
         auto achado = acharEm(bytes, recusas);
         EXPECT_TRUE(achado) << recusas.texto();
         achado->caixa = caixa();
         achado->origem = "documentosEnvio.xml";
         achado->substitui = substitui;
+        achado->troco = troco;
         const auto id = fila->achar(*achado, relogio.agora(), recusas);
         EXPECT_TRUE(id) << recusas.texto();
         return id.value_or(0);
@@ -273,6 +276,27 @@ TEST(Caminhos, quem_morre_no_envio_deixa_uma_pergunta) {
         EXPECT_EQ(loja.sefaz.quantos("consSitNFe"), 1U);
         EXPECT_EQ(loja.sefaz.quantos("enviNFe"), chegou ? 1U : 2U);
     }
+}
+
+// A queue that was lost: its till says the change of its last document alone, so that what is found
+// a second time would be signed to other bytes.
+TEST(Caminhos, uma_fila_perdida_retoma_o_que_foi_guardado) {
+    Loja loja;
+    const std::string original = nota("42").xml();
+    const auto ficha = loja.fila->ficha(loja.achar(original, "", 500));
+    loja.andar();
+    const Guarda guarda(guardadosDe(loja.config));
+    const std::string guardada =
+        loja.pasta.ler(guarda.lugarDe(*ficha).substr(loja.pasta.caminho().size()));
+    Recusas recusas;
+    loja.fila = Fila::abrir(loja.pasta / "outra/", recusas);
+    ASSERT_TRUE(loja.fila) << recusas.texto();
+    const auto id = loja.achar(original);
+    loja.andar();
+    EXPECT_EQ(loja.fila->ficha(id)->desfecho, Desfecho::kAutorizado);
+    EXPECT_EQ(guardadoDe(loja.fila->mensagem(id), loja.fila->elemento(id)),
+              guardada.substr(guardada.find("?>") + 2));
+    EXPECT_EQ(loja.sefaz.pedidos.size(), 1U);
 }
 
 // ---- one in the place of another ----

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "fluxo/Fluxo.h"
 
-#include "fluxo/ConsultaGuardada.h"
 #include "fluxo/Destinos.h"
 #include "fluxo/Entrega.h"
 #include "mensagem/Lote.h"
@@ -20,14 +19,8 @@ constexpr int kMaisPassos = 12;
 // How much longer than a request may last another process waits before it takes the request for
 // one whose sender died.
 constexpr Momento kFolga = 15 * kSegundo;
-// A document that is being asked for after it, another's answer is awaited that long at a time.
-constexpr Momento kEsperaDoOutro = 2 * kSegundo;
 // So often a stopped queue is looked at again.
 constexpr Momento kPausaDaParada = kMinuto;
-
-std::string textoDe(const Recusas &recusas) {
-    return recusas.texto();
-}
 
 } // namespace
 
@@ -76,110 +69,6 @@ bool Fluxo::passo(const Ficha &ficha) {
     }
 }
 
-// ---- from the till's file to signed bytes ----
-
-bool Fluxo::preparar(const Ficha &ficha) {
-    if (parada(ficha)) return false;
-    if (ficha.tipo == Tipo::kNfce && substituta(meios_.fila, ficha))
-        return mudar(ficha, Estado::kRetirado, {.motivo = "outro documento a substitui"});
-    if (ficha.tipo == Tipo::kConsulta && ficha.chave.empty()) {
-        if (!responderDoGuardado(meios_.config, meios_.fila, ficha)) return false;
-        return mudar(ficha, Estado::kEntregue, {.motivo = "respondida do que foi guardado"});
-    }
-    bool esperar = false;
-    const auto contexto = contextoDe(ficha, esperar);
-    if (!contexto) return !esperar;
-    const ContextoNota nota{ficha.troco.value_or(0)};
-    const Feito feito = meios_.oficina.fazer(meios_.fila.original(ficha.id), *contexto, nota,
-                                             meios_.relogio.agora());
-    if (feito.passo == Passo::kTraducao || feito.passo == Passo::kEsquema)
-        return recusar(ficha, textoDe(feito.recusas));
-    if (feito.passo != Passo::kFeito) return parar(ficha, textoDe(feito.recusas));
-
-    Recusas recusas;
-    Fila::Transacao transacao(meios_.fila);
-    const Momento agora = meios_.relogio.agora();
-    const bool feita =
-        (ficha.estado == Estado::kTraduzido ||
-         meios_.fila.mudar(ficha.id, Estado::kAchado, Estado::kTraduzido, {}, agora, recusas)) &&
-        meios_.fila.mudar(
-            ficha.id, Estado::kTraduzido, Estado::kAssinado,
-            {.mensagem = feito.mensagem,
-             .chave = feito.chave,
-             .dhEmi = contexto->data.empty() ? ficha.dhEmi : momentoEscrito(ficha.achado, {}),
-             .motivo = ""},
-            agora, recusas);
-    return feita && transacao.confirmar(recusas);
-}
-
-// What a request does not say. None when it has to wait (`esperar`), or was refused.
-std::optional<ContextoPedido> Fluxo::contextoDe(const Ficha &ficha, bool &esperar) {
-    ContextoPedido contexto;
-    contexto.idLote = std::to_string(ficha.id);
-    if (ficha.tipo == Tipo::kInutilizacao)
-        contexto.data = momentoEscrito(ficha.achado, {}).substr(0, 10);
-    if (ficha.tipo != Tipo::kCancelamento) return contexto;
-    contexto.substituta = ficha.substitui;
-    if (!protocoloDe(ficha, contexto, esperar)) return {};
-    return contexto;
-}
-
-// A cancellation names the authorization: from the queue, else from the authority.
-bool Fluxo::protocoloDe(const Ficha &ficha, ContextoPedido &contexto, bool &esperar) {
-    const auto nota = meios_.fila.porChave(ficha.chave, Tipo::kNfce);
-    if (nota && !acabou(nota->estado)) {
-        esperar = true;
-        return adiar(ficha, std::max(nota->proximo, meios_.relogio.agora() + kEsperaDoOutro),
-                     "espera a resposta da nota"),
-               false;
-    }
-    if (nota && nota->desfecho != Desfecho::kAutorizado) {
-        recusar(ficha, "a nota " + std::to_string(nota->numero) +
-                           " não foi autorizada: não há o que cancelar");
-        return false;
-    }
-    if (nota) {
-        contexto.protocolo = nota->protocolo;
-        return true;
-    }
-    if (!linhaLivre(ficha)) return esperar = true, false;
-    const Retorno retorno = pedir(Servico::kConsultaProtocolo, ficha,
-                                  consultaDaChave(ficha.chave, std::to_string(ficha.tpAmb)));
-    Recusas recusas;
-    const auto resposta =
-        retorno.chegada == Chegada::kResposta
-            ? lerResposta(Servico::kConsultaProtocolo, retorno.corpo, ficha.chave, recusas)
-            : std::nullopt;
-    const Desfecho desfecho = resposta ? resposta->desfecho : Desfecho::kEsperar;
-    const std::string &motivo = resposta ? resposta->xMotivo : retorno.motivo;
-    if (desfecho == Desfecho::kAutorizado) {
-        contexto.protocolo = resposta->protocolo;
-        return true;
-    }
-    esperar = desfecho == Desfecho::kEsperar || desfecho == Desfecho::kExcesso ||
-              desfecho == Desfecho::kCertificado;
-    if (!esperar)
-        recusar(ficha, "a SEFAZ diz da nota: " + std::to_string(resposta->cStat) + " " + motivo);
-    else if (desfecho == Desfecho::kCertificado || retorno.chegada == Chegada::kCertificado)
-        parar(ficha, motivo);
-    else
-        adiarMais(ficha,
-                  desfecho == Desfecho::kExcesso ? kPausaDoExcesso
-                                                 : pausaDepoisDe(ficha.tentativas + 1),
-                  motivo);
-    return false;
-}
-
-bool Fluxo::recusar(const Ficha &ficha, const std::string &motivo) {
-    Ficha recusada = ficha;
-    recusada.motivo = motivo;
-    Recusas recusas;
-    if (!escreverRetorno(meios_.config, recusada, {}, {}, recusas))
-        return adiar(ficha, meios_.relogio.agora() + kMinuto, textoDe(recusas));
-    mudar(ficha, Estado::kRecusado, {.motivo = motivo});
-    return false;
-}
-
 // ---- out ----
 
 bool Fluxo::linhaLivre(const Ficha &ficha) {
@@ -223,7 +112,7 @@ bool Fluxo::enviar(const Ficha &ficha) {
     }
     Recusas recusas;
     auto resposta = lerResposta(servico, retorno.corpo, ficha.chave, recusas);
-    if (!resposta) return semResposta(enviada, {.motivo = textoDe(recusas)});
+    if (!resposta) return semResposta(enviada, {.motivo = recusas.texto()});
     return responder(enviada, std::move(*resposta));
 }
 
@@ -232,7 +121,7 @@ Retorno Fluxo::pedir(Servico servico, const Ficha &ficha, std::string mensagem) 
     Recusas recusas;
     const auto remessa = remessaDe(meios_.config, qual.substr(0, 2), ficha.tpAmb, servico,
                                    std::move(mensagem), recusas);
-    if (!remessa) return {.motivo = textoDe(recusas)};
+    if (!remessa) return {.motivo = recusas.texto()};
     const Momento saiu = meios_.relogio.agora();
     Retorno retorno = meios_.rede.pedir(*remessa, limite_);
     const bool chegou = retorno.chegada == Chegada::kResposta;
@@ -293,14 +182,14 @@ bool Fluxo::entregar(const Ficha &ficha) {
         guardado = meios_.fila.evento(ficha.id);
     const bool pronto = (guardado.empty() || guarda_.guardar(ficha, guardado, recusas)) &&
                         escreverRetorno(meios_.config, ficha, mensagem, elemento, recusas);
-    if (!pronto) return adiar(ficha, meios_.relogio.agora() + kMinuto, textoDe(recusas));
+    if (!pronto) return adiar(ficha, meios_.relogio.agora() + kMinuto, recusas.texto());
     const Estado fim = encerra(ficha.tipo, ficha.desfecho) ? Estado::kEntregue : Estado::kRecusado;
     // In one piece: whoever died in between would leave two sales for one.
     Fila::Transacao transacao(meios_.fila);
     if (!mudar(ficha, fim, {})) return false;
     if (fim == Estado::kEntregue && ficha.tipo == Tipo::kNfce) cancelarSubstituida(ficha);
     if (!transacao.confirmar(recusas))
-        return adiar(ficha, meios_.relogio.agora() + kMinuto, textoDe(recusas));
+        return adiar(ficha, meios_.relogio.agora() + kMinuto, recusas.texto());
     return false;
 }
 

@@ -50,9 +50,14 @@ public:
     Recusas queixas();
 
 private:
+    // A document that is being asked for after it, another's answer is awaited that long at a time.
+    static constexpr Momento kEsperaDoOutro = 2 * kSegundo;
+
     // Whether to go on with the next state at once.
     bool passo(const Ficha &ficha);
     bool preparar(const Ficha &ficha);
+    bool retomar(const Ficha &ficha, const NotaGuardada &guardada);
+    bool assinada(const Ficha &ficha, const Mudanca &mudanca, Recusas &recusas);
     bool enviar(const Ficha &ficha);
     bool perguntar(const Ficha &ficha);
     bool entregar(const Ficha &ficha);

@@ -255,4 +255,25 @@ std::string guardadoDe(std::string_view mensagem, std::string_view elemento) {
            '>';
 }
 
+std::optional<NotaGuardada> notaDe(std::string_view guardado, std::string_view chave) {
+    const Guardado &forma = kGuardados[0];
+    const std::string_view assinada = recortar(guardado, forma.assinado),
+                           elemento = recortar(guardado, forma.elemento);
+    std::string motivo;
+    const auto lida = Documento::ler(assinada, motivo);
+    const No nfe = lida ? lida->raiz() : No();
+    if (nfe.filho("infNFe").atributo("Id") != "NFe" + std::string(chave)) return {};
+    // As the service of receipts would answer it today.
+    constexpr std::string_view kResposta = "retConsReciNFe";
+    std::string resposta = '<' + std::string(kResposta) + " xmlns=\"" + std::string(kEspacoNfe);
+    resposta.append("\">").append(elemento).append("</").append(kResposta).append(">");
+    Recusas recusas;
+    auto dita = lerResposta(Servico::kRetAutorizacao, resposta, chave, recusas);
+    if (!dita || dita->protocolo.empty() ||
+        dita->digest != nfe.texto("Signature/SignedInfo/Reference/DigestValue"))
+        return {};
+    dita->elemento = elemento;
+    return NotaGuardada{std::string(assinada), *std::move(dita)};
+}
+
 } // namespace zel::envio

@@ -74,4 +74,13 @@ std::optional<Resposta> lerResposta(Servico servico, std::string_view corpo, std
 // are not of one kind.
 std::string guardadoDe(std::string_view mensagem, std::string_view elemento);
 
+// An nfeProc taken apart again: the signed NFe, byte for byte, and what the authority answered.
+struct NotaGuardada {
+    std::string assinada;
+    Resposta resposta;
+};
+// None when `guardado` is not of the document with the key `chave`, or its protocol is of other
+// content (digVal).
+std::optional<NotaGuardada> notaDe(std::string_view guardado, std::string_view chave);
+
 } // namespace zel::envio

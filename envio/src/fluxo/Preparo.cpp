@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+// From the till's file to signed bytes.
+#include "comum/Arquivo.h"
+#include "fluxo/ConsultaGuardada.h"
+#include "fluxo/Destinos.h"
+#include "fluxo/Entrega.h"
+#include "fluxo/Fluxo.h"
+#include "mensagem/Lote.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zel::envio {
+
+namespace {
+
+constexpr std::size_t kMaiorGuardado = 4U << 20; // bytes of an nfeProc
+
+// What was kept of it before the queue knew it.
+std::optional<NotaGuardada> guardadaDe(const Guarda &guarda, const Ficha &ficha) {
+    const std::string lugar = ficha.tipo == Tipo::kNfce ? guarda.lugarDe(ficha) : "";
+    const auto bytes = lugar.empty() ? std::nullopt : comum::lerArquivo(lugar, kMaiorGuardado);
+    return bytes ? notaDe(*bytes, ficha.chave) : std::nullopt;
+}
+
+} // namespace
+
+bool Fluxo::preparar(const Ficha &ficha) {
+    if (parada(ficha)) return false;
+    if (ficha.tipo == Tipo::kNfce && substituta(meios_.fila, ficha))
+        return mudar(ficha, Estado::kRetirado, {.motivo = "outro documento a substitui"});
+    if (ficha.tipo == Tipo::kConsulta && ficha.chave.empty()) {
+        if (!responderDoGuardado(meios_.config, meios_.fila, ficha)) return false;
+        return mudar(ficha, Estado::kEntregue, {.motivo = "respondida do que foi guardado"});
+    }
+    if (const auto guardada = guardadaDe(guarda_, ficha)) return retomar(ficha, *guardada);
+    bool esperar = false;
+    const auto contexto = contextoDe(ficha, esperar);
+    if (!contexto) return !esperar;
+    const ContextoNota nota{ficha.troco.value_or(0)};
+    const Feito feito = meios_.oficina.fazer(meios_.fila.original(ficha.id), *contexto, nota,
+                                             meios_.relogio.agora());
+    if (feito.passo == Passo::kTraducao || feito.passo == Passo::kEsquema)
+        return recusar(ficha, feito.recusas.texto());
+    if (feito.passo != Passo::kFeito) return parar(ficha, feito.recusas.texto());
+
+    Recusas recusas;
+    Fila::Transacao transacao(meios_.fila);
+    return assinada(
+               ficha,
+               {.mensagem = feito.mensagem,
+                .chave = feito.chave,
+                .dhEmi = contexto->data.empty() ? ficha.dhEmi : momentoEscrito(ficha.achado, {}),
+                .motivo = ""},
+               recusas) &&
+           transacao.confirmar(recusas);
+}
+
+bool Fluxo::assinada(const Ficha &ficha, const Mudanca &mudanca, Recusas &recusas) {
+    const Momento agora = meios_.relogio.agora();
+    return (ficha.estado == Estado::kTraduzido ||
+            meios_.fila.mudar(ficha.id, Estado::kAchado, Estado::kTraduzido, {}, agora, recusas)) &&
+           meios_.fila.mudar(ficha.id, Estado::kTraduzido, Estado::kAssinado, mudanca, agora,
+                             recusas);
+}
+
+// The queue was lost or goes back in time, what was kept did not: signed anew it might be other
+// bytes (the till says the change of its last receipt alone), and the authority has had its own.
+bool Fluxo::retomar(const Ficha &ficha, const NotaGuardada &guardada) {
+    Recusas recusas;
+    const Momento agora = meios_.relogio.agora();
+    Fila::Transacao transacao(meios_.fila);
+    return assinada(ficha, {.mensagem = guardada.assinada, .motivo = ""}, recusas) &&
+           meios_.fila.mudar(ficha.id, Estado::kAssinado, Estado::kEnviado, {}, agora, recusas) &&
+           meios_.fila.mudar(ficha.id, Estado::kEnviado, Estado::kRespondido,
+                             {.resposta = guardada.resposta, .proximo = 0}, agora, recusas) &&
+           transacao.confirmar(recusas);
+}
+
+// What a request does not say. None when it has to wait (`esperar`), or was refused.
+std::optional<ContextoPedido> Fluxo::contextoDe(const Ficha &ficha, bool &esperar) {
+    ContextoPedido contexto;
+    contexto.idLote = std::to_string(ficha.id);
+    if (ficha.tipo == Tipo::kInutilizacao)
+        contexto.data = momentoEscrito(ficha.achado, {}).substr(0, 10);
+    if (ficha.tipo != Tipo::kCancelamento) return contexto;
+    contexto.substituta = ficha.substitui;
+    if (!protocoloDe(ficha, contexto, esperar)) return {};
+    return contexto;
+}
+
+// A cancellation names the authorization: from the queue, else from the authority.
+bool Fluxo::protocoloDe(const Ficha &ficha, ContextoPedido &contexto, bool &esperar) {
+    const auto nota = meios_.fila.porChave(ficha.chave, Tipo::kNfce);
+    if (nota && !acabou(nota->estado)) {
+        esperar = true;
+        return adiar(ficha, std::max(nota->proximo, meios_.relogio.agora() + kEsperaDoOutro),
+                     "espera a resposta da nota"),
+               false;
+    }
+    if (nota && nota->desfecho != Desfecho::kAutorizado) {
+        recusar(ficha, "a nota " + std::to_string(nota->numero) +
+                           " não foi autorizada: não há o que cancelar");
+        return false;
+    }
+    if (nota) {
+        contexto.protocolo = nota->protocolo;
+        return true;
+    }
+    if (!linhaLivre(ficha)) return esperar = true, false;
+    const Retorno retorno = pedir(Servico::kConsultaProtocolo, ficha,
+                                  consultaDaChave(ficha.chave, std::to_string(ficha.tpAmb)));
+    Recusas recusas;
+    const auto resposta =
+        retorno.chegada == Chegada::kResposta
+            ? lerResposta(Servico::kConsultaProtocolo, retorno.corpo, ficha.chave, recusas)
+            : std::nullopt;
+    const Desfecho desfecho = resposta ? resposta->desfecho : Desfecho::kEsperar;
+    const std::string &motivo = resposta ? resposta->xMotivo : retorno.motivo;
+    if (desfecho == Desfecho::kAutorizado) {
+        contexto.protocolo = resposta->protocolo;
+        return true;
+    }
+    esperar = desfecho == Desfecho::kEsperar || desfecho == Desfecho::kExcesso ||
+              desfecho == Desfecho::kCertificado;
+    if (!esperar)
+        recusar(ficha, "a SEFAZ diz da nota: " + std::to_string(resposta->cStat) + " " + motivo);
+    else if (desfecho == Desfecho::kCertificado || retorno.chegada == Chegada::kCertificado)
+        parar(ficha, motivo);
+    else
+        adiarMais(ficha,
+                  desfecho == Desfecho::kExcesso ? kPausaDoExcesso
+                                                 : pausaDepoisDe(ficha.tentativas + 1),
+                  motivo);
+    return false;
+}
+
+bool Fluxo::recusar(const Ficha &ficha, const std::string &motivo) {
+    Ficha recusada = ficha;
+    recusada.motivo = motivo;
+    Recusas recusas;
+    if (!escreverRetorno(meios_.config, recusada, {}, {}, recusas))
+        return adiar(ficha, meios_.relogio.agora() + kMinuto, recusas.texto());
+    mudar(ficha, Estado::kRecusado, {.motivo = motivo});
+    return false;
+}
+
+} // namespace zel::envio
