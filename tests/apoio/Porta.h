@@ -3,6 +3,7 @@
 #pragma once
 
 #include <netinet/in.h>
+#include <poll.h>
 #include <stdexcept>
 #include <string>
 #include <sys/socket.h>
@@ -32,8 +33,12 @@ public:
     Porta &operator=(const Porta &) = delete;
 
     void ouvir() const { ::listen(fd_, 1); }
-    // The connection, which the caller closes.
-    int aceitar() const { return ::accept(fd_, nullptr, nullptr); }
+    // The connection, which the caller closes; -1 when nobody came within a minute.
+    int aceitar() const {
+        constexpr int kMinuto = 60000;
+        pollfd vez{fd_, POLLIN, 0};
+        return ::poll(&vez, 1, kMinuto) == 1 ? ::accept(fd_, nullptr, nullptr) : -1;
+    }
     const std::string &numero() const { return numero_; }
     std::string destino(const std::string &host = "127.0.0.1") const {
         return "tcp://" + host + ":" + numero_;
