@@ -81,8 +81,8 @@ endif()
 zel_pacote(ferramentas zel-tools utils "${zel_ferramentas_depende}"
     "The command zel checks a till's data directory and its documents, reads and
 stores configuration values, explains the return codes of the library, sells,
-shows and prints receipts, writes requests, and makes of them the documents that
-the tax authority takes. It speaks Portuguese.")
+shows and prints receipts, writes requests, and makes of them the documents
+that the tax authority takes. It speaks Portuguese.")
 set(CPACK_COMPONENTS_ALL biblioteca desenvolvimento ferramentas)
 if(TARGET zel_cupom)
     zel_pacote(cupom libzel-cupom1 libs "fonts-dejavu-core"
