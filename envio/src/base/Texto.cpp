@@ -64,7 +64,7 @@ bool ehTexto(std::string_view utf8, std::size_t minimo, std::size_t maximo) {
     if (tamanho < minimo || tamanho > maximo || !latin1DeUtf8(utf8)) return false;
     if (!utf8.empty() && (utf8.front() == ' ' || utf8.back() == ' ')) return false;
     return std::none_of(utf8.begin(), utf8.end(),
-                        [](char c) { return (c >= 0 && c < ' ') || c == 0x7F; });
+                        [](unsigned char c) { return c < ' ' || c == 0x7F; });
 }
 
 bool ehData(std::string_view texto) {

@@ -29,7 +29,7 @@ using Linhas = std::map<std::int64_t, Linha>;
 // As a spreadsheet takes a text for a text, never for a formula.
 std::string campo(std::string texto) {
     std::replace_if(
-        texto.begin(), texto.end(), [](char c) { return c >= 0 && c < ' '; }, ' ');
+        texto.begin(), texto.end(), [](unsigned char c) { return c < ' '; }, ' ');
     if (!texto.empty() && std::string_view("=+-@").find(texto[0]) != std::string_view::npos)
         texto.insert(0, 1, '\'');
     if (texto.find_first_of(";\"") == texto.npos) return texto;
