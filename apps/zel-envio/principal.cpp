@@ -17,6 +17,7 @@
 #include <csignal>
 #include <cstdio>
 #include <ctime>
+#include <malloc.h>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -35,6 +36,7 @@ constexpr std::string_view kUso =
     "  --conferir        só confere configuração, certificado e fila\n"
     "  --versao, --ajuda\n";
 constexpr int kUsoErrado = 2, kFalha = 1;
+constexpr int kArenas = 2;
 // So often certificate and queue are looked at for what somebody has to do.
 constexpr timespec kVistoria{3600, 0};
 
@@ -86,12 +88,13 @@ bool conferirCertificado(Oficina &oficina, Recusas &recusas) {
     return true;
 }
 
-// Signals come to this thread alone, which waits for them.
-sigset_t sinaisDoFim() {
+// Held back from the first moment and from every thread: one alone waits for them.
+sigset_t segurarSinaisDoFim() {
     sigset_t sinais;
     sigemptyset(&sinais);
     sigaddset(&sinais, SIGTERM);
     sigaddset(&sinais, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &sinais, nullptr);
     return sinais;
 }
 
@@ -145,10 +148,12 @@ void vigiar(Fila &fila, const Configuracao &config, const Relogio &relogio, Ofic
     } while (sigtimedwait(&sinais, nullptr, &kVistoria) < 0);
 }
 
-int servir(const Configuracao &config) {
-    const sigset_t sinais = sinaisDoFim();
-    pthread_sigmask(SIG_BLOCK, &sinais, nullptr);
+int servir(const std::string &arquivo) {
+    const sigset_t sinais = segurarSinaisDoFim();
     Recusas recusas;
+    const auto aberta = Configuracao::abrir(arquivo, recusas);
+    if (!aberta) return recusar(recusas);
+    const Configuracao &config = *aberta;
     Oficina oficina(config, std::clamp(std::thread::hardware_concurrency(), 1U, 4U));
     const bool assina = conferirCertificado(oficina, recusas);
     auto fila = Fila::abrir(filaDe(config), recusas);
@@ -176,11 +181,13 @@ int servir(const Configuracao &config) {
     return 0;
 }
 
-int conferir(const Configuracao &config) {
+int conferir(const std::string &arquivo) {
     Recusas recusas;
-    Oficina oficina(config, 1);
+    const auto config = Configuracao::abrir(arquivo, recusas);
+    if (!config) return recusar(recusas);
+    Oficina oficina(*config, 1);
     const bool assina = conferirCertificado(oficina, recusas);
-    const bool guarda = Fila::abrir(filaDe(config), recusas) != nullptr;
+    const bool guarda = Fila::abrir(filaDe(*config), recusas) != nullptr;
     if (!assina || !guarda) return recusar(recusas);
     dizer("configuração conferida");
     return 0;
@@ -189,6 +196,8 @@ int conferir(const Configuracao &config) {
 } // namespace
 
 int main(int quantas, char **palavras) {
+    // A worker a till, which mostly waits: an arena each would be memory that nobody uses.
+    mallopt(M_ARENA_MAX, kArenas);
     const auto opcoes = lerOpcoes(quantas, palavras);
     if (!opcoes || opcoes->ajuda) {
         std::fwrite(kUso.data(), 1, kUso.size(), opcoes ? stdout : stderr);
@@ -198,8 +207,5 @@ int main(int quantas, char **palavras) {
         std::puts("zel-envio " ZEL_ENVIO_VERSAO);
         return 0;
     }
-    Recusas recusas;
-    const auto config = Configuracao::abrir(opcoes->config, recusas);
-    if (!config) return recusar(recusas);
-    return opcoes->conferir ? conferir(*config) : servir(*config);
+    return opcoes->conferir ? conferir(opcoes->config) : servir(opcoes->config);
 }

@@ -6,6 +6,7 @@
 #include "fila/Fila.h"
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 
@@ -42,6 +43,9 @@ struct Fila::Dentro {
     std::string falha;
 
 private:
+    // Writers of one process take turns here: SQLite's own way is to sleep and try again. Others of
+    // other processes are waited for its way.
+    std::unique_lock<std::timed_mutex> vez_;
     int nivel_ = 0;
     bool perdida_ = false;
 };

@@ -5,11 +5,16 @@
 #include "fila/Dentro.h"
 #include "fila/Forma.h"
 
+#include <chrono>
+#include <mutex>
 #include <openssl/evp.h>
 
 namespace zel::envio {
 
 namespace {
+
+// Longer than a slow disk makes a line of writers wait; who stands in its own way goes on then.
+constexpr std::chrono::seconds kEsperaDaVez{10};
 
 std::optional<std::string> sha256(std::string_view bytes) {
     std::string resumo(32, '\0');
@@ -141,9 +146,11 @@ bool inserir(Banco &banco, const Achado &achado, const std::string &identidade, 
 // ---- Transactions ----
 
 bool Fila::Dentro::comecar() {
-    if (nivel_++ == 0)
+    if (nivel_++ == 0) {
+        static std::timed_mutex escritores;
+        vez_ = std::unique_lock(escritores, kEsperaDaVez);
         perdida_ = !banco.executar("BEGIN IMMEDIATE");
-    else if (!perdida_)
+    } else if (!perdida_)
         perdida_ = !banco.emTransacao() || !banco.executar("SAVEPOINT dentro");
     return !perdida_;
 }
@@ -161,7 +168,9 @@ void Fila::Dentro::terminar(bool desfazer) {
             perdida_ = true;
         banco.motivo() = motivo;
     }
-    if (--nivel_ == 0) perdida_ = false;
+    if (--nivel_ > 0) return;
+    perdida_ = false;
+    if (vez_) vez_.unlock();
 }
 
 bool Fila::Dentro::recusar(Recusas &recusas) {
@@ -234,20 +243,29 @@ bool Fila::adiar(std::int64_t id, Estado em, const Mudanca &mudanca, Momento ago
     return falhou && dentro_->recusar(recusas);
 }
 
+// What the next answer would say again is not worth waiting for the disk.
 void Fila::verServico(const ServicoVisto &visto) {
-    if (!Comando(dentro_->banco,
-                 "INSERT OR REPLACE INTO servico (servico, cUF, tpAmb, cStat, http, xMotivo, "
-                 "momento, demora) VALUES (?, ?, ?, ?, ?, ?, ?, ?)")
-             .dar(visto.servico)
-             .dar(visto.cUF)
-             .dar(visto.tpAmb)
-             .dar(visto.cStat)
-             .dar(visto.http)
-             .dar(visto.xMotivo)
-             .dar(visto.momento)
-             .dar(visto.demora)
-             .fazer())
-        dentro_->anotarFalha();
+    Banco &banco = dentro_->banco;
+    banco.executar("PRAGMA synchronous = NORMAL");
+    {
+        Recusas recusas;
+        Transacao transacao(*this);
+        if (!transacao.aberta() ||
+            !Comando(banco, "INSERT OR REPLACE INTO servico (servico, cUF, tpAmb, cStat, http, "
+                            "xMotivo, momento, demora) VALUES (?, ?, ?, ?, ?, ?, ?, ?)")
+                 .dar(visto.servico)
+                 .dar(visto.cUF)
+                 .dar(visto.tpAmb)
+                 .dar(visto.cStat)
+                 .dar(visto.http)
+                 .dar(visto.xMotivo)
+                 .dar(visto.momento)
+                 .dar(visto.demora)
+                 .fazer() ||
+            !transacao.confirmar(recusas))
+            dentro_->anotarFalha();
+    }
+    banco.executar("PRAGMA synchronous = FULL");
 }
 
 void Fila::anotar(std::string_view nome, std::string_view texto) {

@@ -175,7 +175,9 @@ bool ligar(Banco &banco) {
                          "aponte uma pasta de um disco local";
         return false;
     }
+    // A document is some pages, and each till has a connection of its own: 128 KiB a connection.
     return banco.executar("PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON; "
+                          "PRAGMA cache_size = -128; "
                           "PRAGMA cell_size_check = ON; PRAGMA journal_size_limit = 16777216");
 }
 

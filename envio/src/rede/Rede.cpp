@@ -19,7 +19,8 @@ using std::chrono::milliseconds;
 constexpr std::size_t kMaiorResposta = 4U << 20;   // bytes of a body
 constexpr std::size_t kMaiorCabecalho = 64U << 10; // bytes of all its headers
 constexpr milliseconds kMaiorConexao{10'000};
-constexpr long kOciosa = 60; // seconds after which a connection is not used again
+constexpr long kOciosa = 60;              // seconds after which a connection is not used again
+constexpr long kBuferDeSaida = 16L << 10; // bytes that each connection holds for what goes out
 constexpr int kProibido = 403;
 
 struct LiberarCurl {
@@ -195,6 +196,7 @@ bool Rede::Dentro::preparar(const Remessa &remessa, milliseconds limite, const L
     // never from its beginning again, which curl would do when a connection breaks.
     por(CURLOPT_POST, 1L);
     por(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(envelope.size()));
+    por(CURLOPT_UPLOAD_BUFFERSIZE, kBuferDeSaida);
     por(CURLOPT_READFUNCTION, enviar);
     por(CURLOPT_READDATA, this);
     por(CURLOPT_SEEKFUNCTION, rebobinar);
