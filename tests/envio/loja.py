@@ -2,6 +2,7 @@
 """A shop of the tests: the authority's stand-in, a service zel-envio and tills, each a process of its
 own that can be killed; at the end books, queue, kept files and tills' numbers are held against each
 other."""
+import contextlib
 import json
 import os
 import shutil
@@ -55,6 +56,7 @@ class Corte:
 
     def __init__(self, destino):
         self.destino, self.sentido, self.depois, self.cortes = destino, "pedido", None, 0
+        self.passados = {"pedido": 0, "resposta": 0}
         self.porta_ = socket.create_server(("127.0.0.1", 0), backlog=64)
         self.porta = self.porta_.getsockname()[1]
         threading.Thread(target=self.atender, daemon=True).start()
@@ -66,6 +68,7 @@ class Corte:
             except OSError:
                 return
             if self.depois == 0 and self.sentido == "pedido":
+                self.cortes += 1
                 self.cortar(cliente)
                 continue
             servidor = socket.create_connection(("127.0.0.1", self.destino))
@@ -77,6 +80,7 @@ class Corte:
         try:
             while bytes_ := de.recv(65536):
                 para.sendall(bytes_[:restam])
+                self.passados[sentido] += len(bytes_)
                 if restam is not None:
                     restam -= len(bytes_)
                     if restam <= 0:
@@ -115,22 +119,20 @@ class Processo:
         return pedir
 
     def fechar(self):
-        self.p.stdin.close()
-        self.p.stdout.close()
-        self.p.wait()
+        self.p.kill()
+        self.p.communicate()
 
 
 class Loja:
-    def __init__(self, build, caixas=1, limite=3, pasta=None, fila="", corte=False, ajustes=(), so_o_primeiro=False):
+    def __init__(self, build, caixas=1, limite=3, pasta=None, fila="", ajustes=(), so_o_primeiro=False):
         self.build, self.limite = Path(build), limite
         self.pasta = Path(pasta or tempfile.mkdtemp(prefix="zel-loja."))
-        self.apagar = pasta is None
+        self.apagar, self.diario = pasta is None, self.pasta / "servico.log"
         self.ajustes, self.porta, self.servico, self.autoridade = ajustes, 0, None, None
         self.abrir_autoridade()
-        self.corte = Corte(self.porta) if corte else None
         self.caixas = []
         self.fila = Path(fila or self.pasta / "fila")
-        self.escrever_config(caixas)
+        self.config = self.escrever_config(caixas, "zel-envio.toml", self.porta)
         for i in range(1 if so_o_primeiro else caixas):
             self.abrir_caixa(i).configurar(str(self.pasta / f"caixa{i}" / "copias") + "/", i + 1, 0)
 
@@ -148,8 +150,7 @@ class Loja:
         self.porta = self.pronto["porta"]
         self.livros = Livros(self.pasta / "sefaz" / "livros.db")
 
-    def escrever_config(self, caixas):
-        porta = self.corte.porta if self.corte else self.porta
+    def escrever_config(self, caixas, nome, porta):
         esquemas = os.environ.get("ZEL_ESQUEMAS")
         toml = TOML.format(esquemas=f'esquemas = "{esquemas}"\n' if esquemas else "", titular=self.pronto["titular"],
                            servicos="\n".join(f'{n} = "https://127.0.0.1:{porta}/ws/{c}"' for n, c in SERVICOS.items()),
@@ -161,8 +162,9 @@ class Loja:
         senha = self.pasta / "senha"
         senha.touch(0o600)
         senha.write_text(self.pronto["senha"] + "\n")
-        self.config = self.pasta / "zel-envio.toml"
-        self.config.write_text(toml)
+        config = self.pasta / nome
+        config.write_text(toml)
+        return config
 
     def abrir_caixa(self, i=0, mortal=False):
         ambiente = dict(os.environ, TZ="BRT3")
@@ -185,17 +187,23 @@ class Loja:
 
     def servir(self, morre=0, **opcoes):
         ambiente = dict(os.environ, **(dict(self.de_quem_morre(), ZEL_MORRE_EM=str(morre)) if morre else {}))
-        self.diario = open(self.pasta / "servico.log", "ab")
-        self.servico = subprocess.Popen([self.build / "apps" / "zel-envio" / "zel-envio", "--config", self.config],
-                                        env=ambiente, stderr=self.diario, **opcoes)
+        with open(self.diario, "ab") as diario:
+            self.dito = diario.tell()
+            self.servico = subprocess.Popen([self.build / "apps" / "zel-envio" / "zel-envio", "--config", self.config],
+                                            env=ambiente, stderr=diario, **opcoes)
         return self.servico
+
+    def de_pe(self):
+        """The service says that it is up; or it is dead."""
+        return self.servico.poll() is not None or b"zel-envio: " in self.diario.read_bytes()[self.dito:]
 
     def parar(self, sinal=signal.SIGTERM):
         if self.servico:
+            if sinal == signal.SIGTERM:
+                esperar(self.de_pe, 60)
             self.servico.send_signal(sinal)
             codigo = self.servico.wait(60)
             self.servico = None
-            self.diario.close()
             return codigo
 
     def matar_autoridade(self):
@@ -218,6 +226,14 @@ class Loja:
         finally:
             banco.close()
 
+    def ultimo_estado(self):
+        """Of the document that the queue last changed; "nenhum" when there is none."""
+        return (self.fichas("estado", "mudado = (SELECT max(mudado) FROM documento)") or [("nenhum",)])[-1][0]
+
+    def alterar_fila(self, sql):
+        with contextlib.closing(sqlite3.connect(self.fila / "fila.db", timeout=30, isolation_level=None)) as banco:
+            banco.execute(sql)
+
     def acabou(self, quantas, segundos=90):
         """Until so many documents and requests are in the queue and all are at an end."""
         fim = lambda: (lambda t: len(t) >= quantas and all(e in ("entregue", "recusado", "retirado") for e, in t))(
@@ -231,8 +247,7 @@ class Loja:
     def fechar(self):
         self.parar(signal.SIGKILL)
         for caixa in self.caixas:
-            caixa.p.kill()
-            caixa.p.wait()
+            caixa.fechar()
         self.matar_autoridade()
         if self.apagar:
             shutil.rmtree(self.pasta, ignore_errors=True)
