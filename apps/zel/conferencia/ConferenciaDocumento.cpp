@@ -4,6 +4,7 @@
 #include "comum/ChaveAcesso.h"
 #include "comum/Digitos.h"
 #include "comum/Estados.h"
+#include "comum/Zeros.h"
 #include "conferencia/ConferenciaConfig.h"
 #include "conferencia/Esquema.h"
 #include "leitura/Municipios.h"

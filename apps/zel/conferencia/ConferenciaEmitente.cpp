@@ -3,6 +3,7 @@
 
 #include "comum/Digitos.h"
 #include "comum/Estados.h"
+#include "comum/Zeros.h"
 #include "conferencia/Regras.h"
 #include "leitura/Municipios.h"
 #include "leitura/Texto.h"

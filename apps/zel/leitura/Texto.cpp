@@ -220,10 +220,4 @@ std::string formatarMoeda(double valor) {
     return {bytes, fim};
 }
 
-std::string comZeros(std::string_view texto, std::size_t largura) {
-    std::string resultado(texto);
-    if (resultado.size() < largura) resultado.insert(0, largura - resultado.size(), '0');
-    return resultado;
-}
-
 } // namespace zel::aplicativo

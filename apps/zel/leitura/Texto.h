@@ -53,7 +53,4 @@ std::optional<long long> lerInteiro(std::string_view texto);
 std::optional<double> lerDecimal(std::string_view texto);
 std::string formatarMoeda(double valor);
 
-// The text with zeros on the left up to `largura` characters.
-std::string comZeros(std::string_view texto, std::size_t largura);
-
 } // namespace zel::aplicativo

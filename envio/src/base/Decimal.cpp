@@ -2,6 +2,7 @@
 #include "base/Decimal.h"
 
 #include "comum/Ascii.h"
+#include "comum/Zeros.h"
 
 #include <array>
 #include <cstddef>
@@ -21,14 +22,6 @@ constexpr std::int64_t potencia(int casas) {
     for (int i = 0; i < casas; ++i)
         valor *= 10;
     return valor;
-}
-
-std::string comZeros(std::int64_t valor, int largura) {
-    std::string texto = std::to_string(valor);
-    const auto falta =
-        static_cast<std::ptrdiff_t>(largura) - static_cast<std::ptrdiff_t>(texto.size());
-    if (falta > 0) texto.insert(0, static_cast<std::size_t>(falta), '0');
-    return texto;
 }
 
 // Divided by a power of ten, half goes up.
@@ -79,7 +72,9 @@ std::optional<std::string> Decimal::texto(int minimo, int maximo, int inteiros) 
     std::string antes = std::to_string(unidades_ / potencia(casas_));
     if (antes.size() > static_cast<std::size_t>(inteiros)) return {};
     if (casas == 0) return antes;
-    std::string depois = casas_ > 0 ? comZeros(unidades_ % potencia(casas_), casas_) : "";
+    std::string depois = casas_ > 0 ? comZeros(std::to_string(unidades_ % potencia(casas_)),
+                                               static_cast<std::size_t>(casas_))
+                                    : "";
     depois.resize(static_cast<std::size_t>(casas), '0');
     return antes + '.' + depois;
 }
@@ -104,7 +99,8 @@ std::optional<Centavos> Decimal::vezes(const Decimal &outro) const {
 std::string textoDe(Centavos valor) {
     const bool negativo = valor < 0;
     const std::int64_t modulo = negativo ? -valor : valor;
-    return (negativo ? "-" : "") + std::to_string(modulo / 100) + '.' + comZeros(modulo % 100, 2);
+    return (negativo ? "-" : "") + std::to_string(modulo / 100) + '.' +
+           comZeros(std::to_string(modulo % 100), 2);
 }
 
 } // namespace zel::envio

@@ -4,6 +4,7 @@
 #include "base/Texto.h"
 #include "base/Xml.h"
 #include "comum/ChaveAcesso.h"
+#include "comum/Zeros.h"
 
 #include <algorithm>
 #include <array>
@@ -66,10 +67,6 @@ std::string chaveCitada(std::string_view motivo) {
     if (inicio == motivo.npos) return {};
     const auto chave = ChaveAcesso::ler(motivo.substr(inicio, ChaveAcesso::kDigitos));
     return chave && chave->integra() ? std::string(chave->texto()) : std::string();
-}
-
-std::string comZeros(const std::string &digitos, std::size_t largura) {
-    return std::string(largura - std::min(largura, digitos.size()), '0') + digitos;
 }
 
 // "ID" and the fields that an inutilization's Id is made of; of a refusal some may be missing.
