@@ -322,6 +322,7 @@ TEST(Token, a_chave_assina_de_dentro_e_o_que_falta_e_dito) {
         const auto aberto = Certificado::abrir({"", "", kModulo, rotulo, token, ""}, recusas);
         EXPECT_EQ(aberto != nullptr, *motivo == '\0') << recusas.texto();
         EXPECT_NE(recusas.texto().find(motivo), std::string::npos) << recusas.texto();
+        EXPECT_EQ(recusas.texto().find('"'), std::string::npos) << recusas.texto(); // no label
         if (!aberto) continue;
         outro = aberto;
         EXPECT_TRUE(aberto->conferir(kCnpj, kAgora, recusas)) << recusas.texto();

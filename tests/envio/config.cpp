@@ -165,6 +165,8 @@ TEST(ConfiguracaoDoEnvio, recusa_o_que_nao_cabe_ou_nao_combina) {
         {"[[produtos]]\nCEST = '1'", "é uma seção"},
         {"[certificado]\narquivo = 'a'\nmodulo = 'b'", "A1"},
         {"[certificado]\nsenha = 'x'", "cabem: arquivo, senha_arquivo"},
+        {"[certificado]\nrotulo = ''\ntoken = '" + std::string(33, 'x') + "'",
+         "[certificado] token: é o rótulo do token"},
         {"[qrcode]\ncsc = 'ABC'", "id_csc"},
         {"[qrcode]\nendereco = 'https://a.b/c?x=1'", "termina em \"?p=\""},
         {"[qrcode]\nendereco = 'https://a.b/" + std::string(120, 'c') + " d'", "começa por http"},

@@ -70,6 +70,7 @@ std::shared_ptr<Modulo> moduloDe(const std::string &arquivo) {
     return modulo;
 }
 
+// Labels are compared and never said: a PIN may have been written in their place.
 std::string_view rotuloDe(const char *rotulo) {
     return rotulo == nullptr ? std::string_view() : rotulo;
 }
@@ -84,7 +85,7 @@ PKCS11_TOKEN *escolherToken(const std::vector<PKCS11_TOKEN *> &tokens, std::stri
                             Recusas &recusas) {
     for (PKCS11_TOKEN *token : tokens)
         if (rotulo.empty() ? temCertificado(token) : rotuloDe(token->label) == rotulo) return token;
-    recusas.juntar("certificado.token", rotulo,
+    recusas.juntar("certificado.token", "",
                    tokens.empty()   ? "nenhum token está inserido"
                    : rotulo.empty() ? "nenhum token inserido tem certificado"
                                     : "não há token inserido com este rótulo");
@@ -106,7 +107,7 @@ bool entrar(PKCS11_TOKEN *token, const Segredo &pin, Recusas &recusas) {
                  "programa do fabricante";
     else if (PKCS11_login(token->slot, 0, pin.texto()) != 0)
         motivo = "o token recusou o PIN: algumas tentativas a mais o bloqueiam";
-    return motivo == nullptr || recusas.juntar("certificado.token", rotuloDe(token->label), motivo);
+    return motivo == nullptr || recusas.juntar("certificado.token", "", motivo);
 }
 
 // Of that label, or the only one; with its certificate.
@@ -120,13 +121,12 @@ PKCS11_KEY *escolherChave(PKCS11_TOKEN *token, std::string_view rotulo, Recusas 
             PKCS11_find_certificate(&chaves[i]) != nullptr)
             achadas.push_back(&chaves[i]);
     if (achadas.size() == 1) return achadas.front();
-    std::string rotulos;
-    for (const PKCS11_KEY *chave : achadas)
-        rotulos += (rotulos.empty() ? "" : ", ") + std::string(rotuloDe(chave->label));
-    recusas.juntar("certificado.rotulo", rotulo.empty() ? std::string_view(rotulos) : rotulo,
-                   achadas.empty() ? "o token não tem chave privada com certificado"
-                                     " (e este rótulo, onde é dito)"
-                                   : "o token tem mais de uma chave: diga o rótulo da que assina");
+    recusas.juntar("certificado.rotulo", "",
+                   achadas.empty()
+                       ? "o token não tem chave privada com certificado"
+                         " (e este rótulo, onde é dito)"
+                       : "o token tem mais de uma chave: diga em rotulo qual assina; o programa "
+                         "do fabricante mostra os rótulos");
     return nullptr;
 }
 
@@ -182,7 +182,7 @@ std::optional<ChaveAberta> abrirToken(const ConfigCertificado &config, const Seg
     aberta.x509.reset(X509_dup(PKCS11_find_certificate(chave)->x509));
     if (aberta.chave) mostrarPrivada(aberta.chave.get());
     if (!aberta.chave || !aberta.x509 || !assinaMesmo(aberta)) {
-        recusas.juntar("certificado.rotulo", config.rotulo,
+        recusas.juntar("certificado.rotulo", "",
                        "a chave do token não assina, ou o certificado não é o dela");
         return {};
     }

@@ -37,8 +37,11 @@ inline constexpr std::array<Chave<ConfigCertificado>, 6> kCertificado{{
     {"arquivo", &ConfigCertificado::arquivo, kCaminho, Especie::kCaminho},
     {"senha_arquivo", &ConfigCertificado::arquivoSenha, kCaminho, Especie::kCaminhoDeSegredo},
     {"modulo", &ConfigCertificado::modulo, kCaminho, Especie::kCaminho},
-    {"rotulo", &ConfigCertificado::rotulo, {texto<1, 255>, "é o rótulo da chave no token"}},
-    {"token", &ConfigCertificado::token, {texto<1, 32>, "é o rótulo do token"}},
+    {"rotulo",
+     &ConfigCertificado::rotulo,
+     {texto<1, 255>, "é o rótulo da chave no token"},
+     Especie::kSegredo},
+    {"token", &ConfigCertificado::token, {texto<1, 32>, "é o rótulo do token"}, Especie::kSegredo},
     {"cadeia", &ConfigCertificado::cadeia, kCaminho, Especie::kCaminho},
 }};
 
