@@ -23,7 +23,7 @@ void conferirImpostos(const ArquivoConfig &config, Relatorio &relatorio);
 
 // Whether the regime (CRT) goes with a group that has a CSOSN, or a CST.
 inline bool regimeServe(std::string_view crt, bool comCsosn) {
-    return (crt == "1") == comCsosn;
+    return (crt == "1" || crt == "4") == comCsosn;
 }
 
 } // namespace zel::aplicativo
