@@ -83,7 +83,7 @@ class Guia(unittest.TestCase):
             for linha in dito.splitlines():
                 if "esquema: confere" not in linha or "ZEL_ESQUEMAS" in os.environ:
                     self.assertIn(linha, visto)
-        self.assertEqual(rodados, 6)
+        self.assertEqual(rodados, 8)
 
     @unittest.skipUnless(TEM_AUTORIDADE, "needs zel-envio, python3-lxml and python3-xmlsec")
     def test_o_dia_do_servico(self):

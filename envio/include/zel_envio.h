@@ -197,8 +197,10 @@ ZEL_ENVIO_API const char *zel_envio_valor(zel_envio *envio, const char *nome);
 
 /* Looks at an NFC-e of layout 4.00, ours or not: signature and digest, key (its parts against the
  * document, check digit, forms of cNF that are refused), QR code, schema where configured, sums,
- * IBS and CBS. ZEL_ENVIO_REPROVADO: zel_envio_detalhe has all that is wrong. With ZEL_ENVIO_OK it
- * says what was looked at and what could not be, a line each. */
+ * IBS and CBS. Of events and inutilizations: signature, Id, key, fields, schema, and the answer
+ * beside them. A consultation is ZEL_ENVIO_ORDEM. ZEL_ENVIO_REPROVADO: zel_envio_detalhe has all
+ * that is wrong. With ZEL_ENVIO_OK it says what was looked at and what could not be, a line each.
+ */
 ZEL_ENVIO_API int zel_envio_verificar(zel_envio *envio);
 
 /* The document that was read as a person reads it: plain text, UTF-8. Codes: ZEL_ENVIO_ARGUMENTO,

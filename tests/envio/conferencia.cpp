@@ -164,25 +164,25 @@ TEST(Conferencia, cada_falta_e_dita_e_so_ela) {
         {{{"<cNF>17102545<", "<cNF>12345678<"}}, "ide/cNF", "897"},
         {{{"<cNF>17102545<", "<cNF>90123456<"}}, "ide/cNF", "897"},
         {{{"<cNF>17102545<", "<cNF>00000042<"}}, "ide/cNF", "897"},
-        {{{"<dhEmi>2026-09", "<dhEmi>2026-10", kDepois}}, "ide/dhEmi", "502"},
+        {{{"<dhEmi>2026-09", "<dhEmi>2026-10", kDepois}}, "ide/dhEmi", "neste lugar"},
         {{{"<UF>RS<", "<UF>SP<"}}, "emit/enderEmit/UF", "35"},
         // Check digits and places.
-        {{{"<CPF>12345678909<", "<CPF>12345678908<"}}, "dest/CPF", "237"},
+        {{{"<CPF>12345678909<", "<CPF>12345678908<"}}, "dest/CPF", "dígito verificador"},
         {{{"<cEAN>7891000315507<", "<cEAN>7891000315508<"}}, "det[1]/prod/cEAN", "611"},
         {{{"<cEANTrib>7891000315507<", "<cEANTrib>78910003155<"}}, "det[1]/prod/cEANTrib", "612"},
         {{{"<cEAN>7891000315507</cEAN>", "<cEAN/>"}}, "det[1]/prod/cEAN", "883"},
         {{{"<cEANTrib>7891000315507</cEANTrib>", ""}}, "det[1]/prod/cEANTrib", "884"},
         {{{"<cMunFG>4314902</cMunFG><tpImp>", "<cMunFG>4314903</cMunFG><tpImp>"}},
          "ide/cMunFG",
-         "270"},
-        {{{"<cMun>4314902<", "<cMun>3550308<"}}, "emit/enderEmit/cMun", "273"},
-        {{{"<tpIntegra>2<", "<tpIntegra>1</tpIntegra><CNPJ>12345678000196</CNPJ><tpIntegra>1<"}},
+         "dígito verificador"},
+        {{{"<cMun>4314902<", "<cMun>3550308<"}}, "emit/enderEmit/cMun", "estado"},
+        {{{"<tpIntegra>2</tpIntegra>", "<tpIntegra>2</tpIntegra><CNPJ>12345678000196</CNPJ>"}},
          "pag/detPag[1]/card/CNPJ",
          "dígito"},
         // Quantities, prices, amounts that are none.
-        {{{"<qCom>2.0000<", "<qCom>3.0000<"}}, "det[1]/prod/vProd", "629"},
-        {{{"<qTrib>2<", "<qTrib>1<"}}, "det[1]/prod/vProd", "630"},
-        {{{"<vUnCom>39.90<", "<vUnCom>39.97<"}}, "det[2]/prod/vProd", "629"},
+        {{{"<qCom>2.0000<", "<qCom>3.0000<"}}, "det[1]/prod/vProd", "são 30.00"},
+        {{{"<qTrib>2<", "<qTrib>1<"}}, "det[1]/prod/vProd", "são 10.00"},
+        {{{"<vUnCom>39.90<", "<vUnCom>39.97<"}}, "det[2]/prod/vProd", "são 13.99"},
         {{{"<vDesc>1.00</vDesc><vOutro>", "<vDesc>1,00</vDesc><vOutro>"}},
          "det[1]/prod/vDesc",
          "duas casas"},
@@ -191,6 +191,13 @@ TEST(Conferencia, cada_falta_e_dita_e_so_ela) {
         {{{"<vTroco>5.57</vTroco>", ""}}, "pag/vTroco", "866"},
         {{{"<vTroco>5.57<", "<vTroco>5.56<"}}, "pag/vTroco", "869"},
         {{{">20.00</vPag>", ">14.43</vPag>"}}, "pag/vTroco", "869"},
+        {{{"<card><tpIntegra>2</tpIntegra></card>", ""}}, "pag/detPag[1]/card/tpIntegra", "PIX"},
+        {{{"<tpIntegra>2</tpIntegra>",
+           "<tpIntegra>1</tpIntegra><CNPJ>12345678000195</CNPJ><tBand>01</tBand>"}},
+         "pag/detPag[1]/card/cAut",
+         "integrado"},
+        {{{"<tPag>01<", "<tPag>90<"}}, "pag/detPag[2]/tPag", "sem pagamento"},
+        {{{"<tPag>01<", "<tPag>99<"}}, "pag/detPag[2]/xPag", "diz o que é"},
         // IBS and CBS of the items.
         {{{"<vBC>13.99<", "<vBC>14.00<"}, {"<vBCIBSCBS>34.16<", "<vBCIBSCBS>34.17<"}},
          "det[1]/imposto/IBSCBS/gIBSCBS/vBC",
@@ -411,14 +418,15 @@ TEST(Conferencia, cada_parte_da_chave_e_a_do_documento) {
         std::string chave = boa;
         chave[lugar] = chave[lugar] == '9' ? '8' : static_cast<char>(chave[lugar] + 1);
         chave[43] = fnCalcula_cDV(chave.substr(0, 43));
-        esperarUma(olhar(documento400({}, true, chave)), std::string("NFe/infNFe/") + campo, "502");
+        esperarUma(olhar(documento400({}, true, chave)), std::string("NFe/infNFe/") + campo,
+                   "neste lugar");
     }
     std::string chave = boa;
     chave[43] = chave[43] == '0' ? '1' : '0';
-    esperarUma(olhar(documento400({}, true, chave)), "NFe/infNFe/@Id", "253");
+    esperarUma(olhar(documento400({}, true, chave)), "NFe/infNFe/@Id", "último dígito");
     esperarUma(olhar(documento400({{"<cDV>" + boa.substr(43), "<cDV>" + chave.substr(43),
                                     Quando::kDepoisDaChave}})),
-               "NFe/infNFe/ide/cDV", "502");
+               "NFe/infNFe/ide/cDV", "neste lugar");
 }
 
 TEST(Conferencia, assinatura_qrcode_e_protocolo_sao_os_do_documento) {
@@ -442,7 +450,7 @@ TEST(Conferencia, assinatura_qrcode_e_protocolo_sao_os_do_documento) {
 
     Documento semQr = documento400();
     semQr.raiz().filho("infNFeSupl").remover();
-    esperarUma(olhar(semQr), "NFe/infNFeSupl/qrCode", "394");
+    esperarUma(olhar(semQr), "NFe/infNFeSupl/qrCode", "falta");
 
     const Documento nfe = documento400();
     const std::string chave = nfe.raiz().filho("infNFe").atributo("Id").substr(3);

@@ -3,6 +3,7 @@
 // the letter, each refusal by its place; and the published schema takes every kind of document.
 #include "Juiz.h"
 #include "Nota.h"
+#include "traducao/Tabela.h"
 
 #include <filesystem>
 #include <fstream>
@@ -313,6 +314,21 @@ TEST(Traducao, grupos_de_imposto_ganham_o_que_a_configuracao_sabe_e_perdem_o_que
     EXPECT_EQ(mista.texto("total/ICMSTot/vNF"), "40.00");
 }
 
+TEST(Traducao, o_cartao_que_o_caixa_conhece_vale_antes_do_configurado) {
+    Configuracao config = cheia();
+    config.pagamentos["03"] = {"", "", "1", "11222333000181", "01", "ABC"};
+    Nota nota;
+    nota.pagamentos[0].first = "03";
+    EXPECT_EQ(traduzir(nota, config).texto("pag/detPag/card"), "11122233300018101ABC");
+    std::string xml = nota.xml();
+    xml.replace(xml.find("</pag>"), 0, "<card><tBand>02</tBand><cAut>R07</cAut></card>");
+    const auto traduzida = traduzirXml(xml, config);
+    EXPECT_EQ(traduzida.texto("pag/detPag/card"), "11122233300018102R07");
+    if (Juiz::unico().ha()) {
+        EXPECT_EQ(Juiz::unico().julgar(*traduzida.documento), "");
+    }
+}
+
 TEST(Traducao, responsavel_tecnico_assina_a_chave_com_o_csrt) {
     Configuracao config;
     config.respTec = {"11222333000181", "Ana", "ana@b.com.br", "5133334444", "01", "SEGREDO", ""};
@@ -415,9 +431,9 @@ TEST(Traducao, o_que_nao_se_traduz_e_recusado_pelo_nome_com_o_remedio) {
         {"pag/vPag", "19.00", "<vPag>20", "<vPag>19"},
         {"pag/xPag", "[pagamentos]", "<tPag>01", "<tPag>99"},
         {"avulsa", "não escreve", "<det", "<avulsa/><det"},
-        {"ide/cMunFG", "271", "<cMunFG>4314902", "<cMunFG>3550308"},
+        {"ide/cMunFG", "de outro estado", "<cMunFG>4314902", "<cMunFG>3550308"},
         {"ide/cMunFG", "IDE\\cMunFG", "<cMunFG>4314902", "<cMunFG>9999999"},
-        {"emit/enderEmit/cMun", "273", "<cMun>4314902", "<cMun>3550308"},
+        {"emit/enderEmit/cMun", "de outro estado", "<cMun>4314902", "<cMun>3550308"},
         {"emit/enderEmit/cMun", "ENDEREMIT\\cMun", "<cMun>4314902", "<cMun>9999999"},
         {"dest/idEstrangeiro", "sem brancos", "<det",
          dest("<idEstrangeiro>AB 123</idEstrangeiro>")},
@@ -438,6 +454,18 @@ TEST(Traducao, o_que_nao_se_traduz_e_recusado_pelo_nome_com_o_remedio) {
          dest("<CPF>12345678909</CPF><enderDest><xBairro>B</xBairro></enderDest>")},
         {"det/imposto/PIS/PISST/vBC", "não pode ser zero", kImposto,
          kImposto + grupo("PIS", grupo("PISST", elementos("vBC=0.00 pPIS=1.65 vPIS=0.33")))},
+        {"transp/modFrete", "ao identificar a transportadora", "<modFrete>9", "<modFrete>7"},
+        {"transp/transporta/CNPJ", "ao identificar a transportadora", "</transp>",
+         "<transporta><CNPJ>1</CNPJ></transporta></transp>"},
+        {"pag/tPag", "configure tPag", "<tPag>01", "<tPag>77"},
+        {"pag/vPag", "ao pagar", "<vPag>20.00", "<vPag>x"},
+        {"pag/vPag", "venda de novo", "<vPag>20", "<vPag>21"},
+        {"pag/card/tBand", "configure tpIntegra", "</pag>", "<card><tBand>1</tBand></card></pag>"},
+        {"pag/card/cAut", "pede CNPJ, tBand e cAut", "</pag>",
+         "<card><tpIntegra>1</tpIntegra></card></pag>"},
+        {"pag/card/x", "tire-o", "</pag>", "<card><x>1</x></card></pag>"},
+        {"infAdic/infCpl", "ao encerrar", "</pag>",
+         "</pag><infAdic><infCpl>&#x20AC;</infCpl></infAdic>"},
         // What no row asks for.
         {"NFe/infNFe[2]", "um infNFe", "</infNFe>", "</infNFe><infNFe versao=\"3.10\"/>"},
         {"NFe/infAvulsa", "nada além", "</infNFe>", "</infNFe><infAvulsa/>"},
@@ -458,6 +486,24 @@ TEST(Traducao, o_que_nao_se_traduz_e_recusado_pelo_nome_com_o_remedio) {
             << remedio << '\n'
             << traduzida.recusas.texto();
     }
+}
+
+namespace {
+
+void esperarRemedio(std::span<const Linha> linhas, const std::string &grupo) {
+    for (const Linha &linha : linhas) {
+        const std::string nome = grupo + '/' + std::string(linha.nome);
+        const bool daqui = linha.presenca == Presenca::kSai || linha.regra != nullptr ||
+                           !linha.fixo.empty() || !linha.soma.empty() || linha.produto != nullptr;
+        EXPECT_TRUE(!linha.filhos.empty() || daqui || !linha.chave.empty()) << nome;
+        esperarRemedio(linha.filhos, nome);
+    }
+}
+
+} // namespace
+
+TEST(Traducao, o_que_o_caixa_da_tem_na_tabela_a_chave_que_o_corrige) {
+    esperarRemedio(tabelaInfNFe(), "infNFe");
 }
 
 TEST(Traducao, um_total_que_nao_e_o_cobrado_diz_de_onde_vem_a_diferenca) {
@@ -532,7 +578,8 @@ TEST(Traducao, de_um_documento_enorme_se_diz_o_bastante_e_logo) {
     nota.vNF = nota.pagamentos[0].second = "19980.00";
     const auto traduzida = traduzir(nota);
     ASSERT_EQ(traduzida.recusas.lista().size(), 1);
-    EXPECT_EQ(traduzida.recusas.texto(), "det: o leiaute 4.00 tem no máximo 990");
+    EXPECT_EQ(traduzida.recusas.texto(),
+              "det: o leiaute 4.00 tem no máximo 990: venda o resto em outro cupom");
     nota.itens.resize(990);
     nota.vNF = nota.pagamentos[0].second = "19800.00";
     EXPECT_EQ(traduzir(nota).texto("total/ICMSTot/vNF"), "19800.00");

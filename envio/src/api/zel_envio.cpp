@@ -45,13 +45,14 @@ int configurar(zel_envio &envio, std::optional<Configuracao> lida) {
 int verificar(zel_envio &envio, Recusas &recusas) {
     Emissao &emissao = envio.emissao;
     if (emissao.lido().tipo == Tipo::kNenhum) return ZEL_ENVIO_ORDEM;
-    if (emissao.lido().tipo != Tipo::kNfce) {
-        recusas.juntar("documento", emissao.lido().documento.raiz().nome(),
-                       "não é uma NFC-e, e só uma se verifica");
+    const std::string raiz(emissao.lido().documento.raiz().nome());
+    if (emissao.lido().tipo == Tipo::kConsulta) {
+        recusas.juntar("documento", raiz, "uma consulta não é assinada: não há o que verificar");
         return ZEL_ENVIO_ORDEM;
     }
+    const bool nfce = emissao.lido().tipo == Tipo::kNfce;
     if (emissao.lido().doCaixa && !emissao.temMensagem()) {
-        recusas.juntar("infNFe/@versao", "3.10",
+        recusas.juntar(nfce ? "infNFe/@versao" : "documento", nfce ? "3.10" : raiz,
                        "é o documento do caixa: traduza-o e assine-o antes de o verificar");
         return ZEL_ENVIO_ORDEM;
     }
@@ -59,7 +60,8 @@ int verificar(zel_envio &envio, Recusas &recusas) {
     const Passo passo = emissao.esquemas(esquemas, recusas);
     if (passo != Passo::kFeito) return static_cast<int>(passo);
     std::vector<std::string> olhado;
-    if (!verificarNfce(emissao.mensagem(), emissao.config(), esquemas.get(), olhado, recusas))
+    const auto olhar = nfce ? verificarNfce : verificarPedido;
+    if (!olhar(emissao.mensagem(), emissao.config(), esquemas.get(), olhado, recusas))
         return ZEL_ENVIO_REPROVADO;
     for (const auto &linha : olhado)
         envio.detalhe += envio.detalhe.empty() ? linha : "\n" + linha;

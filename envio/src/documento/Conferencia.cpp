@@ -11,18 +11,8 @@ namespace zel::envio {
 
 namespace {
 
-using Olhado = std::vector<std::string>;
-
 constexpr std::size_t kMaisDocumentos = 50; // NFe of an enviNFe
 constexpr std::size_t kMaisIrmaos = 1200;   // elements beside each other, det included
-
-// A line for what was looked at: right, or not.
-void anotar(Olhado &olhado, std::string_view parte, bool certo, std::string_view detalhe = {}) {
-    std::string linha(parte);
-    linha += certo ? ": confere" : ": não confere";
-    if (!detalhe.empty()) linha += "; " + std::string(detalhe);
-    olhado.push_back(std::move(linha));
-}
 
 std::vector<No> documentosDe(const Documento &documento) {
     const No raiz = documento.raiz();
@@ -60,36 +50,14 @@ bool servePara(const No &nfe, Recusas &recusas) {
 }
 
 // The certificate signs for the issuer: the first 8 digits of the CNPJ.
-bool conferirTitular(const No &nfe, const std::string &pem, Recusas &recusas) {
+bool conferirTitular(const No &pai, std::string_view autor, const std::string &pem,
+                     Recusas &recusas) {
     constexpr std::size_t kRaiz = 8;
-    const std::string emitente = nfe.texto("infNFe/emit/CNPJ"), titular = cnpjDePem(pem);
-    if (emitente.empty() || titular.substr(0, kRaiz) == emitente.substr(0, kRaiz)) return true;
-    return recusas.juntar(lugarDe(nfe, "Signature"), titular,
-                          "o certificado não é do emitente, " + emitente + " (rejeição 213)");
-}
-
-bool conferirAssinatura(const Documento &documento, const No &nfe, const Configuracao &config,
-                        Olhado &olhado, Recusas &recusas) {
-    if (!nfe.filho("Signature")) {
-        olhado.emplace_back("assinatura: falta");
-        return recusas.juntar(lugarDe(nfe, "Signature"), "", "o documento não está assinado");
-    }
-    std::string pem;
-    bool certo = verificarAssinatura(documento, nfe, pem, recusas);
-    if (certo) {
-        certo = conferirTitular(nfe, pem, recusas);
-        // A moment that is none is refused with the key or the QR code, which have it.
-        const auto emitido = segundosDoMomento(nfe.texto("infNFe/ide/dhEmi")).value_or(0);
-        certo = conferirSignatario(pem, config.certificado, emitido, lugarDe(nfe, "Signature"),
-                                   recusas) &&
-                certo;
-    }
     const std::string titular = cnpjDePem(pem);
-    anotar(olhado, "assinatura", certo, titular.empty() ? "" : "certificado de " + titular);
-    if (config.certificado.cadeia.empty())
-        olhado.emplace_back("emissor do certificado: não foi olhado; configure cadeia em "
-                            "[certificado] de zel-envio.toml");
-    return certo;
+    if (autor.empty() || titular.substr(0, kRaiz) == autor.substr(0, kRaiz)) return true;
+    return recusas.juntar(lugarDe(pai, "Signature"), titular,
+                          "o certificado não é do emitente, " + std::string(autor) +
+                              " (rejeição 213)");
 }
 
 // The content repeats the key: what is wrong with that is not said again.
@@ -98,8 +66,7 @@ void conferirSuplemento(const No &nfe, bool chaveCerta, const Configuracao &conf
     const std::string qrCode = nfe.texto("infNFeSupl/qrCode");
     if (qrCode.empty()) {
         olhado.emplace_back("QR code: falta");
-        recusas.juntar(lugarDe(nfe, "infNFeSupl/qrCode"), "",
-                       "falta: a NFC-e leva o QR code (rejeição 394)");
+        recusas.juntar(lugarDe(nfe, "infNFeSupl/qrCode"), "", "falta: a NFC-e leva o QR code");
         return;
     }
     if (!chaveCerta) {
@@ -137,14 +104,6 @@ void conferirProtocolo(const No &nfe, Olhado &olhado, Recusas &recusas) {
     recusas.juntar(novas);
 }
 
-// Runs a part and notes whether it found something.
-template <class Parte>
-void olhar(Olhado &olhado, std::string_view nome, Recusas &recusas, Parte parte) {
-    const std::size_t antes = recusas.lista().size();
-    parte();
-    anotar(olhado, nome, recusas.lista().size() == antes);
-}
-
 // What the authority would compute of infNFe itself. Whether the key is right.
 bool conferirConteudo(const No &infNFe, const Configuracao &config, Olhado &olhado,
                       Recusas &recusas) {
@@ -169,7 +128,9 @@ bool conferirConteudo(const No &infNFe, const Configuracao &config, Olhado &olha
 
 void conferirUm(const Documento &documento, const No &nfe, const Configuracao &config,
                 Olhado &olhado, Recusas &recusas) {
-    conferirAssinatura(documento, nfe, config, olhado, recusas);
+    conferirAssinatura(documento, nfe,
+                       {nfe.texto("infNFe/emit/CNPJ"), nfe.texto("infNFe/ide/dhEmi")}, config,
+                       olhado, recusas);
     const bool chaveCerta = conferirConteudo(nfe.filho("infNFe"), config, olhado, recusas);
     conferirSuplemento(nfe, chaveCerta, config, olhado, recusas);
     conferirProtocolo(nfe, olhado, recusas);
@@ -177,7 +138,46 @@ void conferirUm(const Documento &documento, const No &nfe, const Configuracao &c
 
 } // namespace
 
+void anotar(Olhado &olhado, std::string_view parte, bool certo, std::string_view detalhe) {
+    std::string linha(parte);
+    linha += certo ? ": confere" : ": não confere";
+    if (!detalhe.empty()) linha += "; " + std::string(detalhe);
+    olhado.push_back(std::move(linha));
+}
+
+bool conferirAssinatura(const Documento &documento, const No &pai, const Autor &autor,
+                        const Configuracao &config, Olhado &olhado, Recusas &recusas) {
+    const std::string lugar = lugarDe(pai, "Signature");
+    if (!pai.filho("Signature")) {
+        olhado.emplace_back("assinatura: falta");
+        return recusas.juntar(lugar, "", "o documento não está assinado");
+    }
+    std::string pem;
+    bool certo = verificarAssinatura(documento, pai, pem, recusas);
+    if (certo) {
+        certo = conferirTitular(pai, autor.cnpj, pem, recusas);
+        // A moment that is none is refused where it stands.
+        const auto emitido = segundosDoMomento(autor.momento).value_or(0);
+        certo = conferirSignatario(pem, config.certificado, emitido, lugar, recusas) && certo;
+    }
+    const std::string titular = cnpjDePem(pem);
+    anotar(olhado, "assinatura", certo, titular.empty() ? "" : "certificado de " + titular);
+    if (config.certificado.cadeia.empty())
+        olhado.emplace_back("emissor do certificado: não foi olhado; configure cadeia em "
+                            "[certificado] de zel-envio.toml");
+    return certo;
+}
+
+void julgarEsquema(const Documento &documento, bool assinado, Esquemas *esquemas, Olhado &olhado,
+                   Recusas &recusas) {
+    if (esquemas == nullptr)
+        olhado.emplace_back("esquema: não foi julgado; configure esquemas em zel-envio.toml");
+    else
+        olhar(olhado, "esquema", recusas, [&] { esquemas->julgar(documento, !assinado, recusas); });
+}
+
 bool conferirParaAssinar(const Documento &nfe, const Configuracao &config, Recusas &recusas) {
+    if (nfe.raiz().nome() != "NFe") return conferirPedidoParaAssinar(nfe, recusas);
     Recusas novas;
     Olhado olhado;
     if (servePara(nfe.raiz(), novas))
@@ -201,10 +201,7 @@ bool verificarNfce(const Documento &documento, const Configuracao &config, Esque
         conferirUm(documento, nfe, config, olhado, novas);
         assinados = assinados && nfe.filho("Signature");
     }
-    if (esquemas == nullptr)
-        olhado.emplace_back("esquema: não foi julgado; configure esquemas em zel-envio.toml");
-    else
-        olhar(olhado, "esquema", novas, [&] { esquemas->julgar(documento, !assinados, novas); });
+    julgarEsquema(documento, assinados, esquemas, olhado, novas);
     recusas.juntar(novas);
     return novas.nenhuma();
 }

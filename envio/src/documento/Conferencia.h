@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Looks at an NFC-e of layout 4.00 that anybody made, and shows documents to people.
+// Looks at what anybody made of layout 4.00, and shows documents to people.
 #pragma once
 
 #include "base/Recusa.h"
@@ -18,7 +18,13 @@ namespace zel::envio {
 bool verificarNfce(const Documento &documento, const Configuracao &config, Esquemas *esquemas,
                    std::vector<std::string> &olhado, Recusas &recusas);
 
-// Whether an NFe that is not signed yet may be: key, numbers, sums, IBS and CBS.
+// The same of the events (envEvento, evento, procEventoNFe) or the inutilization (inutNFe,
+// ProcInutNFe) in a document: signature, Id, key, fields, the answer beside it, schema.
+bool verificarPedido(const Documento &documento, const Configuracao &config, Esquemas *esquemas,
+                     std::vector<std::string> &olhado, Recusas &recusas);
+
+// Whether what is not signed yet may be: key, numbers, sums, IBS and CBS of an NFe; Id and fields
+// of events and inutilizations.
 bool conferirParaAssinar(const Documento &nfe, const Configuracao &config, Recusas &recusas);
 
 // A document as a person reads it, UTF-8, lines of up to 78 characters.

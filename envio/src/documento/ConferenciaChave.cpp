@@ -3,6 +3,7 @@
 #include "comum/ChaveAcesso.h"
 #include "comum/Digitos.h"
 #include "comum/Estados.h"
+#include "comum/Zeros.h"
 #include "documento/ConferenciaPartes.h"
 
 #include <algorithm>
@@ -16,7 +17,7 @@ namespace {
 using Parte = ChaveAcesso::Parte;
 
 // A part of the key and the elements that it repeats, the first one that is there. MOC 7.0, B01 to
-// C02a, rule A03-10.
+// C02a.
 struct ParteDaChave {
     Parte parte;
     std::string_view caminho, ouEste;
@@ -29,15 +30,11 @@ constexpr ParteDaChave kPartes[] = {
     {Parte::kCDV, "ide/cDV", ""},
 };
 
-// Codes that are no random number. NT 2019.001, rule B03-10; equal digits besides.
+// Codes that are no random number (897); equal digits besides.
 constexpr std::string_view kSequencias[] = {
     "12345678", "23456789", "34567890", "45678901", "56789012",
     "67890123", "78901234", "89012345", "90123456", "01234567",
 };
-
-std::string comZeros(const std::string &texto, std::size_t largura) {
-    return texto.size() < largura ? std::string(largura - texto.size(), '0') + texto : texto;
-}
 
 // As the key has it: zeros on the left, and of a moment year and month.
 std::string naForma(Parte parte, const std::string &valor) {
@@ -71,24 +68,24 @@ bool ehMunicipioOuExterior(std::string_view texto) {
 struct Numero {
     std::string_view caminho;
     bool (*serve)(std::string_view);
-    std::string_view rejeicao;
+    std::string_view rejeicao = {};
 };
 constexpr Numero kDoDocumento[] = {
-    {"ide/cMunFG", ehMunicipio, "270"},
-    {"emit/CNPJ", ehCnpj, "207"},
-    {"emit/CPF", ehCpf, "401"},
-    {"emit/enderEmit/cMun", ehMunicipio, "272"},
-    {"dest/CNPJ", ehCnpj, "208"},
-    {"dest/CPF", ehCpf, "237"},
-    {"dest/enderDest/cMun", ehMunicipioOuExterior, "274"},
-    {"transp/transporta/CNPJ", ehCnpj, "542"},
-    {"transp/transporta/CPF", ehCpf, "543"},
-    {"infIntermed/CNPJ", ehCnpj, ""},
-    {"infRespTec/CNPJ", ehCnpj, ""},
+    {"ide/cMunFG", ehMunicipio},
+    {"emit/CNPJ", ehCnpj},
+    {"emit/CPF", ehCpf},
+    {"emit/enderEmit/cMun", ehMunicipio},
+    {"dest/CNPJ", ehCnpj},
+    {"dest/CPF", ehCpf},
+    {"dest/enderDest/cMun", ehMunicipioOuExterior},
+    {"transp/transporta/CNPJ", ehCnpj},
+    {"transp/transporta/CPF", ehCpf},
+    {"infIntermed/CNPJ", ehCnpj},
+    {"infRespTec/CNPJ", ehCnpj},
 };
 constexpr Numero kDoItem[] = {{"prod/cEAN", ehGtinOuSem, "611"},
                               {"prod/cEANTrib", ehGtinOuSem, "612"}};
-constexpr Numero kDoPagamento[] = {{"card/CNPJ", ehCnpj, ""}};
+constexpr Numero kDoPagamento[] = {{"card/CNPJ", ehCnpj}};
 
 template <std::size_t N>
 void conferirDigitos(const No &no, const Numero (&numeros)[N], Recusas &recusas) {
@@ -119,12 +116,10 @@ void conferirEstado(const No &infNFe, Recusas &recusas) {
         recusas.juntar(lugarDe(infNFe, "emit/enderEmit/UF"), UF,
                        "ide/cUF é " + cUF + ", o código de " + UF + " é " +
                            std::string(estado->codigo));
-    for (const auto &[caminho, rejeicao] :
-         {std::pair{"ide/cMunFG", "271"}, std::pair{"emit/enderEmit/cMun", "273"}})
+    for (const char *caminho : {"ide/cMunFG", "emit/enderEmit/cMun"})
         if (const std::string cMun = infNFe.texto(caminho); !cMun.empty() && !cMun.starts_with(cUF))
             recusas.juntar(lugarDe(infNFe, caminho), cMun,
-                           "o município não é do estado de ide/cUF, " + cUF + " (rejeição " +
-                               rejeicao + ')');
+                           "o município não é do estado de ide/cUF, " + cUF);
 }
 
 } // namespace
@@ -139,15 +134,14 @@ bool conferirChave(const No &infNFe, Recusas &recusas) {
     if (!chave->integra())
         certa = recusas.juntar(infNFe.caminho() + "/@Id", id,
                                "o último dígito da chave devia ser " +
-                                   std::string(1, chave->digitoCerto()) + " (rejeição 253)");
+                                   std::string(1, chave->digitoCerto()));
     for (const auto &[parte, caminho, ouEste] : kPartes) {
         const std::string_view este = infNFe.filho(caminho) || ouEste.empty() ? caminho : ouEste;
         const std::string valor = infNFe.texto(este);
         if (naForma(parte, valor) == chave->parte(parte)) continue;
         if (parte == Parte::kCDV && !chave->integra()) continue; // said of the key
         certa = recusas.juntar(lugarDe(infNFe, este), valor,
-                               "a chave tem " + std::string(chave->parte(parte)) +
-                                   " neste lugar (rejeição 502)");
+                               "a chave tem " + std::string(chave->parte(parte)) + " neste lugar");
     }
     return certa;
 }

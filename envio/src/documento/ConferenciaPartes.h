@@ -6,6 +6,8 @@
 #include "base/Decimal.h"
 #include "base/Recusa.h"
 #include "base/Xml.h"
+#include "config/Configuracao.h"
+#include "esquema/Esquema.h"
 
 #include <cstddef>
 #include <set>
@@ -41,6 +43,33 @@ private:
     std::set<const void *> ilegiveis_;
 };
 
+using Olhado = std::vector<std::string>;
+
+// A line for what was looked at: right, or not.
+void anotar(Olhado &olhado, std::string_view parte, bool certo, std::string_view detalhe = {});
+
+// Runs a part and notes whether it found something.
+template <class Parte>
+void olhar(Olhado &olhado, std::string_view nome, Recusas &recusas, Parte parte) {
+    const std::size_t antes = recusas.lista().size();
+    parte();
+    anotar(olhado, nome, recusas.lista().size() == antes);
+}
+
+// Whose a signed element is, and the moment that it says, as it stands there.
+struct Autor {
+    std::string cnpj, momento;
+};
+// The signature below `pai`, its certificate and whether that is the author's.
+bool conferirAssinatura(const Documento &documento, const No &pai, const Autor &autor,
+                        const Configuracao &config, Olhado &olhado, Recusas &recusas);
+
+// Of what is not signed yet and is no NFe.
+bool conferirPedidoParaAssinar(const Documento &documento, Recusas &recusas);
+
+void julgarEsquema(const Documento &documento, bool assinado, Esquemas *esquemas, Olhado &olhado,
+                   Recusas &recusas);
+
 // The nine parts of the key against the document, and its check digit; the forms of cNF that are
 // refused. CNPJ, CPF, GTIN and municipality codes; state against code.
 bool conferirChave(const No &infNFe, Recusas &recusas);
@@ -66,7 +95,6 @@ enum class Itens { kTodos, kProdutos, kServicos };
 struct Soma {
     std::string_view total, item;
     Itens quais;
-    std::string_view regra;
 };
 Centavos somar(const std::vector<No> &itens, const Soma &soma, Valores &valores);
 void conferirSoma(const No &total, const std::vector<No> &itens, const Soma &soma,

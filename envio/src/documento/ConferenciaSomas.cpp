@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "documento/ConferenciaPartes.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <optional>
 
 namespace zel::envio {
@@ -14,47 +16,46 @@ constexpr Centavos kMaiorValor = 999'999'999'999'999; // 13 digits and two decim
 // NT 2025.002 (IS).
 constexpr Itens kTodos = Itens::kTodos, kProdutos = Itens::kProdutos, kServicos = Itens::kServicos;
 constexpr Soma kSomas[] = {
-    {"ICMSTot/vBC", "imposto/ICMS/*/vBC", kTodos, "W03-10, rejeição 531"},
-    {"ICMSTot/vICMS", "imposto/ICMS/*/vICMS", kTodos, "W04-10, rejeição 532"},
-    {"ICMSTot/vICMSDeson", "imposto/ICMS/*/vICMSDeson", kTodos, "W04a-10, rejeição 795"},
-    {"ICMSTot/vFCPUFDest", "imposto/ICMSUFDest/vFCPUFDest", kTodos, "NT 2015.003"},
-    {"ICMSTot/vICMSUFDest", "imposto/ICMSUFDest/vICMSUFDest", kTodos, "NT 2015.003"},
-    {"ICMSTot/vICMSUFRemet", "imposto/ICMSUFDest/vICMSUFRemet", kTodos, "NT 2015.003"},
-    {"ICMSTot/vFCP", "imposto/ICMS/*/vFCP", kTodos, "W04h-10, rejeição 861"},
-    {"ICMSTot/vBCST", "imposto/ICMS/*/vBCST", kTodos, "W05-10, rejeição 533"},
-    {"ICMSTot/vST", "imposto/ICMS/*/vICMSST", kTodos, "W06-10, rejeição 534"},
-    {"ICMSTot/vFCPST", "imposto/ICMS/*/vFCPST", kTodos, "W06a-10, rejeição 862"},
-    {"ICMSTot/vFCPSTRet", "imposto/ICMS/*/vFCPSTRet", kTodos, "W06b-10, rejeição 863"},
-    {"ICMSTot/vICMSMono", "imposto/ICMS/*/vICMSMono", kTodos, "NT 2023.001"},
-    {"ICMSTot/vICMSMonoReten", "imposto/ICMS/*/vICMSMonoReten", kTodos, "NT 2023.001"},
-    {"ICMSTot/vICMSMonoRet", "imposto/ICMS/*/vICMSMonoRet", kTodos, "NT 2023.001"},
-    {"ICMSTot/vProd", "prod/vProd", kProdutos, "W07-10, rejeição 564"},
-    {"ICMSTot/vFrete", "prod/vFrete", kTodos, "W08-10, rejeição 535"},
-    {"ICMSTot/vSeg", "prod/vSeg", kTodos, "W09-10, rejeição 536"},
-    {"ICMSTot/vDesc", "prod/vDesc", kTodos, "W10-10, rejeição 537"},
-    {"ICMSTot/vII", "imposto/II/vII", kTodos, "W11-10, rejeição 601"},
-    {"ICMSTot/vIPI", "imposto/IPI/IPITrib/vIPI", kTodos, "W12-10, rejeição 538"},
-    {"ICMSTot/vIPIDevol", "impostoDevol/IPI/vIPIDevol", kTodos, "W12a-10, rejeição 864"},
-    {"ICMSTot/vPIS", "imposto/PIS/*/vPIS", kProdutos, "W13-10, rejeição 602"},
-    {"ICMSTot/vCOFINS", "imposto/COFINS/*/vCOFINS", kProdutos, "W14-10, rejeição 603"},
-    {"ICMSTot/vOutro", "prod/vOutro", kTodos, "W15-10, rejeição 604"},
-    {"ISSQNtot/vServ", "prod/vProd", kServicos, "W18-10, rejeição 605"},
-    {"ISSQNtot/vBC", "imposto/ISSQN/vBC", kServicos, "W19-10, rejeição 606"},
-    {"ISSQNtot/vISS", "imposto/ISSQN/vISSQN", kServicos, "W20-10, rejeição 607"},
-    {"ISSQNtot/vPIS", "imposto/PIS/*/vPIS", kServicos, "W21-10, rejeição 608"},
-    {"ISSQNtot/vCOFINS", "imposto/COFINS/*/vCOFINS", kServicos, "W22-10, rejeição 609"},
-    {"ISSQNtot/vDeducao", "imposto/ISSQN/vDeducao", kServicos, "W17"},
-    {"ISSQNtot/vOutro", "imposto/ISSQN/vOutro", kServicos, "W17"},
-    {"ISSQNtot/vDescIncond", "imposto/ISSQN/vDescIncond", kServicos, "W17"},
-    {"ISSQNtot/vDescCond", "imposto/ISSQN/vDescCond", kServicos, "W17"},
-    {"ISSQNtot/vISSRet", "imposto/ISSQN/vISSRet", kServicos, "W17"},
-    {"ISTot/vIS", "imposto/IS/vIS", kTodos, "NT 2025.002"},
+    {"ICMSTot/vBC", "imposto/ICMS/*/vBC", kTodos},
+    {"ICMSTot/vICMS", "imposto/ICMS/*/vICMS", kTodos},
+    {"ICMSTot/vICMSDeson", "imposto/ICMS/*/vICMSDeson", kTodos},
+    {"ICMSTot/vFCPUFDest", "imposto/ICMSUFDest/vFCPUFDest", kTodos},
+    {"ICMSTot/vICMSUFDest", "imposto/ICMSUFDest/vICMSUFDest", kTodos},
+    {"ICMSTot/vICMSUFRemet", "imposto/ICMSUFDest/vICMSUFRemet", kTodos},
+    {"ICMSTot/vFCP", "imposto/ICMS/*/vFCP", kTodos},
+    {"ICMSTot/vBCST", "imposto/ICMS/*/vBCST", kTodos},
+    {"ICMSTot/vST", "imposto/ICMS/*/vICMSST", kTodos},
+    {"ICMSTot/vFCPST", "imposto/ICMS/*/vFCPST", kTodos},
+    {"ICMSTot/vFCPSTRet", "imposto/ICMS/*/vFCPSTRet", kTodos},
+    {"ICMSTot/vICMSMono", "imposto/ICMS/*/vICMSMono", kTodos},
+    {"ICMSTot/vICMSMonoReten", "imposto/ICMS/*/vICMSMonoReten", kTodos},
+    {"ICMSTot/vICMSMonoRet", "imposto/ICMS/*/vICMSMonoRet", kTodos},
+    {"ICMSTot/vProd", "prod/vProd", kProdutos},
+    {"ICMSTot/vFrete", "prod/vFrete", kTodos},
+    {"ICMSTot/vSeg", "prod/vSeg", kTodos},
+    {"ICMSTot/vDesc", "prod/vDesc", kTodos},
+    {"ICMSTot/vII", "imposto/II/vII", kTodos},
+    {"ICMSTot/vIPI", "imposto/IPI/IPITrib/vIPI", kTodos},
+    {"ICMSTot/vIPIDevol", "impostoDevol/IPI/vIPIDevol", kTodos},
+    {"ICMSTot/vPIS", "imposto/PIS/*/vPIS", kProdutos},
+    {"ICMSTot/vCOFINS", "imposto/COFINS/*/vCOFINS", kProdutos},
+    {"ICMSTot/vOutro", "prod/vOutro", kTodos},
+    {"ISSQNtot/vServ", "prod/vProd", kServicos},
+    {"ISSQNtot/vBC", "imposto/ISSQN/vBC", kServicos},
+    {"ISSQNtot/vISS", "imposto/ISSQN/vISSQN", kServicos},
+    {"ISSQNtot/vPIS", "imposto/PIS/*/vPIS", kServicos},
+    {"ISSQNtot/vCOFINS", "imposto/COFINS/*/vCOFINS", kServicos},
+    {"ISSQNtot/vDeducao", "imposto/ISSQN/vDeducao", kServicos},
+    {"ISSQNtot/vOutro", "imposto/ISSQN/vOutro", kServicos},
+    {"ISSQNtot/vDescIncond", "imposto/ISSQN/vDescIncond", kServicos},
+    {"ISSQNtot/vDescCond", "imposto/ISSQN/vDescCond", kServicos},
+    {"ISSQNtot/vISSRet", "imposto/ISSQN/vISSRet", kServicos},
+    {"ISTot/vIS", "imposto/IS/vIS", kTodos},
 };
 // Judged where items show it: many programs write the total alone.
-constexpr Soma kTributosAproximados = {"ICMSTot/vTotTrib", "imposto/vTotTrib", kTodos,
-                                       "W16a-10, rejeição 685"};
+constexpr Soma kTributosAproximados = {"ICMSTot/vTotTrib", "imposto/vTotTrib", kTodos};
 
-// vNF, rule W16-10: what of the items is added, or taken off.
+// vNF, rule 610: what of the items is added, or taken off.
 struct Parcela {
     std::string_view item;
     int sinal;
@@ -102,25 +103,44 @@ Centavos valorDaNota(const std::vector<No> &itens, Valores &valores) {
 
 // Quantity times price; the authority lets a cent pass. MOC 7.0, group I.
 struct Produto {
-    std::string_view quantidade, preco, regra;
+    std::string_view quantidade, preco;
 };
 constexpr Produto kProdutosDoItem[] = {
-    {"prod/qCom", "prod/vUnCom", "rejeição 629"},
-    {"prod/qTrib", "prod/vUnTrib", "rejeição 630"},
+    {"prod/qCom", "prod/vUnCom"},
+    {"prod/qTrib", "prod/vUnTrib"},
 };
 
 void conferirProduto(const No &det, Valores &valores) {
     const Centavos vProd = valores.em(det, "prod/vProd");
-    for (const auto &[quantidade, preco, regra] : kProdutosDoItem) {
+    for (const auto &[quantidade, preco] : kProdutosDoItem) {
         const auto quanto = Decimal::ler(det.texto(quantidade));
         const auto aQuanto = Decimal::ler(det.texto(preco));
         const auto produto = quanto && aQuanto ? quanto->vezes(*aQuanto) : std::nullopt;
         if (!produto || std::abs(*produto - vProd) <= 1) continue;
         if (!valores.exigir(det, "prod/vProd", *produto,
                             det.texto(quantidade) + " x " + det.texto(preco) + " são " +
-                                textoDe(*produto) + " (" + std::string(regra) + ')'))
+                                textoDe(*produto)))
             return;
     }
+}
+
+// Group YA: what the form of a payment asks for.
+constexpr std::string_view kSemPagamento = "90", kOutra = "99", kIntegrado = "1";
+constexpr std::string_view kComCartao[] = {"03", "04", "17"};
+
+void conferirForma(const No &detPag, bool comOutras, Valores &valores) {
+    const std::string tPag = detPag.texto("tPag");
+    const auto exigir = [&](std::string_view caminho, const char *motivo) {
+        if (detPag.texto(caminho).empty()) valores.diferir(detPag, caminho, "", motivo);
+    };
+    if (tPag == kSemPagamento && comOutras)
+        valores.diferir(detPag, "tPag", tPag, "é sem pagamento, e há outros pagamentos");
+    if (tPag == kOutra) exigir("xPag", "falta: o pagamento 99 diz o que é");
+    if (std::ranges::find(kComCartao, tPag) != std::end(kComCartao))
+        exigir("card/tpIntegra", "falta: cartão e PIX dizem se são integrados (1) ou não (2)");
+    if (detPag.texto("card/tpIntegra") == kIntegrado)
+        for (const std::string_view nome : {"card/CNPJ", "card/tBand", "card/cAut"})
+            exigir(nome, "falta: um pagamento integrado tem CNPJ, tBand e cAut");
 }
 
 } // namespace
@@ -183,8 +203,7 @@ Centavos somar(const std::vector<No> &itens, const Soma &soma, Valores &valores)
 void conferirSoma(const No &total, const std::vector<No> &itens, const Soma &soma,
                   Valores &valores) {
     const Centavos certo = somar(itens, soma, valores);
-    valores.exigir(total, soma.total, certo,
-                   "os itens somam " + textoDe(certo) + " (" + std::string(soma.regra) + ')');
+    valores.exigir(total, soma.total, certo, "os itens somam " + textoDe(certo));
 }
 
 Centavos conferirSomas(const No &infNFe, const std::vector<No> &itens, Valores &valores) {
@@ -198,17 +217,20 @@ Centavos conferirSomas(const No &infNFe, const std::vector<No> &itens, Valores &
     const Centavos vNF = valorDaNota(itens, valores);
     valores.exigir(total, "ICMSTot/vNF", vNF,
                    "produtos e serviços, menos descontos, mais o que se soma, são " + textoDe(vNF) +
-                       " (W16-10, rejeição 610)");
+                       " (rejeição 610)");
     return vNF;
 }
 
 void conferirPagamentos(const No &infNFe, Centavos vNF, Valores &valores) {
     const No pag = infNFe.filho("pag");
+    const auto pagamentos = primeiros(pag.filhos("detPag"), kMaisPagamentos);
     Centavos pago = 0;
-    for (const No &detPag : primeiros(pag.filhos("detPag"), kMaisPagamentos)) {
-        if (detPag.texto("tPag") == "90") return; // no payment: there is nothing to come to
+    for (const No &detPag : pagamentos) {
+        conferirForma(detPag, pagamentos.size() > 1, valores);
         pago += valores.em(detPag, "vPag");
     }
+    // No payment: there is nothing to come to.
+    if (pagamentos.size() == 1 && pagamentos.front().texto("tPag") == kSemPagamento) return;
     const Centavos troco = valores.em(pag, "vTroco"), sobra = pago - vNF;
     const std::string vPag = "os pagamentos somam " + textoDe(pago);
     if (sobra < 0)

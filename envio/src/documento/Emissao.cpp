@@ -159,8 +159,7 @@ Passo Emissao::assinar(std::int64_t agora, Recusas &recusas) {
             return recusas.juntar("Signature", "", "o documento já está assinado"),
                    Passo::kAssinatura;
         // Somebody else's message: what is wrong in it would be ours once signed.
-        if (!lido_.doCaixa && lido_.tipo == Tipo::kNfce &&
-            !conferirParaAssinar(mensagem, config_, recusas))
+        if (!lido_.doCaixa && !conferirParaAssinar(mensagem, config_, recusas))
             return Passo::kReprovado;
         const auto chave = certificado(recusas);
         if (!chave) return Passo::kCertificado;

@@ -5,6 +5,7 @@
 #include "comum/ChaveAcesso.h"
 #include "comum/Digitos.h"
 #include "comum/Estados.h"
+#include "comum/Zeros.h"
 
 #include <algorithm>
 #include <string>
@@ -15,6 +16,9 @@ namespace zel::envio {
 namespace {
 
 using Parte = ChaveAcesso::Parte;
+
+constexpr const char *kNaoMuda =
+    ", e ela não pode mudar: traduza o documento como o caixa o gravou";
 
 struct ParteDe {
     Parte parte;
@@ -34,11 +38,6 @@ std::string digitosDe(const std::string &texto) {
     return digitos;
 }
 
-std::string comZeros(std::string digitos, std::size_t largura) {
-    if (digitos.size() < largura) digitos.insert(0, largura - digitos.size(), '0');
-    return digitos;
-}
-
 std::string_view semZeros(std::string_view digitos) {
     while (digitos.size() > 1 && digitos.front() == '0')
         digitos.remove_prefix(1);
@@ -50,13 +49,12 @@ void conferirPartes(const No &infNFe, const ChaveAcesso &chave, Recusas &recusas
         const std::string escrito = aparar(infNFe.texto(caminho));
         const std::string naChave(chave.parte(parte));
         if (comZeros(digitosDe(escrito), naChave.size()) != naChave)
-            recusas.juntar(caminho, escrito, "a chave diz " + naChave + ", e ela não pode mudar");
+            recusas.juntar(caminho, escrito, "a chave diz " + naChave + kNaoMuda);
     }
     const std::string dhEmi = aparar(infNFe.texto("ide/dhEmi"));
     const std::string_view AAMM = chave.parte(Parte::kAAMM);
     if (dhEmi.size() >= 7 && dhEmi.substr(2, 2) + dhEmi.substr(5, 2) != AAMM)
-        recusas.juntar("ide/dhEmi", dhEmi,
-                       "a chave diz ano e mês " + std::string(AAMM) + ", e ela não pode mudar");
+        recusas.juntar("ide/dhEmi", dhEmi, "a chave diz ano e mês " + std::string(AAMM) + kNaoMuda);
 }
 
 } // namespace
@@ -78,11 +76,16 @@ std::string conferirChave(const No &infNFe, Recusas &recusas) {
                            ? ChaveAcesso::ler(std::string_view(id).substr(kPrefixo.size()))
                            : std::nullopt;
     if (!chave) {
-        recusas.juntar("infNFe/@Id", id, "não é NFe e os 44 dígitos da chave");
+        recusas.juntar(
+            "infNFe/@Id", id,
+            "não é NFe e os 44 dígitos da chave: traduza o documento como o caixa o gravou");
         return {};
     }
     if (!chave->integra())
-        recusas.juntar("infNFe/@Id", id, "o dígito de controle da chave não confere");
+        recusas.juntar(
+            "infNFe/@Id", id,
+            "o dígito de controle da chave não confere: traduza o documento como o caixa o "
+            "gravou");
     conferirPartes(infNFe, *chave, recusas);
     const std::string cNF = aparar(infNFe.texto("ide/cNF"));
     if (codigoRecusado(cNF, aparar(infNFe.texto("ide/nNF"))))
@@ -98,12 +101,11 @@ std::string conferirChave(const No &infNFe, Recusas &recusas) {
                            ", e IDE\\cUF de ZEL_Framework.xml é " +
                            std::string(chave->parte(Parte::kCUF)));
     for (const auto &[caminho, remedio] :
-         {std::pair{"ide/cMunFG", "(rejeição 271): corrija IDE\\cMunFG de ZEL_Framework.xml"},
-          std::pair{"emit/enderEmit/cMun",
-                    "(rejeição 273): corrija EMIT\\ENDEREMIT\\cMun de ZEL_Framework.xml"}})
+         {std::pair{"ide/cMunFG", ": corrija IDE\\cMunFG de ZEL_Framework.xml"},
+          std::pair{"emit/enderEmit/cMun", ": corrija EMIT\\ENDEREMIT\\cMun de ZEL_Framework.xml"}})
         if (const std::string cMun = aparar(infNFe.texto(caminho));
             ehMunicipio(cMun) && !cMun.starts_with(chave->parte(Parte::kCUF)))
-            recusas.juntar(caminho, cMun, std::string("o município é de outro estado ") + remedio);
+            recusas.juntar(caminho, cMun, std::string("o município é de outro estado") + remedio);
     return std::string(chave->texto());
 }
 

@@ -24,12 +24,14 @@ void conferirAtributos(const No &no, Recusas &recusas) {
                 return um.elemento == no.nome() && um.nome == nome;
             }))
             recusas.juntar(no.caminho() + "/@" + nome, no.atributo(nome),
-                           "este atributo não existe no leiaute 4.00");
+                           "este atributo não existe no leiaute 4.00: tire-o");
 }
 
 void conferirElemento(const No &no, Recusas &recusas) {
     conferirAtributos(no, recusas);
-    if (no.misturado()) recusas.juntar(no.caminho(), no.texto(), "mistura texto e elementos");
+    if (no.misturado())
+        recusas.juntar(no.caminho(), no.texto(),
+                       "mistura texto e elementos: traduza o documento como o caixa o gravou");
 }
 
 // As deep as a document may be.
@@ -39,7 +41,7 @@ void conferirDentro(const No &no, Recusas &recusas) {
         conferirElemento(filho, recusas);
         if (filho.espaco() != no.espaco())
             recusas.juntar(filho.caminho(), filho.espaco(),
-                           "está em outro espaço de nomes que o documento");
+                           "está em outro espaço de nomes que o documento: tire o xmlns daqui");
         else
             conferirDentro(filho, recusas);
     }
@@ -54,7 +56,8 @@ void conferirForma(const No &nfe, Recusas &recusas) {
         if (recusas.lista().size() >= kMaisRecusas) return;
         if (filho.nome() == "infNFeSupl" || filho.nome() == "Signature") continue;
         if (filho.nome() != "infNFe" || !primeiro) {
-            recusas.juntar(filho.caminho(), "", "um documento tem um infNFe, e nada além dele");
+            recusas.juntar(filho.caminho(), "",
+                           "um documento tem um infNFe, e nada além dele: tire o que sobra");
             continue;
         }
         primeiro = false;

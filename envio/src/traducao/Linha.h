@@ -32,6 +32,18 @@ enum class Presenca {
 inline constexpr std::string_view kDaVenda = "o que a aplicação dá ao vender o item";
 inline constexpr std::string_view kDoConsumidor =
     "o que a aplicação dá ao identificar o consumidor";
+inline constexpr std::string_view kDaTransportadora =
+    "o que a aplicação dá ao identificar a transportadora";
+inline constexpr std::string_view kDoTotal = "o que a aplicação dá ao totalizar";
+inline constexpr std::string_view kDoPagamento = "o que a aplicação dá ao pagar";
+inline constexpr std::string_view kDaForma =
+    "a forma com que a aplicação paga, ou configure tPag dela em [pagamentos] de zel-envio.toml";
+inline constexpr std::string_view kDoCartao =
+    "o cartão do pagamento, ou configure tpIntegra, CNPJ, tBand e cAut desta forma em "
+    "[pagamentos] de zel-envio.toml";
+inline constexpr std::string_view kDaMensagem = "o texto que a aplicação dá ao encerrar";
+inline constexpr std::string_view kDoDocumento =
+    "o documento: traduza o que o caixa gravou, sem mudá-lo";
 
 // Which items a sum takes.
 enum class Quais { kTodos, kMercadorias, kServicos };

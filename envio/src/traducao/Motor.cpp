@@ -140,7 +140,8 @@ void escreverRepetidos(const Lugar &acima, const Linha &linha) {
     for (const No &antigo : acima.antigo.filhos(nomesAntigos(linha))) {
         if (++numero > linha.repete) {
             recusar(acima, nomesAntigos(linha), "",
-                    "o leiaute 4.00 tem no máximo " + std::to_string(linha.repete));
+                    "o leiaute 4.00 tem no máximo " + std::to_string(linha.repete) +
+                        ": venda o resto em outro cupom");
             acima.contexto.somasIncertas = true;
             return;
         }
@@ -148,7 +149,7 @@ void escreverRepetidos(const Lugar &acima, const Linha &linha) {
                    : escreverUmGrupo(acima, linha, antigo);
     }
     if (numero == 0 && linha.presenca == Presenca::kExigido)
-        recusar(acima, nomesAntigos(linha), "", "falta");
+        recusar(acima, nomesAntigos(linha), "", comChave("falta", acima, linha));
 }
 
 void escreverGrupo(const Lugar &acima, const Linha &linha) {
@@ -205,14 +206,17 @@ void recusarAlheios(const Lugar &lugar, std::span<const Linha> linhas) {
         if (lugar.contexto.recusas.cheias()) return;
         const Linha *linha = linhaDe(linhas, filho.nome());
         if (linha == nullptr) {
-            recusar(lugar, filho.nome(), filho.texto(),
-                    "o caixa não escreve este elemento, e o leiaute 4.00 não o teria daqui");
+            recusar(
+                lugar, filho.nome(), filho.texto(),
+                "o caixa não escreve este elemento, e o leiaute 4.00 não o teria daqui: tire-o do "
+                "que a aplicação dá");
         } else if (linha->repete == 0 && linha->presenca != Presenca::kSai) {
             if (std::find(vistas.begin(), vistas.end(), linha) != vistas.end())
-                recusar(lugar, filho.nome(), filho.texto(), "está mais de uma vez");
+                recusar(lugar, filho.nome(), filho.texto(), "está mais de uma vez: dê um só");
             vistas.push_back(linha);
             if (linha->filhos.empty() && !filho.filhos().empty())
-                recusar(lugar, filho.nome(), filho.texto(), "é um valor, e tem elementos dentro");
+                recusar(lugar, filho.nome(), filho.texto(),
+                        "é um valor, e tem elementos dentro: corrija o que a aplicação dá");
         }
     }
 }

@@ -12,14 +12,21 @@ namespace zel::envio::regra {
 namespace {
 
 constexpr std::string_view kOutros = "99";
-constexpr std::string_view kComCartao[] = {"03", "04", "17"}; // rule YA04-10
+constexpr std::string_view kComCartao[] = {"03", "04", "17"};
 constexpr std::string_view kIntegrado = "1", kNaoIntegrado = "2";
 
-const ConfigPagamento &configDe(const Lugar &lugar) {
+const ConfigPagamento &configDe(const Lugar &detPag) {
     static const ConfigPagamento kNada;
-    const auto &pagamentos = lugar.contexto.config.pagamentos;
-    const auto achado = pagamentos.find(aparar(lugar.antigo.texto("tPag")));
+    const auto &pagamentos = detPag.contexto.config.pagamentos;
+    const auto achado = pagamentos.find(aparar(detPag.antigo.texto("tPag")));
     return achado == pagamentos.end() ? kNada : achado->second;
+}
+
+// What the till knows of a card stands before what is configured for every sale.
+std::string doCartao(const Lugar &card, std::string_view nome,
+                     std::string ConfigPagamento::*configurado) {
+    std::string doCaixa = aparar(card.antigo.texto(nome));
+    return doCaixa.empty() ? configDe(*card.acima).*configurado : doCaixa;
 }
 
 } // namespace
@@ -53,22 +60,22 @@ Texto vPag(const Lugar &detPag) {
 
 bool comCartao(const Lugar &detPag) {
     const std::string forma = detPag.novo.texto("tPag");
-    return !configDe(detPag).tpIntegra.empty() ||
+    return detPag.antigo.filho("card") || !configDe(detPag).tpIntegra.empty() ||
            std::find(std::begin(kComCartao), std::end(kComCartao), forma) != std::end(kComCartao);
 }
 
 Texto tpIntegra(const Lugar &card) {
-    const ConfigPagamento &config = configDe(card);
-    return config.tpIntegra.empty() ? std::string(kNaoIntegrado) : config.tpIntegra;
+    std::string dito = doCartao(card, "tpIntegra", &ConfigPagamento::tpIntegra);
+    return dito.empty() ? std::string(kNaoIntegrado) : dito;
 }
 Texto cardCNPJ(const Lugar &card) {
-    return configDe(card).CNPJ;
+    return doCartao(card, "CNPJ", &ConfigPagamento::CNPJ);
 }
 Texto tBand(const Lugar &card) {
-    return configDe(card).tBand;
+    return doCartao(card, "tBand", &ConfigPagamento::tBand);
 }
 Texto cAut(const Lugar &card) {
-    return configDe(card).cAut;
+    return doCartao(card, "cAut", &ConfigPagamento::cAut);
 }
 
 void integradoCompleto(const Lugar &card) {
@@ -97,7 +104,8 @@ void conferirPago(const Lugar &pag) {
     pago -= centavosDe(pag.novo.filho("vTroco"));
     if (pago != centavosDe(vNF))
         recusar(pag, "vPag", textoDe(pago),
-                "os pagamentos, sem o troco, não completam vNF, " + vNF.texto());
+                "os pagamentos, sem o troco, não completam vNF, " + vNF.texto() +
+                    ": venda de novo, com pagamentos que somem o total");
 }
 
 } // namespace zel::envio::regra

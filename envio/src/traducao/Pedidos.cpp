@@ -5,9 +5,12 @@
 #include "comum/ChaveAcesso.h"
 #include "comum/Digitos.h"
 #include "comum/Estados.h"
+#include "comum/Zeros.h"
 
 #include <algorithm>
 #include <initializer_list>
+#include <set>
+#include <span>
 
 namespace zel::envio {
 
@@ -23,10 +26,6 @@ struct Elemento {
 void acrescentar(No &no, std::initializer_list<Elemento> elementos) {
     for (const auto &[nome, valor] : elementos)
         no.acrescentar(nome, valor);
-}
-
-std::string comZeros(std::string_view digitos, std::size_t largura) {
-    return std::string(largura - std::min(largura, digitos.size()), '0').append(digitos);
 }
 
 // What a request says, element by element: each question answers with a value that the message can
@@ -93,6 +92,86 @@ private:
     Recusas &recusas_;
 };
 
+// ---- what the till writes, and nothing else ----
+
+// An element of a request, by its path below the root; what is always the same is said here.
+struct ElementoDoPedido {
+    std::string_view caminho, fixo = {};
+};
+constexpr ElementoDoPedido kDoEvento[] = {
+    {"ModeloDocumento", "NFCe"},
+    {"Versao", "1.00"},
+    {"Evento"},
+    {"Evento/NtfCnpjEmissor"},
+    {"Evento/NtfNumero"},
+    {"Evento/NtfSerie"},
+    {"Evento/tpAmb"},
+    {"Evento/ChaAcesso"},
+    {"Evento/EveInf"},
+    {"Evento/EveInf/EveDh"},
+    {"Evento/EveInf/EveFusoHorario"},
+    {"Evento/EveInf/EveTp", "110111"},
+    {"Evento/EveInf/EvenSeq", "1"},
+    {"Evento/EveInf/Evedet"},
+    {"Evento/EveInf/Evedet/EveDesc", "Cancelamento"},
+    {"Evento/EveInf/Evedet/EvenProt"},
+    {"Evento/EveInf/Evedet/EvexJust"},
+};
+constexpr ElementoDoPedido kDaInutilizacao[] = {
+    {"ModeloDocumento", "NFCe"}, {"Versao", "3.10"}, {"CnpjEmissor"}, {"tpAmb"},
+    {"NumeroInicial"},           {"NumeroFinal"},    {"Serie"},       {"Justificativa"},
+};
+constexpr ElementoDoPedido kDaConsulta[] = {
+    {"ModeloDocumento", "NFCe"}, {"Versao", "3.10"},   {"tpAmb"}, {"CnpjEmissor"},
+    {"NumeroInicial"},           {"NumeroFinal"},      {"Serie"}, {"ChaveAcesso"},
+    {"DataEmissaoInicial"},      {"DataEmissaoFinal"}, {"dhUF"},
+};
+
+struct PedidoDoCaixa {
+    std::string_view raiz;
+    std::span<const ElementoDoPedido> elementos;
+};
+constexpr PedidoDoCaixa kPedidos[] = {
+    {"EnvioEvento", kDoEvento}, {"Inutilizacao", kDaInutilizacao}, {"Consulta", kDaConsulta}};
+
+class Forma {
+public:
+    Forma(std::span<const ElementoDoPedido> elementos, Recusas &recusas)
+        : elementos_(elementos), recusas_(recusas) {}
+
+    // What no message would hold is refused by name, never lost in silence.
+    void conferir(const No &pai, const std::string &caminho) {
+        recusarSe(pai.misturado() || !pai.atributos().empty(), pai,
+                  "tem texto ou atributos que o caixa não escreve");
+        std::set<std::string_view> vistos;
+        for (const No &filho : pai.filhos()) {
+            if (recusas_.cheias()) return;
+            const std::string este =
+                caminho + (caminho.empty() ? "" : "/") + std::string(filho.nome());
+            const auto linha = std::ranges::find(elementos_, este, &ElementoDoPedido::caminho);
+            const bool conhecido = linha != elementos_.end();
+            recusarSe(!conhecido || filho.espaco() != pai.espaco(), filho,
+                      "o caixa não escreve este elemento, e o pedido não o teria");
+            if (!conhecido) continue;
+            recusarSe(!vistos.insert(filho.nome()).second, filho, "está mais de uma vez");
+            const std::string valor = aparar(filho.texto());
+            recusarSe(!linha->fixo.empty() && valor != linha->fixo, filho,
+                      "o caixa escreve " + std::string(linha->fixo));
+            conferir(filho, este);
+        }
+    }
+
+private:
+    void recusarSe(bool errado, const No &no, const std::string &motivo) {
+        if (errado)
+            recusas_.juntar(no.caminho(), no.texto(),
+                            motivo + ": peça de novo, e envie o pedido como o caixa o gravou");
+    }
+
+    std::span<const ElementoDoPedido> elementos_;
+    Recusas &recusas_;
+};
+
 // ---- cancellation: Manual de Orientação do Contribuinte 7.0, group "Evento de Cancelamento"; by
 // substitution: Nota Técnica 2018.004 ----
 
@@ -145,26 +224,6 @@ std::string protocolo(Leitor &leitor, const ContextoPedido &contexto) {
     return valor;
 }
 
-// The substitute is an offline document of the same issuer, what it replaces an online one.
-void conferirSubstituta(const ChaveAcesso &chave, const std::string &substituta, Recusas &recusas) {
-    const auto recusar = [&](std::string_view motivo) {
-        recusas.juntar("substituta", substituta, motivo);
-    };
-    const auto lida = ChaveAcesso::ler(substituta);
-    if (!lida || !lida->integra() || lida->parte(Parte::kMod) != "65")
-        return recusar("não é a chave de uma NFC-e: 44 dígitos, o último verificador");
-    if (lida->parte(Parte::kCNPJ) != chave.parte(Parte::kCNPJ) ||
-        lida->parte(Parte::kCUF) != chave.parte(Parte::kCUF))
-        recusar("é de outro emitente do que a cancelada");
-    if (lida->parte(Parte::kSerie) == chave.parte(Parte::kSerie) &&
-        lida->parte(Parte::kNNF) == chave.parte(Parte::kNNF))
-        recusar("tem a série e o número da cancelada: o que a substitui tem outro número");
-    if (lida->parte(Parte::kTpEmis) != "9")
-        recusar("o documento que substitui é emitido offline (tpEmis 9)");
-    if (chave.parte(Parte::kTpEmis) != "1")
-        recusar("só um documento de emissão normal (tpEmis 1) é cancelado por substituição");
-}
-
 void acrescentarDetalhe(No &infEvento, bool substituicao, const ChaveAcesso &chave,
                         std::string_view nProt, std::string_view xJust, const Configuracao &config,
                         const ContextoPedido &contexto) {
@@ -183,11 +242,8 @@ Documento traduzirEvento(Leitor &leitor, const Configuracao &config, const Conte
                          Recusas &recusas) {
     const bool substituicao = !contexto.substituta.empty();
     const std::string tpEvento = substituicao ? "110112" : "110111";
-    const std::string tipoPedido = leitor.texto("Evento/EveInf/EveTp");
-    if (tipoPedido != "110111")
-        leitor.recusar("Evento/EveInf/EveTp", tipoPedido, "só 110111, cancelamento, é conhecido");
-    if (const std::string vez = leitor.texto("Evento/EveInf/EvenSeq"); !vez.empty() && vez != "1")
-        leitor.recusar("Evento/EveInf/EvenSeq", vez, "um documento é cancelado uma vez só: 1");
+    if (leitor.texto("Evento/EveInf/EveTp").empty())
+        leitor.recusar("Evento/EveInf/EveTp", "", "falta: só 110111, cancelamento, é conhecido");
     const std::string tpAmb = leitor.tpAmb("Evento/tpAmb"), quando = momento(leitor),
                       nProt = protocolo(leitor, contexto),
                       xJust = leitor.justificativa("Evento/EveInf/Evedet/EvexJust");
@@ -196,7 +252,7 @@ Documento traduzirEvento(Leitor &leitor, const Configuracao &config, const Conte
     const auto chave = leitor.chave("Evento/ChaAcesso");
     if (!chave) return {};
     conferirNumero(leitor, *chave);
-    if (substituicao) conferirSubstituta(*chave, contexto.substituta, recusas);
+    if (substituicao) conferirSubstituta(*chave, contexto.substituta, "substituta", recusas);
 
     Documento lote = Documento::novo("envEvento", kEspacoNfe);
     lote.raiz().definirAtributo("versao", "1.00");
@@ -228,8 +284,7 @@ Documento traduzirInutilizacao(Leitor &leitor, const Configuracao &config,
                       xJust = leitor.justificativa("Justificativa");
     if (!soDigitos(CNPJ) || CNPJ.size() != 14)
         leitor.recusar("CnpjEmissor", CNPJ, "não é um CNPJ: acerte EMIT\\CNPJ do caixa");
-    if (comZeros(nNFIni, 9) > comZeros(nNFFin, 9))
-        leitor.recusar("NumeroFinal", nNFFin, "vem antes do primeiro número, " + nNFIni);
+    conferirFaixa(nNFIni, nNFFin, "Inutilizacao/NumeroFinal", recusas);
     if (config.cUF.empty())
         recusas.juntar("cUF", "", "o pedido não diz o estado: configure cUF em zel-envio.toml");
     if (!ehData(contexto.data))
@@ -277,11 +332,50 @@ Documento traduzirConsulta(Leitor &leitor) {
 
 } // namespace
 
+void conferirSubstituta(const ChaveAcesso &chave, const std::string &substituta,
+                        std::string_view campo, Recusas &recusas) {
+    const auto recusar = [&](std::string_view motivo) {
+        recusas.juntar(campo, substituta, motivo);
+    };
+    const auto lida = ChaveAcesso::ler(substituta);
+    if (!lida || !lida->integra() || lida->parte(Parte::kMod) != "65")
+        return recusar("não é a chave de uma NFC-e: 44 dígitos, o último verificador");
+    if (lida->parte(Parte::kCNPJ) != chave.parte(Parte::kCNPJ) ||
+        lida->parte(Parte::kCUF) != chave.parte(Parte::kCUF))
+        recusar("é de outro emitente do que a cancelada");
+    if (lida->parte(Parte::kSerie) == chave.parte(Parte::kSerie) &&
+        lida->parte(Parte::kNNF) == chave.parte(Parte::kNNF))
+        recusar("tem a série e o número da cancelada: o que a substitui tem outro número");
+    if (lida->parte(Parte::kTpEmis) != "9")
+        recusar("o documento que substitui é emitido offline (tpEmis 9)");
+    if (chave.parte(Parte::kTpEmis) != "1")
+        recusar("só um documento de emissão normal (tpEmis 1) é cancelado por substituição");
+}
+
+void conferirFaixa(const std::string &nNFIni, const std::string &nNFFin, std::string_view campo,
+                   Recusas &recusas) {
+    constexpr std::size_t kLargura = ChaveAcesso::digitos(Parte::kNNF);
+    constexpr long kMaisNumeros = 10000;
+    const auto numero = [](const std::string &texto) {
+        return soDigitos(texto) && texto.size() <= kLargura ? std::stol(texto) : 0;
+    };
+    const long primeiro = numero(nNFIni), ultimo = numero(nNFFin);
+    if (primeiro == 0 || ultimo == 0) return; // refused where they stand
+    if (ultimo < primeiro)
+        recusas.juntar(campo, nNFFin, "vem antes do primeiro número, " + nNFIni);
+    else if (ultimo - primeiro >= kMaisNumeros)
+        recusas.juntar(campo, nNFFin,
+                       "a faixa desde " + nNFIni +
+                           " passa de 10000 números: peça-a em mais de um pedido");
+}
+
 std::optional<Documento> traduzirPedido(const No &pedido, const Configuracao &config,
                                         const ContextoPedido &contexto, Recusas &recusas) {
     Recusas minhas;
     Leitor leitor(pedido, minhas);
     Documento mensagem;
+    for (const auto &[raiz, elementos] : kPedidos)
+        if (raiz == pedido.nome()) Forma(elementos, minhas).conferir(pedido, "");
     if (pedido.nome() == "EnvioEvento")
         mensagem = traduzirEvento(leitor, config, contexto, minhas);
     else if (pedido.nome() == "Inutilizacao")

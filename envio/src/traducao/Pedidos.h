@@ -6,10 +6,12 @@
 
 #include "base/Recusa.h"
 #include "base/Xml.h"
+#include "comum/ChaveAcesso.h"
 #include "config/Configuracao.h"
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace zel::envio {
 
@@ -25,5 +27,15 @@ struct ContextoPedido {
 // inutilizations come unsigned.
 std::optional<Documento> traduzirPedido(const No &pedido, const Configuracao &config,
                                         const ContextoPedido &contexto, Recusas &recusas);
+
+// Refuses, as `campo`, a key that cannot be that of the document in the place of another: it is an
+// offline one of the same issuer, what it replaces an online one.
+void conferirSubstituta(const ChaveAcesso &chave, const std::string &substituta,
+                        std::string_view campo, Recusas &recusas);
+
+// Refuses a range of numbers whose end comes before its beginning, or that is longer than one
+// inutilization may be. Texts that are no numbers are somebody else's to refuse.
+void conferirFaixa(const std::string &nNFIni, const std::string &nNFFin, std::string_view campo,
+                   Recusas &recusas);
 
 } // namespace zel::envio

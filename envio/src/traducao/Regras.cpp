@@ -24,7 +24,7 @@ constexpr std::string_view kDestHomologacao =
 constexpr std::string_view kSemGtin = "SEM GTIN";
 constexpr std::string_view kNcmServico = "00";
 
-// CST and CSOSN whose goods have a CEST (Convênio ICMS 142/2018; rule N12-40).
+// CST and CSOSN whose goods have a CEST (Convênio ICMS 142/2018).
 constexpr std::array<std::string_view, 10> kComCest{"10",  "30",  "60",  "70",  "90",
                                                     "201", "202", "203", "500", "900"};
 
@@ -42,19 +42,21 @@ std::string situacaoDe(const No &det) {
     return {};
 }
 
-// Rules 611 and 612: a code that is there has a right check digit; 885 and 886: both or none.
+// Rules 611 and 612: a code that is there has a right check digit; both or none.
 regra::Texto umGtin(const Lugar &prod, std::string_view nome, std::string_view outro) {
     std::string codigo = doCaixa(prod, nome);
     const std::string codigoOutro = doCaixa(prod, outro);
     const auto vazio = [](const std::string &um) { return um.empty() || um == kSemGtin; };
     if (vazio(codigo)) {
         if (vazio(codigoOutro)) return std::string(kSemGtin);
-        return recusar(prod, nome, "", "falta, se " + std::string(outro) + " está lá");
+        return recusar(prod, nome, "",
+                       "falta, se " + std::string(outro) + " está lá; corrija " +
+                           std::string(kDaVenda));
     }
     if (!ehGtin(codigo))
         return recusar(prod, nome, codigo,
-                       "não é um GTIN (8, 12, 13 ou 14 dígitos, o último de controle); vazio vira "
-                       "SEM GTIN");
+                       "não é um GTIN (8, 12, 13 ou 14 dígitos, o último de controle): corrija o "
+                       "código, ou deixe-o vazio, que vira SEM GTIN");
     return codigo;
 }
 
@@ -64,11 +66,13 @@ void abrirItem(const Lugar &det) {
     Item &item = *det.item;
     const std::string numero = std::to_string(item.numero);
     if (item.antigo.atributo("nItem") != numero)
-        recusar(det, "@nItem", item.antigo.atributo("nItem"), "os itens não estão em ordem");
+        recusar(det, "@nItem", item.antigo.atributo("nItem"),
+                "os itens não estão em ordem; corrija " + std::string(kDoDocumento));
     item.novo.definirAtributo("nItem", numero);
     const No icms = item.antigo.filho("imposto/ICMS");
     item.servico = static_cast<bool>(item.antigo.filho("imposto/ISSQN"));
-    if (icms && item.servico) recusar(det, "imposto", "", "tem ICMS e ISSQN");
+    if (icms && item.servico)
+        recusar(det, "imposto", "", "tem ICMS e ISSQN: venda de novo, com um dos dois");
     item.produto = produtoDe(det.contexto.config, aparar(item.antigo.texto("prod/cProd")),
                              aparar(item.antigo.texto("prod/NCM")));
 }
@@ -136,7 +140,9 @@ void umDocumento(const Lugar &dest) {
     for (const std::string_view nome : {"CNPJ", "CPF", "idEstrangeiro"})
         quantos += aparar(dest.antigo.texto(nome)).empty() ? 0 : 1;
     if (quantos != 1)
-        recusar(dest, "CPF", "", "o consumidor tem um documento: CPF, CNPJ ou idEstrangeiro");
+        recusar(dest, "CPF", "",
+                "o consumidor tem um documento, CPF, CNPJ ou idEstrangeiro: identifique-o com um "
+                "só");
 }
 
 bool destComCpf(const Lugar &entrega) {
@@ -164,7 +170,8 @@ Texto cMunEntrega(const Lugar &entrega) {
     }
     return recusar(entrega, "cMun", "",
                    "falta o código do município: o caixa não o tem na entrega, e xMun e UF não são "
-                   "os do consumidor nem os da loja");
+                   "os do consumidor nem os da loja: identifique o consumidor com o endereço da "
+                   "entrega");
 }
 
 // ---- prod ----
@@ -180,7 +187,9 @@ Texto NCM(const Lugar &prod) {
     if ((soDigitos(codigo) && codigo.size() == 8) || (codigo == kNcmServico && prod.item->servico))
         return codigo;
     return recusar(prod, "NCM", codigo,
-                   "tem 8 dígitos (rejeições 777 e 778); \"00\" só num serviço");
+
+                   "tem 8 dígitos (rejeições 777 e 778), \"00\" só num serviço; corrija " +
+                       std::string(kDaVenda));
 }
 
 Texto gtin(const Lugar &prod) {

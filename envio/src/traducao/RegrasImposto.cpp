@@ -93,7 +93,7 @@ bool desonerado(const Lugar &icms) {
     return temValor(icms.antigo, "vICMSDeson");
 }
 
-// Rules 590 and 591; CRT 4, of NT 2024.001, is of the Simples Nacional too.
+// CRT 4, of NT 2024.001, is of the Simples Nacional too.
 void situacaoDoRegime(const Lugar &icms) {
     const std::string CRT = aparar(icms.contexto.antiga.texto("emit/CRT"));
     if (CRT.size() != 1 || CRT < "1" || CRT > "4") return; // refused where it stands

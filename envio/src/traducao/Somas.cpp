@@ -13,7 +13,7 @@ bool entra(const No &det, Quais quais) {
     return servico == (quais == Quais::kServicos);
 }
 
-// vNF = the first ones less the others (Manual de Orientação do Contribuinte 7.0, rule W16-10).
+// vNF = the first ones less the others (Manual de Orientação do Contribuinte 7.0, rule 610).
 constexpr std::string_view kSomam[] = {"vProd",  "vST", "vFCPST", "vFrete",   "vSeg",
                                        "vOutro", "vII", "vIPI",   "vIPIDevol"};
 constexpr std::string_view kDiminuem = "vDesc";
@@ -27,6 +27,7 @@ std::string porQueDifere(const No &icmsTot, Centavos cobrado, Centavos vNF) {
         motivo += ", com vST " + vST +
                   ", que o caixa diminui em vez de somar: configure no caixa o ICMS retido antes "
                   "(ICMS60 ou ICMSSN500)";
+    if (vST == "0.00" && vFCPST == "0.00") motivo += ": o total não é o dos itens; venda de novo";
     return motivo;
 }
 
@@ -68,7 +69,8 @@ void conferirCobrado(const Lugar &total) {
         const auto lido = Decimal::ler(doCaixa);
         const auto centavos = lido ? lido->centavos() : std::nullopt;
         if (!centavos) {
-            recusar(total, "ICMSTot/vNF", doCaixa, permitido(kTDec_1302));
+            recusar(total, "ICMSTot/vNF", doCaixa,
+                    permitido(kTDec_1302) + "; corrija " + std::string(kDoDocumento));
             return;
         }
         cobrado = *centavos;

@@ -26,7 +26,7 @@ regra::Texto doRespTec(const Lugar &lugar) {
 // Group B.
 constexpr Linha kIde[]{
     obr("cUF", digitos(2, 2), "B02").no("IDE\\cUF"),
-    obr("cNF", digitos(8, 8), "B03"),
+    obr("cNF", digitos(8, 8), "B03").no("IDE\\cNF"),
     obr("natOp", texto(1, 60), "B04").no("IDE\\natOP"),
     sai("indPag", "B05 of 3.10"),
     obr("mod", umDe("65"), "B06").no("IDE\\Mod"),
@@ -38,7 +38,7 @@ constexpr Linha kIde[]{
     obr("cMunFG", kMunicipioDaLoja, "B12").no("IDE\\cMunFG"),
     obr("tpImp", umDe("0 1 2 3 4 5"), "B21").no("IDE\\tpImp"),
     obr("tpEmis", umDe("1 4 9"), "B22").no("IDE\\tpEmis"),
-    obr("cDV", digitos(1, 1), "B23"),
+    obr("cDV", digitos(1, 1), "B23").no(kDoDocumento),
     obr("tpAmb", umDe("1 2"), "B24").no("CONFIGURACAO\\TipoAmbiente"),
     obr("finNFe", umDe("1 2 3 4"), "B25").no("IDE\\finNfe"),
     obr("indFinal", umDe("0 1"), "B25a").no("IDE\\indFinal"),
@@ -46,9 +46,9 @@ constexpr Linha kIde[]{
     obr("indIntermed", umDe("0 1"), "B25c, NT 2020.006")
         .por(regra::indIntermed)
         .se(regra::naoPresencial),
-    obr("procEmi", umDe("0 1 2 3"), "B26"),
+    obr("procEmi", umDe("0 1 2 3"), "B26").no(kDoDocumento),
     obr("verProc", texto(1, 20), "B27").no("IDE\\verProc"),
-    obr("dhCont", kMomento, "B28").se(regra::emContingencia),
+    obr("dhCont", kMomento, "B28").no("CONFIGURACAO\\TIMEZONESERVIDOR").se(regra::emContingencia),
     obr("xJust", texto(15, 256), "B29").no("IDE\\xJust").se(regra::emContingencia),
 };
 
@@ -63,9 +63,9 @@ constexpr Linha kEnderEmit[]{
     obr("CEP", digitos(8, 8), "C13").no("EMIT\\ENDEREMIT\\CEP"),
 };
 constexpr Linha kEmit[]{
-    obr("CNPJ", kCnpj, "C02, 207").no("EMIT\\CNPJ"),
+    obr("CNPJ", kCnpj, "C02").no("EMIT\\CNPJ"),
     obr("xNome", texto(2, 60), "C03").no("EMIT\\xNome"),
-    grupo("enderEmit", kExigido, kEnderEmit, "C05"),
+    grupo("enderEmit", kExigido, kEnderEmit, "C05").no(kDoDocumento),
     obr("IE", digitos(2, 14), "C17").no("EMIT\\IE"),
     opc("IM", texto(1, 15), "C19").por(regra::IM).se(regra::prestaServico),
     opc("CNAE", digitos(7, 7), "C20").por(regra::CNAE).se(regra::prestaServico),
@@ -84,10 +84,10 @@ constexpr Linha kEnderDest[]{
     opc("CEP", digitos(8, 8), "E13").no(kDoConsumidor),
 };
 constexpr Linha kDest[]{
-    opc("CNPJ", kCnpj, "E02, 208").no(kDoConsumidor),
-    opc("CPF", kCpf, "E03, 237").no(kDoConsumidor),
+    opc("CNPJ", kCnpj, "E02").no(kDoConsumidor),
+    opc("CPF", kCpf, "E03").no(kDoConsumidor),
     opc("idEstrangeiro", kIdEstrangeiro, "E03a").no(kDoConsumidor),
-    opc("xNome", texto(2, 60), "E04, 598").por(regra::xNomeDest),
+    opc("xNome", texto(2, 60), "E04, 598").por(regra::xNomeDest).no(kDoConsumidor),
     grupo("enderDest", kGrupoOpc, kEnderDest, "E05"),
     obr("indIEDest", umDe("1 2 9"), "E16a").no(kDoConsumidor),
     opc("email", texto(1, 60), "E19").no(kDoConsumidor),
@@ -104,42 +104,43 @@ constexpr Linha kEntrega[]{
     obr("UF", kUf, "G09").no(kDoConsumidor),
 };
 
-// Group W. Sums after the rules W03-10 to W16-10 (531 to 610); the till's own are passed over, but
+// Group W. Sums after the rules of group W (vNF: 610); the till's own are passed over, but
 // for what it charged.
 constexpr Quais kMercadorias = Quais::kMercadorias, kServicos = Quais::kServicos;
 constexpr Linha kIcmsTot[]{
-    soma("vBC", "imposto/ICMS/*/vBC", "W03, 531"),
-    soma("vICMS", "imposto/ICMS/*/vICMS", "W04, 532"),
-    soma("vICMSDeson", "imposto/ICMS/*/vICMSDeson", "W04a, 795"),
+    soma("vBC", "imposto/ICMS/*/vBC", "W03"),
+    soma("vICMS", "imposto/ICMS/*/vICMS", "W04"),
+    soma("vICMSDeson", "imposto/ICMS/*/vICMSDeson", "W04a"),
     soma("vFCP", "imposto/ICMS/*/vFCP", "W04h"),
-    soma("vBCST", "imposto/ICMS/*/vBCST", "W05, 533"),
-    soma("vST", "imposto/ICMS/*/vICMSST", "W06, 534"),
+    soma("vBCST", "imposto/ICMS/*/vBCST", "W05"),
+    soma("vST", "imposto/ICMS/*/vICMSST", "W06"),
     soma("vFCPST", "imposto/ICMS/*/vFCPST", "W06a"),
     soma("vFCPSTRet", "imposto/ICMS/*/vFCPSTRet", "W06b"),
-    soma("vProd", "prod/vProd", "W07, 564", kExigido, kMercadorias),
-    soma("vFrete", "prod/vFrete", "W08, 535"),
-    soma("vSeg", "prod/vSeg", "W09, 536"),
-    soma("vDesc", "prod/vDesc", "W10, 537"),
-    soma("vII", "imposto/II/vII", "W11, 601"),
-    soma("vIPI", "imposto/IPI/*/vIPI", "W12, 538"),
+    soma("vProd", "prod/vProd", "W07", kExigido, kMercadorias),
+    soma("vFrete", "prod/vFrete", "W08"),
+    soma("vSeg", "prod/vSeg", "W09"),
+    soma("vDesc", "prod/vDesc", "W10"),
+    soma("vII", "imposto/II/vII", "W11"),
+    soma("vIPI", "imposto/IPI/*/vIPI", "W12"),
     soma("vIPIDevol", "impostoDevol/IPI/vIPIDevol", "W12a"),
-    soma("vPIS", "imposto/PIS/*/vPIS", "W13, 602", kExigido, kMercadorias),
-    soma("vCOFINS", "imposto/COFINS/*/vCOFINS", "W14, 603", kExigido, kMercadorias),
-    soma("vOutro", "prod/vOutro", "W15, 604"),
+    soma("vPIS", "imposto/PIS/*/vPIS", "W13", kExigido, kMercadorias),
+    soma("vCOFINS", "imposto/COFINS/*/vCOFINS", "W14", kExigido, kMercadorias),
+    soma("vOutro", "prod/vOutro", "W15"),
     obr("vNF", kTDec_1302, "W16, 610").por(valorDaNota),
-    soma("vTotTrib", "imposto/vTotTrib", "W16a, 685").se(regra::comTotTrib),
+    soma("vTotTrib", "imposto/vTotTrib", "W16a").se(regra::comTotTrib),
 };
 constexpr Linha kIssqnTot[]{
-    soma("vServ", "prod/vProd", "W18, 605", Presenca::kSemZero, kServicos),
-    soma("vBC", "imposto/ISSQN/vBC", "W19, 606", Presenca::kSemZero),
-    soma("vISS", "imposto/ISSQN/vISSQN", "W20, 607", Presenca::kSemZero),
-    soma("vPIS", "imposto/PIS/*/vPIS", "W21, 608", Presenca::kSemZero, kServicos),
-    soma("vCOFINS", "imposto/COFINS/*/vCOFINS", "W22, 609", Presenca::kSemZero, kServicos),
+    soma("vServ", "prod/vProd", "W18", Presenca::kSemZero, kServicos),
+    soma("vBC", "imposto/ISSQN/vBC", "W19", Presenca::kSemZero),
+    soma("vISS", "imposto/ISSQN/vISSQN", "W20", Presenca::kSemZero),
+    soma("vPIS", "imposto/PIS/*/vPIS", "W21", Presenca::kSemZero, kServicos),
+    soma("vCOFINS", "imposto/COFINS/*/vCOFINS", "W22", Presenca::kSemZero, kServicos),
     obr("dCompet", kLivre, "W22a").por(regra::dCompet),
 };
 constexpr Linha kRetTrib[]{
-    semZero("vRetPIS", "W24"), semZero("vRetCOFINS", "W25"), semZero("vRetCSLL", "W26"),
-    semZero("vIRRF", "W28"),   semZero("vBCRetPrev", "W29"), semZero("vRetPrev", "W30"),
+    semZero("vRetPIS", "W24").no(kDoTotal),    semZero("vRetCOFINS", "W25").no(kDoTotal),
+    semZero("vRetCSLL", "W26").no(kDoTotal),   semZero("vIRRF", "W28").no(kDoTotal),
+    semZero("vBCRetPrev", "W29").no(kDoTotal), semZero("vRetPrev", "W30").no(kDoTotal),
 };
 // NT 2025.002, group W of IBS and CBS: sums of what the items show, credits and deferrals none.
 constexpr Linha kTotIbsUf[]{fixo("vDif", "0.00", "W38"), fixo("vDevTrib", "0.00", "W39"),
@@ -174,39 +175,37 @@ constexpr Linha kTotal[]{
 
 // Group X.
 constexpr Linha kTransporta[]{
-    opc("CNPJ", kCnpj, "X04"),
-    opc("CPF", kCpf, "X05"),
-    opc("xNome", texto(2, 60), "X06"),
-    opc("IE", digitos(2, 14), "X07"),
-    opc("xEnder", texto(1, 60), "X08"),
-    opc("xMun", texto(1, 60), "X09"),
-    opc("UF", kUf, "X10"),
+    opc("CNPJ", kCnpj, "X04").no(kDaTransportadora),
+    opc("CPF", kCpf, "X05").no(kDaTransportadora),
+    opc("xNome", texto(2, 60), "X06").no(kDaTransportadora),
+    opc("IE", digitos(2, 14), "X07").no(kDaTransportadora),
+    opc("xEnder", texto(1, 60), "X08").no(kDaTransportadora),
+    opc("xMun", texto(1, 60), "X09").no(kDaTransportadora),
+    opc("UF", kUf, "X10").no(kDaTransportadora),
 };
 constexpr Linha kTransp[]{
-    obr("modFrete", umDe("0 1 2 3 4 9"), "X02").de("modFrete|modfrete"),
+    obr("modFrete", umDe("0 1 2 3 4 9"), "X02").de("modFrete|modfrete").no(kDaTransportadora),
     grupo("transporta", kGrupoOpc, kTransporta, "X03"),
 };
 
 // Group YA: one `pag` with all payments.
 constexpr Linha kCard[]{
-    obr("tpIntegra", umDe("1 2"), "YA04a").por(regra::tpIntegra),
-    opc("CNPJ", kCnpj, "YA05").por(regra::cardCNPJ),
-    opc("tBand", digitos(2, 2), "YA06").por(regra::tBand),
-    opc("cAut", texto(1, 128), "YA07").por(regra::cAut),
+    obr("tpIntegra", umDe("1 2"), "YA04a").por(regra::tpIntegra).no(kDoCartao),
+    opc("CNPJ", kCnpj, "YA05").por(regra::cardCNPJ).no(kDoCartao),
+    opc("tBand", digitos(2, 2), "YA06").por(regra::tBand).no(kDoCartao),
+    opc("cAut", texto(1, 128), "YA07").por(regra::cAut).no(kDoCartao),
 };
 constexpr Linha kDetPag[]{
     obr("tPag", umDe("01 02 03 04 05 10 11 12 13 15 16 17 18 19 20 21 22 90 99"),
         "YA02, IT 2024.002")
-        .por(regra::tPag),
+        .por(regra::tPag)
+        .no(kDaForma),
     obr("xPag", texto(2, 60), "YA02a, NT 2020.006").por(regra::xPag).se(regra::outraForma),
-    obr("vPag", kTDec_1302, "YA03").por(regra::vPag),
-    grupo("card", kExigido, kCard, "YA04")
-        .de(".")
-        .se(regra::comCartao)
-        .conferido(regra::integradoCompleto),
+    obr("vPag", kTDec_1302, "YA03").por(regra::vPag).no(kDoPagamento),
+    grupo("card", kExigido, kCard, "YA04").se(regra::comCartao).conferido(regra::integradoCompleto),
 };
 constexpr Linha kPag[]{
-    grupo("detPag", kExigido, kDetPag, "YA01a").de("pag").repetido(100),
+    grupo("detPag", kExigido, kDetPag, "YA01a").de("pag").no(kDoPagamento).repetido(100),
     obr("vTroco", kTDec_1302, "YA09").por(regra::vTroco).se(regra::comTroco),
 };
 
@@ -216,8 +215,8 @@ constexpr Linha kInfIntermed[]{
     obr("idCadIntTran", texto(2, 60), "YB03").por(daConfig<&Configuracao::intermediadorId>),
 };
 constexpr Linha kInfAdic[]{
-    opc("infAdFisco", texto(1, 2000), "Z02"),
-    opc("infCpl", texto(1, 5000), "Z03"),
+    opc("infAdFisco", texto(1, 2000), "Z02").no(kDaMensagem),
+    opc("infCpl", texto(1, 5000), "Z03").no(kDaMensagem),
 };
 constexpr Linha kCsrt[]{
     obr("idCSRT", digitos(2, 2), "ZD08").por(doRespTec<&ConfigRespTec::idCSRT>),
@@ -232,13 +231,13 @@ constexpr Linha kInfRespTec[]{
 };
 
 constexpr Linha kInfNFe[]{
-    grupo("ide", kExigido, kIde, "B01").conferido(regra::contingenciaComTipo),
-    grupo("emit", kExigido, kEmit, "C01"),
+    grupo("ide", kExigido, kIde, "B01").no(kDoDocumento).conferido(regra::contingenciaComTipo),
+    grupo("emit", kExigido, kEmit, "C01").no(kDoDocumento),
     grupo("dest", kGrupoOpc, kDest, "E01").conferido(regra::umDocumento),
     grupo("entrega", kGrupoOpc, kEntrega, "G01"),
-    grupo("det", kExigido, kDet, "H01").repetido(990, true),
-    grupo("total", kExigido, kTotal, "W01").conferido(conferirCobrado),
-    grupo("transp", kExigido, kTransp, "X01"),
+    grupo("det", kExigido, kDet, "H01").no(kDaVenda).repetido(990, true),
+    grupo("total", kExigido, kTotal, "W01").no(kDoDocumento).conferido(conferirCobrado),
+    grupo("transp", kExigido, kTransp, "X01").no(kDaTransportadora),
     grupo("pag", kExigido, kPag, "YA01").de(".").conferido(regra::conferirPago),
     grupo("infIntermed", kExigido, kInfIntermed, "YB01").de(".").se(regra::comIntermediador),
     grupo("infAdic", kGrupoOpc, kInfAdic, "Z01"),

@@ -14,9 +14,9 @@ using P = ConfigProduto;
 inline constexpr Linha kProd[]{
     obr("cProd", texto(1, 60), "I02").no(kDaVenda),
     obr("cEAN", kLivre, "I03").por(regra::gtin),
-    obr("xProd", texto(1, 120), "I04, 373").por(regra::xProd),
+    obr("xProd", texto(1, 120), "I04, 373").por(regra::xProd).no(kDaVenda),
     obr("NCM", digitos(2, 8), "I05, 777, 778").por(regra::NCM),
-    opc("CEST", digitos(7, 7), "I05c, N12-40").por(regra::CEST),
+    opc("CEST", digitos(7, 7), "I05c").por(regra::CEST),
     opc("indEscala", umDe("S N"), "I05d").configurado(&P::indEscala).se(regra::temCest),
     obr("CNPJFab", kCnpj, "I05e").configurado(&P::CNPJFab).se(regra::semEscala),
     opc("cBenef", texto(8, 10), "I05f, NT 2019.001").configurado(&P::cBenef),
@@ -173,7 +173,7 @@ inline constexpr Linha kIbsCbs[]{
 };
 
 inline constexpr Linha kImposto[]{
-    opc("vTotTrib", kTDec_1302, "M02"),
+    opc("vTotTrib", kTDec_1302, "M02").no(kDaVenda),
     grupo("ICMS", Presenca::kExigido, kIcms, "N01")
         .se(regra::mercadoria)
         .no("IMPOSTO\\ICMS, onde Orig escolhe o grupo")
@@ -193,9 +193,9 @@ inline constexpr Linha kImposto[]{
 };
 
 inline constexpr Linha kDet[]{
-    grupo("prod", Presenca::kExigido, kProd, "I01"),
-    grupo("imposto", Presenca::kExigido, kImposto, "M01"),
-    opc("infAdProd", texto(1, 500), "V01"),
+    grupo("prod", Presenca::kExigido, kProd, "I01").no(kDaVenda),
+    grupo("imposto", Presenca::kExigido, kImposto, "M01").no(kDaVenda),
+    opc("infAdProd", texto(1, 500), "V01").no(kDaVenda),
 };
 
 } // namespace zel::envio::tabela
