@@ -36,7 +36,7 @@ def passo(selecao, tudo):
 
 
 def contar(o_que, quantos):
-    print(f"[ falhas ] {o_que} {quantos}", flush=True)
+    print(f"\n[ falhas ] {o_que} {quantos}", flush=True)  # a line of its own beside unittest's
 
 
 class ComLoja(unittest.TestCase):
@@ -229,9 +229,9 @@ class Mortes(ComLoja):
     def test_do_servico_em_cada_chamada(self):
         """Killed before the n-th call that changes the disk or touches the network; what it leaves is
         there while the next one lives and dies."""
-        loja, mortes, documentos = self.loja(limite=2), 0, 0
+        loja, mortes, documentos = self.loja(limite=2), collections.Counter(), 0
         for caminho in CAMINHOS:
-            for n in range(1, 1000, passo(60, 1)):
+            for n in range(1, 1000, passo(60, 3 if caminho else 1)):
                 loja.comandar("limpar", *[c for c in caminho if c != "reemitir"])
                 ultimo = int(loja.caixas[0].vender()[0][25:34])
                 if "reemitir" in caminho:
@@ -242,8 +242,7 @@ class Mortes(ComLoja):
                 esperar(lambda: servico.poll() is not None or self.no_fim(loja, ultimo), 60)
                 if servico.poll() is None:
                     break
-                mortes += 1
-                contar(f"mortes do serviço, o documento {loja.ultimo_estado()}", 1)
+                mortes[loja.ultimo_estado()] += 1
             loja.parar(signal.SIGKILL)
         loja.comandar("limpar")
         loja.servir()
@@ -251,7 +250,10 @@ class Mortes(ComLoja):
         sem_nota = {n for n, in loja.fichas("numero", "estado IN ('recusado', 'retirado')")}
         self.numeros = {(1, n): "autorizado" for n in range(1, ultimo + 1) if n not in sem_nota}
         self.conferir(loja, documentos)
-        self.assertGreater(mortes, 3)
+        for estado, quantas in mortes.items():
+            contar(f"mortes do serviço, o documento {estado}", quantas)
+        self.assertGreater(mortes.total(), 0)
+        self.assertLessEqual({e[0] for e in ESTADOS} if passo(60, 3) <= 3 else set(), set(mortes))
 
     @staticmethod
     def no_fim(loja, numero):
@@ -272,7 +274,7 @@ class Mortes(ComLoja):
                 mortes += 1
                 contar(f"mortes do caixa, o documento {loja.ultimo_estado()}", 1)
         caixa.fechar()
-        self.assertGreater(mortes, 2)
+        self.assertGreater(mortes, 0)
         caixa = loja.abrir_caixa(0)
         loja.servir()
         for i in range(passo(2, 30)):  # the authority, at any moment
@@ -288,7 +290,7 @@ class Mortes(ComLoja):
 
 
 class Cortes(ComLoja):
-    def test_a_linha_cortada_em_cada_byte(self):
+    def test_a_linha_cortada(self):
         """In the bytes of TLS, from the first of the handshake on, in both directions, while consumers
         wait at several tills; then the line is good."""
         caixas = 8 if TUDO else 2
@@ -297,7 +299,7 @@ class Cortes(ComLoja):
         configs = [loja.escrever_config(caixas, f"corte{i}.toml", c.porta) for i, c in enumerate(cortes)]
         self.assertEqual(self.jornada(loja, config=configs[0])[0], OK)
         onde = [(s, n) for s, total in cortes[0].passados.items()
-                for n in {0, *range(total - 40, 0, -passo(4000, 1))}]
+                for n in {0, *range(total - 40, 0, -passo(4000, 5))}]
         vistos = []
 
         def atender(i):
