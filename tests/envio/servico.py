@@ -177,11 +177,10 @@ class Cenarios(ComLoja):
 # Where the service dies: the state, what the authority is told, what the queue says beside it, and what
 # becomes of the number. "traduzido" is passed through within one change of the queue: nobody dies there.
 ESTADOS = [("achado", [], "1", "autorizado"), ("assinado", ["ajuste linha=fora"], "motivo <> ''", "autorizado"),
-           ("enviado", ["ordem nunca"], "1", "autorizado"),
-           ("perguntar", ["ordem servico=Autorizacao4 resposta-perdida", "ordem servico=Consulta vezes=9 resposta-perdida"],
-            "1", "autorizado"),
+           ("enviado", ["ordem numero={} nunca"], "1", "autorizado"),
+           ("perguntar", ["ordem numero={} vezes=9 resposta-perdida"], "1", "autorizado"),
            ("respondido", [], "motivo <> ''", "autorizado"), ("entregue", [], "1", "autorizado"),
-           ("recusado", ["ordem cstat:778"], "1", None), ("retirado", [], "1", None)]
+           ("recusado", ["ordem numero={} cstat:778"], "1", None), ("retirado", [], "1", None)]
 # What leads through all of them, for those who die at any call.
 CAMINHOS = [[], ["ordem servico=Autorizacao4 resposta-perdida"], ["ordem cstat:778"], ["reemitir"]][:None if TUDO else 1]
 
@@ -192,9 +191,9 @@ class Mortes(ComLoja):
         loja, ultimo = self.loja(limite=8), 0
         for estado, ordens, e_mais, fim in ESTADOS:
             self.estorvar(loja, estado, True)
-            loja.comandar("limpar", "ajuste linha=boa", *ordens)
-            loja.caixas[0].vender()
             ultimo += 1
+            loja.comandar("limpar", "ajuste linha=boa", *[o.format(ultimo) for o in ordens])
+            loja.caixas[0].vender()
             onde = f"numero = {ultimo} AND estado = '{estado}' AND {e_mais}"
             if fim:
                 self.numeros[1, ultimo] = fim
