@@ -124,10 +124,10 @@ TEST(Rede, o_que_fez_o_outro_lado_decide_se_a_mensagem_pode_ter_chegado) {
          {.recusar = X509_V_ERR_CERT_HAS_EXPIRED, .maior = TLS1_2_VERSION},
          kCertificado,
          "recusou"},
-        {"de outro nome", {.resposta = http(kSoap)}, kCertificado, "nome", 4000, "outro.com.br"},
+        {"de outro nome", {.resposta = http(kSoap)}, kNaoEnviado, "nome", 4000, "outro.com.br"},
         {"sem confiança",
          {.resposta = http(kSoap)},
-         kCertificado,
+         kNaoEnviado,
          "confiança",
          4000,
          "localhost",
@@ -238,7 +238,7 @@ TEST(Rede, sem_servidor_sem_certificado_ou_sem_https_nada_sai) {
     const ServidorTls servidor({});
     Rede rede({.autoridades = pasta.em("nao-ha.pem")}, certificado());
     const Retorno retorno = rede.pedir({servidor.endereco(), "x", "y", "<a/>"}, milliseconds(2000));
-    EXPECT_EQ(static_cast<int>(retorno.chegada), static_cast<int>(Chegada::kCertificado));
+    EXPECT_EQ(static_cast<int>(retorno.chegada), static_cast<int>(Chegada::kNaoEnviado));
     EXPECT_NE(retorno.motivo.find("autoridades"), retorno.motivo.npos) << retorno.motivo;
 }
 

@@ -38,8 +38,8 @@ constexpr std::array<int, 8> kAlertas{SSL3_AD_BAD_CERTIFICATE,     SSL3_AD_UNSUP
                                       SSL3_AD_CERTIFICATE_UNKNOWN, TLS1_AD_UNKNOWN_CA,
                                       TLS1_AD_ACCESS_DENIED,       TLS13_AD_CERTIFICATE_REQUIRED};
 
-// What curl ends with, and why that is. What `certificado` does not hold for is decided by whether
-// the message was begun to be sent.
+// What curl ends with, and why that is; `certificado`: it is ours. Where it is not, whether the
+// message was begun to be sent decides: theirs may be renewed, or the clock put right, at any time.
 struct Fim {
     CURLcode codigo;
     bool certificado;
@@ -61,13 +61,13 @@ constexpr Fim kFins[] = {
     {CURLE_GOT_NOTHING, false, "o servidor fechou a conexão sem responder"},
     {CURLE_PARTIAL_FILE, false, "a resposta veio pela metade"},
     {CURLE_WRITE_ERROR, false, "a resposta é maior do que uma resposta pode ser"},
-    {CURLE_PEER_FAILED_VERIFICATION, true,
+    {CURLE_PEER_FAILED_VERIFICATION, false,
      "o certificado do servidor não é de confiança ou é de outro nome: confira o endereço, o "
      "relógio e, em zel-envio.toml, [rede] autoridades"},
-    {CURLE_SSL_CACERT_BADFILE, true,
+    {CURLE_SSL_CACERT_BADFILE, false,
      "o arquivo de [rede] autoridades, em zel-envio.toml, não pode ser lido"},
-    {CURLE_SSL_ISSUER_ERROR, true, "o emissor do certificado do servidor não é de confiança"},
-    {CURLE_SSL_INVALIDCERTSTATUS, true, "o certificado do servidor foi revogado"},
+    {CURLE_SSL_ISSUER_ERROR, false, "o emissor do certificado do servidor não é de confiança"},
+    {CURLE_SSL_INVALIDCERTSTATUS, false, "o certificado do servidor foi revogado"},
     {CURLE_SSL_CERTPROBLEM, true, "o nosso certificado ou a sua chave não pôde ser usado"},
     {CURLE_SSL_CLIENTCERT, true, "o servidor da SEFAZ recusou o nosso certificado"},
 };

@@ -17,9 +17,10 @@ struct Remessa {
 
 enum class Chegada {
     kResposta,    // an answer came whole: `corpo` is the element within nfeResultMsg
-    kNaoEnviado,  // no byte of the message can have reached it: name, connection, TLS
+    kNaoEnviado,  // no byte of the message can have reached it: name, connection, TLS, their
+                  // certificate
     kSemResposta, // it went out, or a part of it, and nothing usable came back: it may be there
-    kCertificado, // the authority refuses ours, ours cannot be used, or theirs is not to be trusted
+    kCertificado, // the authority refuses our certificate, or it cannot be used
 };
 
 struct Retorno {
