@@ -65,11 +65,20 @@ private:
         return ordem.size() == 3 && std::all_of(ordem.begin(), ordem.end(), ehDigito);
     }
 
-    std::string protocolo(const std::string &chave, const Livro &livro) const {
+    // A number belongs to one key: CNPJ, model, series and number are what the two share.
+    std::string outraDoNumero(const std::string &chave) const {
+        const auto outra = std::find_if(notas.begin(), notas.end(), [&](const auto &nota) {
+            return nota.first != chave && nota.first.substr(6, 28) == chave.substr(6, 28);
+        });
+        return outra == notas.end() ? "" : outra->first;
+    }
+
+    std::string protocolo(const std::string &chave, const Livro &livro,
+                          const std::string &motivo = "Autorizado") const {
         return "<protNFe versao=\"4.00\"><infProt><tpAmb>2</tpAmb><chNFe>" + chave +
                "</chNFe><dhRecbto>2026-09-21T12:00:01-03:00</dhRecbto><nProt>" + livro.protocolo +
                "</nProt><digVal>" + livro.digest + "</digVal><cStat>" + livro.situacao +
-               "</cStat><xMotivo>Autorizado</xMotivo></infProt></protNFe>";
+               "</cStat><xMotivo>" + motivo + "</xMotivo></infProt></protNFe>";
     }
 
     std::string responder(const No &raiz, const std::string &texto, const std::string &ordem) {
@@ -104,6 +113,10 @@ private:
             return resposta("retEnviNFe", estado(ordem)); // of the lot
         livro.digest = raiz.procurar("DigestValue").texto();
         livro.protocolo = "14326000000" + std::to_string(1000 + notas.size());
+        if (const std::string outra = outraDoNumero(chave); !outra.empty())
+            return resposta("retEnviNFe",
+                            estado("104") + protocolo(chave, {"", "", livro.digest, "539", ""},
+                                                      "Duplicidade [chNFe: " + outra + "]"));
         const bool nova = !notas.contains(chave);
         Livro dita = livro;
         dita.situacao = ehCodigo(ordem) ? ordem : nova ? "100" : "204";

@@ -362,6 +362,53 @@ TEST(Substituicoes, o_mesmo_numero_offline_retira_a_que_nao_saiu) {
     EXPECT_EQ(loja.sefaz.notas.size(), 1U);
 }
 
+// The number is there with another key: what became of that one is known before anything is said.
+TEST(Substituicoes, o_numero_que_e_de_outra_nota_se_resolve_pela_outra) {
+    const struct {
+        const char *nome;
+        std::deque<std::string> ordens; // of the first one; then of the second
+        int vezes;                      // how far the first one goes before
+        const char *dito;
+        std::size_t consultas;
+    } kCasos[] = {
+        {"autorizada e entregue", {}, 9, "vale aquela", 0},
+        {"ainda sem resposta", {"resposta-perdida"}, 1, "vale aquela", 1},
+        {"retirada, e esta la", {"sem-conexao"}, 1, "vale aquela", 1},
+        {"retirada, e se nega", {"sem-conexao", "107", ""}, 1, "", 0},
+        {"alheia", {}, 0, "não está nesta fila: autorizada", 1},
+        {"alheia, e a linha cai", {"", "sem-conexao"}, 0, "não está nesta fila: autorizada", 2},
+    };
+    for (const auto &caso : kCasos) {
+        SCOPED_TRACE(caso.nome);
+        Loja loja;
+        const Nota velha = nota("42"), nova = nota("42", "9");
+        loja.sefaz.ordens = caso.ordens;
+        const bool alheia = caso.vezes == 0, nega = *caso.dito == 0;
+        if (nega) loja.sefaz.ordens.insert(loja.sefaz.ordens.end(), 20, "217");
+        const auto primeira = alheia ? 0 : loja.achar(velha.xml());
+        loja.andar(caso.vezes);
+        if (loja.sefaz.notas.empty()) { // another program sent it
+            std::string motivo;
+            const auto lida = Documento::ler(loja.fila->mensagem(primeira), motivo);
+            loja.sefaz.notas[velha.chave()] = {
+                "", "143260000000001", lida ? lida->raiz().procurar("DigestValue").texto() : "",
+                "100", ""};
+        }
+        const auto segunda = loja.achar(nova.xml());
+        loja.andar();
+        EXPECT_EQ(loja.fila->ficha(segunda)->estado, Estado::kRecusado);
+        const std::string retorno = loja.retorno(nova.chave());
+        EXPECT_NE(retorno.find(velha.chave()), std::string::npos) << retorno;
+        EXPECT_NE(retorno.find(caso.dito), std::string::npos) << retorno;
+        EXPECT_EQ(loja.sefaz.notas.size(), 1U);
+        if (nega) continue;
+        EXPECT_EQ(loja.sefaz.quantos("consSitNFe"), caso.consultas);
+        EXPECT_TRUE(alheia || loja.fila->ficha(primeira)->cStat == 100);
+        // A sale without a document of its own is a person's.
+        EXPECT_EQ(loja.fila->procurar({.precisaDeAlguem = true}).empty(), !alheia);
+    }
+}
+
 // ---- requests ----
 
 std::string cancelamento(const std::string &chave, const std::string &protocolo = {}) {

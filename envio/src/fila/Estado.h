@@ -19,7 +19,9 @@ enum class Estado {
     kRespondido, // the authority's answer is in the queue
     kEntregue,   // kept as the law asks, and the return is written for the till: the end
     kRecusado,   // the translation or the authority refuses it: a person has to look; the end
-    kRetirado,   // its till took it back before a byte went out, or another replaces it; the end
+    // Its till took it back before a byte went out, or another replaces it: the end, unless the
+    // till sends it again after all, or the authority turns out to have it.
+    kRetirado,
 };
 
 struct NomeEstado {
@@ -44,7 +46,7 @@ struct Passagem {
     Estado de, para;
 };
 
-inline constexpr std::array<Passagem, 17> kPassagens{{
+inline constexpr std::array<Passagem, 20> kPassagens{{
     {Estado::kAchado, Estado::kTraduzido},
     {Estado::kAchado, Estado::kRecusado},
     {Estado::kAchado, Estado::kRetirado},
@@ -62,6 +64,9 @@ inline constexpr std::array<Passagem, 17> kPassagens{{
     {Estado::kPerguntar, Estado::kRetirado}, // asked, unknown, and another replaces it
     {Estado::kRespondido, Estado::kEntregue},
     {Estado::kRespondido, Estado::kRecusado},
+    {Estado::kRetirado, Estado::kAchado}, // sent again by its till: unsigned, or the signed bytes
+    {Estado::kRetirado, Estado::kAssinado},
+    {Estado::kRetirado, Estado::kPerguntar}, // the authority names it
 }};
 
 constexpr bool passa(Estado de, Estado para) {
@@ -74,8 +79,8 @@ constexpr std::string_view nomeDe(Estado estado) {
 }
 
 constexpr bool acabou(Estado estado) {
-    return std::none_of(kPassagens.begin(), kPassagens.end(),
-                        [&](const Passagem &p) { return p.de == estado; });
+    return estado == Estado::kEntregue || estado == Estado::kRecusado ||
+           estado == Estado::kRetirado;
 }
 
 } // namespace zel::envio

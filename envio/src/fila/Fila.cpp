@@ -89,8 +89,8 @@ bool aplicar(Banco &banco, const Passo &passo, const Mudanca &mudanca, bool &fal
     if (passo.de != passo.para) colunas.push_back({"estado", para});
     if (acabou(passo.para))
         colunas.push_back({"proximo", Valor()});
-    else if (mudanca.proximo)
-        colunas.push_back({"proximo", *mudanca.proximo});
+    else if (mudanca.proximo || acabou(passo.de))
+        colunas.push_back({"proximo", mudanca.proximo.value_or(0)});
     std::string sql = "UPDATE documento SET mudado = ?";
     for (const Coluna &coluna : colunas)
         sql += std::string(", ") + coluna.nome + " = ?";

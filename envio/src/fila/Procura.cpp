@@ -64,11 +64,16 @@ constexpr std::string_view kNaVez =
     "WHERE n.chave = d.chave AND n.tipo = 1 AND (n.proximo <= ?2 OR n.proximo > ?3) "
     "AND (n.proximo, n.id) > (d.proximo, d.id))) ORDER BY d.proximo, d.id LIMIT ?4";
 
-// Documents that took a refused one's place: the same number issued again or inutilized, or the
-// same request once more.
+// Documents that took a refused one's place: the same number issued again or inutilized, another
+// that says so, or the same request once more. Whose number was another's already (6) was replaced
+// by that one when both are of one sale.
 constexpr std::string_view kPrecisaDeAlguem =
     "((d.estado = 'recusado' AND NOT EXISTS (SELECT 1 FROM documento n WHERE d.tipo = 1 "
     "AND n.cnpj = d.cnpj AND n.tpAmb = d.tpAmb AND n.serie = d.serie AND n.numero = d.numero "
+    "AND n.tipo = 1 AND n.estado = 'entregue' AND (d.desfecho <> 6 OR (n.caixa = d.caixa "
+    "AND n.total = d.total AND n.consumidor = d.consumidor AND n.tpEmis <> d.tpEmis))) "
+    "AND NOT EXISTS (SELECT 1 FROM documento n INDEXED BY documento_substitui "
+    "WHERE d.tipo = 1 AND d.chave <> '' AND n.substitui <> '' AND n.substitui = d.chave "
     "AND n.tipo = 1 AND n.estado = 'entregue') "
     "AND NOT EXISTS (SELECT 1 FROM documento n INDEXED BY documento_faixa "
     "WHERE d.tipo = 1 AND n.tipo = 3 "

@@ -171,8 +171,14 @@ bool Fluxo::perguntarDepois(const Ficha &ficha, Momento pausa, const std::string
 
 // ---- the end ----
 
-bool Fluxo::entregar(const Ficha &ficha) {
+bool Fluxo::entregar(const Ficha &respondida) {
     Recusas recusas;
+    Ficha ficha = respondida;
+    if (ficha.tipo == Tipo::kNfce && ficha.desfecho == Desfecho::kOutraChave) {
+        const auto motivo = outraDoNumero(ficha);
+        if (!motivo) return false;
+        ficha.motivo = *motivo;
+    }
     const std::string mensagem = meios_.fila.mensagem(ficha.id),
                       elemento = meios_.fila.elemento(ficha.id);
     std::string guardado;
@@ -186,7 +192,7 @@ bool Fluxo::entregar(const Ficha &ficha) {
     const Estado fim = encerra(ficha.tipo, ficha.desfecho) ? Estado::kEntregue : Estado::kRecusado;
     // In one piece: whoever died in between would leave two sales for one.
     Fila::Transacao transacao(meios_.fila);
-    if (!mudar(ficha, fim, {})) return false;
+    if (!mudar(ficha, fim, {.motivo = ficha.motivo})) return false;
     if (fim == Estado::kEntregue && ficha.tipo == Tipo::kNfce) cancelarSubstituida(ficha);
     if (!transacao.confirmar(recusas))
         return adiar(ficha, meios_.relogio.agora() + kMinuto, recusas.texto());

@@ -77,6 +77,9 @@ private:
     bool perguntado(const Ficha &ficha, Resposta resposta);
     bool nossoEvento(const Ficha &ficha, const Resposta &resposta);
     bool naoConsta(const Ficha &ficha);
+    std::optional<std::string> outraDoNumero(const Ficha &ficha);
+    std::optional<std::string> outraDaFila(const Ficha &ficha, const Ficha &outra);
+    std::optional<std::string> outraAlheia(const Ficha &ficha, const std::string &chave);
     bool parar(const Ficha &ficha, const std::string &motivo);
     bool parada(const Ficha &ficha);
     void cancelarSubstituida(const Ficha &ficha);

@@ -23,6 +23,8 @@ constexpr std::string_view kCadastroConsumidor =
     "confira com o consumidor o documento informado e emita de novo";
 constexpr std::string_view kNumeroGasto =
     "não imprima: o número está gasto, não se cancela nem se inutiliza; chame o contador";
+constexpr std::string_view kDeOutraNota =
+    "o número é de outra nota: se é a mesma venda, vale aquela; se não, venda com outro número";
 constexpr std::string_view kSemPrazo =
     "a nota continua valendo: combine com o contador a devolução ou o estorno";
 constexpr std::string_view kSuporte = "chame o suporte do sistema: a mensagem saiu fora do leiaute";
@@ -138,11 +140,9 @@ constexpr LinhaResposta kTabela[] = {
     {516, kRecusado, kSuporte},
     {532, kRecusado, kTotais},
     {535, kRecusado, kTotais},
-    {539, kOutraChave,
-     "o número já é de outra nota: ela é consultada; venda de novo, com outro número"},
+    {539, kOutraChave, kDeOutraNota},
     {556, kRecusado, "acerte IDE\\tpEmis do caixa para 9 antes de emitir em contingência"},
-    {562, kOutraChave,
-     "o número já é de outra nota: ela é consultada; venda de novo, com outro número"},
+    {562, kOutraChave, kDeOutraNota},
     {563, kJaInutilizado, ""},
     {564, kRecusado, kTotais},
     {573, kJaEsta, "nada a fazer: o evento já foi registrado, e a nota é consultada"},

@@ -57,18 +57,6 @@ std::string motivoDe(const No &no) {
     return motivo;
 }
 
-// "Duplicidade de NF-e, com diferença na Chave de Acesso [chNFe:3526...][nRec:...]", with blanks
-// or without. Empty when it names no key that holds together.
-std::string chaveCitada(std::string_view motivo) {
-    constexpr std::string_view kMarca = "chNFe:";
-    const std::size_t marca = motivo.find(kMarca);
-    if (marca == motivo.npos) return {};
-    const std::size_t inicio = motivo.find_first_not_of(' ', marca + kMarca.size());
-    if (inicio == motivo.npos) return {};
-    const auto chave = ChaveAcesso::ler(motivo.substr(inicio, ChaveAcesso::kDigitos));
-    return chave && chave->integra() ? std::string(chave->texto()) : std::string();
-}
-
 // "ID" and the fields that an inutilization's Id is made of; of a refusal some may be missing.
 bool ehDaFaixa(const No &infInut, std::string_view id) {
     const struct {
@@ -183,6 +171,18 @@ std::string_view falta(Servico servico, const Niveis &niveis, const Resposta &re
 }
 
 } // namespace
+
+// "Duplicidade de NF-e, com diferença na Chave de Acesso [chNFe:3526...][nRec:...]", with blanks
+// or without.
+std::string chaveCitada(std::string_view motivo) {
+    constexpr std::string_view kMarca = "chNFe:";
+    const std::size_t marca = motivo.find(kMarca);
+    if (marca == motivo.npos) return {};
+    const std::size_t inicio = motivo.find_first_not_of(' ', marca + kMarca.size());
+    if (inicio == motivo.npos) return {};
+    const auto chave = ChaveAcesso::ler(motivo.substr(inicio, ChaveAcesso::kDigitos));
+    return chave && chave->integra() ? std::string(chave->texto()) : std::string();
+}
 
 std::optional<Resposta> lerResposta(Servico servico, std::string_view corpo, std::string_view id,
                                     Recusas &recusas) {

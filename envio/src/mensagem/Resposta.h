@@ -69,6 +69,9 @@ struct Resposta {
 std::optional<Resposta> lerResposta(Servico servico, std::string_view corpo, std::string_view id,
                                     Recusas &recusas);
 
+// The key that an xMotivo names, "[chNFe:3526...]": empty when it names none that holds together.
+std::string chaveCitada(std::string_view xMotivo);
+
 // nfeProc, procEventoNFe or ProcInutNFe (so the schema spells it): the signed element as it was
 // sent and the answer's, byte for byte. `mensagem`: NFe, envEvento or inutNFe. Empty when the two
 // are not of one kind.
