@@ -213,6 +213,16 @@ class Venda(Caixa):
         trocas = [l for l in self.em_json("envio", "procurar") if l["substitui"]]
         self.assertEqual(trocas[0]["substitui"][25:34].lstrip("0"), "4")
 
+    def test_com_o_envio_parado_a_venda_fica_e_sai_depois(self):
+        (self.pasta / "senha").write_text("outra\n")
+        feita = self.vender("--transmitir", "--impressora", self.pasta / "papel", codigo=1)
+        self.assertEqual((feita["resultado"], feita["chave"][34]), ("parado", "9"))
+        self.assertIn("zel envio continuar", feita["motivo"])
+        self.assertFalse((self.pasta / "papel").exists())
+        (self.pasta / "senha").write_text("ensaio\n")
+        self.zel("envio", "continuar")
+        self.assertEqual(self.esperar_entrega(feita["chave"])["desfecho"], "autorizado")
+
     def test_o_que_se_sabe_antes_nao_vende(self):
         (self.caixa / "zel-envio.toml").rename(self.caixa / "outra.toml")
         for opcoes, dito in (((), "zel documento config"), (("--esperar", "0"), "--esperar"),

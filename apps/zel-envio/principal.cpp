@@ -158,8 +158,10 @@ int servir(const std::string &arquivo) {
     const bool assina = conferirCertificado(oficina, recusas);
     auto fila = Fila::abrir(filaDe(config), recusas);
     if (!fila) return recusar(recusas);
-    fila->anotar(kAnotacaoParada, assina ? "" : recusas.texto());
-    if (!assina) dizer("envio parado: " + recusas.texto());
+    if (assina)
+        continuar(*fila);
+    else
+        fila->anotar(kAnotacaoParada, recusas.texto()), dizer("envio parado: " + recusas.texto());
     Linha linha(config.fila.porMinuto);
     const Relogio relogio;
     Relato relato(dizer);

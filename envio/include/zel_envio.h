@@ -53,12 +53,17 @@ enum {
     ZEL_ENVIO_ESQUEMA = -8,      /* the published schemas refuse the message */
     ZEL_ENVIO_REPROVADO = -9,    /* something in the document is wrong: key, sums, signature... */
     ZEL_ENVIO_ORDEM = -10,       /* nothing was read or made yet for this to work on */
-    ZEL_ENVIO_RECUSADO = -11,    /* the authority refuses the document: the detail says why */
+    /* The authority refuses the document, or its till took it back and another one has its place:
+     * the detail says why, or which one and what became of it. It is not issued again as it is. */
+    ZEL_ENVIO_RECUSADO = -11,
     /* No answer came: the document may be there, and the queue asks on. Its number must not be used
      * again: the till issues an offline document under the next one (kind 3). */
     ZEL_ENVIO_SEM_RESPOSTA = -12,
     /* Certainly nothing went out. An NFC-e issued online was taken out of the queue: the till may
-     * issue the same number offline (kinds 4 and 5). Everything else stays in the queue. */
+     * issue the same number offline (kinds 4 and 5), or hand the same bytes over again later.
+     * Everything else stays in the queue. Where the certificate is refused or cannot be used this
+     * comes at once, the detail begins with "envio parado", and nothing is signed: an offline
+     * document waits without a receipt until zel_envio_continuar. */
     ZEL_ENVIO_NAO_ENVIADO = -13,
     ZEL_ENVIO_FILA = -14 /* the queue's file cannot be used */
 };
@@ -135,7 +140,9 @@ ZEL_ENVIO_API int zel_envio_mensagem(zel_envio *envio, char **bytes, size_t *tam
  * that one is asked for, and cancelled by substitution if it was authorized after all. With
  * ZEL_ENVIO_OK the answer is in zel_envio_resposta, the message in zel_envio_valor,
  * zel_envio_verificar and zel_envio_impressao, and the till's directory of returns has it too. The
- * same bytes of the same till are one document, however often they are handed over. Codes:
+ * same bytes of the same till are one document, however often they are handed over; what was taken
+ * back goes its way again, unless another has its place. A line that is known to be down is asked
+ * for two seconds at most whether it is back. Codes:
  * ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_ORDEM, ZEL_ENVIO_RECUSADO, ZEL_ENVIO_SEM_RESPOSTA,
  * ZEL_ENVIO_NAO_ENVIADO, ZEL_ENVIO_FILA, ZEL_ENVIO_MEMORIA. */
 ZEL_ENVIO_API int zel_envio_transmitir(zel_envio *envio, const char *caixa, const char *substitui,

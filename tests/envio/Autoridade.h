@@ -28,8 +28,10 @@ public:
     };
     std::map<std::string, Livro> notas; // by key
     std::vector<std::string> pedidos;   // names of the messages' roots, in order
+    std::chrono::milliseconds limite{}; // of the last one
 
-    Retorno pedir(const Remessa &remessa, std::chrono::milliseconds) override {
+    Retorno pedir(const Remessa &remessa, std::chrono::milliseconds ate) override {
+        limite = ate;
         std::string ordem;
         if (!ordens.empty()) {
             ordem = ordens.front();

@@ -537,5 +537,53 @@ TEST(Transmissoes, o_caixa_ouve_o_que_vale) {
     }
 }
 
+Transmitido transmitirNota(Loja &loja, const Nota &nota, int prazo = 5000) {
+    Recusas recusas;
+    auto achado = acharEm(nota.xml(), recusas);
+    achado->caixa = loja.caixa();
+    loja.linha.respondeu("43/2"); // another process each time
+    return transmitir(loja.meios(), *achado, Milissegundos(prazo), recusas);
+}
+
+// Behind the one who waited for nothing stands a queue of others.
+TEST(Transmissoes, quem_acha_a_linha_caida_nao_espera_por_ela) {
+    Loja loja;
+    loja.sefaz.ordens = {"pedido-perdido", "sem-conexao", "107"};
+    EXPECT_EQ(transmitirNota(loja, nota("42"), 300).espera, Espera::kSemResposta);
+    EXPECT_EQ(transmitirNota(loja, nota("43")).espera, Espera::kNaoEnviado);
+    EXPECT_EQ(loja.sefaz.quantos("enviNFe"), 1U);
+    EXPECT_LE(loja.sefaz.limite, Milissegundos(2000));
+    EXPECT_EQ(transmitirNota(loja, nota("44")).espera, Espera::kFeito); // it is back
+    EXPECT_EQ(transmitirNota(loja, nota("45")).espera, Espera::kFeito);
+    EXPECT_EQ(loja.sefaz.quantos("consStatServ"), 2U);
+}
+
+TEST(Transmissoes, a_retirada_vai_de_novo_se_nada_tomou_o_seu_lugar) {
+    for (const bool parada : {false, true}) { // taken back with its signed bytes, or before them
+        SCOPED_TRACE(parada);
+        Loja loja;
+        if (parada)
+            loja.fila->anotar(kAnotacaoParada, "certificado vencido");
+        else
+            loja.sefaz.ordens = {"sem-conexao", "sem-conexao"};
+        EXPECT_EQ(transmitirNota(loja, nota("42")).espera, Espera::kNaoEnviado);
+        const auto deNovo = transmitirNota(loja, nota("42"));
+        EXPECT_EQ(deNovo.espera, Espera::kNaoEnviado);
+        EXPECT_EQ(deNovo.ficha.motivo.find("envio parado") != std::string::npos, parada);
+        const auto offline = transmitirNota(loja, nota("43", "9"), 0);
+        EXPECT_EQ(offline.mensagem.empty(), parada);
+        continuar(*loja.fila);
+        loja.achar(nota("42", "9").xml());
+        const auto outra = transmitirNota(loja, nota("42"));
+        EXPECT_EQ(outra.espera, Espera::kRecusado);
+        EXPECT_NE(outra.ficha.motivo.find(nota("42", "9").chave()), std::string::npos);
+        EXPECT_EQ(transmitirNota(loja, nota("43", "9")).espera, Espera::kFeito);
+    }
+    Loja loja;
+    loja.sefaz.ordens = {"sem-conexao"};
+    transmitirNota(loja, nota("42"));
+    EXPECT_EQ(transmitirNota(loja, nota("42")).espera, Espera::kFeito);
+}
+
 } // namespace
 } // namespace zel::envio

@@ -120,6 +120,20 @@ VendaTransmitida vendidaOffline(const Argumentos &argumentos, const std::string 
     return venda;
 }
 
+// The certificate keeps everything back: unsigned there is no receipt that would hold.
+VendaTransmitida vendidaSemCupom(const Argumentos &argumentos, const Transmissao &feita) {
+    VendaTransmitida venda{kComAvisos, "parado", {{"motivo", "Motivo", porqueDe(feita)}}};
+    avisar(venda,
+           juntar({"não há cupom: o documento está na fila, sem assinatura, e sai depois de ",
+                   comando(argumentos, "envio continuar"), "; então se imprime do retorno"}));
+    return venda;
+}
+
+bool semAssinatura(const Transmissao &feita) {
+    return feita.fim == FimDoEnvio::kNaoEnviado &&
+           (feita.estado == "achado" || feita.estado == "traduzido");
+}
+
 VendaTransmitida respondida(const Argumentos &argumentos, const std::string &diretorio,
                             const Transmissao &feita) {
     VendaTransmitida venda{saidaDe(feita), resultadoDe(feita), linhasDaResposta(feita)};
@@ -143,6 +157,7 @@ VendaTransmitida porOffline(const Argumentos &argumentos, const std::string &dir
     if (feita.fim == FimDoEnvio::kFeito || feita.fim == FimDoEnvio::kRecusado)
         return respondida(argumentos, diretorio, feita);
     if (feita.fim == FimDoEnvio::kFalhou) return naoTransmitida(argumentos, diretorio, feita);
+    if (semAssinatura(feita)) return vendidaSemCupom(argumentos, feita);
     return vendidaOffline(argumentos, diretorio, feita, porqueDe(primeira));
 }
 
@@ -180,6 +195,7 @@ VendaTransmitida transmitirVenda(const Argumentos &argumentos, const std::string
     case FimDoEnvio::kSemResposta:
     case FimDoEnvio::kNaoEnviado:
         // A receipt that was begun offline is what it is.
+        if (ehOffline(feita) && semAssinatura(feita)) return vendidaSemCupom(argumentos, feita);
         if (ehOffline(feita)) return vendidaOffline(argumentos, diretorio, feita, porqueDe(feita));
         return porOffline(argumentos, diretorio, feita);
     case FimDoEnvio::kFalhou:

@@ -20,7 +20,7 @@ bool prepararTransmissao(const Argumentos &argumentos, const std::string &direto
 
 struct VendaTransmitida {
     Saida saida = kComErros;
-    std::string resultado; // "autorizado", "offline", "recusado"...
+    std::string resultado; // "autorizado", "offline", "parado", "recusado"...
     std::vector<Linha> linhas;
 };
 

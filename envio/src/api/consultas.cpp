@@ -171,7 +171,7 @@ int zel_envio_exportar(zel_envio *envio, const char *mes, const char *arquivo, s
 
 int zel_envio_continuar(zel_envio *envio) {
     return naFila(envio, [&](Fila &fila, Recusas &recusas) {
-        fila.anotar(kAnotacaoParada, "");
+        continuar(fila);
         const std::string falha = fila.falha();
         if (falha.empty()) return int{ZEL_ENVIO_OK};
         return recusas.juntar("fila", "", falha), int{ZEL_ENVIO_FILA};

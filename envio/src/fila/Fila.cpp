@@ -243,6 +243,14 @@ bool Fila::adiar(std::int64_t id, Estado em, const Mudanca &mudanca, Momento ago
     return falhou && dentro_->recusar(recusas);
 }
 
+void Fila::adiantar(std::string_view inicioDoMotivo) {
+    if (!Comando(dentro_->banco, "UPDATE documento SET proximo = 0 WHERE proximo IS NOT NULL "
+                                 "AND estado <> 'enviado' AND substr(motivo, 1, length(?1)) = ?1")
+             .dar(inicioDoMotivo)
+             .fazer())
+        dentro_->anotarFalha();
+}
+
 // What the next answer would say again is not worth waiting for the disk.
 void Fila::verServico(const ServicoVisto &visto) {
     Banco &banco = dentro_->banco;

@@ -133,6 +133,9 @@ public:
     // The same state, other members: the next try and why. No step.
     bool adiar(std::int64_t id, Estado em, const Mudanca &mudanca, Momento agora, Recusas &recusas);
 
+    // What waits, and says why in a text with that beginning, is due at once.
+    void adiantar(std::string_view inicioDoMotivo);
+
     // Transactions around several calls; nested ones are part of the outer one. Undone unless
     // confirmed, an inner one by itself.
     class Transacao {

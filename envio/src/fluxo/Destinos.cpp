@@ -10,6 +10,8 @@ namespace zel::envio {
 
 namespace {
 
+constexpr std::string_view kEnvioParado = "envio parado: ";
+
 struct Destino {
     Tipo tipo;
     Servico servico;
@@ -52,6 +54,15 @@ std::string pastaDe(const Configuracao &config, const std::string &dita, std::st
 }
 
 } // namespace
+
+std::string textoDaParada(const std::string &motivo) {
+    return std::string(kEnvioParado) + motivo + "; resolva e diga: zel envio continuar";
+}
+
+void continuar(Fila &fila) {
+    fila.anotar(kAnotacaoParada, "");
+    fila.adiantar(kEnvioParado);
+}
 
 std::string filaDe(const Configuracao &config) {
     return pastaDe(config, config.fila.diretorio, "fila/");

@@ -17,6 +17,11 @@ namespace zel::envio {
 // While this annotation of the queue says something, nothing is signed or sent.
 inline constexpr std::string_view kAnotacaoParada = "parada";
 
+// What is said of a document that waits for its end.
+std::string textoDaParada(const std::string &motivo);
+// Ends it: what waited for that is due at once.
+void continuar(Fila &fila);
+
 // Directories, with their "/".
 std::string filaDe(const Configuracao &config);
 std::string guardadosDe(const Configuracao &config);

@@ -19,6 +19,8 @@ constexpr int kMaisPassos = 12;
 // How much longer than a request may last another process waits before it takes the request for
 // one whose sender died.
 constexpr Momento kFolga = 15 * kSegundo;
+// So long a line that was down is asked for while somebody stands there.
+constexpr Milissegundos kSondagem{2000};
 // So often a stopped queue is looked at again.
 constexpr Momento kPausaDaParada = kMinuto;
 
@@ -73,11 +75,12 @@ bool Fluxo::passo(const Ficha &ficha) {
 
 bool Fluxo::linhaLivre(const Ficha &ficha) {
     const std::string qual = linhaDaFicha(meios_.config, ficha);
-    const Linha::Situacao situacao = meios_.linha.situacao(qual);
+    const Linha::Situacao situacao = situacaoDa(qual);
     const Momento agora = meios_.relogio.agora();
     if (situacao.falhas > 0) {
         const bool cedo = cedoDemais(situacao.proxima, agora, pausaDepoisDe(situacao.falhas));
-        if (cedo || !perguntarServico(qual.substr(0, 2), ficha.tpAmb, limite_))
+        if (cedo || !perguntarServico(qual.substr(0, 2), ficha.tpAmb,
+                                      alguemEspera_ ? std::min(limite_, kSondagem) : limite_))
             return adiar(ficha, meios_.linha.situacao(qual).proxima, situacao.motivo);
     }
     const Momento vez = meios_.linha.vez(agora);
@@ -141,9 +144,9 @@ Retorno Fluxo::pedir(Servico servico, const Ficha &ficha, std::string mensagem) 
     meios_.fila.verServico(visto);
     if (meios_.ouvinte != nullptr) meios_.ouvinte->respondeu(visto);
     if (chegou)
-        meios_.linha.respondeu(qual);
+        linhaRespondeu(qual);
     else if (retorno.chegada != Chegada::kCertificado)
-        meios_.linha.falhou(qual, meios_.relogio.agora(), retorno.motivo);
+        linhaFalhou(qual, retorno.motivo);
     return retorno;
 }
 
@@ -212,45 +215,20 @@ void Fluxo::cancelarSubstituida(const Ficha &ficha) {
         meios_.fila.achar(pedidoDeSubstituicao(velha, nova), meios_.relogio.agora(), descartadas_);
 }
 
-bool Fluxo::retirar(std::int64_t id, const std::string &motivo) {
-    const auto ficha = meios_.fila.ficha(id);
-    if (!ficha) return false;
-    if (ficha->estado == Estado::kRetirado) return true;
-    return passa(ficha->estado, Estado::kRetirado) && ficha->estado != Estado::kPerguntar &&
-           mudar(*ficha, Estado::kRetirado, {.motivo = motivo});
-}
-
-bool Fluxo::perguntarServico(std::string_view cUF, int tpAmb, Milissegundos limite) {
-    limite_ = limite;
-    Ficha sem;
-    sem.tpAmb = tpAmb;
-    sem.chave = cUF;
-    const Retorno retorno =
-        pedir(Servico::kStatusServico, sem, consultaDoServico(cUF, std::to_string(tpAmb)));
-    if (retorno.chegada != Chegada::kResposta) return false;
-    constexpr int kEmOperacao = 107;
-    const auto resposta = lerResposta(Servico::kStatusServico, retorno.corpo, {}, descartadas_);
-    if (resposta && resposta->cStat == kEmOperacao) return true;
-    meios_.linha.falhou(linhaDaFicha(meios_.config, sem), meios_.relogio.agora(),
-                        resposta ? resposta->xMotivo : "o serviço não responde como deve");
-    return false;
-}
-
 // ---- the queue as a whole ----
 
 bool Fluxo::parar(const Ficha &ficha, const std::string &motivo) {
     meios_.fila.anotar(kAnotacaoParada, motivo);
     if (meios_.ouvinte != nullptr) meios_.ouvinte->parou(motivo);
     const Momento quando = meios_.relogio.agora() + kPausaDaParada;
-    if (ficha.estado == Estado::kEnviado) return voltar(ficha, quando, motivo);
-    return adiar(ficha, quando, motivo);
+    if (ficha.estado == Estado::kEnviado) return voltar(ficha, quando, textoDaParada(motivo));
+    return adiar(ficha, quando, textoDaParada(motivo));
 }
 
 bool Fluxo::parada(const Ficha &ficha) {
     const std::string motivo = meios_.fila.anotado(kAnotacaoParada);
     return !motivo.empty() &&
-           !adiar(ficha, meios_.relogio.agora() + kPausaDaParada,
-                  "envio parado: " + motivo + "; resolva e diga: zel envio continuar");
+           !adiar(ficha, meios_.relogio.agora() + kPausaDaParada, textoDaParada(motivo));
 }
 
 bool Fluxo::mudar(const Ficha &ficha, Estado para, const Mudanca &mudanca) {

@@ -42,6 +42,12 @@ public:
     // The documents of a till that are due; how many changes that made in the queue.
     int tratarProntas(const std::string &caixa, Milissegundos limite, std::size_t maximo);
 
+    // Whoever uses this has just begun, and somebody stands there: what other processes found the
+    // line to be holds, until a short question shows that it is back.
+    void comAlguemEsperando() { alguemEspera_ = true; }
+    // A document that was taken back goes its way again, unless another has its place: then what
+    // its till has to know.
+    std::optional<std::string> reenviar(std::int64_t id);
     // Takes back what has not gone out: false when it may be there.
     bool retirar(std::int64_t id, const std::string &motivo);
     // Asks how the service is: whether it answers that it works.
@@ -67,6 +73,9 @@ private:
     bool recusar(const Ficha &ficha, const std::string &motivo);
     bool linhaLivre(const Ficha &ficha);
     Retorno pedir(Servico servico, const Ficha &ficha, std::string mensagem);
+    Linha::Situacao situacaoDa(const std::string &qual);
+    void linhaFalhou(const std::string &qual, const std::string &motivo);
+    void linhaRespondeu(const std::string &qual);
     bool responder(const Ficha &ficha, Resposta resposta);
     bool semResposta(const Ficha &ficha, const Retorno &retorno);
     bool naoEnviado(const Ficha &ficha, const Retorno &retorno);
@@ -91,6 +100,7 @@ private:
     Meios meios_;
     Guarda guarda_;
     Milissegundos limite_{};
+    bool alguemEspera_ = false;
     int mudancas_ = 0;
     Recusas descartadas_; // of what is tried again anyway
 };

@@ -4,6 +4,7 @@
 #include "fluxo/Relogio.h"
 
 #include <algorithm>
+#include <charconv>
 #include <iterator>
 
 namespace zel::envio {
@@ -13,6 +14,9 @@ namespace {
 // Seconds. The first ones are short: most lines are back at once.
 constexpr Momento kPausas[] = {5, 10, 20, 30, 60, 120};
 
+// A failure tells of the line for so long.
+constexpr Momento kFalhaVale = 10 * kMinuto;
+
 // How many turns may be saved up while nobody sends.
 constexpr Momento kSalto = 5;
 
@@ -21,6 +25,18 @@ constexpr Momento kSalto = 5;
 Momento pausaDepoisDe(int falhas) {
     const auto indice = static_cast<std::size_t>(std::max(falhas, 1) - 1);
     return kPausas[std::min(indice, std::size(kPausas) - 1)] * kSegundo;
+}
+
+std::string falhaEscrita(Momento quando, const std::string &motivo) {
+    return std::to_string(quando) + ' ' + motivo;
+}
+
+Linha::Situacao falhaLida(const std::string &texto, Momento agora) {
+    Momento quando = 0;
+    const auto [fim, erro] = std::from_chars(texto.data(), texto.data() + texto.size(), quando);
+    if (erro != std::errc() || quando > agora || agora - quando > kFalhaVale) return {};
+    const auto lido = static_cast<std::size_t>(fim - texto.data());
+    return {1, quando, quando, texto.substr(std::min(lido + 1, texto.size()))};
 }
 
 Linha::Situacao Linha::situacao(const std::string &qual) const {

@@ -38,6 +38,11 @@ private:
     Momento livre_ = 0; // when the next turn is due
 };
 
+// The last failure as a queue keeps it for other processes.
+std::string falhaEscrita(Momento quando, const std::string &motivo);
+// The situation that it tells of; none when it is no failure of just now.
+Linha::Situacao falhaLida(const std::string &texto, Momento agora);
+
 // The pause after that many failures in a row (1, 2...), milliseconds.
 Momento pausaDepoisDe(int falhas);
 

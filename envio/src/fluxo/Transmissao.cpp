@@ -48,6 +48,13 @@ Transmitido transmitir(const Meios &meios, const Achado &achado, Milissegundos p
     const auto id = meios.fila.achar(achado, meios.relogio.agora(), recusas);
     if (!id) return {};
     Fluxo fluxo(meios);
+    fluxo.comAlguemEsperando();
+    if (const auto motivo = fluxo.reenviar(*id)) {
+        auto retirada = meios.fila.ficha(*id);
+        if (!retirada) return {};
+        retirada->motivo = *motivo;
+        return resultado(meios.fila, *retirada, Espera::kRecusado);
+    }
     const Milissegundos maximo = std::chrono::seconds(meios.config.rede.tempoMaximo);
     std::optional<Ficha> ficha;
     // Nobody waits for the authority, but a receipt is printed from the signed bytes.

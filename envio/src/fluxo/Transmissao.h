@@ -10,8 +10,10 @@
 namespace zel::envio {
 
 enum class Espera {
-    kFeito,       // authorized, cancelled, inutilized, answered
-    kRecusado,    // by the translation or the authority: `ficha.motivo`
+    kFeito, // authorized, cancelled, inutilized, answered
+    // By the translation or the authority, or another has the place of what its till took back:
+    // `ficha.motivo`.
+    kRecusado,
     kSemResposta, // it may be there: the queue asks on; its number must not be used again
     kNaoEnviado,  // certainly not there and, an NFC-e issued online, taken back: the number is free
     kFila,        // the queue cannot be used
@@ -24,7 +26,8 @@ struct Transmitido {
 };
 
 // Ends within `prazo` and what the disk takes. Offline documents and requests that are not answered
-// by then stay in the queue. Without any `prazo` an NFC-e is signed, and goes out later.
+// by then stay in the queue. What was taken back before goes its way again. Without any `prazo` an
+// NFC-e is signed, and goes out later.
 Transmitido transmitir(const Meios &meios, const Achado &achado, Milissegundos prazo,
                        Recusas &recusas);
 

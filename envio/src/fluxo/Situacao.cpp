@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+// How the line to an authority is, as this process and others have found it.
+#include "fluxo/Fluxo.h"
+
+#include "fluxo/Destinos.h"
+#include "mensagem/Lote.h"
+
+#include <utility>
+
+namespace zel::envio {
+
+namespace {
+
+std::string anotacaoDa(const std::string &qual) {
+    return "linha:" + qual;
+}
+
+} // namespace
+
+Linha::Situacao Fluxo::situacaoDa(const std::string &qual) {
+    const Linha::Situacao nossa = meios_.linha.situacao(qual);
+    if (nossa.falhas > 0 || !alguemEspera_) return nossa;
+    return falhaLida(meios_.fila.anotado(anotacaoDa(qual)), meios_.relogio.agora());
+}
+
+void Fluxo::linhaFalhou(const std::string &qual, const std::string &motivo) {
+    const Momento agora = meios_.relogio.agora();
+    meios_.linha.falhou(qual, agora, motivo);
+    meios_.fila.anotar(anotacaoDa(qual), falhaEscrita(agora, motivo));
+}
+
+void Fluxo::linhaRespondeu(const std::string &qual) {
+    meios_.linha.respondeu(qual);
+    if (!meios_.fila.anotado(anotacaoDa(qual)).empty()) meios_.fila.anotar(anotacaoDa(qual), "");
+}
+
+bool Fluxo::perguntarServico(std::string_view cUF, int tpAmb, Milissegundos limite) {
+    const Milissegundos antes = std::exchange(limite_, limite);
+    Ficha sem;
+    sem.tpAmb = tpAmb;
+    sem.chave = cUF;
+    const Retorno retorno =
+        pedir(Servico::kStatusServico, sem, consultaDoServico(cUF, std::to_string(tpAmb)));
+    limite_ = antes;
+    if (retorno.chegada != Chegada::kResposta) return false;
+    constexpr int kEmOperacao = 107;
+    const auto resposta = lerResposta(Servico::kStatusServico, retorno.corpo, {}, descartadas_);
+    if (resposta && resposta->cStat == kEmOperacao) return true;
+    linhaFalhou(linhaDaFicha(meios_.config, sem),
+                resposta ? resposta->xMotivo : "o serviço não responde como deve");
+    return false;
+}
+
+} // namespace zel::envio
