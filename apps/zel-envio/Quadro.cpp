@@ -2,6 +2,7 @@
 #include "Quadro.h"
 
 #include "fluxo/Destinos.h"
+#include "fluxo/Prazos.h"
 #include "fluxo/Relogio.h"
 #include "mensagem/Resposta.h"
 
@@ -39,6 +40,10 @@ Aviso avisoDe(const Ficha &ficha, Momento agora) {
     Aviso aviso{tituloDe(ficha), ficha.motivo, {}, ficha.id};
     if (ficha.estado == Estado::kRecusado) {
         aviso.titulo += ": recusada";
+        return aviso;
+    }
+    if (acabou(ficha.estado)) {
+        aviso.titulo += ": em dúvida";
         return aviso;
     }
     aviso.titulo += ": há " + duracaoLida(agora - ficha.achado) + " sem chegar ao fim";
@@ -90,6 +95,9 @@ void LeitorDoQuadro::contar(Momento agora) {
     contado_.precisam = fila_.procurar({.precisaDeAlguem = true,
                                         .atrasadoAntesDe = agora - avisoHoras_ * kHora,
                                         .maximo = kMaisLinhas + 1});
+    for (Ficha &ficha : contado_.precisam)
+        if (const std::string prazo = prazoDito(fila_, ficha, agora); !prazo.empty())
+            ficha.motivo += (ficha.motivo.empty() ? "" : "; ") + prazo;
     contado_.lacunas = fila_.lacunas();
 }
 

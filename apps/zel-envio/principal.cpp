@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The service zel-envio: finds what the tills wrote, sends it, keeps and hands back what the
-// authority answered, until it is told to stop (SIGTERM, SIGINT).
+// authority answered, until it is told to stop (SIGTERM, SIGINT); SIGHUP opens the certificate
+// anew.
 #include "Html.h"
 #include "Quadro.h"
 #include "Relato.h"
@@ -89,11 +90,12 @@ bool conferirCertificado(Oficina &oficina, Recusas &recusas) {
 }
 
 // Held back from the first moment and from every thread: one alone waits for them.
-sigset_t segurarSinaisDoFim() {
+sigset_t segurarSinais() {
     sigset_t sinais;
     sigemptyset(&sinais);
     sigaddset(&sinais, SIGTERM);
     sigaddset(&sinais, SIGINT);
+    sigaddset(&sinais, SIGHUP);
     pthread_sigmask(SIG_BLOCK, &sinais, nullptr);
     return sinais;
 }
@@ -138,18 +140,21 @@ void vigiar(Fila &fila, const Configuracao &config, const Relogio &relogio, Ofic
             Validade &validade, const sigset_t &sinais) {
     std::set<std::string> ditos;
     LeitorDoQuadro leitor(fila, config.fila.avisoHoras);
+    int sinal = 0;
     do {
+        if (sinal == SIGHUP) oficina.renovar(oficina.geracao());
         if (fila.anotado(kAnotacaoParada).empty()) validade.ver(oficina);
         std::set<std::string> agora;
         for (const Aviso &aviso : avisosDe(leitor.ler(relogio.agora(), validade.dias())))
             if (agora.insert(aviso.titulo).second && !ditos.contains(aviso.titulo))
                 dizer("precisa de alguém: " + aviso.titulo);
         ditos.swap(agora);
-    } while (sigtimedwait(&sinais, nullptr, &kVistoria) < 0);
+        sinal = sigtimedwait(&sinais, nullptr, &kVistoria);
+    } while (sinal < 0 || sinal == SIGHUP);
 }
 
 int servir(const std::string &arquivo) {
-    const sigset_t sinais = segurarSinaisDoFim();
+    const sigset_t sinais = segurarSinais();
     Recusas recusas;
     const auto aberta = Configuracao::abrir(arquivo, recusas);
     if (!aberta) return recusar(recusas);

@@ -156,7 +156,8 @@ ZEL_ENVIO_API int zel_envio_resposta(zel_envio *envio, char **bytes, size_t *tam
  * Answers are JSON, one line of UTF-8. Amounts are texts ("31.00"), moments texts with their zone
  * ("2026-11-25T22:04:16-03:00"); what there is not is an empty text, 0 or an empty list. A row of
  * the queue has id, tipo, estado, pessoa (the state in words), desfecho, numero, ultimo (of an
- * inutilization), total, troco, achado, mudado, proximo (when it is tried again), remedio, chave,
+ * inutilization), total, troco, achado, mudado, proximo (when it is tried again), remedio, prazo
+ * (in words: until when it has to arrive, or that this is over), chave,
  * cnpj, caixa, origem, dhEmi, consumidor, nomeConsumidor, substitui, xMotivo, protocolo,
  * momentoResposta, recibo, motivo, modelo, serie, tpAmb, tpEmis, cStat, tentativas. Codes of each:
  * ZEL_ENVIO_ARGUMENTO, ZEL_ENVIO_ORDEM (no configuration), ZEL_ENVIO_FILA, ZEL_ENVIO_MEMORIA. */

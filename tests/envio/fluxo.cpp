@@ -6,6 +6,7 @@
 #include "fluxo/Achados.h"
 #include "fluxo/Destinos.h"
 #include "fluxo/Entrega.h"
+#include "fluxo/Servico.h"
 #include "fluxo/Transmissao.h"
 
 #include "apoio/PastaTemporaria.h"
@@ -13,6 +14,7 @@
 #include "envio/Certificados.h"
 #include "envio/Nota.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <thread>
 
@@ -105,6 +107,16 @@ Nota nota(const std::string &numero, const std::string &tpEmis = "1") {
         nota.contingencia = "<dhCont>2025-06-30T12:00:00-03:00</dhCont>"
                             "<xJust>Sem conexao com a internet</xJust>";
     return nota;
+}
+
+Transmitido transmitirNota(Loja &loja, const Nota &nota, int prazo = 5000,
+                           const std::string &substitui = {}) {
+    Recusas recusas;
+    auto achado = acharEm(nota.xml(), recusas);
+    achado->caixa = loja.caixa();
+    achado->substitui = substitui;
+    loja.linha.respondeu("43/2", 0); // another process each time
+    return transmitir(loja.meios(), *achado, Milissegundos(prazo), recusas);
 }
 
 struct Caminho {
@@ -409,6 +421,52 @@ TEST(Substituicoes, o_numero_que_e_de_outra_nota_se_resolve_pela_outra) {
     }
 }
 
+// What a till says of a replacement stands in one place, which the next one writes over.
+TEST(Substituicoes, o_que_o_caixa_diz_tarde_vale_e_o_que_ja_nao_diz_nao_se_adivinha) {
+    const struct {
+        const char *nome;
+        const char *numero; // that parametrosEnvio.xml names; null: somebody says it in the end
+        bool depois, saiu;  // it is written after the document was delivered; 42 had gone out
+    } kCasos[] = {{"diz na hora", "42", false, true},
+                  {"diz depois de entregue", "42", true, true},
+                  {"diz de outra", "44", false, false},
+                  {"diz de outra, e a primeira saiu", "44", false, true}};
+    for (const auto &caso : kCasos) {
+        SCOPED_TRACE(caso.nome);
+        Loja loja;
+        Caixa caixa(loja.config.caixas[0]);
+        const Nota velha = nota("42"), nova = nota("43", "9");
+        const std::string dito = "<SubstituirDocumento><nNF>" + std::string(caso.numero) +
+                                 "</nNF><serie>1</serie></SubstituirDocumento>";
+        const auto varrer = [&] {
+            Recusas recusas;
+            caixa.varrer(*loja.fila, Relogio().agora(), recusas);
+            EXPECT_TRUE(recusas.nenhuma()) << recusas.texto();
+        };
+        loja.sefaz.ordens = {"resposta-perdida"};
+        const auto id = loja.achar(velha.xml());
+        if (caso.saiu) loja.andar(1);
+        loja.pasta.gravar("caixa/" + nova.chave() + ".ctg", nova.xml());
+        if (!caso.depois) loja.pasta.gravar("caixa/parametrosEnvio.xml", dito);
+        varrer();
+        loja.andar();
+        if (caso.depois) loja.pasta.gravar("caixa/parametrosEnvio.xml", dito);
+        varrer();
+        loja.andar();
+        const bool sabe = caso.numero == std::string("42");
+        const Procura deAlguem{.precisaDeAlguem = true};
+        EXPECT_EQ(loja.fila->procurar(deAlguem).size(), sabe ? 0U : 1U);
+        EXPECT_EQ(loja.sefaz.notas.contains(velha.chave()), caso.saiu);
+        EXPECT_NE(loja.fila->ficha(id)->motivo.find(sabe ? "" : "zel enviar ARQUIVO --substitui"),
+                  std::string::npos);
+        transmitirNota(loja, nova, 5000, velha.chave()); // what a person says holds
+        loja.andar();
+        EXPECT_TRUE(loja.fila->procurar(deAlguem).empty());
+        EXPECT_EQ(loja.sefaz.notas[velha.chave()].situacao, caso.saiu ? "101" : "100");
+        EXPECT_EQ(loja.sefaz.quantos("envEvento"), caso.saiu ? 1U : 0U);
+    }
+}
+
 // ---- requests ----
 
 std::string cancelamento(const std::string &chave, const std::string &protocolo = {}) {
@@ -537,14 +595,6 @@ TEST(Transmissoes, o_caixa_ouve_o_que_vale) {
     }
 }
 
-Transmitido transmitirNota(Loja &loja, const Nota &nota, int prazo = 5000) {
-    Recusas recusas;
-    auto achado = acharEm(nota.xml(), recusas);
-    achado->caixa = loja.caixa();
-    loja.linha.respondeu("43/2"); // another process each time
-    return transmitir(loja.meios(), *achado, Milissegundos(prazo), recusas);
-}
-
 // Behind the one who waited for nothing stands a queue of others.
 TEST(Transmissoes, quem_acha_a_linha_caida_nao_espera_por_ela) {
     Loja loja;
@@ -556,6 +606,70 @@ TEST(Transmissoes, quem_acha_a_linha_caida_nao_espera_por_ela) {
     EXPECT_EQ(transmitirNota(loja, nota("44")).espera, Espera::kFeito); // it is back
     EXPECT_EQ(transmitirNota(loja, nota("45")).espera, Espera::kFeito);
     EXPECT_EQ(loja.sefaz.quantos("consStatServ"), 2U);
+}
+
+// The first customer of a day does not pay for a line that died in the night.
+TEST(Transmissoes, uma_linha_calada_e_sondada_sem_que_ninguem_espere) {
+    Loja loja;
+    Fluxo servico(loja.meios());
+    const auto sondar = [&](Momento depois) {
+        loja.relogio.momento += depois;
+        servico.sondar(loja.caixa(), Milissegundos(1000));
+        return loja.sefaz.quantos("consStatServ");
+    };
+    EXPECT_EQ(sondar(0), 0U); // of a till without documents nothing is known
+    loja.achar(nota("42").xml());
+    loja.andar();
+    loja.sefaz.ordens = {"sem-conexao", "sem-conexao"};
+    EXPECT_EQ(sondar(kMinuto), 0U);
+    EXPECT_EQ(sondar(8 * kHora), 1U);
+    EXPECT_EQ(sondar(kMinuto), 1U);
+    EXPECT_EQ(transmitirNota(loja, nota("43")).espera, Espera::kNaoEnviado);
+    EXPECT_EQ(loja.sefaz.quantos("enviNFe"), 1U);
+    loja.linha.falhou("43/2", loja.relogio.agora(), "caiu");
+    EXPECT_EQ(sondar(6 * kMinuto), 3U);
+}
+
+// ---- a certificate in the place of another ----
+
+TEST(Certificados, o_novo_e_tomado_sem_recomecar_e_o_que_nao_abre_nao) {
+    Loja loja;
+    const std::string senha(ensaio::kSenha);
+    const auto por = [&](const std::string &nome, const std::string &comSenha) {
+        loja.pasta.gravar("ensaio.p12",
+                          pkcs12DeEnsaio(nome, "11222333000181", comSenha, ensaio::kAgora));
+        Recusas recusas;
+        loja.oficina->acompanhar(recusas);
+        return loja.oficina->certificado(recusas)->nome();
+    };
+    EXPECT_EQ(por("Padaria Nova", senha), "Padaria Nova");
+    EXPECT_EQ(por("Padaria Terceira", "outra"), "Padaria Nova");
+}
+
+struct Mudo final : Ouvinte {};
+
+TEST(Certificados, quem_diz_que_continue_faz_o_servico_abrir_o_certificado_de_novo) {
+    Loja loja;
+    Mudo mudo;
+    std::atomic<int> redes{0};
+    loja.fila->anotar(kAnotacaoParada, "recusado");
+    const auto id = loja.achar(nota("42").xml());
+    ServicoDeEnvio servico(
+        loja.config, *loja.oficina, loja.linha, loja.relogio,
+        [&] { return ++redes, std::make_unique<AutoridadeFalsa>(); }, mudo);
+    Recusas recusas;
+    loja.oficina->acompanhar(recusas); // the files as they are
+    ASSERT_TRUE(servico.comecar(recusas)) << recusas.texto();
+    const auto ate = [&](auto chegou) {
+        for (int i = 0; i < 1500 && !chegou(); ++i)
+            std::this_thread::sleep_for(Milissegundos(20));
+        EXPECT_TRUE(chegou());
+    };
+    ate([&] { return !loja.fila->ficha(id)->motivo.empty(); });
+    continuar(*loja.fila);
+    loja.pasta.gravar("caixa/x", "somebody wrote something");
+    ate([&] { return loja.fila->ficha(id)->estado == Estado::kEntregue; });
+    EXPECT_EQ(redes, 2);
 }
 
 TEST(Transmissoes, a_retirada_vai_de_novo_se_nada_tomou_o_seu_lugar) {

@@ -62,6 +62,8 @@ std::string porque(const Json &ficha) {
     std::string dito = motivo.empty() ? em(ficha, "xMotivo") : motivo;
     if (!remedio.empty() && dito.find(remedio) == dito.npos)
         dito += juntar({dito.empty() ? "" : "; ", remedio});
+    if (const std::string prazo = em(ficha, "prazo"); !prazo.empty())
+        dito += juntar({dito.empty() ? "" : "\n", prazo});
     return dito.empty() ? dito : juntar({"    ", trocar(dito, "\n", "\n    "), "\n"});
 }
 
@@ -73,7 +75,7 @@ std::string fichaDita(const Json &ficha) {
                 " número ", faixa(ficha.at("numero"), ficha.at("ultimo")), "  R$ ",
                 em(ficha, "total"), consumidor.empty() ? "" : "  para ", consumidor, "\n    ",
                 entregue ? desfecho : em(ficha, "pessoa"), "  ", em(ficha, "chave"), "\n"});
-    if (!entregue) texto += porque(ficha);
+    if (!entregue || !em(ficha, "motivo").empty()) texto += porque(ficha);
     if (ficha.contains("passos"))
         for (const Json &passo : ficha["passos"])
             texto += juntar({"    ", quando(em(passo, "momento")), "  ", em(passo, "de"), " -> ",

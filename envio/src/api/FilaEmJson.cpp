@@ -2,6 +2,7 @@
 #include "api/FilaEmJson.h"
 
 #include "fluxo/Destinos.h"
+#include "fluxo/Prazos.h"
 #include "fluxo/Relogio.h"
 
 #include <algorithm>
@@ -104,7 +105,7 @@ std::string_view nomeDe(Tipo tipo) {
     return kTipos.at(static_cast<std::size_t>(tipo));
 }
 
-Json fichaEmJson(const Ficha &ficha) {
+Json fichaEmJson(Fila &fila, const Ficha &ficha, Momento agora) {
     Json json{{"id", ficha.id},
               {"tipo", nomeDe(ficha.tipo)},
               {"estado", nomeDe(ficha.estado)},
@@ -119,7 +120,8 @@ Json fichaEmJson(const Ficha &ficha) {
               {"proximo", acabou(ficha.estado) ? "" : escrito(ficha.proximo)},
               {"remedio", encerra(ficha.tipo, ficha.desfecho) || ficha.cStat == 0
                               ? ""
-                              : linhaDe(ficha.cStat).remedio}};
+                              : linhaDe(ficha.cStat).remedio},
+              {"prazo", prazoDito(fila, ficha, agora)}};
     for (const auto &[nome, membro] : kTextos)
         json[nome] = ficha.*membro;
     for (const auto &[nome, membro] : kInteiros)
@@ -161,7 +163,7 @@ Json estadoDaFila(const Configuracao &config, Fila &fila, const Certificado *cer
                            .maximo = kMaisDeAlguem};
     json["alguem"] = Json::array();
     for (const Ficha &ficha : fila.procurar(deAlguem))
-        json["alguem"].push_back(fichaEmJson(ficha));
+        json["alguem"].push_back(fichaEmJson(fila, ficha, agora));
     return json;
 }
 

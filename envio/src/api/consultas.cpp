@@ -148,10 +148,11 @@ int zel_envio_procurar(zel_envio *envio, const char *criterios, char **json, siz
         if (!recusas.nenhuma()) return int{ZEL_ENVIO_ARGUMENTO};
         if (!pedido.procura.caixa.empty())
             pedido.procura.caixa = caixaDe(config, pedido.procura.caixa);
-        pedido.procura.atrasadoAntesDe = Relogio().agora() - config.fila.avisoHoras * kHora;
+        const Momento agora = Relogio().agora();
+        pedido.procura.atrasadoAntesDe = agora - config.fila.avisoHoras * kHora;
         Json linhas = Json::array();
         for (const Ficha &ficha : fila.procurar(pedido.procura)) {
-            linhas.push_back(fichaEmJson(ficha));
+            linhas.push_back(fichaEmJson(fila, ficha, agora));
             if (pedido.passos) linhas.back()["passos"] = passosEmJson(fila, ficha.id);
         }
         return dar(fila, linhas, recusas, json, tamanho);

@@ -208,7 +208,11 @@ std::optional<std::int64_t> Fila::achar(const Achado &achado, Momento agora, Rec
         return {};
     }
     // The net beneath finds the same files again and again: without a transaction.
-    if (const auto id = idDe(banco, achado.caixa, *identidade)) return id;
+    if (const auto id = idDe(banco, achado.caixa, *identidade)) {
+        if (!achado.substitui.empty() && achado.tipo == Tipo::kNfce)
+            dizerSubstituida(*id, achado.substitui, recusas);
+        return id;
+    }
     Transacao transacao(*this);
     if (transacao.aberta()) {
         if (const auto id = idDe(banco, achado.caixa, *identidade)) return id;
@@ -241,6 +245,16 @@ bool Fila::adiar(std::int64_t id, Estado em, const Mudanca &mudanca, Momento ago
     if (!falhou && aplicar(dentro_->banco, {id, em, em, agora}, mudanca, falhou))
         return transacao.confirmar(recusas);
     return falhou && dentro_->recusar(recusas);
+}
+
+bool Fila::dizerSubstituida(std::int64_t id, std::string_view chave, Recusas &recusas) {
+    if (!Comando(dentro_->banco, "UPDATE documento SET substitui = ? WHERE id = ? AND tipo = 1 "
+                                 "AND substitui = ''")
+             .dar(chave)
+             .dar(id)
+             .fazer())
+        return dentro_->recusar(recusas);
+    return dentro_->banco.mudados() == 1;
 }
 
 void Fila::adiantar(std::string_view inicioDoMotivo) {

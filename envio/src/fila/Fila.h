@@ -122,7 +122,7 @@ public:
     ~Fila();
 
     // Its id; that of the row that is there already when the same bytes of the same till are found
-    // again. None when it could not be written.
+    // again, which learns what it replaces if it did not know. None when it could not be written.
     std::optional<std::int64_t> achar(const Achado &achado, Momento agora, Recusas &recusas);
 
     // From one state to another; false when it is in another one by now (somebody else was faster),
@@ -133,6 +133,8 @@ public:
     // The same state, other members: the next try and why. No step.
     bool adiar(std::int64_t id, Estado em, const Mudanca &mudanca, Momento agora, Recusas &recusas);
 
+    // What is learned late: false when it is known already, or cannot be written (`recusas`).
+    bool dizerSubstituida(std::int64_t id, std::string_view chave, Recusas &recusas);
     // What waits, and says why in a text with that beginning, is due at once.
     void adiantar(std::string_view inicioDoMotivo);
 

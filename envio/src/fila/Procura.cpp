@@ -81,7 +81,12 @@ constexpr std::string_view kPrecisaDeAlguem =
     "AND n.tpAmb = d.tpAmb AND n.serie = d.serie AND n.estado = 'entregue') "
     "AND NOT EXISTS (SELECT 1 FROM documento n WHERE d.chave <> '' AND n.chave = d.chave "
     "AND n.tipo = d.tipo AND n.estado = 'entregue')) "
-    "OR (d.proximo IS NOT NULL AND d.achado < ?))";
+    "OR (d.proximo IS NOT NULL AND d.achado < ?) "
+    // Authorized, and for the week in which it can be cancelled in doubt of being another's double.
+    "OR (d.estado = 'entregue' AND d.achado > ? - 604800000 AND d.tipo = 1 AND d.chave IN "
+    "(SELECT substr(nome, 8) FROM anotacao WHERE nome >= 'duvida:' AND nome < 'duvida;') "
+    "AND NOT EXISTS (SELECT 1 FROM documento n WHERE n.substitui <> '' AND n.substitui = "
+    "d.chave)))";
 
 // The authority refused the document because its number is gone already.
 constexpr std::array kNumeroGasto{Desfecho::kJaEsta, Desfecho::kOutraChave,
@@ -242,7 +247,8 @@ std::vector<Ficha> Fila::procurar(const Procura &procura) {
         estados.emplace_back(nomeDoEstado(estado));
     }
     onde.se(!estados.empty(), "d.estado IN (" + lugares + ")", estados);
-    onde.se(procura.precisaDeAlguem, kPrecisaDeAlguem, {procura.atrasadoAntesDe});
+    onde.se(procura.precisaDeAlguem, kPrecisaDeAlguem,
+            {procura.atrasadoAntesDe, procura.atrasadoAntesDe});
     Comando comando(dentro_->banco, // Numbers are sorted, not whole rows.
                     kFichas + "WHERE d.id IN (SELECT d.id FROM documento d " + onde.texto() +
                         "ORDER BY d.id DESC LIMIT ?) ORDER BY d.id DESC");

@@ -6,6 +6,7 @@
 #include "comum/ChaveAcesso.h"
 #include "comum/Digitos.h"
 #include "documento/Leitura.h"
+#include "fluxo/Destinos.h"
 #include "fluxo/Relogio.h"
 
 #include <algorithm>
@@ -200,7 +201,7 @@ void Caixa::olhar(Fila &fila, const std::string &pasta, const std::string &nome,
 }
 
 int Caixa::varrer(Fila &fila, Momento agora, Recusas &recusas) {
-    anotarSubstituicao(fila);
+    anotarSubstituicao(fila, agora, recusas);
     std::vector<Visto> novos;
     for (const auto &pasta : pastas()) {
         if (!mudou(pasta, agora)) {
@@ -244,8 +245,10 @@ bool Caixa::pegar(Fila &fila, const Visto &visto, Momento agora, Recusas &recusa
         achado->caixa = config_.diretorio;
         achado->origem = visto.nome;
         if (achado->tipo == Tipo::kNfce) achado->troco = trocoDe(achado->chave);
-        verSubstituicao(fila, *achado);
-        if (!fila.achar(*achado, agora, recusas)) return false;
+        verSubstituicao(fila, *achado, visto.mudado);
+        const auto id = fila.achar(*achado, agora, recusas);
+        if (!id) return false;
+        if (!achado->substitui.empty()) seguirSubstituicao(fila, *id, agora, recusas);
     }
     for (const auto &recusa : minhas.lista())
         recusas.juntar(visto.caminho, recusa.valor, recusa.motivo);
@@ -263,9 +266,30 @@ std::string anotacaoDe(const std::string &caixa, std::int64_t serie, std::int64_
 
 } // namespace
 
+// Everything but head and number: what a reissue has in common with what it replaces.
+std::string conteudoDe(std::string_view original) {
+    Recusas ignoradas;
+    const auto lido = lerArquivoDoCaixa(original, ignoradas);
+    std::string conteudo;
+    if (lido)
+        for (const No &parte : lido->principal().filho("infNFe").filhos())
+            if (parte.nome() != "ide") conteudo += Documento::de(parte).texto();
+    return conteudo;
+}
+
+// Between two looks the till may have replaced two documents, and what it said of the first is
+// written over. That the same was sold once more, offline, is possible, too: it is not guessed.
+bool pareceSubstituir(Fila &fila, const Achado &nova, const Ficha &velha) {
+    if (velha.desfecho != Desfecho::kNenhum || acabou(velha.estado) || velha.total != nova.total ||
+        velha.consumidor != nova.consumidor)
+        return false;
+    return !substituta(fila, velha) &&
+           conteudoDe(fila.original(velha.id)) == conteudoDe(nova.original);
+}
+
 // The till says which number a document replaces in a file that its next request overwrites: what
 // it said is kept until the document is found.
-void Caixa::anotarSubstituicao(Fila &fila) const {
+void Caixa::anotarSubstituicao(Fila &fila, Momento agora, Recusas &recusas) const {
     std::string motivo;
     const auto bytes =
         comum::lerArquivo(config_.diretorio + std::string(kParametros), kMaiorParametros);
@@ -276,16 +300,37 @@ void Caixa::anotarSubstituicao(Fila &fila) const {
     if (!soDigitos(nNF) || !soDigitos(serie) || nNF.size() > 9 || serie.size() > 3) return;
     const std::string nome =
         anotacaoDe(config_.diretorio, numeroDe<std::int64_t>(serie), numeroDe<std::int64_t>(nNF));
-    if (fila.anotado(nome).empty()) fila.anotar(nome, "1");
+    if (!fila.anotado(nome).empty()) return;
+    Fila::Transacao transacao(fila);
+    fila.anotar(nome, "1");
+    // The till writes the document first: it may have been found before this was said.
+    for (const Ficha &nova :
+         fila.procurar({.caixa = config_.diretorio, .numero = numeroDe<std::int64_t>(nNF) + 1})) {
+        Achado achado = nova;
+        if (nova.serie == numeroDe<int>(serie)) verSubstituicao(fila, achado, INT64_MAX);
+        if (achado.substitui != nova.substitui &&
+            fila.dizerSubstituida(nova.id, achado.substitui, recusas))
+            seguirSubstituicao(fila, nova.id, agora, recusas);
+    }
+    transacao.confirmar(recusas);
 }
 
-void Caixa::verSubstituicao(Fila &fila, Achado &achado) const {
+void Caixa::verSubstituicao(Fila &fila, Achado &achado, std::int64_t escrito) const {
     if (achado.tipo != Tipo::kNfce || achado.tpEmis != 9 || !achado.substitui.empty()) return;
     const std::string nome = anotacaoDe(config_.diretorio, achado.serie, achado.numero - 1);
-    if (fila.anotado(nome).empty()) return;
+    const bool dito = !fila.anotado(nome).empty();
+    struct stat parametros {};
+    const bool escritoPorCima =
+        stat((config_.diretorio + std::string(kParametros)).c_str(), &parametros) == 0 &&
+        nanossegundos(parametros.st_mtim) >= escrito;
     for (const Ficha &outra :
-         fila.porNumero(achado.cnpj, achado.tpAmb, achado.serie, achado.numero - 1))
-        if (outra.tpEmis == 1 && outra.caixa == config_.diretorio) achado.substitui = outra.chave;
+         fila.porNumero(achado.cnpj, achado.tpAmb, achado.serie, achado.numero - 1)) {
+        if (outra.tpEmis != 1 || outra.caixa != config_.diretorio) continue;
+        if (dito)
+            achado.substitui = outra.chave;
+        else if (escritoPorCima && pareceSubstituir(fila, achado, outra))
+            fila.anotar(anotacaoDaDuvida(outra.chave), achado.chave);
+    }
 }
 
 std::optional<Centavos> Caixa::trocoDe(std::string_view chave) const {

@@ -42,8 +42,9 @@ private:
     void olhar(Fila &fila, const std::string &pasta, const std::string &nome,
                std::vector<Visto> &novos);
     bool pegar(Fila &fila, const Visto &visto, Momento agora, Recusas &recusas);
-    void verSubstituicao(Fila &fila, Achado &achado) const;
-    void anotarSubstituicao(Fila &fila) const;
+    // `escrito`: when its file was, nanoseconds.
+    void verSubstituicao(Fila &fila, Achado &achado, std::int64_t escrito) const;
+    void anotarSubstituicao(Fila &fila, Momento agora, Recusas &recusas) const;
 
     ConfigCaixa config_;
     std::unordered_map<std::string, std::int64_t> pastas_; // time of the last change

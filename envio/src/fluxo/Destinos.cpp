@@ -64,6 +64,23 @@ void continuar(Fila &fila) {
     fila.adiantar(kEnvioParado);
 }
 
+std::string anotacaoDaDuvida(const std::string &chave) {
+    return "duvida:" + chave;
+}
+
+std::optional<std::string> duvidaDe(Fila &fila, const Ficha &ficha) {
+    if (ficha.tipo != Tipo::kNfce || ficha.tpEmis != 1) return {};
+    const std::string chave = fila.anotado(anotacaoDaDuvida(ficha.chave));
+    const auto nova = fila.porChave(chave, Tipo::kNfce);
+    if (!nova || substituta(fila, ficha)) return {};
+    return "a nota " + std::to_string(nova->numero) + " (" + chave +
+           "), emitida sem conexão logo depois com o mesmo conteúdo, parece estar no lugar desta, "
+           "e "
+           "o caixa já não o diz. Se está, entregue " +
+           nova->origem + " outra vez com: zel enviar ARQUIVO --substitui " + ficha.chave +
+           "; se foi outra venda, venda esta de novo";
+}
+
 std::string filaDe(const Configuracao &config) {
     return pastaDe(config, config.fila.diretorio, "fila/");
 }
@@ -130,6 +147,24 @@ Achado pedidoDeSubstituicao(const Ficha &velha, const Ficha &nova) {
     achado.dhEmi = quando;
     achado.troco.reset();
     return achado;
+}
+
+// Whichever of the two is authorized last, or what is learned last.
+void cancelarSubstituida(Fila &fila, const Ficha &ficha, Momento agora, Recusas &recusas) {
+    const auto outra = ficha.substitui.empty() ? substituta(fila, ficha)
+                                               : fila.porChave(ficha.substitui, Tipo::kNfce);
+    if (!outra) return;
+    const Ficha &velha = ficha.substitui.empty() ? ficha : *outra;
+    const Ficha &nova = ficha.substitui.empty() ? *outra : ficha;
+    if (velha.estado == Estado::kPerguntar || velha.estado == Estado::kEnviado)
+        fila.adiar(velha.id, velha.estado, {.proximo = 0}, agora, recusas);
+    if (autorizada(fila, velha) && autorizada(fila, nova))
+        fila.achar(pedidoDeSubstituicao(velha, nova), agora, recusas);
+}
+
+void seguirSubstituicao(Fila &fila, std::int64_t id, Momento agora, Recusas &recusas) {
+    const auto ficha = fila.ficha(id);
+    if (ficha && autorizada(fila, *ficha)) cancelarSubstituida(fila, *ficha, agora, recusas);
 }
 
 Resposta eventoDe(const Resposta &consulta) {

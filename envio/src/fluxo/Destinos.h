@@ -22,6 +22,11 @@ std::string textoDaParada(const std::string &motivo);
 // Ends it: what waited for that is due at once.
 void continuar(Fila &fila);
 
+// Says which document may have taken the place of one, where nothing is certain.
+std::string anotacaoDaDuvida(const std::string &chave);
+// What a person is asked about it; none when there is no doubt, or it was answered since.
+std::optional<std::string> duvidaDe(Fila &fila, const Ficha &ficha);
+
 // Directories, with their "/".
 std::string filaDe(const Configuracao &config);
 std::string guardadosDe(const Configuracao &config);
@@ -43,6 +48,11 @@ bool autorizada(Fila &fila, const Ficha &ficha);
 // A till's request to cancel `velha` because `nova` was issued for it; the same two give the same
 // bytes.
 Achado pedidoDeSubstituicao(const Ficha &velha, const Ficha &nova);
+
+// Asks for that, once, when both are authorized by now; a replaced one that is asked for is due.
+void cancelarSubstituida(Fila &fila, const Ficha &ficha, Momento agora, Recusas &recusas);
+// The same when it was learned late what a document replaces, of one that is authorized by then.
+void seguirSubstituicao(Fila &fila, std::int64_t id, Momento agora, Recusas &recusas);
 
 // The answer to a consultation of a document, as the one to the event that cancelled it.
 Resposta eventoDe(const Resposta &consulta);

@@ -89,8 +89,7 @@ bool Fluxo::linhaLivre(const Ficha &ficha) {
 
 bool Fluxo::enviar(const Ficha &ficha) {
     if (parada(ficha)) return false;
-    if (ficha.tipo == Tipo::kNfce && substituta(meios_.fila, ficha))
-        return mudar(ficha, Estado::kRetirado, {.motivo = "outro documento a substitui"});
+    if (semLugar(ficha)) return false;
     if (!linhaLivre(ficha)) return false;
     const Momento agora = meios_.relogio.agora();
     if (!mudar(ficha, Estado::kEnviado,
@@ -184,6 +183,8 @@ bool Fluxo::entregar(const Ficha &respondida) {
     }
     const std::string mensagem = meios_.fila.mensagem(ficha.id),
                       elemento = meios_.fila.elemento(ficha.id);
+    if (ficha.desfecho == Desfecho::kAutorizado)
+        if (const auto duvida = duvidaDe(meios_.fila, ficha)) ficha.motivo = *duvida;
     std::string guardado;
     if (guardaSe(ficha) && !elemento.empty()) guardado = guardadoDe(mensagem, elemento);
     // Another one's cancellation, of which nothing is kept yet.
@@ -196,23 +197,11 @@ bool Fluxo::entregar(const Ficha &respondida) {
     // In one piece: whoever died in between would leave two sales for one.
     Fila::Transacao transacao(meios_.fila);
     if (!mudar(ficha, fim, {.motivo = ficha.motivo})) return false;
-    if (fim == Estado::kEntregue && ficha.tipo == Tipo::kNfce) cancelarSubstituida(ficha);
+    if (fim == Estado::kEntregue && ficha.tipo == Tipo::kNfce)
+        cancelarSubstituida(meios_.fila, ficha, meios_.relogio.agora(), descartadas_);
     if (!transacao.confirmar(recusas))
         return adiar(ficha, meios_.relogio.agora() + kMinuto, recusas.texto());
     return false;
-}
-
-// Whichever of the two is authorized last: then the replaced one is cancelled, once.
-void Fluxo::cancelarSubstituida(const Ficha &ficha) {
-    const auto outra = ficha.substitui.empty() ? substituta(meios_.fila, ficha)
-                                               : meios_.fila.porChave(ficha.substitui, Tipo::kNfce);
-    if (!outra) return;
-    const Ficha &velha = ficha.substitui.empty() ? ficha : *outra;
-    const Ficha &nova = ficha.substitui.empty() ? *outra : ficha;
-    if (velha.estado == Estado::kPerguntar || velha.estado == Estado::kEnviado)
-        anotar(velha, {.proximo = 0});
-    if (autorizada(meios_.fila, velha) && autorizada(meios_.fila, nova))
-        meios_.fila.achar(pedidoDeSubstituicao(velha, nova), meios_.relogio.agora(), descartadas_);
 }
 
 // ---- the queue as a whole ----

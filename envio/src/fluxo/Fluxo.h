@@ -52,6 +52,9 @@ public:
     bool retirar(std::int64_t id, const std::string &motivo);
     // Asks how the service is: whether it answers that it works.
     bool perguntarServico(std::string_view cUF, int tpAmb, Milissegundos limite);
+    // Asks so by itself where this till's documents go, when nothing was heard of it for long:
+    // before the first sale of a day, and while it is down.
+    void sondar(const std::string &caixa, Milissegundos limite);
     // What the queue could not write since this was last asked.
     Recusas queixas();
 
@@ -68,6 +71,7 @@ private:
     bool perguntar(const Ficha &ficha);
     bool entregar(const Ficha &ficha);
 
+    bool semLugar(const Ficha &ficha);
     std::optional<ContextoPedido> contextoDe(const Ficha &ficha, bool &esperar);
     bool protocoloDe(const Ficha &ficha, ContextoPedido &contexto, bool &esperar);
     bool recusar(const Ficha &ficha, const std::string &motivo);
@@ -91,7 +95,6 @@ private:
     std::optional<std::string> outraAlheia(const Ficha &ficha, const std::string &chave);
     bool parar(const Ficha &ficha, const std::string &motivo);
     bool parada(const Ficha &ficha);
-    void cancelarSubstituida(const Ficha &ficha);
     bool mudar(const Ficha &ficha, Estado para, const Mudanca &mudanca);
     bool anotar(const Ficha &ficha, const Mudanca &mudanca);
     bool adiar(const Ficha &ficha, Momento quando, const std::string &motivo);

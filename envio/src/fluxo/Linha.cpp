@@ -17,6 +17,10 @@ constexpr Momento kPausas[] = {5, 10, 20, 30, 60, 120};
 // A failure tells of the line for so long.
 constexpr Momento kFalhaVale = 10 * kMinuto;
 
+// After so long a silence a line is asked for, though nothing waits: well within what authorities
+// allow of status questions, one in three minutes.
+constexpr Momento kSilencio = kHora, kSilencioCaida = 5 * kMinuto;
+
 // How many turns may be saved up while nobody sends.
 constexpr Momento kSalto = 5;
 
@@ -45,19 +49,31 @@ Linha::Situacao Linha::situacao(const std::string &qual) const {
     return esta == situacoes_.end() ? Situacao{} : esta->second;
 }
 
-void Linha::respondeu(const std::string &qual) {
+void Linha::respondeu(const std::string &qual, Momento agora) {
     const std::lock_guard trava(porta_);
     situacoes_.erase(qual);
+    ouvidas_[qual] = agora;
 }
 
 void Linha::falhou(const std::string &qual, Momento agora, const std::string &motivo) {
     const std::lock_guard trava(porta_);
     Situacao &esta = situacoes_[qual];
+    ouvidas_[qual] = agora;
     if (esta.falhas == 0) esta.desde = agora;
     // Several tills fail on the same outage: within one pause that counts once.
     if (agora < esta.proxima && esta.proxima - agora <= pausaDepoisDe(esta.falhas)) return;
     esta.proxima = agora + pausaDepoisDe(++esta.falhas);
     esta.motivo = motivo;
+}
+
+bool Linha::calada(const std::string &qual, Momento agora) {
+    const std::lock_guard trava(porta_);
+    const Momento silencio = situacoes_.contains(qual) ? kSilencioCaida : kSilencio;
+    const auto ouvida = ouvidas_.find(qual);
+    if (ouvida != ouvidas_.end() && agora >= ouvida->second && agora - ouvida->second < silencio)
+        return false;
+    ouvidas_[qual] = agora;
+    return true;
 }
 
 Momento Linha::vez(Momento agora) {

@@ -24,9 +24,13 @@ public:
 
     // `qual`: state's code and environment, "43/2".
     Situacao situacao(const std::string &qual) const;
-    void respondeu(const std::string &qual);
+    void respondeu(const std::string &qual, Momento agora);
     // Later tries are further apart, up to two minutes.
     void falhou(const std::string &qual, Momento agora, const std::string &motivo);
+
+    // Whether nothing was heard of it for so long that somebody may ask how it is: an hour, and
+    // five minutes while it is down. Who is told so asks now.
+    bool calada(const std::string &qual, Momento agora);
 
     // Takes a turn: 0, or when the next one is free.
     Momento vez(Momento agora);
@@ -34,6 +38,7 @@ public:
 private:
     mutable std::mutex porta_;
     std::map<std::string, Situacao> situacoes_;
+    std::map<std::string, Momento> ouvidas_;
     int porMinuto_;
     Momento livre_ = 0; // when the next turn is due
 };

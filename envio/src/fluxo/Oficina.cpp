@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "fluxo/Oficina.h"
 
+#include "assinatura/Credenciais.h"
 #include "base/Xml.h"
 #include "documento/Leitura.h"
 
 #include <algorithm>
+#include <sys/stat.h>
+#include <utility>
 
 namespace zel::envio {
 
@@ -27,16 +30,48 @@ std::string chaveDe(const Documento &mensagem) {
     return {};
 }
 
+// Files that a certificate is read from, each by what changes when it is written or replaced.
+std::string marcaDe(const ConfigCertificado &config) {
+    if (!config.modulo.empty()) return {};
+    Recusas ignoradas;
+    std::string marca;
+    for (const auto &arquivo : {arquivoDoCertificado(config, ignoradas).value_or(""),
+                                config.arquivoSenha, config.cadeia}) {
+        struct stat dados {};
+        if (!arquivo.empty() && stat(arquivo.c_str(), &dados) == 0)
+            for (const auto parte :
+                 {std::int64_t(dados.st_ino), std::int64_t(dados.st_size),
+                  std::int64_t(dados.st_mtim.tv_sec), std::int64_t(dados.st_mtim.tv_nsec)})
+                marca += std::to_string(parte) + ' ';
+        marca += '|';
+    }
+    return marca;
+}
+
 } // namespace
 
-Oficina::Oficina(const Configuracao &config, std::size_t lugares) : config_(config) {
+Oficina::Oficina(const Configuracao &config, std::size_t lugares)
+    : config_(config), marca_(marcaDe(config.certificado)) {
     prepararXml();
     bancas_.resize(std::max<std::size_t>(lugares, 1));
 }
 
-void Oficina::renovar() {
+int Oficina::geracao() const {
     const std::lock_guard trava(porta_);
-    ++geracao_;
+    return geracao_;
+}
+
+void Oficina::renovar(int vista) {
+    const std::lock_guard trava(porta_);
+    if (vista == geracao_) ++geracao_;
+}
+
+void Oficina::acompanhar(Recusas &recusas) {
+    const std::string marca = marcaDe(config_.certificado);
+    const std::lock_guard trava(porta_);
+    if (std::exchange(marca_, marca) == marca) return;
+    // One that is being written still is looked at again when the rest of it is there.
+    if (Certificado::abrir(config_.certificado, recusas)) ++geracao_;
 }
 
 Oficina::Lugar::Lugar(Oficina &oficina) : oficina_(oficina) {
@@ -78,8 +113,23 @@ Feito Oficina::fazer(const std::string &original, const ContextoPedido &contexto
 }
 
 std::shared_ptr<const Certificado> Oficina::certificado(Recusas &recusas) {
-    Lugar lugar(*this);
-    return lugar->certificado(recusas);
+    int qual = 0;
+    {
+        const std::lock_guard trava(porta_);
+        qual = geracao_;
+        if (falhou_ == qual) return recusas.juntar(falha_), nullptr;
+    }
+    Recusas minhas;
+    std::shared_ptr<const Certificado> aberto;
+    {
+        Lugar lugar(*this);
+        aberto = lugar->certificado(minhas);
+    }
+    if (aberto) return aberto;
+    const std::lock_guard trava(porta_);
+    falhou_ = qual;
+    falha_ = minhas;
+    return recusas.juntar(minhas), nullptr;
 }
 
 } // namespace zel::envio

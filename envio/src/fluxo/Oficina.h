@@ -33,10 +33,15 @@ public:
     // Of a till's file or a document of layout 4.00. Several threads may call this.
     Feito fazer(const std::string &original, const ContextoPedido &contexto,
                 const ContextoNota &nota, Momento agora);
-    // The one that signs; null when it cannot be opened.
+    // The one that signs; null when it cannot be opened, which is not tried again before renovar().
     std::shared_ptr<const Certificado> certificado(Recusas &recusas);
-    // Opens certificate and schemas anew at the next use.
-    void renovar();
+    // Which opening of certificate and schemas holds; those who keep something of it compare.
+    int geracao() const;
+    // Opens them anew at the next use, if `vista` holds still: of several who ask, once.
+    void renovar(int vista);
+    // Does so by itself when the certificate's files were changed since and can be opened; why not
+    // is said once (`recusas`). A token has no files.
+    void acompanhar(Recusas &recusas);
 
 private:
     struct Banca {
@@ -58,10 +63,12 @@ private:
     };
 
     const Configuracao &config_;
-    std::mutex porta_;
+    mutable std::mutex porta_;
     std::condition_variable livre_;
-    std::vector<Banca> bancas_; // the free ones
-    int geracao_ = 1;
+    std::vector<Banca> bancas_;    // the free ones
+    int geracao_ = 1, falhou_ = 0; // the one whose certificate could not be opened
+    Recusas falha_;
+    std::string marca_; // of the certificate's files, as they were last seen
 };
 
 } // namespace zel::envio

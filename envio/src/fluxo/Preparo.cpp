@@ -27,8 +27,7 @@ std::optional<NotaGuardada> guardadaDe(const Guarda &guarda, const Ficha &ficha)
 
 bool Fluxo::preparar(const Ficha &ficha) {
     if (parada(ficha)) return false;
-    if (ficha.tipo == Tipo::kNfce && substituta(meios_.fila, ficha))
-        return mudar(ficha, Estado::kRetirado, {.motivo = "outro documento a substitui"});
+    if (semLugar(ficha)) return false;
     if (ficha.tipo == Tipo::kConsulta && ficha.chave.empty()) {
         if (!responderDoGuardado(meios_.config, meios_.fila, ficha)) return false;
         return mudar(ficha, Estado::kEntregue, {.motivo = "respondida do que foi guardado"});
@@ -75,6 +74,16 @@ bool Fluxo::retomar(const Ficha &ficha, const NotaGuardada &guardada) {
            meios_.fila.mudar(ficha.id, Estado::kEnviado, Estado::kRespondido,
                              {.resposta = guardada.resposta, .proximo = 0}, agora, recusas) &&
            transacao.confirmar(recusas);
+}
+
+// Another one has its place, or may have it: then it does not go out.
+bool Fluxo::semLugar(const Ficha &ficha) {
+    if (ficha.tipo != Tipo::kNfce) return false;
+    if (substituta(meios_.fila, ficha))
+        return mudar(ficha, Estado::kRetirado, {.motivo = "outro documento a substitui"}), true;
+    const auto duvida = duvidaDe(meios_.fila, ficha);
+    if (duvida) recusar(ficha, *duvida);
+    return duvida.has_value();
 }
 
 // What a request does not say. None when it has to wait (`esperar`), or was refused.

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <optional>
 #include <utility>
 
 namespace zel::envio {
@@ -31,6 +32,8 @@ struct ServicoDeEnvio::Trabalhador {
     Vigia vigia;
     std::unique_ptr<Fila> fila;
     std::unique_ptr<Transporte> rede{};
+    int geracao = 0;     // of the certificate that `rede` has
+    bool parada = false; // as the queue was last seen
     std::thread linha{};
 };
 
@@ -51,6 +54,7 @@ bool ServicoDeEnvio::comecar(Recusas &recusas) {
         if (!fila) return false;
         auto &este =
             *trabalhadores_.emplace_back(std::make_unique<Trabalhador>(caixa, std::move(fila)));
+        este.geracao = oficina_.geracao();
         este.rede = transporte_();
     }
     for (auto &este : trabalhadores_)
@@ -67,27 +71,46 @@ void ServicoDeEnvio::parar() {
     trabalhadores_.clear();
 }
 
-void ServicoDeEnvio::trabalhar(Trabalhador &este) {
+bool ServicoDeEnvio::renovarRede(Trabalhador &este, Recusas &avisos) {
+    const bool parada = !este.fila->anotado(kAnotacaoParada).empty();
+    if (std::exchange(este.parada, parada) && !parada) oficina_.renovar(este.geracao);
+    oficina_.acompanhar(avisos);
+    const int geracao = oficina_.geracao();
+    if (std::exchange(este.geracao, geracao) == geracao) return false;
+    este.rede = transporte_();
+    return true;
+}
+
+void ServicoDeEnvio::tratar(Trabalhador &este, Fluxo &fluxo, Recusas &avisos, Momento &espera) {
     const std::string &nome = este.caixa.config().diretorio;
-    Fluxo fluxo({config_, oficina_, linha_, relogio_, *este.fila, *este.rede, &ouvinte_});
     const Milissegundos limite = std::chrono::seconds(config_.rede.tempoMaximo);
+    este.caixa.varrer(*este.fila, relogio_.agora(), avisos);
+    int mudancas = 0;
+    for (std::size_t i = 0; i < kPorVez && !parar_; ++i)
+        mudancas += fluxo.tratarProntas(nome, limite, 1);
+    if (mudancas == 0 && !este.parada) fluxo.sondar(nome, limite);
+    avisos.juntar(fluxo.queixas());
+    if (const auto proximo = este.fila->proximo(nome, relogio_.agora()))
+        espera = std::clamp(*proximo - relogio_.agora(), mudancas > 0 ? 0 : kEmVao, kRonda);
+}
+
+void ServicoDeEnvio::trabalhar(Trabalhador &este) {
+    const auto fazer = [&] {
+        return Fluxo({config_, oficina_, linha_, relogio_, *este.fila, *este.rede, &ouvinte_});
+    };
+    std::optional<Fluxo> fluxo(fazer());
     std::string dito;
     while (!parar_) {
         Momento espera = kRonda;
         try {
             Recusas avisos;
-            este.caixa.varrer(*este.fila, relogio_.agora(), avisos);
-            int mudancas = 0;
-            for (std::size_t i = 0; i < kPorVez && !parar_; ++i)
-                mudancas += fluxo.tratarProntas(nome, limite, 1);
-            avisos.juntar(fluxo.queixas());
+            if (renovarRede(este, avisos)) fluxo.emplace(fazer());
+            tratar(este, *fluxo, avisos, espera);
             const std::string texto = avisos.texto();
             if (texto != dito && !texto.empty()) ouvinte_.disse(texto);
             dito = texto;
-            if (const auto proximo = este.fila->proximo(nome, relogio_.agora()))
-                espera = std::clamp(*proximo - relogio_.agora(), mudancas > 0 ? 0 : kEmVao, kRonda);
         } catch (const std::exception &) {
-            ouvinte_.disse(nome + ": falta memória");
+            ouvinte_.disse(este.caixa.config().diretorio + ": falta memória");
         }
         if (!parar_) este.vigia.esperar(Milissegundos(espera));
     }

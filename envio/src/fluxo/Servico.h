@@ -35,6 +35,10 @@ public:
 private:
     struct Trabalhador;
     void trabalhar(Trabalhador &este);
+    // The connection is made anew with a certificate that was opened anew: because its files were
+    // changed, or because somebody said that a stopped queue goes on. Whether it was.
+    bool renovarRede(Trabalhador &este, Recusas &avisos);
+    void tratar(Trabalhador &este, Fluxo &fluxo, Recusas &avisos, Momento &espera);
 
     const Configuracao &config_;
     Oficina &oficina_;

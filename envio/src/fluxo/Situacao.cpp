@@ -30,8 +30,16 @@ void Fluxo::linhaFalhou(const std::string &qual, const std::string &motivo) {
 }
 
 void Fluxo::linhaRespondeu(const std::string &qual) {
-    meios_.linha.respondeu(qual);
+    meios_.linha.respondeu(qual, meios_.relogio.agora());
     if (!meios_.fila.anotado(anotacaoDa(qual)).empty()) meios_.fila.anotar(anotacaoDa(qual), "");
+}
+
+void Fluxo::sondar(const std::string &caixa, Milissegundos limite) {
+    const auto ultimas = meios_.fila.procurar({.caixa = caixa, .maximo = 1});
+    if (ultimas.empty()) return; // it is not known yet whom it will send to
+    const std::string qual = linhaDaFicha(meios_.config, ultimas.front());
+    if (meios_.linha.calada(qual, meios_.relogio.agora()))
+        perguntarServico(qual.substr(0, 2), ultimas.front().tpAmb, limite);
 }
 
 bool Fluxo::perguntarServico(std::string_view cUF, int tpAmb, Milissegundos limite) {

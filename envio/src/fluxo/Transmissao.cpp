@@ -37,6 +37,15 @@ Transmitido resultado(Fila &fila, const Ficha &ficha, Espera espera) {
     return {espera, ficha, fila.mensagem(ficha.id), fila.elemento(ficha.id)};
 }
 
+// In one piece: what is said late of one that is delivered already has its consequence.
+std::optional<std::int64_t> acharUma(const Meios &meios, const Achado &achado, Recusas &recusas) {
+    const Momento agora = meios.relogio.agora();
+    Fila::Transacao transacao(meios.fila);
+    const auto id = meios.fila.achar(achado, agora, recusas);
+    if (id && !achado.substitui.empty()) seguirSubstituicao(meios.fila, *id, agora, recusas);
+    return id && transacao.confirmar(recusas) ? id : std::nullopt;
+}
+
 } // namespace
 
 Transmitido transmitir(const Meios &meios, const Achado &achado, Milissegundos prazo,
@@ -45,7 +54,7 @@ Transmitido transmitir(const Meios &meios, const Achado &achado, Milissegundos p
     const auto resta = [&] {
         return std::chrono::duration_cast<Milissegundos>(fim - Cronometro::now());
     };
-    const auto id = meios.fila.achar(achado, meios.relogio.agora(), recusas);
+    const auto id = acharUma(meios, achado, recusas);
     if (!id) return {};
     Fluxo fluxo(meios);
     fluxo.comAlguemEsperando();
