@@ -83,10 +83,11 @@ constexpr std::string_view kPrecisaDeAlguem =
     "AND n.tipo = d.tipo AND n.estado = 'entregue')) "
     "OR (d.proximo IS NOT NULL AND d.achado < ?) "
     // Authorized, and for the week in which it can be cancelled in doubt of being another's double.
-    "OR (d.estado = 'entregue' AND d.achado > ? - 604800000 AND d.tipo = 1 AND d.chave IN "
-    "(SELECT substr(nome, 8) FROM anotacao WHERE nome >= 'duvida:' AND nome < 'duvida;') "
-    "AND NOT EXISTS (SELECT 1 FROM documento n WHERE n.substitui <> '' AND n.substitui = "
-    "d.chave)))";
+    "OR d.id IN (SELECT v.id FROM anotacao a CROSS JOIN documento v INDEXED BY documento_chave "
+    "WHERE a.nome >= 'duvida:' AND a.nome < 'duvida;' AND v.chave = substr(a.nome, 8) "
+    "AND v.tipo = 1 AND v.estado = 'entregue' AND v.achado > ? - 604800000 AND NOT EXISTS "
+    "(SELECT 1 FROM documento n INDEXED BY documento_substitui "
+    "WHERE n.substitui <> '' AND n.substitui = v.chave)))";
 
 // The authority refused the document because its number is gone already.
 constexpr std::array kNumeroGasto{Desfecho::kJaEsta, Desfecho::kOutraChave,
