@@ -25,6 +25,7 @@ inline constexpr std::string_view kUltimaDanfe = "ultimadanfe.bin";
 inline constexpr std::string_view kDanfePassageiro = "danfe_pdf_temp.xml";
 inline constexpr std::string_view kTrava = "ZEL_Framework.trava";
 inline constexpr std::string_view kDiario = "ZEL_Framework.diario";
+inline constexpr std::string_view kDiarioDanificado = "ZEL_Framework.diario.danificado";
 
 inline constexpr int kLugarDoCupom = 1; // the byte of kTrava that whoever has the receipt locks
 
@@ -34,8 +35,19 @@ inline constexpr std::string_view kRascunhoAntigo = ".novo.antigo";
 
 // Those that are replaced whole.
 inline constexpr std::array kTrocados{
-    kConfig,     kConfigDanificada, kCupom,       kCupomDanificado,     kCupomPendente,   kEnvio,
-    kParametros, kEnvioPendente,    kUltimaDanfe, kParametrosPendentes, kDanfePassageiro, kTrava,
+    kConfig,
+    kConfigDanificada,
+    kCupom,
+    kCupomDanificado,
+    kCupomPendente,
+    kEnvio,
+    kParametros,
+    kEnvioPendente,
+    kUltimaDanfe,
+    kParametrosPendentes,
+    kDanfePassageiro,
+    kTrava,
+    kDiarioDanificado,
 };
 
 // The name of the file that a scratch file or a second name stands beside; empty for another name.

@@ -7,6 +7,7 @@
 #include "diario/Gravacao.h"
 #include "diario/RegistroDiario.h"
 #include "diario/Soma.h"
+#include "disco/Identidade.h"
 #include "disco/Trava.h"
 
 #include <filesystem>
@@ -18,7 +19,8 @@ namespace {
 
 // As the journal of this directory has it.
 LugarDiario lugarDe(const PastaDoAlvo &pasta) {
-    return {somaCrc32(std::filesystem::canonical(pasta / "").string()), 0};
+    return {somaCrc32(std::to_string(noDe(pasta / "").value_or(0))),
+            noDe(pasta / "ZEL_Framework.diario").value_or(0)};
 }
 
 RegistroDiario tirarRegistro(std::string_view &entrada, RegistroDiario registro) {
@@ -28,6 +30,7 @@ RegistroDiario tirarRegistro(std::string_view &entrada, RegistroDiario registro)
         mudanca.forma = FormaMudanca{static_cast<std::uint8_t>(tirarNumero(entrada, 5))};
         mudanca.lugar = static_cast<std::uint64_t>(tirarNumero(entrada, 256));
         mudanca.retirados = static_cast<std::uint64_t>(tirarNumero(entrada, 256));
+        mudanca.noLugar = mudanca.retirados % 2 != 0;
         mudanca.nome = tirarNumero(entrada, 2) == 0 ? "a" : "b";
         mudanca.bytes = tirarAte(entrada, '\n');
         registro.mudancas.push_back(mudanca);
@@ -71,6 +74,7 @@ void jogar(std::string_view texto) {
     pasta.esvaziar();
     esquecerDiario();
     RegistroDiario vazio;
+    pasta.gravar("ZEL_Framework.diario", "");
     vazio.lugar = lugarDe(pasta);
     pasta.gravar("ZEL_Framework.diario", diarioDe(texto, vazio));
     pasta.gravar("a", "antes");

@@ -47,8 +47,7 @@ std::string caminhoArquivo() {
 }
 
 MudancaArquivo mudancaPara(std::string_view texto) {
-    MudancaArquivo mudanca{
-        .nome = kNomeArquivo, .ligacao = Ligacao::kSeguida, .depois = texto, .marcada = true};
+    MudancaArquivo mudanca{.nome = kNomeArquivo, .ligacao = Ligacao::kSeguida, .depois = texto};
     if (G_stRegistroZEL_AUX.arquivo) mudanca.antes = G_stRegistroZEL_AUX.arquivo->texto;
     return mudanca;
 }

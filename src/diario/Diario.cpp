@@ -3,8 +3,11 @@
 
 #include "comum/ArquivosDoCaixa.h"
 #include "diario/Soma.h"
+#include "disco/Arquivo.h"
+#include "disco/ArquivoLog.h"
 #include "disco/Diretorio.h"
 #include "disco/Trava.h"
+#include "recusa/Mascara.h"
 #include "recusa/Recusa.h"
 #include "zel_felbor/codigos.h"
 
@@ -36,8 +39,10 @@ bool lerTrecho(const Descritor &arquivo, std::size_t lugar, std::size_t tamanho,
     return lidos >= 0;
 }
 
-std::uint32_t somaDoCaminho() {
-    return somaCrc32(diretorioSemLigacoes());
+LugarDiario lugarDe(std::uint64_t no) {
+    const std::string diretorio = fnConfigurarPath("");
+    if (temNosPassageiros(diretorio)) return {somaCrc32(diretorioSemLigacoes()), 0};
+    return {somaCrc32(std::to_string(noDe(diretorio).value_or(0))), no};
 }
 
 } // namespace
@@ -66,7 +71,8 @@ Leitura Diario::abrir() {
     alheio_ = dados->st_uid != ::geteuid() && dados->st_uid != 0;
     fim_ = 0;
     ultimo_ = {};
-    ultimo_.lugar = {somaDoCaminho(), dados->st_ino};
+    no_ = dados->st_ino;
+    ultimo_.lugar = lugarDe(no_);
     ultimo_.epoca = agora();
     danificado_ = false;
     setor_.clear();
@@ -170,13 +176,22 @@ void Diario::percorrer(std::string_view bytes, std::vector<RegistroDiario> &regi
     }
 }
 
-// Whether a record is the next one after the last, of a journal that belongs here: one that was
-// copied has another inode, one that was moved away another path.
+// Whether a record is the next one after the last, of a journal that belongs here.
 bool Diario::segue(const RegistroDiario &registro) const {
-    const bool daqui =
-        registro.lugar.no == ultimo_.lugar.no || registro.lugar.caminho == ultimo_.lugar.caminho;
     const bool daEpoca = ultimo_.sequencia == 0 || registro.epoca == ultimo_.epoca;
-    return daqui && daEpoca && registro.sequencia == ultimo_.sequencia + 1;
+    return registro.lugar == ultimo_.lugar && daEpoca &&
+           registro.sequencia == ultimo_.sequencia + 1;
+}
+
+bool Diario::guardarDanificado() {
+    std::string bytes;
+    if (!lerTrecho(arquivo_, 0, tamanho_, bytes)) return falhouArquivo(kNome);
+    bytes.resize(bytes.find_last_not_of('\0') + 1);
+    const std::string_view nome = arquivos::kDiarioDanificado;
+    if (substituirArquivo(fnConfigurarPath(nome), bytes, Acesso::kPrivado) != ZEL_OK) return false;
+    registrarLog("o diário em " + caminhoEmUmaLinha(fnConfigurarPath("")) +
+                 " está danificado ou é de outro diretório; foi guardado em " + std::string(nome));
+    return true;
 }
 
 bool Diario::emDia() {
@@ -191,7 +206,7 @@ bool Diario::emDia() {
 }
 
 bool Diario::temSeuNome() const {
-    return noDe(fnConfigurarPath(kNome)) == ultimo_.lugar.no;
+    return noDe(fnConfigurarPath(kNome)) == no_;
 }
 
 RegistroDiario Diario::preparar(std::vector<MudancaDiario> mudancas,

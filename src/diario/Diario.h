@@ -44,8 +44,9 @@ public:
     bool aberto() const { return arquivo_.aberto(); }
 
     // Whether others had followed the last record read that are damaged, or it is no journal of
-    // here: nothing may follow what it still has.
+    // here: nothing may follow what it still has. What it has is kept beside before it goes.
     bool danificado() const { return danificado_; }
+    bool guardarDanificado();
 
     // Whether the journal ends where this process knows it to: not when another process wrote to it
     // or emptied it since, or when it was removed. Open or looked at, it has the turn extended to
@@ -73,6 +74,7 @@ public:
     // Notes, without a flush, how the files stand that the last record changed. False where that
     // could not be written, which the next reader does without.
     bool carimbar(std::vector<CarimboDiario> carimbos);
+    const std::vector<CarimboDiario> &carimbos() const { return ultimo_.carimbos; }
 
     // Begins anew, flushed, with room for a record of `tamanho` bytes; a damaged one loses all that
     // it had. The files that it speaks of must be flushed before. False with the journal closed, or
@@ -90,6 +92,7 @@ private:
     bool recomecar();
 
     Descritor arquivo_;
+    std::uint64_t no_ = 0;
     bool alheio_ = false;
     std::size_t tamanho_ = 0;
     std::size_t fim_ = 0;   // of the last record

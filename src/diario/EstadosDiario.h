@@ -8,23 +8,41 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace zel {
 
+// A file as a change of the whole left it, and those in its place since.
+struct VersaoDiario {
+    std::string bytes;
+    std::vector<std::pair<std::size_t, std::size_t>> escritos{}; // from, to: written in its place
+
+    // Whether a power cut may leave that of it: the bytes written in its place are those of any
+    // time, whatever did not get to the disk is missing or reads as zero.
+    bool podeDeixar(std::string_view conteudo) const;
+};
+
 struct EstadoDiario {
-    std::string conteudo;
-    bool existia = false;  // before the journal's first record of it
-    bool removido = false; // a later record found it gone
+    std::vector<VersaoDiario> versoes{}; // the last one is what it was left with
+    bool existia = false;                // before the journal's first record of it
+    bool removido = false;               // a later record found it gone
     Acesso acesso = Acesso::kPrivado;
     Ligacao ligacao = Ligacao::kNaoSeguida;
-    std::int64_t limite = 0;            // when its last record had been followed, at the latest
-    std::optional<Identidade> carimbo;  // how it stood after that, where that is known
-    std::vector<Identidade> anteriores; // how it stood before, at any time that is known
+    std::int64_t momento = 0;             // of its last record
+    std::int64_t limite = 0;              // when that had been followed, at the latest
+    std::optional<Identidade> carimbo;    // how it stood after that, where that is known
+    std::vector<Identidade> anteriores{}; // how it stood before, at any time that is known
+
+    const std::string &conteudo() const { return versoes.back().bytes; }
 
     // Whether a file that holds something else was written by somebody else, after the last record;
     // otherwise it is one that lost what was not flushed.
-    bool ehDeOutro(const Identidade &achada) const;
+    bool ehDeOutro(const Identidade &achada, std::string_view conteudo) const;
+
+private:
+    bool mudadaDepois(const Identidade &achada, std::string_view conteudo) const;
 };
 
 class EstadosDiario {

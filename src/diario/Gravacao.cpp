@@ -2,6 +2,7 @@
 #include "diario/Gravacao.h"
 
 #include "diario/Gravador.h"
+#include "diario/Plano.h"
 #include "disco/Diretorio.h"
 #include "disco/Identidade.h"
 #include "disco/Trava.h"
@@ -9,6 +10,7 @@
 #include "zel_felbor/codigos.h"
 
 #include <algorithm>
+#include <iterator>
 #include <pthread.h>
 #include <string>
 #include <utility>
@@ -23,49 +25,30 @@ namespace {
 [[maybe_unused]] const int kNaBifurcacao = ::pthread_atfork(nullptr, nullptr, esquecerDiario);
 
 // One change on its way.
-struct Plano {
+struct Passo {
     const MudancaArquivo *mudanca = nullptr;
-    std::string caminho;
-    Rascunho rascunho;        // of one that is not written where it stands
+    std::string caminho{};
+    ArquivoAchado achado{};
+    bool aberto = false; // was looked at where it is open
+    Plano plano{};
+    Rascunho rascunho{};      // of one that is not written where it stands
     Cadeia *cadeia = nullptr; // none where it was not followed
     bool estreia = false;     // the journal has nothing of the file yet
-    std::string inteiro;      // a whole that took the place of an end
-    bool noLugar = false;     // written where the file stands
-    bool existia = false;
-    Identidade achada;      // where it existed
-    bool seguida = false;   // stands as the journal left it
-    bool aberta = false;    // was looked at where it is open
-    MudancaDiario trecho{}; // what is written there
-    MudancaDiario registro{};
-    std::string_view depois{}; // the whole, where it is not
 };
 
-enum class Ponta { kInicio, kFim };
-
-// How many characters of both are equal, counted from one end: in blocks first, for files of which
-// little changes.
-template <Ponta P>
-std::size_t iguais(std::string_view a, std::string_view b, std::size_t maximo) {
-    const auto parte = [](std::string_view texto, std::size_t feitos, std::size_t n) {
-        return texto.substr(P == Ponta::kInicio ? feitos : texto.size() - feitos - n, n);
-    };
-    std::size_t total = 0;
-    for (const std::size_t bloco : {std::size_t{64}, std::size_t{1}})
-        while (total + bloco <= maximo && parte(a, total, bloco) == parte(b, total, bloco))
-            total += bloco;
-    return total;
-}
-
-// The bytes that differ, as one piece.
-void descreverTrecho(std::string_view antes, std::string_view depois, MudancaDiario &registro) {
-    const std::size_t comum = std::min(antes.size(), depois.size());
-    const std::size_t inicio = iguais<Ponta::kInicio>(antes, depois, comum);
-    const std::size_t fim = iguais<Ponta::kFim>(antes, depois, comum - inicio);
-    registro.forma = FormaMudanca::kTrecho;
-    registro.lugar = inicio;
-    registro.retirados = antes.size() - fim - inicio;
-    registro.bytes = depois.substr(inicio, depois.size() - fim - inicio);
-}
+// All of them, and the record that they are.
+struct Gravacao {
+    std::vector<Passo> passos;
+    std::int64_t momento = 0;
+    std::string registro;
+    bool mudaNomes() const {
+        return std::ranges::any_of(passos, [](const Passo &passo) { return !passo.plano.noLugar; });
+    }
+    bool escreve(std::string_view nome) const {
+        return std::ranges::any_of(passos,
+                                   [&](const Passo &passo) { return passo.mudanca->nome == nome; });
+    }
+};
 
 void esquecerCadeia(std::string_view nome) {
     auto &cadeias = gravador().cadeias;
@@ -74,91 +57,51 @@ void esquecerCadeia(std::string_view nome) {
 
 // Looks at the file, and whether it stands as the journal left it. One that is open need not be
 // looked for, unless a link could lead elsewhere by now.
-Leitura identificar(Plano &plano) {
-    const auto cadeia = gravador().cadeias.find(plano.mudanca->nome);
+Leitura procurar(Passo &passo) {
+    const auto cadeia = gravador().cadeias.find(passo.mudanca->nome);
     const bool conhecida = cadeia != gravador().cadeias.end();
-    plano.aberta = conhecida && plano.mudanca->ligacao == Ligacao::kNaoSeguida &&
-                   identificar(cadeia->second.aberto, plano.achada) &&
-                   plano.achada == cadeia->second.identidade;
-    plano.seguida = plano.aberta;
-    if (plano.aberta) return Leitura::kLido;
-    const Leitura leitura = identificar(plano.caminho, plano.mudanca->ligacao, plano.achada);
-    plano.seguida =
-        leitura == Leitura::kLido && conhecida && plano.achada == cadeia->second.identidade;
+    auto &[existe, nomeLivre, achada, seguido, conteudo] = passo.achado;
+    passo.aberto = seguido = conhecida && passo.mudanca->ligacao == Ligacao::kNaoSeguida &&
+                             identificar(cadeia->second.aberto, achada) &&
+                             achada == cadeia->second.identidade;
+    if (passo.aberto) return Leitura::kLido;
+    const Leitura leitura = identificar(passo.caminho, passo.mudanca->ligacao, achada);
+    seguido = leitura == Leitura::kLido && conhecida && achada == cadeia->second.identidade;
     return leitura;
 }
 
-// Whether a file holds what the caller takes it to hold; one that the journal left so does.
-bool ehOSabido(const Plano &plano) {
-    const auto &antes = plano.mudanca->antes;
-    if (!plano.existia || !antes || plano.achada.tamanho != antes->size()) return false;
-    std::string conteudo;
-    return plano.seguida ||
-           (lerArquivo(plano.caminho, conteudo, plano.mudanca->ligacao) == Leitura::kLido &&
-            conteudo == *antes);
-}
-
-void planejarFim(Plano &plano, const MudancaArquivo::Fim &fim) {
-    plano.noLugar = true;
-    plano.trecho.forma = FormaMudanca::kTrecho;
-    plano.trecho.lugar = fim.lugar;
-    plano.trecho.retirados = fim.tamanho - fim.lugar;
-    plano.trecho.bytes = plano.mudanca->depois;
-    plano.registro = plano.trecho;
-}
-
-bool planejar(const MudancaArquivo &mudanca, Plano &plano) {
-    plano.mudanca = &mudanca;
-    plano.caminho = fnConfigurarPath(mudanca.nome);
-    plano.trecho.nome = mudanca.nome;
-    plano.trecho.acesso = mudanca.acesso;
-    plano.trecho.ligacao = mudanca.ligacao;
-    const Leitura leitura = identificar(plano);
+bool planejar(const MudancaArquivo &mudanca, Passo &passo) {
+    passo.mudanca = &mudanca;
+    passo.caminho = fnConfigurarPath(mudanca.nome);
+    const Leitura leitura = procurar(passo);
     // A link that is not followed makes way.
-    if (leitura == Leitura::kFalha && !ehLigacao(plano.caminho)) return false;
-    plano.existia = leitura == Leitura::kLido;
-    if (mudanca.fim && plano.existia && plano.achada.tamanho == mudanca.fim->tamanho) {
-        planejarFim(plano, *mudanca.fim);
-        if (plano.seguida) return true;
-        // The journal does not know it yet.
-        if (lerArquivo(plano.caminho, plano.inteiro, mudanca.ligacao) != Leitura::kLido)
-            return false;
-        plano.inteiro.resize(std::min(plano.inteiro.size(), mudanca.fim->lugar));
-        plano.inteiro.append(mudanca.depois);
-        plano.registro.forma = FormaMudanca::kInteira;
-        plano.registro.lugar = plano.registro.retirados = 0;
-        plano.registro.bytes = plano.inteiro;
-        return true;
-    }
-    if (mudanca.fim) plano.inteiro = mudanca.fim->inteiro();
-    plano.depois = mudanca.fim ? std::string_view(plano.inteiro) : mudanca.depois;
-    const bool sabido = ehOSabido(plano);
-    if (sabido) descreverTrecho(*mudanca.antes, plano.depois, plano.trecho);
-    plano.noLugar = sabido && mudanca.antes->size() == plano.depois.size();
-    plano.registro = plano.trecho;
-    if (sabido && plano.seguida) return true;
-    plano.registro.forma =
-        leitura == Leitura::kInexistente ? FormaMudanca::kInteiraNova : FormaMudanca::kInteira;
-    plano.registro.lugar = plano.registro.retirados = 0;
-    plano.registro.bytes = plano.depois;
+    if (leitura == Leitura::kFalha && !ehLigacao(passo.caminho)) return false;
+    ArquivoAchado &achado = passo.achado;
+    achado.existe = leitura == Leitura::kLido;
+    achado.nomeLivre = leitura == Leitura::kInexistente;
+    if (precisaDoConteudo(mudanca, achado) &&
+        lerArquivo(passo.caminho, achado.conteudo, mudanca.ligacao) != Leitura::kLido)
+        return false;
+    planejar(mudanca, achado, passo.plano);
     return true;
 }
 
-bool planejarTodas(std::span<const MudancaArquivo> mudancas, std::vector<Plano> &planos) {
-    planos.assign(mudancas.size(), {});
-    for (std::size_t i = 0; i < mudancas.size(); ++i)
-        if (!planejar(mudancas[i], planos[i])) return false;
-    return true;
+bool planejarTodos(std::span<const MudancaArquivo> mudancas, std::vector<Passo> &passos) {
+    passos = std::vector<Passo>(mudancas.size());
+    return std::ranges::equal(mudancas, passos, [](const MudancaArquivo &mudanca, Passo &passo) {
+        return planejar(mudanca, passo);
+    });
 }
 
-RegistroDiario registroDe(const std::vector<Plano> &planos) {
+RegistroDiario registroDe(const std::vector<Passo> &passos) {
     std::vector<MudancaDiario> mudancas;
     std::vector<CarimboDiario> achados;
-    for (const Plano &plano : planos) {
-        mudancas.push_back(plano.registro);
+    for (const auto &[mudanca, caminho, achado, aberto, plano, rascunho, cadeia, estreia] :
+         passos) {
+        std::ranges::copy(plano.mudancas, std::back_inserter(mudancas));
         // What comes back after a power cut is told by it.
-        if (plano.existia && !plano.seguida)
-            achados.push_back({std::string(plano.mudanca->nome), plano.achada});
+        if (achado.existe && !achado.seguido)
+            achados.push_back({std::string(mudanca->nome), achado.identidade});
     }
     for (const std::string &nome : gravador().ausentes)
         achados.push_back({nome, {}});
@@ -166,87 +109,97 @@ RegistroDiario registroDe(const std::vector<Plano> &planos) {
 }
 
 // What takes memory once the record is on the disk, where nothing may fail for want of it.
-void reservar(std::vector<Plano> &planos) {
-    for (Plano &plano : planos) {
-        if (!plano.noLugar) plano.rascunho = rascunhoDe(plano.caminho, plano.mudanca->ligacao);
-        const auto [lugar, nova] = gravador().cadeias.try_emplace(std::string(plano.mudanca->nome));
-        plano.cadeia = &lugar->second;
-        plano.estreia = nova;
+void reservar(std::vector<Passo> &passos) {
+    for (Passo &passo : passos) {
+        if (!passo.plano.noLugar)
+            passo.rascunho = rascunhoDe(passo.caminho, passo.mudanca->ligacao);
+        const auto [lugar, nova] = gravador().cadeias.try_emplace(std::string(passo.mudanca->nome));
+        passo.cadeia = &lugar->second;
+        passo.estreia = nova;
     }
 }
 
 // New files are there, with room for their bytes, before anything has happened.
-bool preparar(const std::vector<Plano> &planos) {
-    return std::ranges::all_of(planos, [](const Plano &plano) {
-        return plano.noLugar ||
-               escreverRascunho(plano.rascunho, plano.depois, plano.mudanca->acesso);
+bool preparar(const Gravacao &gravacao) {
+    return std::ranges::all_of(gravacao.passos, [&](const Passo &passo) {
+        return passo.plano.noLugar || escreverRascunho(passo.rascunho, passo.plano.depois,
+                                                       passo.mudanca->acesso, gravacao.momento);
     });
 }
 
-void abandonar(const std::vector<Plano> &planos) {
-    for (const Plano &plano : planos) {
-        if (!plano.rascunho.nome.empty()) removerArquivo(plano.rascunho.nome);
-        if (plano.estreia) esquecerCadeia(plano.mudanca->nome);
+void abandonar(const std::vector<Passo> &passos) {
+    for (const Passo &passo : passos) {
+        if (!passo.rascunho.nome.empty()) removerArquivo(passo.rascunho.nome);
+        if (passo.estreia) esquecerCadeia(passo.mudanca->nome);
     }
 }
 
 // Opens a file to write in its place, unless it is open. False where it is not the one that was
 // looked at.
-bool abrirSeguida(const Plano &plano, Cadeia &cadeia) {
-    if (plano.aberta && cadeia.aberto.aberto()) return true;
+bool abrirSeguido(const Passo &passo, Cadeia &cadeia) {
+    if (passo.aberto && cadeia.aberto.aberto()) return true;
     Identidade aberta;
     if (!identificar(cadeia.aberto, aberta)) cadeia.aberto.fechar();
-    if (!plano.seguida || !cadeia.aberto.aberto()) {
-        cadeia.aberto = abrirNoLugar(plano.caminho, plano.mudanca->ligacao);
+    if (!passo.achado.seguido || !cadeia.aberto.aberto()) {
+        cadeia.aberto = abrirNoLugar(passo.caminho, passo.mudanca->ligacao);
         if (!identificar(cadeia.aberto, aberta)) return false;
     }
-    return aberta == plano.achada;
+    return aberta == passo.achado.identidade;
+}
+
+bool escreverTrechos(const Passo &passo, const Cadeia &cadeia) {
+    return std::ranges::all_of(passo.plano.mudancas, [&](const MudancaDiario &mudanca) {
+        return mudanca.forma != FormaMudanca::kTrecho ||
+               cadeia.aberto.escrever(mudanca.bytes, mudanca.lugar);
+    });
 }
 
 // Writes a file in its place, and sees how it stands then. It stays open for the next time. False
 // also where somebody was there since it was looked at, or another file has got its name: the next
 // call puts right what stands there.
-bool escreverSobre(const Plano &plano, Cadeia &cadeia) {
-    if (!abrirSeguida(plano, cadeia)) return false;
-    const auto escrever = [&] {
-        return cadeia.aberto.escrever(plano.trecho.bytes, plano.trecho.lugar);
-    };
-    // Here, for the file is not the one that was looked at once a part of it is written.
-    if (!escrever() && !escrever()) {
+bool escreverSobre(const Passo &passo, Cadeia &cadeia, std::int64_t momento) {
+    if (!abrirSeguido(passo, cadeia)) return false;
+    // Twice here, for the file is not the one that was looked at once a part of it is written.
+    if (!escreverTrechos(passo, cadeia) && !escreverTrechos(passo, cadeia)) {
         // The host reads the same file under a number that it took from here.
         if (errno == EBADF) cadeia.aberto.soltar();
         return false;
     }
-    if (!plano.mudanca->marcada) return identificar(cadeia.aberto, cadeia.identidade);
-    // A file that people edit. Another one may have its name, or a link lead elsewhere.
-    Identidade marcada;
-    const bool marca = marcarEscrita(cadeia.aberto, marcada);
-    if (identificar(plano.caminho, plano.mudanca->ligacao, cadeia.identidade) != Leitura::kLido ||
-        cadeia.identidade.no != plano.achada.no)
-        return false;
-    cadeia.marcada = marca && cadeia.identidade == marcada;
-    return true;
+    // Another one may have its name, or a link lead elsewhere.
+    return marcarEscrita(cadeia.aberto, momento, cadeia.identidade, [&](Identidade &identidade) {
+        return identificar(passo.caminho, passo.mudanca->ligacao, identidade) == Leitura::kLido &&
+               identidade.no == passo.achado.identidade.no;
+    });
 }
 
 // Makes one change and sees how the file stands then.
-bool aplicar(const Plano &plano, Cadeia &cadeia) {
+bool aplicar(const Passo &passo, std::int64_t momento) {
+    Cadeia &cadeia = *passo.cadeia;
     cadeia.marcada = false;
-    if (plano.noLugar) return escreverSobre(plano, cadeia);
-    cadeia.aberto.fechar();
-    return instalarRascunho(plano.rascunho) &&
-           identificar(plano.caminho, plano.mudanca->ligacao, cadeia.identidade) == Leitura::kLido;
+    if (passo.plano.noLugar) {
+        if (!escreverSobre(passo, cadeia, momento)) return false;
+    } else {
+        cadeia.aberto.fechar();
+        if (!instalarRascunho(passo.rascunho) ||
+            identificar(passo.caminho, passo.mudanca->ligacao, cadeia.identidade) != Leitura::kLido)
+            return false;
+    }
+    const std::int64_t escrita = cadeia.identidade.escrita;
+    cadeia.marcada =
+        temMarca(cadeia.identidade) && (escrita == momento || escrita == escritaInteira(momento));
+    return true;
 }
 
 // Notes how the files stand that have followed the record; without memory for it the next process
 // does without.
-void carimbarSeguidas(const std::vector<Plano> &planos) {
+void carimbarSeguidas(const Gravacao &gravacao) {
     Gravador &g = gravador();
     try {
         std::vector<CarimboDiario> carimbos;
-        for (const Plano &plano : planos)
-            if (plano.cadeia != nullptr)
-                carimbos.push_back({std::string(plano.mudanca->nome), plano.cadeia->identidade});
-        if (!std::ranges::all_of(planos, &Plano::noLugar)) {
+        for (const Passo &passo : gravacao.passos)
+            if (passo.cadeia != nullptr)
+                carimbos.push_back({std::string(passo.mudanca->nome), passo.cadeia->identidade});
+        if (gravacao.mudaNomes()) {
             g.diretorio = identificarDiretorio(fnConfigurarPath(""));
             carimbos.push_back({"", g.diretorio});
         }
@@ -257,30 +210,26 @@ void carimbarSeguidas(const std::vector<Plano> &planos) {
 }
 
 // The record is on the disk: what fails from here on is put right later. Whether nothing did.
-bool seguir(std::vector<Plano> &planos) {
+bool seguir(Gravacao &gravacao) {
     bool todos = true;
-    for (Plano &plano : planos) {
+    for (Passo &passo : gravacao.passos) {
         // What hinders it once may not hinder it twice.
-        if (aplicar(plano, *plano.cadeia) || aplicar(plano, *plano.cadeia)) continue;
+        if (aplicar(passo, gravacao.momento) || aplicar(passo, gravacao.momento)) continue;
         todos = false;
-        esquecerCadeia(plano.mudanca->nome);
-        plano.cadeia = nullptr;
+        esquecerCadeia(passo.mudanca->nome);
+        passo.cadeia = nullptr;
     }
-    carimbarSeguidas(planos);
+    carimbarSeguidas(gravacao);
     return todos;
 }
 
 // Somebody changed names in the directory: the files that are gone are to stay so, although the
-// directory will have a later time by names of this record.
-void notarAusentes(const std::vector<Plano> &planos) {
+// directory will have a later time by names of this record. One that is written anew is gone no
+// more.
+void notarAusentes(const Gravacao &gravacao) {
     Gravador &g = gravador();
-    const bool nomes = !std::ranges::all_of(planos, &Plano::noLugar);
-    // One that is written anew is gone no more.
-    const auto deixada = [&](const auto &cadeia) {
-        return std::ranges::none_of(
-            planos, [&](const Plano &plano) { return plano.mudanca->nome == cadeia.first; });
-    };
-    if (!nomes || !std::ranges::any_of(g.cadeias, deixada) ||
+    const auto deixada = [&](const auto &cadeia) { return !gravacao.escreve(cadeia.first); };
+    if (!gravacao.mudaNomes() || !std::ranges::any_of(g.cadeias, deixada) ||
         identificarDiretorio(fnConfigurarPath("")) == g.diretorio)
         return;
     for (const auto &[nome, cadeia] : g.cadeias)
@@ -289,17 +238,17 @@ void notarAusentes(const std::vector<Plano> &planos) {
 
 // What is to be written, and a record of it that has room. Once the journal is empty it has the
 // files whole, for which it may have to grow.
-bool planejarRegistro(std::span<const MudancaArquivo> mudancas, std::vector<Plano> &planos,
-                      std::string &registro) {
+bool planejar(std::span<const MudancaArquivo> mudancas, Gravacao &gravacao) {
     Diario &diario = gravador().diario;
     constexpr int kVoltas = 3; // as it is, emptied, grown
     for (int volta = 0; volta < kVoltas; ++volta) {
-        if (!planejarTodas(mudancas, planos)) return false;
-        notarAusentes(planos);
-        const RegistroDiario seguinte = registroDe(planos);
+        if (!planejarTodos(mudancas, gravacao.passos)) return false;
+        notarAusentes(gravacao);
+        const RegistroDiario seguinte = registroDe(gravacao.passos);
         const std::size_t tamanho = tamanhoRegistroDiario(seguinte);
         if (diario.cabe(tamanho)) {
-            registro = escreverRegistroDiario(seguinte);
+            gravacao.momento = seguinte.momento;
+            gravacao.registro = escreverRegistroDiario(seguinte);
             return true;
         }
         if (!esvaziarDiario(tamanho)) return false;
@@ -308,39 +257,32 @@ bool planejarRegistro(std::span<const MudancaArquivo> mudancas, std::vector<Plan
 }
 
 // New files, and the record with which it happens; or nothing of it.
-bool registrar(std::vector<Plano> &planos, const std::string &registro) {
+bool registrar(Gravacao &gravacao) {
     Gravador &g = gravador();
-    bool feito = false;
-    try {
-        reservar(planos);
-        g.mudou = g.atrasado = true; // until every file has followed, even if the process ends here
-        feito = preparar(planos) && g.diario.acrescentar(registro);
-    } catch (...) {
+    const auto desfazer = [&] {
         g.atrasado = false;
-        abandonar(planos);
+        abandonar(gravacao.passos);
+        return false;
+    };
+    try {
+        reservar(gravacao.passos);
+        g.mudou = g.atrasado = true; // until every file has followed, even if the process ends here
+        return (preparar(gravacao) && g.diario.acrescentar(gravacao.registro)) || desfazer();
+    } catch (...) {
+        desfazer();
         throw;
     }
-    if (feito) return true;
-    g.atrasado = false;
-    abandonar(planos);
-    return false;
 }
 
 bool gravarTodos(std::span<const MudancaArquivo> mudancas) {
     Gravador &g = gravador();
     if (!acompanhado() && !recuperar()) return false;
     if (!g.diario.abrirOuCriar() || (g.diario.danificado() && !esvaziarDiario(0))) return false;
-    std::vector<Plano> planos;
-    std::string registro;
-    if (!planejarRegistro(mudancas, planos, registro)) return false;
-    if (!registrar(planos, registro)) return false;
-    const auto escrita = [&](const std::string &nome) {
-        return std::ranges::any_of(planos,
-                                   [&](const Plano &plano) { return plano.mudanca->nome == nome; });
-    };
+    Gravacao gravacao;
+    if (!planejar(mudancas, gravacao) || !registrar(gravacao)) return false;
     for (const std::string &nome : std::exchange(g.ausentes, {}))
-        if (!escrita(nome)) g.cadeias.erase(nome);
-    g.atrasado = !seguir(planos);
+        if (!gravacao.escreve(nome)) g.cadeias.erase(nome);
+    g.atrasado = !seguir(gravacao);
     return true;
 }
 

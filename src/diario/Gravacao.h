@@ -24,7 +24,6 @@ struct MudancaArquivo {
     Ligacao ligacao = Ligacao::kNaoSeguida;
     std::string_view depois{};               // what the file is to hold
     std::optional<std::string_view> antes{}; // what it holds, where that is known for sure
-    bool marcada = false; // its identity is to tell it from whatever others write, at once
     // A new end: `depois` alone takes the place of what stands from `lugar` on in a file of
     // `tamanho` bytes. Where the file is not the one that was left, `inteiro` gives all of it.
     struct Fim {
@@ -36,12 +35,12 @@ struct MudancaArquivo {
 };
 
 // Makes the changes, within a turn (Trava.h): all of them, and durably, or none. A file changes
-// where it stands when its size stays or its end is new, otherwise by a rename, so that readers
-// find it whole. ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
+// where it stands when its size stays and little else changes, or its end is new, otherwise by a
+// rename, so that readers find it whole. ZEL_OK or ZEL_ARQUIVO_INDISPONIVEL.
 int gravarJuntos(std::span<const MudancaArquivo> mudancas);
 
-// The identity that a marked file of the last change was left with; none where others' changes of
-// the next moments could have the same one.
+// The identity that a file of the last change was left with; none where others' changes of the next
+// moments could have the same one.
 std::optional<Identidade> identidadeMarcada(std::string_view nome);
 
 // The identity that a file was left with, or found with as the journal has it; none where that is

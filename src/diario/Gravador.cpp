@@ -42,7 +42,10 @@ bool esvaziarDiario(std::size_t tamanho) {
         return false;
     }
     // Of a damaged journal nobody knows which files it had.
-    if (g.diario.danificado()) descarregarTudoQueHa(fnConfigurarPath(""));
+    if (g.diario.danificado()) {
+        descarregarTudoQueHa(fnConfigurarPath(""));
+        if (!g.diario.guardarDanificado()) return false;
+    }
     if (!g.diario.esvaziar(tamanho)) {
         g.atrasado = true;
         return false;
@@ -56,7 +59,7 @@ namespace {
 
 // Puts a file in the state that the journal has for it, unless somebody wrote it since; a missing
 // one when it was not `removido`.
-bool acertar(const std::string &nome, const EstadoDiario &estado, bool removido) {
+bool acertar(const std::string &nome, const EstadoDiario &estado, bool removido, bool &mudado) {
     Gravador &g = gravador();
     const std::string caminho = fnConfigurarPath(nome);
     // Nobody else's journal leads out of his directory.
@@ -72,13 +75,13 @@ bool acertar(const std::string &nome, const EstadoDiario &estado, bool removido)
         return true;
     case Leitura::kLido:
         if (lerArquivo(caminho, conteudo, ligacao) != Leitura::kLido) return false;
-        if (conteudo != estado.conteudo && estado.ehDeOutro(identidade)) return true;
-        if (conteudo != estado.conteudo || g.perdeu) break;
+        if (conteudo != estado.conteudo() && estado.ehDeOutro(identidade, conteudo)) return true;
+        if (conteudo != estado.conteudo() || g.perdeu) break;
         g.cadeias[nome] = {identidade, {}, false};
         return true;
     }
-    g.mudou = true;
-    if (substituirArquivo(caminho, estado.conteudo, estado.acesso, ligacao) != ZEL_OK ||
+    g.mudou = mudado = true;
+    if (substituirArquivo(caminho, estado.conteudo(), estado.acesso, ligacao) != ZEL_OK ||
         identificar(caminho, ligacao, identidade) != Leitura::kLido)
         return false;
     g.cadeias[nome] = {identidade, {}, false};
@@ -86,13 +89,21 @@ bool acertar(const std::string &nome, const EstadoDiario &estado, bool removido)
 }
 
 // Notes how every file stands that holds what the journal says: the process that wrote them did not
-// come to it, and what somebody takes away from here on is to stay away.
+// come to it, or they were put right here; and what somebody takes away from here on is to stay
+// away. What was known of the last record comes first, for not all may fit.
 void carimbarTudo() {
-    std::vector<CarimboDiario> carimbos;
-    for (const auto &[nome, cadeia] : gravador().cadeias)
-        carimbos.push_back({nome, cadeia.identidade});
-    carimbos.push_back({"", identificarDiretorio(fnConfigurarPath(""))});
-    gravador().diario.carimbar(std::move(carimbos));
+    Gravador &g = gravador();
+    std::vector<CarimboDiario> carimbos{{"", identificarDiretorio(fnConfigurarPath(""))}};
+    for (const CarimboDiario &carimbo : g.diario.carimbos())
+        if (!carimbo.nome.empty()) carimbos.push_back(carimbo);
+    for (const auto &[nome, cadeia] : g.cadeias) {
+        const auto lugar = std::ranges::find(carimbos, nome, &CarimboDiario::nome);
+        if (lugar != carimbos.end())
+            lugar->identidade = cadeia.identidade;
+        else
+            carimbos.push_back({nome, cadeia.identidade});
+    }
+    g.diario.carimbar(std::move(carimbos));
 }
 
 bool acertarTodos(const Diario::Conteudo &conteudo) {
@@ -103,9 +114,10 @@ bool acertarTodos(const Diario::Conteudo &conteudo) {
     const EstadosDiario estados(conteudo);
     // As it was before anything is put right.
     const Identidade diretorio = identificarDiretorio(fnConfigurarPath(""));
+    bool acertou = false;
     for (const auto &[nome, estado] : estados.arquivos())
-        if (!acertar(nome, estado, estados.foiRemovido(estado, diretorio))) return false;
-    if (interrompido && !g.diario.danificado()) carimbarTudo();
+        if (!acertar(nome, estado, estados.foiRemovido(estado, diretorio), acertou)) return false;
+    if ((interrompido || acertou) && !g.diario.danificado()) carimbarTudo();
     return true;
 }
 

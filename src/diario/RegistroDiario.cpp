@@ -11,7 +11,7 @@ namespace zel {
 
 namespace {
 
-constexpr std::string_view kMarca = "ZEL2";
+constexpr std::string_view kMarca = "ZEL3";
 constexpr std::string_view kMarcaCarimbos = "ZELC";
 constexpr std::size_t kAntesDaSoma = 4, kDepoisDaSoma = 8; // bytes from the head's start
 constexpr std::size_t kCabeca = kSetor;
@@ -46,11 +46,12 @@ void corrigir(std::string &bytes, std::size_t lugar, Numero numero) {
     std::ranges::copy(novos, bytes.begin() + static_cast<std::ptrdiff_t>(lugar));
 }
 
-constexpr unsigned kPrivado = 1, kSegue = 2; // bits of a change's mode
+constexpr unsigned kPrivado = 1, kSegue = 2, kEscrito = 4; // bits of a change's mode
 
 constexpr std::uint8_t modoDe(const MudancaDiario &mudanca) {
     return static_cast<std::uint8_t>((mudanca.acesso == Acesso::kPrivado ? kPrivado : 0U) |
-                                     (mudanca.ligacao == Ligacao::kSeguida ? kSegue : 0U));
+                                     (mudanca.ligacao == Ligacao::kSeguida ? kSegue : 0U) |
+                                     (mudanca.noLugar ? kEscrito : 0U));
 }
 
 void escreverNome(std::string &bytes, std::string_view nome) {
@@ -73,7 +74,7 @@ std::string escreverCabeca(std::string_view marca, const RegistroDiario &registr
     escrever(bytes, registro.sequencia);
     escrever(bytes, registro.momento);
     escrever(bytes, registro.lugar.no);
-    escrever(bytes, registro.lugar.caminho);
+    escrever(bytes, registro.lugar.diretorio);
     escrever(bytes, static_cast<std::uint32_t>(conteudo.size()));
     escrever(bytes, somaCrc32(conteudo));
     const std::size_t lugarDaConta = bytes.size();
@@ -143,6 +144,7 @@ MudancaDiario lerMudanca(Leitor &leitor) {
     mudanca.forma = FormaMudanca{leitor.numero<std::uint8_t>()};
     const unsigned modo = leitor.numero<std::uint8_t>();
     mudanca.acesso = (modo & kPrivado) != 0 ? Acesso::kPrivado : Acesso::kUmask;
+    mudanca.noLugar = (modo & kEscrito) != 0;
     mudanca.ligacao = (modo & kSegue) != 0 ? Ligacao::kSeguida : Ligacao::kNaoSeguida;
     mudanca.lugar = leitor.numero<std::uint64_t>();
     mudanca.retirados = leitor.numero<std::uint64_t>();
@@ -197,7 +199,7 @@ std::optional<CabecaDiario> lerCabecaDiario(std::string_view bytes) {
     registro.sequencia = leitor.numero<std::uint64_t>();
     registro.momento = leitor.numero<std::int64_t>();
     registro.lugar.no = leitor.numero<std::uint64_t>();
-    registro.lugar.caminho = leitor.numero<std::uint32_t>();
+    registro.lugar.diretorio = leitor.numero<std::uint32_t>();
     cabeca.tamanho = leitor.numero<std::uint32_t>();
     cabeca.soma = leitor.numero<std::uint32_t>();
     registro.carimbos = lerCarimbos(leitor);

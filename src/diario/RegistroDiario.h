@@ -3,7 +3,7 @@
 // little-endian. Knows neither files nor what they hold.
 //
 //   record     = head payload zeros         up to a multiple of 4096 bytes
-//   head       = "ZEL2" crc32:4 epoch:8 sequence:8 moment:8 inode:8 place:4 size:4 payloadCrc32:4
+//   head       = "ZEL3" crc32:4 epoch:8 sequence:8 moment:8 inode:8 place:4 size:4 payloadCrc32:4
 //                stamps zeros               512 bytes
 //   payload    = count:1 {change}
 //   stamps     = count:1 {length:1 name inode:8 size:8 changed:8 written:8}
@@ -12,15 +12,18 @@
 // `crc32` is taken over what follows it up to the end of the stamps, which are told even where the
 // record is torn, `payloadCrc32` over the `size` bytes of the payload. `epoch` is the moment at
 // which the journal last began anew, `sequence` counts from 1 since then. `place` is the checksum
-// of the data directory's path, `inode` the journal's own: a journal that was copied elsewhere has
-// neither. `mode` is 1 for a private file, plus 2 where a link is followed. `moment`, `changed`
-// (ctime) and `written` (mtime) are nanoseconds since 1970.
+// of the data directory's inode, `inode` the journal's own: one that was copied or moved here has
+// others. Where inodes get other numbers at each mount it is the directory's path, and 0. `mode` is
+// 1 for a private file, plus 2 where a link is followed,
+// plus 4 for a piece that is written where the file stands. `moment`, `changed` (ctime) and
+// `written` (mtime) are nanoseconds since 1970.
 //
 // After the last record stands a head alone, with "ZELC" and its stamps: the next record takes its
 // place and has them, too.
 //
-// A name is that of an entry of the data directory: a record with another one is not read, for a
-// checksum is no proof of who wrote it.
+// A file that is written in its place has one change for each piece of it, after the whole where
+// the records before it have none. A name is that of an entry of the data directory: a record with
+// another one is not read, for a checksum is no proof of who wrote it.
 #pragma once
 
 #include "disco/Arquivo.h"
@@ -53,6 +56,7 @@ struct MudancaDiario {
     std::uint64_t lugar = 0;
     std::uint64_t retirados = 0;
     std::string_view bytes;
+    bool noLugar = false; // a piece that is written where the file stands
 };
 
 // How a file stood after a change: whoever writes it later leaves another one. The directory's own
@@ -65,8 +69,9 @@ struct CarimboDiario {
 
 // Where a journal belongs.
 struct LugarDiario {
-    std::uint32_t caminho = 0; // checksum of the path
+    std::uint32_t diretorio = 0; // checksum of what names it
     std::uint64_t no = 0;
+    friend bool operator==(const LugarDiario &, const LugarDiario &) = default;
 };
 
 struct RegistroDiario {

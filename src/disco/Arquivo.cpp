@@ -116,17 +116,26 @@ bool herdarPermissoes(const Descritor &arquivo, const struct stat &antigo) {
     return ::fchmod(arquivo.fd(), antigo.st_mode & 07777) == 0;
 }
 
-enum class Descarga { kJa, kNenhuma };
+// Flushed, or with the time of writing that it is to have.
+bool terminar(const Descritor &arquivo, std::optional<std::int64_t> momento) {
+    if (!momento) return arquivo.descarregar();
+    Identidade marcada; // where it can be
+    return marcarEscrita(arquivo, *momento, marcada, [&](Identidade &identidade) {
+        const auto dados = arquivo.situacao();
+        if (dados) identidade = identidadeDe(*dados);
+        return dados.has_value();
+    });
+}
 
 bool escreverNovo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
-                  const std::optional<struct stat> &antigo, Descarga descarga = Descarga::kJa) {
+                  const std::optional<struct stat> &antigo,
+                  std::optional<std::int64_t> momento = {}) {
     const mode_t permissoes = acesso == Acesso::kUmask ? 0666 : 0600;
     Descritor arquivo(caminho.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, permissoes);
     const bool escrito =
         arquivo.aberto() &&
         (acesso == Acesso::kUmask || !antigo || herdarPermissoes(arquivo, *antigo)) &&
-        arquivo.escrever(conteudo) && (descarga == Descarga::kNenhuma || arquivo.descarregar()) &&
-        arquivo.fechar();
+        arquivo.escrever(conteudo) && terminar(arquivo, momento) && arquivo.fechar();
     return escrito || falhouArquivo(caminho);
 }
 
@@ -136,7 +145,7 @@ std::string destinoDe(const std::string &caminho, Ligacao ligacao) {
 
 // The scratch file of one that is to be replaced; none when that is no regular file.
 bool escreverAoLado(const Rascunho &rascunho, std::string_view conteudo, Acesso acesso,
-                    Descarga descarga) {
+                    std::optional<std::int64_t> momento) {
     const auto &[destino, novo] = rascunho;
     const auto antigo = situacao(destino);
     if (!antigo && !naoExiste()) return falhouArquivo(destino);
@@ -144,7 +153,7 @@ bool escreverAoLado(const Rascunho &rascunho, std::string_view conteudo, Acesso 
         return naoEhArquivo(destino);
     // The mode of a link says nothing.
     const auto modelo = antigo && S_ISREG(antigo->st_mode) ? antigo : std::nullopt;
-    const auto escrever = [&] { return escreverNovo(novo, conteudo, acesso, modelo, descarga); };
+    const auto escrever = [&] { return escreverNovo(novo, conteudo, acesso, modelo, momento); };
     if (escrever()) return true;
     // Left by a process that died.
     if (errno == EEXIST && removerArquivo(novo) && escrever()) return true;
@@ -209,7 +218,7 @@ int substituirArquivo(const std::string &caminho, std::string_view conteudo, Ace
     const Rascunho rascunho = rascunhoDe(caminho, ligacao);
     const auto &[destino, novo] = rascunho;
     const Vizinhos vizinhos(destino);
-    if (!escreverAoLado(rascunho, conteudo, acesso, Descarga::kJa)) return arquivoIndisponivel();
+    if (!escreverAoLado(rascunho, conteudo, acesso, {})) return arquivoIndisponivel();
     if (tomarLugar(novo, destino, vizinhos)) return ZEL_OK;
     const int erro = errno;
     removerArquivo(novo);
@@ -266,8 +275,9 @@ Rascunho rascunhoDe(const std::string &caminho, Ligacao ligacao) {
     return {std::move(destino), std::move(nome)};
 }
 
-bool escreverRascunho(const Rascunho &rascunho, std::string_view conteudo, Acesso acesso) {
-    return escreverAoLado(rascunho, conteudo, acesso, Descarga::kNenhuma);
+bool escreverRascunho(const Rascunho &rascunho, std::string_view conteudo, Acesso acesso,
+                      std::int64_t momento) {
+    return escreverAoLado(rascunho, conteudo, acesso, momento);
 }
 
 bool instalarRascunho(const Rascunho &rascunho) {

@@ -13,6 +13,7 @@
 #include "disco/Identidade.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -63,8 +64,10 @@ struct Rascunho {
 };
 Rascunho rascunhoDe(const std::string &caminho, Ligacao ligacao);
 
-// Writes it, without a flush, or puts it in the place of its file.
-bool escreverRascunho(const Rascunho &rascunho, std::string_view conteudo, Acesso acesso);
+// Writes it, without a flush and with `momento` as its time of writing, or puts it in the place of
+// its file.
+bool escreverRascunho(const Rascunho &rascunho, std::string_view conteudo, Acesso acesso,
+                      std::int64_t momento);
 bool instalarRascunho(const Rascunho &rascunho);
 
 // Opens a file to write in its place, and notes which one it is, to be kept; without waiting,

@@ -6,28 +6,27 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <iterator>
+#include <sys/vfs.h>
 #include <time.h>
 
 namespace zel {
 
 namespace {
 
-constexpr std::int64_t kSegundo = 1'000'000'000; // nanoseconds
+constexpr std::int64_t kSegundo = 1'000'000'000;   // nanoseconds
+constexpr std::int64_t kMaiorPasso = 2 * kSegundo; // of a file system's clock: FAT
 
 constexpr std::int64_t emNanossegundos(const timespec &momento) {
     return momento.tv_sec * kSegundo + momento.tv_nsec;
 }
 
-timespec momentoAtual() {
-    timespec momento{};
-    ::clock_gettime(CLOCK_REALTIME, &momento);
-    return momento;
-}
-
 } // namespace
 
 std::int64_t agora() {
-    return emNanossegundos(momentoAtual());
+    timespec momento{};
+    ::clock_gettime(CLOCK_REALTIME, &momento);
+    return emNanossegundos(momento);
 }
 
 bool naoExiste() {
@@ -64,18 +63,27 @@ bool identificar(const Descritor &arquivo, Identidade &identidade) {
 }
 
 bool assentada(const Identidade &identidade) {
-    constexpr std::int64_t kMaiorPasso = 2 * kSegundo; // FAT
     return agora() - std::max(identidade.mudanca, identidade.escrita) > kMaiorPasso + kSegundo;
 }
 
-bool marcarEscrita(const Descritor &arquivo, Identidade &identidade) {
-    const timespec momento = momentoAtual();
-    const timespec acessoEEscrita[] = {{0, UTIME_OMIT}, momento};
-    const bool marcada = ::futimens(arquivo.fd(), acessoEEscrita) == 0;
-    // The time of the change remains the system's, and so does that of whoever writes next.
-    return identificar(arquivo, identidade) && marcada &&
-           identidade.escrita == emNanossegundos(momento) &&
-           identidade.escrita != identidade.mudanca;
+// The time of the change remains the system's, and so does that of whoever writes next.
+void darEscrita(const Descritor &arquivo, std::int64_t momento) {
+    const timespec acessoEEscrita[] = {{0, UTIME_OMIT}, {momento / kSegundo, momento % kSegundo}};
+    static_cast<void>(::futimens(arquivo.fd(), acessoEEscrita) == 0);
+}
+
+std::int64_t escritaInteira(std::int64_t momento) {
+    return momento / kMaiorPasso * kMaiorPasso - kMaiorPasso;
+}
+
+bool temNosPassageiros(const std::string &diretorio) {
+    // statfs(2): FAT, exFAT, FUSE, CIFS, SMB2, 9P, VirtualBox.
+    constexpr unsigned long kPassageiros[] = {0x4d44,     0x2011bab0, 0x65735546, 0xff534d42,
+                                              0xfe534d42, 0x01021997, 0x786f4256};
+    struct statfs dados {};
+    return ::statfs(diretorio.c_str(), &dados) != 0 ||
+           std::ranges::find(kPassageiros, static_cast<std::uint32_t>(dados.f_type)) !=
+               std::end(kPassageiros);
 }
 
 std::optional<std::uint64_t> noDe(const std::string &caminho) {

@@ -51,10 +51,30 @@ bool identificar(const Descritor &arquivo, Identidade &identidade);
 // whatever the file system's clock ticks in.
 bool assentada(const Identidade &identidade);
 
-// Gives a file that was just written this very nanosecond as its time of writing, which no other
-// writer leaves: their changes show, even those within the same tick. False where the file system
-// keeps no such times, or the file is somebody else's; `identidade` is the file's either way.
-bool marcarEscrita(const Descritor &arquivo, Identidade &identidade);
+// Gives a file that was just written a nanosecond of its own as its time of writing, or a second of
+// before where the file system keeps whole ones, which no other writer leaves: their changes show,
+// even those within the same tick. What `ver` sees then in `identidade` tells whether that was
+// done; it is not where the file is somebody else's. False when `ver` is.
+void darEscrita(const Descritor &arquivo, std::int64_t momento);
+std::int64_t escritaInteira(std::int64_t momento);
+template <class Ver>
+bool marcarEscrita(const Descritor &arquivo, std::int64_t momento, Identidade &identidade,
+                   Ver ver) {
+    for (const std::int64_t escrita : {momento, escritaInteira(momento)}) {
+        darEscrita(arquivo, escrita);
+        if (!ver(identidade)) return false;
+        if (identidade.escrita == escrita) break;
+    }
+    return true;
+}
+// Whether a file has a time of writing that the system does not give.
+inline bool temMarca(const Identidade &identidade) {
+    return identidade.escrita != identidade.mudanca;
+}
+
+// Whether the file systems that gives inodes other numbers at each mount, as FAT does, has that
+// directory.
+bool temNosPassageiros(const std::string &diretorio);
 
 // The inode under a name, links followed; none when that cannot be known.
 std::optional<std::uint64_t> noDe(const std::string &caminho);

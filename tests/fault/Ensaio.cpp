@@ -109,7 +109,7 @@ Retrato retratarArquivos(const std::string &diretorio) {
     // component's. The journal is the way there, not what is there.
     std::erase_if(retrato.arquivos, [](const auto &arquivo) {
         return arquivo.first.ends_with(".novo") || arquivo.first.ends_with(".antigo") ||
-               arquivo.first == "retorno.xml" || arquivo.first == kDiario;
+               arquivo.first == "retorno.xml" || arquivo.first.starts_with(kDiario);
     });
     return retrato;
 }

@@ -75,6 +75,7 @@ protected:
         disco::revelar(ensaio_.diretorio(), {});
         for (const auto &[nome, bytes] : foto)
             escrever(nome.c_str(), bytes);
+        disco::reconhecerDiario(ensaio_.diretorio(), foto);
     }
 
     // Somebody writes a file, now.

@@ -51,7 +51,7 @@ protected:
     }
     int mudar(const char *nome, const char *depois) const {
         const std::string antes = pasta.ler(nome);
-        return gravar({{.nome = nome, .depois = depois, .antes = antes, .marcada = true}});
+        return gravar({{.nome = nome, .depois = depois, .antes = antes}});
     }
     // As another process, or this one after a power cut.
     static void recomecar() {
@@ -120,8 +120,12 @@ TEST_F(Gravacao, arquivo_trocado_durante_a_descarga_recebe_a_mudanca) {
     pasta.gravar("a", "00");
     ASSERT_EQ(mudar("a", "10"), ZEL_OK);
     naDescarga = [&] {
-        pasta.gravar("novo", "99");
-        fs::rename(pasta / "novo", pasta / "a");
+        struct stat dados {};
+        do { // within one step of the clock
+            pasta.gravar("novo", "99");
+            fs::rename(pasta / "novo", pasta / "a");
+            ASSERT_EQ(::stat((pasta / "a").c_str(), &dados), 0);
+        } while (dados.st_mtim.tv_nsec != dados.st_ctim.tv_nsec);
     };
     ASSERT_EQ(mudar("a", "20"), ZEL_OK);
     EXPECT_FALSE(identidadeMarcada("a"));
@@ -230,6 +234,116 @@ TEST_F(Gravacao, diario_levado_e_refeito_na_abertura_seguinte) {
     EXPECT_TRUE(fs::exists(pasta / kDiario));
 }
 
+// Nothing lies between the call and the edit, which takes another inode or the same one.
+TEST_F(Gravacao, o_que_se_edita_logo_depois_fica) {
+    for (const bool troca : {true, false}) {
+        SCOPED_TRACE(troca);
+        pasta.gravar("a", "00");
+        recomecar();
+        for (int vez = 0; vez < 50; ++vez) {
+            ASSERT_EQ(mudar("a", vez % 2 == 0 ? "10" : "20"), ZEL_OK);
+            pasta.gravar(troca ? "novo" : "a", "99");
+            if (troca) fs::rename(pasta / "novo", pasta / "a");
+            recomecar();
+            ASSERT_EQ(pasta.ler("a"), "99");
+        }
+    }
+}
+
+// Of another directory on the same disk, with its inode; and copied over this one's file.
+TEST_F(Gravacao, diario_de_outro_caixa_e_guardado_e_nao_usado) {
+    for (const bool copiado : {false, true}) {
+        SCOPED_TRACE(copiado);
+        const PastaTemporaria outra;
+        serDiretorioDeDados(outra);
+        ASSERT_EQ(gravar({{.nome = "a", .depois = "dele"}}), ZEL_OK);
+        const std::string dele = outra.ler(kDiario);
+        serDiretorioDeDados(pasta);
+        ASSERT_EQ(gravar({{.nome = "a", .depois = "daqui"}}), ZEL_OK);
+        esquecerDiario();
+        if (copiado)
+            pasta.gravar(kDiario, dele);
+        else
+            fs::rename(outra / kDiario, pasta / kDiario);
+        ASSERT_EQ(acompanharDiario(), ZEL_OK);
+        EXPECT_EQ(pasta.ler("a"), "daqui");
+        ASSERT_EQ(gravar({{.nome = "b", .depois = "1"}}), ZEL_OK);
+        const std::string guardado = pasta.ler("ZEL_Framework.diario.danificado");
+        EXPECT_FALSE(guardado.empty());
+        EXPECT_TRUE(dele.starts_with(guardado));
+    }
+}
+
+// The disk lost the last records of a journal, not the files that followed them.
+TEST_F(Gravacao, fim_de_zeros_nao_leva_o_que_os_arquivos_tem) {
+    for (std::size_t registros = 1; registros <= 3; ++registros) {
+        SCOPED_TRACE(registros);
+        fs::remove(pasta / kDiario);
+        recomecar();
+        pasta.gravar("a", "00");
+        ASSERT_EQ(mudar("a", "10"), ZEL_OK);
+        ASSERT_EQ(gravar({{.nome = "b", .depois = "1"}}), ZEL_OK);
+        ASSERT_EQ(mudar("a", "20"), ZEL_OK);
+        const MudancaArquivo fim{
+            .nome = "b", .depois = "2", .fim = MudancaArquivo::Fim{1, 1, [] { return "12"; }}};
+        ASSERT_EQ(gravar({fim}), ZEL_OK);
+        std::string diario = pasta.ler(kDiario);
+        const std::size_t lugar = registros * kBloco;
+        pasta.gravar(kDiario,
+                     diario.replace(lugar, diario.size() - lugar, diario.size() - lugar, '\0'));
+        recomecar();
+        EXPECT_EQ(pasta.ler("a"), "20");
+        EXPECT_EQ(pasta.ler("b"), "12");
+    }
+}
+
+// One record of a file, its times (changed, written; 0: unknown) and its inode, 1; then what is
+// found.
+TEST(EstadosDiario, de_quem_e_o_que_se_acha) {
+    constexpr std::int64_t kSegundo = 1'000'000'000, kMarca = 100 * kSegundo + 7,
+                           kPasso = 100 * kSegundo;
+    const struct {
+        const char *descricao;
+        std::int64_t carimbo[2];
+        Identidade achada;
+        const char *conteudo;
+        bool deOutro;
+    } casos[] = {
+        {"torn as left", {kPasso, kMarca}, {1, 0, kPasso, kMarca}, "xx", false},
+        {"torn before it got its time", {kPasso, kMarca}, {1, 0, kPasso, kPasso}, "a?", false},
+        {"short", {kPasso, kMarca}, {1, 0, kPasso, kPasso}, "a", false},
+        {"zeros", {kPasso, kMarca}, {1, 0, kPasso, kPasso}, "\0c", false},
+        {"another inode in the same step", {kPasso, kMarca}, {2, 0, kPasso, kPasso}, "a?", true},
+        {"the same inode, other bytes", {kPasso, kMarca}, {1, 0, kPasso, kPasso}, "x?", true},
+        {"longer", {kPasso, kMarca}, {1, 0, kPasso, kPasso}, "abc", true},
+        {"older", {kPasso, kMarca}, {2, 0, kPasso - 1, kPasso - 1}, "xx", false},
+        {"later", {kPasso, kMarca}, {1, 0, kPasso + 1, kPasso + 1}, "a?", true},
+        {"another mode", {kPasso, kMarca}, {1, 0, kPasso + 1, kMarca}, "xx", false},
+        {"of its record", {0, 0}, {1, 0, kPasso, kMarca}, "xx", false},
+        {"of a lost record", {0, 0}, {1, 0, kPasso, kMarca + 1}, "xx", true},
+        {"not yet marked", {0, 0}, {1, 0, kPasso + kSegundo, kPasso + kSegundo}, "xx", false},
+        {"a minute later", {0, 0}, {1, 0, 200 * kSegundo, 200 * kSegundo}, "ab", true},
+    };
+    for (const auto &caso : casos) {
+        SCOPED_TRACE(caso.descricao);
+        Diario::Conteudo conteudo;
+        RegistroDiario registro;
+        registro.momento = kMarca;
+        registro.mudancas = {{.nome = "a", .bytes = "ab"},
+                             {.nome = "a",
+                              .forma = FormaMudanca::kTrecho,
+                              .lugar = 1,
+                              .retirados = 1,
+                              .bytes = "b",
+                              .noLugar = true}};
+        conteudo.registros.push_back(registro);
+        if (caso.carimbo[0] != 0)
+            conteudo.carimbos = {{"a", {1, 2, caso.carimbo[0], caso.carimbo[1]}}};
+        const EstadosDiario estados(conteudo);
+        EXPECT_EQ(estados.arquivos().at("a").ehDeOutro(caso.achada, caso.conteudo), caso.deOutro);
+    }
+}
+
 // The clock was an hour ahead and was put right: what comes back from before that is later than the
 // record, and nobody else's all the same.
 TEST(EstadosDiario, arquivo_de_antes_do_relogio_atrasado_nao_e_de_outro) {
@@ -247,6 +361,6 @@ TEST(EstadosDiario, arquivo_de_antes_do_relogio_atrasado_nao_e_de_outro) {
     conteudo.carimbos = {{"a", as(1001)}};
     const EstadosDiario estados(conteudo);
     const EstadoDiario &a = estados.arquivos().at("a");
-    EXPECT_FALSE(a.ehDeOutro(as(1100)));
-    EXPECT_TRUE(a.ehDeOutro(as(1200)));
+    EXPECT_FALSE(a.ehDeOutro(as(1100), ""));
+    EXPECT_TRUE(a.ehDeOutro(as(1200), ""));
 }

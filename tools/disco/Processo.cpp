@@ -50,6 +50,17 @@ Fotografia fotografar(const std::string &diretorio) {
     return fotografia;
 }
 
+void reconhecerDiario(const std::string &diretorio, const Fotografia &fotografia) {
+    constexpr std::size_t kLugarDoNo = 32;
+    for (const auto &[nome, bytes] : fotografia) {
+        std::uint64_t no = 0;
+        if (!ehDiario(nome) || bytes.size() < kLugarDoNo + sizeof no) continue;
+        for (std::size_t i = sizeof no; i-- > 0;)
+            no = no << 8 | static_cast<unsigned char>(bytes[kLugarDoNo + i]);
+        if (no != 0) contarNo(diretorio + nome, no);
+    }
+}
+
 void revelar(const std::string &diretorio, const Fotografia &fotografia, Idade idade) {
     for (const fs::directory_entry &entrada : fs::directory_iterator(diretorio))
         fs::remove_all(entrada.path());
@@ -61,6 +72,7 @@ void revelar(const std::string &diretorio, const Fotografia &fotografia, Idade i
         fs::permissions(diretorio + nome, fs::perms::owner_read | fs::perms::owner_write);
     }
     envelhecer(diretorio, idade);
+    reconhecerDiario(diretorio, fotografia);
 }
 
 int emOutroProcesso(const std::function<int()> &acao) {

@@ -17,6 +17,9 @@ Fotografia fotografar(const std::string &diretorio);
 void revelar(const std::string &diretorio, const Fotografia &fotografia,
              Idade idade = Idade::kAntiga);
 
+// The journal that was written there as in the photograph is told to be the file that it names.
+void reconhecerDiario(const std::string &diretorio, const Fotografia &fotografia);
+
 // Runs `acao` in a process of its own. Its answer (0 to 125), kMorto where a plan ended it, or
 // kSemResposta when it crashed, or said nothing for a minute.
 inline constexpr int kSemResposta = 126;

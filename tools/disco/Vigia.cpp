@@ -27,6 +27,11 @@ std::map<ino_t, std::pair<Tempos, Tempos>> &envelhecidos() {
     return tempos;
 }
 
+std::map<ino_t, ino_t> &nosContados() {
+    static std::map<ino_t, ino_t> nos;
+    return nos;
+}
+
 // By path, what was told last.
 std::map<std::string, Tempos> &vistos() {
     static std::map<std::string, Tempos> tempos;
@@ -40,6 +45,8 @@ void trocar(timespec &tempo, const timespec &verdadeiro, const timespec &contado
 int contarIdade(int resultado, struct stat *dados) {
     if (resultado != 0) return resultado;
     const auto antigo = envelhecidos().find(dados->st_ino);
+    if (const auto no = nosContados().find(dados->st_ino); no != nosContados().end())
+        dados->st_ino = no->second;
     if (antigo == envelhecidos().end()) return resultado;
     const auto &[verdadeiros, contados] = antigo->second;
     trocar(dados->st_ctim, verdadeiros.mudanca, contados.mudanca);
@@ -131,6 +138,7 @@ Vigia::Destino Vigia::julgar(Chamada chamada) {
 void envelhecer(const std::string &diretorio, Idade idade) {
     namespace fs = std::filesystem;
     envelhecidos().clear();
+    nosContados().clear();
     std::vector<fs::path> todos{diretorio};
     for (const fs::directory_entry &entrada : fs::directory_iterator(diretorio))
         todos.push_back(entrada.path());
@@ -144,6 +152,11 @@ void envelhecer(const std::string &diretorio, Idade idade) {
         envelhecidos()[dados.st_ino] = {{dados.st_ctim, dados.st_mtim},
                                         recente ? visto->second : Tempos{{1, 0}, {1, 0}}};
     }
+}
+
+void contarNo(const std::string &caminho, ino_t no) {
+    struct stat dados {};
+    if (::stat(caminho.c_str(), &dados) == 0) nosContados()[dados.st_ino] = no;
 }
 
 void ver(const Evento &evento) {

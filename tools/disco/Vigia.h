@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <sys/types.h>
 #include <vector>
 
 namespace disco {
@@ -105,6 +106,8 @@ private:
 enum class Idade { kAntiga, kVista };
 void envelhecer(const std::string &diretorio, Idade idade);
 void ver(const Evento &evento); // any; those of kSituacao tell times
+// The inode of a file that was made anew, as the one that came back; to the next `envelhecer`.
+void contarNo(const std::string &caminho, ino_t no);
 
 // The seconds that `time` answers from now on, so that two runs write the same bytes; 0 for the
 // real ones.
