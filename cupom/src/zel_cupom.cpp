@@ -9,6 +9,7 @@
 #include "comum/Arquivo.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -178,42 +179,47 @@ int definirPerfil(zel_cupom &recibo, const std::string &perfil) {
     return ZEL_CUPOM_OK;
 }
 
+// What the codes mean, for people.
+struct Descricao {
+    int codigo;
+    const char *texto;
+};
+constexpr Descricao kDescricoes[] = {
+    {ZEL_CUPOM_OK, "feito"},
+    {ZEL_CUPOM_ARGUMENTO, "argumento nulo ou fora dos valores aceitos"},
+    {ZEL_CUPOM_MEMORIA, "falta memoria"},
+    {ZEL_CUPOM_LONGO, "o cupom passa do maior texto ou do maior papel"},
+    {ZEL_CUPOM_FONTE, "nenhuma fonte monoespacada: arquivo ausente, ilegivel ou de outro tipo"},
+    {ZEL_CUPOM_LOGOTIPO, "logotipo ilegivel, grande demais ou que nao e PNG"},
+    {ZEL_CUPOM_ARQUIVO, "o arquivo nao pode ser gravado"},
+    {ZEL_CUPOM_DESENHO, "falha da biblioteca de desenho"},
+    {ZEL_CUPOM_PERFIL, "perfil de impressora desconhecido ou errado"},
+    {ZEL_CUPOM_AUSENTE, "a impressora nao foi encontrada"},
+    {ZEL_CUPOM_RECUSADA, "a impressora recusa a ligacao: em uso, sem permissao ou sem servico"},
+    {ZEL_CUPOM_TEMPO, "a impressora nao respondeu ou parou de receber"},
+    {ZEL_CUPOM_INTERROMPIDA, "a impressora falhou no meio"},
+    {ZEL_CUPOM_SEM_PAPEL, "a impressora esta sem papel"},
+    {ZEL_CUPOM_TAMPA, "a tampa da impressora esta aberta"},
+    {ZEL_CUPOM_FORA_DE_LINHA, "a impressora esta fora de linha"},
+};
+
+// In the order of Estado and of Envio; a job that stood still has the code of the printer's state.
+constexpr std::array kCodigoDoEstado{0, int{ZEL_CUPOM_OK}, int{ZEL_CUPOM_SEM_PAPEL},
+                                     int{ZEL_CUPOM_TAMPA}, int{ZEL_CUPOM_FORA_DE_LINHA}};
+constexpr std::array kCodigoDoEnvio{int{ZEL_CUPOM_OK},          int{ZEL_CUPOM_ARGUMENTO},
+                                    int{ZEL_CUPOM_ARQUIVO},     int{ZEL_CUPOM_AUSENTE},
+                                    int{ZEL_CUPOM_RECUSADA},    int{ZEL_CUPOM_TEMPO},
+                                    int{ZEL_CUPOM_INTERROMPIDA}};
+static_assert(kCodigoDoEstado.size() == static_cast<std::size_t>(Estado::kForaDeLinha) + 1);
+static_assert(kCodigoDoEnvio.size() == static_cast<std::size_t>(Envio::kParado));
+
 int codigoDe(Estado estado) {
-    switch (estado) {
-    case Estado::kNaoDisse:
-        return 0;
-    case Estado::kPronta:
-        return ZEL_CUPOM_OK;
-    case Estado::kSemPapel:
-        return ZEL_CUPOM_SEM_PAPEL;
-    case Estado::kTampaAberta:
-        return ZEL_CUPOM_TAMPA;
-    case Estado::kForaDeLinha:
-        return ZEL_CUPOM_FORA_DE_LINHA;
-    }
-    return 0;
+    return kCodigoDoEstado[static_cast<std::size_t>(estado)];
 }
 
 int codigoDe(const Enviado &enviado) {
-    switch (enviado.resultado) {
-    case Envio::kParado:
-        return codigoDe(enviado.estado);
-    case Envio::kFeito:
-        return ZEL_CUPOM_OK;
-    case Envio::kDestinoInvalido:
-        return ZEL_CUPOM_ARGUMENTO;
-    case Envio::kArquivo:
-        return ZEL_CUPOM_ARQUIVO;
-    case Envio::kAusente:
-        return ZEL_CUPOM_AUSENTE;
-    case Envio::kRecusado:
-        return ZEL_CUPOM_RECUSADA;
-    case Envio::kTempoEsgotado:
-        return ZEL_CUPOM_TEMPO;
-    case Envio::kInterrompido:
-        return ZEL_CUPOM_INTERROMPIDA;
-    }
-    return ZEL_CUPOM_INTERROMPIDA;
+    if (enviado.resultado == Envio::kParado) return codigoDe(enviado.estado);
+    return kCodigoDoEnvio[static_cast<std::size_t>(enviado.resultado)];
 }
 
 int imprimir(zel_cupom &recibo, const char *destino, int espera) {
@@ -378,40 +384,7 @@ void zel_cupom_liberar_bytes(unsigned char *bytes) {
 }
 
 const char *zel_cupom_descrever(int codigo) {
-    switch (codigo) {
-    case ZEL_CUPOM_OK:
-        return "feito";
-    case ZEL_CUPOM_ARGUMENTO:
-        return "argumento nulo ou fora dos valores aceitos";
-    case ZEL_CUPOM_MEMORIA:
-        return "falta memoria";
-    case ZEL_CUPOM_LONGO:
-        return "o cupom passa do maior texto ou do maior papel";
-    case ZEL_CUPOM_FONTE:
-        return "nenhuma fonte monoespacada: arquivo ausente, ilegivel ou de outro tipo";
-    case ZEL_CUPOM_LOGOTIPO:
-        return "logotipo ilegivel, grande demais ou que nao e PNG";
-    case ZEL_CUPOM_ARQUIVO:
-        return "o arquivo nao pode ser gravado";
-    case ZEL_CUPOM_DESENHO:
-        return "falha da biblioteca de desenho";
-    case ZEL_CUPOM_PERFIL:
-        return "perfil de impressora desconhecido ou errado";
-    case ZEL_CUPOM_AUSENTE:
-        return "a impressora nao foi encontrada";
-    case ZEL_CUPOM_RECUSADA:
-        return "a impressora recusa a ligacao: em uso, sem permissao ou sem servico";
-    case ZEL_CUPOM_TEMPO:
-        return "a impressora nao respondeu ou parou de receber";
-    case ZEL_CUPOM_INTERROMPIDA:
-        return "a impressora falhou no meio";
-    case ZEL_CUPOM_SEM_PAPEL:
-        return "a impressora esta sem papel";
-    case ZEL_CUPOM_TAMPA:
-        return "a tampa da impressora esta aberta";
-    case ZEL_CUPOM_FORA_DE_LINHA:
-        return "a impressora esta fora de linha";
-    default:
-        return "codigo desconhecido";
-    }
+    for (const Descricao &descricao : kDescricoes)
+        if (descricao.codigo == codigo) return descricao.texto;
+    return "codigo desconhecido";
 }
