@@ -17,7 +17,7 @@ std::string nomeAoLado(const std::string &caminho) {
 
 bool gravarNovo(const std::string &caminho, std::string_view conteudo,
                 std::optional<mode_t> modo = {}) {
-    // One that a thread of the same number left when it died goes first.
+    // A scratch file that a thread of the same number left when it died goes first.
     ::unlink(caminho.c_str());
     Descritor novo(caminho, O_WRONLY | O_CREAT | O_EXCL);
     return novo.aberto() && (!modo || ::fchmod(novo.fd(), *modo) == 0) && novo.escrever(conteudo) &&

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 #include <string_view>
 
 namespace zel::arquivos {
@@ -27,7 +28,26 @@ inline constexpr std::string_view kTrava = "ZEL_Framework.trava";
 inline constexpr std::string_view kDiario = "ZEL_Framework.diario";
 inline constexpr std::string_view kDiarioDanificado = "ZEL_Framework.diario.danificado";
 
-inline constexpr int kLugarDoCupom = 1; // the byte of kTrava that whoever has the receipt locks
+// A scrambled document and a scrambled cancellation, in whatever directory.
+inline constexpr std::string_view kContingencia = ".ctg";
+inline constexpr std::string_view kCancelamento = ".ctgCanc";
+
+inline std::string nomeDaContingencia(std::string_view chave) {
+    return std::string(chave).append(kContingencia);
+}
+
+// CNPJ, series and number as they stand in the key, which has its 44 characters.
+inline std::string nomeDoCancelamento(std::string_view chave) {
+    using Parte = ChaveAcesso::Parte;
+    return std::string(ChaveAcesso::parte(chave, Parte::kCNPJ))
+        .append("_")
+        .append(ChaveAcesso::parte(chave, Parte::kSerie))
+        .append(ChaveAcesso::parte(chave, Parte::kNNF))
+        .append(kCancelamento);
+}
+
+inline constexpr int kLugarDoCupom =
+    1; // the byte of kTrava that the process which has the receipt locks
 
 // What stands beside a file while it is replaced: the new one, and the second name of the old one.
 inline constexpr std::string_view kRascunho = ".novo";
@@ -61,7 +81,7 @@ constexpr std::string_view trocadoDe(std::string_view nome) {
 // have theirs: those above, PDFs, documents and cancellations of contingency.
 constexpr bool ehTrocado(std::string_view nome) {
     if (std::find(kTrocados.begin(), kTrocados.end(), nome) != kTrocados.end()) return true;
-    constexpr std::string_view kPrefixo = "NFe", kContingencia = ".ctg", kCancelamento = ".ctgCanc";
+    constexpr std::string_view kPrefixo = "NFe";
     if (nome.ends_with(".pdf") && nome.starts_with(kPrefixo))
         return ehChave(nome.substr(kPrefixo.size(), ChaveAcesso::kDigitos));
     if (nome.ends_with(kContingencia))

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // An open file: closed when it goes out of scope, never under one of the numbers of standard input,
 // output and error. A host that closed those would otherwise print into the library's files, or on
-// its printer. One that is kept between calls knows which file it is: a host that closes whatever
-// is open, as a service does that starts, may have a file of its own under the number afterwards.
+// its printer. A descriptor that is kept between calls knows which file it is: a host that closes
+// whatever is open, as a service does that starts, may have a file of its own under the number
+// afterwards.
 #pragma once
 
 #include <cerrno>
@@ -76,7 +77,7 @@ public:
     bool descarregarBytes() const;
 
     // A failed close may have lost bytes (network file systems); the descriptor is gone either way.
-    // One that is no more the file that was noted is somebody else's to close.
+    // A number that is no more the file that was noted is its new owner's to close.
     bool fechar();
 
 private:

@@ -72,6 +72,7 @@ bool ehMunicipio(std::string_view texto) {
     return texto[6] - '0' == (10 - soma % 10) % 10;
 }
 
+// GS1 General Specifications, "Check digit calculation".
 bool ehGtin(std::string_view texto) {
     constexpr std::size_t kTamanhos[] = {8, 12, 13, 14};
     if (std::find(std::begin(kTamanhos), std::end(kTamanhos), texto.size()) ==
@@ -84,6 +85,7 @@ bool ehGtin(std::string_view texto) {
     return texto.back() - '0' == (10 - soma % 10) % 10;
 }
 
+// Chapters 01 to 97 of the Harmonized System (WCO, 1988), of which 77 is kept for later use.
 bool ehNcm(std::string_view texto) {
     if (!saoDigitos(texto, 8)) return false;
     const std::string_view capitulo = texto.substr(0, 2);

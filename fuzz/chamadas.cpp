@@ -6,13 +6,12 @@
 #include "apoio/Chamadas.h"
 #include "PastaDoAlvo.h"
 
+#include "api/Quadro.h"
 #include "config/Registro.h"
 #include "emcurso/Carga.h"
-#include "emcurso/Persistencia.h"
 #include "emcurso/ZEL_Controle.h"
 #include "imposto/Presets.h"
-#include "imposto/TotalImposto.h"
-#include "impressao/DadosImpressao.h"
+#include "impressao/CupomFiscal.h"
 
 namespace {
 

@@ -27,7 +27,7 @@ void jogar(std::string_view texto) {
     CupomFiscal cf;
     std::string itens;
     std::string saida;
-    if (parseXMLCupomFiscal(impressao, total, xml, retorno, cf)) {
+    if (parseXMLCupomFiscal(total, xml, retorno, cf)) {
         std::size_t maiorDescricao = 0;
         for (const Item &item : cf.Itens)
             maiorDescricao =

@@ -121,7 +121,7 @@ Conexao conectar(const EnderecoTcp &endereco, const Prazo &prazo) {
         ++faltam;
     Conexao conexao;
     for (const addrinfo *a = achados.lista.get(); a != nullptr; a = a->ai_next, --faltam) {
-        // One that does not answer must leave time for the others.
+        // An address that does not answer must leave time for the others.
         conexao.resultado = conectarA(*a, prazo.parte(prazo.resta() / faltam), conexao.descritor);
         if (conexao.resultado == Envio::kFeito) break;
     }

@@ -3,6 +3,7 @@
 
 #include "Marcas.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <utility>
@@ -81,7 +82,7 @@ private:
 
     // Reads the marker at the position and goes on after it; false when there is none.
     bool lerMarca() {
-        const std::string_view dentro = texto_.substr(posicao_ + 1, maiorNome() + 2);
+        const std::string_view dentro = texto_.substr(posicao_ + 1, marcas::kMaior + 2);
         const std::size_t fim = dentro.find('>');
         if (fim == dentro.npos) return false;
         const std::string_view nome = dentro.substr(0, fim);
@@ -90,14 +91,14 @@ private:
 
     bool lerMarcaDeTexto(std::string_view nome) {
         const bool fecha = nome.starts_with('/');
-        const std::size_t indice = indiceDe(kMarcasDeTexto, nome.substr(fecha ? 1 : 0));
-        if (indice == kMarcasDeTexto.size()) return false;
+        const std::size_t indice = marcas::indiceDe(marcas::kDeTexto, nome.substr(fecha ? 1 : 0));
+        if (indice == marcas::kDeTexto.size()) return false;
         // A closing marker that closes nothing is text.
         if (fecha && abertas_[indice] == 0) return false;
         abertas_[indice] = fecha ? abertas_[indice] - 1 : abertas_[indice] + 1;
-        if (kMarcasDeTexto[indice].nome == kLetrasNormais) {
-            for (std::size_t i = 0; i < kMarcasDeTexto.size(); ++i)
-                if (kMarcasDeTexto[i].primeira != nullptr) emVigor_[i] = false;
+        if (marcas::kDeTexto[indice] == kLetrasNormais) {
+            for (std::size_t i = 0; i < marcas::kDeTexto.size(); ++i)
+                if (kSentidosDeTexto[i].primeira != nullptr) emVigor_[i] = false;
         }
         emVigor_[indice] = !fecha;
         aplicar();
@@ -109,9 +110,9 @@ private:
     void aplicar() {
         estilo_ = Estilo();
         alinhamento_ = Alinhamento::kEsquerda;
-        for (std::size_t i = 0; i < kMarcasDeTexto.size(); ++i) {
+        for (std::size_t i = 0; i < marcas::kDeTexto.size(); ++i) {
             if (!emVigor_[i]) continue;
-            const MarcaDeTexto &marca = kMarcasDeTexto[i];
+            const MarcaDeTexto &marca = kSentidosDeTexto[i];
             if (marca.primeira != nullptr) estilo_.*marca.primeira = true;
             if (marca.segunda != nullptr) estilo_.*marca.segunda = true;
             if (marca.alinhamento != Alinhamento::kEsquerda) alinhamento_ = marca.alinhamento;
@@ -119,19 +120,19 @@ private:
     }
 
     bool lerMarcaDeConteudo(std::string_view nome) {
-        const std::size_t indice = indiceDe(kMarcasDeConteudo, nome);
-        if (indice == kMarcasDeConteudo.size()) return false;
+        const std::size_t indice = marcas::indiceDe(marcas::kDeConteudo, nome);
+        if (indice == marcas::kDeConteudo.size()) return false;
         const std::size_t inicio = posicao_ + nome.size() + 2;
         const std::string fecho = std::string("</").append(nome).append(">");
         const std::size_t fim = acharFecho(indice, fecho, inicio);
         if (fim == texto_.npos) return false;
         posicao_ = fim + fecho.size();
-        executar(kMarcasDeConteudo[indice].acao, texto_.substr(inicio, fim - inicio));
+        executar(kSentidosDeConteudo[indice].acao, texto_.substr(inicio, fim - inicio));
         return true;
     }
 
-    // Where the closing marker begins, which must be on the same line: one that was forgotten must
-    // not swallow the receipt. A search that failed holds for the rest of the line.
+    // Where the closing marker begins, which must be on the same line: a closing marker that was
+    // forgotten must not swallow the receipt. A search that failed holds for the rest of the line.
     std::size_t acharFecho(std::size_t indice, std::string_view fecho, std::size_t inicio) {
         if (inicio < semFechoAte_[indice]) return texto_.npos;
         if (fimDaLinha_ < inicio) fimDaLinha_ = std::min(texto_.find('\n', inicio), texto_.size());
@@ -185,9 +186,9 @@ private:
     bool aposBloco_ = false; // nothing was written since the last block
     Estilo estilo_;
     Alinhamento alinhamento_ = Alinhamento::kEsquerda;
-    std::array<std::size_t, kMarcasDeTexto.size()> abertas_{}; // openings that wait for a closing
-    std::array<bool, kMarcasDeTexto.size()> emVigor_{};
-    std::array<std::size_t, kMarcasDeConteudo.size()> semFechoAte_{};
+    std::array<std::size_t, marcas::kDeTexto.size()> abertas_{}; // openings that wait for a closing
+    std::array<bool, marcas::kDeTexto.size()> emVigor_{};
+    std::array<std::size_t, marcas::kDeConteudo.size()> semFechoAte_{};
     std::size_t fimDaLinha_ = 0; // of the line in which was searched last
 };
 

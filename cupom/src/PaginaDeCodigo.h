@@ -38,14 +38,14 @@ constexpr std::u16string_view kCp437 = u"ÇüéâäàåçêëèïîìÄÅÉæÆ�
                                        u"└┴┬├─┼╞╟╚╔╩╦╠═╬╧╨╤╥╙╘╒╓╫╪┘┌█▄▌▐▀"
                                        u"αßΓπΣσµτΦΘΩδ∞φε∩≡±≥≤⌠⌡÷≈°∙·√ⁿ²■\u00A0";
 
-constexpr std::array<PaginaDeCodigo, 6> kPaginasDeCodigo{{
+constexpr auto kPaginasDeCodigo = std::to_array<PaginaDeCodigo>({
     {"CP437", kCp437},
     {"CP850", kCp850},
     {"CP858", kCp850},
     {"CP860", kCp860},
     {"CP1252", kLatin1},
     {"ISO_8859-1", kLatin1},
-}};
+});
 
 // By character from 0xA0 to 0xFF: one plain letter or sign for each, so that columns stay columns.
 constexpr std::string_view kLetrasSimples = " !cL$Y|S\"Ca<--R-"

@@ -18,7 +18,7 @@ namespace zel::cupom {
 namespace {
 
 // Keeps SIGPIPE from the process while this thread writes into something that nobody reads any
-// more. One that was pending before stays pending.
+// more. A signal that was pending before stays pending.
 class SemSigpipe {
 public:
     SemSigpipe() {

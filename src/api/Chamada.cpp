@@ -1,52 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "api/Chamada.h"
 
-#include "ZEL_FelborFramework.h"
+#include "api/TabelaCodigos.h"
 #include "disco/Diretorio.h"
 #include "disco/LogDescritor.h"
 #include "recusa/Recusa.h"
 #include "texto/Numero.h"
 
-#include <array>
 #include <optional>
 #include <string>
-#include <utility>
 
 namespace zel {
 
 namespace {
-
-constexpr std::array<std::pair<int, std::string_view>, 29> kNomes{{
-    {ZEL_OK, "ZEL_OK"},
-    {ZEL_CANCELAMENTO_GRAVADO, "ZEL_CANCELAMENTO_GRAVADO"},
-    {ZEL_RECUSADO, "ZEL_RECUSADO"},
-    {ZEL_ITEM_INEXISTENTE, "ZEL_ITEM_INEXISTENTE"},
-    {ZEL_PAGAMENTO_INEXISTENTE, "ZEL_PAGAMENTO_INEXISTENTE"},
-    {ZEL_ITEM_JA_AJUSTADO, "ZEL_ITEM_JA_AJUSTADO"},
-    {ZEL_NADA_A_REMOVER, "ZEL_NADA_A_REMOVER"},
-    {ZEL_FALHA_PDF, "ZEL_FALHA_PDF"},
-    {ZEL_FALHA_GRAVACAO_PDF, "ZEL_FALHA_GRAVACAO_PDF"},
-    {ZEL_FALHA_IMPRESSAO, "ZEL_FALHA_IMPRESSAO"},
-    {ZEL_SEM_LISTA, "ZEL_SEM_LISTA"},
-    {ZEL_CANCELAMENTO_EXCESSIVO, "ZEL_CANCELAMENTO_EXCESSIVO"},
-    {ZEL_JA_PAGO, "ZEL_JA_PAGO"},
-    {ZEL_AJUSTE_EXCESSIVO, "ZEL_AJUSTE_EXCESSIVO"},
-    {ZEL_CONFIG_ILEGIVEL, "ZEL_CONFIG_ILEGIVEL"},
-    {ZEL_ARQUIVO_INDISPONIVEL, "ZEL_ARQUIVO_INDISPONIVEL"},
-    {ZEL_ARGUMENTO_INVALIDO, "ZEL_ARGUMENTO_INVALIDO"},
-    {ZEL_ESTADO_INVALIDO, "ZEL_ESTADO_INVALIDO"},
-    {ZEL_CONSUMIDOR_OBRIGATORIO, "ZEL_CONSUMIDOR_OBRIGATORIO"},
-    {ZEL_TRANSPORTADORA_NAO_PERMITIDA, "ZEL_TRANSPORTADORA_NAO_PERMITIDA"},
-    {ZEL_TAG_NAO_CONFORME, "ZEL_TAG_NAO_CONFORME"},
-    {ZEL_TAG_SEM_ELEMENTOS, "ZEL_TAG_SEM_ELEMENTOS"},
-    {ZEL_TAG_OBRIGATORIA, "ZEL_TAG_OBRIGATORIA"},
-    {ZEL_CUPOM_EM_ANDAMENTO, "ZEL_CUPOM_EM_ANDAMENTO"},
-    {ZEL_NENHUM_CUPOM, "ZEL_NENHUM_CUPOM"},
-    {ZEL_VENDA_FORA_DE_ORDEM, "ZEL_VENDA_FORA_DE_ORDEM"},
-    {ZEL_TOTALIZACAO_FORA_DE_ORDEM, "ZEL_TOTALIZACAO_FORA_DE_ORDEM"},
-    {ZEL_PAGAMENTO_FORA_DE_ORDEM, "ZEL_PAGAMENTO_FORA_DE_ORDEM"},
-    {ZEL_ENCERRAMENTO_FORA_DE_ORDEM, "ZEL_ENCERRAMENTO_FORA_DE_ORDEM"},
-}};
 
 // Of the one function that answers no code but a state.
 constexpr std::string_view kDoEstado = "rCFVerificarStatus_ZEL";
@@ -76,7 +42,7 @@ std::string resposta(std::string_view funcao, int codigo) {
 } // namespace
 
 std::string_view nomeDoCodigo(int codigo) {
-    for (const auto &[numero, nome] : kNomes)
+    for (const auto &[numero, nome] : kNomesDosCodigos)
         if (numero == codigo) return nome;
     return {};
 }

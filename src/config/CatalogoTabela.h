@@ -39,6 +39,8 @@ constexpr EntradaCatalogo fecha(std::string_view fecho) {
     return {TipoEntrada::kFechaGrupo, fecho, 0, ""};
 }
 
+// Names, lengths and defaults of the keys are the till's own convention, but where the layout gives
+// a key its name.
 inline constexpr EntradaCatalogo kFuncionamento[] = {
     abre("/CONFIGURACAO"),
     chave("AjustarDhCanc", 1, "1"),
@@ -94,6 +96,8 @@ inline constexpr std::string_view kHomologacaoSP =
     "https://www.homologacao.nfce.fazenda.sp.gov.br/NFCeConsultaPublica/Paginas/"
     "ConsultaQRCode.aspx";
 
+// The defaults of the tills in use, the convention of no one else: states have moved some of them
+// since, and a shop writes its own over them.
 inline constexpr Enderecos kEnderecos[] = {
     {"/AC", "http://hml.sefaznet.ac.gov.br/nfce/qrcode", kProducaoAC},
     {"/AL"},
@@ -200,7 +204,8 @@ struct GrupoImposto {
     std::string_view chaves;
 };
 
-// Names: Manual de Orientação do Contribuinte 6.0, Anexo I, groups N, Q to T and U.
+// Names: Manual de Orientação do Contribuinte 6.0 (September 2015), Anexo I, groups N, Q to T and
+// U.
 inline constexpr GrupoImposto kIcms[] = {
     {"/ICMS00", "Orig=0 CST=00 modBC=3 vBC pICMS vICMS"},
     {"/ICMS10", "Orig CST:7 modBC vBC pICMS vICMS modBCST pMVAST pRedBCST vBCST pICMSST vICMSST"},

@@ -2,12 +2,12 @@
 #include "config/Registro.h"
 
 #include "comum/ArquivosDoCaixa.h"
-#include "config/Numeracao.h"
 #include "diario/Gravacao.h"
 #include "disco/Arquivo.h"
 #include "disco/Diretorio.h"
 #include "disco/Trava.h"
 #include "recusa/Recusa.h"
+#include "texto/Numero.h"
 #include "texto/TextoXml.h"
 #include "zel_felbor/codigos.h"
 
@@ -135,8 +135,8 @@ int carregarSobrePadroes() {
     const int codigo = carregar(texto);
     if (codigo != ZEL_CONFIG_ILEGIVEL) return codigo;
     // It may be the only copy of the taxpayer's settings.
-    if (const int copia =
-            substituirArquivo(caminhoArquivo() + ".danificado", texto, Acesso::kPrivado);
+    if (const int copia = substituirArquivo(fnConfigurarPath(arquivos::kConfigDanificada), texto,
+                                            Acesso::kPrivado);
         copia != ZEL_OK)
         return copia;
     return fnXML_CriarArquivo_Felbor_ZEL();
@@ -146,6 +146,11 @@ int carregarSobrePadroes() {
 
 std::string_view valorConfig(Chave chave) {
     return G_stRegistroZEL_AUX.valores[chave];
+}
+
+double fnArredondarTruncar(double valor) {
+    const bool truncar = igualSemCaixa(valorConfig(R"(CONFIGURACAO\ArredondarTruncar)"_chave), "T");
+    return arredondarOuTruncar(valor, truncar);
 }
 
 int fnXML_CarregarXML_ZEL() {
@@ -173,7 +178,7 @@ int inicializarConfig() {
             G_stRegistroZEL_AUX = std::move(anterior);
             return codigo;
         }
-        // The defaults in between were nobody's.
+        // No process closed a document under the defaults in between.
         const bool deOutro = !mesmoNumero(G_stRegistroZEL_AUX.valores, anterior.valores);
         G_stRegistroZEL_AUX.numerosDeOutros = anterior.numerosDeOutros + (deOutro ? 1 : 0);
         return codigo;

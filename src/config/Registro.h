@@ -7,6 +7,7 @@
 
 #include "config/ArquivoConfig.h"
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -28,6 +29,10 @@ std::string_view valorConfig(Chave chave);
 int alterarConfig(std::span<const Alteracao> alteracoes,
                   std::span<const MudancaArquivo> outros = {});
 
+// The money rule: cuts to two decimals, toward zero when "CONFIGURACAO\ArredondarTruncar" is "T" or
+// "t", otherwise by correct rounding of the binary value.
+double fnArredondarTruncar(double valor);
+
 // The values that the changed keys hold now, for putting them back.
 std::vector<Alteracao> valoresAtuais(std::span<const Alteracao> alteracoes);
 
@@ -38,6 +43,10 @@ int fnXML_CarregarXML_ZEL();
 
 // Whether another program may have changed the file since.
 bool configAlterada();
+
+// How often a load brought another number or series of documents than memory had: no other process
+// has closed a document between two calls that get the same answer.
+std::uint64_t numerosDeOutros();
 
 // The same, done at most once successfully per process: the first call of a process, whichever it
 // is, sees the file.

@@ -226,7 +226,7 @@ int fnCarregaEstrutura_ZEL(ST_PersitenceXML_ZEL &documento, bool *passageira) {
     estado.lido = true;
     if (leitura == Leitura::kLido && inteiro == texto.size()) {
         estado = estadoInteiro(lido, inteiro);
-        // Edited by somebody who put it elsewhere.
+        // A file that was edited may have the carrier elsewhere.
         const std::size_t lugar = inteiro - std::min(estado.transporteNoFim, inteiro);
         if (!std::string_view(texto).substr(lugar).starts_with("04|")) estado.transporteNoFim = 0;
     }

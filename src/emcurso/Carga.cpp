@@ -22,10 +22,20 @@ namespace {
 bool arquivosProntos = false;
 bool documentoCarregado = false;
 
-// What a process that died left: nobody reads it, and some of it holds personal data.
+// What a process that died left: no process reads it, and some of it holds personal data.
 void removerSobras() {
     removerRascunhos(fnConfigurarPath(""), arquivos::ehTrocado);
     removerArquivo(fnConfigurarPath(arquivos::kDanfePassageiro));
+}
+
+// All of it anew, for a process that goes on where another one may have worked: what it had in
+// memory must not be saved over that.
+void recarregarVariaveis(ST_PersitenceXML_ZEL &documento) {
+    esquecerEstrutura(documento);
+    arquivosProntos = documentoCarregado = false;
+    // A configuration that cannot be read is the operation's to answer.
+    fnXML_CarregarXML_ZEL();
+    fnInicializarVariaveis_ZEL(documento);
 }
 
 } // namespace
@@ -54,17 +64,9 @@ void fnInicializarVariaveis_ZEL(ST_PersitenceXML_ZEL &documento) {
     documentoCarregado = arquivosProntos && !passageira;
 }
 
-void recarregarVariaveis(ST_PersitenceXML_ZEL &documento) {
-    esquecerEstrutura(documento);
-    arquivosProntos = documentoCarregado = false;
-    // A configuration that cannot be read is the operation's to answer.
-    fnXML_CarregarXML_ZEL();
-    fnInicializarVariaveis_ZEL(documento);
-}
-
 void verConfig() {
     if (!configAlterada()) return;
-    // One that cannot be read, or is being changed for long, leaves what is in memory.
+    // A configuration that cannot be read, or is being changed for long, leaves what is in memory.
     if (const Vez vez; vez && acompanharDiario() == ZEL_OK) fnXML_CarregarXML_ZEL();
 }
 
@@ -79,7 +81,8 @@ void verDocumentoCarregado(ST_PersitenceXML_ZEL &documento) {
 }
 
 bool obterCupom(PosseDoCupom &posse, ST_PersitenceXML_ZEL &documento) {
-    // A process that has it without a receipt in progress was left behind by somebody's reset.
+    // A process that has it without a receipt in progress was left behind by a reset in another
+    // process.
     const bool minha =
         posse || (fnXML_CarregarXML_ZEL() == ZEL_OK && !cupomEmAndamento() && posse.tomar());
     if (!minha) return false;
@@ -110,6 +113,18 @@ void aceitarEstado() {
 void fnFinalizarVariaveis_ZEL() {
     liberarMoldes();
     arquivosProntos = documentoCarregado = false;
+}
+
+int fnCFInicializar_ZEL_Felbor(ST_PersitenceXML_ZEL &documento) {
+    const int resultado = inicializarConfig();
+    // A document in progress is judged by the configuration, so it is looked at after it.
+    fnInicializarVariaveis_ZEL(documento);
+    return resultado;
+}
+
+int fnCFFinalizar_ZEL_Felbor() {
+    fnFinalizarVariaveis_ZEL();
+    return ZEL_OK;
 }
 
 } // namespace zel

@@ -17,10 +17,6 @@ void fnInicializarVariaveis_ZEL(ST_PersitenceXML_ZEL &documento);
 // first call of a process, whichever it is, sees the file. A failure is tried again as above.
 void prepararArquivos();
 
-// All of it anew, for a process that goes on where another one may have worked: what it had in
-// memory must not be saved over that.
-void recarregarVariaveis(ST_PersitenceXML_ZEL &documento);
-
 // For reads: configuration and document as other processes left them, where the files are not those
 // that memory has. Where that cannot be had, memory stays.
 void verConfig();
@@ -33,7 +29,8 @@ void verDocumentoCarregado(ST_PersitenceXML_ZEL &documento);
 bool obterCupom(PosseDoCupom &posse, ST_PersitenceXML_ZEL &documento);
 void depoisDoCupom(PosseDoCupom &posse, bool mudou);
 
-// The application itself changed the state, within a turn: a receipt that it reset is nobody's.
+// The application itself changed the state, within a turn: a receipt that it reset belongs to no
+// process.
 void aceitarEstado();
 
 // Runs a change of the document, within a turn: ZEL_ARQUIVO_INDISPONIVEL while another process has
@@ -47,7 +44,15 @@ int comPosseDoCupom(ST_PersitenceXML_ZEL &documento, Funcao funcao) {
     return resultado;
 }
 
-// Frees the templates; the next fnInicializarVariaveis_ZEL starts anew, as in a new process.
+// aCFInicializar_ZEL: templates, defaults, configuration file, the document in progress. ZEL_OK;
+// ZEL_ARQUIVO_INDISPONIVEL the file can be neither read nor written.
+int fnCFInicializar_ZEL_Felbor(ST_PersitenceXML_ZEL &documento);
+
+// Frees the templates; the next fnInicializarVariaveis_ZEL starts anew, as in a new process. No
+// exported function reaches it.
 void fnFinalizarVariaveis_ZEL();
+
+// The same. Always 1. Prescribed; no exported function reaches it.
+int fnCFFinalizar_ZEL_Felbor();
 
 } // namespace zel

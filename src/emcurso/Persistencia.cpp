@@ -7,8 +7,6 @@
 
 namespace zel {
 
-ST_PersitenceXML_ZEL G_stXML_Persistencia;
-
 int ST_PersitenceXML_ZEL::fnAdicionarTagZEL(Secao secao, ST_tagZEL raiz) {
     if (!vendas) vendas.emplace().reserve(kMaximoItens);
     if (!pagamentos) pagamentos.emplace();

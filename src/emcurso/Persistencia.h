@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The document in progress: six sections of tag trees in memory (G_stXML_Persistencia). Owns the
-// holder and its rules; its file is ArquivoPersistencia's, what goes into a section
-// the business rooms'.
+// The document in progress: six sections of tag trees in memory. Owns the holder's rules; the one
+// of the process is the frames' (api/Quadro.h), its file ArquivoPersistencia's, what goes into a
+// section the business rooms'.
 #pragma once
 
 #include "secao/Secao.h"
@@ -41,9 +41,6 @@ struct ST_PersitenceXML_ZEL {
     int quantidadeItens() const { return vendas ? static_cast<int>(vendas->size()) : 0; }
     bool temListaDeVendas() const { return vendas.has_value(); }
 };
-
-// Known to the exported functions alone, which hand it to the operations.
-extern ST_PersitenceXML_ZEL G_stXML_Persistencia;
 
 // Runs an operation; when it does not answer 1, or memory runs out in it, runs `desfazer`.
 template <class Acao, class Desfazer>

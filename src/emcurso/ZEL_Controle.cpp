@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "emcurso/ZEL_Controle.h"
 
-#include "config/Numeracao.h"
+#include "config/Registro.h"
 #include "disco/Trava.h"
 #include "texto/Numero.h"
 #include "zel_felbor/codigos.h"

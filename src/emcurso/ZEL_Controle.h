@@ -3,8 +3,8 @@
 // operation may run in which state. Owns the cached state and the last adjustment type.
 #pragma once
 
+#include "comum/EstadoDoCupom.h"
 #include "config/Registro.h"
-#include "recusa/Estado.h"
 #include "recusa/Recusa.h"
 #include "texto/Campo.h"
 

@@ -2,13 +2,14 @@
 #include "emissao/Cabecalho.h"
 
 #include "comum/ChaveAcesso.h"
-#include "emissao/DataHora.h"
 #include "recusa/Recusa.h"
+#include "texto/HoraLocal.h"
 #include "texto/Numero.h"
 #include "texto/Texto.h"
 #include "texto/TextoXml.h"
 #include "zel_felbor/codigos.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <string_view>
@@ -175,6 +176,15 @@ void escreverEmit(std::string &texto) {
 }
 
 } // namespace
+
+std::string fusoHorario(const std::tm &local) {
+    const bool configurado =
+        lerInteiro(valorConfig(R"(CONFIGURACAO\TIMEZONESERVIDOR\Utilizar)"_chave)) == 1;
+    const long long horas =
+        configurado ? lerInteiro(valorConfig(R"(CONFIGURACAO\TIMEZONESERVIDOR\Valor)"_chave))
+                    : -local.tm_gmtoff / 3600;
+    return '-' + formatarInteiro(std::max<long long>(horas, 0), 2) + ":00";
+}
 
 int cabecalhoZEL(int tipo, std::time_t momento, Cabecalho &cabecalho) {
     cabecalho = {};

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The head of an NFC-e: its number and numeric code, the 44-digit access key, and the groups `ide`
 // and `emit`, all from the configuration. Changes nothing: the numbering it decided on is handed
-// back for whoever writes the document to commit.
-// Elements: Manual de Orientação do Contribuinte 6.0, Anexo I, groups B (ide) and C (emit), NF-e
-// layout 3.10; the access key is comum/ChaveAcesso.h.
+// back for the writer of the document to commit.
+// Elements: Manual de Orientação do Contribuinte 6.0 (September 2015), Anexo I, groups B (ide) and
+// C (emit), NF-e layout 3.10; the access key is comum/ChaveAcesso.h.
 #pragma once
 
 #include "config/Registro.h"
@@ -28,6 +28,12 @@ struct Cabecalho {
     std::string texto;                // from the start tag of NFe to the end of `emit`
     std::vector<Alteracao> numeracao; // number and numeric code as advanced
 };
+
+// The offset that documents and events carry, "-03:00": the configured hours of the server's time
+// zone when TIMEZONESERVIDOR\Utilizar is 1 (below zero counts as zero), otherwise the system's
+// whole hours west of UTC, daylight saving taken into account, "-00:00" east of UTC: documents
+// write it with a leading "-" whatever it is.
+std::string fusoHorario(const std::tm &local);
 
 // Builds the head of a document issued at `momento`. ZEL_OK; 0 an unknown kind; ZEL_RECUSADO kind
 // 2, a number that would pass 999999999, a year without four digits, or configuration values that

@@ -1,14 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "emissao/Montagem.h"
 
+#include "comum/ArquivosDoCaixa.h"
+#include "config/Registro.h"
 #include "diario/Gravacao.h"
 #include "disco/ArquivoCripto.h"
 #include "disco/Diretorio.h"
+#include "emcurso/ArquivoPersistencia.h"
 #include "emissao/Cabecalho.h"
 #include "recusa/Recusa.h"
 #include "texto/Acentuacao.h"
 #include "texto/Latin1.h"
 #include "texto/Marcacao.h"
+#include "texto/Numero.h"
 #include "texto/Texto.h"
 #include "zel_felbor/codigos.h"
 
@@ -86,7 +90,7 @@ int gravarContingencia(const Cabecalho &cabecalho, const std::string &documento,
     bool algum = false;
     std::string ultimo;
     for (const std::string_view diretorio : separarDiretorios(texto)) {
-        ultimo = std::string(diretorio).append(cabecalho.chave).append(".ctg");
+        ultimo = std::string(diretorio).append(arquivos::nomeDaContingencia(cabecalho.chave));
         resultado = fnCriarArquivoContigencia(ultimo, documento);
         algum = algum || resultado == ZEL_OK;
     }
@@ -120,6 +124,25 @@ int fnXMLFormatado_ZEL(const ST_PersitenceXML_ZEL &documento, int tipo, std::str
     emitido = fnAdequarCaracteres(emitido);
     if (tipo == kContingencia) return gravarContingencia(cabecalho, emitido, texto);
     return gravarEnvio(cabecalho, std::move(emitido), texto, junto);
+}
+
+int fnGerarXMLContingencia(ST_PersitenceXML_ZEL &documento, int tipo, std::string &texto) {
+    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+    bool passageira = false;
+    const int carga = fnCarregaEstrutura_ZEL(documento, &passageira);
+    if (passageira) return carga;
+    if (!documento.temListaDeVendas()) return recusar(Motivo::kReemitirSemItens);
+
+    std::string parametros;
+    if (tipo == kSubstituicao) {
+        const auto numero = [](Chave chave) {
+            return formatarInteiro(lerInteiro(valorConfig(chave)));
+        };
+        parametros = "<SubstituirDocumento><nNF>" + numero(R"(IDE\nNF)"_chave) + "</nNF><serie>" +
+                     numero(R"(IDE\Serie)"_chave) + "</serie></SubstituirDocumento>";
+    }
+    const int resultado = fnXMLFormatado_ZEL(documento, tipo, texto, {.parametros = parametros});
+    return resultado == 0 ? recusar(Motivo::kTipoDeEmissao, {.numero = tipo}) : resultado;
 }
 
 } // namespace zel

@@ -23,6 +23,14 @@ namespace zel {
 int fnXMLFormatado_ZEL(const ST_PersitenceXML_ZEL &documento, int tipo, std::string &texto,
                        const JuntoDoDocumento &junto);
 
+// Reissue of the last document, in contingency or to replace it: reads it back from its file and
+// writes it anew as kind `tipo` (Cabecalho.h), with
+// `texto` as fnXMLFormatado_ZEL takes it. Kind 3 writes parametrosEnvio.xml after it, naming
+// number and series of the document that it replaces. The receipt state does not matter. ZEL_OK;
+// ZEL_RECUSADO an unknown kind, no document, or what fnXMLFormatado_ZEL refuses;
+// ZEL_CONFIG_ILEGIVEL, ZEL_ARQUIVO_INDISPONIVEL.
+int fnGerarXMLContingencia(ST_PersitenceXML_ZEL &documento, int tipo, std::string &texto);
+
 // The closing text as it stands in the document: without its printer marks, on one line, and with
 // one blank where they leave several. Empty for none.
 std::string mensagemDoDocumento(const ST_tagZEL &encerramento);

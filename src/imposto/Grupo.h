@@ -88,8 +88,9 @@ struct Grupo {
     std::string_view somadoComo() const {
         return nomeNasSomas.empty() ? nome.texto() : nomeNasSomas;
     }
-    // Whether the element's value counts in the totals: it does in whatever group has it. One that
-    // is configured under the name counts as well: a relieved ICMS that is stored as `vICMS`.
+    // Whether the element's value counts in the totals: it does in whatever group has it. An
+    // element that is configured under the name counts as well: a relieved ICMS that is stored as
+    // `vICMS`.
     bool soma(std::string_view elemento) const;
 };
 
@@ -164,7 +165,7 @@ constexpr Grupo linhaDeGrupo(std::string_view secao, std::string_view nome,
         const auto chave = elemento.nomeChave.empty() ? elemento.nome : elemento.nomeChave;
         elemento.chave = procurarChave(juntar({onde, "\\", chave})).value();
     }
-    // A section without that key is one that no configuration can choose.
+    // No configuration can choose a section without that key.
     if (!escolha.empty() && fonte != Fonte::kConfTemp)
         grupo.escolha = procurarChave(juntar({secao, "\\", escolha}));
     return grupo;

@@ -54,8 +54,8 @@ constexpr Grupo linha(const Tributo &t, std::string_view sufixo,
                         fonte);
 }
 
-// Groups, elements and their order: Manual de Orientação do Contribuinte 6.0, Anexo I,
-// groups Q and R (PIS), S and T (COFINS). The substitution groups have no CST key, so no
+// Groups, elements and their order: Manual de Orientação do Contribuinte 6.0 (September 2015),
+// Anexo I, groups Q and R (PIS), S and T (COFINS). The substitution groups have no CST key, so no
 // configuration can choose them.
 constexpr std::array<Grupo, 7> linhas(const Tributo &t) {
     const Elemento pT = aliquota(t.aliquota);
@@ -142,6 +142,9 @@ std::span<const Grupo> gruposPIS() {
 
 std::span<const Grupo> gruposCOFINS() {
     return kGruposCOFINS;
+}
+std::span<const Grupo> gruposISSQN() {
+    return {&kISSQN, 1};
 }
 
 std::optional<Selecao> fnIdentificarImpostoPIS(const Preset &preset) {

@@ -15,6 +15,7 @@ namespace zel {
 // The rows, in the order of choice.
 std::span<const Grupo> gruposPIS();
 std::span<const Grupo> gruposCOFINS();
+std::span<const Grupo> gruposISSQN(); // one, which nothing chooses: a service has it
 
 // The group in force for an item with that preset of the tax.
 std::optional<Selecao> fnIdentificarImpostoPIS(const Preset &preset);

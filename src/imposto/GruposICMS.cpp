@@ -6,6 +6,7 @@
 #include "texto/Numero.h"
 #include "zel_felbor/codigos.h"
 
+#include <array>
 #include <utility>
 
 namespace zel {
@@ -58,13 +59,14 @@ constexpr Grupo icms(std::string_view nome, std::initializer_list<Elemento> elem
     return linhaDeGrupo(juntar({R"(IMPOSTO\ICMS\)", nome}), nome, elementos, "Orig");
 }
 
-// Groups, elements and their order: Manual de Orientação do Contribuinte 6.0, Anexo I,
-// group N. Two elements are not what the layout asks for and are kept: ICMS10 writes its CST with
-// seven digits, ICMS30 names its base mode "modBCS". The section check refuses both. An item of
-// ICMS00, ICMS40 or ICMS60 is sold without its tax, with an empty `ICMS` tag, when their section
-// lacks a required value. In the sums ICMSPart has the spelling that the section check gives it;
-// what is summed as ICMSSN900 is spelt "ICMS900", so that the layout's group adds nothing: kept.
-constexpr std::array<Grupo, 17> kGrupos{
+// Groups, elements and their order: Manual de Orientação do Contribuinte 6.0 (September 2015),
+// Anexo I, group N. Two elements are not what the layout asks for and are kept: ICMS10 writes its
+// CST with seven digits, ICMS30 names its base mode "modBCS". The section check refuses both. An
+// item of ICMS00, ICMS40 or ICMS60 is sold without its tax, with an empty `ICMS` tag, when their
+// section lacks a required value. In the sums ICMSPart has the spelling that the section check
+// gives it; what is summed as ICMSSN900 is spelt "ICMS900", so that the layout's group adds
+// nothing: kept.
+constexpr auto kGrupos = std::to_array<Grupo>({
     aceitandoVazio(icms("ICMS00", {orig, CST, modBC, vBC, pICMS, vICMS})),
     icms("ICMS10",
          {orig, exigido(codigo("CST", 7)), modBC, vBC, pICMS, vICMS, modBCST, exigido(pMVAST),
@@ -100,7 +102,7 @@ constexpr std::array<Grupo, 17> kGrupos{
         icms("ICMSSN900", {exigido(orig), CSOSN, modBC, calculado("vBC", zero), pICMS,
                            calculado("vICMS", zero), modBCST, calculado("vBCST", zero), pICMSST,
                            calculado("vICMSST", zero), pCredSN, calculado("vCredICMSSN", zero)})),
-};
+});
 
 } // namespace
 

@@ -14,8 +14,6 @@
 
 namespace zel {
 
-ST_tagImpostoConfTemp G_stTagImpostoConfTemp;
-
 std::string_view Preset::valor(std::string_view elemento) const {
     for (const auto &valor : valores)
         if (valor.elemento == elemento) return valor.texto;
@@ -181,6 +179,13 @@ int fnCFConfPisOutr_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view 
 int fnCFConfCofinsOutr_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst,
                                   std::string_view aliquota, std::string_view valorUnidade) {
     return presetOutr(presets.cofins, kCofins, cst, aliquota, valorUnidade);
+}
+
+int fnCFValorLeiImposto_ZEL_Felbor(TotalImposto &total, std::string_view texto) {
+    const std::string aparado = trim(texto);
+    if (aparado.empty()) return recusar(Motivo::kArgumentoVazio, {.campo = "valor", .dado = texto});
+    total = aparado;
+    return ZEL_OK;
 }
 
 int fnZerarConfTempICMS(ST_tagImpostoConfTemp &presets) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The tax situation that the application fixes for the next item (G_stTagImpostoConfTemp): at most
-// one group for each of ICMS, PIS and COFINS, in memory only. A preset lasts until another of its
-// tax is made or an item is sold; cancelling, opening and initialising leave it alone. Which group
-// an item gets, and how it is written, is Grupo's.
+// What the application fixes of taxes, in memory only: the tax situation of the next item, at most
+// one group for each of ICMS, PIS and COFINS, and the total of taxes that the receipt prints. A
+// preset lasts until another of its tax is made or an item is sold; cancelling, opening and
+// initialising leave it alone. Which group an item gets, and how it is written, is Grupo's.
 #pragma once
 
 #include "texto/Campo.h"
@@ -31,9 +31,6 @@ struct ST_tagImpostoConfTemp {
     Preset pis;
     Preset cofins;
 };
-
-// Known to the exported functions alone, which hand it to the operations.
-extern ST_tagImpostoConfTemp G_stTagImpostoConfTemp;
 
 // Every operation below answers ZEL_ESTADO_INVALIDO in a receipt state other than 1 to 3 and
 // changes nothing; otherwise it erases the preset of its tax, then answers ZEL_ARGUMENTO_INVALIDO
@@ -78,6 +75,14 @@ int fnCFConfPisOutr_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view 
                                std::string_view aliquota, std::string_view valorUnidade);
 int fnCFConfCofinsOutr_ZEL_Felbor(ST_tagImpostoConfTemp &presets, std::string_view cst,
                                   std::string_view aliquota, std::string_view valorUnidade);
+
+// The approximate total of taxes that the law wants on the receipt: a text that the application
+// gives before the close, kept until the receipt's layout has printed and emptied it.
+using TotalImposto = Campo<19>;
+
+// Keeps the text without its outer blanks, cut to 19 characters. ZEL_OK, or ZEL_ARGUMENTO_INVALIDO
+// when it is null, empty or blank.
+int fnCFValorLeiImposto_ZEL_Felbor(TotalImposto &total, std::string_view texto);
 
 // Erase the preset of one tax. Always 1.
 int fnZerarConfTempICMS(ST_tagImpostoConfTemp &presets);

@@ -23,8 +23,8 @@ void somarProduto(Somas &somas, const ST_tagZEL &prod) {
         somas.outros += numero(prod, "vOutro");
 }
 
-// The totals are those of the Manual de Orientação do Contribuinte 6.0, Anexo I, group W. The first
-// group that has something to add is the one that counts.
+// The totals are those of the Manual de Orientação do Contribuinte 6.0 (September 2015), Anexo I,
+// group W. The first group that has something to add is the one that counts.
 void somarICMS(Somas &somas, const ST_tagZEL &icms) {
     for (const Grupo &linha : gruposICMS()) {
         const bool base = linha.soma("vBC"), valor = linha.soma("vICMS"),

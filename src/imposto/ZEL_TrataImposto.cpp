@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "imposto/ZEL_TrataImposto.h"
 
-#include "config/Arredondamento.h"
+#include "config/Registro.h"
 #include "imposto/Grupo.h"
 #include "imposto/GruposContribuicao.h"
 #include "imposto/GruposICMS.h"

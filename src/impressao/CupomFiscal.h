@@ -6,7 +6,9 @@
 
 #include "comum/ChaveAcesso.h"
 #include "texto/Campo.h"
+#include "texto/Numero.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
@@ -19,6 +21,11 @@ namespace zel {
 // Values of TipoEmissao that printing tells apart.
 inline constexpr std::int32_t kEmissaoNormal = 1;
 inline constexpr std::int32_t kEmissaoContingencia = 9;
+
+// Values of the environment as a number.
+inline constexpr int kProducao = 1;
+inline constexpr int kHomologacao = 2;
+inline constexpr int kLinkPronto = 3; // the return carried a ready-made consultation link
 
 // Characters of a link or another content of a QR code: about what the largest code holds.
 inline constexpr std::size_t kMaximoLink = 2000;
@@ -86,6 +93,7 @@ struct CupomFiscal {
     Campo<2> CDV;
     const std::tm *Data = nullptr; // the caller's; printing takes dates from the texts
     Campo<4> TpAmp;                // tpAmb, spelt so: "1" production, "2" homologation
+    Campo<1> TipoAmbiente; // that of TpAmp, or "3" for kLinkPronto: not the configuration's key
     Campo<17> ProtocoloSefaz;
     Campo<25> DataHoraAutorizacao;
     Campo<49> DigestValueAutorizado;  // base64
@@ -94,13 +102,35 @@ struct CupomFiscal {
     std::vector<Item> Itens;          // in document order
     std::vector<Pagamento> Pagamentos;
 
-    double getValorTotalPago() const;
+    int ambiente() const { return static_cast<int>(lerInteiro(TipoAmbiente)); }
+
+    // Prescribed; no exported function reaches it.
+    double getValorTotalPago() const {
+        double total = 0;
+        for (const Pagamento &pagamento : Pagamentos)
+            total += pagamento.ValorPgto;
+        return total;
+    }
 
     // The access key in groups of four, each followed by a blank, the last one too.
-    std::string getChaveDeAcessoFormatado() const;
+    std::string getChaveDeAcessoFormatado() const {
+        constexpr std::size_t kGrupo = 4;
+        std::string formatada;
+        for (std::string_view resto = ChaveDeAcesso; !resto.empty();
+             resto.remove_prefix(std::min(kGrupo, resto.size())))
+            formatada.append(resto.substr(0, kGrupo)).append(1, ' ');
+        return formatada;
+    }
 
     // Prescribed, unused, always empty: dates come from DataHora and DataHoraAutorizacao.
     std::string_view getDataFormatada() const { return {}; }
+};
+
+// What printing keeps in memory from one receipt to the next, for the process.
+struct DadosImpressao {
+    // The last payment is printed as the customer gave it, change included. Set by
+    // fnAnalisarParametrosImpressao.
+    bool IndicadorTroco = false;
 };
 
 } // namespace zel

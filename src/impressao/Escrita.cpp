@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "impressao/Escrita.h"
 
+#include "comum/Marcas.h"
 #include "texto/Marcacao.h"
 
 namespace zel {
@@ -9,7 +10,7 @@ namespace {
 
 // Does a mark begin at the text's "<"?
 bool comecaMarca(std::string_view texto) {
-    const std::string_view dentro = texto.substr(1, kMaiorMarca + 2); // with "/" and ">"
+    const std::string_view dentro = texto.substr(1, marcas::kMaior + 2); // with "/" and ">"
     const std::size_t fim = dentro.find('>');
     return fim != dentro.npos && ehMarca(dentro.substr(0, fim));
 }

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "impressao/GerenciadorImpressao.h"
 
+#include "comum/ArquivosDoCaixa.h"
 #include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
 #include "emcurso/Carga.h"
 #include "emissao/Montagem.h"
+#include "imposto/Presets.h"
 #include "imposto/Somas.h"
-#include "imposto/TotalImposto.h"
 #include "impressao/ColunasLayout.h"
 #include "impressao/Escrita.h"
 #include "impressao/LayoutImpressao.h"
@@ -31,7 +32,7 @@ namespace {
 
 constexpr std::size_t kTamanhoPrefixoId = 3; // "NFe"
 constexpr std::size_t kTamanhoCNPJ = 14;
-// No value of a document has more than 15 characters. A file of somebody else's with hundreds of
+// No value of a document has more than 15 characters. A file from elsewhere with hundreds of
 // digits must not outgrow the buffer that the caller was asked to bring.
 constexpr double kMaiorValor = 1e15;
 
@@ -54,7 +55,7 @@ void guardar(std::int32_t &destino, std::string_view valor) {
         std::clamp<long long>(lerInteiro(valor), Limites::min(), Limites::max()));
 }
 
-// False, for whoever reads on without it, or not.
+// False: the caller reads on without the element, or gives up.
 bool semElemento(std::string_view nome) {
     recusar(Motivo::kImpressaoSemElemento, {.campo = nome});
     return false;
@@ -122,7 +123,7 @@ bool lerConsumidor(std::string_view documento, CupomFiscal &cf) {
         cf.IdDest = fnFormatarCPFCNPJ(*numero);
     else if (!ler(*dest, "<idEstrangeiro>", cf.IdDest))
         return false;
-    // Each is optional, but the first one that is missing ends the consumer's data.
+    // Each is optional, but the first element that is missing ends the consumer's data.
     static_cast<void>(
         ler(*dest, "<xNome>", cf.DestNome) && ler(*dest, "<xLgr>", cf.DestLogradouro) &&
         ler(*dest, "<nro>", cf.DestNumero) && ler(*dest, "<xBairro>", cf.DestBairro) &&
@@ -223,17 +224,17 @@ bool lerDigest(const ArquivoXml &documento, CupomFiscal &cf) {
 }
 
 // Two vocabularies: the sending component's own, and the authorizer's record.
-bool lerAutorizacao(DadosImpressao &dados, std::string_view retorno, CupomFiscal &cf) {
+bool lerAutorizacao(std::string_view retorno, CupomFiscal &cf) {
     const bool normal = cf.TipoEmissao == kEmissaoNormal;
     if (normal && !lerProtocolo(retorno, cf)) return false;
-    // A link without its end leads nowhere: one that is too long is none.
+    // A link without its end leads nowhere: a link that is too long is none.
     const auto link = primeiroValor(retorno, {"<LinkXML>", "<LinkNFCe>"}, FimDeLinha::kMantido);
     if (link && link->size() <= kMaximoLink) {
         cf.LinkNFCe = *link;
-        dados.TipoAmbiente = formatarInteiro(kLinkPronto);
+        cf.TipoAmbiente = formatarInteiro(kLinkPronto);
         return true;
     }
-    dados.TipoAmbiente = cf.TpAmp.texto();
+    cf.TipoAmbiente = cf.TpAmp.texto();
     return (!normal ||
             lerPrimeiro(retorno, {"<DocDhAut>", "<dhRecbto>"}, cf.DataHoraAutorizacao)) &&
            lerPrimeiro(retorno, {"<DocDigestValue>", "<digVal>"}, cf.DigestValueAutorizado,
@@ -271,9 +272,9 @@ void imprimirEmitenteConfigurado(std::string &texto) {
 
 } // namespace
 
-bool parseXMLCupomFiscal(DadosImpressao &dados, const TotalImposto &total, std::string_view xmlPath,
+bool parseXMLCupomFiscal(const TotalImposto &total, std::string_view xmlPath,
                          std::string_view returnPath, CupomFiscal &cf) {
-    const auto documento = lerComMarca(xmlPath, ".ctg");
+    const auto documento = lerComMarca(xmlPath, arquivos::kContingencia);
     if (!documento || !lerDocumento(documento->texto, total, cf)) return false;
 
     const bool offline = returnPath == kOffline;
@@ -282,14 +283,14 @@ bool parseXMLCupomFiscal(DadosImpressao &dados, const TotalImposto &total, std::
 
     const bool conhecida =
         cf.TipoEmissao == kEmissaoNormal || cf.TipoEmissao == kEmissaoContingencia;
-    if (!offline && conhecida) return lerAutorizacao(dados, retorno->texto, cf);
-    dados.TipoAmbiente = cf.TpAmp.texto();
+    if (!offline && conhecida) return lerAutorizacao(retorno->texto, cf);
+    cf.TipoAmbiente = cf.TpAmp.texto();
     return true;
 }
 
 bool parseXMLCupomFiscalCancelamento(std::string_view xmlPath, std::string_view returnPath,
                                      CupomFiscal &cf) {
-    const auto pedido = lerComMarca(xmlPath, "ctgCanc");
+    const auto pedido = lerComMarca(xmlPath, arquivos::kCancelamento.substr(1));
     if (!pedido) return false;
     const bool offline = returnPath == kOffline;
     const auto retorno = offline ? std::nullopt : lerArquivoXml(returnPath, Forma::kClara);
@@ -315,7 +316,7 @@ int layoutNFC(const ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados,
               bool viaEstabelecimento) {
     const ColunasLayout *layout = createLayout(colunas);
     if (layout == nullptr) return recusar(Motivo::kColunas, {.numero = colunas});
-    const int ambiente = dados.ambiente();
+    const int ambiente = cf.ambiente();
     std::string enderecoChave;
     // Without an address the receipt is printed with the place empty.
     retornarEnderecoConsulta(cf, ambiente, enderecoChave, true);
@@ -331,7 +332,7 @@ int layoutNFC(const ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados,
     imprimirSetor_VI(*layout, cf, emLinhas(enderecoChave), ambiente, viaEstabelecimento, texto);
     imprimirSetor_VII(*layout, cf, texto);
     std::string conteudo(urlQrcode);
-    if (conteudo.empty()) escrever(conteudo, gerarUrlQrcode(dados, cf), "<lmodulo>3</lmodulo>");
+    if (conteudo.empty()) escrever(conteudo, gerarUrlQrcode(cf), "<lmodulo>3</lmodulo>");
     imprimirSetor_VIII(*layout, cf, conteudo, ambiente, texto);
     imprimirMsgPromocional(*layout, emCurso, cf, texto);
     escrever(texto, "<sl>4</sl><gui></gui>");

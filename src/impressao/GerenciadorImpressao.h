@@ -4,9 +4,8 @@
 #pragma once
 
 #include "emcurso/Persistencia.h"
-#include "imposto/TotalImposto.h"
+#include "imposto/Presets.h"
 #include "impressao/CupomFiscal.h"
-#include "impressao/DadosImpressao.h"
 
 #include <string>
 #include <string_view>
@@ -18,11 +17,11 @@ inline constexpr std::string_view kOffline = "OFFLINE";
 
 // Fills an empty receipt from the document as sent (a path with ".ctg" in it names a contingency
 // copy) and from the authorizer's return, a path or "OFFLINE". A document without an approximate
-// total of taxes takes `total`, the one that the application gave; one whose totals are of a form
-// without the printed values (services) has no ICMS, and the rest is what its items add up to. Sets
-// the environment of `dados`. False when a file cannot be read or lacks an element that a receipt
-// needs, with `cf` partly filled.
-bool parseXMLCupomFiscal(DadosImpressao &dados, const TotalImposto &total, std::string_view xmlPath,
+// total of taxes takes `total`, the one that the application gave; a document whose totals are of a
+// form without the printed values (services) has no ICMS, and the rest is what its items add up to.
+// False when a file cannot be read or lacks an element that a receipt needs, with `cf` partly
+// filled.
+bool parseXMLCupomFiscal(const TotalImposto &total, std::string_view xmlPath,
                          std::string_view returnPath, CupomFiscal &cf);
 
 // Fills access key, series, number and, with a return, the protocol of the cancellation from a

@@ -27,8 +27,8 @@ constexpr long long kAutorizadoForaDoPrazo = 150;
 
 constexpr Chave kUrlQrcode = R"(NFCE\UrlQrcode)"_chave;
 
-// The content without the mark-up of its module size. One that the configuration cannot hold is
-// kept as none, so that the last content known is never that of another receipt, nor a part.
+// The content without the mark-up of its module size. A content that the configuration cannot hold
+// is kept as none, so that the last content known is never that of another receipt, nor a part.
 std::string conteudoGuardado(std::string_view conteudo) {
     constexpr std::size_t kMaximo = stZELTAGs[kUrlQrcode.indice].tamanho;
     conteudo = conteudo.substr(0, conteudo.find("<lmodulo>"));
@@ -36,12 +36,12 @@ std::string conteudoGuardado(std::string_view conteudo) {
     return cabe ? std::string(conteudo) : std::string{};
 }
 
-int guardarVenda(const DadosImpressao &dados, const CupomFiscal &cf, std::string_view urlQrcode) {
+int guardarVenda(const CupomFiscal &cf, std::string_view urlQrcode) {
     const Alteracao alteracoes[] = {
         {R"(NFCE\ChaveDeAcesso)"_chave, std::string(cf.ChaveDeAcesso)},
         {R"(NFCE\ProtocoloAutorizacao)"_chave, std::string(cf.ProtocoloSefaz)},
-        {kUrlQrcode, urlQrcode.empty() ? conteudoGuardado(gerarUrlQrcode(dados, cf))
-                                       : conteudoGuardado(urlQrcode)},
+        {kUrlQrcode,
+         urlQrcode.empty() ? conteudoGuardado(gerarUrlQrcode(cf)) : conteudoGuardado(urlQrcode)},
     };
     if (const int codigo = alterarConfig(alteracoes); codigo != ZEL_OK) return codigo;
     definirAutorizacao(
@@ -57,7 +57,7 @@ bool semTexto() {
 int imprimirVenda(ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados, TotalImposto &total,
                   const CupomFiscal &cf, std::string_view urlQrcode, int colunas,
                   std::string &saida) {
-    if (const int codigo = guardarVenda(dados, cf, urlQrcode); codigo != ZEL_OK) return codigo;
+    if (const int codigo = guardarVenda(cf, urlQrcode); codigo != ZEL_OK) return codigo;
     if (semTexto()) return ZEL_OK;
     acertarMensagem(emCurso, cf);
     layoutNFC(emCurso, dados, cf, urlQrcode, colunas, saida, false);
@@ -102,7 +102,7 @@ int gravarPDFs(const CupomFiscal &cf, std::string_view returnPath, int colunas,
 
 } // namespace
 
-int fnGerarArquivoFormatadoNF(ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
+int fnGerarArquivoFormatadoNF(ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados,
                               TotalImposto &total, const PedidoImpressao &pedido,
                               std::string &saida) {
     saida.clear();
@@ -120,7 +120,7 @@ int fnGerarArquivoFormatadoNF(ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dad
     if (const int codigo = fnXML_CarregarXML_ZEL(); codigo != ZEL_OK) return codigo;
 
     CupomFiscal cf;
-    const bool lido = venda ? parseXMLCupomFiscal(dados, total, xmlPath, returnPath, cf)
+    const bool lido = venda ? parseXMLCupomFiscal(total, xmlPath, returnPath, cf)
                             : parseXMLCupomFiscalCancelamento(xmlPath, returnPath, cf);
     if (!lido) return jaRecusado(Motivo::kImpressaoSemElemento);
     const int codigo = venda ? imprimirVenda(emCurso, dados, total, cf, urlQrcode, colunas, saida)

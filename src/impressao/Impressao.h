@@ -4,9 +4,8 @@
 #pragma once
 
 #include "emcurso/Persistencia.h"
-#include "imposto/TotalImposto.h"
+#include "imposto/Presets.h"
 #include "impressao/CupomFiscal.h"
-#include "impressao/DadosImpressao.h"
 
 #include <string>
 #include <string_view>
@@ -27,7 +26,7 @@ struct PedidoImpressao {
 // Lays out a document with its return into `saida`.
 //   emCurso        the document in progress: its closing text is the promotional one; seen anew
 //                  where it is not the printed document's
-//   dados          what was learnt before; gets the environment of the document read
+//   dados          what fnAnalisarParametrosImpressao learnt
 //   total          of taxes, as the application gave it: empty once a sale's layout has printed it
 // A sale stores key, protocol and QR-code content in one save; while "ImpressaoCompleta" is "0"
 // (sales without their items) or "1" the text is kept as the last receipt, otherwise there is none
@@ -38,7 +37,7 @@ struct PedidoImpressao {
 // document whose return has neither "SITCODIGO" 100 nor 150; ZEL_FALHA_PDF, ZEL_FALHA_GRAVACAO_PDF;
 // ZEL_CONFIG_ILEGIVEL, ZEL_ARQUIVO_INDISPONIVEL. From the first failure on nothing more is done,
 // and `saida` holds the text that was laid out before it.
-int fnGerarArquivoFormatadoNF(ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados,
+int fnGerarArquivoFormatadoNF(ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados,
                               TotalImposto &total, const PedidoImpressao &pedido,
                               std::string &saida);
 

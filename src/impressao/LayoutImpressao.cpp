@@ -25,7 +25,8 @@ struct ChavesEndereco {
 constexpr ChavesEndereco kChavesProducao{"Producao", "ChaveConsultaProducao"};
 constexpr ChavesEndereco kChavesHomologacao{"Homologacao", "ChaveConsultaHomologacao"};
 
-// These states publish the hash over the parameters alone.
+// These states take the hash over the parameters alone: the convention of the tills in use, for
+// which no public page is known.
 constexpr std::string_view kUFsSemInterrogacao[] = {"SP", "RS", "MT"};
 
 constexpr std::size_t kTamanhoMinimoCNPJ = 16; // punctuated
@@ -57,11 +58,10 @@ int retornarEnderecoConsulta(const CupomFiscal &cf, int ambiente, std::string &e
 
 // The address of the QR code, its parameters in their order and the hash over them, version 100:
 // NT 2015.002 and Manual de Padrões Técnicos do DANFE-NFC-e e QR Code 3.x.
-std::string gerarUrlQrcode(const DadosImpressao &dados, const CupomFiscal &cf,
-                           std::string_view baseUrl) {
-    if (dados.ambiente() == kLinkPronto) return std::string(baseUrl);
+std::string gerarUrlQrcode(const CupomFiscal &cf, std::string_view baseUrl) {
+    if (cf.ambiente() == kLinkPronto) return std::string(baseUrl);
     std::string parametros;
-    anexar(parametros, "chNFe=", cf.ChaveDeAcesso, "&nVersao=100&tpAmb=", dados.TipoAmbiente);
+    anexar(parametros, "chNFe=", cf.ChaveDeAcesso, "&nVersao=100&tpAmb=", cf.TipoAmbiente);
     if (!cf.IdDest.vazio()) anexar(parametros, "&cDest=", fnRetirarCaracter(cf.IdDest));
     anexar(parametros, "&dhEmi=", fnConverterParaHexa(cf.DataHora),
            "&vNF=", formatarMoeda(cf.ValorTotal), "&vICMS=", cf.TotalICMS,
@@ -73,11 +73,11 @@ std::string gerarUrlQrcode(const DadosImpressao &dados, const CupomFiscal &cf,
     return url;
 }
 
-std::string gerarUrlQrcode(const DadosImpressao &dados, const CupomFiscal &cf) {
+std::string gerarUrlQrcode(const CupomFiscal &cf) {
     std::string endereco;
     // Without an address the receipt shows the parameters alone.
-    retornarEnderecoConsulta(cf, dados.ambiente(), endereco, false);
-    return gerarUrlQrcode(dados, cf, endereco);
+    retornarEnderecoConsulta(cf, cf.ambiente(), endereco, false);
+    return gerarUrlQrcode(cf, endereco);
 }
 
 std::string calcularHashCodeFromURL(std::string_view parametros, std::string_view uf) {

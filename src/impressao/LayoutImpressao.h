@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Where a consumer checks a receipt: the address of the state's page, and the content of the QR
 // code with the hash that proves the emitter knows its taxpayer token. Addresses and token are
-// configuration; `ambiente` is that of DadosImpressao.h.
+// configuration; `ambiente` is that of CupomFiscal.h.
 #pragma once
 
 #include "impressao/CupomFiscal.h"
-#include "impressao/DadosImpressao.h"
 
 #include <string>
 #include <string_view>
@@ -21,11 +20,10 @@ int retornarEnderecoConsulta(const CupomFiscal &cf, int ambiente, std::string &e
 
 // The QR-code content: `baseUrl`, "?" and the parameters with their hash; in environment 3
 // `baseUrl` alone, the delivered link.
-std::string gerarUrlQrcode(const DadosImpressao &dados, const CupomFiscal &cf,
-                           std::string_view baseUrl);
+std::string gerarUrlQrcode(const CupomFiscal &cf, std::string_view baseUrl);
 
 // The same with the consultation address of the environment.
-std::string gerarUrlQrcode(const DadosImpressao &dados, const CupomFiscal &cf);
+std::string gerarUrlQrcode(const CupomFiscal &cf);
 
 // SHA-1 in 40 upper-case hexadecimal digits over the parameters and the taxpayer token in UTF-8;
 // "?" stands in front except for the states SP, RS and MT.

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "impressao/Setores.h"
 
-#include "config/Arredondamento.h"
 #include "config/Registro.h"
-#include "impressao/DadosImpressao.h"
+#include "impressao/CupomFiscal.h"
 #include "impressao/Escrita.h"
 #include "impressao/LayoutImpressao.h"
 #include "impressao/Linha.h"

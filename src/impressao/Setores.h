@@ -39,7 +39,7 @@ void imprimirSetor_I(const ColunasLayout &layout, const CupomFiscal &cf, std::st
 // Title and head of the item list.
 void imprimirSetor_II(const ColunasLayout &layout, std::string &texto);
 
-// The items, numbered from 1; one that does not fit on a line takes two.
+// The items, numbered from 1; an item that does not fit on a line takes two.
 void imprimirSetor_III(const ColunasLayout &layout, std::span<const Item> itens,
                        std::string &texto);
 

@@ -11,7 +11,6 @@
 #include "impressao/GerenciadorImpressao.h"
 #include "impressao/LeituraXml.h"
 #include "impressao/PdfDanfe.h"
-#include "impressao/PdfListagem.h"
 #include "impressao/PdfPagina.h"
 #include "recusa/Recusa.h"
 #include "secao/Parser.h"
@@ -34,6 +33,11 @@ constexpr std::string_view kDeclaracao = "<?xml version=\"1.0\"?>";
 constexpr std::string_view kArquivoTemporario = arquivos::kDanfePassageiro;
 constexpr std::string_view kPrefixoId = "NFe";
 constexpr int kColunasDanfe = 48;
+
+// Of a listing: marks, names, contents.
+constexpr EstiloPdf kMarca{FontePdf::kHelvetica, CorPdf::kAzul, kTamanhoNormal};
+constexpr EstiloPdf kNome{FontePdf::kHelvetica, CorPdf::kVermelho, kTamanhoNormal};
+constexpr EstiloPdf kConteudo{FontePdf::kHelveticaNegrito, CorPdf::kPreto, kTamanhoNormal};
 
 // The Id names a file: anything but "NFe" and the access key could lead it anywhere.
 bool ehId(std::string_view id) {
@@ -103,14 +107,14 @@ private:
 
 // The receipt text of an authorized document: its own protocol stands in it, so it is its return as
 // well.
-int textoDanfe(ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, TotalImposto &total,
+int textoDanfe(ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados, TotalImposto &total,
                std::string_view xml, std::string &texto) {
     // The QR code is hashed with the taxpayer's token, which another program may have changed.
     if (const int codigo = fnXML_CarregarXML_ZEL(); codigo != ZEL_OK) return codigo;
     const CopiaTemporaria copia(xml);
     if (copia.gravada() != ZEL_OK) return copia.gravada();
     CupomFiscal cupom;
-    if (!parseXMLCupomFiscal(dados, total, copia.caminho(), copia.caminho(), cupom))
+    if (!parseXMLCupomFiscal(total, copia.caminho(), copia.caminho(), cupom))
         return jaRecusado(Motivo::kImpressaoSemElemento);
     acertarMensagem(emCurso, cupom);
     const int codigo = layoutNFC(emCurso, dados, cupom, {}, kColunasDanfe, texto, false);
@@ -119,6 +123,25 @@ int textoDanfe(ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, TotalImpost
 }
 
 } // namespace
+
+void fnEscreverTextoPDF(PdfPagina &pagina, std::string_view xml) {
+    bool dentro = false; // of a tag
+    while (!xml.empty()) {
+        const EstiloPdf *estilo = &kMarca;
+        std::size_t tamanho = 1;
+        if (xml.front() == '<') {
+            tamanho = xml.starts_with("</") ? 2 : 1;
+            dentro = true;
+        } else if (dentro && xml.front() == '>') {
+            dentro = false;
+        } else {
+            estilo = dentro ? &kNome : &kConteudo;
+            tamanho = std::min(xml.find_first_of(dentro ? "<>" : "<"), xml.size());
+        }
+        pagina.escrever(xml.substr(0, tamanho), *estilo);
+        xml.remove_prefix(tamanho);
+    }
+}
 
 int fnGerarPDF(std::string_view origem, std::string_view conteudo) {
     if (origem == "DocXML") return gerarListagem(conteudo);
@@ -135,7 +158,7 @@ int fnGerarPDFDanfe(std::string_view texto, int colunas, std::string_view arquiv
     return pagina.salvar(fnConfigurarPath(arquivo));
 }
 
-int gerarPdfDoXml(ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, TotalImposto &total,
+int gerarPdfDoXml(ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados, TotalImposto &total,
                   std::string_view base64) {
     Documento documento;
     if (const int lido = lerDocumento(base64, documento); lido != ZEL_OK) return lido;

@@ -4,8 +4,9 @@
 #pragma once
 
 #include "emcurso/Persistencia.h"
-#include "imposto/TotalImposto.h"
-#include "impressao/DadosImpressao.h"
+#include "imposto/Presets.h"
+#include "impressao/CupomFiscal.h"
+#include "impressao/PdfPagina.h"
 
 #include <string_view>
 
@@ -18,6 +19,13 @@ namespace zel {
 // could not be saved.
 int fnGerarPDF(std::string_view origem, std::string_view conteudo);
 
+// Where the lines of a listing stand, and how a line that is too long goes on.
+inline constexpr MargensPdf kMargensListagem{0, 0, "    "};
+
+// Draws an XML text (Latin-1): the marks of its tags blue, what stands in a tag red, the content
+// black and bold.
+void fnEscreverTextoPDF(PdfPagina &pagina, std::string_view xml);
+
 // Writes a receipt text with its printer mark-up, laid out for `colunas`, to a file of the data
 // directory. ZEL_OK; ZEL_RECUSADO the name leads out of that directory; ZEL_FALHA_PDF;
 // ZEL_FALHA_GRAVACAO_PDF.
@@ -29,7 +37,7 @@ int fnGerarPDFDanfe(std::string_view texto, int colunas, std::string_view arquiv
 // ZEL_ARQUIVO_INDISPONIVEL the working copy "danfe_pdf_temp.xml" could not be written;
 // ZEL_FALHA_PDF; ZEL_FALHA_GRAVACAO_PDF. The working copy is gone in every case. `emCurso`,
 // `dados` and `total` as for fnGerarArquivoFormatadoNF.
-int gerarPdfDoXml(ST_PersitenceXML_ZEL &emCurso, DadosImpressao &dados, TotalImposto &total,
+int gerarPdfDoXml(ST_PersitenceXML_ZEL &emCurso, const DadosImpressao &dados, TotalImposto &total,
                   std::string_view base64);
 
 } // namespace zel

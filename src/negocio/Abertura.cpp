@@ -8,7 +8,7 @@
 #include "negocio/Argumento.h"
 #include "recusa/Recusa.h"
 #include "secao/Conformidade.h"
-#include "secao/Limites.h"
+#include "secao/Secao.h"
 #include "texto/Numero.h"
 #include "texto/Texto.h"
 #include "zel_felbor/codigos.h"

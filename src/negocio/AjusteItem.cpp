@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/AjusteItem.h"
 
-#include "config/Arredondamento.h"
+#include "config/Registro.h"
 #include "emcurso/ArquivoPersistencia.h"
 #include "emcurso/ZEL_Controle.h"
 #include "negocio/Argumento.h"

@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Cancelamento.h"
 
+#include "comum/ArquivosDoCaixa.h"
 #include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
 #include "disco/ArquivoCripto.h"
 #include "disco/Diretorio.h"
 #include "emcurso/Carga.h"
 #include "emcurso/ZEL_Controle.h"
-#include "emissao/DataHora.h"
+#include "emissao/Cabecalho.h"
 #include "negocio/Argumento.h"
 #include "negocio/Requisicao.h"
 #include "recusa/Recusa.h"
+#include "texto/HoraLocal.h"
 #include "texto/Numero.h"
 #include "texto/Texto.h"
 #include "zel_felbor/codigos.h"
@@ -75,15 +77,6 @@ DadosRequisicao dadosDoEvento(const DadosCancelamento &cancelado, const std::tm 
     return dados;
 }
 
-// CNPJ, series and number as they stand in the key.
-std::string nomeDoArquivoOffline(const ChaveAcesso &chave) {
-    return std::string(chave.parte(ChaveAcesso::Parte::kCNPJ))
-        .append("_")
-        .append(chave.parte(ChaveAcesso::Parte::kSerie))
-        .append(chave.parte(ChaveAcesso::Parte::kNNF))
-        .append(".ctgCanc");
-}
-
 } // namespace
 
 int fnCFCancelar_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, std::string_view numero,
@@ -140,7 +133,7 @@ int fnCFCancelarOffline_ZEL_Felbor(std::string_view numero, std::string_view ser
     const auto chaveSimples = ChaveAcesso::ler(textoDaChave);
     if (!chaveSimples)
         return recusar(Motivo::kChaveInvalida, {.campo = "chave", .dado = textoDaChave});
-    const std::string nome = nomeDoArquivoOffline(*chaveSimples);
+    const std::string nome = arquivos::nomeDoCancelamento(chaveSimples->texto());
     std::string evento;
     const int escrito = fnCriarLayoutXmlCanc_ZEL_Felbor(cancelado, std::time(nullptr), evento);
     if (escrito != ZEL_OK) return escrito;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Consulta.h"
 
+#include "comum/ChaveAcesso.h"
 #include "config/Registro.h"
 #include "negocio/Argumento.h"
 #include "negocio/Requisicao.h"
@@ -38,7 +39,7 @@ using D = DadosRequisicao;
 constexpr std::array<TipoConsulta, 3> kTipos{{
     {"DATA", false, {{{&D::dataInicial, 25}, {&D::dataFinal, 25}, {}, {}}}},
     {"NUM", true, {{{&D::numeroInicial, 9}, {&D::numeroFinal, 9}, {&D::serie, 4}, {}}}},
-    {"CHAVE", false, {{{}, {}, {}, {&D::chave, 44}}}},
+    {"CHAVE", false, {{{}, {}, {}, {&D::chave, ChaveAcesso::kDigitos}}}},
 }};
 
 // ZEL_OK, or ZEL_ARGUMENTO_INVALIDO when the kind needs an argument that is null.

@@ -10,7 +10,7 @@
 #include "negocio/Transporte.h"
 #include "recusa/Recusa.h"
 #include "secao/Conformidade.h"
-#include "secao/Limites.h"
+#include "secao/Secao.h"
 #include "texto/Marcacao.h"
 #include "texto/Numero.h"
 #include "texto/Texto.h"

@@ -4,6 +4,7 @@
 #include "config/Registro.h"
 #include "emissao/Envio.h"
 #include "emissao/Historico.h"
+#include "negocio/Argumento.h"
 #include "texto/TextoXml.h"
 #include "zel_felbor/codigos.h"
 
@@ -51,6 +52,9 @@ using D = DadosRequisicao;
 constexpr Chave kEmissor = R"(EMIT\CNPJ)"_chave;
 constexpr Chave kAmbiente = R"(CONFIGURACAO\TipoAmbiente)"_chave;
 
+// What the sending component takes: a convention between it and the till. The kind
+// of event, 110111, is that of the authority's cancellation (Manual de Orientação do
+// Contribuinte 6.0, September 2015).
 constexpr std::array<Elemento, 18> kCancelamento{{
     {"EnvioEvento", Grupo{}},
     {"ModeloDocumento", "NFCe"},
@@ -170,6 +174,23 @@ int enviarRequisicao(Requisicao qual, const DadosRequisicao &dados) {
         return resultado;
     if (enviado.copia) guardarHistorico(*enviado.copia, texto);
     return ZEL_OK;
+}
+
+int fnCFInutilizar_ZEL_Felbor(std::string_view numeroInicial, std::string_view numeroFinal,
+                              std::string_view serie, std::string_view justificativa) {
+    if (const int resultado = fnXML_CarregarXML_ZEL(); resultado != ZEL_OK) return resultado;
+    if (const int presentes = recusarNulos({{"numeroInicial", numeroInicial},
+                                            {"numeroFinal", numeroFinal},
+                                            {"serie", serie},
+                                            {"justificativa", justificativa}});
+        presentes != ZEL_OK)
+        return presentes;
+    DadosRequisicao dados;
+    dados.numeroInicial = argumentoCortado(numeroInicial, 9);
+    dados.numeroFinal = argumentoCortado(numeroFinal, 9);
+    dados.serie = argumentoCortado(serie, 3);
+    dados.justificativa = argumentoCortado(justificativa, 60);
+    return enviarRequisicao(Requisicao::kInutilizacao, dados);
 }
 
 } // namespace zel

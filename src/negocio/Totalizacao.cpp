@@ -28,7 +28,7 @@ constexpr double nada(const Somas &) {
     return 0;
 }
 
-// Manual de Orientação do Contribuinte 6.0, Anexo I, group W.
+// Manual de Orientação do Contribuinte 6.0 (September 2015), Anexo I, group W.
 constexpr CampoTotal kICMSTot[] = {
     {"vBC", [](const Somas &s) { return s.baseICMS; }},
     {"vICMS", [](const Somas &s) { return s.valorICMS; }},

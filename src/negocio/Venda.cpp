@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "negocio/Venda.h"
 
-#include "config/Arredondamento.h"
 #include "config/Registro.h"
 #include "emcurso/ArquivoPersistencia.h"
 #include "emcurso/ZEL_Controle.h"
@@ -9,8 +8,8 @@
 #include "negocio/Argumento.h"
 #include "recusa/Recusa.h"
 #include "secao/Conformidade.h"
-#include "secao/Limites.h"
 #include "secao/Moldes.h"
+#include "secao/Secao.h"
 #include "texto/Numero.h"
 #include "zel_felbor/codigos.h"
 

@@ -11,7 +11,7 @@ namespace zel {
 
 namespace {
 
-// kCurto: what is longer than it can rightly be may be somebody's name.
+// kCurto: what is longer than it can rightly be may be a person's name.
 enum class Sigilo { kNenhum, kCurto, kDocumento, kPessoal, kSegredo };
 
 struct LinhaSigilo {
@@ -19,7 +19,8 @@ struct LinhaSigilo {
     Sigilo sigilo;
 };
 
-// By the last name of a path, without regard to case.
+// By the last name of a path, without regard to case. What identifies a person is this library's
+// own judgement.
 constexpr std::array<LinhaSigilo, 30> kSigilos{{
     {"CPF", Sigilo::kDocumento},
     {"CNPJ", Sigilo::kDocumento},

@@ -16,7 +16,7 @@ inline constexpr std::size_t kMaiorDado = 40; // bytes shown
 // addresses and free texts the first character, of a token nothing.
 std::string mostrarDado(std::string_view campo, std::string_view dado, std::size_t tamanho);
 
-// A text of somebody else's on one line in UTF-8: control bytes as "\n" or "\x1B".
+// A text from outside the library on one line in UTF-8: control bytes as "\n" or "\x1B".
 std::string emUmaLinha(std::string_view latin1);
 
 // The same for a path: bytes that are UTF-8 stay so, others are ISO-8859-1.

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "recusa/Recusa.h"
 
-#include "recusa/ErroDoSistema.h"
-#include "recusa/Estado.h"
+#include "comum/EstadoDoCupom.h"
 #include "recusa/Mascara.h"
 #include "texto/Campo.h"
 #include "texto/Numero.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 
@@ -34,6 +34,42 @@ struct Recusa {
 };
 
 Recusa recusa;
+
+struct LinhaErro {
+    int erro;
+    std::string_view nome, texto;
+};
+
+constexpr std::array<LinhaErro, 28> kErros{{
+    {kNaoEhArquivo, "", "não é um arquivo comum"},
+    {0, "", "o sistema não disse por quê"},
+    {EACCES, "EACCES", "permissão negada"},
+    {EPERM, "EPERM", "operação não permitida"},
+    {ENOENT, "ENOENT", "o arquivo ou o diretório não existe"},
+    {ENOTDIR, "ENOTDIR", "uma parte do caminho não é um diretório"},
+    {EISDIR, "EISDIR", "é um diretório"},
+    {EEXIST, "EEXIST", "já existe"},
+    {ENOSPC, "ENOSPC", "o disco está cheio"},
+    {EDQUOT, "EDQUOT", "a cota de disco do usuário acabou"},
+    {EFBIG, "EFBIG", "o arquivo passaria do tamanho permitido"},
+    {EROFS, "EROFS", "o sistema de arquivos só permite leitura"},
+    {EIO, "EIO", "erro de leitura ou gravação no disco"},
+    {EMFILE, "EMFILE", "o processo tem arquivos abertos demais"},
+    {ENFILE, "ENFILE", "o sistema tem arquivos abertos demais"},
+    {ENOMEM, "ENOMEM", "falta memória"},
+    {ELOOP, "ELOOP", "é uma ligação simbólica, que aqui não se segue"},
+    {ENAMETOOLONG, "ENAMETOOLONG", "o caminho é longo demais"},
+    {EBUSY, "EBUSY", "está em uso"},
+    {EAGAIN, "EAGAIN", "está em uso por outro processo"},
+    {ETXTBSY, "ETXTBSY", "é um programa em execução"},
+    {ENXIO, "ENXIO", "ninguém lê do outro lado"},
+    {ENODEV, "ENODEV", "o dispositivo não existe"},
+    {ESTALE, "ESTALE", "o servidor de arquivos perdeu o arquivo"},
+    {ENOLCK, "ENOLCK", "o sistema de arquivos não tem travas"},
+    {EINTR, "EINTR", "a operação foi interrompida"},
+    {EXDEV, "EXDEV", "está em outro sistema de arquivos"},
+    {EINVAL, "EINVAL", "o sistema de arquivos não aceita a operação"},
+}};
 
 // Where the application gives what stands in an element.
 struct OrigemDoElemento {
@@ -118,8 +154,9 @@ constexpr std::array<Lugar, 14> kLugares{{
     {"estado",
      [] {
          const auto estado = static_cast<std::size_t>(recusa.detalhe.estado);
-         return "estado " +
-                std::string(kNomesDosEstados[estado < kNomesDosEstados.size() ? estado : 0]);
+         const std::size_t qual = estado < kNomesDosEstados.size() ? estado : 0;
+         return "estado " + formatarInteiro(static_cast<long long>(qual)) + " (" +
+                std::string(kNomesDosEstados[qual]) + ")";
      }},
     {"depois",
      [] {
@@ -128,6 +165,22 @@ constexpr std::array<Lugar, 14> kLugares{{
                                 : ", já terminou: abra outro com aCFAbrir_ZEL");
      }},
 }};
+
+// Every place in a reason's text is one of these.
+constexpr bool conheceOsLugares(std::string_view molde) {
+    for (std::size_t abre; (abre = molde.find('{')) != molde.npos;) {
+        const std::size_t fecha = molde.find('}', abre);
+        if (fecha == molde.npos) return false;
+        const std::string_view nome = molde.substr(abre + 1, fecha - abre - 1);
+        if (std::none_of(kLugares.begin(), kLugares.end(),
+                         [=](const Lugar &lugar) { return lugar.nome == nome; }))
+            return false;
+        molde.remove_prefix(fecha + 1);
+    }
+    return true;
+}
+static_assert(std::all_of(kMotivos.begin(), kMotivos.end(),
+                          [](const LinhaMotivo &linha) { return conheceOsLugares(linha.texto); }));
 
 std::string preencher(std::string_view molde) {
     std::string texto;
@@ -170,6 +223,15 @@ bool naoEhArquivo(std::string_view caminho) noexcept {
     recusa.arquivo = caminho;
     recusa.erro = kNaoEhArquivo;
     return false;
+}
+
+std::string textoDoErro(int erro) {
+    for (const LinhaErro &linha : kErros) {
+        if (linha.erro != erro) continue;
+        std::string texto(linha.texto);
+        return linha.nome.empty() ? texto : texto.append(" (").append(linha.nome).append(")");
+    }
+    return "erro " + formatarInteiro(erro) + " do sistema";
 }
 
 void esquecerRecusa(bool anotar) noexcept {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The way in which a call is refused: recusar() answers the code and, while somebody listens, keeps
+// The way in which a call is refused: recusar() answers the code and, while there is a log, keeps
 // the reason of the call under way with what was given. The last reason stands: what came before it
 // was tried another way. The border (api/Chamada.h) asks for its text when the call has ended. With
 // the log off a refusal costs one comparison; nothing is copied and no text is made.
@@ -29,7 +29,7 @@ struct Detalhe {
 int recusar(Motivo motivo, const Detalhe &detalhe = {}) noexcept;
 
 // Keeps the file that could not be read or written, with errno, which stays as it is; false, for
-// whoever answers that. `semErro`: it is what it should not be, and the system knows no error.
+// the caller to answer. `semErro`: it is what it should not be, and the system knows no error.
 bool falhouArquivo(std::string_view caminho) noexcept;
 bool naoEhArquivo(std::string_view caminho) noexcept;
 
@@ -48,6 +48,13 @@ inline int arquivoIndisponivel(std::string_view caminho) noexcept {
     falhouArquivo(caminho);
     return arquivoIndisponivel();
 }
+
+// In the place of an error number: something that is no regular file, without an error.
+inline constexpr int kNaoEhArquivo = -1;
+
+// The system's error in words of our own, the same in every locale: "permissão negada (EACCES)",
+// or "erro 71 do sistema" where there are no words. UTF-8.
+std::string textoDoErro(int erro);
 
 // Forgets the last call's reason. Reasons are kept from here on, or not.
 void esquecerRecusa(bool anotar) noexcept;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "secao/Moldes.h"
 
-#include "secao/Limites.h"
+#include "secao/Secao.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -47,8 +47,8 @@ constexpr Molde grupoObr(std::string_view nome, const Molde (&filhos)[N]) {
     return {nome, true, 0, 0, filhos, N};
 }
 
-// Elements and their order: Manual de Orientação do Contribuinte 6.0, Anexo I (NF-e layout
-// 3.10), by the group's letter there. Lengths are those that the operations keep to.
+// Elements and their order: Manual de Orientação do Contribuinte 6.0 (September 2015), Anexo I
+// (NF-e layout 3.10), by the group's letter there. Lengths are those that the operations keep to.
 
 // ---- abertura: groups E (dest) and G (entrega) ----
 

@@ -70,7 +70,8 @@ struct ST_tagZEL {
     // Indented XML for display, four blanks a level.
     std::string toPDF(int nivel = 0) const;
 
-    // toString of every child, without the node's own tags.
+    // toString of every child, without the node's own tags. Prescribed; no exported function
+    // reaches it, they append.
     std::string getEstrutura() const;
     void escreverEstrutura(std::string &texto) const; // getEstrutura, appended
 

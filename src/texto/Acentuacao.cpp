@@ -17,7 +17,8 @@ struct Faixa {
     char letra;
 };
 
-// The accented letters of ISO-8859-1, by their codes.
+// The accented letters of ISO/IEC 8859-1:1998, by their codes. Which of them become plain is the
+// till's own convention.
 constexpr Faixa kFaixas[] = {
     {0xE0, 0xE4, 'a'}, {0xAA, 0xAA, 'a'}, {0xF2, 0xF6, 'o'}, {0xBA, 0xBA, 'o'}, {0xC0, 0xC4, 'A'},
     {0xC7, 0xC7, 'C'}, {0xC8, 0xCB, 'E'}, {0xCC, 0xCF, 'I'}, {0xD2, 0xD6, 'O'}, {0xD9, 0xDC, 'U'},

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Codes and numbers that the tax authority defines: the written forms of CPF and CNPJ, the payment
-// forms. Pure functions over digits; whether a CPF or CNPJ is a valid one is nobody's question
-// here.
+// forms. Pure functions over digits; whether a CPF or CNPJ is a valid one is not asked here.
 #pragma once
 
 #include "texto/Latin1.h"
@@ -17,7 +16,8 @@ namespace zel {
 std::string fnFormatarCPFCNPJ(std::string_view documento);
 
 // The values of tPag with the name that a receipt prints, which without accents and in capitals is
-// the one that is sold by: Manual de Orientação do Contribuinte 6.0, Anexo I, group YA.
+// the one that is sold by: Manual de Orientação do Contribuinte 6.0 (September 2015), Anexo I,
+// group YA.
 struct FormaPagamento {
     std::string_view codigo, rotulo;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "texto/HoraLocal.h"
 
+#include "texto/Numero.h"
+
 #include <cerrno>
 #include <new>
 #include <string_view>
@@ -44,6 +46,12 @@ std::optional<std::tm> horaLocal(std::time_t momento) {
     if (::localtime_r(&momento, &local) == nullptr) return {};
     if (local.tm_year < kAno1000 || local.tm_year > kAno9999) return {};
     return local;
+}
+
+std::string dataHora(const std::tm &local) {
+    return formatarInteiro(local.tm_year + 1900, 4) + '-' + formatarInteiro(local.tm_mon + 1, 2) +
+           '-' + formatarInteiro(local.tm_mday, 2) + 'T' + formatarInteiro(local.tm_hour, 2) + ':' +
+           formatarInteiro(local.tm_min, 2) + ':' + formatarInteiro(local.tm_sec, 2);
 }
 
 } // namespace zel

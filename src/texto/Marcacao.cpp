@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "texto/Marcacao.h"
 
+#include "comum/Marcas.h"
 #include "texto/Texto.h"
 
 #include <algorithm>
@@ -12,49 +13,21 @@ namespace zel {
 
 namespace {
 
-// Tags whose content stays, and tags that go together with their content.
-constexpr std::array<std::string_view, 12> tagConteudoPer{"b", "i",  "ad", "s",  "e",  "c",
-                                                          "n", "ce", "tb", "da", "xl", "fe"};
-constexpr std::array<std::string_view, 31> tagConteudoNaoPer{
-    "l",      "dt",      "hr",     "dti", "hri",     "g",       "a",    "gui",
-    "bmp",    "sl",      "sn",     "slm", "qrcode",  "ean13",   "ean8", "code93",
-    "code39", "codabar", "cespl",  "mg",  "ibmp",    "confgui", "sp",   "tc",
-    "upc-a",  "msi",     "code11", "pdf", "code128", "i2of5",   "s2of5"};
-
-// Names that mean something within a tag or to some printing programs, and nothing in a document.
-constexpr std::array<std::string_view, 2> tagSoDeImpressao{"lmodulo", "logo"};
-
-template <std::size_t N>
-constexpr std::size_t indiceDe(const std::array<std::string_view, N> &tabela,
-                               std::string_view nome) {
-    return static_cast<std::size_t>(std::find(tabela.begin(), tabela.end(), nome) - tabela.begin());
-}
-
-constexpr std::size_t maiorNome() {
-    std::size_t maior = 0;
-    for (const auto nome : tagConteudoPer)
-        maior = std::max(maior, nome.size());
-    for (const auto nome : tagConteudoNaoPer)
-        maior = std::max(maior, nome.size());
-    for (const auto nome : tagSoDeImpressao)
-        maior = std::max(maior, nome.size());
-    return maior;
-}
-
-static_assert(maiorNome() == kMaiorMarca);
+using marcas::kDeConteudo;
+using marcas::kDeTexto;
 
 // One walk over a text. What it keeps in mind spares searching the rest of the text at every tag.
 struct Retirada {
     std::string_view resto;
     std::string resultado;
-    std::array<std::size_t, tagConteudoPer.size()> abertas{}; // openings that wait for a closing
-    std::array<bool, tagConteudoNaoPer.size()> semFecho{};    // no closing marker lies ahead
+    std::array<std::size_t, kDeTexto.size()> abertas{}; // openings that wait for a closing
+    std::array<bool, kDeConteudo.size()> semFecho{};    // no closing marker lies ahead
 };
 
 // The name in the marker at the start of the rest, "/" included; empty when there is none. No
 // longer one is looked for than the tables hold.
 std::string_view nomeDaMarca(std::string_view resto) {
-    const std::string_view dentro = resto.substr(1, kMaiorMarca + 2);
+    const std::string_view dentro = resto.substr(1, marcas::kMaior + 2);
     const std::size_t fim = dentro.find(']');
     return fim == dentro.npos ? std::string_view() : dentro.substr(0, fim);
 }
@@ -62,8 +35,8 @@ std::string_view nomeDaMarca(std::string_view resto) {
 // Removes the marker of a tag whose content stays; a closing one only when it closes something.
 bool retiraTagConteudoPer(Retirada &retirada, std::string_view nome) {
     const bool fecha = nome.starts_with('/');
-    const std::size_t indice = indiceDe(tagConteudoPer, nome.substr(fecha ? 1 : 0));
-    if (indice == tagConteudoPer.size()) return false;
+    const std::size_t indice = marcas::indiceDe(kDeTexto, nome.substr(fecha ? 1 : 0));
+    if (indice == kDeTexto.size()) return false;
     std::size_t &abertas = retirada.abertas[indice];
     if (fecha && abertas == 0) return false;
     abertas = fecha ? abertas - 1 : abertas + 1;
@@ -73,8 +46,8 @@ bool retiraTagConteudoPer(Retirada &retirada, std::string_view nome) {
 
 // Removes everything from the opening marker to the end of its closing one.
 bool retiraTagConteudoNaoPer(Retirada &retirada, std::string_view nome) {
-    const std::size_t indice = indiceDe(tagConteudoNaoPer, nome);
-    if (indice == tagConteudoNaoPer.size()) return false;
+    const std::size_t indice = marcas::indiceDe(kDeConteudo, nome);
+    if (indice == kDeConteudo.size()) return false;
     std::string_view &resto = retirada.resto;
     const std::string fecho = std::string("[/").append(nome).append("]");
     resto.remove_prefix(nome.size() + 2);
@@ -112,9 +85,8 @@ std::string fnRetornarRepresentantes2Formatado(std::string_view texto) {
 bool ehMarca(std::string_view nome) {
     if (nome.starts_with('/')) nome.remove_prefix(1);
     const auto igual = [nome](std::string_view outro) { return igualSemCaixa(nome, outro); };
-    return std::ranges::any_of(tagConteudoPer, igual) ||
-           std::ranges::any_of(tagConteudoNaoPer, igual) ||
-           std::ranges::any_of(tagSoDeImpressao, igual);
+    return std::ranges::any_of(kDeTexto, igual) || std::ranges::any_of(kDeConteudo, igual) ||
+           std::ranges::any_of(marcas::kSoDeImpressao, igual);
 }
 
 std::string fnRetornarTextoSemRepresentantes(std::string_view texto) {

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Printer mark-up. Receipt texts carry it in angle brackets ("<b>"); inside a document the same
-// mark-up travels in square brackets ("[b]"), its representatives. Owns the two tables of names.
+// mark-up travels in square brackets ("[b]"), its representatives. The names are comum/Marcas.h's.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -18,9 +17,6 @@ std::string fnRetornarRepresentantes2Formatado(std::string_view texto);
 // Does "<nome>" mean something to whatever prints a receipt? Opening or closing ("/b"), in any
 // case: a printing program need not mind it.
 bool ehMarca(std::string_view nome);
-
-// The longest name of a mark, without "/".
-inline constexpr std::size_t kMaiorMarca = 7;
 
 // The text without its representatives. Tags of one table lose their two markers, those of the
 // other lose what stands between them as well; an opening marker that is never closed goes alone. A

@@ -17,6 +17,7 @@ struct Nomeada {
     char caracter;
 };
 
+// XML 1.0 (W3C, fifth edition, November 2008), section 4.6.
 constexpr std::array<Nomeada, 5> kNomeadas{
     {{"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}}};
 

@@ -133,7 +133,8 @@ TEST(EscPos, letras_saem_como_sao_ou_simples) {
         const Impresso impresso = emular(dialeto, bytesDe(cupom, perfil, 48));
         EXPECT_EQ(impresso.letras, comoSaem(todas, pagina)) << pagina.nome;
     }
-    EXPECT_EQ(comoSaem(std::string(kFaltamNaCp860), kPaginasDeCodigo[3]), kSimples);
+    const auto *const cp860 = std::ranges::find(kPaginasDeCodigo, "CP860", &PaginaDeCodigo::nome);
+    EXPECT_EQ(comoSaem(std::string(kFaltamNaCp860), *cp860), kSimples);
 }
 
 // Every command costs time on a slow line; a forgotten one prints the rest of the receipt wrongly.

@@ -86,4 +86,8 @@ TEST_F(ConfigRegistro, danificado_nunca_e_substituido_sem_copia) {
     EXPECT_EQ(inicializarConfig(), ZEL_ARQUIVO_INDISPONIVEL);
     EXPECT_EQ(pasta.ler(kNome), danificado);
     EXPECT_EQ(valorConfig(kNNF), "2");
+    std::filesystem::remove(pasta / "ZEL_Framework.xml.danificado.novo");
+    EXPECT_EQ(inicializarConfig(), ZEL_OK);
+    EXPECT_EQ(pasta.ler("ZEL_Framework.xml.danificado"), danificado);
+    EXPECT_EQ(valorConfig(kNNF), "1");
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "apoio/Imposto.h"
 #include "imposto/GruposICMS.h"
-#include "imposto/TotalImposto.h"
+#include "imposto/Presets.h"
 
 namespace zel {
 

@@ -5,8 +5,8 @@
 #include "apoio/ComDados.h"
 #include "apoio/Trecho.h"
 #include "emcurso/Persistencia.h"
-#include "imposto/TotalImposto.h"
-#include "impressao/DadosImpressao.h"
+#include "imposto/Presets.h"
+#include "impressao/CupomFiscal.h"
 #include "impressao/GerenciadorImpressao.h"
 #include "texto/Latin1.h"
 
@@ -43,8 +43,8 @@ protected:
         return texto.empty() ? std::string(kOffline) : pasta / nome;
     }
     int ler(std::string_view xml, std::string_view retorno, CupomFiscal &cf) {
-        return parseXMLCupomFiscal(dados, total, gravar("nota.xml", xml),
-                                   gravar("retorno.xml", retorno), cf);
+        return parseXMLCupomFiscal(total, gravar("nota.xml", xml), gravar("retorno.xml", retorno),
+                                   cf);
     }
 
     const std::string cheia = dado("nota_cheia.xml");

@@ -207,7 +207,7 @@ TEST_F(Cupons, o_maior_cupom_cabe_no_tamanho_prometido) {
         cf.LinkNFCe = longo;
         cf.EmitNumero = cf.DestNumero = std::numeric_limits<std::int32_t>::min();
         cf.ValorTotal = cf.ValorTotalTributos = cf.ValorDesconto = cf.ValorOutro = 1e15;
-        dados.TipoAmbiente = "3";
+        cf.TipoAmbiente = "3";
         for (const std::int32_t emissao : {kEmissaoNormal, kEmissaoContingencia})
             for (const int colunas : {42, 48}) {
                 cf.TipoEmissao = emissao;
@@ -241,7 +241,7 @@ TEST_F(Cupons, marcas_em_valores_nao_sao_marcas) {
         for (const std::string_view ambiente : {"1", "3"})
             for (const std::int32_t emissao : {kEmissaoNormal, kEmissaoContingencia})
                 for (const int colunas : {42, 48}) {
-                    dados.TipoAmbiente = ambiente;
+                    cf.TipoAmbiente = ambiente;
                     cf.TipoEmissao = emissao;
                     layoutNFC(emCurso, dados, cf, "", colunas, tudo, true);
                 }

@@ -98,11 +98,10 @@ TEST_F(Leitura, retornos_lidos_nos_dois_vocabularios) {
         {"6", "<x/>", 1, "2|||||"},
     };
     for (const auto &[tpEmis, retorno, resultado, esperado] : casos) {
-        dados = {};
         const std::string xml = trocar(simples, "<tpEmis>1", "<tpEmis>" + tpEmis);
         CupomFiscal cf;
         EXPECT_EQ(ler(trocar(xml, "<tpAmb>1", "<tpAmb>2"), retorno, cf), resultado) << retorno;
-        EXPECT_EQ(juntar({dados.TipoAmbiente, cf.ProtocoloSefaz, cf.DataHoraAutorizacao,
+        EXPECT_EQ(juntar({cf.TipoAmbiente, cf.ProtocoloSefaz, cf.DataHoraAutorizacao,
                           cf.DigestValueAutorizado, cf.LinkNFCe}),
                   esperado);
     }

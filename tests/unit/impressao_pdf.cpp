@@ -3,7 +3,6 @@
 // make the library write anywhere else.
 #include "comum/Base64.h"
 #include "impressao/PdfDanfe.h"
-#include "impressao/PdfListagem.h"
 #include "impressao/ZEL_PDF.h"
 #include "impressao_apoio.h"
 #include "texto/Codificacao.h"

@@ -32,8 +32,8 @@ TEST_F(Qrcode, parametros_em_ordem_e_com_o_hash_do_token) {
         cf.ValorTotal = 10.5;
         cf.TotalICMS = "1.80";
         cf.DigestValueAutorizado = "FBFUQdZijVXNc2cxuJ9xHnx0Chc=";
-        dados.TipoAmbiente = std::to_string(ambiente);
-        EXPECT_EQ(gerarUrlQrcode(dados, cf, "http://a"), esperado);
+        cf.TipoAmbiente = std::to_string(ambiente);
+        EXPECT_EQ(gerarUrlQrcode(cf, "http://a"), esperado);
     }
     for (const std::string_view uf : {"RS", "MT"})
         EXPECT_EQ(calcularHashCodeFromURL("x", uf), calcularHashCodeFromURL("x", "SP")) << uf;

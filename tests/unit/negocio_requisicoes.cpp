@@ -4,10 +4,9 @@
 #include "apoio/ComDados.h"
 #include "emcurso/ZEL_Controle.h"
 #include "emissao/Cabecalho.h"
-#include "emissao/DataHora.h"
 #include "negocio/Cancelamento.h"
 #include "negocio/Consulta.h"
-#include "negocio/Inutilizacao.h"
+#include "negocio/Requisicao.h"
 #include "texto/Cripto.h"
 #include "texto/Texto.h"
 

@@ -2,7 +2,6 @@
 // What a refusal keeps for the log, and that it keeps nothing, in no memory, while there is none.
 #include "config/Catalogo.h"
 #include "disco/Diretorio.h"
-#include "recusa/ErroDoSistema.h"
 #include "recusa/Recusa.h"
 
 #include <gtest/gtest.h>
@@ -50,20 +49,6 @@ TEST_F(Recusas, desligada_nao_usa_memoria_nem_guarda) {
     EXPECT_EQ(arquivoIndisponivel(dado), ZEL_ARQUIVO_INDISPONIVEL);
     EXPECT_EQ(alocacoes, antes);
     EXPECT_EQ(textoDaRecusa(ZEL_ARQUIVO_INDISPONIVEL, fnConfigurarPath), std::nullopt);
-}
-
-// Every place in a text is one that is known: nothing is left in braces, nothing empty.
-TEST_F(Recusas, todo_texto_e_preenchido) {
-    for (const LinhaMotivo &linha : kMotivos) {
-        esquecerRecusa(true);
-        errno = ENOSPC;
-        falhouArquivo("/dir/arquivo");
-        recusar(linha.motivo, {.campo = "@", .dado = "@", .lugar = "@", .minimo = 2, .maximo = 3});
-        const auto texto = textoDaRecusa(linha.codigo, fnConfigurarPath);
-        ASSERT_TRUE(texto) << linha.texto;
-        EXPECT_EQ(texto->find_first_of("{}\n"), texto->npos) << *texto;
-        EXPECT_EQ(texto->find("\"\""), texto->npos) << *texto;
-    }
 }
 
 // A reason of another code is not this one's: the border would tell a wrong story.

@@ -46,14 +46,6 @@ TEST_F(Conformidade, moldes_como_o_ouro) {
     compararComOuro(std::filesystem::path(ZEL_OURO) / "moldes.tsv", texto);
 }
 
-// Who writes an adjustment asks here where it stands.
-TEST_F(Conformidade, lugar_no_produto_e_o_do_molde) {
-    const ST_tagZEL &prod = *moldeDaSecao(Secao::kVenda)->getSubTag("prod");
-    EXPECT_EQ(prod.subTags->size(), elementosDoProduto());
-    for (const std::string_view nome : {"cProd", "vDesc", "indTot"})
-        EXPECT_EQ((*prod.subTags)[lugarNoProduto(nome)].nome, nome);
-}
-
 TEST_F(Conformidade, textos_sao_recusados_com_o_seu_codigo) {
     using enum Secao;
     const std::tuple<Secao, std::string, int> casos[] = {

@@ -2,10 +2,8 @@
 // zel ver and zel imprimir: which receipt they take, and a printer that is missing, refuses or
 // stops taking bytes.
 #include "Loja.h"
-#include "Marcas.h"
 
 #include "apoio/Porta.h"
-#include "texto/Marcacao.h"
 
 #include <gtest/gtest.h>
 
@@ -154,14 +152,6 @@ TEST_F(Imprimir, marcas_no_nome_de_um_item_sao_texto) {
     }
     EXPECT_NE(cortes[0], "");
     EXPECT_EQ(cortes[0], cortes[1]);
-}
-
-// One that the reader learnt and the library does not know would be obeyed in a value.
-TEST(Marcas, as_do_leitor_sao_as_que_um_valor_perde) {
-    for (const auto &marca : zel::cupom::kMarcasDeTexto)
-        EXPECT_TRUE(zel::ehMarca(marca.nome)) << marca.nome;
-    for (const auto &marca : zel::cupom::kMarcasDeConteudo)
-        EXPECT_TRUE(zel::ehMarca(marca.nome)) << marca.nome;
 }
 
 // The request that took the document's place has a receipt of its own, when it was accepted.

@@ -1,18 +1,16 @@
 // SPDX-License-Identifier: MIT
-// The tables of the command held against what they are about: the states' published examples, the
-// library's own reading of damaged files, and what the tax builders really read.
+// The tables of the command held against what they are about: the states' published examples and
+// the library's own reading of damaged files.
+#include "apoio/Arquivo.h"
 #include "apoio/ComoABiblioteca.h"
-#include "apoio/Imposto.h"
 #include "comum/Digitos.h"
 #include "comum/Estados.h"
 #include "leitura/Municipios.h"
 #include "leitura/TabelaMunicipios.h"
 #include "leitura/Texto.h"
 
-#include "imposto/GruposContribuicao.h"
-#include "imposto/GruposICMS.h"
-
-#include <fstream>
+#include <filesystem>
+#include <gtest/gtest.h>
 
 namespace zel {
 
@@ -110,58 +108,6 @@ TEST(Tabelas, leitura_como_a_da_biblioteca) {
         ++arquivos;
     }
     EXPECT_GT(arquivos, 20U);
-}
-
-// For each tax group of the configuration: a key that the table marks as read changes what is sold,
-// one that it does not leaves it alone; without a required one the group is not built.
-class Leitores : public ComImposto {
-protected:
-    static int tratar(std::string_view grupo, ST_tagZEL &imposto) {
-        if (grupo.find("\\PIS\\") != grupo.npos)
-            return fnTratarPIS({}, "18.00", "100.00", "2", imposto);
-        if (grupo.find("\\COFINS\\") != grupo.npos)
-            return fnTratarCOFINS({}, "18.00", "100.00", "2", imposto);
-        if (grupo.find("\\ISSQN") != grupo.npos) return fnTratarISS("18.00", "100.00", imposto);
-        return fnTratarICMS({}, "18.00", "100.00", imposto);
-    }
-    static std::string vendido(std::string_view grupo) {
-        return resultado([&](ST_tagZEL &imposto) { return tratar(grupo, imposto); });
-    }
-    static void definir(const LinhaChave &chave, std::string_view valor) {
-        ASSERT_EQ(fnRegAlterarValor_ZEL(chave.caminho, valor), ZEL_OK);
-    }
-};
-
-TEST_F(Leitores, do_imposto) {
-    std::vector<std::vector<const LinhaChave *>> grupos;
-    for (const LinhaChave &chave : kChaves) {
-        if (!chave.caminho.starts_with(R"(IMPOSTO\)")) continue;
-        if (grupos.empty() || grupos.back().front()->grupo() != chave.grupo())
-            grupos.emplace_back();
-        grupos.back().push_back(&chave);
-    }
-    ASSERT_EQ(grupos.size(), 28U);
-    for (const auto &chaves : grupos) {
-        const std::string_view nome = chaves.front()->grupo();
-        for (const LinhaChave *chave : chaves)
-            definir(*chave, "1");
-        const std::string inteiro = vendido(nome);
-        for (const LinhaChave *chave : chaves) {
-            definir(*chave, "2");
-            const bool lida = vendido(nome) != inteiro;
-            // The code of this group is another section's; its own only chooses the group.
-            const bool escolhe = nome == R"(IMPOSTO\PIS\PISQTDE)" && chave->nome() == "CST";
-            EXPECT_EQ(lida, chave->tem(kLida) && !escolhe) << chave->caminho << "\n" << inteiro;
-            definir(*chave, "");
-            const std::string sem = vendido(nome);
-            const bool naoMontado =
-                sem != inteiro && (sem == "-1" || sem == "imposto(ICMS=)" || sem == "imposto=");
-            EXPECT_EQ(naoMontado, chave->tem(kExigida)) << chave->caminho << ": " << sem;
-            definir(*chave, "1");
-        }
-        for (const LinhaChave *chave : chaves)
-            definir(*chave, "");
-    }
 }
 
 } // namespace

@@ -28,7 +28,9 @@ constexpr std::string_view kProducao = "1";
 
 struct Situacao {
     std::string chave, protocolo; // of the last document closed or laid out
-    bool contingencia() const { return chave.size() == 44 && chave[34] == '9'; }
+    bool contingencia() const {
+        return ehChave(chave) && ChaveAcesso::parte(chave, ChaveAcesso::Parte::kTpEmis) == "9";
+    }
     // Whether its receipt may be given to the customer.
     bool vale() const { return !protocolo.empty() || contingencia(); }
 };
@@ -104,7 +106,8 @@ Recibo montar(const PedidoDeRecibo &pedido) {
     const std::string nome = argumento(documento.c_str());
     if (lerArquivo(documento, kMaximoDocumento, bytes, motivo) != Leitura::kLido)
         return sem(juntar({nome, ": ", motivo}));
-    const bool cancela = bytes.find("<EveTp>") != bytes.npos || documento.ends_with(".ctgCanc");
+    const bool cancela =
+        bytes.find("<EveTp>") != bytes.npos || documento.ends_with(arquivos::kCancelamento);
     const int tipo = cancela ? kCancelamento : kVenda;
     if (!pedido.semResposta())
         if (std::string recusa = recusaDoRetorno(retorno, tipo); !recusa.empty())
@@ -175,11 +178,8 @@ bool ehDocumentoDe(const std::string &documento, std::string_view chave) {
         lerArquivo(documento, kMaximoDocumento, bytes, motivo) != Leitura::kLido)
         return false;
     const std::string nome = documento.substr(documento.rfind('/') + 1);
-    using enum ChaveAcesso::Parte;
-    const auto parte = [&](ChaveAcesso::Parte qual) { return ChaveAcesso::parte(chave, qual); };
-    const std::string doPedido =
-        juntar({parte(kCNPJ), "_", parte(kSerie), parte(kNNF), ".ctgCanc"});
-    if (nome == juntar({chave, ".ctg"}) || nome == doPedido) return true;
+    if (nome == arquivos::nomeDaContingencia(chave) || nome == arquivos::nomeDoCancelamento(chave))
+        return true;
     for (const std::string &marca : {comoDocumento(chave), juntar({"<ChaAcesso>", chave, "<"}),
                                      juntar({"<chNFe>", chave, "<"})})
         if (bytes.find(marca) != bytes.npos) return true;

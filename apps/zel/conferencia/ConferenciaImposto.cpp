@@ -5,7 +5,6 @@
 #include "leitura/TabelaChaves.h"
 #include "leitura/Texto.h"
 
-#include <algorithm>
 #include <array>
 #include <span>
 #include <string>
@@ -24,9 +23,6 @@ struct Tributo {
 constexpr Tributo kIcms{R"(IMPOSTO\ICMS)", "Orig"};
 constexpr Tributo kPis{R"(IMPOSTO\PIS)", "CST"};
 constexpr Tributo kCofins{R"(IMPOSTO\COFINS)", "CST"};
-
-// An item of one of these is sold without its tax when a required value is missing; others refuse.
-constexpr std::array<std::string_view, 3> kAceitamVazio{"ICMS00", "ICMS40", "ICMS60"};
 
 // What these groups write does not pass the library's own check of the item.
 constexpr std::array<std::string_view, 2> kRecusados{"ICMS10", "ICMS30"};
@@ -49,12 +45,12 @@ std::vector<std::string_view> preenchidos(const ArquivoConfig &config, const Tri
 }
 
 void conferirExigidas(const ArquivoConfig &config, std::string_view grupo, Relatorio &relatorio) {
-    const bool aceita = std::ranges::find(kAceitamVazio, nomeDoGrupo(grupo)) != kAceitamVazio.end();
-    const std::string_view efeito =
-        aceita ? " a exige: o item sai sem ICMS" : " a exige: a venda é recusada com -1";
     for (const LinhaChave &chave : kChaves) {
         const ValorConfig &valor = config[chave.caminho];
         if (chave.grupo() != grupo || !chave.tem(kExigida) || !valor.valor.empty()) continue;
+        const std::string_view efeito = chave.tem(kAceitaVazio)
+                                            ? " a exige: o item sai sem ICMS"
+                                            : " a exige: a venda é recusada com -1";
         relatorio.registrar(
             {"grupo-incompleto", std::string(chave.caminho), valor.linha,
              juntar({"está vazia, e o grupo ", nomeDoGrupo(grupo), efeito}),

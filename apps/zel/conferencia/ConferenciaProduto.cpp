@@ -13,12 +13,14 @@ namespace zel::aplicativo {
 
 namespace {
 
+// What the authority wants to read in a document without fiscal value, its rejections 373 and 598.
 constexpr std::string_view kPrimeiroItem =
     "NOTA FISCAL EMITIDA EM AMBIENTE DE HOMOLOGACAO - SEM VALOR FISCAL";
 constexpr std::string_view kConsumidor =
     "NF-E EMITIDA EM AMBIENTE DE HOMOLOGACAO - SEM VALOR FISCAL";
 
-// The first digit of a CFOP, by where the goods go (idDest 1 to 3).
+// The first digit of a CFOP, by where the goods go (idDest 1 to 3): Convênio s/nº of 15 December
+// 1970, annex of the codes of operations, exits.
 constexpr std::string_view kCfops = "567";
 
 std::string_view numeroDe(const NoXml &item) {

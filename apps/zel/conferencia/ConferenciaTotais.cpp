@@ -23,7 +23,8 @@ bool diferem(double a, double b, double folga = kMeioCentavo) {
     return std::abs(a - b) >= folga;
 }
 
-// A total of ICMSTot and the elements of the items that add up to it.
+// A total of ICMSTot and the elements of the items that add up to it: Manual de Orientação do
+// Contribuinte 6.0 (September 2015), Anexo I, group W.
 struct Soma {
     std::string_view total;
     std::string_view grupo; // child of det

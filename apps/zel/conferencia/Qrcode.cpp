@@ -17,7 +17,7 @@ struct Parametro {
     bool opcional = false;
 };
 
-// Of version 100, in their order.
+// Of version 100, in their order: NT 2015.002, as in the library that writes them.
 constexpr std::array<Parametro, 10> kParametros{{
     {"chNFe"},
     {"nVersao"},

@@ -39,6 +39,7 @@ enum MarcaChave : unsigned {
     kLida = 8,        // something reads it
     kSegredo = 16,    // never shown
     kPessoal = 32,    // holds a person's data
+    kAceitaVazio = 64 // empty where kExigida, the item is sold without its tax
 };
 
 struct LinhaChave {

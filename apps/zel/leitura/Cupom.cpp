@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "leitura/Cupom.h"
 
+#include "comum/EstadoDoCupom.h"
 #include "leitura/Texto.h"
 #include "leitura/Xml.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace zel::aplicativo {
@@ -99,9 +99,7 @@ std::optional<Cupom> lerCupom(std::string_view bytes, std::string &erro) {
 }
 
 std::string_view nomeDoEstado(int estado) {
-    constexpr std::array<std::string_view, 7> kNomes{
-        "nenhum cupom", "aberto", "vendendo", "totalizado", "pago", "encerrado", "cancelado"};
-    return kNomes[static_cast<std::size_t>(std::clamp(estado, 0, 6))];
+    return kNomesDosEstados[static_cast<std::size_t>(std::clamp<int>(estado, kNenhum, kCancelado))];
 }
 
 } // namespace zel::aplicativo

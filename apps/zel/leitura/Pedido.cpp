@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "leitura/Pedido.h"
 
+#include "comum/ChaveAcesso.h"
 #include "leitura/Texto.h"
 
 namespace zel::aplicativo {
@@ -8,7 +9,7 @@ namespace zel::aplicativo {
 namespace {
 
 constexpr std::size_t kMenorJustificativa = 15;
-constexpr std::size_t kLugarDaSerie = 22, kDigitosDaSerie = 3, kDigitosDoNumero = 9;
+constexpr std::size_t kDigitosDaSerie = ChaveAcesso::digitos(ChaveAcesso::Parte::kSerie);
 constexpr long long kMaiorNumero = 999999999, kMaiorSerie = 999;
 constexpr long long kDiasDoMes[] = {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
 
@@ -27,11 +28,10 @@ bool ehData(std::string_view texto) {
 } // namespace
 
 NumeroESerie numeroDaChave(std::string_view chave) {
-    const auto parte = [&](std::size_t lugar, std::size_t tamanho) {
-        return std::to_string(lerInteiro(chave.substr(lugar, tamanho)).value_or(0));
+    const auto parte = [&](ChaveAcesso::Parte qual) {
+        return std::to_string(lerInteiro(ChaveAcesso::parte(chave, qual)).value_or(0));
     };
-    return {parte(kLugarDaSerie + kDigitosDaSerie, kDigitosDoNumero),
-            parte(kLugarDaSerie, kDigitosDaSerie)};
+    return {parte(ChaveAcesso::Parte::kNNF), parte(ChaveAcesso::Parte::kSerie)};
 }
 
 std::string conferirNumero(std::string_view texto) {

@@ -37,6 +37,7 @@ struct Nomeada {
     std::string_view nome;
     char caracter;
 };
+// XML 1.0 (W3C, fifth edition, November 2008), section 4.6.
 constexpr Nomeada kNomeadas[] = {
     {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
 
