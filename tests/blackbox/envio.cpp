@@ -202,14 +202,6 @@ TEST(Configuracao, arquivo_novo_traz_todo_o_catalogo) {
     compararComOuro(ZEL_OURO "/ZEL_Framework.xml", caixa.lerArquivo("ZEL_Framework.xml"));
 }
 
-TEST(Configuracao, valor_cortado_nunca_parte_uma_referencia) {
-    Caixa caixa;
-    caixa.config("EMIT\\xNome", (std::string(57, 'x') + "&amp;Y").c_str());
-    EXPECT_EQ(caixa.config("EMIT\\xNome"), std::string(57, 'x'));
-    caixa.config("EMIT\\xNome", (std::string(55, 'x') + "&amp;Y").c_str());
-    EXPECT_EQ(caixa.config("EMIT\\xNome"), std::string(55, 'x') + "&amp;");
-}
-
 TEST(Configuracao, outro_processo_e_visto_na_operacao_seguinte) {
     Caixa caixa;
     ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
@@ -219,22 +211,6 @@ TEST(Configuracao, outro_processo_e_visto_na_operacao_seguinte) {
     ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
     EXPECT_EQ(elemento(documento(caixa), "natOp"), "Troca");
     EXPECT_EQ(caixa.config("IDE\\nNF"), "3") << "numbers go on from the file";
-}
-
-TEST(Configuracao, encurtada_por_uma_ferramenta_vale_inteira) {
-    Caixa caixa;
-    ASSERT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
-    caixa.config("IDE\\natOP", "Troca");
-    std::string arquivo = caixa.lerArquivo("ZEL_Framework.xml");
-    for (std::size_t i; (i = arquivo.find("></")) != std::string::npos;)
-        arquivo.replace(i, arquivo.find('>', i + 1) + 1 - i, "/>");
-    caixa.escreverArquivo("ZEL_Framework.xml", arquivo);
-    caixa.reiniciar();
-    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
-    EXPECT_EQ(elemento(documento(caixa), "natOp"), "Troca");
-    caixa.reiniciar();
-    EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 5);
-    EXPECT_EQ(caixa.config("IDE\\nNF"), "2");
 }
 
 } // namespace

@@ -113,61 +113,6 @@ TEST(Diario, cheio_recomeca_e_cresce) {
     EXPECT_EQ(encerrar(caixa), ZEL_OK);
 }
 
-TEST(EstadoDoAplicativo, nao_e_tocado_sem_restos) {
-    Caixa caixa;
-    ASSERT_NO_FATAL_FAILURE(darPassos(caixa, 2));
-    caixa.config("CONFIGURACAO\\estadoCFe", "0");
-    caixa.reiniciar();
-    EXPECT_EQ(caixa->rCFVerificarStatus_ZEL(), 0);
-    EXPECT_EQ(abrir(caixa), ZEL_OK) << "a till set back by hand opens";
-}
-
-TEST(RegistrosDanificados, fica_o_que_estava_inteiro) {
-    Caixa caixa;
-    ASSERT_NO_FATAL_FAILURE(darPassos(caixa, 3));
-    const std::string todos = caixa.lerArquivo("ArqPersist.bin");
-    const struct {
-        const char *descricao;
-        std::string bytes;
-        int itens;
-        bool copia = false; // the damaged original is kept when something is saved
-    } casos[] = {
-        {"torn last record", todos.substr(0, todos.size() - 40), 1},
-        {"torn between groups", todos.substr(0, todos.rfind("<imposto>")), 1},
-        {"line end lost", todos.substr(0, todos.size() - 2), 1},
-        {"unknown type in the middle", trocar(todos, "02|1", "07|1"), 0, true},
-        {"unbalanced element", trocar(todos, "</prod>", "<xprod>"), 0, true},
-    };
-    for (const auto &[descricao, bytes, itens, copia] : casos) {
-        SCOPED_TRACE(descricao);
-        caixa.parar();
-        caixa.escreverArquivo("ArqPersist.bin", bytes);
-        caixa.iniciar();
-        EXPECT_EQ(caixa.info("1"), std::to_string(itens));
-        EXPECT_EQ(caixa.lerArquivo("ArqPersist.bin"), bytes) << "reading changes nothing";
-        ASSERT_EQ(vender(caixa), ZEL_OK);
-        ASSERT_EQ(caixa.existe("ArqPersist.bin.danificado"), copia);
-        EXPECT_EQ(copia ? caixa.lerArquivo("ArqPersist.bin.danificado") : bytes, bytes);
-        caixa.reiniciar();
-        EXPECT_EQ(caixa.info("1"), std::to_string(itens + 1));
-    }
-}
-
-TEST(ConfiguracaoDanificada, a_unica_copia_nao_se_perde) {
-    Caixa caixa;
-    ASSERT_EQ(abrir(caixa), ZEL_OK);
-    caixa.config("EMIT\\xNome", "Minha Loja");
-    caixa.parar();
-    const std::string danificado = "<FRAMEWORKZEL><EMIT><xNome>Minha Loja</xNome>";
-    caixa.escreverArquivo("ZEL_Framework.xml", danificado);
-    caixa.iniciar();
-    EXPECT_EQ(vender(caixa), ZEL_CONFIG_ILEGIVEL);
-    EXPECT_EQ(caixa.lerArquivo("ZEL_Framework.xml"), danificado);
-    EXPECT_EQ(caixa->aCFInicializar_ZEL(), ZEL_OK);
-    EXPECT_EQ(caixa.lerArquivo("ZEL_Framework.xml.danificado"), danificado);
-    EXPECT_EQ(caixa.config("EMIT\\xNome"), "RAZAO SOCIAL");
-}
-
 TEST(ArquivoDePersistencia, trocado_por_fora_nao_perde_o_cupom) {
     Caixa caixa;
     ASSERT_NO_FATAL_FAILURE(darPassos(caixa, 2));
@@ -292,28 +237,6 @@ TEST(Embaralhar, o_destino_continua_o_que_era) {
               0);
     EXPECT_EQ(caixa.lerArquivo("fechado/meu"), embaralhado);
     fs::permissions(fechado, fs::perms::owner_all); // to be removed
-}
-
-TEST(VendaComTransportadora, poe_um_registro_so_antes_do_dela) {
-    Caixa caixa;
-    caixa.config("IDE\\indPres", "4");
-    ASSERT_EQ(abrir(caixa), ZEL_OK);
-    ASSERT_EQ(
-        caixa->aCFIdentificarTransportadora_ZEL("11222333000181", "Transportes", "", "", "", ""),
-        ZEL_OK);
-    ASSERT_EQ(vender(caixa), ZEL_OK);
-    const std::string antes = caixa.lerArquivo("ArqPersist.bin");
-    ASSERT_EQ(vender(caixa), ZEL_OK);
-    const std::string depois = caixa.lerArquivo("ArqPersist.bin");
-    const std::size_t lugar = antes.find("\r\n04|") + 2;
-    EXPECT_EQ(depois.substr(0, lugar), antes.substr(0, lugar));
-    EXPECT_EQ(depois.find("02|2|", lugar), lugar);
-    EXPECT_TRUE(depois.ends_with(antes.substr(lugar)));
-    caixa.reiniciar();
-    EXPECT_EQ(caixa.info("1"), "2");
-    ASSERT_EQ(totalizar(caixa), ZEL_OK);
-    const std::string registros = caixa.lerArquivo("ArqPersist.bin");
-    EXPECT_LT(registros.find("\r\n03|"), registros.find("\r\n04|"));
 }
 
 } // namespace

@@ -140,19 +140,6 @@ TEST(Impressao, contingencia_imprime_duas_vias_do_arquivo_embaralhado) {
     EXPECT_EQ(cupom.find("Protocolo"), std::string::npos);
 }
 
-TEST(Impressao, pdf_so_do_autorizado) {
-    Caixa caixa;
-    ASSERT_NO_FATAL_FAILURE(fecharCupom(caixa));
-    caixa.escreverArquivo("retorno.xml", retorno(caixa));
-    const std::string chave = caixa.config("NFCE\\ChaveDeAcesso");
-    // The PDF of a document that was not authorized, after its text.
-    caixa.escreverArquivo("negado.xml", trocar(retorno(caixa), ">100<", ">204<"));
-    caixa.config("CONFIGURACAO\\SalvarDanfePDF", "1");
-    EXPECT_NE(imprimir(caixa, "documentosEnvio.xml", "negado.xml", 48, 1, -24), "");
-    imprimir(caixa, "documentosEnvio.xml", "retorno.xml", 48);
-    EXPECT_TRUE(caixa.lerArquivo("NFe" + chave + "_DANFE.pdf").starts_with("%PDF-"));
-}
-
 TEST(Cancelamento, do_cupom_em_andamento_e_do_ultimo_documento) {
     Caixa caixa;
     ASSERT_EQ(abrir(caixa), ZEL_OK);

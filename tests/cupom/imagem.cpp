@@ -9,7 +9,6 @@
 #include <numeric>
 #include <png.h>
 #include <regex>
-#include <set>
 
 using namespace zel::cupom;
 
@@ -116,14 +115,6 @@ TEST(Imagem, cada_ponto_e_um_quadrado_de_pixels) {
     EXPECT_EQ(outros, 0);
 }
 
-TEST(Imagem, letras_sao_como_a_sua_marca_diz) {
-    std::set<std::vector<std::uint8_t>> vistas;
-    for (const std::string marca : {"n", "b", "i", "s", "c", "e", "da", "xl"})
-        EXPECT_TRUE(
-            vistas.insert(desenharTexto("<" + marca + ">lado", kPapeis[0]).imagem.pontos).second)
-            << marca;
-}
-
 TEST(Imagem, negrito_sem_fonte_negrita_e_mais_escuro) {
     const auto tinta = [](std::string_view texto) {
         const auto pontos = desenharTexto(texto, kPapeis[0]).imagem.pontos;
@@ -153,12 +144,4 @@ TEST(Imagem, svg_tem_os_mesmos_pontos_e_cada_letra) {
     const int qr = desenhado.pagina.elementos[desenhado.pagina.elementos.size() - 2].topo;
     for (int y = qr; y < desenhado.imagem.altura; ++y)
         ASSERT_EQ(fatia(pontos, y), fatia(desenhado.imagem, y)) << y;
-}
-
-TEST(Imagem, base64_e_a_da_norma) {
-    // RFC 4648, section 10.
-    for (const auto &[bytes, texto] : std::initializer_list<std::pair<const char *, const char *>>{
-             {"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {"foobar", "Zm9vYmFy"}})
-        EXPECT_EQ(zel::comum::base64(bytes), texto);
-    EXPECT_EQ(zel::comum::base64("\xFB\xFF\xFE"), "+//+");
 }

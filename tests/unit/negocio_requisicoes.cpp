@@ -8,6 +8,7 @@
 #include "negocio/Consulta.h"
 #include "negocio/Requisicao.h"
 #include "texto/Cripto.h"
+#include "texto/HoraLocal.h"
 #include "texto/Texto.h"
 
 #include <array>

@@ -179,10 +179,4 @@ TEST(Pedido, textos_de_um_pedido) {
     EXPECT_NE(conferirJustificativa(std::string(61, 'x'), 60), "");
 }
 
-TEST(Pedido, numero_da_chave_sem_zeros) {
-    const NumeroESerie lido = numeroDaChave("35261111222333000181650120000000451171025564");
-    EXPECT_EQ(lido.numero, "45");
-    EXPECT_EQ(lido.serie, "12");
-}
-
 } // namespace
