@@ -219,8 +219,8 @@ TEST(Emissoes, mensagem_de_outro_e_olhada_antes_de_assinada) {
         {trocada(boa, "<UF>RS", "<UF>RJ"), ZEL_ENVIO_REPROVADO, "enderEmit/UF"},
         {trocada(boa, espaco, ""), ZEL_ENVIO_TRADUCAO, "espaço de nomes"},
         {"<enviNFe" + espaco + ">" + boa + boa + "</enviNFe>", ZEL_ENVIO_TRADUCAO, "NFe[2]"},
-        {trocada(lote, "</envEvento>", alheio + "</envEvento>"), ZEL_ENVIO_CERTIFICADO,
-         "99222333000181"},
+        {trocada(lote, "</envEvento>", alheio + "</envEvento>"), ZEL_ENVIO_REPROVADO,
+         "evento[2]/infEvento/CNPJ: \"99222333000181\""},
         {trocada(nota.xml(), "</NFe>", "<Signature/></NFe>"), ZEL_ENVIO_OK, ""},
     };
     for (const auto &[xml, codigo, parte] : kCasos) {
