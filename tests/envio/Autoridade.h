@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace zel::envio::teste {
@@ -29,9 +30,11 @@ public:
     std::map<std::string, Livro> notas; // by key
     std::vector<std::string> pedidos;   // names of the messages' roots, in order
     std::chrono::milliseconds limite{}; // of the last one
+    std::chrono::milliseconds demora{}; // of each
 
     Retorno pedir(const Remessa &remessa, std::chrono::milliseconds ate) override {
         limite = ate;
+        std::this_thread::sleep_for(demora);
         std::string ordem;
         if (!ordens.empty()) {
             ordem = ordens.front();

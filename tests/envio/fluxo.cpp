@@ -15,7 +15,9 @@
 #include "envio/Nota.h"
 
 #include <atomic>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <thread>
 
 namespace zel::envio {
@@ -255,6 +257,48 @@ TEST(Caminhos, um_certificado_recusado_para_a_fila_ate_que_alguem_olhe) {
     EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kEntregue);
 }
 
+// Another company's document, found in a till's copies, is refused by itself; where the till has
+// sold for that company before, it is the certificate that is not the right one.
+TEST(Caminhos, o_que_e_culpa_de_um_documento_nao_para_os_outros) {
+    const struct {
+        const char *nome;
+        std::deque<std::string> ordens; // of 42
+        bool antes;                     // 41 was delivered before the certificate was another's
+        bool assinada;                  // 42 was signed before that, too
+        const char *parada;
+        Estado fim;
+    } kCasos[] = {{"emitente alheio", {}, false, false, "", Estado::kRecusado},
+                  {"certificado trocado", {}, true, false, "outra empresa", Estado::kAchado},
+                  {"alheia assinada", {"213"}, false, true, "", Estado::kRecusado},
+                  {"trocado e assinada", {"213"}, true, true, "Autorizado", Estado::kAssinado}};
+    for (const auto &caso : kCasos) {
+        SCOPED_TRACE(caso.nome);
+        Loja loja;
+        if (caso.antes) loja.achar(nota("41").xml());
+        loja.andar();
+        const auto id = loja.achar(nota("42").xml());
+        if (caso.assinada) Fluxo(loja.meios()).assinar(id);
+        loja.pasta.gravar("ensaio.p12",
+                          pkcs12DeEnsaio("Mercado", "99888777000161", std::string(ensaio::kSenha),
+                                         ensaio::kAgora));
+        Recusas recusas;
+        loja.oficina->acompanhar(recusas);
+        loja.sefaz.ordens = caso.ordens;
+        loja.andar(3);
+        EXPECT_EQ(loja.fila->ficha(id)->estado, caso.fim) << loja.fila->ficha(id)->motivo;
+        const std::string parada = loja.fila->anotado(kAnotacaoParada);
+        EXPECT_EQ(parada.empty(), *caso.parada == 0) << parada;
+        EXPECT_NE(parada.find(caso.parada), std::string::npos) << parada;
+    }
+    Loja loja;
+    std::string reprovada = traduzir(nota("42"), loja.config).documento->texto();
+    reprovada.replace(reprovada.find("<vNF>20.00"), 10, "<vNF>20.01");
+    const auto id = loja.achar(reprovada);
+    loja.andar(3);
+    EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kRecusado) << loja.fila->ficha(id)->motivo;
+    EXPECT_EQ(loja.fila->anotado(kAnotacaoParada), "");
+}
+
 TEST(Caminhos, uma_traducao_recusada_nao_sai_e_diz_por_que) {
     Loja loja;
     Nota ruim = nota("42");
@@ -421,14 +465,21 @@ TEST(Substituicoes, o_numero_que_e_de_outra_nota_se_resolve_pela_outra) {
     }
 }
 
+void envelhecer(const std::string &arquivo) {
+    const timespec tempos[2] = {{1, 0}, {1, 0}};
+    EXPECT_EQ(utimensat(AT_FDCWD, arquivo.c_str(), tempos, 0), 0);
+}
+
 // What a till says of a replacement stands in one place, which the next one writes over.
 TEST(Substituicoes, o_que_o_caixa_diz_tarde_vale_e_o_que_ja_nao_diz_nao_se_adivinha) {
     const struct {
         const char *nome;
         const char *numero; // that parametrosEnvio.xml names; null: somebody says it in the end
         bool depois, saiu;  // it is written after the document was delivered; 42 had gone out
+        bool dias = false;  // it was written days before, of a series that begins anew since
     } kCasos[] = {{"diz na hora", "42", false, true},
                   {"diz depois de entregue", "42", true, true},
+                  {"disse ha dias", "42", false, true, true},
                   {"diz de outra", "44", false, false},
                   {"diz de outra, e a primeira saiu", "44", false, true}};
     for (const auto &caso : kCasos) {
@@ -448,12 +499,15 @@ TEST(Substituicoes, o_que_o_caixa_diz_tarde_vale_e_o_que_ja_nao_diz_nao_se_adivi
         if (caso.saiu) loja.andar(1);
         loja.pasta.gravar("caixa/" + nova.chave() + ".ctg", nova.xml());
         if (!caso.depois) loja.pasta.gravar("caixa/parametrosEnvio.xml", dito);
+        if (caso.dias) envelhecer(loja.pasta / "caixa/parametrosEnvio.xml");
         varrer();
         loja.andar();
         if (caso.depois) loja.pasta.gravar("caixa/parametrosEnvio.xml", dito);
         varrer();
         loja.andar();
         const bool sabe = caso.numero == std::string("42");
+        EXPECT_EQ(loja.fila->procurar({.chave = nova.chave()}).front().substitui,
+                  sabe && !caso.dias ? velha.chave() : "");
         const Procura deAlguem{.precisaDeAlguem = true};
         EXPECT_EQ(loja.fila->procurar(deAlguem).size(), sabe ? 0U : 1U);
         EXPECT_EQ(loja.sefaz.notas.contains(velha.chave()), caso.saiu);
@@ -534,6 +588,17 @@ TEST(Pedidos, o_protocolo_que_falta_e_perguntado_com_o_mesmo_cuidado) {
     }
 }
 
+// What a till's file says is no way out of the directory of the returns.
+TEST(Pedidos, uma_chave_que_e_um_caminho_nao_da_nome_a_nada) {
+    Loja loja;
+    const auto id = loja.achar("<Consulta><ChaveAcesso>../../fora</ChaveAcesso></Consulta>");
+    mkdir((loja.pasta / "caixa/retornos").c_str(), 0700);
+    loja.andar(3);
+    EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kRecusado);
+    EXPECT_EQ(access((loja.pasta / "fora-consulta.retorno.xml").c_str(), F_OK), -1);
+    EXPECT_NE(loja.retorno("documentosEnvio.xml-consulta").find("../../fora"), std::string::npos);
+}
+
 TEST(Pedidos, a_inutilizacao_perdida_vai_de_novo_com_os_mesmos_bytes) {
     Loja loja;
     loja.sefaz.ordens = {"resposta-perdida", "107", "563"};
@@ -549,18 +614,53 @@ TEST(Pedidos, a_inutilizacao_perdida_vai_de_novo_com_os_mesmos_bytes) {
 
 // ---- what a till wrote ----
 
+// The bytes of a question are the same each time; its answer is not.
+TEST(Achados, uma_consulta_repetida_e_perguntada_de_novo) {
+    Loja loja;
+    loja.config.caixas[0].copias = loja.caixa();
+    Caixa caixa(loja.config.caixas[0]);
+    loja.achar(nota("42").xml());
+    loja.andar();
+    const std::string chave = nota("42").chave(),
+                      consulta = "<Consulta><ChaveAcesso>" + chave +
+                                 "</ChaveAcesso><tpAmb>2</tpAmb></Consulta>";
+    Recusas recusas;
+    for (const char *copia : {"EnvioCons1.xml", "EnvioCons2.xml"}) {
+        loja.pasta.gravar("caixa/" + std::string(copia), consulta);
+        EXPECT_EQ(caixa.varrer(*loja.fila, Relogio().agora(), recusas), 1);
+        loja.andar();
+        loja.achar(cancelamento(chave));
+        loja.andar();
+    }
+    EXPECT_NE(loja.retorno(chave + "-consulta").find("101"), std::string::npos);
+    EXPECT_EQ(loja.sefaz.quantos("consSitNFe"), 2U);
+    auto pedido = acharEm(consulta, recusas);
+    pedido->caixa = loja.caixa();
+    for (int i = 0; i < 2; ++i, loja.relogio.momento += kMinuto)
+        transmitir(loja.meios(), *pedido, Milissegundos(5000), recusas);
+    EXPECT_EQ(loja.sefaz.quantos("consSitNFe"), 4U);
+}
+
 TEST(Achados, o_que_nao_pode_ser_lido_e_dito_e_olhado_de_novo) {
     Loja loja;
     Caixa caixa(loja.config.caixas[0]);
     const std::string nome = "caixa/" + nota("42", "9").chave() + ".ctg";
-    loja.pasta.gravar(nome, std::string(kMaiorDocumento + 1, 'x'));
+    const std::string inteira = nota("42", "9").xml();
     Momento agora = Relogio().agora();
-    for (const bool cabe : {false, true}) {
-        SCOPED_TRACE(cabe);
-        if (cabe) loja.pasta.gravar(nome, nota("42", "9").xml()); // its directory stands
+    const struct {
+        std::string bytes;
+        bool dita, pega;
+    } kVezes[] = {{std::string(kMaiorDocumento + 1, 'x'), true, false},
+                  {inteira.substr(0, 900), true, false}, // it is being copied
+                  {inteira.substr(0, 900), false, false},
+                  {inteira, false, true}};
+    std::string antes;
+    for (const auto &vez : kVezes) { // its directory stands
+        SCOPED_TRACE(vez.bytes.size());
+        if (vez.bytes != std::exchange(antes, vez.bytes)) loja.pasta.gravar(nome, vez.bytes);
         Recusas recusas;
-        EXPECT_EQ(caixa.varrer(*loja.fila, agora += kMinuto, recusas), cabe ? 1 : 0);
-        EXPECT_EQ(recusas.nenhuma(), cabe) << recusas.texto();
+        EXPECT_EQ(caixa.varrer(*loja.fila, agora += kMinuto, recusas), vez.pega ? 1 : 0);
+        EXPECT_EQ(recusas.nenhuma(), !vez.dita) << recusas.texto();
     }
 }
 
@@ -595,6 +695,24 @@ TEST(Transmissoes, o_caixa_ouve_o_que_vale) {
     }
 }
 
+// The certificate is the service's, which another user runs.
+TEST(Transmissoes, quem_nao_abre_o_certificado_nao_para_o_servico) {
+    Loja loja;
+    const auto id = loja.achar(nota("41").xml());
+    Fluxo(loja.meios()).assinar(id);
+    const std::string arquivo = std::exchange(loja.config.certificado.arquivo, "/nao/ha.p12");
+    loja.oficina = std::make_unique<Oficina>(loja.config, 1);
+    EXPECT_EQ(transmitirNota(loja, nota("42")).espera, Espera::kNaoEnviado);
+    EXPECT_EQ(transmitirNota(loja, nota("43", "9"), 0).espera, Espera::kNaoEnviado);
+    loja.sefaz.ordens = {"certificado"}; // as one says it that has none
+    EXPECT_EQ(transmitirNota(loja, nota("41")).espera, Espera::kNaoEnviado);
+    EXPECT_EQ(loja.fila->anotado(kAnotacaoParada), "");
+    loja.config.certificado.arquivo = arquivo;
+    loja.oficina = std::make_unique<Oficina>(loja.config, 1);
+    loja.andar();
+    EXPECT_TRUE(loja.sefaz.notas.contains(nota("43", "9").chave()));
+}
+
 // Behind the one who waited for nothing stands a queue of others.
 TEST(Transmissoes, quem_acha_a_linha_caida_nao_espera_por_ela) {
     Loja loja;
@@ -606,6 +724,25 @@ TEST(Transmissoes, quem_acha_a_linha_caida_nao_espera_por_ela) {
     EXPECT_EQ(transmitirNota(loja, nota("44")).espera, Espera::kFeito); // it is back
     EXPECT_EQ(transmitirNota(loja, nota("45")).espera, Espera::kFeito);
     EXPECT_EQ(loja.sefaz.quantos("consStatServ"), 2U);
+    // All that is asked is within the time that somebody waits.
+    loja.sefaz.ordens = {"sem-conexao"};
+    transmitirNota(loja, nota("46"));
+    loja.sefaz.demora = Milissegundos(100);
+    EXPECT_EQ(transmitirNota(loja, nota("47")).espera, Espera::kFeito);
+    EXPECT_LE(loja.sefaz.limite, Milissegundos(4900));
+}
+
+TEST(Transmissoes, um_servico_parado_e_perguntado_cada_vez_menos) {
+    for (const char *codigo : {"108", "656"}) {
+        SCOPED_TRACE(codigo);
+        Loja loja;
+        loja.sefaz.ordens.assign(1000, codigo);
+        loja.sefaz.ordens.push_front("sem-conexao");
+        loja.achar(nota("42").xml());
+        for (const Momento fim = loja.relogio.momento + kHora; loja.relogio.momento < fim;)
+            loja.andar(1);
+        EXPECT_LE(loja.sefaz.quantos("consStatServ"), 35U);
+    }
 }
 
 // The first customer of a day does not pay for a line that died in the night.

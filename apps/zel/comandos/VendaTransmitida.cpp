@@ -120,12 +120,16 @@ VendaTransmitida vendidaOffline(const Argumentos &argumentos, const std::string 
     return venda;
 }
 
-// The certificate keeps everything back: unsigned there is no receipt that would hold.
+// The certificate keeps everything back, or is the service's alone: unsigned there is no receipt
+// that would hold.
 VendaTransmitida vendidaSemCupom(const Argumentos &argumentos, const Transmissao &feita) {
-    VendaTransmitida venda{kComAvisos, "parado", {{"motivo", "Motivo", porqueDe(feita)}}};
-    avisar(venda,
-           juntar({"não há cupom: o documento está na fila, sem assinatura, e sai depois de ",
-                   comando(argumentos, "envio continuar"), "; então se imprime do retorno"}));
+    const std::string motivo = porqueDe(feita);
+    VendaTransmitida venda{kComAvisos, "parado", {{"motivo", "Motivo", motivo}}};
+    const std::string quando = motivo.find("envio parado") == motivo.npos
+                                   ? "quando o serviço zel-envio o assinar"
+                                   : "depois de " + comando(argumentos, "envio continuar");
+    avisar(venda, juntar({"não há cupom: o documento está na fila, sem assinatura, e sai ", quando,
+                          "; então se imprime do retorno"}));
     return venda;
 }
 

@@ -253,8 +253,7 @@ const char *faltaNaCadeia(const std::vector<DonoX509> &cadeia, X509 *x509,
 
 } // namespace
 
-bool Certificado::conferir(std::string_view cnpjEmitente, std::int64_t agora,
-                           Recusas &recusas) const {
+bool Certificado::serve(std::int64_t agora, Recusas &recusas) const {
     const FilaDeErros fila;
     const bool valido = dentro_->conferirValidade(agora, dias(agora), recusas);
     bool serve = valido;
@@ -266,18 +265,24 @@ bool Certificado::conferir(std::string_view cnpjEmitente, std::int64_t agora,
         serve = recusas.juntar("certificado.cadeia", falta,
                                "os emissores configurados não levam do certificado até uma "
                                "raiz: confira o arquivo de cadeia");
-    const std::string titular = cnpj();
-    if (titular.empty())
+    if (cnpj().empty())
         serve = recusas.juntar("certificado.cnpj", "",
                                "o certificado não traz CNPJ (otherName 2.16.76.1.3.3): use um "
                                "e-CNPJ da ICP-Brasil");
-    else if (cnpjEmitente.size() != 14 ||
-             cnpjEmitente.substr(0, kRaizCnpj) != titular.substr(0, kRaizCnpj))
-        serve = recusas.juntar("certificado.cnpj", titular,
-                               "o certificado é de outra empresa que o emitente " +
-                                   std::string(cnpjEmitente) +
-                                   ": os oito primeiros dígitos têm de ser os mesmos");
     return serve;
+}
+
+bool Certificado::conferir(std::string_view cnpjEmitente, std::int64_t agora,
+                           Recusas &recusas) const {
+    const bool deQualquer = serve(agora, recusas);
+    const std::string titular = cnpj();
+    if (titular.empty() || (cnpjEmitente.size() == 14 &&
+                            cnpjEmitente.substr(0, kRaizCnpj) == titular.substr(0, kRaizCnpj)))
+        return deQualquer;
+    return recusas.juntar("certificado.cnpj", titular,
+                          "o certificado é de outra empresa que o emitente " +
+                              std::string(cnpjEmitente) +
+                              ": os oito primeiros dígitos têm de ser os mesmos");
 }
 
 bool conferirSignatario(std::string_view pem, const ConfigCertificado &config, std::int64_t emitido,

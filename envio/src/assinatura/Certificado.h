@@ -48,6 +48,8 @@ public:
     // Whether it may sign for this issuer (14 digits) now: validity, purpose (digital signature or
     // non- repudiation), chain where it is given, the first 8 digits of the CNPJ.
     bool conferir(std::string_view cnpjEmitente, std::int64_t agora, Recusas &recusas) const;
+    // The same for whoever it may sign: all but the holder.
+    bool serve(std::int64_t agora, Recusas &recusas) const;
 
     // RSA-SHA1 over the text, in Base64 (as the offline QR code of version 3 has it).
     std::optional<std::string> assinarTexto(std::string_view texto, Recusas &recusas) const;

@@ -52,6 +52,8 @@ public:
 
     // The configured ones; null when there is none, or it cannot be opened (`recusas`).
     std::shared_ptr<const Certificado> certificado(Recusas &recusas);
+    // The same as it stands: null before it was opened.
+    const Certificado *aberto() const { return certificado_.get(); }
     Passo esquemas(std::shared_ptr<Esquemas> &abertos, Recusas &recusas);
 
 private:

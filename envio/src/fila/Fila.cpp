@@ -202,7 +202,7 @@ std::unique_ptr<Fila> Fila::abrir(const std::string &diretorio, Recusas &recusas
 
 std::optional<std::int64_t> Fila::achar(const Achado &achado, Momento agora, Recusas &recusas) {
     Banco &banco = dentro_->banco;
-    const auto identidade = sha256(achado.original);
+    const auto identidade = sha256(achado.original + achado.vez);
     if (!identidade) {
         recusas.juntar("fila", achado.origem, "faltou memória");
         return {};

@@ -46,6 +46,8 @@ struct Achado {
     std::string consumidor, nomeConsumidor; // CPF, CNPJ or other id; UTF-8
     std::string substitui;                  // key of the document that it replaces
     std::optional<Centavos> troco;          // what the till knew of it when it was found
+    // What tells a consultation from the next one with the same bytes; is not read back.
+    std::string vez{};
 };
 
 // A row of the queue without its bytes.

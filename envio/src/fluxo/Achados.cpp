@@ -147,16 +147,20 @@ std::optional<Achado> acharEm(std::string_view bytes, Recusas &recusas) {
 struct Caixa::Visto {
     std::string caminho, nome;
     std::int64_t mudado; // nanoseconds
-    std::int64_t tamanho;
-    bool unico; // the one place that is written again and again
-
-    std::string marca() const { return std::to_string(mudado) + "/" + std::to_string(tamanho); }
+    std::string marca;   // changes when it is written
+    bool unico;          // the one place that is written again and again
 };
 
 namespace {
 
+constexpr std::int64_t kNanossegundos = 1000000; // of a Momento's unit
+
 std::int64_t nanossegundos(const timespec &momento) {
     return momento.tv_sec * 1000000000LL + momento.tv_nsec;
+}
+
+std::string marcaDe(const struct stat &estado) {
+    return std::to_string(nanossegundos(estado.st_mtim)) + "/" + std::to_string(estado.st_size);
 }
 
 } // namespace
@@ -191,8 +195,8 @@ void Caixa::olhar(Fila &fila, const std::string &pasta, const std::string &nome,
     if (!daqui || (!unico && conhecido != vistos_.end()) || stat(caminho.c_str(), &estado) != 0 ||
         !S_ISREG(estado.st_mode))
         return;
-    Visto visto{caminho, nome, nanossegundos(estado.st_mtim), estado.st_size, unico};
-    const std::string marca = visto.marca();
+    Visto visto{caminho, nome, nanossegundos(estado.st_mtim), marcaDe(estado), unico};
+    const std::string marca = visto.marca;
     if (conhecido != vistos_.end() ? conhecido->second == marca
                                    : fila.anotado("visto:" + caminho) == marca)
         vistos_[caminho] = marca;
@@ -200,8 +204,22 @@ void Caixa::olhar(Fila &fila, const std::string &pasta, const std::string &nome,
         novos.push_back(std::move(visto));
 }
 
+// One that was no document may have been half there: it is new when it changes, though what is in
+// its directory stands.
+void Caixa::olharRecusados() {
+    std::erase_if(recusados_, [this](const auto &recusado) {
+        struct stat estado {};
+        const auto &[caminho, marca] = recusado;
+        if (stat(caminho.c_str(), &estado) == 0 && marcaDe(estado) == marca) return false;
+        vistos_.erase(caminho);
+        pastas_.clear();
+        return true;
+    });
+}
+
 int Caixa::varrer(Fila &fila, Momento agora, Recusas &recusas) {
     anotarSubstituicao(fila, agora, recusas);
+    olharRecusados();
     std::vector<Visto> novos;
     for (const auto &pasta : pastas()) {
         if (!mudou(pasta, agora)) {
@@ -245,6 +263,9 @@ bool Caixa::pegar(Fila &fila, const Visto &visto, Momento agora, Recusas &recusa
         achado->caixa = config_.diretorio;
         achado->origem = visto.nome;
         if (achado->tipo == Tipo::kNfce) achado->troco = trocoDe(achado->chave);
+        // Asked again, it is another question: the answer may be another one by now.
+        if (achado->tipo == Tipo::kConsulta)
+            achado->vez = visto.nome + '/' + std::to_string(visto.mudado);
         verSubstituicao(fila, *achado, visto.mudado);
         const auto id = fila.achar(*achado, agora, recusas);
         if (!id) return false;
@@ -252,9 +273,11 @@ bool Caixa::pegar(Fila &fila, const Visto &visto, Momento agora, Recusas &recusa
     }
     for (const auto &recusa : minhas.lista())
         recusas.juntar(visto.caminho, recusa.valor, recusa.motivo);
-    fila.anotar("visto:" + visto.caminho, visto.marca());
+    const bool recusado = !minhas.nenhuma();
+    if (!recusado) fila.anotar("visto:" + visto.caminho, visto.marca);
     if (!transacao.confirmar(recusas)) return false;
-    vistos_[visto.caminho] = visto.marca();
+    vistos_[visto.caminho] = visto.marca;
+    if (recusado) recusados_[visto.caminho] = visto.marca;
     return bool(achado);
 }
 
@@ -262,6 +285,17 @@ namespace {
 
 std::string anotacaoDe(const std::string &caixa, std::int64_t serie, std::int64_t numero) {
     return "substituir:" + caixa + ":" + std::to_string(serie) + ":" + std::to_string(numero);
+}
+
+// When a file was written, nanoseconds; 0 when there is none.
+std::int64_t escritoEm(const std::string &arquivo) {
+    struct stat estado {};
+    return stat(arquivo.c_str(), &estado) == 0 ? nanossegundos(estado.st_mtim) : 0;
+}
+
+// A till writes a document and what it says of it in one go.
+bool juntos(std::int64_t um, std::int64_t outro) {
+    return std::abs(um - outro) <= kMinuto * kNanossegundos;
 }
 
 } // namespace
@@ -291,8 +325,9 @@ bool pareceSubstituir(Fila &fila, const Achado &nova, const Ficha &velha) {
 // it said is kept until the document is found.
 void Caixa::anotarSubstituicao(Fila &fila, Momento agora, Recusas &recusas) const {
     std::string motivo;
-    const auto bytes =
-        comum::lerArquivo(config_.diretorio + std::string(kParametros), kMaiorParametros);
+    const std::string arquivo = config_.diretorio + std::string(kParametros);
+    const std::int64_t escrito = escritoEm(arquivo);
+    const auto bytes = comum::lerArquivo(arquivo, kMaiorParametros);
     const auto documento = bytes ? Documento::ler(*bytes, motivo) : std::nullopt;
     if (!documento || documento->raiz().nome() != "SubstituirDocumento") return;
     const std::string nNF = documento->raiz().texto("nNF"),
@@ -300,14 +335,16 @@ void Caixa::anotarSubstituicao(Fila &fila, Momento agora, Recusas &recusas) cons
     if (!soDigitos(nNF) || !soDigitos(serie) || nNF.size() > 9 || serie.size() > 3) return;
     const std::string nome =
         anotacaoDe(config_.diretorio, numeroDe<std::int64_t>(serie), numeroDe<std::int64_t>(nNF));
-    if (!fila.anotado(nome).empty()) return;
+    const std::string quando = std::to_string(escrito);
+    if (fila.anotado(nome) == quando) return;
     Fila::Transacao transacao(fila);
-    fila.anotar(nome, "1");
+    fila.anotar(nome, quando);
     // The till writes the document first: it may have been found before this was said.
     for (const Ficha &nova :
          fila.procurar({.caixa = config_.diretorio, .numero = numeroDe<std::int64_t>(nNF) + 1})) {
         Achado achado = nova;
-        if (nova.serie == numeroDe<int>(serie)) verSubstituicao(fila, achado, INT64_MAX);
+        if (nova.serie == numeroDe<int>(serie))
+            verSubstituicao(fila, achado, nova.achado * kNanossegundos);
         if (achado.substitui != nova.substitui &&
             fila.dizerSubstituida(nova.id, achado.substitui, recusas))
             seguirSubstituicao(fila, nova.id, agora, recusas);
@@ -317,12 +354,17 @@ void Caixa::anotarSubstituicao(Fila &fila, Momento agora, Recusas &recusas) cons
 
 void Caixa::verSubstituicao(Fila &fila, Achado &achado, std::int64_t escrito) const {
     if (achado.tipo != Tipo::kNfce || achado.tpEmis != 9 || !achado.substitui.empty()) return;
+    // Issued once more after it was refused, under the same number: it replaces the same one.
+    for (const Ficha &antes :
+         fila.porNumero(achado.cnpj, achado.tpAmb, achado.serie, achado.numero))
+        if (antes.caixa == config_.diretorio && antes.tpEmis == 9 && !antes.substitui.empty())
+            achado.substitui = antes.substitui;
+    if (!achado.substitui.empty()) return;
     const std::string nome = anotacaoDe(config_.diretorio, achado.serie, achado.numero - 1);
-    const bool dito = !fila.anotado(nome).empty();
-    struct stat parametros {};
-    const bool escritoPorCima =
-        stat((config_.diretorio + std::string(kParametros)).c_str(), &parametros) == 0 &&
-        nanossegundos(parametros.st_mtim) >= escrito;
+    // A series begins anew, in production after tests: what was said of another document of that
+    // number, at another time, is not said of this one.
+    const bool dito = juntos(numeroDe<std::int64_t>(fila.anotado(nome)), escrito);
+    const bool escritoPorCima = escritoEm(config_.diretorio + std::string(kParametros)) >= escrito;
     for (const Ficha &outra :
          fila.porNumero(achado.cnpj, achado.tpAmb, achado.serie, achado.numero - 1)) {
         if (outra.tpEmis != 1 || outra.caixa != config_.diretorio) continue;

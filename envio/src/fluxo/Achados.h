@@ -38,6 +38,7 @@ public:
 
 private:
     struct Visto;
+    void olharRecusados();
     bool mudou(const std::string &pasta, Momento agora);
     void olhar(Fila &fila, const std::string &pasta, const std::string &nome,
                std::vector<Visto> &novos);
@@ -47,8 +48,9 @@ private:
     void anotarSubstituicao(Fila &fila, Momento agora, Recusas &recusas) const;
 
     ConfigCaixa config_;
-    std::unordered_map<std::string, std::int64_t> pastas_; // time of the last change
-    std::unordered_map<std::string, std::string> vistos_;  // path and mark
+    std::unordered_map<std::string, std::int64_t> pastas_;   // time of the last change
+    std::unordered_map<std::string, std::string> vistos_;    // path and mark
+    std::unordered_map<std::string, std::string> recusados_; // those of them that were no document
 };
 
 } // namespace zel::envio

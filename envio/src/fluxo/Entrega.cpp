@@ -3,9 +3,11 @@
 
 #include "base/Xml.h"
 #include "comum/Arquivo.h"
+#include "comum/Ascii.h"
 #include "documento/Impressao.h"
 #include "fluxo/Destinos.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <sys/stat.h>
@@ -22,6 +24,15 @@ constexpr Sufixo kSufixos[] = {{Tipo::kNfce, ""},
                                {Tipo::kCancelamento, "-cancelamento"},
                                {Tipo::kInutilizacao, ""},
                                {Tipo::kConsulta, "-consulta"}};
+
+// What a till's file says its key is may be anything: a way to another directory, too.
+bool serveDeNome(std::string_view chave) {
+    constexpr std::size_t kMaiorNome = 60;
+    return !chave.empty() && chave.size() <= kMaiorNome &&
+           std::all_of(chave.begin(), chave.end(), [](char c) {
+               return ehDigito(c) || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+           });
+}
 
 // The component's own words, of what has no record of the authority's.
 std::string emPalavras(const Ficha &ficha) {
@@ -57,7 +68,7 @@ std::string retornosDe(const Configuracao &config, const std::string &caixa) {
 }
 
 std::string nomeDoRetorno(const Ficha &ficha) {
-    std::string nome = ficha.chave.empty() ? ficha.origem : ficha.chave;
+    std::string nome = serveDeNome(ficha.chave) ? ficha.chave : ficha.origem;
     for (const auto &[tipo, sufixo] : kSufixos)
         if (tipo == ficha.tipo) nome += sufixo;
     return nome + ".retorno.xml";

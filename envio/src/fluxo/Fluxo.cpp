@@ -118,6 +118,12 @@ bool Fluxo::enviar(const Ficha &ficha) {
     return responder(enviada, std::move(*resposta));
 }
 
+Milissegundos Fluxo::tempo() const {
+    using Cronometro = std::chrono::steady_clock;
+    if (ate_ == Cronometro::time_point::max()) return limite_;
+    return std::min(limite_, std::chrono::duration_cast<Milissegundos>(ate_ - Cronometro::now()));
+}
+
 Retorno Fluxo::pedir(Servico servico, const Ficha &ficha, std::string mensagem) {
     const std::string qual = linhaDaFicha(meios_.config, ficha);
     Recusas recusas;
@@ -125,7 +131,10 @@ Retorno Fluxo::pedir(Servico servico, const Ficha &ficha, std::string mensagem) 
                                    std::move(mensagem), recusas);
     if (!remessa) return {.motivo = recusas.texto()};
     const Momento saiu = meios_.relogio.agora();
-    Retorno retorno = meios_.rede.pedir(*remessa, limite_);
+    const Milissegundos limite = tempo();
+    // Of the line that says nothing.
+    if (limite <= Milissegundos::zero()) return {.motivo = "o tempo acabou antes do envio"};
+    Retorno retorno = meios_.rede.pedir(*remessa, limite);
     const bool chegou = retorno.chegada == Chegada::kResposta;
     ServicoVisto visto{.servico = std::string(metodoDe(servico).servico),
                        .cUF = qual.substr(0, 2),
@@ -142,9 +151,10 @@ Retorno Fluxo::pedir(Servico servico, const Ficha &ficha, std::string mensagem) 
         }
     meios_.fila.verServico(visto);
     if (meios_.ouvinte != nullptr) meios_.ouvinte->respondeu(visto);
-    if (chegou)
-        linhaRespondeu(qual);
-    else if (retorno.chegada != Chegada::kCertificado)
+    if (chegou) {
+        // How the service is, is known when that answer is read.
+        if (servico != Servico::kStatusServico) linhaRespondeu(qual);
+    } else if (retorno.chegada != Chegada::kCertificado)
         linhaFalhou(qual, retorno.motivo);
     return retorno;
 }
@@ -206,7 +216,23 @@ bool Fluxo::entregar(const Ficha &respondida) {
 
 // ---- the queue as a whole ----
 
+// What cannot be opened where somebody waits may be open to the service, which is another user. A
+// token is the machine's, and its PIN is not tried at every sale.
+bool Fluxo::soDaqui() const {
+    return alguemEspera_ && meios_.config.certificado.modulo.empty();
+}
+
+// To whoever can do it.
+bool Fluxo::deixar(const Ficha &ficha, const std::string &motivo) {
+    const Momento quando = meios_.relogio.agora() + kEsperaDoOutro;
+    const std::string dito = "este comando não pôde assinar nem transmitir: " + motivo;
+    if (ficha.estado == Estado::kEnviado) return voltar(ficha, quando, dito);
+    return adiar(ficha, quando, dito);
+}
+
 bool Fluxo::parar(const Ficha &ficha, const std::string &motivo) {
+    Recusas ignoradas;
+    if (soDaqui() && !meios_.oficina.certificado(ignoradas)) return deixar(ficha, motivo);
     meios_.fila.anotar(kAnotacaoParada, motivo);
     if (meios_.ouvinte != nullptr) meios_.ouvinte->parou(motivo);
     const Momento quando = meios_.relogio.agora() + kPausaDaParada;

@@ -13,6 +13,7 @@
 #include "guarda/Guarda.h"
 #include "rede/Transporte.h"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -43,8 +44,11 @@ public:
     int tratarProntas(const std::string &caixa, Milissegundos limite, std::size_t maximo);
 
     // Whoever uses this has just begun, and somebody stands there: what other processes found the
-    // line to be holds, until a short question shows that it is back.
-    void comAlguemEsperando() { alguemEspera_ = true; }
+    // line to be holds, until a short question shows that it is back. All requests end by `ate`.
+    void comAlguemEsperando(std::chrono::steady_clock::time_point ate) {
+        alguemEspera_ = true;
+        ate_ = ate;
+    }
     // A document that was taken back goes its way again, unless another has its place: then what
     // its till has to know.
     std::optional<std::string> reenviar(std::int64_t id);
@@ -65,6 +69,11 @@ private:
     // Whether to go on with the next state at once.
     bool passo(const Ficha &ficha);
     bool preparar(const Ficha &ficha);
+    bool naoFeito(const Ficha &ficha, const Feito &feito);
+    // Whose a document is: the certificate's company's; that of the sales that its till delivered
+    // before, so that the certificate is the wrong one; or another's.
+    enum class Titular { kNosso, kTrocado, kAlheio };
+    Titular titularDe(const Ficha &ficha);
     bool retomar(const Ficha &ficha, const NotaGuardada &guardada);
     bool assinada(const Ficha &ficha, const Mudanca &mudanca, Recusas &recusas);
     bool enviar(const Ficha &ficha);
@@ -76,6 +85,7 @@ private:
     bool protocoloDe(const Ficha &ficha, ContextoPedido &contexto, bool &esperar);
     bool recusar(const Ficha &ficha, const std::string &motivo);
     bool linhaLivre(const Ficha &ficha);
+    Milissegundos tempo() const; // that a request may take
     Retorno pedir(Servico servico, const Ficha &ficha, std::string mensagem);
     Linha::Situacao situacaoDa(const std::string &qual);
     void linhaFalhou(const std::string &qual, const std::string &motivo);
@@ -94,6 +104,8 @@ private:
     std::optional<std::string> outraDaFila(const Ficha &ficha, const Ficha &outra);
     std::optional<std::string> outraAlheia(const Ficha &ficha, const std::string &chave);
     bool parar(const Ficha &ficha, const std::string &motivo);
+    bool soDaqui() const;
+    bool deixar(const Ficha &ficha, const std::string &motivo);
     bool parada(const Ficha &ficha);
     bool mudar(const Ficha &ficha, Estado para, const Mudanca &mudanca);
     bool anotar(const Ficha &ficha, const Mudanca &mudanca);
@@ -104,6 +116,7 @@ private:
     Guarda guarda_;
     Milissegundos limite_{};
     bool alguemEspera_ = false;
+    std::chrono::steady_clock::time_point ate_ = std::chrono::steady_clock::time_point::max();
     int mudancas_ = 0;
     Recusas descartadas_; // of what is tried again anyway
 };

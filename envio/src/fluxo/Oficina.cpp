@@ -48,6 +48,21 @@ std::string marcaDe(const ConfigCertificado &config) {
     return marca;
 }
 
+Culpa culpaDe(Passo passo, const Certificado *certificado, Momento agora) {
+    switch (passo) {
+    case Passo::kCertificado: {
+        Recusas ignoradas;
+        if (certificado == nullptr) return Culpa::kProcesso;
+        return certificado->serve(agora / 1000, ignoradas) ? Culpa::kTitular : Culpa::kCertificado;
+    }
+    case Passo::kConfiguracao:
+    case Passo::kAssinatura:
+        return Culpa::kProcesso;
+    default:
+        return Culpa::kDocumento;
+    }
+}
+
 } // namespace
 
 Oficina::Oficina(const Configuracao &config, std::size_t lugares)
@@ -106,6 +121,7 @@ Feito Oficina::fazer(const std::string &original, const ContextoPedido &contexto
     lugar->ler(std::move(*lido));
     lugar->completar(contexto, nota);
     if (!pronta) feito.passo = lugar->assinar(agora / 1000, feito.recusas);
+    feito.culpa = culpaDe(feito.passo, lugar->aberto(), agora);
     if (feito.passo != Passo::kFeito) return feito;
     feito.mensagem = lugar->mensagem().texto();
     feito.chave = chaveDe(lugar->mensagem());

@@ -19,10 +19,19 @@
 
 namespace zel::envio {
 
+// Whose fault it is that a document was not made.
+enum class Culpa {
+    kDocumento,   // its own
+    kTitular,     // its issuer is another company than the certificate's
+    kCertificado, // this may sign nothing now
+    kProcesso,    // what this process has to open or to use: certificate, schemas, configuration
+};
+
 struct Feito {
     Passo passo = Passo::kFeito;
-    std::string mensagem; // the signed bytes; of a consultation, the message
-    std::string chave;    // 44 digits; of an inutilization its Id
+    Culpa culpa = Culpa::kDocumento; // where it is not kFeito
+    std::string mensagem;            // the signed bytes; of a consultation, the message
+    std::string chave;               // 44 digits; of an inutilization its Id
     Recusas recusas;
 };
 

@@ -39,9 +39,7 @@ bool Fluxo::preparar(const Ficha &ficha) {
     const ContextoNota nota{ficha.troco.value_or(0)};
     const Feito feito = meios_.oficina.fazer(meios_.fila.original(ficha.id), *contexto, nota,
                                              meios_.relogio.agora());
-    if (feito.passo == Passo::kTraducao || feito.passo == Passo::kEsquema)
-        return recusar(ficha, feito.recusas.texto());
-    if (feito.passo != Passo::kFeito) return parar(ficha, feito.recusas.texto());
+    if (feito.passo != Passo::kFeito) return naoFeito(ficha, feito);
 
     Recusas recusas;
     Fila::Transacao transacao(meios_.fila);
@@ -53,6 +51,42 @@ bool Fluxo::preparar(const Ficha &ficha) {
                 .motivo = ""},
                recusas) &&
            transacao.confirmar(recusas);
+}
+
+// What is one document's own fault stops no other.
+bool Fluxo::naoFeito(const Ficha &ficha, const Feito &feito) {
+    const std::string motivo = feito.recusas.texto();
+    switch (feito.culpa) {
+    case Culpa::kDocumento:
+        return recusar(ficha, motivo);
+    case Culpa::kTitular:
+        return titularDe(ficha) == Titular::kTrocado ? parar(ficha, motivo)
+                                                     : recusar(ficha, motivo);
+    case Culpa::kProcesso:
+        if (soDaqui()) return deixar(ficha, motivo);
+        [[fallthrough]];
+    case Culpa::kCertificado:
+        break;
+    }
+    return parar(ficha, motivo);
+}
+
+// The till delivers its sales in the name of the one or the other: a copy from a test, of another
+// company, tells nothing of the certificate.
+Fluxo::Titular Fluxo::titularDe(const Ficha &ficha) {
+    constexpr std::size_t kRaiz = 8; // digits that all branches of a company share
+    const auto mesma = [&](const std::string &cnpj) {
+        return cnpj.substr(0, kRaiz) == ficha.cnpj.substr(0, kRaiz);
+    };
+    Recusas ignoradas;
+    const auto certificado = meios_.oficina.certificado(ignoradas);
+    if (!certificado || mesma(certificado->cnpj())) return Titular::kNosso;
+    const auto entregues =
+        meios_.fila.procurar({.caixa = ficha.caixa, .estados = {Estado::kEntregue}, .maximo = 20});
+    const bool vendeu = std::any_of(entregues.begin(), entregues.end(), [&](const Ficha &esta) {
+        return esta.tipo == Tipo::kNfce && mesma(esta.cnpj);
+    });
+    return vendeu ? Titular::kTrocado : Titular::kAlheio;
 }
 
 bool Fluxo::assinada(const Ficha &ficha, const Mudanca &mudanca, Recusas &recusas) {

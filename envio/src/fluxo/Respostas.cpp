@@ -13,6 +13,7 @@ namespace zel::envio {
 namespace {
 
 constexpr int kReciboDesconhecido = 106;
+constexpr int kOutraEmpresa = 213; // than the one whose certificate signed
 // So long after it was found a document may still be in the authority's hands, which takes its
 // time, though it says that it does not have it. After that it refuses it as late.
 constexpr Momento kAindaPodeChegar = 15 * kMinuto;
@@ -35,6 +36,8 @@ bool Fluxo::responder(const Ficha &ficha, Resposta resposta) {
     case Desfecho::kExcesso:
         return voltar(ficha, agora + kPausaDoExcesso, resposta.xMotivo);
     case Desfecho::kCertificado:
+        if (resposta.cStat == kOutraEmpresa && titularDe(ficha) == Titular::kAlheio)
+            return respondido(ficha, resposta);
         return parar(ficha, resposta.xMotivo);
     // Of an inutilization nothing more can be asked than this. Who answers that it is there, and
     // when asked that it is not, is asked with pauses.

@@ -53,9 +53,9 @@ bool Fluxo::perguntarServico(std::string_view cUF, int tpAmb, Milissegundos limi
     if (retorno.chegada != Chegada::kResposta) return false;
     constexpr int kEmOperacao = 107;
     const auto resposta = lerResposta(Servico::kStatusServico, retorno.corpo, {}, descartadas_);
-    if (resposta && resposta->cStat == kEmOperacao) return true;
-    linhaFalhou(linhaDaFicha(meios_.config, sem),
-                resposta ? resposta->xMotivo : "o serviço não responde como deve");
+    const std::string qual = linhaDaFicha(meios_.config, sem);
+    if (resposta && resposta->cStat == kEmOperacao) return linhaRespondeu(qual), true;
+    linhaFalhou(qual, resposta ? resposta->xMotivo : "o serviço não responde como deve");
     return false;
 }
 

@@ -38,8 +38,10 @@ Transmitido resultado(Fila &fila, const Ficha &ficha, Espera espera) {
 }
 
 // In one piece: what is said late of one that is delivered already has its consequence.
-std::optional<std::int64_t> acharUma(const Meios &meios, const Achado &achado, Recusas &recusas) {
+std::optional<std::int64_t> acharUma(const Meios &meios, Achado achado, Recusas &recusas) {
     const Momento agora = meios.relogio.agora();
+    // A question is asked each time.
+    if (achado.tipo == Tipo::kConsulta) achado.vez = std::to_string(agora);
     Fila::Transacao transacao(meios.fila);
     const auto id = meios.fila.achar(achado, agora, recusas);
     if (id && !achado.substitui.empty()) seguirSubstituicao(meios.fila, *id, agora, recusas);
@@ -57,7 +59,7 @@ Transmitido transmitir(const Meios &meios, const Achado &achado, Milissegundos p
     const auto id = acharUma(meios, achado, recusas);
     if (!id) return {};
     Fluxo fluxo(meios);
-    fluxo.comAlguemEsperando();
+    fluxo.comAlguemEsperando(fim);
     if (const auto motivo = fluxo.reenviar(*id)) {
         auto retirada = meios.fila.ficha(*id);
         if (!retirada) return {};
