@@ -42,6 +42,14 @@ Aviso avisoDe(const Ficha &ficha, Momento agora) {
         aviso.titulo += ": recusada";
         return aviso;
     }
+    if (ficha.estado == Estado::kRetirado) {
+        aviso.titulo += ": vendida, e sem documento";
+        aviso.remedio = "O caixa a retirou, e nada foi emitido no lugar dela: entregue " +
+                        ficha.origem +
+                        " outra vez com: zel enviar ARQUIVO; se já não pode ir, "
+                        "venda de novo. Não inutilize o número antes disso.";
+        return aviso;
+    }
     if (acabou(ficha.estado)) {
         aviso.titulo += ": em dúvida";
         return aviso;
@@ -92,9 +100,9 @@ void LeitorDoQuadro::contar(Momento agora) {
                                   : std::min(contado_.maisAntigo, contagem.maisAntigo);
         contado_.esperando += contagem.quantos;
     }
-    contado_.precisam = fila_.procurar({.precisaDeAlguem = true,
-                                        .atrasadoAntesDe = agora - avisoHoras_ * kHora,
-                                        .maximo = kMaisLinhas + 1});
+    Procura deAlguem{.precisaDeAlguem = true, .maximo = kMaisLinhas + 1};
+    procurarParaAlguem(deAlguem, avisoHoras_, agora);
+    contado_.precisam = fila_.procurar(deAlguem);
     for (Ficha &ficha : contado_.precisam)
         if (const std::string prazo = prazoDito(fila_, ficha, agora); !prazo.empty())
             ficha.motivo += (ficha.motivo.empty() ? "" : "; ") + prazo;

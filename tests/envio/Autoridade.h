@@ -81,9 +81,20 @@ private:
     std::string protocolo(const std::string &chave, const Livro &livro,
                           const std::string &motivo = "Autorizado") const {
         return "<protNFe versao=\"4.00\"><infProt><tpAmb>2</tpAmb><chNFe>" + chave +
-               "</chNFe><dhRecbto>2026-09-21T12:00:01-03:00</dhRecbto><nProt>" + livro.protocolo +
-               "</nProt><digVal>" + livro.digest + "</digVal><cStat>" + livro.situacao +
+               "</chNFe><dhRecbto>2026-09-21T12:00:01-03:00</dhRecbto>" +
+               // Of what is refused there is none.
+               (livro.situacao[0] == '2' || livro.situacao[0] > '3'
+                    ? ""
+                    : "<nProt>" + livro.protocolo + "</nProt>") +
+               "<digVal>" + livro.digest + "</digVal><cStat>" + livro.situacao +
                "</cStat><xMotivo>" + motivo + "</xMotivo></infProt></protNFe>";
+    }
+
+    // The one of the last receipt, after all.
+    std::string recusada(const std::string &ordem) {
+        const std::string chave = std::exchange(doRecibo_, "");
+        notas.erase(chave);
+        return protocolo(chave, {"", "", "", ordem, ""});
     }
 
     std::string responder(const No &raiz, const std::string &texto, const std::string &ordem) {
@@ -96,8 +107,10 @@ private:
             return resposta("retInutNFe", "<infInut>" + estado(ehCodigo(ordem) ? ordem : "102") +
                                               "<nProt>143260000000900</nProt></infInut>");
         if (nome == "consReciNFe")
-            return resposta("retConsReciNFe", "<nRec>" + raiz.texto("nRec") + "</nRec>" +
-                                                  estado(ehCodigo(ordem) ? ordem : "106"));
+            return resposta("retConsReciNFe",
+                            "<nRec>" + raiz.texto("nRec") + "</nRec>" +
+                                (ordem == "778" ? estado("104") + recusada(ordem)
+                                                : estado(ehCodigo(ordem) ? ordem : "106")));
         return consultar(raiz.texto("chNFe"), ordem);
     }
 
@@ -109,6 +122,7 @@ private:
         if (livro.mensagem.empty()) livro.mensagem = nfe;
         EXPECT_EQ(nfe, livro.mensagem) << "outros bytes da mesma nota";
         if (ordem == "103") {
+            doRecibo_ = chave;
             notas[chave] =
                 livro = {nfe, "143260000009999", raiz.procurar("DigestValue").texto(), "100", ""};
             return resposta("retEnviNFe", estado("103") + "<infRec><nRec>431000000000001</nRec>"
@@ -125,8 +139,8 @@ private:
         const bool nova = !notas.contains(chave);
         Livro dita = livro;
         dita.situacao = ehCodigo(ordem) ? ordem : nova ? "100" : "204";
-        if (dita.situacao == "100" || dita.situacao == "150") {
-            livro.situacao = dita.situacao;
+        if (dita.situacao == "100" || dita.situacao == "150" || dita.situacao == "999") {
+            livro.situacao = dita.situacao == "150" ? "150" : "100"; // 999: who knows
             notas[chave] = livro;
         }
         return resposta("retEnviNFe", estado("104") + protocolo(chave, dita));
@@ -170,6 +184,7 @@ private:
     }
 
     std::map<std::string, Livro> enviadas_;
+    std::string doRecibo_;
 };
 
 } // namespace zel::envio::teste

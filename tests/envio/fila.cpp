@@ -239,26 +239,36 @@ TEST(Fila, procura_por_cada_coisa) {
 }
 
 TEST(Fila, um_recusado_deixa_de_precisar_de_alguem_quando_outro_toma_o_seu_lugar) {
+    constexpr Estado kVolta = Estado::kRetirado;
+    const Achado inutilizacao = pedido(Tipo::kInutilizacao, 1, 3);
+    Achado substituta = nota(2);
+    substituta.substitui = chaveDe(1);
     const struct {
         const char *caso;
         Tipo recusado;
         Achado outro;
         bool entregue, precisa;
+        Estado fim = Estado::kRecusado;
     } kCasos[] = {
         {"issued again", Tipo::kNfce, nota(1, "/caixas/2/"), true, false},
         {"not there yet", Tipo::kNfce, nota(1, "/caixas/2/"), false, true},
-        {"inutilized", Tipo::kNfce, pedido(Tipo::kInutilizacao, 1, 3), true, false},
+        {"inutilized", Tipo::kNfce, inutilizacao, true, false},
         {"another number", Tipo::kNfce, nota(2), true, true},
         {"request again", Tipo::kCancelamento, pedido(Tipo::kCancelamento, 1, 2), true, false},
         {"its document alone", Tipo::kCancelamento, nota(1), true, true},
+        {"taken back, and issued again", Tipo::kNfce, nota(1, "/caixas/2/"), false, false, kVolta},
+        {"taken back, and replaced", Tipo::kNfce, substituta, false, false, kVolta},
+        {"taken back, and inutilized", Tipo::kNfce, inutilizacao, true, false, kVolta},
+        {"taken back alone", Tipo::kNfce, nota(2), true, true, kVolta},
     };
     for (const auto &caso : kCasos) {
         ComFila loja;
         loja.levar(loja.achar(caso.recusado == Tipo::kNfce ? nota(1) : pedido(caso.recusado, 1)),
-                   Estado::kRecusado);
+                   caso.fim);
         loja.levar(loja.achar(caso.outro), caso.entregue ? Estado::kEntregue : Estado::kEnviado);
         if (caso.entregue) loja.levar(2, Estado::kEntregue);
-        EXPECT_EQ(ids(loja.fila->procurar({.precisaDeAlguem = true})),
+        EXPECT_EQ(ids(loja.fila->procurar(
+                      {.precisaDeAlguem = true, .retiradoAntesDe = kMeioDia + kHora})),
                   caso.precisa ? Ids{1} : Ids{})
             << caso.caso;
     }

@@ -111,14 +111,29 @@ Nota nota(const std::string &numero, const std::string &tpEmis = "1") {
     return nota;
 }
 
-Transmitido transmitirNota(Loja &loja, const Nota &nota, int prazo = 5000,
-                           const std::string &substitui = {}) {
+Transmitido transmitirBytes(Loja &loja, const std::string &bytes, int prazo = 5000,
+                            const std::string &substitui = {}) {
     Recusas recusas;
-    auto achado = acharEm(nota.xml(), recusas);
+    auto achado = acharEm(bytes, recusas);
     achado->caixa = loja.caixa();
     achado->substitui = substitui;
     loja.linha.respondeu("43/2", 0); // another process each time
     return transmitir(loja.meios(), *achado, Milissegundos(prazo), recusas);
+}
+
+std::string cancelamento(const std::string &chave, const std::string &protocolo = {}) {
+    return "<EnvioEvento><Evento><tpAmb>2</tpAmb><ChaAcesso>" + chave +
+           "</ChaAcesso><NtfCnpjEmissor>11222333000181</NtfCnpjEmissor><EveInf><EveTp>110111"
+           "</EveTp><EveDh>2026-09-21T12:04:00</EveDh><EveFusoHorario>-03:00</EveFusoHorario>"
+           "<Evedet><EvenProt>" +
+           protocolo +
+           "</EvenProt><EvexJust>Desistencia do consumidor</EvexJust></Evedet></EveInf>"
+           "</Evento></EnvioEvento>";
+}
+
+Transmitido transmitirNota(Loja &loja, const Nota &nota, int prazo = 5000,
+                           const std::string &substitui = {}) {
+    return transmitirBytes(loja, nota.xml(), prazo, substitui);
 }
 
 struct Caminho {
@@ -183,8 +198,8 @@ const Caminho kCaminhos[] = {
      {"108", "108", "999"},
      Estado::kEntregue,
      100,
-     4,
-     0,
+     3,
+     1,
      "<SitCodigo>100</SitCodigo>"},
     {"recibo que se perde",
      {"103", "105"},
@@ -194,6 +209,22 @@ const Caminho kCaminhos[] = {
      1,
      "<SitCodigo>100</SitCodigo>"},
     {"pedidos demais", {"656"}, Estado::kEntregue, 100, 2, 0, "<SitCodigo>100</SitCodigo>"},
+    // What is said of a question is not said of the note.
+    {"pergunta recusada",
+     {"resposta-perdida", "107", "215", "612"},
+     Estado::kEntregue,
+     100,
+     1,
+     3,
+     "<SitCodigo>100</SitCodigo>"},
+    {"recibo recusado", {"103", "248"}, Estado::kEntregue, 100, 1, 1, "<SitCodigo>100</SitCodigo>"},
+    {"recusada, diz o recibo",
+     {"103", "778"},
+     Estado::kRecusado,
+     778,
+     1,
+     0,
+     "<SitCodigo>778</SitCodigo>"},
 };
 
 TEST(Caminhos, cada_resposta_leva_a_um_fim) {
@@ -221,13 +252,42 @@ TEST(Caminhos, cada_resposta_leva_a_um_fim) {
 
 // Copies of its books that lag behind say now this, now that.
 TEST(Caminhos, quem_diz_que_tem_e_que_nao_tem_e_perguntado_com_pausas) {
-    Loja loja;
-    const Momento inicio = loja.relogio.momento;
-    loja.sefaz.ordens = {"204", "217", "204", "217", "204", "217"};
-    const auto id = loja.achar(nota("42").xml());
-    loja.andar();
-    EXPECT_EQ(loja.fila->ficha(id)->cStat, 100);
-    EXPECT_GE(loja.relogio.momento - inicio, pausaDepoisDe(1) + pausaDepoisDe(2));
+    for (const char *resposta : {"204", "218", "lixo"}) {
+        SCOPED_TRACE(resposta);
+        Loja loja;
+        const Momento inicio = loja.relogio.momento;
+        loja.sefaz.ordens = {resposta, "217", resposta, "217", resposta, "217"};
+        const auto id = loja.achar(nota("42").xml());
+        loja.andar();
+        EXPECT_EQ(loja.fila->ficha(id)->cStat, 100);
+        EXPECT_GE(loja.relogio.momento - inicio, pausaDepoisDe(1) + pausaDepoisDe(2));
+    }
+}
+
+// A queue from a backup sends what was sent, and settled, before.
+TEST(Caminhos, o_que_ja_foi_cancelado_ou_denegado_e_perguntado_e_guardado) {
+    const struct {
+        const char *situacao, *evento, *resposta;
+        Estado fim, doCancelamento;
+    } kCasos[] = {{"101", "110111", "218", Estado::kEntregue, Estado::kEntregue},
+                  {"101", "", "420", Estado::kEntregue, Estado::kEntregue},
+                  {"301", "", "205", Estado::kRecusado, Estado::kRecusado}};
+    for (const auto &caso : kCasos) {
+        SCOPED_TRACE(caso.resposta);
+        Loja loja;
+        const std::string chave = nota("42").chave();
+        loja.sefaz.notas[chave] = {"", "143260000000001", "", caso.situacao, caso.evento};
+        loja.sefaz.ordens = {caso.resposta};
+        const auto feita = transmitirNota(loja, nota("42"));
+        EXPECT_EQ(feita.espera, Espera::kRecusado); // nothing is printed of it
+        EXPECT_EQ(feita.ficha.estado, caso.fim) << feita.ficha.motivo;
+        EXPECT_FALSE(Guarda(guardadosDe(loja.config)).lugarDe(feita.ficha).empty());
+        EXPECT_NE(loja.retorno(chave).find(caso.situacao), std::string::npos);
+        const auto pedido = loja.achar(cancelamento(chave));
+        loja.andar();
+        EXPECT_EQ(loja.fila->ficha(pedido)->estado, caso.doCancelamento);
+        EXPECT_EQ(loja.sefaz.quantos("envEvento"), 0U);
+    }
 }
 
 TEST(Caminhos, um_relogio_que_volta_nao_prende_ninguem) {
@@ -374,6 +434,22 @@ TEST(Substituicoes, a_que_foi_autorizada_apesar_de_tudo_e_cancelada) {
         EXPECT_EQ(loja.sefaz.notas[nova.chave()].situacao, "100");
         EXPECT_EQ(loja.sefaz.quantos("envEvento"), 1U);
     }
+}
+
+// One that was refused and issued again says it, too: what is delivered counts.
+TEST(Substituicoes, a_recusada_que_tambem_o_diz_nao_esconde_a_que_foi_emitida_depois) {
+    Loja loja;
+    const Nota velha = nota("42"), nova = nota("43", "9");
+    Nota denovo = nova;
+    denovo.cNF = "00000001";
+    loja.sefaz.ordens = {"resposta-perdida", "107", "464"};
+    loja.achar(velha.xml());
+    Fluxo(loja.meios()).tratarProntas(loja.caixa(), Milissegundos(1000), 1);
+    loja.achar(nova.xml(), velha.chave());
+    loja.achar(denovo.xml(), velha.chave());
+    loja.andar();
+    EXPECT_EQ(loja.sefaz.notas[velha.chave()].situacao, "101");
+    EXPECT_EQ(loja.sefaz.notas[denovo.chave()].situacao, "100");
 }
 
 // It arrives while it is asked for.
@@ -523,16 +599,6 @@ TEST(Substituicoes, o_que_o_caixa_diz_tarde_vale_e_o_que_ja_nao_diz_nao_se_adivi
 
 // ---- requests ----
 
-std::string cancelamento(const std::string &chave, const std::string &protocolo = {}) {
-    return "<EnvioEvento><Evento><tpAmb>2</tpAmb><ChaAcesso>" + chave +
-           "</ChaAcesso><NtfCnpjEmissor>11222333000181</NtfCnpjEmissor><EveInf><EveTp>110111"
-           "</EveTp><EveDh>2026-09-21T12:04:00</EveDh><EveFusoHorario>-03:00</EveFusoHorario>"
-           "<Evedet><EvenProt>" +
-           protocolo +
-           "</EvenProt><EvexJust>Desistencia do consumidor</EvexJust></Evedet></EveInf>"
-           "</Evento></EnvioEvento>";
-}
-
 TEST(Pedidos, um_cancelamento_espera_a_sua_nota_e_toma_dela_o_protocolo) {
     const struct {
         const char *nome;
@@ -571,19 +637,23 @@ TEST(Pedidos, o_protocolo_que_falta_e_perguntado_com_o_mesmo_cuidado) {
         const char *ordem;
         Estado fim;
         std::size_t consultas;
-    } kCasos[] = {{"656", Estado::kEntregue, 2},
-                  {"108", Estado::kEntregue, 2},
-                  {"280", Estado::kAchado, 1},
-                  {"certificado", Estado::kAchado, 1},
-                  {"217", Estado::kRecusado, 1}};
+        const char *situacao;
+        Desfecho desfecho;
+    } kCasos[] = {{"656", Estado::kEntregue, 2, "100", Desfecho::kCancelado},
+                  {"108", Estado::kEntregue, 2, "100", Desfecho::kCancelado},
+                  {"280", Estado::kAchado, 1, "100", Desfecho::kNenhum},
+                  {"certificado", Estado::kAchado, 1, "100", Desfecho::kNenhum},
+                  {"217", Estado::kRecusado, 1, "100", Desfecho::kNenhum},
+                  {"", Estado::kEntregue, 1, "101", Desfecho::kJaCancelado}};
     for (const auto &caso : kCasos) {
         SCOPED_TRACE(caso.ordem);
         Loja loja;
-        loja.sefaz.notas[nota("42").chave()] = {"", "143260000000001", "", "100", ""};
+        loja.sefaz.notas[nota("42").chave()] = {"", "143260000000001", "", caso.situacao, ""};
         loja.sefaz.ordens = {caso.ordem};
         const auto id = loja.achar(cancelamento(nota("42").chave()));
         loja.andar(20);
         EXPECT_EQ(loja.fila->ficha(id)->estado, caso.fim) << loja.fila->ficha(id)->motivo;
+        EXPECT_EQ(loja.fila->ficha(id)->desfecho, caso.desfecho);
         EXPECT_EQ(loja.sefaz.quantos("consSitNFe"), caso.consultas);
     }
 }
@@ -599,13 +669,54 @@ TEST(Pedidos, uma_chave_que_e_um_caminho_nao_da_nome_a_nada) {
     EXPECT_NE(loja.retorno("documentosEnvio.xml-consulta").find("../../fora"), std::string::npos);
 }
 
+TEST(Pedidos, a_consulta_de_uma_nota_cancelada_nao_diz_que_esta_autorizada) {
+    const struct {
+        const char *situacao, *dito;
+    } kCasos[] = {{"100", "<cStat>100</cStat>"}, {"101", "<SitCodigo>101</SitCodigo>"}};
+    for (const auto &caso : kCasos) {
+        SCOPED_TRACE(caso.situacao);
+        Loja loja;
+        const std::string chave = nota("42").chave();
+        loja.sefaz.notas[chave] = {"", "143260000000001", "", caso.situacao, ""};
+        loja.achar("<Consulta><ModeloDocumento>NFCe</ModeloDocumento><Versao>3.10</Versao><tpAmb>2"
+                   "</tpAmb><CnpjEmissor>11222333000181</CnpjEmissor><ChaveAcesso>" +
+                   chave + "</ChaveAcesso></Consulta>");
+        loja.andar();
+        const std::string retorno = loja.retorno(chave + "-consulta");
+        EXPECT_NE(retorno.find(caso.dito), std::string::npos) << retorno;
+    }
+}
+
+constexpr const char *kInutilizacao =
+    "<Inutilizacao><tpAmb>2</tpAmb><CnpjEmissor>11222333000181</CnpjEmissor>"
+    "<Serie>1</Serie><NumeroInicial>7</NumeroInicial><NumeroFinal>9</NumeroFinal>"
+    "<Justificativa>Numeros pulados na troca</Justificativa></Inutilizacao>";
+
+// A number whose note waits is its note's.
+TEST(Pedidos, a_inutilizacao_espera_as_notas_da_faixa) {
+    const struct {
+        std::deque<std::string> ordens;
+        Estado fim;
+        std::size_t envios;
+    } kCasos[] = {{{"sem-conexao"}, Estado::kRecusado, 0}, {{"778"}, Estado::kEntregue, 1}};
+    for (const auto &caso : kCasos) {
+        Loja loja;
+        loja.sefaz.ordens = caso.ordens;
+        const std::int64_t pedido = loja.achar(kInutilizacao),
+                           dela = loja.achar(nota("8", "9").xml());
+        loja.andar();
+        const auto ficha = loja.fila->ficha(pedido);
+        EXPECT_EQ(ficha->estado, caso.fim) << ficha->motivo;
+        EXPECT_EQ(loja.sefaz.quantos("inutNFe"), caso.envios);
+        EXPECT_EQ(ficha->motivo.find(loja.fila->ficha(dela)->chave) != std::string::npos,
+                  caso.envios == 0);
+    }
+}
+
 TEST(Pedidos, a_inutilizacao_perdida_vai_de_novo_com_os_mesmos_bytes) {
     Loja loja;
     loja.sefaz.ordens = {"resposta-perdida", "107", "563"};
-    const auto id =
-        loja.achar("<Inutilizacao><tpAmb>2</tpAmb><CnpjEmissor>11222333000181</CnpjEmissor>"
-                   "<Serie>1</Serie><NumeroInicial>7</NumeroInicial><NumeroFinal>9</NumeroFinal>"
-                   "<Justificativa>Numeros pulados na troca</Justificativa></Inutilizacao>");
+    const auto id = loja.achar(kInutilizacao);
     loja.andar();
     EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kEntregue) << loja.fila->ficha(id)->motivo;
     EXPECT_EQ(loja.sefaz.quantos("inutNFe"), 2U);
@@ -690,8 +801,29 @@ TEST(Transmissoes, o_caixa_ouve_o_que_vale) {
         const auto feito = transmitir(loja.meios(), *achado, Milissegundos(300), recusas);
         EXPECT_EQ(feito.espera, caso.espera) << feito.ficha.motivo;
         EXPECT_EQ(feito.ficha.estado, caso.estado);
-        EXPECT_EQ(feito.elemento.empty(),
-                  caso.estado != Estado::kEntregue && caso.estado != Estado::kRecusado);
+        EXPECT_EQ(feito.elemento.empty(), caso.estado != Estado::kEntregue);
+    }
+}
+
+// The authority does not show it yet; sent again it did not go out: its number is not used again.
+TEST(Transmissoes, o_que_saiu_uma_vez_nao_e_retirado) {
+    for (const char *primeira : {"resposta-perdida", "999"}) {
+        SCOPED_TRACE(primeira);
+        Loja loja;
+        const Nota velha = nota("42"), nova = nota("43", "9");
+        loja.sefaz.ordens = {primeira};
+        loja.achar(velha.xml());
+        loja.andar(1);
+        loja.linha.respondeu("43/2", 0);
+        loja.sefaz.ordens = {"217", "sem-conexao"};
+        Fluxo(loja.meios()).tratarProntas(loja.caixa(), Milissegundos(1000), 1);
+        EXPECT_EQ(transmitirNota(loja, velha).espera, Espera::kSemResposta);
+        loja.achar(nova.xml(), velha.chave());
+        loja.sefaz.ordens = {"", "217"};
+        loja.andar(3);
+        EXPECT_EQ(loja.sefaz.quantos("consSitNFe"), 2U);
+        loja.andar();
+        EXPECT_EQ(loja.sefaz.notas[velha.chave()].situacao, "101");
     }
 }
 
@@ -781,6 +913,28 @@ TEST(Certificados, o_novo_e_tomado_sem_recomecar_e_o_que_nao_abre_nao) {
     };
     EXPECT_EQ(por("Padaria Nova", senha), "Padaria Nova");
     EXPECT_EQ(por("Padaria Terceira", "outra"), "Padaria Nova");
+}
+
+// What was missing is there by now: the remedy that was named has an effect.
+TEST(Transmissoes, a_recusada_sem_assinatura_vai_de_novo_e_a_assinada_nao) {
+    Loja loja;
+    const auto vezes = [&](const std::string &bytes, const char *cUF) {
+        loja.config.cUF = cUF;
+        loja.oficina = std::make_unique<Oficina>(loja.config, 1); // another process
+        return transmitirBytes(loja, bytes);
+    };
+    EXPECT_EQ(vezes(kInutilizacao, "").espera, Espera::kRecusado);
+    EXPECT_EQ(vezes(kInutilizacao, "43").espera, Espera::kFeito);
+    loja.sefaz.ordens = {"778"};
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(transmitirNota(loja, nota("42")).ficha.cStat, 778);
+    EXPECT_EQ(loja.sefaz.quantos("enviNFe"), 1U);
+    Nota ruim = nota("43");
+    ruim.itens[0].NCM = "09";
+    EXPECT_EQ(transmitirNota(loja, ruim).espera, Espera::kRecusado);
+    EXPECT_EQ(transmitirNota(loja, nota("43", "9")).espera, Espera::kFeito);
+    EXPECT_NE(transmitirNota(loja, ruim).ficha.motivo.find(nota("43", "9").chave()),
+              std::string::npos);
 }
 
 struct Mudo final : Ouvinte {};

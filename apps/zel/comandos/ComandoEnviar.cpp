@@ -37,7 +37,7 @@ const Fim &fimDe(const Transmissao &feita) {
 
 // What somebody at the till has to know where the answer's own remedy does not say it.
 std::string oQueFazer(const Transmissao &feita) {
-    const bool online = feita.tipo == "nfce" && feita.estado != "assinado";
+    const bool online = feita.tipo == "nfce" && !ehOffline(feita);
     switch (feita.fim) {
     case FimDoEnvio::kRecusado:
         return feita.remedio;
@@ -119,6 +119,11 @@ std::optional<PedidoDeTransmissao> pedidoDeTransmissao(const Argumentos &argumen
     completarDoCaixa(diretorio, arquivo, dele);
     pedido.troco = dele.troco;
     return pedido;
+}
+
+bool ehOffline(const Transmissao &feita) {
+    constexpr std::size_t kLugarDoTpEmis = 34;
+    return feita.chave.size() > kLugarDoTpEmis && feita.chave[kLugarDoTpEmis] == '9';
 }
 
 std::string resultadoDe(const Transmissao &feita) {

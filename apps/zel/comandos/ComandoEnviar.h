@@ -24,6 +24,9 @@ std::optional<PedidoDeTransmissao> pedidoDeTransmissao(const Argumentos &argumen
                                                        const std::string &diretorio,
                                                        const std::string &arquivo);
 
+// An NFC-e that was issued offline.
+bool ehOffline(const Transmissao &feita);
+
 // "autorizado", "recusado", "sem resposta", "não enviado"...; and the exit code of that.
 std::string resultadoDe(const Transmissao &feita);
 Saida saidaDe(const Transmissao &feita);

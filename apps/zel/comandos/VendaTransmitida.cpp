@@ -25,11 +25,6 @@ constexpr const char *kOnline = "1", *kOffline = "9";
 // where certainly nothing went out.
 constexpr int kNumeroSeguinte = 3, kMesmoNumero = 5;
 
-bool ehOffline(const Transmissao &feita) {
-    constexpr std::size_t kLugarDoTpEmis = 34;
-    return feita.chave.size() > kLugarDoTpEmis && feita.chave[kLugarDoTpEmis] == '9';
-}
-
 void avisar(VendaTransmitida &venda, std::string aviso) {
     if (venda.saida == kLimpo) venda.saida = kComAvisos;
     venda.linhas.push_back({"aviso", "Aviso", std::move(aviso)});

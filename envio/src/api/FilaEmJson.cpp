@@ -158,9 +158,8 @@ Json estadoDaFila(const Configuracao &config, Fila &fila, const Certificado *cer
     json["lacunas"] = Json::array();
     for (const Lacuna &lacuna : fila.lacunas())
         json["lacunas"].push_back(lacunaEmJson(fila, lacuna));
-    const Procura deAlguem{.precisaDeAlguem = true,
-                           .atrasadoAntesDe = agora - config.fila.avisoHoras * kHora,
-                           .maximo = kMaisDeAlguem};
+    Procura deAlguem{.precisaDeAlguem = true, .maximo = kMaisDeAlguem};
+    procurarParaAlguem(deAlguem, config.fila.avisoHoras, agora);
     json["alguem"] = Json::array();
     for (const Ficha &ficha : fila.procurar(deAlguem))
         json["alguem"].push_back(fichaEmJson(fila, ficha, agora));

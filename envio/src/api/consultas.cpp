@@ -6,6 +6,7 @@
 #include "base/Texto.h"
 #include "comum/ChaveAcesso.h"
 #include "comum/Digitos.h"
+#include "fluxo/Destinos.h"
 #include "fluxo/Relogio.h"
 #include "guarda/Guarda.h"
 #include "mensagem/Lote.h"
@@ -149,7 +150,7 @@ int zel_envio_procurar(zel_envio *envio, const char *criterios, char **json, siz
         if (!pedido.procura.caixa.empty())
             pedido.procura.caixa = caixaDe(config, pedido.procura.caixa);
         const Momento agora = Relogio().agora();
-        pedido.procura.atrasadoAntesDe = agora - config.fila.avisoHoras * kHora;
+        procurarParaAlguem(pedido.procura, config.fila.avisoHoras, agora);
         Json linhas = Json::array();
         for (const Ficha &ficha : fila.procurar(pedido.procura)) {
             linhas.push_back(fichaEmJson(fila, ficha, agora));

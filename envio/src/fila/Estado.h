@@ -18,7 +18,9 @@ enum class Estado {
     kPerguntar,  // no answer came: asked for by its key, never sold a second time
     kRespondido, // the authority's answer is in the queue
     kEntregue,   // kept as the law asks, and the return is written for the till: the end
-    kRecusado,   // the translation or the authority refuses it: a person has to look; the end
+    // The translation or the authority refuses it, and a person has to look: the end, unless it was
+    // never signed and is sent again.
+    kRecusado,
     // Its till took it back before a byte went out, or another replaces it: the end, unless the
     // till sends it again after all, or the authority turns out to have it.
     kRetirado,
@@ -46,17 +48,19 @@ struct Passagem {
     Estado de, para;
 };
 
-inline constexpr std::array<Passagem, 20> kPassagens{{
+inline constexpr std::array<Passagem, 23> kPassagens{{
     {Estado::kAchado, Estado::kTraduzido},
     {Estado::kAchado, Estado::kRecusado},
     {Estado::kAchado, Estado::kRetirado},
+    {Estado::kAchado, Estado::kRespondido}, // asked before anything was signed: it is done already
     {Estado::kTraduzido, Estado::kAssinado},
     {Estado::kTraduzido, Estado::kRecusado},
     {Estado::kTraduzido, Estado::kRetirado},
     {Estado::kAssinado, Estado::kEnviado},
     {Estado::kAssinado, Estado::kRecusado},
     {Estado::kAssinado, Estado::kRetirado},
-    {Estado::kEnviado, Estado::kAssinado}, // certainly nothing went out
+    {Estado::kAssinado, Estado::kPerguntar}, // went out before, and another has its place since
+    {Estado::kEnviado, Estado::kAssinado},   // certainly nothing went out
     {Estado::kEnviado, Estado::kPerguntar},
     {Estado::kEnviado, Estado::kRespondido},
     {Estado::kPerguntar, Estado::kAssinado}, // asked, and the authority does not have it
@@ -64,6 +68,7 @@ inline constexpr std::array<Passagem, 20> kPassagens{{
     {Estado::kPerguntar, Estado::kRetirado}, // asked, unknown, and another replaces it
     {Estado::kRespondido, Estado::kEntregue},
     {Estado::kRespondido, Estado::kRecusado},
+    {Estado::kRecusado, Estado::kAchado}, // never signed, and its till sends it again
     {Estado::kRetirado, Estado::kAchado}, // sent again by its till: unsigned, or the signed bytes
     {Estado::kRetirado, Estado::kAssinado},
     {Estado::kRetirado, Estado::kPerguntar}, // the authority names it

@@ -89,6 +89,9 @@ struct Procura {
     // `atrasadoAntesDe`.
     bool precisaDeAlguem = false;
     Momento atrasadoAntesDe = 0;
+    // An NFC-e that was taken back before this moment, and whose number nothing has: sold, and
+    // without a document.
+    Momento retiradoAntesDe = 0;
     std::size_t maximo = 1000;
 };
 
@@ -162,7 +165,9 @@ public:
     std::optional<Ficha> porChave(std::string_view chave, Tipo tipo);
     // The NFC-e of a number, in any till of the issuer.
     std::vector<Ficha> porNumero(std::string_view cnpj, int tpAmb, int serie, std::int64_t numero);
-    // The NFC-e that says that it replaces this one.
+    // The NFC-e of an inutilization's range that is delivered, or else one on its way.
+    std::optional<Ficha> notaNaFaixa(const Ficha &inutilizacao);
+    // The NFC-e that says that it replaces this one; of several, as of a key.
     std::optional<Ficha> substituta(std::string_view chave);
     std::string original(std::int64_t id);
     std::string mensagem(std::int64_t id);

@@ -54,6 +54,10 @@ Ficha lerFicha(Comando &c) {
     return f;
 }
 
+// Of several, the one that counts.
+const std::string kPreferida = " ORDER BY d.estado = 'entregue' DESC, d.proximo IS NOT NULL DESC, "
+                               "d.id DESC LIMIT 1";
+
 std::optional<Ficha> primeira(std::vector<Ficha> achadas) {
     return achadas.empty() ? std::nullopt : std::optional(std::move(achadas.front()));
 }
@@ -64,24 +68,33 @@ constexpr std::string_view kNaVez =
     "WHERE n.chave = d.chave AND n.tipo = 1 AND (n.proximo <= ?2 OR n.proximo > ?3) "
     "AND (n.proximo, n.id) > (d.proximo, d.id))) ORDER BY d.proximo, d.id LIMIT ?4";
 
+const std::string kNaoInutilizada =
+    "AND NOT EXISTS (SELECT 1 FROM documento n INDEXED BY documento_faixa "
+    "WHERE d.tipo = 1 AND n.tipo = 3 AND n.numero <= d.numero AND n.ultimo >= d.numero "
+    "AND n.cnpj = d.cnpj AND n.tpAmb = d.tpAmb AND n.serie = d.serie AND n.estado = 'entregue') ";
+
 // Documents that took a refused one's place: the same number issued again or inutilized, another
 // that says so, or the same request once more. Whose number was another's already (6) was replaced
 // by that one when both are of one sale.
-constexpr std::string_view kPrecisaDeAlguem =
+const std::string kPrecisaDeAlguem =
     "((d.estado = 'recusado' AND NOT EXISTS (SELECT 1 FROM documento n WHERE d.tipo = 1 "
     "AND n.cnpj = d.cnpj AND n.tpAmb = d.tpAmb AND n.serie = d.serie AND n.numero = d.numero "
     "AND n.tipo = 1 AND n.estado = 'entregue' AND (d.desfecho <> 6 OR (n.caixa = d.caixa "
     "AND n.total = d.total AND n.consumidor = d.consumidor AND n.tpEmis <> d.tpEmis))) "
     "AND NOT EXISTS (SELECT 1 FROM documento n INDEXED BY documento_substitui "
     "WHERE d.tipo = 1 AND d.chave <> '' AND n.substitui <> '' AND n.substitui = d.chave "
-    "AND n.tipo = 1 AND n.estado = 'entregue') "
-    "AND NOT EXISTS (SELECT 1 FROM documento n INDEXED BY documento_faixa "
-    "WHERE d.tipo = 1 AND n.tipo = 3 "
-    "AND n.numero <= d.numero AND n.ultimo >= d.numero AND n.cnpj = d.cnpj "
-    "AND n.tpAmb = d.tpAmb AND n.serie = d.serie AND n.estado = 'entregue') "
+    "AND n.tipo = 1 AND n.estado = 'entregue') " +
+    kNaoInutilizada +
     "AND NOT EXISTS (SELECT 1 FROM documento n WHERE d.chave <> '' AND n.chave = d.chave "
     "AND n.tipo = d.tipo AND n.estado = 'entregue')) "
     "OR (d.proximo IS NOT NULL AND d.achado < ?) "
+    "OR (d.estado = 'retirado' AND d.tipo = 1 AND d.mudado < ? "
+    "AND NOT EXISTS (SELECT 1 FROM documento n WHERE n.cnpj = d.cnpj AND n.tpAmb = d.tpAmb "
+    "AND n.serie = d.serie AND n.numero = d.numero AND n.tipo = 1 AND n.estado <> 'retirado') "
+    "AND NOT EXISTS (SELECT 1 FROM documento n INDEXED BY documento_substitui "
+    "WHERE n.substitui <> '' AND n.substitui = d.chave AND n.tipo = 1) " +
+    kNaoInutilizada +
+    ") "
     // Authorized, and for the week in which it can be cancelled in doubt of being another's double.
     "OR d.id IN (SELECT v.id FROM anotacao a CROSS JOIN documento v INDEXED BY documento_chave "
     "WHERE a.nome >= 'duvida:' AND a.nome < 'duvida;' AND v.chave = substr(a.nome, 8) "
@@ -146,17 +159,27 @@ std::optional<Ficha> Fila::ficha(std::int64_t id) {
 
 std::optional<Ficha> Fila::substituta(std::string_view chave) {
     if (chave.empty()) return {};
-    Comando comando(dentro_->banco, kFichas + "WHERE d.substitui = ? AND d.tipo = 1 "
-                                              "AND d.estado <> 'retirado' ORDER BY d.id LIMIT 1");
+    Comando comando(dentro_->banco, kFichas +
+                                        "WHERE d.substitui = ? AND d.tipo = 1 "
+                                        "AND d.estado <> 'retirado'" +
+                                        kPreferida);
     return primeira(dentro_->linhas(comando.dar(chave), lerFicha));
+}
+
+std::optional<Ficha> Fila::notaNaFaixa(const Ficha &i) {
+    Comando comando(dentro_->banco,
+                    kFichas +
+                        "WHERE d.cnpj = ? AND d.tpAmb = ? AND d.serie = ? AND d.numero >= ? "
+                        "AND d.numero <= ? AND d.tipo = 1 AND d.estado NOT IN ('recusado', "
+                        "'retirado')" +
+                        kPreferida);
+    comando.dar(i.cnpj).dar(i.tpAmb).dar(i.serie).dar(i.numero).dar(i.ultimo);
+    return primeira(dentro_->linhas(comando, lerFicha));
 }
 
 std::optional<Ficha> Fila::porChave(std::string_view chave, Tipo tipo) {
     if (chave.empty()) return {};
-    Comando comando(dentro_->banco,
-                    kFichas +
-                        "WHERE d.chave = ? AND d.tipo = ? ORDER BY d.estado = 'entregue' DESC, "
-                        "d.proximo IS NOT NULL DESC, d.id DESC LIMIT 1");
+    Comando comando(dentro_->banco, kFichas + "WHERE d.chave = ? AND d.tipo = ?" + kPreferida);
     return primeira(dentro_->linhas(comando.dar(chave).dar(static_cast<int>(tipo)), lerFicha));
 }
 
@@ -249,7 +272,7 @@ std::vector<Ficha> Fila::procurar(const Procura &procura) {
     }
     onde.se(!estados.empty(), "d.estado IN (" + lugares + ")", estados);
     onde.se(procura.precisaDeAlguem, kPrecisaDeAlguem,
-            {procura.atrasadoAntesDe, procura.atrasadoAntesDe});
+            {procura.atrasadoAntesDe, procura.retiradoAntesDe, procura.atrasadoAntesDe});
     Comando comando(dentro_->banco, // Numbers are sorted, not whole rows.
                     kFichas + "WHERE d.id IN (SELECT d.id FROM documento d " + onde.texto() +
                         "ORDER BY d.id DESC LIMIT ?) ORDER BY d.id DESC");

@@ -47,6 +47,11 @@ bool tem(const std::array<Desfecho, 3> &desfechos, Desfecho desfecho) {
            std::find(desfechos.begin(), desfechos.end(), desfecho) != desfechos.end();
 }
 
+// Of several that may have a place: a delivered one, then one on its way.
+int quantoVale(const Ficha &ficha) {
+    return ficha.estado == Estado::kEntregue ? 2 : acabou(ficha.estado) ? 0 : 1;
+}
+
 std::string pastaDe(const Configuracao &config, const std::string &dita, std::string_view outra) {
     std::string pasta = dita.empty() ? config.diretorio + std::string(outra) : dita;
     if (!pasta.ends_with('/')) pasta += '/';
@@ -62,6 +67,13 @@ std::string textoDaParada(const std::string &motivo) {
 void continuar(Fila &fila) {
     fila.anotar(kAnotacaoParada, "");
     fila.adiantar(kEnvioParado);
+}
+
+void procurarParaAlguem(Procura &procura, int horas, Momento agora) {
+    // A till that takes a document back issues it again at once.
+    constexpr Momento kReemissao = 5 * kMinuto;
+    procura.atrasadoAntesDe = agora - horas * kHora;
+    procura.retiradoAntesDe = agora - kReemissao;
 }
 
 std::string anotacaoDaDuvida(const std::string &chave) {
@@ -109,14 +121,22 @@ bool guardaSe(const Ficha &ficha) {
     return tem(destinoDe(ficha.tipo).guardados, ficha.desfecho);
 }
 
+bool jaSaiu(Fila &fila, const Ficha &ficha) {
+    const auto passos = fila.passos(ficha.id);
+    return std::any_of(passos.begin(), passos.end(), [](const PassoDado &passo) {
+        return passo.de == Estado::kEnviado && passo.para == Estado::kPerguntar;
+    });
+}
+
 std::optional<Ficha> substituta(Fila &fila, const Ficha &ficha) {
     if (auto outra = fila.substituta(ficha.chave)) return outra;
     if (ficha.tpEmis != 1) return {};
-    const auto iguais = fila.porNumero(ficha.cnpj, ficha.tpAmb, ficha.serie, ficha.numero);
-    const auto outra = std::find_if(iguais.begin(), iguais.end(), [&](const Ficha &esta) {
-        return esta.tpEmis == 9 && esta.id > ficha.id && esta.estado != Estado::kRetirado;
-    });
-    return outra == iguais.end() ? std::nullopt : std::optional(*outra);
+    std::optional<Ficha> achada;
+    for (Ficha &esta : fila.porNumero(ficha.cnpj, ficha.tpAmb, ficha.serie, ficha.numero))
+        if (esta.tpEmis == 9 && esta.id > ficha.id && esta.estado != Estado::kRetirado &&
+            (!achada || quantoVale(esta) >= quantoVale(*achada)))
+            achada = std::move(esta);
+    return achada;
 }
 
 bool autorizada(Fila &fila, const Ficha &ficha) {

@@ -24,6 +24,9 @@ void continuar(Fila &fila);
 
 // Says which document may have taken the place of one, where nothing is certain.
 std::string anotacaoDaDuvida(const std::string &chave);
+// Asks for what a person has to look at: by now, and of what waits, after so many hours.
+void procurarParaAlguem(Procura &procura, int horas, Momento agora);
+
 // What a person is asked about it; none when there is no doubt, or it was answered since.
 std::optional<std::string> duvidaDe(Fila &fila, const Ficha &ficha);
 
@@ -40,6 +43,8 @@ bool encerra(Tipo tipo, Desfecho desfecho);
 // Whether the law wants the document kept with its answer.
 bool guardaSe(const Ficha &ficha);
 
+// Whether it went out before without an answer: what the authority does not have yet may arrive.
+bool jaSaiu(Fila &fila, const Ficha &ficha);
 // The document that was issued in the place of this one: it says so, or has its number offline.
 std::optional<Ficha> substituta(Fila &fila, const Ficha &ficha);
 // Whether it is authorized by now, and all is done.

@@ -87,9 +87,12 @@ bool escreverRetorno(const Configuracao &config, const Ficha &ficha, std::string
         return duas && gravar(pasta + ficha.chave + ".documento.xml", duas->documento, recusas) &&
                gravar(arquivo, duas->retorno, recusas);
     }
+    // The protocol of a note that was cancelled since, alone, would still say that it is
+    // authorized.
+    const bool registro = ficha.tipo == Tipo::kConsulta ? ficha.desfecho == Desfecho::kAutorizado
+                                                        : ficha.tipo != Tipo::kNfce;
     return gravar(arquivo,
-                  elemento.empty() || ficha.tipo == Tipo::kNfce ? emPalavras(ficha)
-                                                                : std::string(elemento),
+                  registro && !elemento.empty() ? std::string(elemento) : emPalavras(ficha),
                   recusas);
 }
 

@@ -88,8 +88,7 @@ bool Fluxo::linhaLivre(const Ficha &ficha) {
 }
 
 bool Fluxo::enviar(const Ficha &ficha) {
-    if (parada(ficha)) return false;
-    if (semLugar(ficha)) return false;
+    if (parada(ficha) || semLugar(ficha) || faixaOcupada(ficha)) return false;
     if (!linhaLivre(ficha)) return false;
     const Momento agora = meios_.relogio.agora();
     if (!mudar(ficha, Estado::kEnviado,
@@ -173,7 +172,9 @@ bool Fluxo::voltar(const Ficha &ficha, Momento quando, const std::string &motivo
 }
 
 bool Fluxo::semResposta(const Ficha &ficha, const Retorno &retorno) {
-    return perguntarDepois(ficha, kEsperaDoOutro, retorno.motivo);
+    // Sent again and again without an answer that can be read: more slowly each time.
+    const Momento mais = ficha.tentativas > 1 ? pausaDepoisDe(ficha.tentativas - 1) : 0;
+    return perguntarDepois(ficha, std::max(kEsperaDoOutro, mais), retorno.motivo);
 }
 
 bool Fluxo::perguntarDepois(const Ficha &ficha, Momento pausa, const std::string &motivo) {

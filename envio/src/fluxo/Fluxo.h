@@ -81,8 +81,10 @@ private:
     bool entregar(const Ficha &ficha);
 
     bool semLugar(const Ficha &ficha);
+    bool faixaOcupada(const Ficha &ficha);
     std::optional<ContextoPedido> contextoDe(const Ficha &ficha, bool &esperar);
     bool protocoloDe(const Ficha &ficha, ContextoPedido &contexto, bool &esperar);
+    bool jaCancelada(const Ficha &ficha, const Resposta &consulta);
     bool recusar(const Ficha &ficha, const std::string &motivo);
     bool linhaLivre(const Ficha &ficha);
     Milissegundos tempo() const; // that a request may take
@@ -98,6 +100,7 @@ private:
     bool respondido(const Ficha &ficha, const Resposta &resposta);
     bool mesmoConteudo(const Ficha &ficha, const Resposta &resposta);
     bool perguntado(const Ficha &ficha, Resposta resposta);
+    bool perguntadaNota(const Ficha &ficha, const Resposta &resposta);
     bool nossoEvento(const Ficha &ficha, const Resposta &resposta);
     bool naoConsta(const Ficha &ficha);
     std::optional<std::string> outraDoNumero(const Ficha &ficha);

@@ -26,8 +26,7 @@ std::optional<NotaGuardada> guardadaDe(const Guarda &guarda, const Ficha &ficha)
 } // namespace
 
 bool Fluxo::preparar(const Ficha &ficha) {
-    if (parada(ficha)) return false;
-    if (semLugar(ficha)) return false;
+    if (parada(ficha) || semLugar(ficha) || faixaOcupada(ficha)) return false;
     if (ficha.tipo == Tipo::kConsulta && ficha.chave.empty()) {
         if (!responderDoGuardado(meios_.config, meios_.fila, ficha)) return false;
         return mudar(ficha, Estado::kEntregue, {.motivo = "respondida do que foi guardado"});
@@ -113,11 +112,33 @@ bool Fluxo::retomar(const Ficha &ficha, const NotaGuardada &guardada) {
 // Another one has its place, or may have it: then it does not go out.
 bool Fluxo::semLugar(const Ficha &ficha) {
     if (ficha.tipo != Tipo::kNfce) return false;
-    if (substituta(meios_.fila, ficha))
-        return mudar(ficha, Estado::kRetirado, {.motivo = "outro documento a substitui"}), true;
+    if (substituta(meios_.fila, ficha)) {
+        constexpr const char *kMotivo = "outro documento a substitui";
+        const bool saiu = ficha.estado == Estado::kAssinado && jaSaiu(meios_.fila, ficha);
+        return saiu ? mudar(ficha, Estado::kPerguntar, {.motivo = kMotivo, .proximo = 0})
+                    : mudar(ficha, Estado::kRetirado, {.motivo = kMotivo}),
+               true;
+    }
     const auto duvida = duvidaDe(meios_.fila, ficha);
     if (duvida) recusar(ficha, *duvida);
     return duvida.has_value();
+}
+
+// A number that a note of this queue has, or may come to have, is not given up: voided, the note
+// whose paper is out would be refused. What went out already is the authority's to decide.
+bool Fluxo::faixaOcupada(const Ficha &ficha) {
+    if (ficha.tipo != Tipo::kInutilizacao || ficha.tentativas > 0) return false;
+    const auto nota = meios_.fila.notaNaFaixa(ficha);
+    if (!nota) return false;
+    const std::string qual =
+        "o número " + std::to_string(nota->numero) + " é da nota " + nota->chave;
+    if (acabou(nota->estado))
+        recusar(ficha, qual + ", " + std::string(nomeDe(nota->desfecho)) + ", protocolo " +
+                           nota->protocolo + ": peça a faixa sem ele");
+    else
+        adiar(ficha, std::max(nota->proximo, meios_.relogio.agora() + kEsperaDoOutro),
+              qual + ", que está na fila sem resposta: a inutilização espera por ela");
+    return true;
 }
 
 // What a request does not say. None when it has to wait (`esperar`), or was refused.
@@ -140,6 +161,14 @@ bool Fluxo::protocoloDe(const Ficha &ficha, ContextoPedido &contexto, bool &espe
         return adiar(ficha, std::max(nota->proximo, meios_.relogio.agora() + kEsperaDoOutro),
                      "espera a resposta da nota"),
                false;
+    }
+    if (nota && nota->desfecho == Desfecho::kCancelado) {
+        Resposta dita;
+        dita.cStat = nota->cStat;
+        dita.xMotivo = nota->xMotivo;
+        dita.protocolo = nota->protocolo;
+        dita.evento = meios_.fila.evento(nota->id);
+        return esperar = !jaCancelada(ficha, dita), false;
     }
     if (nota && nota->desfecho != Desfecho::kAutorizado) {
         recusar(ficha, "a nota " + std::to_string(nota->numero) +
@@ -164,6 +193,7 @@ bool Fluxo::protocoloDe(const Ficha &ficha, ContextoPedido &contexto, bool &espe
         contexto.protocolo = resposta->protocolo;
         return true;
     }
+    if (desfecho == Desfecho::kCancelado) return esperar = !jaCancelada(ficha, *resposta), false;
     esperar = desfecho == Desfecho::kEsperar || desfecho == Desfecho::kExcesso ||
               desfecho == Desfecho::kCertificado;
     if (!esperar)
@@ -176,6 +206,15 @@ bool Fluxo::protocoloDe(const Ficha &ficha, ContextoPedido &contexto, bool &espe
                                                  : pausaDepoisDe(ficha.tentativas + 1),
                   motivo);
     return false;
+}
+
+// Its note was cancelled before, by somebody else: nothing is left to be sent.
+bool Fluxo::jaCancelada(const Ficha &ficha, const Resposta &consulta) {
+    Resposta evento = eventoDe(consulta);
+    evento.desfecho = Desfecho::kJaCancelado;
+    evento.elemento.clear();
+    return mudar(ficha, Estado::kRespondido,
+                 {.resposta = evento, .motivo = "", .tentativas = 0, .proximo = 0});
 }
 
 bool Fluxo::recusar(const Ficha &ficha, const std::string &motivo) {

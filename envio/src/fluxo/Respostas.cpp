@@ -6,17 +6,35 @@
 #include "mensagem/Lote.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace zel::envio {
 
 namespace {
 
-constexpr int kReciboDesconhecido = 106;
+constexpr int kReciboDesconhecido = 106, kNaoCatalogado = 999;
 constexpr int kOutraEmpresa = 213; // than the one whose certificate signed
+// What the answer to a question tells of a note; any other is about the question alone.
+constexpr std::array kDizDaNota{Desfecho::kAutorizado, Desfecho::kCancelado, Desfecho::kDenegado,
+                                Desfecho::kOutraChave, Desfecho::kJaInutilizado};
 // So long after it was found a document may still be in the authority's hands, which takes its
 // time, though it says that it does not have it. After that it refuses it as late.
 constexpr Momento kAindaPodeChegar = 15 * kMinuto;
+
+// A question that is refused is refused again: the pauses grow to half an hour.
+Momento pausaDaRecusada(int tentativas) {
+    constexpr int kMaisVezes = 5;
+    return kMinuto << std::clamp(tentativas, 0, kMaisVezes);
+}
+
+// Done before, says the authority, and not what: the consultation by its key has it.
+bool foiAntes(const Ficha &ficha, const Resposta &resposta) {
+    if (resposta.desfecho == Desfecho::kJaEsta) return ficha.tipo != Tipo::kInutilizacao;
+    return ficha.tipo == Tipo::kNfce &&
+           (resposta.desfecho == Desfecho::kJaCancelado ||
+            (resposta.desfecho == Desfecho::kDenegado && resposta.elemento.empty()));
+}
 
 } // namespace
 
@@ -24,6 +42,11 @@ constexpr Momento kAindaPodeChegar = 15 * kMinuto;
 
 bool Fluxo::responder(const Ficha &ficha, Resposta resposta) {
     const Momento agora = meios_.relogio.agora();
+    // Who answers that it is there, and when asked that it is not, is asked with pauses.
+    if (foiAntes(ficha, resposta))
+        return perguntarDepois(ficha,
+                               ficha.tentativas > 1 ? pausaDepoisDe(ficha.tentativas - 1) : 0,
+                               resposta.xMotivo);
     switch (resposta.desfecho) {
     case Desfecho::kEmProcesso:
         mudar(ficha, Estado::kPerguntar,
@@ -32,6 +55,9 @@ bool Fluxo::responder(const Ficha &ficha, Resposta resposta) {
                .proximo = agora + std::max(resposta.espera, 1) * kSegundo});
         return false;
     case Desfecho::kEsperar:
+        // Who cannot say what failed may have done it.
+        if (resposta.cStat == kNaoCatalogado)
+            return perguntarDepois(ficha, pausaDepoisDe(ficha.tentativas), resposta.xMotivo);
         return voltar(ficha, agora + pausaDepoisDe(ficha.tentativas), resposta.xMotivo);
     case Desfecho::kExcesso:
         return voltar(ficha, agora + kPausaDoExcesso, resposta.xMotivo);
@@ -39,13 +65,6 @@ bool Fluxo::responder(const Ficha &ficha, Resposta resposta) {
         if (resposta.cStat == kOutraEmpresa && titularDe(ficha) == Titular::kAlheio)
             return respondido(ficha, resposta);
         return parar(ficha, resposta.xMotivo);
-    // Of an inutilization nothing more can be asked than this. Who answers that it is there, and
-    // when asked that it is not, is asked with pauses.
-    case Desfecho::kJaEsta:
-        if (ficha.tipo == Tipo::kInutilizacao) return respondido(ficha, resposta);
-        return perguntarDepois(ficha,
-                               ficha.tentativas > 1 ? pausaDepoisDe(ficha.tentativas - 1) : 0,
-                               resposta.xMotivo);
     default:
         return respondido(ficha, resposta);
     }
@@ -54,10 +73,13 @@ bool Fluxo::responder(const Ficha &ficha, Resposta resposta) {
 bool Fluxo::respondido(const Ficha &ficha, const Resposta &resposta) {
     Resposta dita = resposta;
     std::string motivo;
-    if (dita.desfecho == Desfecho::kAutorizado && ficha.tipo == Tipo::kNfce &&
-        !mesmoConteudo(ficha, dita)) {
+    Ficha sua = ficha;
+    sua.desfecho = dita.desfecho;
+    if (ficha.tipo == Tipo::kNfce && guardaSe(sua) && !mesmoConteudo(ficha, dita)) {
         dita.desfecho = Desfecho::kRecusado;
         motivo = "a SEFAZ tem outro conteúdo com esta chave: chame quem cuida do sistema";
+    } else if (ficha.tipo == Tipo::kNfce && dita.desfecho == Desfecho::kCancelado) {
+        motivo = "a nota foi autorizada, e está cancelada na SEFAZ: o cupom dela não vale";
     } else if (!encerra(ficha.tipo, dita.desfecho)) {
         motivo = std::to_string(dita.cStat) + " " + dita.xMotivo;
         if (const auto remedio = linhaDe(dita.cStat).remedio; !remedio.empty())
@@ -113,7 +135,7 @@ bool Fluxo::perguntado(const Ficha &ficha, Resposta resposta) {
     default:
         break;
     }
-    if (ficha.tipo != Tipo::kCancelamento) return respondido(ficha, resposta);
+    if (ficha.tipo == Tipo::kNfce) return perguntadaNota(ficha, resposta);
     // Its note is authorized and nothing more: the event never arrived.
     if (resposta.evento.empty() && resposta.desfecho != Desfecho::kCancelado)
         return naoConsta(ficha);
@@ -123,6 +145,21 @@ bool Fluxo::perguntado(const Ficha &ficha, Resposta resposta) {
         evento.elemento.clear();
     }
     return respondido(ficha, evento);
+}
+
+// An answer by the receipt is the document's own; one about the receipt alone is no answer. A
+// refused question says nothing of the note, which may be authorized: it is asked for until it is
+// known.
+bool Fluxo::perguntadaNota(const Ficha &ficha, const Resposta &resposta) {
+    const bool diz =
+        std::find(kDizDaNota.begin(), kDizDaNota.end(), resposta.desfecho) != kDizDaNota.end();
+    if (!ficha.recibo.empty() && (!resposta.doDocumento || foiAntes(ficha, resposta)))
+        return naoConsta(ficha);
+    if (diz || !ficha.recibo.empty()) return respondido(ficha, resposta);
+    return adiarMais(ficha, pausaDaRecusada(ficha.tentativas),
+                     "a SEFAZ recusou a pergunta (" + std::to_string(resposta.cStat) + " " +
+                         resposta.xMotivo +
+                         "), e a nota pode estar lá: não a venda de novo antes de saber");
 }
 
 // Whether the registered event is the one that was signed here, and not another request's.
@@ -142,16 +179,17 @@ bool Fluxo::nossoEvento(const Ficha &ficha, const Resposta &resposta) {
 // its number, which went out, is not used by two.
 bool Fluxo::naoConsta(const Ficha &ficha) {
     if (!ficha.recibo.empty()) return anotar(ficha, {.recibo = "", .proximo = 0});
-    if (ficha.tipo != Tipo::kNfce || !substituta(meios_.fila, ficha))
-        return mudar(ficha, Estado::kAssinado, {.proximo = 0});
+    const auto outra = ficha.tipo == Tipo::kNfce ? substituta(meios_.fila, ficha) : std::nullopt;
+    if (!outra) return mudar(ficha, Estado::kAssinado, {.proximo = 0});
     const Momento desde = meios_.relogio.agora() - ficha.achado;
     if (desde >= 0 && desde < kAindaPodeChegar)
         return adiarMais(ficha, pausaDepoisDe(ficha.tentativas + 1),
                          "a SEFAZ ainda não a tem, e outro documento a substitui");
-    return mudar(
-        ficha, Estado::kRetirado,
-        {.motivo = "a SEFAZ não a tem, e outro documento a substitui: inutilize o número " +
-                   std::to_string(ficha.numero)});
+    return mudar(ficha, Estado::kRetirado,
+                 {.motivo = "a SEFAZ não a tem, e outro documento a substitui" +
+                            (outra->numero == ficha.numero
+                                 ? std::string()
+                                 : ": inutilize o número " + std::to_string(ficha.numero))});
 }
 
 } // namespace zel::envio

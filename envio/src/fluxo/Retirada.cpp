@@ -12,13 +12,13 @@ namespace {
 
 // What has the place of a document that was taken back: it says so, or has its number since.
 std::optional<Ficha> quemTomouOLugar(Fila &fila, const Ficha &ficha) {
+    if (ficha.tipo != Tipo::kNfce) return {};
     if (auto outra = substituta(fila, ficha)) return outra;
     std::optional<Ficha> achada;
-    if (ficha.tipo == Tipo::kNfce)
-        for (Ficha &esta : fila.porNumero(ficha.cnpj, ficha.tpAmb, ficha.serie, ficha.numero))
-            if (esta.id > ficha.id && esta.estado != Estado::kRetirado &&
-                esta.estado != Estado::kRecusado)
-                achada = std::move(esta);
+    for (Ficha &esta : fila.porNumero(ficha.cnpj, ficha.tpAmb, ficha.serie, ficha.numero))
+        if (esta.id > ficha.id && esta.estado != Estado::kRetirado &&
+            esta.estado != Estado::kRecusado)
+            achada = std::move(esta);
     return achada;
 }
 
@@ -33,18 +33,21 @@ bool Fluxo::retirar(std::int64_t id, const std::string &motivo) {
     const auto ficha = meios_.fila.ficha(id);
     if (!ficha) return false;
     if (ficha->estado == Estado::kRetirado) return true;
+    if (jaSaiu(meios_.fila, *ficha)) return false;
     return passa(ficha->estado, Estado::kRetirado) && ficha->estado != Estado::kPerguntar &&
            mudar(*ficha, Estado::kRetirado, {.motivo = motivo});
 }
 
 std::optional<std::string> Fluxo::reenviar(std::int64_t id) {
     const auto ficha = meios_.fila.ficha(id);
-    if (!ficha || ficha->estado != Estado::kRetirado) return {};
-    if (const auto outra = quemTomouOLugar(meios_.fila, *ficha))
-        return "foi retirada pelo caixa, e a nota " + std::to_string(outra->numero) + " (" +
-               outra->chave + ") tomou o seu lugar: " + comoEsta(*outra) +
-               "; não a emita outra vez";
+    if (!ficha) return {};
     const bool assinada = !meios_.fila.mensagem(id).empty();
+    const bool recusada = ficha->estado == Estado::kRecusado && !assinada;
+    if (ficha->estado != Estado::kRetirado && !recusada) return {};
+    if (const auto outra = quemTomouOLugar(meios_.fila, *ficha))
+        return std::string(recusada ? "foi recusada" : "foi retirada pelo caixa") + ", e a nota " +
+               std::to_string(outra->numero) + " (" + outra->chave +
+               ") tomou o seu lugar: " + comoEsta(*outra) + "; não a emita outra vez";
     mudar(*ficha, assinada ? Estado::kAssinado : Estado::kAchado, {.motivo = "", .proximo = 0});
     return {};
 }

@@ -27,6 +27,9 @@ bool vaiDemorar(const Ficha &ficha, Momento agora) {
 
 Espera fimDe(const Ficha &ficha) {
     if (ficha.estado == Estado::kRetirado) return Espera::kNaoEnviado;
+    // Of one that was cancelled since no receipt is printed.
+    if (ficha.tipo == Tipo::kNfce && ficha.desfecho != Desfecho::kAutorizado)
+        return Espera::kRecusado;
     return encerra(ficha.tipo, ficha.desfecho) ||
                    (ficha.tipo == Tipo::kConsulta && ficha.estado == Estado::kEntregue)
                ? Espera::kFeito

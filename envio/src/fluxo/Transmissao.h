@@ -10,9 +10,9 @@
 namespace zel::envio {
 
 enum class Espera {
-    kFeito, // authorized, cancelled, inutilized, answered
-    // By the translation or the authority, or another has the place of what its till took back:
-    // `ficha.motivo`.
+    kFeito, // authorized; of a request: cancelled, inutilized, answered
+    // By the translation or the authority, which may have it cancelled already, or another has the
+    // place of what its till took back: `ficha.motivo`.
     kRecusado,
     kSemResposta, // it may be there: the queue asks on; its number must not be used again
     kNaoEnviado,  // certainly not there and, an NFC-e issued online, taken back: the number is free

@@ -141,6 +141,7 @@ void lerCampos(Servico servico, const Forma &forma, const Niveis &niveis, std::s
                Resposta &resposta) {
     const No &raiz = niveis.raiz;
     const No inf = niveis.inf ? niveis.inf : raiz;
+    resposta.doDocumento = bool(niveis.inf);
     resposta.protocolo = aparar(inf.texto("nProt"));
     resposta.momento = aparar(inf.texto(forma.momento));
     resposta.digest = aparar(inf.texto("digVal"));

@@ -48,12 +48,13 @@ struct Resposta {
     int cStat = 0;
     std::string xMotivo;
     Desfecho desfecho = Desfecho::kNenhum;
-    std::string chave;     // chNFe, or the other key that 539 and 562 name
-    std::string protocolo; // nProt
-    std::string momento;   // dhRecbto, dhRegEvento
-    std::string digest;    // digVal
-    std::string recibo;    // nRec, of 103 and 105; 106 does not know it: the key is asked for
-    int espera = 0;        // seconds, tMed of a status or a 103
+    bool doDocumento = false; // it says something of the document, and not of the request alone
+    std::string chave;        // chNFe, or the other key that 539 and 562 name
+    std::string protocolo;    // nProt
+    std::string momento;      // dhRecbto, dhRegEvento
+    std::string digest;       // digVal
+    std::string recibo;       // nRec, of 103 and 105; 106 does not know it: the key is asked for
+    int espera = 0;           // seconds, tMed of a status or a 103
     // The element that is kept by law and printed from: protNFe, retEvento or retInutNFe, bytes in
     // UTF-8 with its namespace declared. Empty when the answer has none, or one without a protocol:
     // what was refused is not kept.
