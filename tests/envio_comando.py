@@ -95,6 +95,11 @@ class Caixa(unittest.TestCase):
     def enviar(self, *opcoes, codigo=0):
         return self.em_json("enviar", self.caixa / "documentosEnvio.xml", *opcoes, codigo=codigo)
 
+    def parar_o_envio(self):
+        self.comandar("ordem servico=Autorizacao4 cstat:280")
+        self.vender()
+        self.assertEqual(self.enviar(codigo=5)["resultado"], "não enviado")
+
     def livro(self, chave):
         linha = self.servidor.livros.linha("SELECT * FROM documentos WHERE chave = ?", chave)
         return linha and linha["cStat"]
@@ -168,12 +173,9 @@ class Perguntas(Caixa):
                        env=dict(os.environ, LC_ALL="C.UTF-8"), capture_output=True, timeout=60)
         self.assertEqual(self.enviar()["resultado"], "inutilizado")
         self.assertEqual(self.em_json("envio", "inutilizar"), [])
-        # The wrong password stops the queue, until somebody says that it goes on.
-        (self.pasta / "senha").write_text("outra\n")
-        self.vender()
-        self.assertEqual(self.enviar(codigo=5)["resultado"], "não enviado")
+        # A certificate that the authority refuses stops the queue, until somebody says that it goes on.
+        self.parar_o_envio()
         self.assertRegex(self.zel("envio", "estado", codigo=1), "Envio: +parado: .*zel envio continuar")
-        (self.pasta / "senha").write_text("ensaio\n")
         self.zel("envio", "continuar")
         self.assertEqual(self.em_json("envio", "estado")["parada"], "")
 
@@ -214,12 +216,11 @@ class Venda(Caixa):
         self.assertEqual(trocas[0]["substitui"][25:34].lstrip("0"), "4")
 
     def test_com_o_envio_parado_a_venda_fica_e_sai_depois(self):
-        (self.pasta / "senha").write_text("outra\n")
+        self.parar_o_envio()
         feita = self.vender("--transmitir", "--impressora", self.pasta / "papel", codigo=1)
         self.assertEqual((feita["resultado"], feita["chave"][34]), ("parado", "9"))
         self.assertIn("zel envio continuar", feita["motivo"])
         self.assertFalse((self.pasta / "papel").exists())
-        (self.pasta / "senha").write_text("ensaio\n")
         self.zel("envio", "continuar")
         self.assertEqual(self.esperar_entrega(feita["chave"])["desfecho"], "autorizado")
 
