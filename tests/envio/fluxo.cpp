@@ -397,22 +397,27 @@ TEST(Caminhos, quem_morre_no_envio_deixa_uma_pergunta) {
 // A queue that was lost: its till says the change of its last document alone, so that what is found
 // a second time would be signed to other bytes.
 TEST(Caminhos, uma_fila_perdida_retoma_o_que_foi_guardado) {
-    Loja loja;
-    const std::string original = nota("42").xml();
-    const auto ficha = loja.fila->ficha(loja.achar(original, "", 500));
-    loja.andar();
-    const Guarda guarda(guardadosDe(loja.config));
-    const std::string guardada =
-        loja.pasta.ler(guarda.lugarDe(*ficha).substr(loja.pasta.caminho().size()));
-    Recusas recusas;
-    loja.fila = Fila::abrir(loja.pasta / "outra/", recusas);
-    ASSERT_TRUE(loja.fila) << recusas.texto();
-    const auto id = loja.achar(original);
-    loja.andar();
-    EXPECT_EQ(loja.fila->ficha(id)->desfecho, Desfecho::kAutorizado);
-    EXPECT_EQ(guardadoDe(loja.fila->mensagem(id), loja.fila->elemento(id)),
-              guardada.substr(guardada.find("?>") + 2));
-    EXPECT_EQ(loja.sefaz.pedidos.size(), 1U);
+    for (const bool substituida : {false, true}) {
+        SCOPED_TRACE(substituida);
+        Loja loja;
+        const Nota velha = nota("42");
+        const auto ficha = loja.fila->ficha(loja.achar(velha.xml(), "", 500));
+        loja.andar();
+        const std::string guardada = loja.pasta.ler(
+            Guarda(guardadosDe(loja.config)).lugarDe(*ficha).substr(loja.pasta.caminho().size()));
+        Recusas recusas;
+        loja.fila = Fila::abrir(loja.pasta / "outra/", recusas);
+        ASSERT_TRUE(loja.fila) << recusas.texto();
+        const auto id = loja.achar(velha.xml());
+        if (substituida) loja.achar(nota("43", "9").xml(), velha.chave());
+        loja.andar();
+        EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kEntregue);
+        EXPECT_EQ(guardadoDe(loja.fila->mensagem(id), loja.fila->elemento(id)),
+                  guardada.substr(guardada.find("?>") + 2));
+        // It is sent once; its replacement once, which cancels it.
+        EXPECT_EQ(loja.sefaz.pedidos.size(), substituida ? 3U : 1U);
+        EXPECT_EQ(loja.sefaz.notas[velha.chave()].situacao, substituida ? "101" : "100");
+    }
 }
 
 // ---- one in the place of another ----

@@ -26,12 +26,14 @@ std::optional<NotaGuardada> guardadaDe(const Guarda &guarda, const Ficha &ficha)
 } // namespace
 
 bool Fluxo::preparar(const Ficha &ficha) {
-    if (parada(ficha) || semLugar(ficha) || faixaOcupada(ficha)) return false;
+    if (parada(ficha)) return false;
+    // Authorized once, it is no more taken back: whatever replaces it has it cancelled.
+    if (const auto guardada = guardadaDe(guarda_, ficha)) return retomar(ficha, *guardada);
+    if (semLugar(ficha) || faixaOcupada(ficha)) return false;
     if (ficha.tipo == Tipo::kConsulta && ficha.chave.empty()) {
         if (!responderDoGuardado(meios_.config, meios_.fila, ficha)) return false;
         return mudar(ficha, Estado::kEntregue, {.motivo = "respondida do que foi guardado"});
     }
-    if (const auto guardada = guardadaDe(guarda_, ficha)) return retomar(ficha, *guardada);
     bool esperar = false;
     const auto contexto = contextoDe(ficha, esperar);
     if (!contexto) return !esperar;
