@@ -46,8 +46,8 @@ inline std::string nomeDoCancelamento(std::string_view chave) {
         .append(kCancelamento);
 }
 
-inline constexpr int kLugarDoCupom =
-    1; // the byte of kTrava that the process which has the receipt locks
+// The byte of kTrava that the process which has the receipt locks.
+inline constexpr int kLugarDoCupom = 1;
 
 // What stands beside a file while it is replaced: the new one, and the second name of the old one.
 inline constexpr std::string_view kRascunho = ".novo";

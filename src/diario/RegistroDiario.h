@@ -14,9 +14,8 @@
 // which the journal last began anew, `sequence` counts from 1 since then. `place` is the checksum
 // of the data directory's inode, `inode` the journal's own: one that was copied or moved here has
 // others. Where inodes get other numbers at each mount it is the directory's path, and 0. `mode` is
-// 1 for a private file, plus 2 where a link is followed,
-// plus 4 for a piece that is written where the file stands. `moment`, `changed` (ctime) and
-// `written` (mtime) are nanoseconds since 1970.
+// 1 for a private file, plus 2 where a link is followed, plus 4 for a piece that is written where
+// the file stands. `moment`, `changed` (ctime) and `written` (mtime) are nanoseconds since 1970.
 //
 // After the last record stands a head alone, with "ZELC" and its stamps: the next record takes its
 // place and has them, too.

@@ -298,8 +298,6 @@ bool juntos(std::int64_t um, std::int64_t outro) {
     return std::abs(um - outro) <= kMinuto * kNanossegundos;
 }
 
-} // namespace
-
 // Everything but head and number: what a reissue has in common with what it replaces.
 std::string conteudoDe(std::string_view original) {
     Recusas ignoradas;
@@ -320,6 +318,8 @@ bool pareceSubstituir(Fila &fila, const Achado &nova, const Ficha &velha) {
     return !substituta(fila, velha) &&
            conteudoDe(fila.original(velha.id)) == conteudoDe(nova.original);
 }
+
+} // namespace
 
 // The till says which number a document replaces in a file that its next request overwrites: what
 // it said is kept until the document is found.

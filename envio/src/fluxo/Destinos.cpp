@@ -87,8 +87,7 @@ std::optional<std::string> duvidaDe(Fila &fila, const Ficha &ficha) {
     if (!nova || substituta(fila, ficha)) return {};
     return "a nota " + std::to_string(nova->numero) + " (" + chave +
            "), emitida sem conexão logo depois com o mesmo conteúdo, parece estar no lugar desta, "
-           "e "
-           "o caixa já não o diz. Se está, entregue " +
+           "e o caixa já não o diz. Se está, entregue " +
            nova->origem + " outra vez com: zel enviar ARQUIVO --substitui " + ficha.chave +
            "; se foi outra venda, venda esta de novo";
 }
