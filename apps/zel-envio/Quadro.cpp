@@ -101,10 +101,10 @@ void LeitorDoQuadro::contar(Momento agora) {
         contado_.esperando += contagem.quantos;
     }
     Procura deAlguem{.precisaDeAlguem = true, .maximo = kMaisLinhas + 1};
-    procurarParaAlguem(deAlguem, avisoHoras_, agora);
+    procurarParaAlguem(deAlguem, config_.avisoHoras, agora);
     contado_.precisam = fila_.procurar(deAlguem);
     for (Ficha &ficha : contado_.precisam)
-        if (const std::string prazo = prazoDito(fila_, ficha, agora); !prazo.empty())
+        if (const std::string prazo = prazoDito(fila_, ficha, config_, agora); !prazo.empty())
             ficha.motivo += (ficha.motivo.empty() ? "" : "; ") + prazo;
     contado_.lacunas = fila_.lacunas();
 }

@@ -34,14 +34,14 @@ inline constexpr int kPoucosDias = 30;         // of a certificate
 // that took, so that whoever asks often costs little. One thread's.
 class LeitorDoQuadro {
 public:
-    LeitorDoQuadro(Fila &fila, int avisoHoras) : fila_(fila), avisoHoras_(avisoHoras) {}
+    LeitorDoQuadro(Fila &fila, const ConfigFila &config) : fila_(fila), config_(config) {}
     Quadro ler(Momento agora, std::optional<int> diasDoCertificado);
 
 private:
     void contar(Momento agora);
 
     Fila &fila_;
-    int avisoHoras_;
+    ConfigFila config_;
     Quadro contado_;
     std::chrono::steady_clock::time_point vale_{}; // until then
 };

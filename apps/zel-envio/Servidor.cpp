@@ -129,9 +129,9 @@ void Servidor::Parar::operator()(MHD_Daemon *servidor) const {
     MHD_stop_daemon(servidor);
 }
 
-Servidor::Servidor(std::unique_ptr<Fila> fila, int avisoHoras, const Relogio &relogio,
+Servidor::Servidor(std::unique_ptr<Fila> fila, const ConfigFila &config, const Relogio &relogio,
                    const Relato &relato, std::function<std::optional<int>()> dias)
-    : fila_(std::move(fila)), leitor_(*fila_, avisoHoras), relogio_(relogio), relato_(relato),
+    : fila_(std::move(fila)), leitor_(*fila_, config), relogio_(relogio), relato_(relato),
       dias_(std::move(dias)) {}
 
 Servidor::~Servidor() = default;

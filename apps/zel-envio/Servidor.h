@@ -33,7 +33,7 @@ class Servidor {
 public:
     // What is named lives longer. `dias`: of the certificate, none where there is none. The queue
     // is this object's alone.
-    Servidor(std::unique_ptr<Fila> fila, int avisoHoras, const Relogio &relogio,
+    Servidor(std::unique_ptr<Fila> fila, const ConfigFila &config, const Relogio &relogio,
              const Relato &relato, std::function<std::optional<int>()> dias);
     ~Servidor();
     Servidor(const Servidor &) = delete;

@@ -128,8 +128,8 @@ std::unique_ptr<Servidor> abrirPagina(const Configuracao &config, const Relogio 
     Recusas recusas;
     auto fila = Fila::abrir(filaDe(config), recusas);
     if (!fila) return dizer(recusas.texto()), nullptr;
-    auto servidor = std::make_unique<Servidor>(std::move(fila), config.fila.avisoHoras, relogio,
-                                               relato, [&] { return validade.dias(); });
+    auto servidor = std::make_unique<Servidor>(std::move(fila), config.fila, relogio, relato,
+                                               [&] { return validade.dias(); });
     if (!servidor->comecar(config.portaDaPagina, recusas)) return dizer(recusas.texto()), nullptr;
     dizer("página em http://127.0.0.1:" + std::to_string(servidor->porta()) + "/");
     return servidor;
@@ -139,7 +139,7 @@ std::unique_ptr<Servidor> abrirPagina(const Configuracao &config, const Relogio 
 void vigiar(Fila &fila, const Configuracao &config, const Relogio &relogio, Oficina &oficina,
             Validade &validade, const sigset_t &sinais) {
     std::set<std::string> ditos;
-    LeitorDoQuadro leitor(fila, config.fila.avisoHoras);
+    LeitorDoQuadro leitor(fila, config.fila);
     int sinal = 0;
     do {
         if (sinal == SIGHUP) oficina.renovar(oficina.geracao());

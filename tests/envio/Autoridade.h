@@ -121,6 +121,7 @@ private:
         Livro &livro = enviadas_[chave];
         if (livro.mensagem.empty()) livro.mensagem = nfe;
         EXPECT_EQ(nfe, livro.mensagem) << "outros bytes da mesma nota";
+        if (ordem == "291") livro.mensagem.clear(); // signed anew, it is the same
         if (ordem == "103") {
             doRecibo_ = chave;
             notas[chave] =

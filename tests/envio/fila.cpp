@@ -287,7 +287,7 @@ TEST(Fila, lacunas_sao_os_numeros_que_ninguem_usou) {
         {"refused", Estado::kRecusado, 225, Desfecho::kRecusado, true},
         {"denied", Estado::kRecusado, 301, Desfecho::kDenegado, false},
         {"there with another key", Estado::kRecusado, 539, Desfecho::kOutraChave, false},
-        {"taken back", Estado::kRetirado, 0, Desfecho::kNenhum, true},
+        {"taken back", Estado::kRetirado, 0, Desfecho::kNenhum, false}, // sold, without a document
     };
     for (const auto &caso : kCasos) {
         ComFila loja;

@@ -105,8 +105,10 @@ Nota nota(const std::string &numero, const std::string &tpEmis = "1") {
     nota.tpAmb = "2";
     nota.nNF = numero;
     nota.tpEmis = tpEmis;
+    nota.dhEmi = momentoEscrito(ensaio::kAgora * kSegundo, "-03:00");
     if (tpEmis == "9")
-        nota.contingencia = "<dhCont>2025-06-30T12:00:00-03:00</dhCont>"
+        nota.contingencia = "<dhCont>" + nota.dhEmi +
+                            "</dhCont>"
                             "<xJust>Sem conexao com a internet</xJust>";
     return nota;
 }
@@ -287,6 +289,63 @@ TEST(Caminhos, o_que_ja_foi_cancelado_ou_denegado_e_perguntado_e_guardado) {
         loja.andar();
         EXPECT_EQ(loja.fila->ficha(pedido)->estado, caso.doCancelamento);
         EXPECT_EQ(loja.sefaz.quantos("envEvento"), 0U);
+    }
+}
+
+// A till with a history of before this queue: its notes are there, sent by somebody else.
+TEST(Caminhos, a_achada_tarde_e_perguntada_antes_de_ser_enviada) {
+    const struct {
+        const char *nome, *digest; // of what is there; null: nothing
+        std::size_t envios;
+        Desfecho desfecho;
+    } kCasos[] = {{"de outro programa", "outro", 0, Desfecho::kJaEsta},
+                  {"sem digVal", "", 0, Desfecho::kAutorizado},
+                  {"não está", nullptr, 1, Desfecho::kAutorizado}};
+    for (const auto &caso : kCasos) {
+        SCOPED_TRACE(caso.nome);
+        Loja loja;
+        loja.relogio.momento += 11 * kMinuto;
+        const std::string chave = nota("42").chave();
+        if (caso.digest != nullptr)
+            loja.sefaz.notas[chave] = {"", "143260000000001", caso.digest, "100", ""};
+        const auto id = loja.achar(nota("42").xml());
+        loja.andar();
+        const auto ficha = loja.fila->ficha(id);
+        EXPECT_EQ(ficha->estado, Estado::kEntregue) << ficha->motivo;
+        EXPECT_EQ(ficha->desfecho, caso.desfecho);
+        EXPECT_EQ(loja.sefaz.quantos("enviNFe"), caso.envios);
+        EXPECT_EQ(loja.sefaz.quantos("consSitNFe"), 1U);
+        EXPECT_NE(loja.retorno(chave).find("<DocProtocolo>14326"), std::string::npos);
+        const auto pedido = loja.achar(cancelamento(chave));
+        loja.andar();
+        EXPECT_EQ(loja.fila->ficha(pedido)->desfecho, Desfecho::kCancelado);
+    }
+}
+
+// What waited offline while the certificate ran out.
+TEST(Caminhos, a_recusada_pelo_certificado_de_antes_e_assinada_com_o_novo) {
+    for (const bool novoTambem : {false, true}) {
+        SCOPED_TRACE(novoTambem);
+        Loja loja;
+        const auto id = loja.achar(nota("42", "9").xml());
+        Fluxo(loja.meios()).assinar(id);
+        const std::string antes = loja.fila->mensagem(id);
+        loja.pasta.gravar("ensaio.p12",
+                          pkcs12DeEnsaio("Padaria Nova", "11222333000181",
+                                         std::string(ensaio::kSenha), ensaio::kAgora));
+        Recusas recusas;
+        loja.oficina->acompanhar(recusas);
+        loja.sefaz.ordens = {"291"};
+        if (novoTambem) loja.sefaz.ordens.emplace_back("291");
+        loja.andar(3);
+        EXPECT_EQ(loja.fila->ficha(id)->estado, novoTambem ? Estado::kAssinado : Estado::kEntregue);
+        EXPECT_EQ(loja.fila->anotado(kAnotacaoParada).empty(), !novoTambem);
+        const std::string depois = loja.fila->mensagem(id);
+        EXPECT_NE(depois, antes);
+        const auto digest = [](const std::string &xml) {
+            return xml.substr(xml.find("<DigestValue>"), 42);
+        };
+        EXPECT_EQ(digest(depois), digest(antes));
     }
 }
 
@@ -757,6 +816,20 @@ TEST(Achados, uma_consulta_repetida_e_perguntada_de_novo) {
     EXPECT_EQ(loja.sefaz.quantos("consSitNFe"), 4U);
 }
 
+TEST(Achados, o_que_e_de_antes_do_primeiro_dia_nao_e_tomado) {
+    Loja loja;
+    Nota antiga = nota("41", "9");
+    antiga.dhEmi = "2025-06-30T23:59:59-03:00";
+    const Nota nova = nota("42", "9");
+    loja.config.caixas[0].desde = nova.dhEmi.substr(0, 10);
+    for (const Nota &esta : {antiga, nova})
+        loja.pasta.gravar("caixa/" + esta.chave() + ".ctg", esta.xml());
+    Caixa caixa(loja.config.caixas[0]);
+    Recusas recusas;
+    EXPECT_EQ(caixa.varrer(*loja.fila, loja.relogio.agora(), recusas), 1) << recusas.texto();
+    EXPECT_EQ(loja.fila->procurar({}).front().numero, 42);
+}
+
 TEST(Achados, o_que_nao_pode_ser_lido_e_dito_e_olhado_de_novo) {
     Loja loja;
     Caixa caixa(loja.config.caixas[0]);
@@ -870,7 +943,8 @@ TEST(Transmissoes, quem_acha_a_linha_caida_nao_espera_por_ela) {
 }
 
 TEST(Transmissoes, um_servico_parado_e_perguntado_cada_vez_menos) {
-    for (const char *codigo : {"108", "656"}) {
+    // Who was asked too often is not asked any more, and what is sent shows how it is.
+    for (const auto &[codigo, maximo] : {std::pair("108", 35U), std::pair("656", 1U)}) {
         SCOPED_TRACE(codigo);
         Loja loja;
         loja.sefaz.ordens.assign(1000, codigo);
@@ -878,7 +952,7 @@ TEST(Transmissoes, um_servico_parado_e_perguntado_cada_vez_menos) {
         loja.achar(nota("42").xml());
         for (const Momento fim = loja.relogio.momento + kHora; loja.relogio.momento < fim;)
             loja.andar(1);
-        EXPECT_LE(loja.sefaz.quantos("consStatServ"), 35U);
+        EXPECT_LE(loja.sefaz.quantos("consStatServ"), maximo);
     }
 }
 
@@ -898,7 +972,9 @@ TEST(Transmissoes, uma_linha_calada_e_sondada_sem_que_ninguem_espere) {
     EXPECT_EQ(sondar(kMinuto), 0U);
     EXPECT_EQ(sondar(8 * kHora), 1U);
     EXPECT_EQ(sondar(kMinuto), 1U);
-    EXPECT_EQ(transmitirNota(loja, nota("43")).espera, Espera::kNaoEnviado);
+    Nota daManha = nota("43");
+    daManha.dhEmi = momentoEscrito(loja.relogio.momento, daManha.dhEmi);
+    EXPECT_EQ(transmitirNota(loja, daManha).espera, Espera::kNaoEnviado);
     EXPECT_EQ(loja.sefaz.quantos("enviNFe"), 1U);
     loja.linha.falhou("43/2", loja.relogio.agora(), "caiu");
     EXPECT_EQ(sondar(6 * kMinuto), 3U);

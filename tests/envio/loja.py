@@ -129,12 +129,16 @@ class Loja:
         self.pasta = Path(pasta or tempfile.mkdtemp(prefix="zel-loja."))
         self.apagar, self.diario = pasta is None, self.pasta / "servico.log"
         self.ajustes, self.porta, self.servico, self.autoridade = ajustes, 0, None, None
-        self.abrir_autoridade()
         self.caixas = []
         self.fila = Path(fila or self.pasta / "fila")
-        self.config = self.escrever_config(caixas, "zel-envio.toml", self.porta)
-        for i in range(1 if so_o_primeiro else caixas):
-            self.abrir_caixa(i).configurar(str(self.pasta / f"caixa{i}" / "copias") + "/", i + 1, 0)
+        try:
+            self.abrir_autoridade()
+            self.config = self.escrever_config(caixas, "zel-envio.toml", self.porta)
+            for i in range(1 if so_o_primeiro else caixas):
+                self.abrir_caixa(i).configurar(str(self.pasta / f"caixa{i}" / "copias") + "/", i + 1, 0)
+        except BaseException:
+            self.fechar()  # whoever could not have it leaves nobody behind
+            raise
 
     # ---- the processes
 
@@ -207,8 +211,9 @@ class Loja:
             return codigo
 
     def matar_autoridade(self):
-        self.autoridade.kill()
-        self.autoridade.wait()
+        if self.autoridade:
+            self.autoridade.kill()
+            self.autoridade.wait()
 
     def comandar(self, *linhas):
         autoridade.comandar(self.pasta / "sefaz", linhas)

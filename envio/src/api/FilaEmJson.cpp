@@ -105,7 +105,7 @@ std::string_view nomeDe(Tipo tipo) {
     return kTipos.at(static_cast<std::size_t>(tipo));
 }
 
-Json fichaEmJson(Fila &fila, const Ficha &ficha, Momento agora) {
+Json fichaEmJson(Fila &fila, const Ficha &ficha, const ConfigFila &config, Momento agora) {
     Json json{{"id", ficha.id},
               {"tipo", nomeDe(ficha.tipo)},
               {"estado", nomeDe(ficha.estado)},
@@ -121,7 +121,7 @@ Json fichaEmJson(Fila &fila, const Ficha &ficha, Momento agora) {
               {"remedio", encerra(ficha.tipo, ficha.desfecho) || ficha.cStat == 0
                               ? ""
                               : linhaDe(ficha.cStat).remedio},
-              {"prazo", prazoDito(fila, ficha, agora)}};
+              {"prazo", prazoDito(fila, ficha, config, agora)}};
     for (const auto &[nome, membro] : kTextos)
         json[nome] = ficha.*membro;
     for (const auto &[nome, membro] : kInteiros)
@@ -162,7 +162,7 @@ Json estadoDaFila(const Configuracao &config, Fila &fila, const Certificado *cer
     procurarParaAlguem(deAlguem, config.fila.avisoHoras, agora);
     json["alguem"] = Json::array();
     for (const Ficha &ficha : fila.procurar(deAlguem))
-        json["alguem"].push_back(fichaEmJson(fila, ficha, agora));
+        json["alguem"].push_back(fichaEmJson(fila, ficha, config.fila, agora));
     return json;
 }
 

@@ -20,7 +20,7 @@ using Json = nlohmann::ordered_json;
 // "nfce", "cancelamento"...; empty for none.
 std::string_view nomeDe(Tipo tipo);
 
-Json fichaEmJson(Fila &fila, const Ficha &ficha, Momento agora);
+Json fichaEmJson(Fila &fila, const Ficha &ficha, const ConfigFila &config, Momento agora);
 Json passosEmJson(Fila &fila, std::int64_t id);
 Json servicoEmJson(const ServicoVisto &visto);
 

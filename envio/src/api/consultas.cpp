@@ -153,7 +153,7 @@ int zel_envio_procurar(zel_envio *envio, const char *criterios, char **json, siz
         procurarParaAlguem(pedido.procura, config.fila.avisoHoras, agora);
         Json linhas = Json::array();
         for (const Ficha &ficha : fila.procurar(pedido.procura)) {
-            linhas.push_back(fichaEmJson(fila, ficha, agora));
+            linhas.push_back(fichaEmJson(fila, ficha, config.fila, agora));
             if (pedido.passos) linhas.back()["passos"] = passosEmJson(fila, ficha.id);
         }
         return dar(fila, linhas, recusas, json, tamanho);

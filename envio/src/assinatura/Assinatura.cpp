@@ -70,11 +70,9 @@ bool assinarUm(const No &elemento, const Certificado &certificado, Recusas &recu
     // In lines as xmlsec writes it; the authority takes none.
     No valor = assinatura.filho("SignatureValue");
     valor.definirTexto(semBrancos(valor.texto()));
-    const std::string der = derDe(certificado.x509());
     assinatura.acrescentar("KeyInfo")
         .acrescentar("X509Data")
-        .acrescentar("X509Certificate",
-                     base64De(reinterpret_cast<const unsigned char *>(der.data()), der.size()));
+        .acrescentar("X509Certificate", certificado.emBase64());
     return true;
 }
 

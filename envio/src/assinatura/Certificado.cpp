@@ -181,6 +181,11 @@ std::vector<X509 *> Certificado::emissores() const {
     return caminho;
 }
 
+std::string Certificado::emBase64() const {
+    const std::string der = derDe(x509());
+    return base64De(reinterpret_cast<const unsigned char *>(der.data()), der.size());
+}
+
 std::string Certificado::nome() const {
     const X509_NAME *titular = X509_get_subject_name(x509());
     const int lugar = X509_NAME_get_index_by_NID(titular, NID_commonName, -1);

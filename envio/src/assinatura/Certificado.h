@@ -39,6 +39,7 @@ public:
     // Those that lead from it towards a root, without the root, as far as the PKCS#12 file or the
     // configured chain has them: what goes along in a TLS handshake.
     std::vector<X509 *> emissores() const;
+    std::string emBase64() const;  // its DER, as a signature has it (X509Certificate)
     std::string nome() const;      // common name
     std::string cnpj() const;      // 14 digits, otherName 2.16.76.1.3.3; empty when it has none
     std::string validoAte() const; // "AAAA-MM-DD"

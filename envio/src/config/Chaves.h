@@ -172,7 +172,9 @@ inline constexpr std::array<Chave<ConfigRede>, 2> kRede{{
     {"autoridades", &ConfigRede::autoridades, kCaminho, Especie::kCaminho},
 }};
 
-inline constexpr std::array<Chave<ConfigFila>, 4> kFila{{
+inline constexpr Regra kTempo{
+    [](std::string_view v) { return digitos<1, 4>(v) && v.front() != '0'; }, "é de 1 a 9999"};
+inline constexpr std::array<Chave<ConfigFila>, 6> kFila{{
     {"diretorio", &ConfigFila::diretorio, kCaminho, Especie::kCaminho},
     {"guardados", &ConfigFila::guardados, kCaminho, Especie::kCaminho},
     {"por_minuto",
@@ -181,14 +183,17 @@ inline constexpr std::array<Chave<ConfigFila>, 4> kFila{{
     {"aviso_horas",
      &ConfigFila::avisoHoras,
      {[](std::string_view v) { return digitos<1, 3>(v) && v != "0"; }, "é de 1 a 999 horas"}},
+    {"contingencia_horas", &ConfigFila::contingenciaHoras, kTempo},
+    {"cancelamento_minutos", &ConfigFila::cancelamentoMinutos, kTempo},
 }};
 
 // The first one must be there.
-inline constexpr std::array<Chave<ConfigCaixa>, 4> kCaixas{{
+inline constexpr std::array<Chave<ConfigCaixa>, 5> kCaixas{{
     {"diretorio", &ConfigCaixa::diretorio, kCaminho, Especie::kCaminho},
     {"copias", &ConfigCaixa::copias, kCaminho, Especie::kCaminho},
     {"contingencia", &ConfigCaixa::contingencia, kCaminho, Especie::kCaminho},
     {"retornos", &ConfigCaixa::retornos, kCaminho, Especie::kCaminho},
+    {"desde", &ConfigCaixa::desde, {ehData, "é um dia, \"AAAA-MM-DD\""}},
 }};
 
 inline constexpr std::array<Chave<Configuracao>, 1> kPagina{{

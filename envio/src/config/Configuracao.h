@@ -107,6 +107,7 @@ struct ConfigCaixa {
     std::string copias;       // history copies (CONFIGURACAO\PathXMLEnvio); empty: it keeps none
     std::string contingencia; // .ctg and .ctgCanc; empty: the directory itself
     std::string retornos;     // where answers are written; empty: `retornos/` in the directory
+    std::string desde; // "AAAA-MM-DD": what is of a day before was another's to send; empty: none
 };
 
 struct ConfigFila {
@@ -114,6 +115,9 @@ struct ConfigFila {
     std::string guardados; // what is kept by law; empty: `guardados/` beside it
     int porMinuto = 0;     // messages that the authority allows; 0: any number
     int avisoHoras = 4;    // undelivered for so long, a document needs somebody
+    // What the state allows: of an offline document until it is delivered, of a note until it is
+    // cancelled. It is said, and holds nothing back.
+    int contingenciaHoras = 24, cancelamentoMinutos = 30;
 };
 
 struct Configuracao {

@@ -19,7 +19,7 @@ struct Linha {
 };
 constexpr Linha kRetorno[] = {
     {"SitCodigo", "cStat"},    {"SitDescricao", "xMotivo"}, {"DocChaAcesso", "chNFe"},
-    {"DocProtocolo", "nProt"}, {"DocDhAut", "dhRecbto"},    {"DocDigestValue", "digVal"},
+    {"DocProtocolo", "nProt"}, {"DocDhAut", "dhRecbto"},
 };
 
 // Characters that ISO-8859-1 lacks become their plain neighbours, or a question mark: the paper
@@ -72,6 +72,11 @@ Documento paraLer(const No &nfe) {
     return documento;
 }
 
+std::string digestDe(const No &nfe) {
+    return nfe.texto("Signature/SignedInfo/Reference/DigestValue");
+}
+
+// Some authorities leave digVal out: the key alone says then whose answer it is.
 bool conferirResposta(const No &nfe, const No &infProt, Recusas &recusas) {
     const std::string id = nfe.filho("infNFe").atributo("Id");
     const std::string chave = infProt.texto("chNFe");
@@ -83,9 +88,9 @@ bool conferirResposta(const No &nfe, const No &infProt, Recusas &recusas) {
         return recusas.juntar("infProt/cStat", cStat,
                               "a autoridade não autorizou o documento: " +
                                   infProt.texto("xMotivo"));
-    const std::string digest = nfe.texto("Signature/SignedInfo/Reference/DigestValue");
-    if (!digest.empty() && infProt.texto("digVal") != digest)
-        return recusas.juntar("infProt/digVal", infProt.texto("digVal"),
+    const std::string digest = digestDe(nfe), dito = infProt.texto("digVal");
+    if (!digest.empty() && !dito.empty() && dito != digest)
+        return recusas.juntar("infProt/digVal", dito,
                               "a resposta é de outro conteúdo com a mesma chave");
     return true;
 }
@@ -117,6 +122,8 @@ std::optional<ParaImprimir> prepararImpressao(const No &nfe, const Documento *re
         if (!conferirResposta(nfe, infProt, recusas)) return {};
         for (const auto &[nome, caminho] : kRetorno)
             retorno.raiz().acrescentar(nome, infProt.texto(caminho));
+        const std::string digest = infProt.texto("digVal");
+        retorno.raiz().acrescentar("DocDigestValue", digest.empty() ? digestDe(nfe) : digest);
         retorno.raiz().acrescentar("DocXMLBase64", comum::base64(processo(nfe, protNFe)));
     }
     retorno.raiz().acrescentar("LinkXML", qrCode);

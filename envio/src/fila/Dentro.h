@@ -56,6 +56,7 @@ static_assert(static_cast<int>(Tipo::kNfce) == 1 && static_cast<int>(Tipo::kCanc
 static_assert(static_cast<int>(Desfecho::kAutorizado) == 1 &&
               static_cast<int>(Desfecho::kOutraChave) == 6 &&
               static_cast<int>(Desfecho::kDenegado) == 9 &&
+              static_cast<int>(Desfecho::kCertificado) == 14 &&
               static_cast<int>(Desfecho::kRecusado) == 15);
 
 inline std::string_view nomeDoEstado(Estado estado) {

@@ -19,7 +19,7 @@ enum class Estado {
     kRespondido, // the authority's answer is in the queue
     kEntregue,   // kept as the law asks, and the return is written for the till: the end
     // The translation or the authority refuses it, and a person has to look: the end, unless it was
-    // never signed and is sent again.
+    // never signed, or its certificate was exchanged since, and is sent again.
     kRecusado,
     // Its till took it back before a byte went out, or another replaces it: the end, unless the
     // till sends it again after all, or the authority turns out to have it.
@@ -68,7 +68,8 @@ inline constexpr std::array<Passagem, 23> kPassagens{{
     {Estado::kPerguntar, Estado::kRetirado}, // asked, unknown, and another replaces it
     {Estado::kRespondido, Estado::kEntregue},
     {Estado::kRespondido, Estado::kRecusado},
-    {Estado::kRecusado, Estado::kAchado}, // never signed, and its till sends it again
+    // Never signed, and its till sends it again; or its signature alone was refused.
+    {Estado::kRecusado, Estado::kAchado},
     {Estado::kRetirado, Estado::kAchado}, // sent again by its till: unsigned, or the signed bytes
     {Estado::kRetirado, Estado::kAssinado},
     {Estado::kRetirado, Estado::kPerguntar}, // the authority names it

@@ -63,7 +63,7 @@ bool atualizarConteudo(Banco &banco, std::int64_t id, const Mudanca &mudanca) {
     };
     const Resposta *r = mudanca.resposta ? &*mudanca.resposta : nullptr;
     return (!mudanca.mensagem ||
-            por("UPDATE conteudo SET mensagem = ? WHERE id = ?", *mudanca.mensagem)) &&
+            por("UPDATE conteudo SET mensagem = nullif(?, x'') WHERE id = ?", *mudanca.mensagem)) &&
            (r == nullptr || r->elemento.empty() ||
             por("UPDATE conteudo SET elemento = ? WHERE id = ?", r->elemento)) &&
            (r == nullptr || r->evento.empty() ||

@@ -65,7 +65,9 @@ struct Ficha : Achado { // `original` is empty here
 
 // What a change writes beside the state; what is not set stays.
 struct Mudanca {
-    std::optional<std::string> mensagem{}; // the signed bytes: written once, and never again
+    // The signed bytes: written once, and never again; empty takes those back that the authority
+    // refused for the certificate that signed them.
+    std::optional<std::string> mensagem{};
     std::optional<std::string> chave{}, dhEmi{};
     std::optional<Resposta> resposta{};
     std::optional<std::string> motivo{}, recibo{};
@@ -106,7 +108,8 @@ struct ServicoVisto {
 // Numbers that stand between used ones of a series without being used themselves. A number is used
 // by a document or an inutilization that is on its way or delivered, and by one that the authority
 // refused because the number is gone (denied, there with another key, inutilized). One that was
-// refused or taken back and that nothing replaced is not.
+// refused, or replaced under another number, is not; of one that its till took back and did not
+// issue again a person decides first.
 struct Lacuna {
     std::string cnpj;
     int tpAmb = 0, serie = 0;

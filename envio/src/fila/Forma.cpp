@@ -19,7 +19,8 @@ constexpr std::int64_t kMarca = 0x5A454C46; // "ZELF", application_id
 // Each raises the file by one form. What has been released stays as it is: a change is a row more.
 // States are written by name; tipo and desfecho by the numbers of their enumerations. `proximo` is
 // NULL in the states that are an end.
-constexpr std::array<const char *, 1> kFormas{R"sql(
+constexpr std::array<const char *, 2> kFormas{
+    R"sql(
 CREATE TABLE documento (
     id INTEGER PRIMARY KEY,
     identidade BLOB NOT NULL, -- SHA-256 of the original
@@ -106,6 +107,15 @@ CREATE TABLE servico (
     PRIMARY KEY (servico, cUF, tpAmb)
 ) STRICT, WITHOUT ROWID;
 CREATE TABLE anotacao (nome TEXT PRIMARY KEY, texto TEXT NOT NULL) STRICT, WITHOUT ROWID;
+)sql",
+    // What the authority refused for the certificate (14) is signed anew.
+    R"sql(
+DROP TRIGGER conteudo_mensagem;
+CREATE TRIGGER conteudo_mensagem BEFORE UPDATE OF mensagem ON conteudo
+    WHEN OLD.mensagem IS NOT NULL AND NEW.mensagem IS NOT OLD.mensagem
+    AND NOT (NEW.mensagem IS NULL AND EXISTS (SELECT 1 FROM documento d WHERE d.id = OLD.id
+        AND d.estado = 'achado' AND d.desfecho = 14))
+    BEGIN SELECT RAISE(ABORT, 'a mensagem já foi assinada e não muda'); END;
 )sql"};
 
 std::string prepararDiretorio(const std::string &diretorio) {
@@ -225,11 +235,12 @@ std::unique_ptr<Banco> abrirBanco(const std::string &diretorio, Recusas &recusas
     if (!banco->aberto()) return recusar(arquivo, banco->motivo());
     if (const std::string motivo = conferirMarca(*banco); !motivo.empty())
         return recusar(arquivo, motivo);
-    const bool nova = versaoDe(*banco) != std::ssize(kFormas);
-    if (!nova && !conferirTabelas(*banco))
+    const std::int64_t versao = versaoDe(*banco);
+    if (versao > 0 && !conferirTabelas(*banco))
         return recusar(arquivo, "não tem as tabelas de uma fila: restaure-o da cópia de segurança, "
                                 "ou aponte outra pasta");
-    if (!ligar(*banco) || (nova && !elevar(*banco))) return recusar(arquivo, banco->motivo());
+    if (!ligar(*banco) || (versao != std::ssize(kFormas) && !elevar(*banco)))
+        return recusar(arquivo, banco->motivo());
     comum::insistir([&] { return ::fsync(pasta.fd()); });
     banco->motivo().clear();
     return banco;

@@ -114,7 +114,11 @@ std::string sqlDosUsados() {
     return "SELECT cnpj, tpAmb, serie, numero, ultimo FROM documento WHERE tipo IN (1, 3) "
            "AND numero > 0 AND cnpj <> '' AND (estado NOT IN ('recusado', 'retirado') "
            "OR (tipo = 1 AND estado = 'recusado' AND desfecho IN (" +
-           gastos + "))) ORDER BY cnpj, tpAmb, serie, numero";
+           gastos +
+           ")) OR (tipo = 1 AND estado = 'retirado' AND NOT EXISTS (SELECT 1 FROM documento n "
+           "INDEXED BY documento_substitui WHERE n.substitui <> '' AND n.substitui = "
+           "documento.chave "
+           "AND n.tipo = 1 AND n.estado <> 'retirado'))) ORDER BY cnpj, tpAmb, serie, numero";
 }
 
 // Conditions and what stands in their places.

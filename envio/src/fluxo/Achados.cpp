@@ -159,6 +159,13 @@ std::int64_t nanossegundos(const timespec &momento) {
     return momento.tv_sec * 1000000000LL + momento.tv_nsec;
 }
 
+// "AAAA-MM-DD"; of what does not say it, the one on which its file was written.
+std::string diaDe(const Achado &achado, std::int64_t escrito) {
+    constexpr std::size_t kDia = 10;
+    return (achado.dhEmi.empty() ? momentoEscrito(escrito / kNanossegundos, {}) : achado.dhEmi)
+        .substr(0, kDia);
+}
+
 std::string marcaDe(const struct stat &estado) {
     return std::to_string(nanossegundos(estado.st_mtim)) + "/" + std::to_string(estado.st_size);
 }
@@ -258,6 +265,7 @@ bool Caixa::pegar(Fila &fila, const Visto &visto, Momento agora, Recusas &recusa
     // A consultation holds nothing that tells one from the next: its copies are what counts.
     if (achado && achado->tipo == Tipo::kConsulta && visto.unico && !config_.copias.empty())
         achado.reset();
+    if (achado && diaDe(*achado, visto.mudado) < config_.desde) achado.reset();
     Fila::Transacao transacao(fila);
     if (achado) {
         achado->caixa = config_.diretorio;

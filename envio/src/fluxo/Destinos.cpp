@@ -2,6 +2,7 @@
 #include "fluxo/Destinos.h"
 
 #include "base/Xml.h"
+#include "fluxo/Prazos.h"
 
 #include <algorithm>
 #include <array>
@@ -22,7 +23,7 @@ struct Destino {
 constexpr Destino kDestinos[] = {
     {Tipo::kNfce,
      Servico::kAutorizacao,
-     {Desfecho::kAutorizado, Desfecho::kCancelado},
+     {Desfecho::kAutorizado, Desfecho::kCancelado, Desfecho::kJaEsta},
      {Desfecho::kAutorizado, Desfecho::kCancelado, Desfecho::kDenegado}},
     {Tipo::kCancelamento,
      Servico::kRecepcaoEvento,
@@ -120,11 +121,33 @@ bool guardaSe(const Ficha &ficha) {
     return tem(destinoDe(ficha.tipo).guardados, ficha.desfecho);
 }
 
-bool jaSaiu(Fila &fila, const Ficha &ficha) {
+namespace {
+
+template <class Qual>
+bool algumPasso(Fila &fila, const Ficha &ficha, Qual qual) {
     const auto passos = fila.passos(ficha.id);
-    return std::any_of(passos.begin(), passos.end(), [](const PassoDado &passo) {
+    return std::any_of(passos.begin(), passos.end(), qual);
+}
+
+} // namespace
+
+bool jaSaiu(Fila &fila, const Ficha &ficha) {
+    return algumPasso(fila, ficha, [](const PassoDado &passo) {
         return passo.de == Estado::kEnviado && passo.para == Estado::kPerguntar;
     });
+}
+
+bool nuncaSaiu(Fila &fila, const Ficha &ficha) {
+    return !algumPasso(fila, ficha,
+                       [](const PassoDado &passo) { return passo.para == Estado::kEnviado; });
+}
+
+bool podeJaEstar(Fila &fila, const Ficha &ficha, const ConfigFila &config) {
+    if (ficha.tipo != Tipo::kNfce || ficha.tpEmis != 1) return false;
+    const auto prazo = prazoDe(fila, ficha, config);
+    return prazo && *prazo < ficha.achado && nuncaSaiu(fila, ficha) &&
+           !algumPasso(fila, ficha,
+                       [](const PassoDado &passo) { return passo.para == Estado::kPerguntar; });
 }
 
 std::optional<Ficha> substituta(Fila &fila, const Ficha &ficha) {

@@ -45,6 +45,11 @@ bool guardaSe(const Ficha &ficha);
 
 // Whether it went out before without an answer: what the authority does not have yet may arrive.
 bool jaSaiu(Fila &fila, const Ficha &ficha);
+// Whether nothing of it was ever sent from here.
+bool nuncaSaiu(Fila &fila, const Ficha &ficha);
+// Whether an NFC-e was found after its time, as on a till that somebody else sent for before, and
+// was never asked for: it may be there.
+bool podeJaEstar(Fila &fila, const Ficha &ficha, const ConfigFila &config);
 // The document that was issued in the place of this one: it says so, or has its number offline.
 std::optional<Ficha> substituta(Fila &fila, const Ficha &ficha);
 // Whether it is authorized by now, and all is done.

@@ -97,6 +97,7 @@ private:
     bool naoEnviado(const Ficha &ficha, const Retorno &retorno);
     bool voltar(const Ficha &ficha, Momento quando, const std::string &motivo);
     bool perguntarDepois(const Ficha &ficha, Momento pausa, const std::string &motivo);
+    bool certificadoRecusado(const Ficha &ficha, const Resposta &resposta);
     bool respondido(const Ficha &ficha, const Resposta &resposta);
     bool mesmoConteudo(const Ficha &ficha, const Resposta &resposta);
     bool perguntado(const Ficha &ficha, Resposta resposta);

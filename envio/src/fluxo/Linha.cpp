@@ -66,6 +66,17 @@ void Linha::falhou(const std::string &qual, Momento agora, const std::string &mo
     esta.motivo = motivo;
 }
 
+void Linha::naoPerguntar(const std::string &qual, Momento quando) {
+    const std::lock_guard trava(porta_);
+    semPerguntas_[qual] = quando;
+}
+
+bool Linha::podePerguntar(const std::string &qual, Momento agora) const {
+    const std::lock_guard trava(porta_);
+    const auto ate = semPerguntas_.find(qual);
+    return ate == semPerguntas_.end() || !cedoDemais(ate->second, agora);
+}
+
 bool Linha::calada(const std::string &qual, Momento agora) {
     const std::lock_guard trava(porta_);
     const Momento silencio = situacoes_.contains(qual) ? kSilencioCaida : kSilencio;

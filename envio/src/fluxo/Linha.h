@@ -32,6 +32,10 @@ public:
     // five minutes while it is down. Who is told so asks now.
     bool calada(const std::string &qual, Momento agora);
 
+    // It answers, and does not want to be asked how it is before `quando`: what is sent shows it.
+    void naoPerguntar(const std::string &qual, Momento quando);
+    bool podePerguntar(const std::string &qual, Momento agora) const;
+
     // Takes a turn: 0, or when the next one is free.
     Momento vez(Momento agora);
 
@@ -39,6 +43,7 @@ private:
     mutable std::mutex porta_;
     std::map<std::string, Situacao> situacoes_;
     std::map<std::string, Momento> ouvidas_;
+    std::map<std::string, Momento> semPerguntas_; // until when
     int porMinuto_;
     Momento livre_ = 0; // when the next turn is due
 };

@@ -17,8 +17,10 @@ enum class Qual { kOnline, kOffline, kCancelamento, kSubstituicao };
 
 struct Prazo {
     Qual qual;
-    Momento quanto;
+    Momento unidade;
+    int quanto;
     std::string_view depois; // what the authority makes of what comes later
+    int ConfigFila::*dito;   // where states differ: instead of `quanto`
 };
 
 // Sources: Manual de Orientação do Contribuinte 7.0, Anexo I, on 704 (five minutes, and five of
@@ -26,12 +28,14 @@ struct Prazo {
 // that follows; many states say 24 hours) and cancellation (30 minutes in most states, 501); Nota
 // Técnica 2018.004, on 110112 (168 hours).
 constexpr Prazo kPrazos[] = {
-    {Qual::kOnline, 10 * kMinuto, "a SEFAZ recusa (704): emita de novo"},
-    {Qual::kOffline, 24 * kHora,
+    {Qual::kOnline, kMinuto, 10, "a SEFAZ recusa (704): emita de novo", nullptr},
+    {Qual::kOffline, kHora, 0,
      "vai assim mesmo, e é autorizada fora do prazo (150) ou recusada "
-     "(704), como o estado tem"},
-    {Qual::kCancelamento, 30 * kMinuto, "a maioria dos estados recusa (501)"},
-    {Qual::kSubstituicao, 168 * kHora, "a SEFAZ recusa (501)"},
+     "(704), como o estado tem",
+     &ConfigFila::contingenciaHoras},
+    {Qual::kCancelamento, kMinuto, 0, "a maioria dos estados recusa (501)",
+     &ConfigFila::cancelamentoMinutos},
+    {Qual::kSubstituicao, kHora, 168, "a SEFAZ recusa (501)", nullptr},
 };
 
 const Prazo *prazoDo(const Ficha &ficha) {
@@ -45,7 +49,7 @@ const Prazo *prazoDo(const Ficha &ficha) {
 
 } // namespace
 
-std::optional<Momento> prazoDe(Fila &fila, const Ficha &ficha) {
+std::optional<Momento> prazoDe(Fila &fila, const Ficha &ficha, const ConfigFila &config) {
     const Prazo *prazo = prazoDo(ficha);
     if (prazo == nullptr || acabou(ficha.estado)) return {};
     std::string desde = ficha.dhEmi;
@@ -55,11 +59,12 @@ std::optional<Momento> prazoDe(Fila &fila, const Ficha &ficha) {
     }
     const auto segundos = segundosDoMomento(desde);
     if (!segundos) return {};
-    return *segundos * kSegundo + prazo->quanto;
+    const int quanto = prazo->dito == nullptr ? prazo->quanto : config.*prazo->dito;
+    return *segundos * kSegundo + quanto * prazo->unidade;
 }
 
-std::string prazoDito(Fila &fila, const Ficha &ficha, Momento agora) {
-    const auto prazo = prazoDe(fila, ficha);
+std::string prazoDito(Fila &fila, const Ficha &ficha, const ConfigFila &config, Momento agora) {
+    const auto prazo = prazoDe(fila, ficha, config);
     if (!prazo) return {};
     const std::string quando = momentoEscrito(*prazo, ficha.dhEmi);
     return agora <= *prazo

@@ -172,7 +172,7 @@ bool Fluxo::protocoloDe(const Ficha &ficha, ContextoPedido &contexto, bool &espe
         dita.evento = meios_.fila.evento(nota->id);
         return esperar = !jaCancelada(ficha, dita), false;
     }
-    if (nota && nota->desfecho != Desfecho::kAutorizado) {
+    if (nota && nota->desfecho != Desfecho::kAutorizado && nota->desfecho != Desfecho::kJaEsta) {
         recusar(ficha, "a nota " + std::to_string(nota->numero) +
                            " não foi autorizada: não há o que cancelar");
         return false;

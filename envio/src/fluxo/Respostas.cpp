@@ -14,7 +14,8 @@ namespace zel::envio {
 namespace {
 
 constexpr int kReciboDesconhecido = 106, kNaoCatalogado = 999;
-constexpr int kOutraEmpresa = 213; // than the one whose certificate signed
+constexpr int kAssinaturaDe = 290, kAssinaturaAte = 296; // of the certificate that signed
+constexpr int kOutraEmpresa = 213;                       // than the one whose certificate signed
 // What the answer to a question tells of a note; any other is about the question alone.
 constexpr std::array kDizDaNota{Desfecho::kAutorizado, Desfecho::kCancelado, Desfecho::kDenegado,
                                 Desfecho::kOutraChave, Desfecho::kJaInutilizado};
@@ -64,10 +65,31 @@ bool Fluxo::responder(const Ficha &ficha, Resposta resposta) {
     case Desfecho::kCertificado:
         if (resposta.cStat == kOutraEmpresa && titularDe(ficha) == Titular::kAlheio)
             return respondido(ficha, resposta);
-        return parar(ficha, resposta.xMotivo);
+        return certificadoRecusado(ficha, resposta);
     default:
         return respondido(ficha, resposta);
     }
+}
+
+// Waited so long that the certificate was exchanged meanwhile: not the new one is refused, and the
+// authority, which has nothing of the document, gets the same content signed with that.
+bool Fluxo::certificadoRecusado(const Ficha &ficha, const Resposta &resposta) {
+    Recusas recusas;
+    const auto agora = meios_.oficina.certificado(recusas);
+    const std::string assinada = meios_.fila.mensagem(ficha.id);
+    const bool outro = agora && assinada.find("<X509Certificate>") != assinada.npos &&
+                       assinada.find('>' + agora->emBase64() + '<') == assinada.npos;
+    if (!outro || resposta.cStat < kAssinaturaDe || resposta.cStat > kAssinaturaAte)
+        return parar(ficha, resposta.xMotivo);
+    const auto mudar = [&](Estado de, Estado para, const Mudanca &mudanca) {
+        return meios_.fila.mudar(ficha.id, de, para, mudanca, meios_.relogio.agora(), descartadas_);
+    };
+    Fila::Transacao transacao(meios_.fila);
+    return mudar(ficha.estado, Estado::kRespondido, {.resposta = resposta}) &&
+           mudar(Estado::kRespondido, Estado::kRecusado, {}) &&
+           mudar(Estado::kRecusado, Estado::kAchado,
+                 {.mensagem = "", .motivo = "", .recibo = "", .tentativas = 0, .proximo = 0}) &&
+           transacao.confirmar(descartadas_);
 }
 
 bool Fluxo::respondido(const Ficha &ficha, const Resposta &resposta) {
@@ -76,8 +98,13 @@ bool Fluxo::respondido(const Ficha &ficha, const Resposta &resposta) {
     Ficha sua = ficha;
     sua.desfecho = dita.desfecho;
     if (ficha.tipo == Tipo::kNfce && guardaSe(sua) && !mesmoConteudo(ficha, dita)) {
-        dita.desfecho = Desfecho::kRecusado;
-        motivo = "a SEFAZ tem outro conteúdo com esta chave: chame quem cuida do sistema";
+        // What never went out from here was sent by whoever did that before: it stands as it is
+        // there.
+        const bool deAntes =
+            dita.desfecho == Desfecho::kAutorizado && nuncaSaiu(meios_.fila, ficha);
+        dita.desfecho = deAntes ? Desfecho::kJaEsta : Desfecho::kRecusado;
+        motivo = deAntes ? "autorizada antes, por outro programa, que tem o XML dela"
+                         : "a SEFAZ tem outro conteúdo com esta chave: chame quem cuida do sistema";
     } else if (ficha.tipo == Tipo::kNfce && dita.desfecho == Desfecho::kCancelado) {
         motivo = "a nota foi autorizada, e está cancelada na SEFAZ: o cupom dela não vale";
     } else if (!encerra(ficha.tipo, dita.desfecho)) {
@@ -129,7 +156,8 @@ bool Fluxo::perguntado(const Ficha &ficha, Resposta resposta) {
     case Desfecho::kExcesso:
         return adiarMais(ficha, kPausaDoExcesso, resposta.xMotivo);
     case Desfecho::kCertificado:
-        return parar(ficha, resposta.xMotivo);
+        return resposta.doDocumento ? certificadoRecusado(ficha, resposta)
+                                    : parar(ficha, resposta.xMotivo);
     case Desfecho::kNaoConsta:
         return naoConsta(ficha);
     default:

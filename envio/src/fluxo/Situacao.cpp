@@ -43,18 +43,25 @@ void Fluxo::sondar(const std::string &caixa, Milissegundos limite) {
 }
 
 bool Fluxo::perguntarServico(std::string_view cUF, int tpAmb, Milissegundos limite) {
-    const Milissegundos antes = std::exchange(limite_, limite);
     Ficha sem;
     sem.tpAmb = tpAmb;
     sem.chave = cUF;
+    const std::string qual = linhaDaFicha(meios_.config, sem);
+    const Momento agora = meios_.relogio.agora();
+    if (!meios_.linha.podePerguntar(qual, agora)) return true;
+    const Milissegundos antes = std::exchange(limite_, limite);
     const Retorno retorno =
         pedir(Servico::kStatusServico, sem, consultaDoServico(cUF, std::to_string(tpAmb)));
     limite_ = antes;
     if (retorno.chegada != Chegada::kResposta) return false;
     constexpr int kEmOperacao = 107;
     const auto resposta = lerResposta(Servico::kStatusServico, retorno.corpo, {}, descartadas_);
-    const std::string qual = linhaDaFicha(meios_.config, sem);
     if (resposta && resposta->cStat == kEmOperacao) return linhaRespondeu(qual), true;
+    // Asked too often: that says nothing of what is sent.
+    if (resposta && resposta->desfecho == Desfecho::kExcesso) {
+        meios_.linha.naoPerguntar(qual, agora + kPausaDoExcesso);
+        return linhaRespondeu(qual), true;
+    }
     linhaFalhou(qual, resposta ? resposta->xMotivo : "o serviço não responde como deve");
     return false;
 }
