@@ -59,7 +59,7 @@ void escreverNome(std::string &bytes, std::string_view nome) {
     bytes.append(nome);
 }
 
-constexpr std::size_t tamanhoDe(const CarimboDiario &carimbo) {
+std::size_t tamanhoDe(const CarimboDiario &carimbo) {
     return 1 + carimbo.nome.size() + 4 * sizeof(std::uint64_t);
 }
 

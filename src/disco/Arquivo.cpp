@@ -146,7 +146,7 @@ std::string destinoDe(const std::string &caminho, Ligacao ligacao) {
 // The scratch file of one that is to be replaced; none when that is no regular file.
 bool escreverAoLado(const Rascunho &rascunho, std::string_view conteudo, Acesso acesso,
                     std::optional<std::int64_t> momento) {
-    const auto &[destino, novo] = rascunho;
+    const std::string &destino = rascunho.destino, &novo = rascunho.nome;
     const auto antigo = situacao(destino);
     if (!antigo && !naoExiste()) return falhouArquivo(destino);
     if (antigo && !S_ISREG(antigo->st_mode) && !S_ISLNK(antigo->st_mode))

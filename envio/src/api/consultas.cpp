@@ -73,7 +73,8 @@ constexpr Criterio kCriterios[] = {
 };
 
 bool lerCriterio(std::string_view linha, Pedido &pedido, Recusas &recusas) {
-    const std::size_t igual = std::min(linha.find('='), linha.size());
+    const auto igual =
+        static_cast<std::size_t>(std::find(linha.begin(), linha.end(), '=') - linha.begin());
     const std::string_view nome = linha.substr(0, igual);
     const std::string_view valor = linha.substr(std::min(igual + 1, linha.size()));
     const auto *criterio = std::find_if(std::begin(kCriterios), std::end(kCriterios),
