@@ -171,11 +171,12 @@ int servir(const std::string &arquivo) {
     const Relogio relogio;
     Relato relato(dizer);
     Validade validade;
+    const auto confianca = std::make_shared<Confianca>(config.rede.autoridades);
     ServicoDeEnvio servico(
         config, oficina, linha, relogio,
         [&] {
             Recusas ditas;
-            return std::make_unique<Rede>(config.rede, oficina.certificado(ditas));
+            return std::make_unique<Rede>(confianca, oficina.certificado(ditas));
         },
         relato);
     if (!servico.comecar(recusas)) return recusar(recusas);

@@ -30,14 +30,16 @@ std::string http(const std::string &corpo, const std::string &estado = "200 OK",
            mais + "\r\n" + corpo;
 }
 
+std::shared_ptr<Confianca> confiar(const std::string &arquivo) {
+    return std::make_shared<Confianca>(arquivo);
+}
+
 // The network of a shop that trusts this server alone, and what came of one request.
 class Loja {
 public:
     explicit Loja(const ServidorTls &servidor, bool confia = true)
         : endereco_(servidor.endereco()),
-          rede_({.tempoMaximo = 5,
-                 .autoridades = confia ? pasta_.gravar("raiz.pem", servidor.pem()) : ""},
-                comCadeia()) {}
+          rede_(confiar(confia ? pasta_.gravar("raiz.pem", servidor.pem()) : ""), comCadeia()) {}
 
     Retorno pedir(const std::string &mensagem = "<consStatServ>CONFIDENCIAL</consStatServ>",
                   int limite = 4000) {
@@ -229,14 +231,14 @@ TEST(Rede, sem_servidor_sem_certificado_ou_sem_https_nada_sai) {
         {endereco, false, false, Chegada::kCertificado, "não há certificado"},
     };
     for (const auto &linha : kLinhas) {
-        Rede rede({}, linha.certificado ? certificado() : nullptr);
+        Rede rede(confiar(""), linha.certificado ? certificado() : nullptr);
         const Retorno retorno = rede.pedir({linha.endereco, "x", "y", "<a/>"}, milliseconds(2000));
         EXPECT_EQ(static_cast<int>(retorno.chegada), static_cast<int>(linha.chegada))
             << linha.endereco << retorno.motivo;
         EXPECT_NE(retorno.motivo.find(linha.motivo), retorno.motivo.npos) << retorno.motivo;
     }
     const ServidorTls servidor({});
-    Rede rede({.autoridades = pasta.em("nao-ha.pem")}, certificado());
+    Rede rede(confiar(pasta.em("nao-ha.pem")), certificado());
     const Retorno retorno = rede.pedir({servidor.endereco(), "x", "y", "<a/>"}, milliseconds(2000));
     EXPECT_EQ(static_cast<int>(retorno.chegada), static_cast<int>(Chegada::kNaoEnviado));
     EXPECT_NE(retorno.motivo.find("autoridades"), retorno.motivo.npos) << retorno.motivo;

@@ -19,7 +19,8 @@ class Balcao {
 public:
     Balcao(const Configuracao &config, Fila &fila)
         : config_(config), fila_(fila), oficina_(config, 1),
-          rede_(config.rede, oficina_.certificado(doCertificado_)) {}
+          rede_(std::make_shared<Confianca>(config.rede.autoridades),
+                oficina_.certificado(doCertificado_)) {}
 
     Meios meios() { return {config_, oficina_, linha_, relogio_, fila_, rede_}; }
 

@@ -88,7 +88,7 @@ bool curlPronto() {
 } // namespace
 
 struct Rede::Dentro {
-    std::string autoridades;
+    std::shared_ptr<Confianca> confianca;
     std::shared_ptr<const Certificado> certificado;
     std::unique_ptr<CURL, LiberarCurl> curl;
 
@@ -156,6 +156,9 @@ CURLcode Rede::Dentro::apresentar(CURL *, void *contexto, void *dentro) {
         return CURLE_SSL_CERTPROBLEM;
     for (X509 *emissor : certificado.emissores())
         if (SSL_CTX_add1_chain_cert(tls, emissor) != 1) return CURLE_SSL_CERTPROBLEM;
+    const auto autoridades = este.confianca->autoridades();
+    if (!autoridades) return CURLE_SSL_CACERT_BADFILE;
+    SSL_CTX_set1_cert_store(tls, autoridades.get());
     SSL_CTX_set_ex_data(tls, lugar(), dentro);
     SSL_CTX_set_info_callback(tls, ouvir);
     return CURLE_OK;
@@ -185,10 +188,9 @@ bool Rede::Dentro::preparar(const Remessa &remessa, milliseconds limite, const L
     por(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
     por(CURLOPT_SSL_VERIFYPEER, 1L);
     por(CURLOPT_SSL_VERIFYHOST, 2L);
-    if (!autoridades.empty()) {
-        por(CURLOPT_CAINFO, autoridades.c_str());
-        por(CURLOPT_CAPATH, static_cast<const char *>(nullptr));
-    }
+    // What apresentar() hands over, and nothing that each connection would read for itself.
+    por(CURLOPT_CAINFO, static_cast<const char *>(nullptr));
+    por(CURLOPT_CAPATH, static_cast<const char *>(nullptr));
     por(CURLOPT_SSL_CTX_FUNCTION, apresentar);
     por(CURLOPT_SSL_CTX_DATA, this);
 
@@ -239,9 +241,9 @@ Retorno Rede::Dentro::concluir(CURLcode codigo) {
     return acabar(pedido ? Chegada::kSemResposta : Chegada::kNaoEnviado, fim.motivo);
 }
 
-Rede::Rede(const ConfigRede &config, std::shared_ptr<const Certificado> certificado)
+Rede::Rede(std::shared_ptr<Confianca> confianca, std::shared_ptr<const Certificado> certificado)
     : dentro_(std::make_unique<Dentro>()) {
-    dentro_->autoridades = config.autoridades;
+    dentro_->confianca = std::move(confianca);
     dentro_->certificado = std::move(certificado);
     if (curlPronto()) dentro_->curl.reset(curl_easy_init());
 }

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "assinatura/Certificado.h"
-#include "config/Configuracao.h"
+#include "rede/Confianca.h"
 #include "rede/Transporte.h"
 
 #include <memory>
@@ -18,7 +18,7 @@ class Rede final : public Transporte {
 public:
     // Key, certificate and its issuers stay in memory; a key in a token works as one from a file.
     // Without a certificate every request ends with kCertificado.
-    Rede(const ConfigRede &config, std::shared_ptr<const Certificado> certificado);
+    Rede(std::shared_ptr<Confianca> confianca, std::shared_ptr<const Certificado> certificado);
     ~Rede() override;
     Rede(const Rede &) = delete;
     Rede &operator=(const Rede &) = delete;
