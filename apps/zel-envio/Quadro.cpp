@@ -139,7 +139,7 @@ std::vector<Aviso> avisosDe(const Quadro &quadro) {
 }
 
 std::string tituloDe(const Ficha &ficha) {
-    const std::string tipo(kTipos.at(static_cast<std::size_t>(ficha.tipo)));
+    std::string tipo(kTipos.at(static_cast<std::size_t>(ficha.tipo)));
     if (ficha.numero == 0) return tipo;
     return tipo + (ficha.tipo == Tipo::kInutilizacao ? " de " : " ") +
            faixa(ficha.numero, std::max(ficha.numero, ficha.ultimo)) + ", série " +
@@ -147,7 +147,7 @@ std::string tituloDe(const Ficha &ficha) {
 }
 
 std::string situacaoDe(const Ficha &ficha) {
-    const std::string estado(kEstados.at(static_cast<std::size_t>(ficha.estado)).pessoa);
+    std::string estado(kEstados.at(static_cast<std::size_t>(ficha.estado)).pessoa);
     if (ficha.estado != Estado::kEntregue || ficha.desfecho == Desfecho::kNenhum) return estado;
     return estado + ": " + std::string(nomeDe(ficha.desfecho));
 }

@@ -296,11 +296,12 @@ TEST(Caminhos, o_que_ja_foi_cancelado_ou_denegado_e_perguntado_e_guardado) {
 TEST(Caminhos, a_achada_tarde_e_perguntada_antes_de_ser_enviada) {
     const struct {
         const char *nome, *digest; // of what is there; null: nothing
-        std::size_t envios;
+        std::size_t envios, consultas;
         Desfecho desfecho;
-    } kCasos[] = {{"de outro programa", "outro", 0, Desfecho::kJaEsta},
-                  {"sem digVal", "", 0, Desfecho::kAutorizado},
-                  {"não está", nullptr, 1, Desfecho::kAutorizado}};
+    } kCasos[] = {{"de outro programa", "outro", 0, 1, Desfecho::kJaEsta},
+                  {"sem digVal", "", 0, 1, Desfecho::kAutorizado},
+                  {"não está", nullptr, 1, 1, Desfecho::kAutorizado},
+                  {"526", nullptr, 0, 6, Desfecho::kNenhum}};
     for (const auto &caso : kCasos) {
         SCOPED_TRACE(caso.nome);
         Loja loja;
@@ -308,13 +309,16 @@ TEST(Caminhos, a_achada_tarde_e_perguntada_antes_de_ser_enviada) {
         const std::string chave = nota("42").chave();
         if (caso.digest != nullptr)
             loja.sefaz.notas[chave] = {"", "143260000000001", caso.digest, "100", ""};
+        const bool respondida = caso.desfecho != Desfecho::kNenhum;
+        if (!respondida) loja.sefaz.ordens.assign(20, caso.nome);
         const auto id = loja.achar(nota("42").xml());
         loja.andar();
         const auto ficha = loja.fila->ficha(id);
-        EXPECT_EQ(ficha->estado, Estado::kEntregue) << ficha->motivo;
+        EXPECT_EQ(ficha->estado, respondida ? Estado::kEntregue : Estado::kRecusado);
         EXPECT_EQ(ficha->desfecho, caso.desfecho);
         EXPECT_EQ(loja.sefaz.quantos("enviNFe"), caso.envios);
-        EXPECT_EQ(loja.sefaz.quantos("consSitNFe"), 1U);
+        EXPECT_EQ(loja.sefaz.quantos("consSitNFe"), caso.consultas);
+        if (!respondida) continue;
         EXPECT_NE(loja.retorno(chave).find("<DocProtocolo>14326"), std::string::npos);
         const auto pedido = loja.achar(cancelamento(chave));
         loja.andar();

@@ -84,7 +84,8 @@ public:
     RelogioParado relogio;
     Relato relato{[&](std::string_view linha) { log.emplace_back(linha); }};
     Recusas ditas;
-    Servidor servidor{Fila::abrir(caminho(), ditas), 4, relogio, relato, [&] { return dias; }};
+    Servidor servidor{Fila::abrir(caminho(), ditas), ConfigFila{}, relogio, relato,
+                      [&] { return dias; }};
 };
 
 constexpr const char *kAqui = "127.0.0.1:8766";

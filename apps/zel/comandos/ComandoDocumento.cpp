@@ -140,7 +140,7 @@ int documento(const Argumentos &argumentos) {
 } // namespace
 
 std::string configDoEnvio(const Argumentos &argumentos, const std::string &diretorio) {
-    const std::string dele = diretorio + std::string(kNomeDaConfigDoEnvio);
+    std::string dele = diretorio + std::string(kNomeDaConfigDoEnvio);
     if (!argumentos.config.empty() || olhar(dele).tipo == TipoArquivo::kNenhum)
         return argumentos.config;
     return dele;

@@ -48,7 +48,7 @@ struct Passagem {
     Estado de, para;
 };
 
-inline constexpr std::array<Passagem, 23> kPassagens{{
+inline constexpr std::array<Passagem, 24> kPassagens{{
     {Estado::kAchado, Estado::kTraduzido},
     {Estado::kAchado, Estado::kRecusado},
     {Estado::kAchado, Estado::kRetirado},
@@ -65,6 +65,7 @@ inline constexpr std::array<Passagem, 23> kPassagens{{
     {Estado::kEnviado, Estado::kRespondido},
     {Estado::kPerguntar, Estado::kAssinado}, // asked, and the authority does not have it
     {Estado::kPerguntar, Estado::kRespondido},
+    {Estado::kPerguntar, Estado::kRecusado}, // found late, never sent, and no question is answered
     {Estado::kPerguntar, Estado::kRetirado}, // asked, unknown, and another replaces it
     {Estado::kRespondido, Estado::kEntregue},
     {Estado::kRespondido, Estado::kRecusado},

@@ -64,7 +64,7 @@ private:
         ~Lugar();
         Lugar(const Lugar &) = delete;
         Lugar &operator=(const Lugar &) = delete;
-        Emissao *operator->() { return banca_.emissao.get(); }
+        Emissao *operator->() const { return banca_.emissao.get(); }
 
     private:
         Oficina &oficina_;

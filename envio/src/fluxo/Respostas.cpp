@@ -23,6 +23,9 @@ constexpr std::array kDizDaNota{Desfecho::kAutorizado, Desfecho::kCancelado, Des
 // time, though it says that it does not have it. After that it refuses it as late.
 constexpr Momento kAindaPodeChegar = 15 * kMinuto;
 
+// What never went out from here is not asked for without end: so old a key may have no answer.
+constexpr int kPerguntasVas = 5;
+
 // A question that is refused is refused again: the pauses grow to half an hour.
 Momento pausaDaRecusada(int tentativas) {
     constexpr int kMaisVezes = 5;
@@ -184,10 +187,15 @@ bool Fluxo::perguntadaNota(const Ficha &ficha, const Resposta &resposta) {
     if (!ficha.recibo.empty() && (!resposta.doDocumento || foiAntes(ficha, resposta)))
         return naoConsta(ficha);
     if (diz || !ficha.recibo.empty()) return respondido(ficha, resposta);
+    const std::string dito = "a SEFAZ recusou a pergunta (" + std::to_string(resposta.cStat) + " " +
+                             resposta.xMotivo + ")";
+    if (ficha.tentativas >= kPerguntasVas && nuncaSaiu(meios_.fila, ficha))
+        return recusar(ficha, dito +
+                                  ". Achada tarde, não foi enviada: se outro programa a enviou, "
+                                  "nada falta (e [[caixas]] desde deixa as outras dele fora); se "
+                                  "não, venda de novo");
     return adiarMais(ficha, pausaDaRecusada(ficha.tentativas),
-                     "a SEFAZ recusou a pergunta (" + std::to_string(resposta.cStat) + " " +
-                         resposta.xMotivo +
-                         "), e a nota pode estar lá: não a venda de novo antes de saber");
+                     dito + ", e a nota pode estar lá: não a venda de novo antes de saber");
 }
 
 // Whether the registered event is the one that was signed here, and not another request's.
