@@ -222,9 +222,9 @@ TEST(DoisProcessos, nenhuma_mudanca_da_configuracao_se_perde) {
         const pid_t um = comecarFilho([&] { return mudar("EMIT\\xNome"); });
         const pid_t outro = comecarFilho([&] { return mudar("IDE\\natOP"); });
         const pid_t removedor = comecarFilho([&] {
-            for (; removida; usleep(50))
+            if (!removida) return 0;
+            for (;; usleep(50))
                 unlink((caixa.diretorio() + "ZEL_Framework.trava").c_str());
-            return 0;
         });
         EXPECT_EQ(fimDe(um), 0);
         EXPECT_EQ(fimDe(outro), 0);

@@ -137,7 +137,7 @@ TEST(Saida, impressora_da_rede_recebe_cada_byte) {
             // Its status, which nobody wants, must not make the end a reset, at which some
             // printers drop what they have not printed yet.
             EXPECT_EQ(::write(conexao.fd(), "\x14\0\0\x0F", 4), 4);
-            const std::string recebido = lerAte(conexao.fd(), bytes.size());
+            std::string recebido = lerAte(conexao.fd(), bytes.size());
             char nada = 0;
             EXPECT_EQ(::read(conexao.fd(), &nada, 1), 0) << "ended by a reset";
             return recebido;

@@ -107,7 +107,8 @@ public:
     Pasta &operator=(const Pasta &) = delete;
 
     std::string em(const std::string &nome) const { return caminho_ + '/' + nome; }
-    std::string gravar(const std::string &nome, std::string_view conteudo, unsigned modo = 0600) {
+    std::string gravar(const std::string &nome, std::string_view conteudo,
+                       unsigned modo = 0600) const {
         std::ofstream(em(nome), std::ios::binary) << conteudo;
         std::filesystem::permissions(em(nome), static_cast<std::filesystem::perms>(modo));
         return em(nome);

@@ -85,7 +85,7 @@ TEST(Xml, de_bytes_hostis_nada_e_buscado_nem_cresce) {
         const char *motivo;
     } kCasos[] = {
         {"", "vazio"},
-        {std::string("<a>\0</a>", 9), "nulo"},
+        {std::string("<a>\0</a>", 8), "nulo"},
         {demais, "atributos"},
         {"<!-- ' --><b c='>' d=\"<'\"/>" + demais, "atributos"},
         {"<a><?p \" ?><![CDATA[']]>" + demais + "</a>", "atributos"},

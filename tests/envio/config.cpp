@@ -20,7 +20,7 @@ namespace {
 class Pasta {
 public:
     std::string gravar(const std::string &nome, const std::string &texto, mode_t modo) const {
-        const std::string arquivo = pasta_ / nome;
+        std::string arquivo = pasta_ / nome;
         std::ofstream(arquivo) << texto;
         ::chmod(arquivo.c_str(), modo);
         return arquivo;

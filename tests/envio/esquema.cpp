@@ -252,7 +252,7 @@ TEST(Esquemas, violacoes_demais_sao_contadas) {
     std::string errado = nfe(990);
     for (const char *valor : {"<qCom>1.0000<", "<indTot>1<"})
         for (std::size_t i = errado.find(valor); i != errado.npos; i = errado.find(valor, i))
-            errado[errado.find_first_of(">", i) + 1] = 'x';
+            errado[errado.find('>', i) + 1] = 'x';
     Recusas recusas;
     EXPECT_FALSE(publicados().julgar(lido(errado), true, recusas));
     EXPECT_EQ(recusas.lista().size(), 1001U);

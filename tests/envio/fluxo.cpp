@@ -62,7 +62,7 @@ public:
     const std::string &caixa() const { return config.caixas[0].diretorio; }
 
     std::int64_t achar(const std::string &bytes, const std::string &substitui = {},
-                       Centavos troco = 0) {
+                       Centavos troco = 0) const {
         Recusas recusas;
         auto achado = acharEm(bytes, recusas);
         EXPECT_TRUE(achado) << recusas.texto();
@@ -87,7 +87,7 @@ public:
     }
 
     Meios meios() { return {config, *oficina, linha, relogio, *fila, sefaz}; }
-    std::string retorno(const std::string &nome) {
+    std::string retorno(const std::string &nome) const {
         return pasta.ler("caixa/retornos/" + nome + ".retorno.xml");
     }
 

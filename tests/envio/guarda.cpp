@@ -146,7 +146,8 @@ TEST(ExportarMes, tem_cada_arquivo_guardado_e_uma_linha_por_numero) {
     ComFila loja;
     const PastaTemporaria pasta;
     Guarda guarda(pasta / "");
-    const auto entregar = [&](Achado achado, Desfecho desfecho, const std::string &conteudo) {
+    const auto entregar = [&](const Achado &achado, Desfecho desfecho,
+                              const std::string &conteudo) {
         const std::int64_t id = loja.achar(achado);
         Resposta r = resposta(100, desfecho);
         r.protocolo = "135260000000001";

@@ -84,6 +84,7 @@ private:
     bool faixaOcupada(const Ficha &ficha);
     std::optional<ContextoPedido> contextoDe(const Ficha &ficha, bool &esperar);
     bool protocoloDe(const Ficha &ficha, ContextoPedido &contexto, bool &esperar);
+    bool protocoloPerguntado(const Ficha &ficha, ContextoPedido &contexto, bool &esperar);
     bool jaCancelada(const Ficha &ficha, const Resposta &consulta);
     bool recusar(const Ficha &ficha, const std::string &motivo);
     bool linhaLivre(const Ficha &ficha);
@@ -100,7 +101,7 @@ private:
     bool certificadoRecusado(const Ficha &ficha, const Resposta &resposta);
     bool respondido(const Ficha &ficha, const Resposta &resposta);
     bool mesmoConteudo(const Ficha &ficha, const Resposta &resposta);
-    bool perguntado(const Ficha &ficha, Resposta resposta);
+    bool perguntado(const Ficha &ficha, const Resposta &resposta);
     bool perguntadaNota(const Ficha &ficha, const Resposta &resposta);
     bool nossoEvento(const Ficha &ficha, const Resposta &resposta);
     bool naoConsta(const Ficha &ficha);

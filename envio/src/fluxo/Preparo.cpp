@@ -181,6 +181,10 @@ bool Fluxo::protocoloDe(const Ficha &ficha, ContextoPedido &contexto, bool &espe
         contexto.protocolo = nota->protocolo;
         return true;
     }
+    return protocoloPerguntado(ficha, contexto, esperar);
+}
+
+bool Fluxo::protocoloPerguntado(const Ficha &ficha, ContextoPedido &contexto, bool &esperar) {
     if (!linhaLivre(ficha)) return esperar = true, false;
     const Retorno retorno = pedir(Servico::kConsultaProtocolo, ficha,
                                   consultaDaChave(ficha.chave, std::to_string(ficha.tpAmb)));

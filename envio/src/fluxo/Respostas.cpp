@@ -106,7 +106,7 @@ bool Fluxo::respondido(const Ficha &ficha, const Resposta &resposta) {
         const bool deAntes =
             dita.desfecho == Desfecho::kAutorizado && nuncaSaiu(meios_.fila, ficha);
         dita.desfecho = deAntes ? Desfecho::kJaEsta : Desfecho::kRecusado;
-        motivo = deAntes ? "autorizada antes, por outro programa, que tem o XML dela"
+        motivo = deAntes ? "autorizada antes, e não por esta fila: o XML está com quem a enviou"
                          : "a SEFAZ tem outro conteúdo com esta chave: chame quem cuida do sistema";
     } else if (ficha.tipo == Tipo::kNfce && dita.desfecho == Desfecho::kCancelado) {
         motivo = "a nota foi autorizada, e está cancelada na SEFAZ: o cupom dela não vale";
@@ -148,10 +148,10 @@ bool Fluxo::perguntar(const Ficha &ficha) {
                          retorno.motivo.empty() ? recusas.texto() : retorno.motivo);
     // A receipt that it does not know says nothing of the document.
     if (porRecibo && resposta->cStat == kReciboDesconhecido) return naoConsta(ficha);
-    return perguntado(ficha, std::move(*resposta));
+    return perguntado(ficha, *resposta);
 }
 
-bool Fluxo::perguntado(const Ficha &ficha, Resposta resposta) {
+bool Fluxo::perguntado(const Ficha &ficha, const Resposta &resposta) {
     switch (resposta.desfecho) {
     case Desfecho::kEmProcesso:
     case Desfecho::kEsperar:

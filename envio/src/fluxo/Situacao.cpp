@@ -18,7 +18,7 @@ std::string anotacaoDa(const std::string &qual) {
 } // namespace
 
 Linha::Situacao Fluxo::situacaoDa(const std::string &qual) {
-    const Linha::Situacao nossa = meios_.linha.situacao(qual);
+    Linha::Situacao nossa = meios_.linha.situacao(qual);
     if (nossa.falhas > 0 || !alguemEspera_) return nossa;
     return falhaLida(meios_.fila.anotado(anotacaoDa(qual)), meios_.relogio.agora());
 }

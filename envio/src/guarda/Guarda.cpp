@@ -108,7 +108,7 @@ std::string Guarda::lugarDe(const Ficha &ficha) const {
     const std::string inicio = inicioDe(ficha);
     if (inicio.empty()) return {};
     for (const Especie &especie : kEspecies) {
-        const std::string arquivo = diretorio_ + inicio + std::string(especie.fim) + ".xml";
+        std::string arquivo = diretorio_ + inicio + std::string(especie.fim) + ".xml";
         if (especie.tipo == ficha.tipo && comum::ehArquivo(arquivo)) return arquivo;
     }
     return {};

@@ -85,6 +85,17 @@ bool curlPronto() {
     return pronto;
 }
 
+// Sets options, and knows whether all were taken.
+struct Opcoes {
+    CURL *curl;
+    bool certo = true;
+
+    template <class Valor>
+    void operator()(CURLoption opcao, Valor valor) {
+        certo = curl_easy_setopt(curl, opcao, valor) == CURLE_OK && certo;
+    }
+};
+
 } // namespace
 
 struct Rede::Dentro {
@@ -99,7 +110,9 @@ struct Rede::Dentro {
     bool recusado = false; // an alert said that our certificate is not taken
 
     bool preparar(const Remessa &remessa, milliseconds limite, const Lista &lista);
-    Retorno concluir(CURLcode codigo);
+    void porSeguranca(Opcoes &por);
+    void porMensagem(Opcoes &por);
+    Retorno concluir(CURLcode codigo) const;
 
     static std::size_t enviar(char *destino, std::size_t um, std::size_t n, void *dentro);
     static std::size_t receber(char *bytes, std::size_t um, std::size_t n, void *dentro);
@@ -165,12 +178,8 @@ CURLcode Rede::Dentro::apresentar(CURL *, void *contexto, void *dentro) {
 }
 
 bool Rede::Dentro::preparar(const Remessa &remessa, milliseconds limite, const Lista &lista) {
-    CURL *c = curl.get();
-    bool certo = true;
-    const auto por = [c, &certo](CURLoption opcao, auto valor) {
-        certo = curl_easy_setopt(c, opcao, valor) == CURLE_OK && certo;
-    };
-    curl_easy_reset(c); // the connection stays
+    curl_easy_reset(curl.get()); // the connection stays
+    Opcoes por{curl.get()};
     por(CURLOPT_URL, remessa.endereco.c_str());
     por(CURLOPT_PROTOCOLS_STR, "https");
     por(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
@@ -185,6 +194,12 @@ bool Rede::Dentro::preparar(const Remessa &remessa, milliseconds limite, const L
     por(CURLOPT_NOSIGNAL, 1L);
     por(CURLOPT_QUICK_EXIT, 1L); // a name that is not found in time is not waited for
 
+    porSeguranca(por);
+    porMensagem(por);
+    return por.certo;
+}
+
+void Rede::Dentro::porSeguranca(Opcoes &por) {
     por(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
     por(CURLOPT_SSL_VERIFYPEER, 1L);
     por(CURLOPT_SSL_VERIFYHOST, 2L);
@@ -193,7 +208,9 @@ bool Rede::Dentro::preparar(const Remessa &remessa, milliseconds limite, const L
     por(CURLOPT_CAPATH, static_cast<const char *>(nullptr));
     por(CURLOPT_SSL_CTX_FUNCTION, apresentar);
     por(CURLOPT_SSL_CTX_DATA, this);
+}
 
+void Rede::Dentro::porMensagem(Opcoes &por) {
     // Handed over piece by piece, so that it is known whether a byte of it can have gone out; and
     // never from its beginning again, which curl would do when a connection breaks.
     por(CURLOPT_POST, 1L);
@@ -206,10 +223,9 @@ bool Rede::Dentro::preparar(const Remessa &remessa, milliseconds limite, const L
     por(CURLOPT_WRITEDATA, this);
     por(CURLOPT_HEADERFUNCTION, contar);
     por(CURLOPT_HEADERDATA, this);
-    return certo;
 }
 
-Retorno Rede::Dentro::concluir(CURLcode codigo) {
+Retorno Rede::Dentro::concluir(CURLcode codigo) const {
     const FilaDeErros fila;
     long http = 0;
     curl_off_t tudo = 0, antes = 0;

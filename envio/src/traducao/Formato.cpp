@@ -52,6 +52,21 @@ std::optional<std::string> numero(const Formato &formato, std::string_view valor
     return lido->texto(casas, formato.maximo, formato.inteiros);
 }
 
+bool cabe(const Formato &formato, std::string_view limpo) {
+    return ehTexto(limpo, static_cast<std::size_t>(formato.minimo),
+                   static_cast<std::size_t>(formato.maximo));
+}
+
+bool ehInteiro(const Formato &formato, std::string_view limpo) {
+    return soDigitos(limpo) && static_cast<int>(limpo.size()) <= formato.maximo &&
+           (limpo.size() == 1 || limpo.front() != '0');
+}
+
+bool ehCfop(std::string_view limpo) {
+    return soDigitos(limpo) && limpo.size() == 4 &&
+           kInicioDoCfop.find(limpo.front()) != kInicioDoCfop.npos;
+}
+
 std::optional<std::string> comDigitos(const Formato &formato, std::string_view valor) {
     std::string limpo = semPontuacao(valor);
     const auto tamanho = static_cast<int>(limpo.size());
@@ -67,15 +82,11 @@ std::optional<std::string> formatar(const Formato &formato, std::string_view val
     case Tipo::kLivre:
         return std::string(valor);
     case Tipo::kTexto:
-        return quando(ehTexto(limpo, static_cast<std::size_t>(formato.minimo),
-                              static_cast<std::size_t>(formato.maximo)),
-                      limpo);
+        return quando(cabe(formato, limpo), limpo);
     case Tipo::kDigitos:
         return comDigitos(formato, limpo);
     case Tipo::kInteiro:
-        return quando(soDigitos(limpo) && static_cast<int>(limpo.size()) <= formato.maximo &&
-                          (limpo.size() == 1 || limpo.front() != '0'),
-                      limpo);
+        return quando(ehInteiro(formato, limpo), limpo);
     case Tipo::kUmDe:
         return quando(ehUmDe(formato.valores, limpo), limpo);
     case Tipo::kDecimal:
@@ -94,14 +105,9 @@ std::optional<std::string> formatar(const Formato &formato, std::string_view val
         return quando(ehMomento(limpo), limpo);
     case Tipo::kCfop:
         limpo = semPontuacao(limpo);
-        return quando(soDigitos(limpo) && limpo.size() == 4 &&
-                          kInicioDoCfop.find(limpo.front()) != kInicioDoCfop.npos,
-                      limpo);
+        return quando(ehCfop(limpo), limpo);
     case Tipo::kVisivel:
-        return quando(limpo.find(' ') == limpo.npos &&
-                          ehTexto(limpo, static_cast<std::size_t>(formato.minimo),
-                                  static_cast<std::size_t>(formato.maximo)),
-                      limpo);
+        return quando(limpo.find(' ') == limpo.npos && cabe(formato, limpo), limpo);
     }
     return {};
 }

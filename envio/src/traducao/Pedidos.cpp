@@ -42,7 +42,7 @@ public:
 
     // The factory's 3 is homologation.
     std::string tpAmb(std::string_view caminho) {
-        const std::string valor = texto(caminho);
+        std::string valor = texto(caminho);
         if (valor == "1" || valor == "2") return valor;
         if (valor != "3")
             recusar(caminho, valor,
