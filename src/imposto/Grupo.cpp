@@ -122,8 +122,9 @@ std::optional<ST_tagZEL> montarGrupo(const Grupo &grupo, const Preset *preset,
     return tag;
 }
 
-ST_tagZEL remontarGrupo(const Grupo &grupo, ST_tagZEL guardado, const ValoresItem &valores) {
-    if (!guardado.subTags) return guardado;
+void remontarGrupo(const Grupo &grupo, ST_tagZEL &guardado, const ValoresItem &valores,
+                   Mudancas &mudancas) {
+    if (!guardado.subTags) return;
     Parcelas parcelas = parcelasDe(valores);
     for (const auto &filho : *guardado.subTags) {
         const Elemento *elemento = grupo.elemento(filho.nome);
@@ -133,9 +134,8 @@ ST_tagZEL remontarGrupo(const Grupo &grupo, ST_tagZEL guardado, const ValoresIte
     for (auto &filho : *guardado.subTags) {
         const Elemento *elemento = grupo.elemento(filho.nome);
         if (elemento && elemento->formato == Formato::kCalculado)
-            filho.setValor(formatarMoeda(elemento->formula(parcelas)));
+            mudancas.trocarValor(filho, formatarMoeda(elemento->formula(parcelas)));
     }
-    return guardado;
 }
 
 } // namespace zel

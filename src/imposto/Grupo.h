@@ -7,6 +7,7 @@
 
 #include "config/Catalogo.h"
 #include "imposto/Presets.h"
+#include "secao/Mudancas.h"
 #include "secao/Tag.h"
 #include "texto/Campo.h"
 
@@ -205,8 +206,9 @@ std::optional<Selecao> selecionarGrupo(std::span<const Grupo> grupos, const Pres
 std::optional<ST_tagZEL> montarGrupo(const Grupo &grupo, const Preset *preset,
                                      const ValoresItem &valores);
 
-// The stored group with every computed value computed anew by the row's formulas; everything else,
+// Computes every computed value of the stored group anew by the row's formulas; everything else,
 // and which elements there are in which order, stays as stored.
-ST_tagZEL remontarGrupo(const Grupo &grupo, ST_tagZEL guardado, const ValoresItem &valores);
+void remontarGrupo(const Grupo &grupo, ST_tagZEL &guardado, const ValoresItem &valores,
+                   Mudancas &mudancas);
 
 } // namespace zel

@@ -99,38 +99,35 @@ int tratar(const Tributo &t, const std::optional<Selecao> &selecao, const Preset
     return ZEL_OK;
 }
 
-void trocarValor(ST_tagZEL &grupo, std::string_view nome, std::string_view texto) {
-    if (ST_tagZEL *elemento = grupo.getSubTag(nome)) elemento->setValor(texto);
-}
-
 // A stored group keeps no trace of the source it was built from, so one rule rebuilds them all.
 void remontarContribuicao(const Tributo &t, const Grupo &grupo, ST_tagZEL &guardado,
-                          const ValoresItem &valores) {
+                          const ValoresItem &valores, Mudancas &mudancas) {
+    const auto trocar = [&](std::string_view nome, std::string_view texto) {
+        if (ST_tagZEL *elemento = guardado.getSubTag(nome)) mudancas.trocarValor(*elemento, texto);
+    };
     const double baseNova = lerNumero(valores.base);
     const double quantidadeNova = lerNumero(valores.quantidade);
-    trocarValor(guardado, "vBC", formatarMoeda(baseNova));
+    trocar("vBC", formatarMoeda(baseNova));
     const Elemento *qtde = grupo.elemento("qBCProd");
-    trocarValor(guardado, "qBCProd",
-                qtde && qtde->formato == Formato::kCalculado ? formatarMoeda(quantidadeNova)
-                                                             : valorXml(valores.quantidade));
+    trocar("qBCProd", qtde && qtde->formato == Formato::kCalculado ? formatarMoeda(quantidadeNova)
+                                                                   : valorXml(valores.quantidade));
     if (guardado.getSubTag(t.aliquota)) {
         const double taxa = lerNumero(guardado.valorDe(t.aliquota));
-        trocarValor(guardado, t.imposto, formatarMoeda(baseNova * taxa / 100));
+        trocar(t.imposto, formatarMoeda(baseNova * taxa / 100));
     } else if (guardado.getSubTag("vAliqProd")) {
         const double porUnidade = lerNumero(guardado.valorDe("vAliqProd"));
-        trocarValor(guardado, t.imposto, formatarMoeda(quantidadeNova * porUnidade / 100));
+        trocar(t.imposto, formatarMoeda(quantidadeNova * porUnidade / 100));
     }
 }
 
-int atualizar(const Tributo &t, std::span<const Grupo> grupos, ST_tagZEL tributo,
-              const ValoresItem &valores, ST_tagZEL &imposto) {
+int atualizar(const Tributo &t, std::span<const Grupo> grupos, ST_tagZEL &tributo,
+              const ValoresItem &valores, Mudancas &mudancas) {
     for (std::size_t i = 0; tributo.subTags && i < tributo.subTags->size(); ++i) {
         ST_tagZEL &guardado = (*tributo.subTags)[i];
         const Grupo *grupo = procurarGrupo(grupos, guardado.nome);
         if (!grupo) return recusar(Motivo::kGrupoDesconhecido, {.campo = guardado.nome});
-        remontarContribuicao(t, *grupo, guardado, valores);
+        remontarContribuicao(t, *grupo, guardado, valores, mudancas);
     }
-    imposto.addSubTag(std::move(tributo));
     return ZEL_OK;
 }
 
@@ -174,19 +171,18 @@ int fnTratarISS(std::string_view aliquotaVenda, std::string_view base, ST_tagZEL
     return ZEL_OK;
 }
 
-int fnAtualizarPIS(ST_tagZEL pis, std::string_view base, std::string_view quantidade,
-                   ST_tagZEL &imposto) {
-    return atualizar(kPis, kGruposPIS, std::move(pis), {{}, base, quantidade}, imposto);
+int fnAtualizarPIS(ST_tagZEL &pis, std::string_view base, std::string_view quantidade,
+                   Mudancas &mudancas) {
+    return atualizar(kPis, kGruposPIS, pis, {{}, base, quantidade}, mudancas);
 }
 
-int fnAtualizarCOFINS(ST_tagZEL cofins, std::string_view base, std::string_view quantidade,
-                      ST_tagZEL &imposto) {
-    return atualizar(kCofins, kGruposCOFINS, std::move(cofins), {{}, base, quantidade}, imposto);
+int fnAtualizarCOFINS(ST_tagZEL &cofins, std::string_view base, std::string_view quantidade,
+                      Mudancas &mudancas) {
+    return atualizar(kCofins, kGruposCOFINS, cofins, {{}, base, quantidade}, mudancas);
 }
 
-int fnAtualizarISS(ST_tagZEL issqn, std::string_view base, ST_tagZEL &imposto) {
-    const std::string aliquota(issqn.valorDe("vAliq"));
-    imposto.addSubTag(remontarGrupo(kISSQN, std::move(issqn), {aliquota, base, {}}));
+int fnAtualizarISS(ST_tagZEL &issqn, std::string_view base, Mudancas &mudancas) {
+    remontarGrupo(kISSQN, issqn, {issqn.valorDe("vAliq"), base, {}}, mudancas);
     return ZEL_OK;
 }
 

@@ -32,16 +32,16 @@ int fnTratarCOFINS(const Preset &preset, std::string_view aliquota, std::string_
 // Adds the `ISSQN` tag to `imposto`. ZEL_OK; ZEL_RECUSADO when a required value is missing.
 int fnTratarISS(std::string_view aliquota, std::string_view base, ST_tagZEL &imposto);
 
-// Add the stored `PIS` or `COFINS` tag to `imposto` for a new base and quantity: codes, `pPIS` and
+// Rebuild the stored `PIS` or `COFINS` tag for a new base and quantity: codes, `pPIS` and
 // `vAliqProd` stay as stored, the tax is base x `pPIS` / 100 or, in a group without `pPIS`,
 // quantity x `vAliqProd` / 100. A tag without a group stays as it is. ZEL_OK; ZEL_RECUSADO when it
 // holds a group that does not exist.
-int fnAtualizarPIS(ST_tagZEL pis, std::string_view base, std::string_view quantidade,
-                   ST_tagZEL &imposto);
-int fnAtualizarCOFINS(ST_tagZEL cofins, std::string_view base, std::string_view quantidade,
-                      ST_tagZEL &imposto);
+int fnAtualizarPIS(ST_tagZEL &pis, std::string_view base, std::string_view quantidade,
+                   Mudancas &mudancas);
+int fnAtualizarCOFINS(ST_tagZEL &cofins, std::string_view base, std::string_view quantidade,
+                      Mudancas &mudancas);
 
-// Adds the stored `ISSQN` tag to `imposto` for a new base, at its stored `vAliq`. Always 1.
-int fnAtualizarISS(ST_tagZEL issqn, std::string_view base, ST_tagZEL &imposto);
+// Rebuilds the stored `ISSQN` tag for a new base, at its stored `vAliq`. Always 1.
+int fnAtualizarISS(ST_tagZEL &issqn, std::string_view base, Mudancas &mudancas);
 
 } // namespace zel

@@ -129,15 +129,13 @@ int fnTratarICMS(const Preset &preset, std::string_view aliquotaVenda, std::stri
     return ZEL_OK;
 }
 
-int fnAtualizarICMS(ST_tagZEL icms, std::string_view base, ST_tagZEL &imposto) {
+int fnAtualizarICMS(ST_tagZEL &icms, std::string_view base, Mudancas &mudancas) {
     for (std::size_t i = 0; icms.subTags && i < icms.subTags->size(); ++i) {
         ST_tagZEL &guardado = (*icms.subTags)[i];
         const Grupo *grupo = procurarGrupo(kGrupos, guardado.nome);
         if (!grupo) return recusar(Motivo::kGrupoDesconhecido, {.campo = guardado.nome});
-        const std::string pICMSGuardado(guardado.valorDe("pICMS"));
-        guardado = remontarGrupo(*grupo, std::move(guardado), {pICMSGuardado, base, {}});
+        remontarGrupo(*grupo, guardado, {guardado.valorDe("pICMS"), base, {}}, mudancas);
     }
-    imposto.addSubTag(std::move(icms));
     return ZEL_OK;
 }
 

@@ -24,9 +24,9 @@ std::optional<Selecao> fnIdentificarImpostoICMS(const Preset &preset);
 int fnTratarICMS(const Preset &preset, std::string_view aliquota, std::string_view base,
                  ST_tagZEL &imposto);
 
-// Adds the stored `ICMS` tag to `imposto`, its group's values computed anew from the new base and
-// the stored `pICMS` (0.00 when the group has none). A tag without a group stays as it is. ZEL_OK;
+// Rebuilds the stored `ICMS` tag: its group's values are computed anew from the new base and the
+// stored `pICMS` (0.00 when the group has none). A tag without a group stays as it is. ZEL_OK;
 // ZEL_RECUSADO when it holds a group that does not exist.
-int fnAtualizarICMS(ST_tagZEL icms, std::string_view base, ST_tagZEL &imposto);
+int fnAtualizarICMS(ST_tagZEL &icms, std::string_view base, Mudancas &mudancas);
 
 } // namespace zel

@@ -10,6 +10,8 @@
 #include "texto/Texto.h"
 #include "zel_felbor/codigos.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace zel {
@@ -29,6 +31,27 @@ std::string lerAliquota(std::string_view texto) {
 
 bool ehServico(std::string_view aliquota) {
     return !aliquota.empty() && maiuscula(aliquota.front()) == 'S';
+}
+
+constexpr std::string_view kTributos[] = {"ICMS", "PIS", "COFINS", "ISSQN"};
+
+// As a sale stores it: only an edited file, or attributes in a sale's tag text, make another.
+bool temSoTributos(const ST_tagZEL &imposto) {
+    if (!imposto.propriedades.empty()) return false;
+    if (!imposto.subTags) return !imposto.valor;
+    const auto *proximo = std::begin(kTributos);
+    return std::ranges::all_of(*imposto.subTags, [&](const ST_tagZEL &filho) {
+        proximo = std::find(proximo, std::end(kTributos), filho.nome);
+        return proximo != std::end(kTributos) && ++proximo != nullptr;
+    });
+}
+
+// The first of each, without anything else.
+ST_tagZEL soTributos(const ST_tagZEL &imposto) {
+    ST_tagZEL so("imposto");
+    for (const std::string_view nome : kTributos)
+        if (const ST_tagZEL *tributo = imposto.getSubTag(nome)) so.addSubTag(*tributo);
+    return so;
 }
 
 } // namespace
@@ -74,7 +97,7 @@ int fnTratarImposto(const ST_tagImpostoConfTemp &presets, std::string_view aliqu
 }
 
 int fnAtualizar_TagImposto(ST_tagZEL &item, std::string_view quantidade, std::string_view tipo,
-                           std::string_view valor) {
+                           std::string_view valor, Mudancas &mudancas) {
     ST_tagZEL *imposto = item.getSubTag("imposto");
     if (!imposto) return ZEL_OK;
 
@@ -88,19 +111,16 @@ int fnAtualizar_TagImposto(ST_tagZEL &item, std::string_view quantidade, std::st
     if (lerNumero(valor) <= 0) valor = "0.00";
     const std::string base = fnCalcularValorBC(quantidade, doProduto("vUnCom"), tipo, valor);
 
-    ST_tagZEL novo("imposto");
+    if (!temSoTributos(*imposto)) mudancas.trocar(*imposto, soTributos(*imposto));
     int resultado = ZEL_OK;
-    if (auto *icms = imposto->getSubTag("ICMS"))
-        resultado = fnAtualizarICMS(std::move(*icms), base, novo);
+    if (auto *icms = imposto->getSubTag("ICMS")) resultado = fnAtualizarICMS(*icms, base, mudancas);
     if (auto *pis = imposto->getSubTag("PIS"); pis && resultado == ZEL_OK)
-        resultado = fnAtualizarPIS(std::move(*pis), base, quantidade, novo);
+        resultado = fnAtualizarPIS(*pis, base, quantidade, mudancas);
     if (auto *cofins = imposto->getSubTag("COFINS"); cofins && resultado == ZEL_OK)
-        resultado = fnAtualizarCOFINS(std::move(*cofins), base, quantidade, novo);
+        resultado = fnAtualizarCOFINS(*cofins, base, quantidade, mudancas);
     if (auto *issqn = imposto->getSubTag("ISSQN"); issqn && resultado == ZEL_OK)
-        resultado = fnAtualizarISS(std::move(*issqn), base, novo);
-    if (resultado != ZEL_OK) return resultado;
-    *imposto = std::move(novo);
-    return ZEL_OK;
+        resultado = fnAtualizarISS(*issqn, base, mudancas);
+    return resultado;
 }
 
 } // namespace zel

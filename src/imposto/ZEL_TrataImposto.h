@@ -5,6 +5,7 @@
 #pragma once
 
 #include "imposto/Presets.h"
+#include "secao/Mudancas.h"
 #include "secao/Tag.h"
 
 #include <optional>
@@ -43,9 +44,9 @@ int fnTratarImposto(const ST_tagImpostoConfTemp &presets, std::string_view aliqu
 
 // Rebuilds, in place, the `imposto` of a stored item. `quantidade`: the new one, empty or zero for
 // the item's own; `tipo` and `valor` as for fnCalcularValorBC. An item without `imposto` stays as
-// it is. ZEL_OK; ZEL_RECUSADO a stored group that does not exist: the item has lost some of
-// its `imposto`, and the caller puts it back.
+// it is. ZEL_OK; ZEL_RECUSADO a stored group that does not exist: some of the changes were made,
+// and the caller takes them back.
 int fnAtualizar_TagImposto(ST_tagZEL &item, std::string_view quantidade, std::string_view tipo,
-                           std::string_view valor);
+                           std::string_view valor, Mudancas &mudancas);
 
 } // namespace zel

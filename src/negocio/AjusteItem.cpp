@@ -61,21 +61,25 @@ int mudarItem(ST_PersitenceXML_ZEL &documento, int item, Mudanca mudanca) {
         return recusar(Motivo::kItemInexistente, {.maximo = ultimo, .numero = item});
     ST_tagZEL *prod = tag->getSubTag("prod");
     if (prod == nullptr) return recusar(Motivo::kItemSemProduto, {.numero = numero});
-    return desfazendoNaFalha(*tag, [&] {
-        const int resultado = mudanca(ItemVendido{numero, *tag, *prod});
-        return resultado == ZEL_OK ? fnPersistEstrutura_ZEL(documento) : resultado;
-    });
+    Mudancas mudancas;
+    return ouDesfaz(
+        [&] {
+            const int resultado = mudanca(ItemVendido{numero, *tag, *prod}, mudancas);
+            return resultado == ZEL_OK ? fnPersistEstrutura_ZEL(documento) : resultado;
+        },
+        [&] { mudancas.desfazer(); });
 }
 
 int removerAjusteESalvar(ST_PersitenceXML_ZEL &documento, Ajuste ajuste, int item) {
     if (const int estado = estadoPermite(); estado != ZEL_OK) return estado;
     if (item < 0) return recusarItemNegativo(item);
     if (const int resultado = temDocumento(documento); resultado != ZEL_OK) return resultado;
-    return mudarItem(documento, item,
-                     [&](const ItemVendido &vendido) { return removerAjuste(vendido, ajuste); });
+    return mudarItem(documento, item, [&](const ItemVendido &vendido, Mudancas &mudancas) {
+        return removerAjuste(vendido, ajuste, mudancas);
+    });
 }
 
-int reduzirQuantidade(const ItemVendido &item, double quantidade) {
+int reduzirQuantidade(const ItemVendido &item, double quantidade, Mudancas &mudancas) {
     const double vendida = numeroDe(item.prod, "qCom");
     if (quantidade >= vendida)
         return recusar(Motivo::kCancelamentoExcessivo, {.quantia = quantidade, .limite = vendida});
@@ -87,8 +91,8 @@ int reduzirQuantidade(const ItemVendido &item, double quantidade) {
          {std::pair<std::string_view, const std::string &>{"qCom", nova},
           {"qTrib", nova},
           {"vProd", valor}})
-        if (ST_tagZEL *tag = item.prod.getSubTag(nome)) tag->setValor(texto);
-    return fnAtualizar_TagImposto(item.tag, nova, "", "");
+        if (ST_tagZEL *tag = item.prod.getSubTag(nome)) mudancas.trocarValor(*tag, texto);
+    return fnAtualizar_TagImposto(item.tag, nova, "", "", mudancas);
 }
 
 } // namespace
@@ -99,8 +103,8 @@ int fnCFLancarDescontoItem_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, int item,
     if (const int resultado = temDocumento(documento); resultado != ZEL_OK) return resultado;
     if (const int resultado = ajusteAceito(item, tipo, valor); resultado != ZEL_OK)
         return resultado;
-    return mudarItem(documento, item, [&](const ItemVendido &vendido) {
-        return lancarAjuste(vendido, Ajuste::kDesconto, tipo, valor);
+    return mudarItem(documento, item, [&](const ItemVendido &vendido, Mudancas &mudancas) {
+        return lancarAjuste(vendido, Ajuste::kDesconto, tipo, valor, mudancas);
     });
 }
 
@@ -111,8 +115,8 @@ int fnCFLancarAcrescimoItem_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, int item
     if (const int resultado = ajusteAceito(item, tipo, valor); resultado != ZEL_OK)
         return resultado;
     if (const int resultado = temDocumento(documento); resultado != ZEL_OK) return resultado;
-    return mudarItem(documento, item, [&](const ItemVendido &vendido) {
-        return lancarAjuste(vendido, Ajuste::kAcrescimo, tipo, valor);
+    return mudarItem(documento, item, [&](const ItemVendido &vendido, Mudancas &mudancas) {
+        return lancarAjuste(vendido, Ajuste::kAcrescimo, tipo, valor, mudancas);
     });
 }
 
@@ -135,8 +139,8 @@ int fnCFCancelarItemParcial_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, int item
     if (item < 0) return recusarItemNegativo(item);
     if (cancelada < 0) return recusarNegativo("quantidade", quantidade);
     if (const int resultado = temDocumento(documento); resultado != ZEL_OK) return resultado;
-    return mudarItem(documento, item, [&](const ItemVendido &vendido) {
-        return reduzirQuantidade(vendido, cancelada);
+    return mudarItem(documento, item, [&](const ItemVendido &vendido, Mudancas &mudancas) {
+        return reduzirQuantidade(vendido, cancelada, mudancas);
     });
 }
 
@@ -153,7 +157,7 @@ double valorBruto(const ST_tagZEL &prod) {
 }
 
 int lancarAjuste(const ItemVendido &item, Ajuste ajuste, std::string_view tipo,
-                 std::string_view valor) {
+                 std::string_view valor, Mudancas &mudancas) {
     for (const Ajuste tem : {Ajuste::kDesconto, Ajuste::kAcrescimo})
         if (item.prod.getSubTag(elementoDo(tem)) != nullptr)
             return recusar(Motivo::kItemJaAjustado, {.campo = nomeDo(tem), .numero = item.numero});
@@ -169,15 +173,15 @@ int lancarAjuste(const ItemVendido &item, Ajuste ajuste, std::string_view tipo,
     if (bruto - quantia <= 0)
         return recusar(Motivo::kAjusteExcessivo, {.quantia = quantia, .limite = bruto});
     // At most one of the two: either stands where the discount has its place.
-    item.prod.addSubTagAt(static_cast<int>(lugarNoProduto(elementoDo(Ajuste::kDesconto))),
-                          ST_tagZEL(elementoDo(ajuste), formatarMoeda(quantia)));
-    return fnAtualizar_TagImposto(item.tag, "", escreverTipoAjuste(ajuste, forma), texto);
+    mudancas.incluir(item.prod, lugarNoProduto(elementoDo(Ajuste::kDesconto)),
+                     ST_tagZEL(elementoDo(ajuste), formatarMoeda(quantia)));
+    return fnAtualizar_TagImposto(item.tag, "", escreverTipoAjuste(ajuste, forma), texto, mudancas);
 }
 
-int removerAjuste(const ItemVendido &item, Ajuste ajuste) {
-    if (!item.prod.removerSubTag(elementoDo(ajuste)))
+int removerAjuste(const ItemVendido &item, Ajuste ajuste, Mudancas &mudancas) {
+    if (!mudancas.retirar(item.prod, elementoDo(ajuste)))
         return recusar(Motivo::kNadaARemover, {.campo = nomeDo(ajuste), .numero = item.numero});
-    return fnAtualizar_TagImposto(item.tag, "", "", "");
+    return fnAtualizar_TagImposto(item.tag, "", "", "", mudancas);
 }
 
 } // namespace zel

@@ -6,6 +6,7 @@
 
 #include "emcurso/Persistencia.h"
 #include "imposto/ZEL_TrataImposto.h"
+#include "secao/Mudancas.h"
 #include "secao/Tag.h"
 
 #include <string_view>
@@ -49,9 +50,9 @@ struct ItemVendido {
 };
 
 // The same changes in memory alone, for an operation that changes many items and saves once.
-// Neither looks at the state. Codes as above.
+// Neither looks at the state; a refusal may come after a part of the change. Codes as above.
 int lancarAjuste(const ItemVendido &item, Ajuste ajuste, std::string_view tipo,
-                 std::string_view valor);
-int removerAjuste(const ItemVendido &item, Ajuste ajuste);
+                 std::string_view valor, Mudancas &mudancas);
+int removerAjuste(const ItemVendido &item, Ajuste ajuste, Mudancas &mudancas);
 
 } // namespace zel

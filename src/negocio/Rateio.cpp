@@ -103,30 +103,31 @@ int recusarParte(const ST_StructItemAux &parte, Operacao operacao) {
 
 // Replaces the item's adjustment by the net one, even by one of zero when it had none. 1 or the
 // code of the change that the item refuses.
-int aplicar(const ST_StructItemAux &parte, Operacao operacao) {
+int aplicar(const ST_StructItemAux &parte, Operacao operacao, Mudancas &mudancas) {
     int resultado = ZEL_OK;
-    if (parte.temAcrescimo) resultado = removerAjuste(parte.item, Ajuste::kAcrescimo);
-    if (parte.temDesconto) resultado = removerAjuste(parte.item, Ajuste::kDesconto);
+    if (parte.temAcrescimo) resultado = removerAjuste(parte.item, Ajuste::kAcrescimo, mudancas);
+    if (parte.temDesconto) resultado = removerAjuste(parte.item, Ajuste::kDesconto, mudancas);
     if (resultado != ZEL_OK || anula(parte, operacao)) return resultado;
     const double valor = liquido(parte, operacao);
     const bool acrescimo = valor != 0 ? valor > 0 : operacao == Ajuste::kAcrescimo;
     const Ajuste ajuste = acrescimo ? Ajuste::kAcrescimo : Ajuste::kDesconto;
     return lancarAjuste(parte.item, ajuste, escreverTipoAjuste(ajuste, FormaAjuste::kQuantia),
-                        formatarMoeda(std::abs(valor)));
+                        formatarMoeda(std::abs(valor)), mudancas);
 }
 
 // The same for an item that has its share. One without an adjustment that does not take a share of
 // nothing, for it rounds to nothing itself, stays as it was.
-int aplicarParcela(const ST_StructItemAux &parte, Operacao operacao) {
-    if (temAjuste(parte) || parte.parcela != 0) return aplicar(parte, operacao);
-    desfazendoNaFalha(parte.item.tag, [&] { return aplicar(parte, operacao); });
+int aplicarParcela(const ST_StructItemAux &parte, Operacao operacao, Mudancas &mudancas) {
+    if (temAjuste(parte) || parte.parcela != 0) return aplicar(parte, operacao, mudancas);
+    const std::size_t antes = mudancas.quantas();
+    if (aplicar(parte, operacao, mudancas) != ZEL_OK) mudancas.desfazer(antes);
     return ZEL_OK;
 }
 
 } // namespace
 
 int fnRatearDescAcresTotalizacao(ST_PersitenceXML_ZEL &documento, std::string_view tipo,
-                                 std::string_view valor) {
+                                 std::string_view valor, Mudancas &mudancas) {
     const double numero = lerDecimal(argumentoDecimal(valor));
     if (!(numero > 0)) return ZEL_OK;
     const auto [operacao, forma] = lerTipoAjuste(tipo);
@@ -150,7 +151,8 @@ int fnRatearDescAcresTotalizacao(ST_PersitenceXML_ZEL &documento, std::string_vi
         if (!cabe(parte, operacao)) return recusarParte(parte, operacao);
     if (!operacao) return ZEL_OK;
     for (const ST_StructItemAux &parte : lista)
-        if (aplicarParcela(parte, operacao) != ZEL_OK) return recusarParte(parte, operacao);
+        if (aplicarParcela(parte, operacao, mudancas) != ZEL_OK)
+            return recusarParte(parte, operacao);
     return ZEL_OK;
 }
 

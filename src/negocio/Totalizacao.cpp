@@ -91,16 +91,16 @@ int fnCFTotalizar_ZEL_Felbor(ST_PersitenceXML_ZEL &documento, std::string_view t
         return resultado;
     if (!documento.temListaDeVendas()) return recusarSemDocumento();
 
-    // Without an adjustment no item changes, and none needs to be kept.
-    const bool comAjuste = lerDecimal(argumentoDecimal(valor)) > 0;
+    Mudancas mudancas;
     const auto totalizar = [&] {
         const int rateio =
-            fnRatearDescAcresTotalizacao(documento, argumentoCortado(tipo, 2), valor);
+            fnRatearDescAcresTotalizacao(documento, argumentoCortado(tipo, 2), valor, mudancas);
         if (rateio != ZEL_OK) return rateio;
+        const bool comAjuste = lerDecimal(argumentoDecimal(valor)) > 0;
         return fnCFeTotalizarTAG_ZEL(documento, montarTotal(somarItens(documento)),
                                      comAjuste ? Itens::kMudados : Itens::kComoEstavam);
     };
-    return comAjuste ? desfazendoNaFalha(documento.vendas, totalizar) : totalizar();
+    return ouDesfaz(totalizar, [&] { mudancas.desfazer(); });
 }
 
 int fnCFeTotalizarTAG_ZEL(ST_PersitenceXML_ZEL &documento, ST_tagZEL total, Itens itens) {

@@ -5,6 +5,7 @@
 
 #include "apoio/ComDados.h"
 #include "imposto/Presets.h"
+#include "secao/Mudancas.h"
 #include "secao/Tag.h"
 #include "texto/Texto.h"
 
@@ -51,6 +52,18 @@ protected:
         ST_tagZEL imposto("imposto");
         const int codigo = operacao(imposto);
         return codigo == ZEL_OK ? resumo(imposto) : std::to_string(codigo);
+    }
+
+    // The same of an operation that rebuilds a stored tag. Taken back, the tag is as it was.
+    static std::string remontado(ST_tagZEL guardado,
+                                 const std::function<int(ST_tagZEL &, Mudancas &)> &operacao) {
+        const std::string antes = resumo(guardado);
+        Mudancas mudancas;
+        const int codigo = operacao(guardado, mudancas);
+        const std::string depois = codigo == ZEL_OK ? resumo(guardado) : std::to_string(codigo);
+        mudancas.desfazer();
+        EXPECT_EQ(resumo(guardado), antes);
+        return depois;
     }
 
     ST_tagImpostoConfTemp presets;

@@ -77,11 +77,12 @@ TEST_F(Contribuicao, guardado_e_remontado_pelo_que_tem) {
          "#ST(vBC=50.00 p#=2 qBCProd=2.5000 vAliqProd=5 v#=1.00)"},
     };
     for (const auto &[guardado, esperado] : casos) {
-        const auto novo = grupo(substituirAll(guardado, "#", "COFINS"));
-        const auto cofins = ST_tagZEL("COFINS").addSubTag(novo);
-        const auto remontado = resultado(
-            [&](auto &imposto) { return fnAtualizarCOFINS(cofins, "50.00", "2.5000", imposto); });
-        EXPECT_EQ(substituirAll(remontado, "COFINS", "#"), "imposto(#(" + esperado + "))");
+        const auto cofins =
+            ST_tagZEL("COFINS").addSubTag(grupo(substituirAll(guardado, "#", "COFINS")));
+        const auto novo = remontado(cofins, [](auto &tag, auto &mudancas) {
+            return fnAtualizarCOFINS(tag, "50.00", "2.5000", mudancas);
+        });
+        EXPECT_EQ(substituirAll(novo, "COFINS", "#"), "#(" + esperado + ")");
     }
 }
 

@@ -65,26 +65,41 @@ TEST_F(Montagem, item_remontado_guarda_o_imposto_da_venda) {
     // Neither the configuration nor the presets of later sales reach a stored item.
     configurar(R"(IMPOSTO\ICMS\ICMS00)", "Orig=");
     ASSERT_EQ(fnCFConfICMS40_ZEL_Felbor(presets, "0", "40", "1", "9"), ZEL_OK);
-    ASSERT_EQ(fnAtualizar_TagImposto(item, "1,50", "A$", "2.50"), ZEL_OK);
+    Mudancas mudancas;
+    ASSERT_EQ(fnAtualizar_TagImposto(item, "1,50", "A$", "2.50", mudancas), ZEL_OK);
     EXPECT_EQ(resumo(*item.getSubTag("imposto")),
               "imposto(ICMS(ICMS00(orig=0 CST=00 modBC=3 vBC=8.50 pICMS=18.00 vICMS=1.53)) "
               "COFINS(COFINSOutr(qBCProd=1,50 vCOFINS=1)) "
               "ISSQN(vBC=8.50 vAliq=18,00 vISSQN=1.53 cMunFG=12))");
-    ASSERT_EQ(fnAtualizar_TagImposto(item, "0", "D$", "-1"), ZEL_OK);
+    ASSERT_EQ(fnAtualizar_TagImposto(item, "0", "D$", "-1", mudancas), ZEL_OK);
     EXPECT_NE(resumo(item).find("vBC=10.00"), std::string::npos);
 }
 
-// An item sold as tag text may hold anything.
+// An item sold as tag text may hold anything, one of an edited file in any order.
 TEST_F(Montagem, item_estranho_e_remontado_ou_recusado) {
-    ST_tagZEL item("1");
-    EXPECT_EQ(fnAtualizar_TagImposto(item, "", "", ""), ZEL_OK);
-    auto imposto =
-        ST_tagZEL("imposto").addSubTag(ST_tagZEL("ICMS").addSubTag(grupo("ICMS00 vBC=7.00")));
-    item.addSubTag(imposto);
-    EXPECT_EQ(fnAtualizar_TagImposto(item, "", "", ""), ZEL_OK);
-    EXPECT_EQ(resumo(item), "1(imposto(ICMS(ICMS00(vBC=0.00))))");
-    *item.getSubTag("imposto") = imposto.addSubTag(ST_tagZEL("PIS").addSubTag(grupo("PISX")));
-    EXPECT_EQ(fnAtualizar_TagImposto(item, "", "", ""), ZEL_RECUSADO);
+    const auto icms = ST_tagZEL("ICMS").addSubTag(grupo("ICMS00 vBC=7.00"));
+    const auto pis = ST_tagZEL("PIS").addSubTag(grupo("PISAliq vPIS=1"));
+    const auto estranho = ST_tagZEL("PIS").addSubTag(grupo("PISX"));
+    const auto com = [](std::initializer_list<ST_tagZEL> tributos) {
+        ST_tagZEL imposto("imposto");
+        for (const auto &tributo : tributos)
+            imposto.addSubTag(tributo);
+        return ST_tagZEL("1").addSubTag(imposto);
+    };
+    const std::string soIcms = "1(imposto(ICMS(ICMS00(vBC=0.00))";
+    const std::pair<ST_tagZEL, std::string> casos[] = {
+        {ST_tagZEL("1"), "1="},
+        {com({icms}), soIcms + "))"},
+        {com({pis, icms}), soIcms + " PIS(PISAliq(vPIS=1))))"},
+        {com({icms, icms, ST_tagZEL("vTotTrib", "1")}), soIcms + "))"},
+        {com({icms, estranho}), "-1"},
+    };
+    for (const auto &[item, esperado] : casos) {
+        const auto atualizar = [](auto &tag, auto &mudancas) {
+            return fnAtualizar_TagImposto(tag, "", "", "", mudancas);
+        };
+        EXPECT_EQ(remontado(item, atualizar), esperado);
+    }
 }
 
 } // namespace zel
