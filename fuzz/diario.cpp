@@ -29,8 +29,8 @@ RegistroDiario tirarRegistro(std::string_view &entrada, RegistroDiario registro)
         MudancaDiario mudanca;
         mudanca.forma = FormaMudanca{static_cast<std::uint8_t>(tirarNumero(entrada, 5))};
         mudanca.lugar = static_cast<std::uint64_t>(tirarNumero(entrada, 256));
-        mudanca.retirados = static_cast<std::uint64_t>(tirarNumero(entrada, 256));
-        mudanca.noLugar = mudanca.retirados % 2 != 0;
+        mudanca.antes = static_cast<std::uint64_t>(tirarNumero(entrada, 256));
+        mudanca.noLugar = mudanca.antes % 2 != 0;
         mudanca.nome = tirarNumero(entrada, 2) == 0 ? "a" : "b";
         mudanca.bytes = tirarAte(entrada, '\n');
         registro.mudancas.push_back(mudanca);
@@ -38,8 +38,8 @@ RegistroDiario tirarRegistro(std::string_view &entrada, RegistroDiario registro)
     return registro;
 }
 
-// The input as pieces of a journal, one after the other: bytes, records with right checksums, the
-// stamps after them; and as bits of it that flip.
+// The input as pieces of a journal, one after the other: bytes, records with right checksums, ends;
+// and as bits of it that flip.
 std::string diarioDe(std::string_view entrada, RegistroDiario ultimo) {
     std::string diario;
     while (!entrada.empty()) {
@@ -53,10 +53,8 @@ std::string diarioDe(std::string_view entrada, RegistroDiario ultimo) {
             ultimo.mudancas.clear();
             break;
         case 2:
-            ultimo.carimbos.push_back({tirarNumero(entrada, 2) == 0 ? "a" : "", {}});
-            ultimo.carimbos.back().identidade.no =
-                static_cast<std::uint64_t>(tirarNumero(entrada, 2));
-            diario.append(escreverCarimbos(ultimo));
+            ultimo.seguido = tirarNumero(entrada, 2);
+            diario.append(escreverFim(ultimo));
             break;
         default:
             if (!diario.empty())

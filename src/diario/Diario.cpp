@@ -114,7 +114,7 @@ bool Diario::criar(const std::string &caminho) {
     return feito;
 }
 
-// Whether a head says that the journal ends there: with the stamps of its last record, or empty.
+// Whether a head says that the journal ends there, after its last record or empty.
 bool Diario::terminaEm(const CabecaDiario &cabeca) const {
     if (cabeca.deRegistro) return false;
     return cabeca.registro.sequencia == ultimo_.sequencia &&
@@ -145,13 +145,12 @@ void Diario::concluir(Conteudo &conteudo) {
     const std::string_view bytes = conteudo.bytes;
     const std::string_view depois = bytes.substr(std::min(fim_, bytes.size()));
     setor_ = depois.substr(0, kSetor);
-    auto fim = lerCabecaDiario(depois);
+    const auto fim = lerCabecaDiario(depois);
     const bool terminado = fim && terminaEm(*fim);
     if (terminado && fim_ == 0) ultimo_.epoca = fim->registro.epoca;
-    // A record that was torn on its way to the disk has the stamps of the last one, too.
+    // A record that was torn on its way to the disk has it, too.
     const bool interrompido = fim && fim->deRegistro && fim_ != 0 && segue(fim->registro);
-    if (fim && (terminado || interrompido)) ultimo_.carimbos = std::move(fim->registro.carimbos);
-    if (!ultimo_.carimbos.empty()) conteudo.carimbos = ultimo_.carimbos;
+    if (terminado || interrompido) conteudo.seguido = ultimo_.seguido = fim->registro.seguido;
     if (terminado) return;
     // One that was cut short lacks whatever it had after that. Without a first record only zeros
     // are no damage: it was made and not yet written to.
@@ -164,12 +163,11 @@ void Diario::percorrer(std::string_view bytes, std::vector<RegistroDiario> &regi
     registros.clear();
     fim_ = 0;
     ultimo_.sequencia = 0;
-    ultimo_.carimbos.clear();
     std::size_t tamanho = 0;
     while (fim_ < bytes.size()) {
         auto registro = lerRegistroDiario(bytes.substr(fim_), tamanho);
         if (!registro || !segue(*registro)) break;
-        fim_ += tamanho;
+        fim_ += emMultiplosDe(kBloco, tamanho);
         ultimo_.epoca = registro->epoca;
         ultimo_.sequencia = registro->sequencia;
         registros.push_back(std::move(*registro));
@@ -198,8 +196,8 @@ bool Diario::emDia() {
     const auto dados = arquivo_.aberto() ? arquivo_.situacao() : std::nullopt;
     if (!dados || dados->st_nlink == 0 || !arquivo_.ehOGuardado(*dados) || !Vez::estender(arquivo_))
         return false;
-    // A record, with or without its stamps, would have taken the place of those that stood there;
-    // whoever empties the journal writes others there.
+    // A record would have taken the place of the end that stood there; whoever empties the journal
+    // writes another one there.
     std::array<char, kSetor> bytes;
     const ssize_t lidos = arquivo_.ler(bytes, fim_);
     return lidos >= 0 && std::string_view(bytes.data(), static_cast<std::size_t>(lidos)) == setor_;
@@ -209,12 +207,10 @@ bool Diario::temSeuNome() const {
     return noDe(fnConfigurarPath(kNome)) == no_;
 }
 
-RegistroDiario Diario::preparar(std::vector<MudancaDiario> mudancas,
-                                std::vector<CarimboDiario> achados) const {
+RegistroDiario Diario::preparar(std::vector<MudancaDiario> mudancas) const {
     RegistroDiario registro = ultimo_;
     ++registro.sequencia;
     registro.momento = agora();
-    std::ranges::move(achados, std::back_inserter(registro.carimbos));
     registro.mudancas = std::move(mudancas);
     return registro;
 }
@@ -238,24 +234,23 @@ bool Diario::acrescentar(const std::string &registro) {
             return false;
         }
     }
-    fim_ += registro.size();
+    fim_ += emMultiplosDe(kBloco, registro.size());
     ++ultimo_.sequencia;
-    ultimo_.carimbos.clear();
     setor_.clear();
     return true;
 }
 
-bool Diario::carimbar(std::vector<CarimboDiario> carimbos) {
-    ultimo_.carimbos = std::move(carimbos);
+bool Diario::encerrar(std::int64_t seguido) {
+    ultimo_.seguido = seguido;
     // Another one each time, so that who knew the end sees that somebody was there.
     ultimo_.momento = agora();
-    const std::string bloco = escreverCarimbos(ultimo_);
+    const std::string bloco = escreverFim(ultimo_);
     setor_ = bloco.substr(0, kSetor);
     return arquivo_.escrever(bloco, fim_);
 }
 
 bool Diario::esvaziar(std::size_t tamanho) {
-    if (tamanho + kBloco > tamanho_ && !ocupar(tamanho + kBloco)) return false;
+    if (ateOFim(tamanho) > tamanho_ && !ocupar(ateOFim(tamanho))) return false;
     if (recomecar()) return true;
     falhouArquivo(kNome);
     arquivo_.fechar();
@@ -272,7 +267,7 @@ bool Diario::recomecar() {
             if (!arquivo_.escrever(
                     std::string_view(zeros).substr(0, std::min(kZeros, tamanho_ - lugar)), lugar))
                 return false;
-    } else if (fim_ != 0 && !carimbar(std::move(ultimo_.carimbos))) {
+    } else if (fim_ != 0 && !encerrar(ultimo_.seguido)) {
         return false;
     }
     fim_ = 0;
@@ -280,7 +275,7 @@ bool Diario::recomecar() {
     ultimo_.epoca = agora();
     danificado_ = false;
     // Flushed: a record that follows is torn by a power cut over nothing older.
-    return carimbar({}) && descarregar();
+    return encerrar(0) && descarregar();
 }
 
 } // namespace zel

@@ -4,12 +4,12 @@
 // files themselves need no flush: whatever a power cut tears in them is put right from here. Knows
 // where records stand and which one is the last; what they mean for the files is Gravacao's.
 //
-//   journal = {record} stamps of the last one (RegistroDiario.h)
+//   journal = {record} end (RegistroDiario.h)
 //
 // The records of one epoch follow each other by their sequence numbers; where that breaks off, or a
 // checksum does not fit, the journal ends. Emptied, it begins again at its first byte, in another
 // epoch. A record written later never touches a block of an earlier one. It takes the place of the
-// stamps, which its own head repeats, so that a flush has no other block to write.
+// end, which its own head repeats.
 #pragma once
 
 #include "diario/RegistroDiario.h"
@@ -33,10 +33,10 @@ public:
 
     // What stands in it.
     struct Conteudo {
-        std::string bytes;                                  // the records' views are into these
-        std::vector<RegistroDiario> registros;              // those that belong here
-        std::optional<std::vector<CarimboDiario>> carimbos; // of the last one, where known
-        bool danificado = false;                            // see below
+        std::string bytes;                     // the records' views are into these
+        std::vector<RegistroDiario> registros; // those that belong here
+        std::int64_t seguido = 0; // when the files had followed the last one; 0 for not known
+        bool danificado = false;  // see below
     };
     // Reads it; the next record will follow the last one read.
     Leitura ler(Conteudo &conteudo);
@@ -55,14 +55,13 @@ public:
     // Whether it is still the file of its name.
     bool temSeuNome() const;
 
-    // Whether the next record, of so many bytes, has room, and its stamps after it.
-    bool cabe(std::size_t tamanho) const { return fim_ + tamanho + kBloco <= tamanho_; }
+    // Whether the next record, of so many bytes, has room, and the end after it.
+    bool cabe(std::size_t tamanho) const { return fim_ + ateOFim(tamanho) <= tamanho_; }
     bool passouDaMetade() const { return fim_ > tamanho_ / 2; }
     bool vazio() const { return fim_ == 0; }
 
-    // The record of the changes that would come next, of files some of which were `achados`.
-    RegistroDiario preparar(std::vector<MudancaDiario> mudancas,
-                            std::vector<CarimboDiario> achados) const;
+    // The record of the changes that would come next.
+    RegistroDiario preparar(std::vector<MudancaDiario> mudancas) const;
     // Appends its bytes and flushes them; false without it. Where the disk refuses the flush and
     // the way back as well, the record stands and counts as done; where nobody can know, the
     // journal is closed, to be read again.
@@ -71,10 +70,9 @@ public:
     // Flushes what may stand in it without having been.
     bool descarregar();
 
-    // Notes, without a flush, how the files stand that the last record changed. False where that
-    // could not be written, which the next reader does without.
-    bool carimbar(std::vector<CarimboDiario> carimbos);
-    const std::vector<CarimboDiario> &carimbos() const { return ultimo_.carimbos; }
+    // Notes, without a flush, that the files have followed the last record, and when. False where
+    // that could not be written, which the next reader does without.
+    bool encerrar(std::int64_t seguido);
 
     // Begins anew, flushed, with room for a record of `tamanho` bytes; a damaged one loses all that
     // it had. The files that it speaks of must be flushed before. False with the journal closed, or
@@ -82,6 +80,9 @@ public:
     bool esvaziar(std::size_t tamanho = 0);
 
 private:
+    static std::size_t ateOFim(std::size_t tamanho) {
+        return emMultiplosDe(kBloco, tamanho) + kBloco;
+    }
     Leitura abrir();
     bool criar(const std::string &caminho);
     bool ocupar(std::size_t tamanho);
@@ -96,7 +97,7 @@ private:
     bool alheio_ = false;
     std::size_t tamanho_ = 0;
     std::size_t fim_ = 0;   // of the last record
-    RegistroDiario ultimo_; // with its stamps and without its changes; sequence 0 for none
+    RegistroDiario ultimo_; // without its changes; sequence 0 for none
     bool danificado_ = false;
     std::string setor_; // the one at the end, as this process wrote or read it last
 };

@@ -6,7 +6,6 @@
 #include "diario/Diario.h"
 
 #include <map>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -14,35 +13,32 @@
 
 namespace zel {
 
-// A file as a change of the whole left it, and those in its place since.
-struct VersaoDiario {
-    std::string bytes;
-    std::vector<std::pair<std::size_t, std::size_t>> escritos{}; // from, to: written in its place
-
-    // Whether a power cut may leave that of it: the bytes written in its place are those of any
-    // time, whatever did not get to the disk is missing or reads as zero.
-    bool podeDeixar(std::string_view conteudo) const;
-};
-
 struct EstadoDiario {
-    std::vector<VersaoDiario> versoes{}; // the last one is what it was left with
-    bool existia = false;                // before the journal's first record of it
-    bool removido = false;               // a later record found it gone
+    std::string conteudo{}; // what it was left with
+    bool existia = false;   // before the journal's first record of it
+    bool removido = false;  // a later record found it gone
     Acesso acesso = Acesso::kPrivado;
     Ligacao ligacao = Ligacao::kNaoSeguida;
-    std::int64_t momento = 0;             // of its last record
-    std::int64_t limite = 0;              // when that had been followed, at the latest
-    std::optional<Identidade> carimbo;    // how it stood after that, where that is known
-    std::vector<Identidade> anteriores{}; // how it stood before, at any time that is known
-
-    const std::string &conteudo() const { return versoes.back().bytes; }
+    std::int64_t momento = 0; // of its last record
+    bool seguido = false;     // that it had followed that is known
+    std::int64_t limite = 0;  // when, at the latest
 
     // Whether a file that holds something else was written by somebody else, after the last record;
     // otherwise it is one that lost what was not flushed.
-    bool ehDeOutro(const Identidade &achada, std::string_view conteudo) const;
+    bool ehDeOutro(const Identidade &achada, std::string_view bytes) const;
+
+    // Takes one change into account. False for one of another file than this.
+    bool mudar(const MudancaDiario &mudanca);
+    // Of a record of then, which had been followed at that time; 0 where that is not known.
+    void datar(std::int64_t desteRegistro, std::int64_t seguidoEm, bool danificado);
 
 private:
-    bool mudadaDepois(const Identidade &achada, std::string_view conteudo) const;
+    bool podeFicar(std::string_view bytes) const;
+
+    std::int64_t antes_ = 0;               // it had changed by then, before its last record
+    std::vector<std::int64_t> escritas_{}; // times of writing that it had before
+    std::uint64_t no_ = 0;                 // that was written in its place; 0 for none
+    std::vector<std::pair<std::size_t, std::string>> cobertos_{}; // what stood there, from where on
 };
 
 class EstadosDiario {
@@ -52,16 +48,14 @@ public:
     const std::map<std::string, EstadoDiario> &arquivos() const { return arquivos_; }
 
     // Whether a file that is missing was taken away by somebody: there was one before, or the
-    // directory changed after the file was seen in its place.
+    // directory changed after all names had followed.
     bool foiRemovido(const EstadoDiario &estado, const Identidade &diretorio) const;
 
 private:
-    void aplicar(const RegistroDiario &registro);
-    void carimbar(const std::vector<CarimboDiario> &carimbos);
+    void aplicar(const RegistroDiario &registro, std::int64_t seguido);
 
     std::map<std::string, EstadoDiario> arquivos_;
-    std::map<std::string, std::vector<Identidade>> vistos_;
-    std::optional<Identidade> diretorio_; // after the last change of names
+    std::int64_t nomes_ = 0; // when the last change of names had followed
     bool danificado_;
 };
 

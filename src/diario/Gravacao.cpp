@@ -31,15 +31,15 @@ struct Passo {
     ArquivoAchado achado{};
     bool aberto = false; // was looked at where it is open
     Plano plano{};
-    Rascunho rascunho{};      // of one that is not written where it stands
-    Cadeia *cadeia = nullptr; // none where it was not followed
-    bool estreia = false;     // the journal has nothing of the file yet
+    Rascunho rascunho{}; // of one that is not written where it stands
+    Cadeia *cadeia = nullptr;
+    bool estreia = false; // the journal has nothing of the file yet
 };
 
 // All of them, and the record that they are.
 struct Gravacao {
     std::vector<Passo> passos;
-    std::int64_t momento = 0;
+    std::vector<std::string> ausentes; // files of the journal that somebody took away
     std::string registro;
     bool mudaNomes() const {
         return std::ranges::any_of(passos, [](const Passo &passo) { return !passo.plano.noLugar; });
@@ -93,19 +93,13 @@ bool planejarTodos(std::span<const MudancaArquivo> mudancas, std::vector<Passo> 
     });
 }
 
-RegistroDiario registroDe(const std::vector<Passo> &passos) {
+RegistroDiario registroDe(const Gravacao &gravacao) {
     std::vector<MudancaDiario> mudancas;
-    std::vector<CarimboDiario> achados;
-    for (const auto &[mudanca, caminho, achado, aberto, plano, rascunho, cadeia, estreia] :
-         passos) {
-        std::ranges::copy(plano.mudancas, std::back_inserter(mudancas));
-        // What comes back after a power cut is told by it.
-        if (achado.existe && !achado.seguido)
-            achados.push_back({std::string(mudanca->nome), achado.identidade});
-    }
-    for (const std::string &nome : gravador().ausentes)
-        achados.push_back({nome, {}});
-    return gravador().diario.preparar(std::move(mudancas), std::move(achados));
+    for (const Passo &passo : gravacao.passos)
+        std::ranges::copy(passo.plano.mudancas, std::back_inserter(mudancas));
+    for (const std::string &nome : gravacao.ausentes)
+        mudancas.push_back({.nome = nome, .forma = FormaMudanca::kLevada});
+    return gravador().diario.preparar(std::move(mudancas));
 }
 
 // What takes memory once the record is on the disk, where nothing may fail for want of it.
@@ -123,7 +117,7 @@ void reservar(std::vector<Passo> &passos) {
 bool preparar(const Gravacao &gravacao) {
     return std::ranges::all_of(gravacao.passos, [&](const Passo &passo) {
         return passo.plano.noLugar || escreverRascunho(passo.rascunho, passo.plano.depois,
-                                                       passo.mudanca->acesso, gravacao.momento);
+                                                       passo.mudanca->acesso, gravador().momento);
     });
 }
 
@@ -139,12 +133,9 @@ void abandonar(const std::vector<Passo> &passos) {
 bool abrirSeguido(const Passo &passo, Cadeia &cadeia) {
     if (passo.aberto && cadeia.aberto.aberto()) return true;
     Identidade aberta;
-    if (!identificar(cadeia.aberto, aberta)) cadeia.aberto.fechar();
-    if (!passo.achado.seguido || !cadeia.aberto.aberto()) {
-        cadeia.aberto = abrirNoLugar(passo.caminho, passo.mudanca->ligacao);
-        if (!identificar(cadeia.aberto, aberta)) return false;
-    }
-    return aberta == passo.achado.identidade;
+    if (!passo.achado.seguido || !identificar(cadeia.aberto, aberta))
+        cadeia.aberto = abrirNoLugar(passo.caminho, passo.mudanca->ligacao, aberta);
+    return cadeia.aberto.aberto() && aberta == passo.achado.identidade;
 }
 
 bool escreverTrechos(const Passo &passo, const Cadeia &cadeia) {
@@ -157,7 +148,7 @@ bool escreverTrechos(const Passo &passo, const Cadeia &cadeia) {
 // Writes a file in its place, and sees how it stands then. It stays open for the next time. False
 // also where somebody was there since it was looked at, or another file has got its name: the next
 // call puts right what stands there.
-bool escreverSobre(const Passo &passo, Cadeia &cadeia, std::int64_t momento) {
+bool escreverSobre(const Passo &passo, Cadeia &cadeia) {
     if (!abrirSeguido(passo, cadeia)) return false;
     // Twice here, for the file is not the one that was looked at once a part of it is written.
     if (!escreverTrechos(passo, cadeia) && !escreverTrechos(passo, cadeia)) {
@@ -166,74 +157,52 @@ bool escreverSobre(const Passo &passo, Cadeia &cadeia, std::int64_t momento) {
         return false;
     }
     // Another one may have its name, or a link lead elsewhere.
-    return marcarEscrita(cadeia.aberto, momento, cadeia.identidade, [&](Identidade &identidade) {
-        return identificar(passo.caminho, passo.mudanca->ligacao, identidade) == Leitura::kLido &&
-               identidade.no == passo.achado.identidade.no;
-    });
+    return marcarEscrita(cadeia.aberto, gravador().momento, cadeia.identidade,
+                         [&](Identidade &identidade) {
+                             return identificar(passo.caminho, passo.mudanca->ligacao,
+                                                identidade) == Leitura::kLido &&
+                                    identidade.no == passo.achado.identidade.no;
+                         });
 }
 
 // Makes one change and sees how the file stands then.
-bool aplicar(const Passo &passo, std::int64_t momento) {
+bool aplicar(const Passo &passo) {
     Cadeia &cadeia = *passo.cadeia;
-    cadeia.marcada = false;
-    if (passo.plano.noLugar) {
-        if (!escreverSobre(passo, cadeia, momento)) return false;
-    } else {
-        cadeia.aberto.fechar();
-        if (!instalarRascunho(passo.rascunho) ||
-            identificar(passo.caminho, passo.mudanca->ligacao, cadeia.identidade) != Leitura::kLido)
-            return false;
-    }
-    const std::int64_t escrita = cadeia.identidade.escrita;
-    cadeia.marcada =
-        temMarca(cadeia.identidade) && (escrita == momento || escrita == escritaInteira(momento));
-    return true;
-}
-
-// Notes how the files stand that have followed the record; without memory for it the next process
-// does without.
-void carimbarSeguidas(const Gravacao &gravacao) {
-    Gravador &g = gravador();
-    try {
-        std::vector<CarimboDiario> carimbos;
-        for (const Passo &passo : gravacao.passos)
-            if (passo.cadeia != nullptr)
-                carimbos.push_back({std::string(passo.mudanca->nome), passo.cadeia->identidade});
-        if (gravacao.mudaNomes()) {
-            g.diretorio = identificarDiretorio(fnConfigurarPath(""));
-            carimbos.push_back({"", g.diretorio});
-        }
-        g.diario.carimbar(std::move(carimbos));
-    } catch (...) {
-        // The files have followed all the same.
-    }
+    if (passo.plano.noLugar) return escreverSobre(passo, cadeia);
+    cadeia.aberto.fechar();
+    return instalarRascunho(passo.rascunho) &&
+           identificar(passo.caminho, passo.mudanca->ligacao, cadeia.identidade) == Leitura::kLido;
 }
 
 // The record is on the disk: what fails from here on is put right later. Whether nothing did.
-bool seguir(Gravacao &gravacao) {
+bool seguir(const Gravacao &gravacao) {
+    Gravador &g = gravador();
     bool todos = true;
-    for (Passo &passo : gravacao.passos) {
+    for (const Passo &passo : gravacao.passos) {
         // What hinders it once may not hinder it twice.
-        if (aplicar(passo, gravacao.momento) || aplicar(passo, gravacao.momento)) continue;
+        if (aplicar(passo) || aplicar(passo)) continue;
         todos = false;
         esquecerCadeia(passo.mudanca->nome);
-        passo.cadeia = nullptr;
     }
-    carimbarSeguidas(gravacao);
+    for (const std::string &nome : gravacao.ausentes)
+        esquecerCadeia(nome);
+    try {
+        if (todos) g.diario.encerrar(agora());
+    } catch (...) {
+        // The files have followed all the same; without memory for it the next process does
+        // without.
+    }
     return todos;
 }
 
-// Somebody changed names in the directory: the files that are gone are to stay so, although the
-// directory will have a later time by names of this record. One that is written anew is gone no
-// more.
-void notarAusentes(const Gravacao &gravacao) {
-    Gravador &g = gravador();
-    const auto deixada = [&](const auto &cadeia) { return !gravacao.escreve(cadeia.first); };
-    if (!gravacao.mudaNomes() || !std::ranges::any_of(g.cadeias, deixada) ||
-        identificarDiretorio(fnConfigurarPath("")) == g.diretorio)
-        return;
-    for (const auto &[nome, cadeia] : g.cadeias)
-        if (!existeArquivo(fnConfigurarPath(nome))) g.ausentes.insert(nome);
+// The files that are gone are to stay so, although the directory gets a later time by names of this
+// record.
+void notarAusentes(Gravacao &gravacao) {
+    gravacao.ausentes.clear();
+    if (!gravacao.mudaNomes()) return;
+    for (const auto &[nome, cadeia] : gravador().cadeias)
+        if (!gravacao.escreve(nome) && !existeArquivo(fnConfigurarPath(nome)))
+            gravacao.ausentes.push_back(nome);
 }
 
 // What is to be written, and a record of it that has room. Once the journal is empty it has the
@@ -244,10 +213,10 @@ bool planejar(std::span<const MudancaArquivo> mudancas, Gravacao &gravacao) {
     for (int volta = 0; volta < kVoltas; ++volta) {
         if (!planejarTodos(mudancas, gravacao.passos)) return false;
         notarAusentes(gravacao);
-        const RegistroDiario seguinte = registroDe(gravacao.passos);
+        const RegistroDiario seguinte = registroDe(gravacao);
         const std::size_t tamanho = tamanhoRegistroDiario(seguinte);
         if (diario.cabe(tamanho)) {
-            gravacao.momento = seguinte.momento;
+            gravador().momento = seguinte.momento;
             gravacao.registro = escreverRegistroDiario(seguinte);
             return true;
         }
@@ -280,8 +249,6 @@ bool gravarTodos(std::span<const MudancaArquivo> mudancas) {
     if (!g.diario.abrirOuCriar() || (g.diario.danificado() && !esvaziarDiario(0))) return false;
     Gravacao gravacao;
     if (!planejar(mudancas, gravacao) || !registrar(gravacao)) return false;
-    for (const std::string &nome : std::exchange(g.ausentes, {}))
-        if (!gravacao.escreve(nome)) g.cadeias.erase(nome);
     g.atrasado = !seguir(gravacao);
     return true;
 }
@@ -304,9 +271,8 @@ int gravarJuntos(std::span<const MudancaArquivo> mudancas) {
 }
 
 std::optional<Identidade> identidadeMarcada(std::string_view nome) {
-    const auto cadeia = gravador().cadeias.find(nome);
-    if (cadeia == gravador().cadeias.end() || !cadeia->second.marcada) return {};
-    return cadeia->second.identidade;
+    const auto deixada = identidadeDeixada(nome);
+    return deixada && ehEscritaDe(deixada->escrita, gravador().momento) ? deixada : std::nullopt;
 }
 
 std::optional<Identidade> identidadeDeixada(std::string_view nome) {

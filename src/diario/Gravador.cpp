@@ -10,8 +10,6 @@
 #include <algorithm>
 #include <string>
 #include <unistd.h>
-#include <utility>
-#include <vector>
 
 namespace zel {
 
@@ -51,7 +49,6 @@ bool esvaziarDiario(std::size_t tamanho) {
         return false;
     }
     g.cadeias.clear();
-    g.ausentes.clear();
     return true;
 }
 
@@ -59,7 +56,7 @@ namespace {
 
 // Puts a file in the state that the journal has for it, unless somebody wrote it since; a missing
 // one when it was not `removido`.
-bool acertar(const std::string &nome, const EstadoDiario &estado, bool removido, bool &mudado) {
+bool acertar(const std::string &nome, const EstadoDiario &estado, bool removido, bool &acertou) {
     Gravador &g = gravador();
     const std::string caminho = fnConfigurarPath(nome);
     // Nobody else's journal leads out of his directory.
@@ -71,54 +68,35 @@ bool acertar(const std::string &nome, const EstadoDiario &estado, bool removido,
         return ehLigacao(caminho);
     case Leitura::kInexistente:
         if (!removido) break;
-        g.ausentes.insert(nome);
+        g.cadeias[nome] = {};
         return true;
     case Leitura::kLido:
         if (lerArquivo(caminho, conteudo, ligacao) != Leitura::kLido) return false;
-        if (conteudo != estado.conteudo() && estado.ehDeOutro(identidade, conteudo)) return true;
-        if (conteudo != estado.conteudo() || g.perdeu) break;
-        g.cadeias[nome] = {identidade, {}, false};
+        if (conteudo != estado.conteudo && estado.ehDeOutro(identidade, conteudo)) return true;
+        if (conteudo != estado.conteudo || g.perdeu) break;
+        g.cadeias[nome] = {identidade, {}};
         return true;
     }
-    g.mudou = mudado = true;
-    if (substituirArquivo(caminho, estado.conteudo(), estado.acesso, ligacao) != ZEL_OK ||
-        identificar(caminho, ligacao, identidade) != Leitura::kLido)
-        return false;
-    g.cadeias[nome] = {identidade, {}, false};
-    return true;
+    g.mudou = acertou = true;
+    g.cadeias[nome] = {};
+    return substituirArquivo(caminho, estado.conteudo, estado.acesso, ligacao, estado.momento) ==
+           ZEL_OK;
 }
 
-// Notes how every file stands that holds what the journal says: the process that wrote them did not
-// come to it, or they were put right here; and what somebody takes away from here on is to stay
-// away. What was known of the last record comes first, for not all may fit.
-void carimbarTudo() {
+// What is `acertado` has been put right, or the process that wrote the last record did not come to
+// the end of it.
+bool acertarTodos(const Diario::Conteudo &conteudo, bool &acertado) {
     Gravador &g = gravador();
-    std::vector<CarimboDiario> carimbos{{"", identificarDiretorio(fnConfigurarPath(""))}};
-    for (const CarimboDiario &carimbo : g.diario.carimbos())
-        if (!carimbo.nome.empty()) carimbos.push_back(carimbo);
-    for (const auto &[nome, cadeia] : g.cadeias) {
-        const auto lugar = std::ranges::find(carimbos, nome, &CarimboDiario::nome);
-        if (lugar != carimbos.end())
-            lugar->identidade = cadeia.identidade;
-        else
-            carimbos.push_back({nome, cadeia.identidade});
-    }
-    g.diario.carimbar(std::move(carimbos));
-}
-
-bool acertarTodos(const Diario::Conteudo &conteudo) {
-    Gravador &g = gravador();
-    const bool interrompido = !conteudo.registros.empty() && !conteudo.carimbos;
+    acertado = !conteudo.registros.empty() && conteudo.seguido == 0;
     // Nothing may follow a record that is not on the disk.
-    if (interrompido && !g.diario.descarregar()) return false;
+    if (acertado && !g.diario.descarregar()) return false;
     const EstadosDiario estados(conteudo);
     // As it was before anything is put right.
     const Identidade diretorio = identificarDiretorio(fnConfigurarPath(""));
-    bool acertou = false;
-    for (const auto &[nome, estado] : estados.arquivos())
-        if (!acertar(nome, estado, estados.foiRemovido(estado, diretorio), acertou)) return false;
-    if ((interrompido || acertou) && !g.diario.danificado()) carimbarTudo();
-    return true;
+    return std::ranges::all_of(estados.arquivos(), [&](const auto &arquivo) {
+        const auto &[nome, estado] = arquivo;
+        return acertar(nome, estado, estados.foiRemovido(estado, diretorio), acertado);
+    });
 }
 
 } // namespace
@@ -127,16 +105,16 @@ bool recuperar() {
     Gravador &g = gravador();
     Diario::Conteudo conteudo;
     g.cadeias.clear();
-    g.ausentes.clear();
-    g.diretorio = {};
     g.processo = ::getpid();
     g.atrasado = true;
     ++g.leituras;
     const Leitura leitura = g.diario.ler(conteudo);
     if (leitura == Leitura::kFalha) return false;
-    if (leitura == Leitura::kLido && !acertarTodos(conteudo)) return false;
+    bool acertado = false;
+    if (leitura == Leitura::kLido && !acertarTodos(conteudo, acertado)) return false;
     g.atrasado = g.perdeu = false;
-    return true;
+    // Files are judged by when the journal's records were followed, and these are later.
+    return !acertado || conteudo.danificado || esvaziarDiario(0);
 }
 
 bool acompanhado() {

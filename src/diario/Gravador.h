@@ -10,17 +10,15 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <set>
 #include <string>
 #include <sys/types.h>
 
 namespace zel {
 
-// A file that holds what the journal says.
+// A file that holds what the journal says, or is known to be gone (no identity).
 struct Cadeia {
     Identidade identidade; // when that was last seen
     Descritor aberto;      // to write in its place, once that was done
-    bool marcada = false;  // that is nobody else's identity
 };
 
 // What this process knows of the journal and of the files in it.
@@ -28,13 +26,12 @@ struct Gravador {
     Diario diario;
     std::uint64_t leituras = 0; // of the journal
     pid_t processo = 0;
-    // Files that hold what the journal says, by name.
+    // By name.
     std::map<std::string, Cadeia, std::less<>> cadeias;
-    bool atrasado = false; // a file may lack what the journal has
-    bool perdeu = false;   // a flush was refused: what a file seems to hold may not reach the disk
-    bool mudou = false;    // this process changed a file
-    Identidade diretorio;  // after this process's last change of names
-    std::set<std::string> ausentes; // files of the journal that the next record is to call gone
+    std::int64_t momento = 0; // of this process's last record
+    bool atrasado = false;    // a file may lack what the journal has
+    bool perdeu = false; // a flush was refused: what a file seems to hold may not reach the disk
+    bool mudou = false;  // this process changed a file
     Gravador() = default;
     ~Gravador();
     Gravador(const Gravador &) = delete;

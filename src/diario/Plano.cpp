@@ -36,7 +36,7 @@ std::vector<MudancaDiario> diferencas(std::string_view antes, std::string_view d
     const std::size_t resto = iguais<Ponta::kFim>(antes, depois, comum - inicio);
     const auto pedaco = [&](std::size_t de, std::size_t ate, std::size_t retirados) {
         trecho.lugar = de;
-        trecho.retirados = retirados;
+        trecho.antes = retirados;
         trecho.bytes = depois.substr(de, ate - de);
         return trecho;
     };
@@ -58,32 +58,29 @@ std::vector<MudancaDiario> diferencas(std::string_view antes, std::string_view d
     return {pedaco(inicio, fim, antes.size() - resto - inicio)};
 }
 
-MudancaDiario inteira(const MudancaDiario &modelo, std::string_view bytes, bool nova) {
-    MudancaDiario mudanca = modelo;
-    mudanca.forma = nova ? FormaMudanca::kInteiraNova : FormaMudanca::kInteira;
-    mudanca.bytes = bytes;
-    return mudanca;
+// The whole of a file, and when the one that was found had been written and changed.
+MudancaDiario inteira(MudancaDiario modelo, std::string_view bytes, const ArquivoAchado &achado) {
+    modelo.forma = achado.nomeLivre ? FormaMudanca::kInteiraNova : FormaMudanca::kInteira;
+    modelo.lugar = static_cast<std::uint64_t>(achado.identidade.escrita);
+    modelo.antes = static_cast<std::uint64_t>(achado.identidade.mudanca);
+    modelo.bytes = bytes;
+    return modelo;
 }
 
 bool ehDoTamanho(const ArquivoAchado &achado, std::size_t tamanho) {
     return achado.existe && achado.identidade.tamanho == tamanho;
 }
 
-// A new end of the file that was left. The journal gets it whole where it does not know it yet.
-void planejarFim(const MudancaArquivo &mudanca, const ArquivoAchado &achado,
-                 const MudancaDiario &modelo, Plano &plano) {
-    const MudancaArquivo::Fim &fim = *mudanca.fim;
-    MudancaDiario trecho = modelo;
-    trecho.lugar = fim.lugar;
-    trecho.retirados = fim.tamanho - fim.lugar;
-    trecho.bytes = mudanca.depois;
-    plano.noLugar = trecho.noLugar = true;
-    if (!achado.seguido) {
-        plano.inteiro = achado.conteudo.substr(0, fim.lugar).append(mudanca.depois);
-        plano.mudancas.push_back(inteira(modelo, plano.inteiro, false));
-        trecho.retirados = trecho.bytes.size(); // of the whole
+// Written where it stands: the journal gets what it holds where it does not know that yet.
+void noLugar(std::vector<MudancaDiario> trechos, MudancaDiario modelo, std::string_view antes,
+             const ArquivoAchado &achado, Plano &plano) {
+    plano.noLugar = modelo.noLugar = true;
+    if (!achado.seguido) plano.mudancas.push_back(inteira(modelo, antes, achado));
+    for (MudancaDiario &trecho : trechos) {
+        trecho.noLugar = true;
+        trecho.antes = achado.identidade.no;
+        plano.mudancas.push_back(trecho);
     }
-    plano.mudancas.push_back(trecho);
 }
 
 } // namespace
@@ -101,8 +98,12 @@ void planejar(const MudancaArquivo &mudanca, const ArquivoAchado &achado, Plano 
                                .ligacao = mudanca.ligacao,
                                .bytes = {},
                                .noLugar = false};
-    if (mudanca.fim && ehDoTamanho(achado, mudanca.fim->tamanho))
-        return planejarFim(mudanca, achado, modelo, plano);
+    if (mudanca.fim && ehDoTamanho(achado, mudanca.fim->tamanho)) {
+        MudancaDiario fim = modelo;
+        fim.lugar = mudanca.fim->lugar;
+        fim.bytes = mudanca.depois;
+        return noLugar({fim}, modelo, achado.conteudo, achado, plano);
+    }
     if (mudanca.fim) plano.inteiro = mudanca.fim->inteiro();
     plano.depois = mudanca.fim ? std::string_view(plano.inteiro) : mudanca.depois;
     // What the caller takes it to hold; one that the journal left so does.
@@ -110,14 +111,12 @@ void planejar(const MudancaArquivo &mudanca, const ArquivoAchado &achado, Plano 
                         (achado.seguido || achado.conteudo == *mudanca.antes);
     std::vector<MudancaDiario> trechos;
     if (sabido) trechos = diferencas(*mudanca.antes, plano.depois, modelo);
-    plano.noLugar = sabido && mudanca.antes->size() == plano.depois.size() &&
-                    trechos.front().retirados <= kNoLugar;
-    for (MudancaDiario &trecho : trechos)
-        trecho.noLugar = plano.noLugar;
-    if (!sabido || !achado.seguido)
-        plano.mudancas.push_back(inteira(modelo, plano.depois, achado.nomeLivre));
-    if (plano.noLugar || plano.mudancas.empty())
-        plano.mudancas.insert(plano.mudancas.end(), trechos.begin(), trechos.end());
+    if (sabido && mudanca.antes->size() == plano.depois.size() && trechos.front().antes <= kNoLugar)
+        return noLugar(trechos, modelo, *mudanca.antes, achado, plano);
+    if (sabido && achado.seguido)
+        plano.mudancas = trechos;
+    else
+        plano.mudancas.push_back(inteira(modelo, plano.depois, achado));
 }
 
 } // namespace zel

@@ -26,7 +26,7 @@ bool precisaDoConteudo(const MudancaArquivo &mudanca, const ArquivoAchado &achad
 
 struct Plano {
     bool noLugar = false;                  // written where the file stands, otherwise beside it
-    std::string inteiro{};                 // a whole that takes the place of an end
+    std::string inteiro{};                 // a whole that takes the place of an end, beside it
     std::string_view depois{};             // the whole, where it is written beside
     std::vector<MudancaDiario> mudancas{}; // of the record; what is written in place are its pieces
 };

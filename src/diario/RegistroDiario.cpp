@@ -4,21 +4,16 @@
 #include "diario/Soma.h"
 
 #include <algorithm>
-#include <array>
+#include <type_traits>
 #include <utility>
 
 namespace zel {
 
 namespace {
 
-constexpr std::string_view kMarca = "ZEL3";
-constexpr std::string_view kMarcaCarimbos = "ZELC";
-constexpr std::size_t kAntesDaSoma = 4, kDepoisDaSoma = 8; // bytes from the head's start
-constexpr std::size_t kCabeca = kSetor;
-
-constexpr std::size_t emBlocos(std::size_t tamanho) {
-    return (tamanho + kBloco - 1) / kBloco * kBloco;
-}
+constexpr std::string_view kMarca = "ZEL4", kMarcaFim = "ZELF";
+constexpr std::size_t kDepoisDaSoma = 8, kCabeca = 60;        // bytes from the head's start
+constexpr std::int64_t kMaiorMomento = std::int64_t{1} << 62; // in the year 2116
 
 // An entry of a directory, and not of another one.
 bool ehEntrada(const MudancaDiario &mudanca) {
@@ -26,24 +21,13 @@ bool ehEntrada(const MudancaDiario &mudanca) {
            mudanca.nome.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
 }
 
-template <class Numero>
-auto emBytes(Numero numero) {
-    std::array<char, sizeof numero> bytes;
-    for (std::size_t i = 0; i < sizeof numero; ++i)
-        bytes[i] = static_cast<char>(static_cast<std::uint64_t>(numero) >> (8 * i));
-    return bytes;
-}
-
-template <class Numero>
-void escrever(std::string &bytes, Numero numero) {
-    const auto novos = emBytes(numero);
-    bytes.append(novos.data(), novos.size());
-}
-
-template <class Numero>
-void corrigir(std::string &bytes, std::size_t lugar, Numero numero) {
-    const auto novos = emBytes(numero);
-    std::ranges::copy(novos, bytes.begin() + static_cast<std::ptrdiff_t>(lugar));
+template <class... Numero>
+void escrever(std::string &bytes, Numero... numeros) {
+    const auto um = [&](auto numero) {
+        for (std::size_t i = 0; i < sizeof numero; ++i)
+            bytes += static_cast<char>(static_cast<std::uint64_t>(numero) >> (8 * i));
+    };
+    (um(numeros), ...);
 }
 
 constexpr unsigned kPrivado = 1, kSegue = 2, kEscrito = 4; // bits of a change's mode
@@ -54,45 +38,15 @@ constexpr std::uint8_t modoDe(const MudancaDiario &mudanca) {
                                      (mudanca.noLugar ? kEscrito : 0U));
 }
 
-void escreverNome(std::string &bytes, std::string_view nome) {
-    escrever(bytes, static_cast<std::uint8_t>(nome.size()));
-    bytes.append(nome);
-}
-
-std::size_t tamanhoDe(const CarimboDiario &carimbo) {
-    return 1 + carimbo.nome.size() + 4 * sizeof(std::uint64_t);
-}
-
-// The head, with as many stamps as fit.
 std::string escreverCabeca(std::string_view marca, const RegistroDiario &registro,
                            std::string_view conteudo = {}) {
     std::string bytes;
-    bytes.reserve(kCabeca);
-    bytes = marca;
-    escrever(bytes, std::uint32_t{0}); // the checksum, known at the end
-    escrever(bytes, registro.epoca);
-    escrever(bytes, registro.sequencia);
-    escrever(bytes, registro.momento);
-    escrever(bytes, registro.lugar.no);
-    escrever(bytes, registro.lugar.diretorio);
-    escrever(bytes, static_cast<std::uint32_t>(conteudo.size()));
-    escrever(bytes, somaCrc32(conteudo));
-    const std::size_t lugarDaConta = bytes.size();
-    std::uint8_t carimbos = 0;
-    escrever(bytes, carimbos);
-    for (const CarimboDiario &carimbo : registro.carimbos) {
-        if (bytes.size() + tamanhoDe(carimbo) > kCabeca) break;
-        ++carimbos;
-        escreverNome(bytes, carimbo.nome);
-        escrever(bytes, carimbo.identidade.no);
-        escrever(bytes, carimbo.identidade.tamanho);
-        escrever(bytes, carimbo.identidade.mudanca);
-        escrever(bytes, carimbo.identidade.escrita);
-    }
-    corrigir(bytes, lugarDaConta, carimbos);
-    corrigir(bytes, kAntesDaSoma, somaCrc32(std::string_view(bytes).substr(kDepoisDaSoma)));
-    bytes.resize(kCabeca, '\0');
-    return bytes;
+    escrever(bytes, registro.epoca, registro.sequencia, registro.momento, registro.lugar.no,
+             registro.lugar.diretorio, static_cast<std::uint32_t>(conteudo.size()),
+             somaCrc32(conteudo), registro.seguido);
+    std::string cabeca(marca);
+    escrever(cabeca, somaCrc32(bytes));
+    return cabeca + bytes;
 }
 
 // Reads bytes from the front; once they do not suffice everything reads as nothing.
@@ -101,7 +55,6 @@ public:
     explicit Leitor(std::string_view bytes) : resto_(bytes) {}
 
     bool inteiro() const { return inteiro_; }
-    std::size_t resto() const { return resto_.size(); }
 
     std::string_view trecho(std::uint64_t tamanho) {
         if (tamanho > resto_.size()) inteiro_ = false;
@@ -110,46 +63,39 @@ public:
         return bytes;
     }
 
-    template <class Numero>
-    Numero numero() {
-        std::uint64_t valor = 0;
-        std::size_t casa = 0;
-        for (const char byte : trecho(sizeof(Numero)))
-            valor |= std::uint64_t{static_cast<unsigned char>(byte)} << (8 * casa++);
-        return static_cast<Numero>(valor);
+    template <class... Numero>
+    void ler(Numero &...numeros) {
+        const auto um = [&](auto &numero) {
+            std::uint64_t valor = 0;
+            std::size_t casa = 0;
+            for (const char byte : trecho(sizeof numero))
+                valor |= std::uint64_t{static_cast<unsigned char>(byte)} << (8 * casa++);
+            numero = static_cast<std::remove_reference_t<decltype(numero)>>(valor);
+        };
+        (um(numeros), ...);
     }
-
-    std::string_view nome() { return trecho(numero<std::uint8_t>()); }
 
 private:
     std::string_view resto_;
     bool inteiro_ = true;
 };
 
-std::vector<CarimboDiario> lerCarimbos(Leitor &leitor) {
-    std::vector<CarimboDiario> carimbos(leitor.numero<std::uint8_t>());
-    for (CarimboDiario &carimbo : carimbos) {
-        carimbo.nome = leitor.nome();
-        carimbo.identidade.no = leitor.numero<std::uint64_t>();
-        carimbo.identidade.tamanho = leitor.numero<std::uint64_t>();
-        carimbo.identidade.mudanca = leitor.numero<std::int64_t>();
-        carimbo.identidade.escrita = leitor.numero<std::int64_t>();
-    }
-    return carimbos;
-}
-
 MudancaDiario lerMudanca(Leitor &leitor) {
     MudancaDiario mudanca;
-    mudanca.nome = leitor.nome();
-    mudanca.forma = FormaMudanca{leitor.numero<std::uint8_t>()};
-    const unsigned modo = leitor.numero<std::uint8_t>();
+    std::uint8_t nome = 0, modo = 0;
+    std::uint64_t tamanho = 0;
+    leitor.ler(nome);
+    mudanca.nome = leitor.trecho(nome);
+    leitor.ler(mudanca.forma, modo, mudanca.lugar, mudanca.antes, tamanho);
+    mudanca.bytes = leitor.trecho(tamanho);
     mudanca.acesso = (modo & kPrivado) != 0 ? Acesso::kPrivado : Acesso::kUmask;
     mudanca.noLugar = (modo & kEscrito) != 0;
     mudanca.ligacao = (modo & kSegue) != 0 ? Ligacao::kSeguida : Ligacao::kNaoSeguida;
-    mudanca.lugar = leitor.numero<std::uint64_t>();
-    mudanca.retirados = leitor.numero<std::uint64_t>();
-    mudanca.bytes = leitor.trecho(leitor.numero<std::uint64_t>());
     return mudanca;
+}
+
+constexpr std::size_t emPartes(std::size_t tamanho) {
+    return emMultiplosDe(tamanho > kBloco ? kBloco : kSetor, tamanho);
 }
 
 } // namespace
@@ -159,7 +105,7 @@ std::size_t tamanhoRegistroDiario(const RegistroDiario &registro) {
     for (const MudancaDiario &mudanca : registro.mudancas)
         tamanho +=
             1 + mudanca.nome.size() + 1 + 1 + 3 * sizeof(std::uint64_t) + mudanca.bytes.size();
-    return emBlocos(tamanho);
+    return emPartes(tamanho);
 }
 
 std::string escreverRegistroDiario(const RegistroDiario &registro) {
@@ -167,22 +113,20 @@ std::string escreverRegistroDiario(const RegistroDiario &registro) {
     bytes.reserve(tamanhoRegistroDiario(registro));
     escrever(bytes, static_cast<std::uint8_t>(registro.mudancas.size()));
     for (const MudancaDiario &mudanca : registro.mudancas) {
-        escreverNome(bytes, mudanca.nome);
-        escrever(bytes, static_cast<std::uint8_t>(mudanca.forma));
-        escrever(bytes, modoDe(mudanca));
-        escrever(bytes, mudanca.lugar);
-        escrever(bytes, mudanca.retirados);
-        escrever(bytes, std::uint64_t{mudanca.bytes.size()});
+        escrever(bytes, static_cast<std::uint8_t>(mudanca.nome.size()));
+        bytes.append(mudanca.nome);
+        escrever(bytes, static_cast<std::uint8_t>(mudanca.forma), modoDe(mudanca), mudanca.lugar,
+                 mudanca.antes, std::uint64_t{mudanca.bytes.size()});
         bytes.append(mudanca.bytes);
     }
     const auto conteudo = std::string_view(bytes).substr(kCabeca);
     std::ranges::copy(escreverCabeca(kMarca, registro, conteudo), bytes.begin());
-    bytes.resize(emBlocos(bytes.size()), '\0');
+    bytes.resize(emPartes(bytes.size()), '\0');
     return bytes;
 }
 
-std::string escreverCarimbos(const RegistroDiario &registro) {
-    std::string bytes = escreverCabeca(kMarcaCarimbos, registro);
+std::string escreverFim(const RegistroDiario &registro) {
+    std::string bytes = escreverCabeca(kMarcaFim, registro);
     bytes.resize(kBloco, '\0');
     return bytes;
 }
@@ -191,21 +135,15 @@ std::optional<CabecaDiario> lerCabecaDiario(std::string_view bytes) {
     bytes = bytes.substr(0, kCabeca);
     Leitor leitor(bytes);
     const std::string_view marca = leitor.trecho(kMarca.size());
-    if (bytes.size() < kCabeca || (marca != kMarca && marca != kMarcaCarimbos)) return {};
-    const auto soma = leitor.numero<std::uint32_t>();
+    if (bytes.size() < kCabeca || (marca != kMarca && marca != kMarcaFim)) return {};
+    std::uint32_t soma = 0;
     CabecaDiario cabeca{.deRegistro = marca == kMarca};
     RegistroDiario &registro = cabeca.registro;
-    registro.epoca = leitor.numero<std::int64_t>();
-    registro.sequencia = leitor.numero<std::uint64_t>();
-    registro.momento = leitor.numero<std::int64_t>();
-    registro.lugar.no = leitor.numero<std::uint64_t>();
-    registro.lugar.diretorio = leitor.numero<std::uint32_t>();
-    cabeca.tamanho = leitor.numero<std::uint32_t>();
-    cabeca.soma = leitor.numero<std::uint32_t>();
-    registro.carimbos = lerCarimbos(leitor);
-    if (!leitor.inteiro()) return {};
-    bytes.remove_suffix(leitor.resto());
-    if (somaCrc32(bytes.substr(kDepoisDaSoma)) != soma) return {};
+    leitor.ler(soma, registro.epoca, registro.sequencia, registro.momento, registro.lugar.no,
+               registro.lugar.diretorio, cabeca.tamanho, cabeca.soma, registro.seguido);
+    const bool datada = std::max(registro.momento, registro.seguido) < kMaiorMomento &&
+                        std::min(registro.momento, registro.seguido) >= 0;
+    if (!datada || somaCrc32(bytes.substr(kDepoisDaSoma)) != soma) return {};
     return cabeca;
 }
 
@@ -217,11 +155,13 @@ std::optional<RegistroDiario> lerRegistroDiario(std::string_view bytes, std::siz
 
     RegistroDiario registro = std::move(cabeca->registro);
     Leitor leitor(conteudo);
-    registro.mudancas.resize(leitor.numero<std::uint8_t>());
+    std::uint8_t quantas = 0;
+    leitor.ler(quantas);
+    registro.mudancas.resize(quantas);
     for (MudancaDiario &mudanca : registro.mudancas)
         mudanca = lerMudanca(leitor);
     if (!leitor.inteiro() || !std::ranges::all_of(registro.mudancas, ehEntrada)) return {};
-    tamanho = emBlocos(kCabeca + conteudo.size());
+    tamanho = kCabeca + conteudo.size();
     return registro;
 }
 

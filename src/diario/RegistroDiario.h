@@ -3,26 +3,26 @@
 // little-endian. Knows neither files nor what they hold.
 //
 //   record     = head payload zeros         up to a multiple of 4096 bytes
-//   head       = "ZEL3" crc32:4 epoch:8 sequence:8 moment:8 inode:8 place:4 size:4 payloadCrc32:4
-//                stamps zeros               512 bytes
+//   head       = "ZEL4" crc32:4 epoch:8 sequence:8 moment:8 inode:8 place:4 size:4 payloadCrc32:4
+//                followed:8
 //   payload    = count:1 {change}
-//   stamps     = count:1 {length:1 name inode:8 size:8 changed:8 written:8}
-//   change     = length:1 name form:1 mode:1 at:8 removed:8 size:8 bytes
+//   change     = length:1 name form:1 mode:1 at:8 old:8 size:8 bytes
 //
-// `crc32` is taken over what follows it up to the end of the stamps, which are told even where the
-// record is torn, `payloadCrc32` over the `size` bytes of the payload. `epoch` is the moment at
-// which the journal last began anew, `sequence` counts from 1 since then. `place` is the checksum
+// `crc32` is taken over what follows it in the head, `payloadCrc32` over the `size` bytes of the
+// payload. `epoch` is the moment at which the journal last began anew, `sequence` counts from 1
+// since then, `followed` is when the files had followed the record before. `place` is the checksum
 // of the data directory's inode, `inode` the journal's own: one that was copied or moved here has
 // others. Where inodes get other numbers at each mount it is the directory's path, and 0. `mode` is
-// 1 for a private file, plus 2 where a link is followed, plus 4 for a piece that is written where
-// the file stands. `moment`, `changed` (ctime) and `written` (mtime) are nanoseconds since 1970.
+// 1 for a private file, plus 2 where a link is followed, plus 4 for one that is written where it
+// stands. Moments are nanoseconds since 1970.
 //
-// After the last record stands a head alone, with "ZELC" and its stamps: the next record takes its
-// place and has them, too.
+// After the last record stands a head alone, with "ZELF" and when the files had followed that one:
+// the next record takes its place and has that, too.
 //
-// A file that is written in its place has one change for each piece of it, after the whole where
-// the records before it have none. A name is that of an entry of the data directory: a record with
-// another one is not read, for a checksum is no proof of who wrote it.
+// A file that is written in its place has one change for each piece of it, with its inode as `old`,
+// after one of what it held where the records before have none of it. A name is that of an entry of
+// the data directory: a record with another one is not read, for a checksum is no proof of who
+// wrote it.
 #pragma once
 
 #include "disco/Arquivo.h"
@@ -42,28 +42,21 @@ inline constexpr std::size_t kSetor = 512; // what every disk writes whole or no
 inline constexpr std::size_t kBloco = 4096;
 
 enum class FormaMudanca : std::uint8_t {
-    kTrecho,      // `retirados` bytes at `lugar` become `bytes`
-    kInteira,     // the file holds `bytes`, whatever it held
+    kTrecho,      // `antes` bytes at `lugar` become `bytes`; in its place, those of inode `antes`
+    kInteira,     // holds `bytes`; what was found had been written at `lugar`, changed at `antes`
     kInteiraNova, // the same, of a file that did not exist
+    kLevada,      // somebody took the file away
 };
 
 struct MudancaDiario {
-    std::string_view nome; // in the data directory, at most 255 bytes
+    std::string_view nome{}; // in the data directory, at most 255 bytes
     FormaMudanca forma = FormaMudanca::kInteira;
     Acesso acesso = Acesso::kPrivado;
     Ligacao ligacao = Ligacao::kNaoSeguida;
     std::uint64_t lugar = 0;
-    std::uint64_t retirados = 0;
-    std::string_view bytes;
-    bool noLugar = false; // a piece that is written where the file stands
-};
-
-// How a file stood after a change: whoever writes it later leaves another one. The directory's own
-// has no name; one without an inode is of a file that somebody took away.
-struct CarimboDiario {
-    std::string nome;
-    Identidade identidade;
-    bool ausente() const { return identidade.no == 0; }
+    std::uint64_t antes = 0;
+    std::string_view bytes{};
+    bool noLugar = false; // of a file that is written where it stands
 };
 
 // Where a journal belongs.
@@ -78,12 +71,17 @@ struct RegistroDiario {
     std::uint64_t sequencia = 0; // 0: of a journal that has none yet
     std::int64_t momento = 0;
     LugarDiario lugar;
-    // Of what the record before changed, and of what this one found; as many as the head takes.
-    std::vector<CarimboDiario> carimbos;
+    std::int64_t seguido = 0; // when the files had followed the record before; of an end: its last
     std::vector<MudancaDiario> mudancas; // views into the bytes read
 };
 
-// The record's bytes, a multiple of kBloco, and how many they are.
+constexpr std::size_t emMultiplosDe(std::size_t parte, std::size_t tamanho) {
+    return (tamanho + parte - 1) / parte * parte;
+}
+
+// The record's bytes, to be written, and how many they are: within its first block none of the
+// zeros that stand there, otherwise whole blocks, so that the system need not read what it
+// overwrites.
 std::string escreverRegistroDiario(const RegistroDiario &registro);
 std::size_t tamanhoRegistroDiario(const RegistroDiario &registro);
 
@@ -91,11 +89,10 @@ std::size_t tamanhoRegistroDiario(const RegistroDiario &registro);
 // none whole.
 std::optional<RegistroDiario> lerRegistroDiario(std::string_view bytes, std::size_t &tamanho);
 
-// The head that stands after a record, with that one's stamps: a block, so that the system need not
-// read what it overwrites.
-std::string escreverCarimbos(const RegistroDiario &registro);
+// The head that stands after a record: a block.
+std::string escreverFim(const RegistroDiario &registro);
 
-// The head at the start of `bytes`, of a record or of stamps alone.
+// The head at the start of `bytes`, of a record or of the end.
 struct CabecaDiario {
     bool deRegistro = false;
     RegistroDiario registro{}; // without its changes
@@ -104,8 +101,8 @@ struct CabecaDiario {
 std::optional<CabecaDiario> lerCabecaDiario(std::string_view bytes);
 
 // Whether among the bytes after a record there is one of the same epoch that another one came
-// before, or its stamps: what stood in between is damaged. One that follows directly counts only
-// with its stamps: without them it may be one that was never reported as done.
+// before, or its end: what stood in between is damaged. One that follows directly counts only with
+// its end: without that it may be one that was never reported as done.
 bool haPosteriores(std::string_view depois, const RegistroDiario &registro);
 
 } // namespace zel

@@ -116,26 +116,32 @@ bool herdarPermissoes(const Descritor &arquivo, const struct stat &antigo) {
     return ::fchmod(arquivo.fd(), antigo.st_mode & 07777) == 0;
 }
 
-// Flushed, or with the time of writing that it is to have.
-bool terminar(const Descritor &arquivo, std::optional<std::int64_t> momento) {
-    if (!momento) return arquivo.descarregar();
-    Identidade marcada; // where it can be
-    return marcarEscrita(arquivo, *momento, marcada, [&](Identidade &identidade) {
+// What a file gets once it is written: a time of writing of its own, where that can be, and a
+// flush.
+struct Remate {
+    std::optional<std::int64_t> momento{};
+    bool descarga = true;
+};
+
+bool rematar(const Descritor &arquivo, const Remate &remate) {
+    Identidade marcada;
+    const auto ver = [&](Identidade &identidade) {
         const auto dados = arquivo.situacao();
         if (dados) identidade = identidadeDe(*dados);
         return dados.has_value();
-    });
+    };
+    return (!remate.momento || marcarEscrita(arquivo, *remate.momento, marcada, ver)) &&
+           (!remate.descarga || arquivo.descarregar());
 }
 
 bool escreverNovo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
-                  const std::optional<struct stat> &antigo,
-                  std::optional<std::int64_t> momento = {}) {
+                  const std::optional<struct stat> &antigo, const Remate &remate = {}) {
     const mode_t permissoes = acesso == Acesso::kUmask ? 0666 : 0600;
     Descritor arquivo(caminho.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, permissoes);
     const bool escrito =
         arquivo.aberto() &&
         (acesso == Acesso::kUmask || !antigo || herdarPermissoes(arquivo, *antigo)) &&
-        arquivo.escrever(conteudo) && terminar(arquivo, momento) && arquivo.fechar();
+        arquivo.escrever(conteudo) && rematar(arquivo, remate) && arquivo.fechar();
     return escrito || falhouArquivo(caminho);
 }
 
@@ -145,7 +151,7 @@ std::string destinoDe(const std::string &caminho, Ligacao ligacao) {
 
 // The scratch file of one that is to be replaced; none when that is no regular file.
 bool escreverAoLado(const Rascunho &rascunho, std::string_view conteudo, Acesso acesso,
-                    std::optional<std::int64_t> momento) {
+                    const Remate &remate) {
     const std::string &destino = rascunho.destino, &novo = rascunho.nome;
     const auto antigo = situacao(destino);
     if (!antigo && !naoExiste()) return falhouArquivo(destino);
@@ -153,7 +159,7 @@ bool escreverAoLado(const Rascunho &rascunho, std::string_view conteudo, Acesso 
         return naoEhArquivo(destino);
     // The mode of a link says nothing.
     const auto modelo = antigo && S_ISREG(antigo->st_mode) ? antigo : std::nullopt;
-    const auto escrever = [&] { return escreverNovo(novo, conteudo, acesso, modelo, momento); };
+    const auto escrever = [&] { return escreverNovo(novo, conteudo, acesso, modelo, remate); };
     if (escrever()) return true;
     // Left by a process that died.
     if (errno == EEXIST && removerArquivo(novo) && escrever()) return true;
@@ -214,11 +220,11 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo, Ligacao li
 }
 
 int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
-                      Ligacao ligacao) {
+                      Ligacao ligacao, std::optional<std::int64_t> momento) {
     const Rascunho rascunho = rascunhoDe(caminho, ligacao);
     const auto &[destino, novo] = rascunho;
     const Vizinhos vizinhos(destino);
-    if (!escreverAoLado(rascunho, conteudo, acesso, {})) return arquivoIndisponivel();
+    if (!escreverAoLado(rascunho, conteudo, acesso, {momento})) return arquivoIndisponivel();
     if (tomarLugar(novo, destino, vizinhos)) return ZEL_OK;
     const int erro = errno;
     removerArquivo(novo);
@@ -277,7 +283,7 @@ Rascunho rascunhoDe(const std::string &caminho, Ligacao ligacao) {
 
 bool escreverRascunho(const Rascunho &rascunho, std::string_view conteudo, Acesso acesso,
                       std::int64_t momento) {
-    return escreverAoLado(rascunho, conteudo, acesso, momento);
+    return escreverAoLado(rascunho, conteudo, acesso, {momento, false});
 }
 
 bool instalarRascunho(const Rascunho &rascunho) {
@@ -288,17 +294,16 @@ bool instalarRascunho(const Rascunho &rascunho) {
     return true;
 }
 
-Descritor abrirNoLugar(const std::string &caminho, Ligacao ligacao) {
+Descritor abrirNoLugar(const std::string &caminho, Ligacao ligacao, Identidade &identidade) {
     Descritor arquivo(caminho.c_str(), O_WRONLY | O_NONBLOCK | naoSeguir(ligacao));
-    if (const auto dados = arquivo.aberto() ? arquivo.situacao() : std::nullopt)
+    const auto dados = arquivo.aberto() ? arquivo.situacao() : std::nullopt;
+    if (dados && S_ISREG(dados->st_mode)) {
         arquivo.guardar(*dados);
-    else
-        falhouArquivo(caminho);
-    return arquivo;
-}
-
-bool escreverNoLugar(const Descritor &arquivo, std::size_t lugar, std::string_view bytes) {
-    return arquivo.aberto() && arquivo.escrever(bytes, lugar);
+        identidade = identidadeDe(*dados);
+        return arquivo;
+    }
+    dados ? naoEhArquivo(caminho) : falhouArquivo(caminho);
+    return {};
 }
 
 bool descarregarArquivo(const std::string &caminho, Ligacao ligacao) {

@@ -14,6 +14,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -34,9 +35,11 @@ Leitura lerArquivo(const std::string &caminho, std::string &conteudo,
 // Writes `conteudo` beside the file (its name with ".novo" appended), flushes it, puts it in the
 // file's place and flushes the directory. With a link that is followed, the file it points to is
 // replaced. The target must be a regular file, a link, or not exist. ZEL_OK, or
-// ZEL_ARQUIVO_INDISPONIVEL with the old file whole.
+// ZEL_ARQUIVO_INDISPONIVEL with the old file whole. With `momento` as its time of writing, where
+// one is given.
 int substituirArquivo(const std::string &caminho, std::string_view conteudo, Acesso acesso,
-                      Ligacao ligacao = Ligacao::kNaoSeguida);
+                      Ligacao ligacao = Ligacao::kNaoSeguida,
+                      std::optional<std::int64_t> momento = {});
 
 // Writes a file that does not exist yet, in a directory where others may write at the same time. 1;
 // ZEL_RECUSADO the name, or that of its scratch file, is taken: try another one;
@@ -70,11 +73,9 @@ bool escreverRascunho(const Rascunho &rascunho, std::string_view conteudo, Acess
                       std::int64_t momento);
 bool instalarRascunho(const Rascunho &rascunho);
 
-// Opens a file to write in its place, and notes which one it is, to be kept; without waiting,
+// Opens a file to write in its place, to be kept, and notes which one it is; without waiting,
 // should it be a pipe.
-Descritor abrirNoLugar(const std::string &caminho, Ligacao ligacao);
-// Writes bytes over it from `lugar` on, at its end for an append, without a flush.
-bool escreverNoLugar(const Descritor &arquivo, std::size_t lugar, std::string_view bytes);
+Descritor abrirNoLugar(const std::string &caminho, Ligacao ligacao, Identidade &identidade);
 
 // Flushes a file's bytes, and the name of one that a link points to elsewhere.
 bool descarregarArquivo(const std::string &caminho, Ligacao ligacao);

@@ -67,7 +67,11 @@ bool marcarEscrita(const Descritor &arquivo, std::int64_t momento, Identidade &i
     }
     return true;
 }
-// Whether a file has a time of writing that the system does not give.
+// Whether a time of writing is the one given for that moment, and whether it is one that the system
+// does not give.
+inline bool ehEscritaDe(std::int64_t escrita, std::int64_t momento) {
+    return escrita == momento || escrita == escritaInteira(momento);
+}
 inline bool temMarca(const Identidade &identidade) {
     return identidade.escrita != identidade.mudanca;
 }

@@ -62,9 +62,9 @@ void adequarPermissoes(const Descritor &arquivo, const std::string &caminho) {
     static_cast<void>(::fchmod(arquivo.fd(), 0600 | (diretorio.st_mode & 0066)) == 0);
 }
 
-// The lock file open in this process, and still the one that was opened.
+// The lock file open, and still the one that was opened; a child of fork has none.
 bool pronta() {
-    if (!travas.arquivo.aberto() || travas.processo != ::getpid()) return false;
+    if (!travas.arquivo.aberto()) return false;
     const auto dados = travas.arquivo.situacao();
     return dados && dados->st_nlink > 0 && travas.arquivo.ehOGuardado(*dados);
 }

@@ -152,9 +152,9 @@ TEST_F(Gravacao, segunda_mudanca_da_chamada_le_a_primeira) {
     EXPECT_NE(pasta.ler("ZEL_Framework.xml").find("<nNF>333<"), std::string::npos);
 }
 
-// Of the record that takes the place of its predecessor's stamps only the first block got to the
-// disk: what somebody did in between stays.
-TEST_F(Gravacao, registro_rasgado_guarda_os_carimbos_do_anterior) {
+// Of the record that takes the place of its predecessor's end only the first block got to the disk:
+// what somebody did in between stays.
+TEST_F(Gravacao, registro_rasgado_guarda_o_fim_do_anterior) {
     pasta.gravar("a", "00");
     ASSERT_EQ(gravar({{.nome = "a", .depois = "10"}, {.nome = "doc", .depois = "<NFe/>"}}), ZEL_OK);
     editar("a", "99");
@@ -297,48 +297,54 @@ TEST_F(Gravacao, fim_de_zeros_nao_leva_o_que_os_arquivos_tem) {
     }
 }
 
-// One record of a file, its times (changed, written; 0: unknown) and its inode, 1; then what is
-// found.
+// A file of "ab" of which a record makes "aB" in its place, and when it had followed (0: unknown);
+// then what is found.
 TEST(EstadosDiario, de_quem_e_o_que_se_acha) {
-    constexpr std::int64_t kSegundo = 1'000'000'000, kMarca = 100 * kSegundo + 7,
-                           kPasso = 100 * kSegundo;
+    constexpr std::int64_t kSegundo = 1'000'000'000, kMarca = 101 * kSegundo + 7,
+                           kPasso = 101 * kSegundo + 1, kSeguido = kMarca + kSegundo,
+                           kDepois = kSeguido + 1, kAntes = 50 * kSegundo;
     const struct {
         const char *descricao;
-        std::int64_t carimbo[2];
+        std::int64_t seguido;
         Identidade achada;
         const char *conteudo;
         bool deOutro;
     } casos[] = {
-        {"torn as left", {kPasso, kMarca}, {1, 0, kPasso, kMarca}, "xx", false},
-        {"torn before it got its time", {kPasso, kMarca}, {1, 0, kPasso, kPasso}, "a?", false},
-        {"short", {kPasso, kMarca}, {1, 0, kPasso, kPasso}, "a", false},
-        {"zeros", {kPasso, kMarca}, {1, 0, kPasso, kPasso}, "\0c", false},
-        {"another inode in the same step", {kPasso, kMarca}, {2, 0, kPasso, kPasso}, "a?", true},
-        {"the same inode, other bytes", {kPasso, kMarca}, {1, 0, kPasso, kPasso}, "x?", true},
-        {"longer", {kPasso, kMarca}, {1, 0, kPasso, kPasso}, "abc", true},
-        {"older", {kPasso, kMarca}, {2, 0, kPasso - 1, kPasso - 1}, "xx", false},
-        {"later", {kPasso, kMarca}, {1, 0, kPasso + 1, kPasso + 1}, "a?", true},
-        {"another mode", {kPasso, kMarca}, {1, 0, kPasso + 1, kMarca}, "xx", false},
-        {"of its record", {0, 0}, {1, 0, kPasso, kMarca}, "xx", false},
-        {"of a lost record", {0, 0}, {1, 0, kPasso, kMarca + 1}, "xx", true},
-        {"not yet marked", {0, 0}, {1, 0, kPasso + kSegundo, kPasso + kSegundo}, "xx", false},
-        {"a minute later", {0, 0}, {1, 0, 200 * kSegundo, 200 * kSegundo}, "ab", true},
+        {"torn as left", kSeguido, {1, 0, kPasso, kMarca}, "xx", false},
+        {"another mode", kSeguido, {1, 0, kDepois, kMarca}, "xx", false},
+        {"whole seconds", kSeguido, {1, 0, kPasso, 98 * kSegundo}, "xx", false},
+        {"before its time", kSeguido, {1, 0, kPasso, kPasso}, "ab", false},
+        {"short", kSeguido, {1, 0, kPasso, kPasso}, "a", false},
+        {"zeros", kSeguido, {1, 0, kPasso, kPasso}, "\0B", false},
+        {"byte of nobody", kSeguido, {1, 0, kPasso, kPasso}, "a?", true},
+        {"another inode", kSeguido, {2, 0, kPasso, kPasso}, "ab", true},
+        {"other bytes", kSeguido, {1, 0, kPasso, kPasso}, "xb", true},
+        {"longer", kSeguido, {1, 0, kPasso, kPasso}, "aBc", true},
+        {"older", kSeguido, {2, 0, kMarca - kSegundo, kMarca - kSegundo}, "xx", false},
+        {"of before", kSeguido, {2, 0, kPasso, kAntes}, "xx", false},
+        {"edit in the whole second", kSeguido, {1, 0, 101 * kSegundo, 101 * kSegundo}, "a?", true},
+        {"backup of before in the call", kSeguido, {1, 0, kPasso + 1, kAntes}, "xx", true},
+        {"backup of before", kSeguido, {1, 0, kDepois, kAntes}, "ab", true},
+        {"later", kSeguido, {1, 0, kDepois, kDepois}, "ab", true},
+        {"of a lost record", 0, {1, 0, kPasso, kMarca + 1}, "ab", true},
+        {"not followed", 0, {2, 0, kDepois, kDepois}, "xx", false},
+        {"a minute later", 0, {1, 0, 200 * kSegundo, 200 * kSegundo}, "ab", true},
     };
     for (const auto &caso : casos) {
         SCOPED_TRACE(caso.descricao);
         Diario::Conteudo conteudo;
         RegistroDiario registro;
         registro.momento = kMarca;
-        registro.mudancas = {{.nome = "a", .bytes = "ab"},
-                             {.nome = "a",
-                              .forma = FormaMudanca::kTrecho,
-                              .lugar = 1,
-                              .retirados = 1,
-                              .bytes = "b",
-                              .noLugar = true}};
+        registro.mudancas = {
+            {.nome = "a", .lugar = kAntes, .antes = kPasso, .bytes = "ab", .noLugar = true},
+            {.nome = "a",
+             .forma = FormaMudanca::kTrecho,
+             .lugar = 1,
+             .antes = 1,
+             .bytes = "B",
+             .noLugar = true}};
         conteudo.registros.push_back(registro);
-        if (caso.carimbo[0] != 0)
-            conteudo.carimbos = {{"a", {1, 2, caso.carimbo[0], caso.carimbo[1]}}};
+        conteudo.seguido = caso.seguido;
         const EstadosDiario estados(conteudo);
         EXPECT_EQ(estados.arquivos().at("a").ehDeOutro(caso.achada, caso.conteudo), caso.deOutro);
     }
@@ -347,20 +353,14 @@ TEST(EstadosDiario, de_quem_e_o_que_se_acha) {
 // The clock was an hour ahead and was put right: what comes back from before that is later than the
 // record, and nobody else's all the same.
 TEST(EstadosDiario, arquivo_de_antes_do_relogio_atrasado_nao_e_de_outro) {
-    const auto as = [](std::int64_t momento) {
-        return Identidade{.no = 1, .tamanho = 2, .mudanca = momento, .escrita = momento};
-    };
     Diario::Conteudo conteudo;
-    for (const std::int64_t momento : {1100, 1001}) {
-        RegistroDiario registro;
-        registro.momento = momento;
-        if (momento == 1001) registro.carimbos = {{"a", as(1100)}};
-        registro.mudancas = {{.nome = "a", .bytes = "10"}};
-        conteudo.registros.push_back(registro);
-    }
-    conteudo.carimbos = {{"a", as(1001)}};
+    RegistroDiario registro;
+    registro.momento = 1001;
+    registro.mudancas = {{.nome = "a", .lugar = 1100, .antes = 1100, .bytes = "10"}};
+    conteudo.registros.push_back(registro);
+    conteudo.seguido = 1001;
     const EstadosDiario estados(conteudo);
     const EstadoDiario &a = estados.arquivos().at("a");
-    EXPECT_FALSE(a.ehDeOutro(as(1100), ""));
-    EXPECT_TRUE(a.ehDeOutro(as(1200), ""));
+    EXPECT_FALSE(a.ehDeOutro({1, 0, 1100, 1100}, ""));
+    EXPECT_TRUE(a.ehDeOutro({1, 0, 1200, 1200}, ""));
 }

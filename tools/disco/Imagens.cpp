@@ -9,18 +9,21 @@ namespace disco {
 namespace {
 
 constexpr std::string_view kDiario = ".diario";
-constexpr std::string_view kCarimbos = "ZELC";
+constexpr std::string_view kFim = "ZELF";
 constexpr std::size_t kSetor = 512, kBloco = 4096;
 
-// Whether a journal was flushed: its stamps alone, a block of one sector and zeros, may be lost.
+// A block of the journal, without the zeros at its end, which are there anyway.
+std::string_view blocoEm(std::string_view bytes, std::size_t lugar) {
+    const std::string_view bloco = bytes.substr(std::min(lugar, bytes.size()), kBloco);
+    return bloco.substr(0, bloco.find_last_not_of('\0') + 1);
+}
+
+// Whether a journal was flushed: its end alone, a block of one sector and zeros, may be lost.
 bool estaNoDisco(std::string_view durante, std::string_view gravado) {
     for (std::size_t lugar = 0; lugar < durante.size(); lugar += kBloco) {
-        const std::string_view bloco = durante.substr(lugar, kBloco);
-        const bool carimbos =
-            bloco.starts_with(kCarimbos) &&
-            bloco.substr(std::min(kSetor, bloco.size())).find_first_not_of('\0') == bloco.npos;
-        if (!carimbos && bloco != gravado.substr(std::min(lugar, gravado.size()), kBloco))
-            return false;
+        const std::string_view bloco = blocoEm(durante, lugar);
+        const bool fim = bloco.starts_with(kFim) && bloco.size() <= kSetor;
+        if (!fim && bloco != blocoEm(gravado, lugar)) return false;
     }
     return true;
 }
