@@ -94,6 +94,23 @@ std::string Imagens::Arquivo::sorteado(std::mt19937 &sorte) const {
     return bytes;
 }
 
+void Imagens::abrir(const Evento &evento) {
+    const std::string arquivo = nome(evento.caminho);
+    if (evento.cria) mudarNomes({Chamada::kAbrir, arquivo, {}, std::make_shared<Arquivo>()});
+    const auto achado = nomes_.find(arquivo);
+    abertos_[evento.fd] = achado != nomes_.end() ? achado->second : nullptr;
+}
+
+// A file, or the names: those of the directory.
+void Imagens::descarregar(const No &no) {
+    if (no) {
+        no->gravado = no->durante;
+        return;
+    }
+    gravados_ = nomes_;
+    mudancas_.clear();
+}
+
 void Imagens::aplicar(const Evento &evento) {
     const auto aberto = abertos_.find(evento.fd);
     No no = aberto != abertos_.end() ? aberto->second : nullptr;
@@ -101,13 +118,9 @@ void Imagens::aplicar(const Evento &evento) {
         aberto == abertos_.end() && evento.fd >= 0 && antigo != nomes_.end())
         no = antigo->second; // opened before the first call that was recorded
     switch (evento.chamada) {
-    case Chamada::kAbrir: {
-        const std::string arquivo = nome(evento.caminho);
-        if (evento.cria) mudarNomes({Chamada::kAbrir, arquivo, {}, std::make_shared<Arquivo>()});
-        const auto achado = nomes_.find(arquivo);
-        abertos_[evento.fd] = achado != nomes_.end() ? achado->second : nullptr;
+    case Chamada::kAbrir:
+        abrir(evento);
         break;
-    }
     case Chamada::kEscrever:
         if (no) escrever(*no, evento);
         break;
@@ -115,12 +128,7 @@ void Imagens::aplicar(const Evento &evento) {
         if (no) no->durante.resize(evento.tamanho);
         break;
     case Chamada::kDescarregar:
-        if (no) {
-            no->gravado = no->durante;
-        } else {
-            gravados_ = nomes_;
-            mudancas_.clear();
-        }
+        descarregar(no);
         break;
     case Chamada::kFechar:
         abertos_.erase(evento.fd);

@@ -58,7 +58,9 @@ private:
     template <class Conteudo>
     static Fotografia revelada(const Nomes &nomes, Conteudo conteudo);
     static void refazer(Nomes &nomes, const Mudanca &mudanca);
+    void abrir(const Evento &evento);
     void escrever(Arquivo &arquivo, const Evento &evento);
+    void descarregar(const No &no);
 
     std::string diretorio_;
     Nomes nomes_;

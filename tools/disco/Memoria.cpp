@@ -67,7 +67,8 @@ void *realloc(void *antes, std::size_t tamanho) noexcept {
 
 } // extern "C"
 
-void *operator new(std::size_t tamanho) {
+// What it gives goes back to the standard's own operator delete.
+void *operator new(std::size_t tamanho) { // NOLINT(misc-new-delete-overloads)
     if (recusado()) throw std::bad_alloc();
     return achar(newReal, "_Znwm")(tamanho);
 }
