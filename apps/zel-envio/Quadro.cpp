@@ -44,10 +44,7 @@ Aviso avisoDe(const Ficha &ficha, Momento agora) {
     }
     if (ficha.estado == Estado::kRetirado) {
         aviso.titulo += ": vendida, e sem documento";
-        aviso.remedio = "O caixa a retirou, e nada foi emitido no lugar dela: entregue " +
-                        ficha.origem +
-                        " outra vez com: zel enviar ARQUIVO; se já não pode ir, "
-                        "venda de novo. Não inutilize o número antes disso.";
+        aviso.remedio = remedioDaRetirada(ficha);
         return aviso;
     }
     if (acabou(ficha.estado)) {

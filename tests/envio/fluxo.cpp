@@ -1008,7 +1008,10 @@ TEST(Transmissoes, a_recusada_sem_assinatura_vai_de_novo_e_a_assinada_nao) {
         loja.oficina = std::make_unique<Oficina>(loja.config, 1); // another process
         return transmitirBytes(loja, bytes);
     };
+    loja.config.servicos.statusServico = "https://127.0.0.1/";
     EXPECT_EQ(vezes(kInutilizacao, "").espera, Espera::kRecusado);
+    Fluxo(loja.meios()).sondar(loja.caixa(), Milissegundos(1000));
+    EXPECT_EQ(loja.sefaz.quantos("consStatServ"), 0U); // no state is known to be asked
     EXPECT_EQ(vezes(kInutilizacao, "43").espera, Espera::kFeito);
     loja.sefaz.ordens = {"778"};
     for (int i = 0; i < 2; ++i)

@@ -40,6 +40,9 @@ std::string oQueFazer(const Transmissao &feita) {
     const bool online = feita.tipo == "nfce" && !ehOffline(feita);
     switch (feita.fim) {
     case FimDoEnvio::kRecusado:
+        // The service reads its configuration once.
+        if (feita.remedio.empty() && feita.motivo.find(kNomeDaConfigDoEnvio) != std::string::npos)
+            return "depois de corrigi-la, recomece o serviço zel-envio e diga: zel enviar ARQUIVO";
         return feita.remedio;
     case FimDoEnvio::kSemResposta:
         return online ? juntar({"o número ", feita.numero,

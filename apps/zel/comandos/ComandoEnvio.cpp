@@ -134,10 +134,12 @@ int dizerLacunas(const Argumentos &argumentos, const RespostaDaFila &resposta) {
     if (argumentos.json)
         escreverJson(json.fecharLista().escrito());
     else
-        escrever(texto.empty() ? "Nenhum número pulado.\n"
-                               : juntar({"Números sem documento. Se nenhum papel saiu com eles, "
-                                         "peça a inutilização, e envie o pedido:\n",
-                                         texto}));
+        escrever(texto.empty()
+                     ? "Nenhum número pulado.\n"
+                     : juntar({"Números sem documento. Se nenhum papel saiu com eles, "
+                               "peça a inutilização. O pedido, envia-o o serviço zel-envio, "
+                               "ou zel enviar documentosEnvio.xml:\n",
+                               texto}));
     return resposta.lacunas.empty() ? kLimpo : kComAvisos;
 }
 

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <set>
+#include <string>
 
 namespace zel::aplicativo {
 
@@ -52,8 +54,8 @@ std::string faixa(long long primeiro, long long ultimo) {
 std::string servicoDito(const Json &servico) {
     const std::string cStat = em(servico, "cStat"), xMotivo = em(servico, "xMotivo");
     return juntar({em(servico, "servico"), " (", em(servico, "cUF"), ", ", ambiente(servico), "): ",
-                   cStat == "0" ? "sem resposta" : cStat, xMotivo.empty() ? "" : " ", xMotivo, ", ",
-                   quando(em(servico, "momento")), ", ", em(servico, "demora"), " ms"});
+                   cStat == "0" ? "sem resposta:" : cStat, xMotivo.empty() ? "" : " ", xMotivo,
+                   ", ", quando(em(servico, "momento")), ", ", em(servico, "demora"), " ms"});
 }
 
 // Why a row is where it is, and what to do.
@@ -67,19 +69,21 @@ std::string porque(const Json &ficha) {
     return dito.empty() ? dito : juntar({"    ", trocar(dito, "\n", "\n    "), "\n"});
 }
 
-std::string fichaDita(const Json &ficha) {
+std::string fichaDita(const Json &ficha, bool cancelada = false) {
     const std::string desfecho = em(ficha, "desfecho"), consumidor = em(ficha, "consumidor");
     const bool entregue = em(ficha, "estado") == "entregue";
     std::string texto =
         juntar({quando(em(ficha, "dhEmi")), "  ", em(ficha, "tipo"), "  série ", em(ficha, "serie"),
                 " número ", faixa(ficha.at("numero"), ficha.at("ultimo")), "  R$ ",
                 em(ficha, "total"), consumidor.empty() ? "" : "  para ", consumidor, "\n    ",
-                entregue ? desfecho : em(ficha, "pessoa"), "  ", em(ficha, "chave"), "\n"});
+                entregue ? desfecho : em(ficha, "pessoa"),
+                cancelada ? ", cancelada depois  " : "  ", em(ficha, "chave"), "\n"});
     if (!entregue || !em(ficha, "motivo").empty()) texto += porque(ficha);
     if (ficha.contains("passos"))
         for (const Json &passo : ficha["passos"])
             texto += juntar({"    ", quando(em(passo, "momento")), "  ", em(passo, "de"), " -> ",
-                             em(passo, "para"), "  ", em(passo, "detalhe"), "\n"});
+                             em(passo, "para"), em(passo, "detalhe").empty() ? "" : "  ",
+                             em(passo, "detalhe"), "\n"});
     return texto;
 }
 
@@ -135,8 +139,13 @@ void relatarEstado(RespostaDaFila &resposta) {
 void relatarProcura(RespostaDaFila &resposta) {
     const Json json = Json::parse(resposta.json);
     resposta.quantos = static_cast<long long>(json.size());
+    std::set<std::string> canceladas;
     for (const Json &ficha : json)
-        resposta.relato += fichaDita(ficha);
+        if (ficha.at("tipo") == "cancelamento" && ficha.at("desfecho") == "cancelado")
+            canceladas.insert(em(ficha, "chave"));
+    for (const Json &ficha : json)
+        resposta.relato +=
+            fichaDita(ficha, ficha.at("tipo") == "nfce" && canceladas.contains(em(ficha, "chave")));
 }
 
 void relatarServico(RespostaDaFila &resposta) {

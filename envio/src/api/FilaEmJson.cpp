@@ -129,6 +129,13 @@ Json fichaEmJson(Fila &fila, const Ficha &ficha, const ConfigFila &config, Momen
     return json;
 }
 
+Json fichaDeAlguem(Fila &fila, const Ficha &ficha, const ConfigFila &config, Momento agora) {
+    Json json = fichaEmJson(fila, ficha, config, agora);
+    if (const std::string remedio = remedioDaRetirada(ficha); !remedio.empty())
+        json["remedio"] = remedio;
+    return json;
+}
+
 Json passosEmJson(Fila &fila, std::int64_t id) {
     Json passos = Json::array();
     for (const PassoDado &passo : fila.passos(id))
@@ -162,7 +169,7 @@ Json estadoDaFila(const Configuracao &config, Fila &fila, const Certificado *cer
     procurarParaAlguem(deAlguem, config.fila.avisoHoras, agora);
     json["alguem"] = Json::array();
     for (const Ficha &ficha : fila.procurar(deAlguem))
-        json["alguem"].push_back(fichaEmJson(fila, ficha, config.fila, agora));
+        json["alguem"].push_back(fichaDeAlguem(fila, ficha, config.fila, agora));
     return json;
 }
 

@@ -21,6 +21,8 @@ using Json = nlohmann::ordered_json;
 std::string_view nomeDe(Tipo tipo);
 
 Json fichaEmJson(Fila &fila, const Ficha &ficha, const ConfigFila &config, Momento agora);
+// One that a person has to look at.
+Json fichaDeAlguem(Fila &fila, const Ficha &ficha, const ConfigFila &config, Momento agora);
 Json passosEmJson(Fila &fila, std::int64_t id);
 Json servicoEmJson(const ServicoVisto &visto);
 

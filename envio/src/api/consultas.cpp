@@ -152,9 +152,10 @@ int zel_envio_procurar(zel_envio *envio, const char *criterios, char **json, siz
             pedido.procura.caixa = caixaDe(config, pedido.procura.caixa);
         const Momento agora = Relogio().agora();
         procurarParaAlguem(pedido.procura, config.fila.avisoHoras, agora);
+        const auto escrever = pedido.procura.precisaDeAlguem ? fichaDeAlguem : fichaEmJson;
         Json linhas = Json::array();
         for (const Ficha &ficha : fila.procurar(pedido.procura)) {
-            linhas.push_back(fichaEmJson(fila, ficha, config.fila, agora));
+            linhas.push_back(escrever(fila, ficha, config.fila, agora));
             if (pedido.passos) linhas.back()["passos"] = passosEmJson(fila, ficha.id);
         }
         return dar(fila, linhas, recusas, json, tamanho);

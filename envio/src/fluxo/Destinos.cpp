@@ -77,6 +77,13 @@ void procurarParaAlguem(Procura &procura, int horas, Momento agora) {
     procura.retiradoAntesDe = agora - kReemissao;
 }
 
+std::string remedioDaRetirada(const Ficha &ficha) {
+    if (ficha.estado != Estado::kRetirado) return {};
+    return "o caixa a retirou, e nada foi emitido no lugar dela: entregue " + ficha.origem +
+           ", ou a cópia, outra vez com: zel enviar ARQUIVO; se já não pode ir, venda de novo. "
+           "Não inutilize o número antes disso.";
+}
+
 std::string anotacaoDaDuvida(const std::string &chave) {
     return "duvida:" + chave;
 }

@@ -27,6 +27,9 @@ std::string anotacaoDaDuvida(const std::string &chave);
 // Asks for what a person has to look at: by now, and of what waits, after so many hours.
 void procurarParaAlguem(Procura &procura, int horas, Momento agora);
 
+// What a person does of one that its till withdrew and did not issue again; empty of any other.
+std::string remedioDaRetirada(const Ficha &ficha);
+
 // What a person is asked about it; none when there is no doubt, or it was answered since.
 std::optional<std::string> duvidaDe(Fila &fila, const Ficha &ficha);
 

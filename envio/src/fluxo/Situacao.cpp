@@ -38,6 +38,7 @@ void Fluxo::sondar(const std::string &caixa, Milissegundos limite) {
     const auto ultimas = meios_.fila.procurar({.caixa = caixa, .maximo = 1});
     if (ultimas.empty()) return; // it is not known yet whom it will send to
     const std::string qual = linhaDaFicha(meios_.config, ultimas.front());
+    if (qual.starts_with('/')) return; // a request refused because it names no state
     if (meios_.linha.calada(qual, meios_.relogio.agora()))
         perguntarServico(qual.substr(0, 2), ultimas.front().tpAmb, limite);
 }
