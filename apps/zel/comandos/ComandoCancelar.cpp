@@ -5,6 +5,7 @@
 #include "comandos/Biblioteca.h"
 #include "comum/ArquivosDoCaixa.h"
 #include "comum/Digitos.h"
+#include "comum/EstadoDoCupom.h"
 #include "leitura/Cupom.h"
 #include "leitura/Pedido.h"
 #include "leitura/Terminal.h"
@@ -17,7 +18,6 @@ namespace zel::aplicativo {
 namespace {
 
 constexpr std::size_t kMaiorJustificativa = 99;
-constexpr int kEncerrado = 5;
 
 struct Documento {
     std::string chave, protocolo;
@@ -30,7 +30,7 @@ int cancelarCupom(const Argumentos &argumentos) {
     const int codigo = tCFCancelar_ZEL("", "", "", "", "");
     if (codigo < ZEL_OK) return recusar("cancelar o cupom em andamento", codigo);
     escreverLinhas(argumentos, {{"resultado", "Resultado", "cancelado"},
-                                {"estado", "Estado do cupom", "6 cancelado"}});
+                                {"estado", "Estado do cupom", digitoENome(kCancelado)}});
     return kLimpo;
 }
 
@@ -95,11 +95,10 @@ int cancelar(const Argumentos &argumentos) {
         return pedirCancelamento(argumentos, *diretorio,
                                  {argumentos.palavras.front(), argumentos.protocolo});
     const int estado = estadoDoCupom();
-    if (estado >= 1 && estado < kEncerrado) return cancelarCupom(argumentos);
+    if (estado >= kAberto && estado < kEncerrado) return cancelarCupom(argumentos);
     if (estado == kEncerrado) return cancelarUltimo(argumentos, *diretorio);
-    return falhar(
-        juntar({"não há o que cancelar (estado ", std::to_string(estado), " ", nomeDoEstado(estado),
-                "); um documento se cancela com a CHAVE e --protocolo"}));
+    return falhar(juntar({"não há o que cancelar (estado ", digitoENome(estado),
+                          "); um documento se cancela com a CHAVE e --protocolo"}));
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include "comandos/Biblioteca.h"
 #include "comum/ArquivosDoCaixa.h"
+#include "comum/ChaveAcesso.h"
 #include "conferencia/ArquivoConfig.h"
 #include "leitura/Arquivos.h"
 #include "leitura/Json.h"
@@ -38,13 +39,13 @@ void juntarCriterio(std::string &criterios, std::string_view nome, const std::st
 
 // A word is a number or a key.
 std::string prepararProcura(const Argumentos &argumentos, PerguntaAFila &pergunta) {
-    constexpr std::size_t kDigitosDaChave = 44;
     std::string &criterios = pergunta.criterios;
     if (argumentos.palavras.size() > 1) {
         const std::string &palavra = argumentos.palavras[1];
         if (!std::ranges::all_of(palavra, ehDigito))
             return juntar({palavra, ": procura-se um NÚMERO ou uma CHAVE"});
-        juntarCriterio(criterios, palavra.size() == kDigitosDaChave ? "chave" : "numero", palavra);
+        juntarCriterio(criterios, palavra.size() == ChaveAcesso::kDigitos ? "chave" : "numero",
+                       palavra);
     }
     juntarCriterio(criterios, "dia", argumentos.dia);
     juntarCriterio(criterios, "mes", argumentos.mes);

@@ -46,7 +46,7 @@ std::vector<Linha> linhas(const std::string &diretorio) {
         {"ambiente", "Ambiente",
          configuracao(R"(CONFIGURACAO\TipoAmbiente)") == "1" ? "produção" : "homologação"},
         {"caixa", "Caixa", cupomComOutroProcesso(diretorio) ? "aberto" : "fechado"},
-        {"estado", "Estado", juntar({std::to_string(estado), " ", nomeDoEstado(estado)})}};
+        {"estado", "Estado", digitoENome(estado)}};
     for (auto &mais : {linhasDoCupom(diretorio, estado), linhasDoUltimo()})
         todas.insert(todas.end(), mais.begin(), mais.end());
     return todas;

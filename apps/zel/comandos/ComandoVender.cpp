@@ -198,8 +198,7 @@ bool querCancelar(const Argumentos &argumentos) {
 std::vector<Linha> oQueFicou(const Argumentos &argumentos, const std::string &diretorio,
                              const Andamento &ate) {
     const int estado = estadoDoCupom();
-    std::vector<Linha> linhas{
-        {"estado", "Estado do cupom", juntar({std::to_string(estado), " ", nomeDoEstado(estado)})}};
+    std::vector<Linha> linhas{{"estado", "Estado do cupom", digitoENome(estado)}};
     if (!emAndamento(estado)) return linhas;
     for (Linha &linha : valores(diretorio))
         linhas.push_back(std::move(linha));
@@ -286,8 +285,7 @@ int vender(const Argumentos &argumentos) {
     if (!diretorio) return kComErros;
     const int estado = estadoDoCupom();
     if (argumentos.continuar && !emAndamento(estado))
-        return falhar(juntar({"não há cupom em andamento (estado ", std::to_string(estado), " ",
-                              nomeDoEstado(estado), ")"}));
+        return falhar(juntar({"não há cupom em andamento (estado ", digitoENome(estado), ")"}));
     if (argumentos.transmitir && !prepararTransmissao(argumentos, *diretorio)) return kComErros;
     std::vector<Linha> havia;
     if (argumentos.continuar) havia = oQueHavia(argumentos, *diretorio);

@@ -102,4 +102,8 @@ std::string_view nomeDoEstado(int estado) {
     return kNomesDosEstados[static_cast<std::size_t>(std::clamp<int>(estado, kNenhum, kCancelado))];
 }
 
+std::string digitoENome(int estado) {
+    return juntar({std::to_string(estado), " ", nomeDoEstado(estado)});
+}
+
 } // namespace zel::aplicativo

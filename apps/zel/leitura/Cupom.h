@@ -42,5 +42,7 @@ std::optional<Cupom> lerCupom(std::string_view bytes, std::string &erro);
 
 // The name of a receipt state, 0 to 6.
 std::string_view nomeDoEstado(int estado);
+// "6 cancelado".
+std::string digitoENome(int estado);
 
 } // namespace zel::aplicativo
