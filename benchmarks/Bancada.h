@@ -21,6 +21,7 @@ struct Base {
     std::filesystem::path diretorio;
     bool emMemoria;
     std::chrono::microseconds atraso{0}; // of each flush, on top of what the file system takes
+    std::filesystem::path biblioteca{};  // empty: the one of this build
 
     // How often a benchmark is repeated. A disk waits, most of all where each repetition has to
     // sell many items first.

@@ -67,7 +67,8 @@ void exigir(int codigo, std::string_view passo, int esperado) {
         throw std::runtime_error(std::string(passo) + " answered " + std::to_string(codigo));
 }
 
-Loja::Loja(const fs::path &base) : pasta_(base) {
+Loja::Loja(const fs::path &base, fs::path biblioteca)
+    : pasta_(base), original_(biblioteca.empty() ? ZEL_BIBLIOTECA : std::move(biblioteca)) {
     unsetenv("ZEL_DIRETORIO"); // a developer's own till must not be touched
     copiar();
     carregar();
@@ -83,7 +84,7 @@ void Loja::copiar() {
     // Another file name is another library to the loader, with globals of its own.
     if (!copia_.empty()) fs::remove(copia_);
     copia_ = pasta_ / (std::string(kCopia) + std::to_string(++copias_) + ".so");
-    fs::copy_file(ZEL_BIBLIOTECA, copia_);
+    fs::copy_file(original_, copia_);
 }
 
 void Loja::carregar() {

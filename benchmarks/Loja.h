@@ -19,8 +19,9 @@ void exigir(int codigo, std::string_view passo, int esperado = ZEL_OK);
 
 class Loja {
 public:
-    // A fresh directory below `base`, with its issuer configured.
-    explicit Loja(const std::filesystem::path &base);
+    // A fresh directory below `base`, with its issuer configured. Without a library, that of this
+    // build.
+    explicit Loja(const std::filesystem::path &base, std::filesystem::path biblioteca = {});
 
     const Funcoes *operator->() const { return &biblioteca_->funcoes(); }
 
@@ -56,6 +57,7 @@ public:
 
 private:
     PastaTemporaria pasta_;
+    std::filesystem::path original_;
     std::filesystem::path copia_;
     int copias_ = 0;
     std::unique_ptr<Biblioteca> biblioteca_;

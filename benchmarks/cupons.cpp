@@ -20,7 +20,8 @@ int voltas(int itens) {
 
 // A till and, below the same directory, the floor of its receipts.
 struct CupomEPiso {
-    explicit CupomEPiso(const Base &base) : loja(base.diretorio), piso(base.diretorio) {
+    explicit CupomEPiso(const Base &base)
+        : loja(base.diretorio, base.biblioteca), piso(base.diretorio) {
         emitirCupom(loja, 1); // the first receipt of a till makes its files
     }
 
@@ -48,7 +49,7 @@ void registrarCupom(const Base &base, int itens) {
 
 struct Impressao {
     explicit Impressao(const Base &base, int itens)
-        : loja(base.diretorio), saida(tamanhoDoCupom(itens)) {
+        : loja(base.diretorio, base.biblioteca), saida(tamanhoDoCupom(itens)) {
         emitirCupom(loja, itens);
         loja.autorizar();
         // The first print stores the protocol.
@@ -72,7 +73,7 @@ void registrarCarga(const Base &base, int itens) {
     registrar(
         base, "carga/" + std::to_string(itens), itens, 10, 1,
         [=] {
-            auto loja = std::make_unique<Loja>(base.diretorio);
+            auto loja = std::make_unique<Loja>(base.diretorio, base.biblioteca);
             loja->abrir();
             loja->vender(1, itens);
             return loja;
@@ -117,7 +118,7 @@ std::unique_ptr<VendasSeguidas> prepararVendas(const Base &base) {
     exigir(static_cast<int>(registros.size()), "records", kVendasSeguidas);
 
     std::unique_ptr<VendasSeguidas> vendas(new VendasSeguidas{
-        .loja = Loja(base.diretorio),
+        .loja = Loja(base.diretorio, base.biblioteca),
         .chamadas = {base.diretorio, outra.ler("ZEL_Framework.xml"), antes},
         .registros = std::move(registros),
     });

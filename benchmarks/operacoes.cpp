@@ -13,7 +13,7 @@ constexpr int kMuitos = 999;
 
 // A till at work; `volta` counts the executions.
 struct Mesa {
-    explicit Mesa(const Base &base) : loja(base.diretorio) {}
+    explicit Mesa(const Base &base) : loja(base.diretorio, base.biblioteca) {}
 
     Loja loja;
     std::vector<char> saida = std::vector<char>(tamanhoDoCupom(kItens));

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Turns the results of one run into a Markdown table, with the goals beside the figures:
 
-    tabela.py BENCH.json VENDA.json PICO.json PAR.json [figuras.json] [documentos.json] [par_xml.json] > bench.md
+    tabela.py BENCH.json VENDA.json PICO.json PAR.json [antes.json] [figuras.json] [documentos.json] [par_xml.json]
     tabela.py documentos.json [par_xml.json]    that part alone
 
 Ends with 1 when a benchmark failed; a goal that is not reached is a result, not a failure.
@@ -107,6 +107,20 @@ def us(segundos):
     return numero(segundos * 1e6)
 
 
+def sobreAntes(valores, nome, campo):
+    """How many times what the version before took; empty where it was not measured."""
+    antes = valores.get(f"antes/{nome}", {}).get(campo)
+    return numero(valores[nome][campo] / antes, 2) if antes else ""
+
+
+def qualAntes(antes, medida):
+    """One sentence on the column of the version before."""
+    if not antes or not antes["versao"]:
+        return f"A coluna \"antes\" está vazia: {antes['motivo'] if antes else 'nenhuma versão anterior foi pedida'}."
+    return (f"\"antes\": {medida} sobre o da versão anterior ({antes['versao']}), compilada do git do mesmo modo "
+            "e medida na mesma execução.")
+
+
 def linha(*celulas):
     print("| " + " | ".join(celulas) + " |")
 
@@ -116,34 +130,36 @@ def cabecalho(*titulos):
     linha(*(["---"] + ["---:"] * (len(titulos) - 1)))
 
 
-def operacoes(valores):
+def operacoes(valores, antes):
     print("\n## Cada operação\n")
-    cabecalho("Operação", "disco µs", "tmpfs µs", "processador µs", "bytes escritos", "descargas")
+    cabecalho("Operação", "disco µs", "tmpfs µs", "processador µs", "antes", "bytes escritos", "descargas")
     for nome, titulo in OPERACOES.items():
         disco, memoria = (valores[f"{base}/{nome}"] for base in BASES)
         linha(titulo, us(disco["mediana"]), us(memoria["mediana"]), us(memoria["processador"]),
-              numero(memoria["escrito"], 0), numero(memoria["descargas"], 0))
-    print("\nTempo por chamada (mediana); o processador, com as chamadas de sistema, em tmpfs.")
+              sobreAntes(valores, f"memoria/{nome}", "processador"), numero(memoria["escrito"], 0), numero(memoria["descargas"], 0))
+    print("\nTempo por chamada (mediana); o processador, com as chamadas de sistema, em tmpfs.\n"
+          + qualAntes(antes, "o processador"))
 
 
-def cupons(valores):
+def cupons(valores, antes):
     print("\n## Cupons inteiros e o piso\n")
     print("O piso: um programa que, para o mesmo cupom, acrescenta a um arquivo comum, aberto uma\n"
           "vez, os bytes que cada operação durável mudou (o que um arquivo cresceu; o trecho que\n"
           "mudou num do mesmo tamanho; um arquivo que mudou de outro modo, inteiro), com um `write` e\n"
           "um `fdatasync` por operação, e mais nada. Biblioteca e piso são medidos\n"
           "alternadamente; a razão é a mediana dos pares.\n")
-    cabecalho("Cupom", "disco µs", "piso µs", "razão", "tmpfs µs", "piso µs", "razão",
+    cabecalho("Cupom", "disco µs", "piso µs", "razão", "antes", "tmpfs µs", "piso µs", "razão", "antes",
               "bytes escritos", "no piso", "descargas", "no piso")
     for itens in (1, 10, 100, 999):
         disco, memoria = (valores[f"{base}/cupom/{itens}"] for base in BASES)
         celulas = []
-        for medida in (disco, memoria):
-            celulas += [us(medida["mediana"]), us(medida["par_mediana"]),
-                        numero(medida["razao"], 2)]
+        for base, medida in zip(BASES, (disco, memoria)):
+            celulas += [us(medida["mediana"]), us(medida["par_mediana"]), numero(medida["razao"], 2),
+                        sobreAntes(valores, f"{base}/cupom/{itens}", "mediana")]
         linha(f"{itens} itens" if itens > 1 else "1 item", *celulas,
               numero(memoria["escrito"], 0), numero(memoria["par_escrito"], 0),
               numero(memoria["descargas"], 0), numero(memoria["par_descargas"], 0))
+    print("\n" + qualAntes(antes, "o tempo"))
     print("\nNum disco em que cada descarga leva 10 ms a mais (um cartão SD, um disco antigo; a espera é\n"
           "posta entre a biblioteca e o sistema):\n")
     cabecalho("Cupom", "ms", "piso ms", "razão")
@@ -281,8 +297,8 @@ def main():
     print(f"{contexto['date'][:10]}, {contexto['num_cpus']} processadores de "
           f"{contexto['mhz_per_cpu']} MHz. Tempos absolutos são desta máquina; valem as razões.")
     metas(valores, venda, par)
-    cupons(valores)
-    operacoes(valores)
+    cupons(valores, mais.get("antes"))
+    operacoes(valores, mais.get("antes"))
     memoria(venda, pico)
     if "figuras" in mais:
         figuras(medianas(mais["figuras"]))
