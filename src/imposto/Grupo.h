@@ -164,7 +164,8 @@ constexpr Grupo linhaDeGrupo(std::string_view secao, std::string_view nome,
         if (elemento.nome.empty() || !ehConfigurado(elemento.formato)) continue;
         const auto onde = elemento.secao.empty() ? secao : elemento.secao;
         const auto chave = elemento.nomeChave.empty() ? elemento.nome : elemento.nomeChave;
-        elemento.chave = procurarChave(juntar({onde, "\\", chave})).value();
+        elemento.chave = procurarChave(juntar({onde, "\\", chave}));
+        if (!elemento.chave) throw "a key of this row is not in src/config/CatalogoTabela.h";
     }
     // No configuration can choose a section without that key.
     if (!escolha.empty() && fonte != Fonte::kConfTemp)
