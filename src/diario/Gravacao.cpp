@@ -138,6 +138,15 @@ bool abrirSeguido(const Passo &passo, Cadeia &cadeia) {
     return cadeia.aberto.aberto() && aberta == passo.achado.identidade;
 }
 
+// What hinders a step once may not hinder it twice.
+template <class Tentar>
+bool duasVezes(Tentar tentar) {
+    bool certo = false;
+    for (int vez = 0; vez < 2 && !certo; ++vez)
+        certo = tentar();
+    return certo;
+}
+
 bool escreverTrechos(const Passo &passo, const Cadeia &cadeia) {
     return std::ranges::all_of(passo.plano.mudancas, [&](const MudancaDiario &mudanca) {
         return mudanca.forma != FormaMudanca::kTrecho ||
@@ -151,7 +160,7 @@ bool escreverTrechos(const Passo &passo, const Cadeia &cadeia) {
 bool escreverSobre(const Passo &passo, Cadeia &cadeia) {
     if (!abrirSeguido(passo, cadeia)) return false;
     // Twice here, for the file is not the one that was looked at once a part of it is written.
-    if (!escreverTrechos(passo, cadeia) && !escreverTrechos(passo, cadeia)) {
+    if (!duasVezes([&] { return escreverTrechos(passo, cadeia); })) {
         // The host reads the same file under a number that it took from here.
         if (errno == EBADF) cadeia.aberto.soltar();
         return false;
@@ -179,8 +188,7 @@ bool seguir(const Gravacao &gravacao) {
     Gravador &g = gravador();
     bool todos = true;
     for (const Passo &passo : gravacao.passos) {
-        // What hinders it once may not hinder it twice.
-        if (aplicar(passo) || aplicar(passo)) continue;
+        if (duasVezes([&] { return aplicar(passo); })) continue;
         todos = false;
         esquecerCadeia(passo.mudanca->nome);
     }
