@@ -10,6 +10,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
+#include <new>
 #include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -340,6 +341,7 @@ bool removerArquivo(const std::string &caminho) {
 void removerRascunhos(const std::string &diretorio, bool (*nosso)(std::string_view nome)) {
     const std::unique_ptr<DIR, decltype([](DIR *aberto) { ::closedir(aberto); })> aberto(
         ::opendir(diretorio.c_str()));
+    if (!aberto && errno == ENOMEM) throw std::bad_alloc();
     if (!aberto) return;
     while (const dirent *entrada = ::readdir(aberto.get())) {
         const std::string_view nome = entrada->d_name;

@@ -91,7 +91,8 @@ void darAoDonoDoDiretorio(int fd, const std::string &caminho);
 bool removerArquivo(const std::string &caminho);
 
 // Removes the scratch files that a dead process left in a directory (its path ends in "/"), those
-// of files whose name `nosso` takes. Nothing else there is touched.
+// of files whose name `nosso` takes. Nothing else there is touched. Without memory for it:
+// bad_alloc.
 void removerRascunhos(const std::string &diretorio, bool (*nosso)(std::string_view nome));
 
 // False only when it is known that there is none.

@@ -48,9 +48,11 @@ void prepararArquivos() {
     // turn, or a journal that can be read, the files are read as they are.
     const bool certos = !vez || acompanharDiario() == ZEL_OK;
     const bool sozinho = vez && certos && posse;
-    arquivosProntos = garantirConfig() == ZEL_OK && certos && (!sozinho || resolverPendencias());
+    const bool prontos = garantirConfig() == ZEL_OK && certos && (!sozinho || resolverPendencias());
     lembrarEstado(true);
     if (sozinho) removerSobras();
+    // Last, for whoever runs out of memory before it: the next call does it all.
+    arquivosProntos = prontos;
 }
 
 void fnInicializarVariaveis_ZEL(ST_PersitenceXML_ZEL &documento) {
