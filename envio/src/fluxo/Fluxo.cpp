@@ -89,7 +89,8 @@ bool Fluxo::linhaLivre(const Ficha &ficha) {
 
 bool Fluxo::enviar(const Ficha &ficha) {
     if (parada(ficha) || semLugar(ficha) || faixaOcupada(ficha)) return false;
-    if (podeJaEstar(meios_.fila, ficha, meios_.config.fila))
+    // What somebody hands over was not sent before, whatever its till's clock says.
+    if (!alguemEspera_ && podeJaEstar(meios_.fila, ficha, meios_.config.fila))
         return mudar(ficha, Estado::kPerguntar, {.motivo = "achada tarde", .proximo = 0});
     if (!linhaLivre(ficha)) return false;
     const Momento agora = meios_.relogio.agora();

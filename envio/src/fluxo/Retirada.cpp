@@ -34,7 +34,8 @@ bool Fluxo::retirar(std::int64_t id, const std::string &motivo) {
     if (!ficha) return false;
     if (ficha->estado == Estado::kRetirado) return true;
     if (jaSaiu(meios_.fila, *ficha)) return false;
-    return passa(ficha->estado, Estado::kRetirado) && ficha->estado != Estado::kPerguntar &&
+    const bool pode = ficha->estado != Estado::kPerguntar || nuncaSaiu(meios_.fila, *ficha);
+    return pode && passa(ficha->estado, Estado::kRetirado) &&
            mudar(*ficha, Estado::kRetirado, {.motivo = motivo});
 }
 
