@@ -9,9 +9,9 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <iterator>
+#include <new>
 #include <utility>
 
 namespace zel {
@@ -79,7 +79,7 @@ struct Reserva {
 Reserva reserva;
 
 void *alocar(HPDF_UINT tamanho) {
-    if (void *memoria = std::malloc(tamanho)) return memoria;
+    if (void *memoria = ::operator new(tamanho, std::nothrow)) return memoria;
     *reserva.falhou = true;
     constexpr std::size_t kPasso = alignof(std::max_align_t);
     const std::size_t inteiro = (std::size_t{tamanho} + kPasso - 1) / kPasso * kPasso;
@@ -90,7 +90,7 @@ void *alocar(HPDF_UINT tamanho) {
 void liberar(void *memoria) {
     const std::less<const void *> antes;
     if (antes(memoria, reserva.bytes.begin()) || !antes(memoria, reserva.bytes.end()))
-        std::free(memoria);
+        ::operator delete(memoria);
 }
 
 HPDF_Doc novoDocumento(bool &falhou) {

@@ -7,7 +7,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdint>
 #include <limits>
 
 namespace zel {
@@ -35,57 +34,11 @@ Prefixo lerPrefixo(std::string_view texto, bool comPonto) {
     return prefixo;
 }
 
-constexpr auto kPotencias = std::to_array<double>(
-    {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15});
-
-// Digits that a double holds exactly, over a power of ten that it holds exactly: their quotient is
-// rounded once, to what from_chars reads. Nearly all numbers of a receipt are as short.
-double lerCurto(std::string_view digitos) {
-    std::int64_t inteiro = 0;
-    std::size_t casas = 0;
-    bool depois = false;
-    for (const char c : digitos) {
-        if (c == '.') {
-            depois = true;
-        } else {
-            inteiro = inteiro * 10 + (c - '0');
-            casas += depois ? 1 : 0;
-        }
-    }
-    return static_cast<double>(inteiro) / kPotencias[casas];
-}
-
-// The value, not below zero, times a power of ten, correctly rounded to a whole number, a half to
-// the even one: what was lost in the product decides where it seems to be a half.
-std::int64_t escalar(double valor, double escala) {
-    const double produto = valor * escala;
-    const double perdido = std::fma(valor, escala, -produto);
-    const double abaixo = std::floor(produto);
-    const double fracao = produto - abaixo;
-    const auto inteiro = static_cast<std::int64_t>(abaixo);
-    const bool acima =
-        fracao > 0.5 || (fracao == 0.5 && (perdido > 0 || (perdido == 0 && inteiro % 2 != 0)));
-    return inteiro + (acima ? 1 : 0);
-}
-
-// As formatarDecimal, where the product is far from the bound of what a double counts.
-std::string formatarCurto(double valor, std::size_t casas) {
-    const std::int64_t inteiro = escalar(std::abs(valor), kPotencias[casas]);
-    std::string digitos = formatarInteiro(inteiro, static_cast<int>(casas) + 1);
-    digitos.insert(digitos.size() - casas, 1, '.');
-    if (valor < 0 && inteiro != 0) digitos.insert(0, 1, '-');
-    return digitos;
-}
-
 } // namespace
 
 double lerDecimal(std::string_view texto) {
     const Prefixo prefixo = lerPrefixo(texto, true);
     double valor = 0;
-    if (prefixo.digitos.size() < kPotencias.size()) {
-        valor = lerCurto(prefixo.digitos);
-        return prefixo.negativo ? -valor : valor;
-    }
     const char *fim = prefixo.digitos.data() + prefixo.digitos.size();
     const auto [_, erro] =
         std::from_chars(prefixo.digitos.data(), fim, valor, std::chars_format::fixed);
@@ -110,8 +63,6 @@ long long lerInteiro(std::string_view texto) {
 }
 
 std::string formatarDecimal(double valor, int casas) {
-    if (std::abs(valor) < 1e10 && casas >= 1 && casas <= 4)
-        return formatarCurto(valor, static_cast<std::size_t>(casas));
     // The longest double has 309 digits before the point.
     std::array<char, 352> texto;
     const auto [fim, erro] = std::to_chars(texto.data(), texto.data() + texto.size(), valor,

@@ -5,6 +5,7 @@
 
 #include "comandos/Biblioteca.h"
 #include "comandos/Interrupcao.h"
+#include "comum/ChaveAcesso.h"
 #include "leitura/Arquivos.h"
 #include "leitura/Terminal.h"
 #include "leitura/Texto.h"
@@ -125,8 +126,8 @@ std::optional<PedidoDeTransmissao> pedidoDeTransmissao(const Argumentos &argumen
 }
 
 bool ehOffline(const Transmissao &feita) {
-    constexpr std::size_t kLugarDoTpEmis = 34;
-    return feita.chave.size() > kLugarDoTpEmis && feita.chave[kLugarDoTpEmis] == '9';
+    return ehChave(feita.chave) &&
+           ChaveAcesso::parte(feita.chave, ChaveAcesso::Parte::kTpEmis) == "9";
 }
 
 std::string resultadoDe(const Transmissao &feita) {
