@@ -43,9 +43,8 @@ class Caixa(unittest.TestCase):
     maxDiff = None
 
     def setUp(self):
-        temporario = tempfile.TemporaryDirectory()
-        self.addCleanup(temporario.cleanup)
-        self.pasta, self.caixa = Path(temporario.name), Path(temporario.name) / "caixa 1"
+        self.pasta = Path(self.enterContext(tempfile.TemporaryDirectory()))
+        self.caixa = self.pasta / "caixa 1"
         self.caixa.mkdir()
         if not FABRICA:  # made once: each key is a program that starts
             for chave, valor in CAIXA.items():

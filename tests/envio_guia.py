@@ -42,9 +42,7 @@ class Guia(unittest.TestCase):
     maxDiff = None
 
     def setUp(self):
-        temporario = tempfile.TemporaryDirectory()
-        self.addCleanup(temporario.cleanup)
-        self.caixa = Path(temporario.name)
+        self.caixa = Path(self.enterContext(tempfile.TemporaryDirectory()))
 
     def rodar(self, comandos):
         ambiente = dict(os.environ, ZEL_DIRETORIO=str(self.caixa), LC_ALL="C.UTF-8", TZ="BRT3",

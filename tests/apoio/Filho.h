@@ -2,7 +2,9 @@
 // Another process, which forks off here and does something.
 #pragma once
 
+#include <csignal>
 #include <functional>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -22,4 +24,11 @@ inline int fimDe(pid_t filho) {
 
 inline int emFilho(const std::function<int()> &fazer) {
     return fimDe(comecarFilho(fazer));
+}
+
+// From here on no file of this process grows beyond so many bytes, as on a full disk.
+inline void limitarArquivos(rlim_t bytes) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limite{bytes, RLIM_INFINITY};
+    ::setrlimit(RLIMIT_FSIZE, &limite);
 }

@@ -30,9 +30,18 @@ public:
 
     const std::string &caminho() const { return caminho_; }
     std::string operator/(std::string_view nome) const { return (caminho_ + "/").append(nome); }
+    std::ptrdiff_t quantosEm(std::string_view nome = "") const {
+        return std::distance(std::filesystem::directory_iterator(*this / nome), {});
+    }
     std::string ler(std::string_view nome) const { return lerTudo(*this / nome).value_or(""); }
     void gravar(std::string_view nome, std::string_view conteudo) const {
         gravarTudo(*this / nome, conteudo);
+    }
+    // With these rights; where it is.
+    std::string gravar(std::string_view nome, std::string_view conteudo, unsigned modo) const {
+        gravar(nome, conteudo);
+        std::filesystem::permissions(*this / nome, std::filesystem::perms{modo});
+        return *this / nome;
     }
 
 private:

@@ -54,11 +54,6 @@ std::string pngDoLogotipo(int largura, int altura) {
     return zel::cupom::pngDaImagem(zel::cupom::logotipoDoTeste(largura, altura));
 }
 
-std::size_t arquivosEm(const PastaTemporaria &pasta) {
-    const std::filesystem::directory_iterator entradas(pasta / "");
-    return static_cast<std::size_t>(std::distance(begin(entradas), end(entradas)));
-}
-
 } // namespace
 
 TEST(Funcoes, argumentos_sao_conferidos) {
@@ -164,11 +159,11 @@ TEST(Funcoes, arquivos_se_gravam_inteiros_ou_nada) {
     EXPECT_EQ(zel_cupom_gravar_svg(r, (pasta / "cupom.svg").c_str()), ZEL_CUPOM_OK);
     EXPECT_EQ(pasta.ler("cupom.png"), r.png());
     EXPECT_EQ(pasta.ler("cupom.svg"), r.svg());
-    EXPECT_EQ(arquivosEm(pasta), 2U);
+    EXPECT_EQ(pasta.quantosEm(), 2);
     for (const std::string &onde :
          {pasta / "falta/cupom.png", pasta / "", std::string("/dev/null"), pasta / "cupom.png/x"})
         EXPECT_EQ(zel_cupom_gravar_png(r, onde.c_str()), ZEL_CUPOM_ARQUIVO) << onde;
-    EXPECT_EQ(arquivosEm(pasta), 2U);
+    EXPECT_EQ(pasta.quantosEm(), 2);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 }
 
@@ -202,7 +197,7 @@ TEST(Funcoes, arquivo_que_nao_se_termina_nao_se_comeca) {
     std::signal(SIGXFSZ, sinal);
     EXPECT_EQ(codigo, ZEL_CUPOM_ARQUIVO);
     EXPECT_EQ(pasta.ler("cupom.png"), "velho");
-    EXPECT_EQ(arquivosEm(pasta), 1U);
+    EXPECT_EQ(pasta.quantosEm(), 1);
 }
 
 TEST(Funcoes, bytes_nao_dependem_do_que_mais_acontece) {

@@ -7,7 +7,7 @@
 #include "Leitor.h"
 #include "Logotipo.h"
 #include "Pagina.h"
-#include "apoio/Textos.h"
+#include "apoio/Trecho.h"
 
 #include <optional>
 #include <string>

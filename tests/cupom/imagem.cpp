@@ -35,13 +35,6 @@ ImagemCinza retangulosDoSvg(const std::string &svg, int largura, int altura) {
     return imagem;
 }
 
-std::size_t quantos(std::string_view texto, std::string_view parte) {
-    std::size_t vezes = 0;
-    for (std::size_t i = texto.find(parte); i != texto.npos; i = texto.find(parte, i + 1))
-        ++vezes;
-    return vezes;
-}
-
 } // namespace
 
 TEST(Logotipo, arquivo_e_cinza_em_papel_branco) {
@@ -133,10 +126,10 @@ TEST(Imagem, svg_tem_os_mesmos_pontos_e_cada_letra) {
     const Desenhado desenhado = desenharTexto(texto, kPapeis[1], &logotipo);
     const std::string svg = gerarSvg(desenhado.pagina, {fontesDoTeste(), &logotipo});
     EXPECT_EQ(svg, gerarSvg(desenhado.pagina, {fontesDoTeste(), &logotipo}));
-    EXPECT_EQ(quantos(svg, "<use "), 4U);
-    EXPECT_EQ(quantos(svg, "<path id="), 4U);
-    EXPECT_EQ(quantos(svg, "d=\"M"), 6U); // none of the outlines is empty; QR code and cut
-    EXPECT_EQ(quantos(svg, "data:image/png;base64,iVBORw0KGgo"), 1U);
+    EXPECT_EQ(vezesEm(svg, "<use "), 4);
+    EXPECT_EQ(vezesEm(svg, "<path id="), 4);
+    EXPECT_EQ(vezesEm(svg, "d=\"M"), 6); // none of the outlines is empty; QR code and cut
+    EXPECT_EQ(vezesEm(svg, "data:image/png;base64,iVBORw0KGgo"), 1);
     EXPECT_NE(svg.find("width=\"76mm\""), svg.npos);
     const ImagemCinza pontos =
         retangulosDoSvg(svg, desenhado.imagem.largura, desenhado.imagem.altura);

@@ -3,6 +3,8 @@
 // the form of ICP-Brasil.
 #pragma once
 
+#include "apoio/Ambiente.h"
+#include "apoio/PastaTemporaria.h"
 #include "assinatura/Certificado.h"
 #include "assinatura/Ensaio.h"
 
@@ -94,42 +96,5 @@ inline std::shared_ptr<const Certificado> certificado() {
     static const std::string pacote = pkcs12De(chave(kTitular), Cadeia().titular(modelo()).get());
     return Certificado::dePkcs12(pacote, kSenha, "", recusas);
 }
-
-// A directory that goes with the test.
-class Pasta {
-public:
-    Pasta() {
-        std::string molde = std::filesystem::temp_directory_path() / "zel_envio_XXXXXX";
-        caminho_ = ::mkdtemp(molde.data());
-    }
-    ~Pasta() { std::filesystem::remove_all(caminho_); }
-    Pasta(const Pasta &) = delete;
-    Pasta &operator=(const Pasta &) = delete;
-
-    std::string em(const std::string &nome) const { return caminho_ + '/' + nome; }
-    std::string gravar(const std::string &nome, std::string_view conteudo,
-                       unsigned modo = 0600) const {
-        std::ofstream(em(nome), std::ios::binary) << conteudo;
-        std::filesystem::permissions(em(nome), static_cast<std::filesystem::perms>(modo));
-        return em(nome);
-    }
-
-private:
-    std::string caminho_;
-};
-
-// A variable of the environment while this lives.
-class Variavel {
-public:
-    Variavel(const char *nome, const std::string &valor) : nome_(nome) {
-        ::setenv(nome, valor.c_str(), 1);
-    }
-    ~Variavel() { ::unsetenv(nome_); }
-    Variavel(const Variavel &) = delete;
-    Variavel &operator=(const Variavel &) = delete;
-
-private:
-    const char *nome_;
-};
 
 } // namespace zel::envio::ensaio

@@ -3,9 +3,7 @@
 // it is signed, or after.
 #pragma once
 
-#include "Certificados.h"
-#include "Mensagens.h"
-#include "assinatura/Assinatura.h"
+#include "Assinada.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -107,8 +105,7 @@ struct Troca {
 
 inline std::string chaveDe(const std::string &xml) {
     const auto valor = [&](const std::string &nome, std::size_t largura) {
-        const std::size_t i = xml.find('<' + nome + '>') + nome.size() + 2;
-        const std::string texto = xml.substr(i, xml.find('<', i) - i);
+        const std::string texto = entre(xml, '<' + nome + '>', "<");
         return std::string(largura - std::min(largura, texto.size()), '0') + texto;
     };
     const std::string dhEmi = valor("dhEmi", 0);
@@ -132,12 +129,7 @@ inline Documento documento400(const std::vector<Troca> &trocas = {}, bool comAss
     trocarTudo(xml, "@DV", chave.substr(43));
     trocarTudo(xml, "@CHAVE", chave);
     aplicar(Quando::kDepoisDaChave);
-    if (comAssinatura) {
-        Documento documento = lido(xml);
-        Recusas recusas;
-        EXPECT_TRUE(assinar(documento, "infNFe", *certificado(), recusas)) << recusas.texto();
-        xml = documento.texto();
-    }
+    if (comAssinatura) xml = assinada(xml, "infNFe");
     aplicar(Quando::kDepoisDeAssinado);
     return lido(xml);
 }

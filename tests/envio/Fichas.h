@@ -5,6 +5,7 @@
 #include "fila/Fila.h"
 
 #include "apoio/PastaTemporaria.h"
+#include "apoio/Trecho.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -2,6 +2,7 @@
 // Messages of layout 4.00 as short as the published schemas allow, unsigned.
 #pragma once
 
+#include "apoio/Trecho.h"
 #include "base/Xml.h"
 #include "comum/ChaveAcesso.h"
 

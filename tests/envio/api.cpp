@@ -2,16 +2,16 @@
 // The whole way through the C functions of the shared object: what the till wrote becomes a message
 // that the published schemas take, whose signature and QR code hold, and which prints.
 #include "apoio/PastaTemporaria.h"
+#include "apoio/Trecho.h"
 #include "assinatura/Ensaio.h"
+#include "envio/Juiz.h"
 #include "envio/Nota.h"
 #include "zel_envio.h"
 
-#include <cstdlib>
 #include <ctime>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
-#include <sys/stat.h>
 
 using namespace zel::envio;
 using namespace zel::envio::teste;
@@ -28,12 +28,10 @@ public:
                    const std::string &cnpj = kCnpj) {
         pasta_.gravar("ensaio.p12",
                       pkcs12DeEnsaio("PADARIA DA ESQUINA", cnpj, "senha", std::time(nullptr)));
-        pasta_.gravar("senha", "senha\n");
-        ::chmod((pasta_ / "senha").c_str(), 0600);
-        const char *esquemas = std::getenv("ZEL_ESQUEMAS");
+        pasta_.gravar("senha", "senha\n", 0600);
+        const std::string esquemas = pastaDosEsquemas();
         const std::string toml =
-            (esquemas == nullptr ? std::string()
-                                 : "esquemas = \"" + std::string(esquemas) + "\"\n") +
+            (esquemas.empty() ? "" : "esquemas = \"" + esquemas + "\"\n") +
             "cUF = \"43\"\n[certificado]\narquivo = \"ensaio.p12\"\nsenha_arquivo = \"senha\"\n" +
             mais;
         EXPECT_EQ(zel_envio_configurar_texto(envio_.get(), toml.data(), toml.size(),
@@ -139,8 +137,8 @@ TEST(Emissoes, cada_arquivo_do_caixa_vira_mensagem_assinada_e_julgada) {
         ASSERT_EQ(zel_envio_assinar(*envio), ZEL_ENVIO_OK) << envio.detalhe();
         const std::string mensagem = envio.mensagem();
         EXPECT_TRUE(mensagem.starts_with(comeco)) << mensagem.substr(0, 80);
-        EXPECT_NE(mensagem.find("</Signature>"), std::string::npos);
-        EXPECT_EQ(mensagem.find("SEGREDO"), std::string::npos);
+        EXPECT_TRUE(contem(mensagem, "</Signature>"));
+        EXPECT_FALSE(contem(mensagem, "SEGREDO"));
         if (tipo != ZEL_ENVIO_NFCE) continue;
         EXPECT_EQ(zel_envio_verificar(*envio), ZEL_ENVIO_OK) << envio.detalhe();
         // What was made is read again, and nothing is signed twice.
@@ -159,8 +157,7 @@ TEST(Emissoes, o_que_falha_diz_tudo_e_deixa_a_mensagem_de_antes) {
     ASSERT_EQ(zel_envio_assinar(*envio), ZEL_ENVIO_OK) << envio.detalhe();
     const std::string mensagem = envio.mensagem();
     EXPECT_EQ(zel_envio_completar(*envio, "1", "2", "ontem", "1,0"), ZEL_ENVIO_ARGUMENTO);
-    for (const char *campo : {"protocolo:", "substituta:", "data:", "troco:"})
-        EXPECT_NE(envio.detalhe().find(campo), std::string::npos) << campo;
+    EXPECT_TRUE(contemTodas(envio.detalhe(), {"protocolo:", "substituta:", "data:", "troco:"}));
     EXPECT_EQ(zel_envio_completar(*envio, "", "", "2026-02-31", ""), ZEL_ENVIO_ARGUMENTO);
     EXPECT_EQ(zel_envio_configurar_texto(*envio, "x = 1", 5, "/"), ZEL_ENVIO_CONFIGURACAO);
     EXPECT_EQ(envio.mensagem(), mensagem);
@@ -170,8 +167,7 @@ TEST(Emissoes, o_que_falha_diz_tudo_e_deixa_a_mensagem_de_antes) {
     ruim.cNF = "11111111";
     ASSERT_EQ(envio.ler(ruim.xml()), ZEL_ENVIO_OK);
     EXPECT_EQ(zel_envio_assinar(*envio), ZEL_ENVIO_TRADUCAO);
-    EXPECT_NE(envio.detalhe().find("NCM"), std::string::npos) << envio.detalhe();
-    EXPECT_NE(envio.detalhe().find("cNF"), std::string::npos) << envio.detalhe();
+    EXPECT_TRUE(contemTodas(envio.detalhe(), {"NCM", "cNF"}));
     EXPECT_EQ(envio.mensagem(), "nenhuma");
 
     Envio alheio("[qrcode]\nversao = 3\n", "12345678000195");
@@ -191,19 +187,14 @@ TEST(Emissoes, mensagem_de_outro_e_olhada_antes_de_assinada) {
     ASSERT_EQ(zel_envio_traduzir(*envio), ZEL_ENVIO_OK) << envio.detalhe();
     const std::string boa = envio.mensagem(),
                       espaco = " xmlns=\"http://www.portalfiscal.inf.br/nfe\"";
-    EXPECT_NE(boa.find("Pao d&#39;agua &quot;especial&quot;"), std::string::npos) << boa;
-    const auto trocada = [](std::string xml, const std::string &de, const std::string &para) {
-        const std::size_t onde = xml.find(de);
-        EXPECT_NE(onde, xml.npos) << de;
-        return onde == xml.npos ? xml : xml.replace(onde, de.size(), para);
-    };
+    EXPECT_TRUE(contem(boa, "Pao d&#39;agua &quot;especial&quot;"));
     const std::string suplemento = "<infNFeSupl><qrCode>velho</qrCode></infNFeSupl>";
     ASSERT_EQ(envio.ler(cancelamento(nota.chave(), kProtocolo)), ZEL_ENVIO_OK);
     ASSERT_EQ(zel_envio_traduzir(*envio), ZEL_ENVIO_OK) << envio.detalhe();
     const std::string lote = envio.mensagem();
     const std::string evento =
         lote.substr(lote.find("<evento "), lote.find("</envEvento>") - lote.find("<evento "));
-    const std::string alheio = trocada(evento, "<CNPJ>11222333", "<CNPJ>99222333");
+    const std::string alheio = trocar(evento, "<CNPJ>11222333", "<CNPJ>99222333");
     const std::string chave = nota.chave();
     const struct {
         std::string xml;
@@ -211,33 +202,33 @@ TEST(Emissoes, mensagem_de_outro_e_olhada_antes_de_assinada) {
         const char *parte;
     } kCasos[] = {
         {boa, ZEL_ENVIO_OK, ""},
-        {trocada(boa, "</NFe>", suplemento + "</NFe>"), ZEL_ENVIO_OK, ""},
+        {trocar(boa, "</NFe>", suplemento + "</NFe>"), ZEL_ENVIO_OK, ""},
         {lote, ZEL_ENVIO_OK, ""},
-        {trocada(boa, "<cDV>" + chave.substr(43), "<cDV>x"), ZEL_ENVIO_REPROVADO, "ide/cDV"},
-        {trocada(boa, chave, chave.substr(0, 43) + "x"), ZEL_ENVIO_REPROVADO, "@Id"},
-        {trocada(boa, "<vNF>20.00", "<vNF>1.00"), ZEL_ENVIO_REPROVADO, "610"},
-        {trocada(boa, "<UF>RS", "<UF>RJ"), ZEL_ENVIO_REPROVADO, "enderEmit/UF"},
-        {trocada(boa, espaco, ""), ZEL_ENVIO_TRADUCAO, "espaço de nomes"},
+        {trocar(boa, "<cDV>" + chave.substr(43), "<cDV>x"), ZEL_ENVIO_REPROVADO, "ide/cDV"},
+        {trocar(boa, chave, chave.substr(0, 43) + "x"), ZEL_ENVIO_REPROVADO, "@Id"},
+        {trocar(boa, "<vNF>20.00", "<vNF>1.00"), ZEL_ENVIO_REPROVADO, "610"},
+        {trocar(boa, "<UF>RS", "<UF>RJ"), ZEL_ENVIO_REPROVADO, "enderEmit/UF"},
+        {trocar(boa, espaco, ""), ZEL_ENVIO_TRADUCAO, "espaço de nomes"},
         {"<enviNFe" + espaco + ">" + boa + boa + "</enviNFe>", ZEL_ENVIO_TRADUCAO, "NFe[2]"},
-        {trocada(lote, "</envEvento>", alheio + "</envEvento>"), ZEL_ENVIO_REPROVADO,
+        {trocar(lote, "</envEvento>", alheio + "</envEvento>"), ZEL_ENVIO_REPROVADO,
          "evento[2]/infEvento/CNPJ: \"99222333000181\""},
-        {trocada(nota.xml(), "</NFe>", "<Signature/></NFe>"), ZEL_ENVIO_OK, ""},
+        {trocar(nota.xml(), "</NFe>", "<Signature/></NFe>"), ZEL_ENVIO_OK, ""},
     };
     for (const auto &[xml, codigo, parte] : kCasos) {
         ASSERT_EQ(envio.ler(xml), ZEL_ENVIO_OK) << envio.detalhe();
         EXPECT_EQ(zel_envio_assinar(*envio), codigo) << parte << '\n' << envio.detalhe();
-        EXPECT_NE(envio.detalhe().find(parte), std::string::npos) << envio.detalhe();
+        EXPECT_TRUE(contem(envio.detalhe(), parte));
         if (codigo != ZEL_ENVIO_OK) continue;
         const std::string feita = envio.mensagem();
-        EXPECT_EQ(feita.find("infNFeSupl><qrCode>velho"), std::string::npos);
+        EXPECT_FALSE(contem(feita, "infNFeSupl><qrCode>velho"));
         EXPECT_EQ(feita.find("<Signature"), feita.rfind("<Signature "));
     }
     // A root of its own.
-    ASSERT_EQ(envio.ler(trocada(evento, "<evento", "<evento" + espaco)), ZEL_ENVIO_OK);
+    ASSERT_EQ(envio.ler(trocar(evento, "<evento", "<evento" + espaco)), ZEL_ENVIO_OK);
     const int codigo = zel_envio_assinar(*envio);
-    EXPECT_EQ(envio.detalhe().find("outra empresa"), std::string::npos) << codigo;
+    EXPECT_FALSE(contem(envio.detalhe(), "outra empresa")) << codigo;
     // An old signature says nothing of the translated document.
-    ASSERT_EQ(envio.ler(trocada(nota.xml(), "</NFe>", "<Signature/></NFe>")), ZEL_ENVIO_OK);
+    ASSERT_EQ(envio.ler(trocar(nota.xml(), "</NFe>", "<Signature/></NFe>")), ZEL_ENVIO_OK);
     EXPECT_EQ(zel_envio_traduzir(*envio), ZEL_ENVIO_OK) << envio.detalhe();
 }
 
@@ -246,8 +237,7 @@ TEST(Emissoes, o_troco_diz_o_pagamento_inteiro) {
     ASSERT_EQ(envio.ler(Nota().xml()), ZEL_ENVIO_OK);
     ASSERT_EQ(zel_envio_completar(*envio, nullptr, nullptr, nullptr, "30.00"), ZEL_ENVIO_OK);
     ASSERT_EQ(zel_envio_traduzir(*envio), ZEL_ENVIO_OK) << envio.detalhe();
-    EXPECT_NE(envio.mensagem().find("<vPag>50.00</vPag></detPag><vTroco>30.00</vTroco>"),
-              std::string::npos);
+    EXPECT_TRUE(contem(envio.mensagem(), "<vPag>50.00</vPag></detPag><vTroco>30.00</vTroco>"));
 }
 
 TEST(Impressoes, so_do_que_foi_autorizado_e_com_o_qr_do_documento) {
@@ -271,14 +261,13 @@ TEST(Impressoes, so_do_que_foi_autorizado_e_com_o_qr_do_documento) {
     std::string documento, retorno;
     ASSERT_EQ(imprimir(resposta(envio, "100"), documento, retorno), ZEL_ENVIO_OK)
         << envio.detalhe();
-    EXPECT_NE(documento.find("<pag><tPag>01</tPag><vPag>12.00</vPag></pag><pag>"
-                             "<tPag>17</tPag><vPag>8.00</vPag></pag>"),
-              std::string::npos);
-    EXPECT_NE(documento.find("P\xE3o &amp; \"queijo\""), std::string::npos);
-    EXPECT_NE(retorno.find("<DocProtocolo>143260000000001</DocProtocolo>"), std::string::npos);
-    EXPECT_NE(retorno.find("<LinkXML>" + envio.valor("qrCode") + "</LinkXML>"), std::string::npos);
+    EXPECT_TRUE(contem(documento, "<pag><tPag>01</tPag><vPag>12.00</vPag></pag><pag>"
+                                  "<tPag>17</tPag><vPag>8.00</vPag></pag>"));
+    EXPECT_TRUE(contem(documento, "P\xE3o &amp; \"queijo\""));
+    EXPECT_TRUE(contem(retorno, "<DocProtocolo>143260000000001</DocProtocolo>"));
+    EXPECT_TRUE(contem(retorno, "<LinkXML>" + envio.valor("qrCode") + "</LinkXML>"));
     ASSERT_EQ(imprimir("", documento, retorno), ZEL_ENVIO_OK);
-    EXPECT_EQ(retorno.find("DocProtocolo"), std::string::npos);
+    EXPECT_FALSE(contem(retorno, "DocProtocolo"));
 
     std::string alterada = resposta(envio, "100");
     alterada.replace(alterada.find("<digVal>") + 8, 4, "AAAA");

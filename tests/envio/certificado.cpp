@@ -23,7 +23,7 @@ std::string motivoDe(std::string_view pacote, std::string_view senha) {
     const auto aberto = Certificado::dePkcs12(pacote, senha, "", recusas);
     EXPECT_EQ(aberto == nullptr, !recusas.nenhuma());
     EXPECT_LE(recusas.lista().size(), 1U);
-    EXPECT_EQ(recusas.texto().find(senha.empty() ? kSenha : senha), std::string::npos);
+    EXPECT_FALSE(contem(recusas.texto(), senha.empty() ? kSenha : senha));
     return recusas.texto();
 }
 
@@ -78,7 +78,7 @@ TEST(Pkcs12, novo_e_antigo_abrem_e_o_resto_e_recusado_pelo_nome) {
     for (const auto &[caso, pacote, senha, motivo] : kCasos) {
         const std::string dito = motivoDe(pacote, senha);
         EXPECT_EQ(dito.empty(), *motivo == '\0') << caso << ": " << dito;
-        EXPECT_NE(dito.find(motivo), std::string::npos) << caso << ": " << dito;
+        EXPECT_TRUE(contem(dito, motivo)) << caso;
     }
 }
 
@@ -98,8 +98,8 @@ TEST(Pkcs12, cada_byte_trocado_e_recusado_ou_nao_muda_nada) {
 TEST(Pkcs12, sem_o_provedor_antigo_do_openssl_o_motivo_o_diz) {
     const DonoX509 titular = Cadeia().titular(modelo());
     const std::string antigo = pkcs12De(chave(kTitular), titular.get(), kSenha, Cifra::kAntiga);
-    const Variavel modulos("OPENSSL_MODULES", "/nenhum");
-    EXPECT_NE(motivoDe(antigo, kSenha).find("ossl-modules/legacy.so"), std::string::npos);
+    const Ambiente modulos("OPENSSL_MODULES", "/nenhum");
+    EXPECT_TRUE(contem(motivoDe(antigo, kSenha), "ossl-modules/legacy.so"));
     EXPECT_EQ(motivoDe(pkcs12De(chave(kTitular), titular.get()), kSenha), "");
 }
 
@@ -149,7 +149,7 @@ TEST(Certificados, dizem_o_que_sao_e_so_servem_ao_emitente_no_prazo_e_com_a_cade
         EXPECT_EQ(aberto->conferir(emitente, kAgora, recusas), motivos.empty()) << caso;
         ASSERT_EQ(recusas.lista().size(), motivos.size()) << caso << ": " << recusas.texto();
         for (std::size_t i = 0; i < motivos.size(); ++i)
-            EXPECT_NE(recusas.lista()[i].motivo.find(motivos[i]), std::string::npos)
+            EXPECT_TRUE(contem(recusas.lista()[i].motivo, motivos[i]))
                 << caso << ": " << recusas.texto();
     }
     Recusas recusas;
@@ -174,10 +174,6 @@ ConfigCertificado conf(const std::string &arquivo, const std::string &senha = ""
                        const std::string &modulo = "", const std::string &cadeia = "") {
     return {arquivo, senha, modulo, "", "", cadeia};
 }
-
-} // namespace
-
-namespace {
 
 // A password that stands in no text of this program, but here in another form.
 constexpr std::array<char, 12> kDisfarce{'Q', 'z', '9', '!', 'k', 'W',
@@ -217,17 +213,17 @@ TEST(Segredos, da_senha_nada_fica_na_memoria_do_programa) {
         ::mmap(nullptr, 1U << 20, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
     for (std::size_t i = 0; i < kDisfarce.size(); ++i)
         pagina[i] = static_cast<char>(kDisfarce[i] ^ kMascara);
-    Pasta pasta;
+    PastaTemporaria pasta;
     for (const Cifra cifra : {Cifra::kNova, Cifra::kAntiga}) {
         const auto titular = Cadeia().titular(modelo());
         const std::string pacote = pkcs12De(chave(kTitular), titular.get(), pagina, cifra);
         Recusas recusas;
         EXPECT_TRUE(Certificado::dePkcs12(pacote, {pagina, kDisfarce.size()}, "", recusas));
-        const zel::comum::Descritor arquivo(pasta.em("senha"), O_CREAT | O_WRONLY);
+        const zel::comum::Descritor arquivo(pasta / "senha", O_CREAT | O_WRONLY);
         ASSERT_EQ(::write(arquivo.fd(), pagina, kDisfarce.size()), 12);
         ::fchmod(arquivo.fd(), 0600);
-        const auto aberto =
-            Certificado::abrir(conf(pasta.gravar("loja.pfx", pacote), pasta.em("senha")), recusas);
+        const auto aberto = Certificado::abrir(
+            conf(pasta.gravar("loja.pfx", pacote, 0600), pasta / "senha"), recusas);
         EXPECT_TRUE(aberto) << recusas.texto();
     }
     EXPECT_FALSE(estaNaMemoria(pagina));
@@ -238,12 +234,12 @@ TEST(Segredos, da_senha_nada_fica_na_memoria_do_programa) {
 
 // Where file and password are named, each with the others silent.
 TEST(Credenciais, vem_da_configuracao_do_ambiente_ou_do_systemd) {
-    Pasta pasta;
+    PastaTemporaria pasta;
     const std::string pacote = pkcs12De(chave(kTitular), Cadeia().titular(modelo()).get());
     const std::string arquivo = pasta.gravar("loja.pfx", pacote, 0644);
-    const std::string senha = pasta.gravar("senha", std::string(kSenha) + "\r\noutra linha");
+    const std::string senha = pasta.gravar("senha", std::string(kSenha) + "\r\noutra linha", 0600);
     const std::string aberta = pasta.gravar("aberta", kSenha, 0640);
-    std::filesystem::create_directory(pasta.em("credenciais"));
+    std::filesystem::create_directory(pasta / "credenciais");
     pasta.gravar("credenciais/certificado", pacote, 0440);
     pasta.gravar("credenciais/senha", kSenha, 0440);
     const struct {
@@ -258,9 +254,9 @@ TEST(Credenciais, vem_da_configuracao_do_ambiente_ou_do_systemd) {
         {"configuration first", "/nenhum", "x", "credenciais", conf(arquivo, senha), ""},
         {"nothing", "", "", "", {}, "nenhum certificado foi dito"},
         {"relative", "loja.pfx", kSenha, "", {}, "caminho inteiro"},
-        {"no file", "", kSenha, "", conf(pasta.em("outra.pfx")), "não existe"},
-        {"a directory", "", kSenha, "", conf(pasta.em("")), "não existe"},
-        {"no chain", "", kSenha, "", conf(arquivo, "", "", pasta.em("x")), "não existe"},
+        {"no file", "", kSenha, "", conf(pasta / "outra.pfx"), "não existe"},
+        {"a directory", "", kSenha, "", conf(pasta / ""), "não existe"},
+        {"no chain", "", kSenha, "", conf(arquivo, "", "", pasta / "x"), "não existe"},
         {"others may read", "", "", "", conf(arquivo, aberta), "chmod 600"},
         {"no password file", "", kSenha, "", conf(arquivo, "/nenhum"), "não existe"},
         {"password for its file", "", "", "", conf(arquivo, kSenha), "não existe"},
@@ -269,14 +265,13 @@ TEST(Credenciais, vem_da_configuracao_do_ambiente_ou_do_systemd) {
         {"module", "", "1234", "", conf("", "", arquivo), "módulo PKCS#11"},
     };
     for (const auto &[caso, noAmbiente, senhaAmbiente, credenciais, config, motivo] : kCasos) {
-        const Variavel a("ZEL_ENVIO_CERTIFICADO", noAmbiente), b("ZEL_ENVIO_SENHA", senhaAmbiente),
-            c("CREDENTIALS_DIRECTORY", *credenciais ? pasta.em(credenciais) : "");
+        const Ambiente a("ZEL_ENVIO_CERTIFICADO", noAmbiente), b("ZEL_ENVIO_SENHA", senhaAmbiente),
+            c("CREDENTIALS_DIRECTORY", (*credenciais ? pasta / credenciais : "").c_str());
         Recusas recusas;
         EXPECT_EQ(Certificado::abrir(config, recusas) != nullptr, *motivo == '\0')
             << caso << ": " << recusas.texto();
-        EXPECT_NE(recusas.texto().find(motivo), std::string::npos)
-            << caso << ": " << recusas.texto();
-        EXPECT_EQ(recusas.texto().find(kSenha), std::string::npos) << caso;
+        EXPECT_TRUE(contem(recusas.texto(), motivo)) << caso;
+        EXPECT_FALSE(contem(recusas.texto(), kSenha)) << caso;
     }
 }
 
@@ -293,21 +288,24 @@ bool chamar(const std::string &comando) {
 TEST(Token, a_chave_assina_de_dentro_e_o_que_falta_e_dito) {
     if (!std::filesystem::exists(kModulo) || !chamar("command -v pkcs11-tool softhsm2-util"))
         GTEST_SKIP() << "softhsm2 e opensc não estão instalados: nenhum token para tentar";
-    Pasta pasta;
-    const Variavel config("SOFTHSM2_CONF",
-                          pasta.gravar("softhsm2.conf", "directories.tokendir = " + pasta.em("") +
-                                                            "\nlog.level = ERROR\n"));
-    const DonoBio saida(BIO_new_file(pasta.em("chave.pem").c_str(), "w"));
+    PastaTemporaria pasta;
+    const Ambiente config(
+        "SOFTHSM2_CONF",
+        pasta
+            .gravar("softhsm2.conf",
+                    "directories.tokendir = " + pasta / "" + "\nlog.level = ERROR\n", 0600)
+            .c_str());
+    const DonoBio saida(BIO_new_file((pasta / "chave.pem").c_str(), "w"));
     PEM_write_bio_PrivateKey(saida.get(), chave(kTitular), nullptr, nullptr, 0, nullptr, nullptr);
     BIO_flush(saida.get());
     pasta.gravar("certificado.der", derDe(Cadeia().titular(modelo()).get()));
     ASSERT_TRUE(chamar("softhsm2-util --init-token --free --label loja --so-pin 8765 --pin 4321"));
-    ASSERT_TRUE(chamar("softhsm2-util --import '" + pasta.em("chave.pem") +
+    ASSERT_TRUE(chamar("softhsm2-util --import '" + pasta / "chave.pem" +
                        "' --token loja --label caixa --id 01 --pin 4321"));
     ASSERT_TRUE(chamar("pkcs11-tool --module " + std::string(kModulo) +
                        " --token-label loja --login --pin 4321 --type cert --id 01 --label caixa"
                        " --write-object '" +
-                       pasta.em("certificado.der") + "'"));
+                       pasta / "certificado.der" + "'"));
     // Each of these is opened while the one before is open, which then goes.
     std::shared_ptr<const Certificado> outro;
     const struct {
@@ -318,11 +316,11 @@ TEST(Token, a_chave_assina_de_dentro_e_o_que_falta_e_dito) {
         {"loja", "caixa", "4321", ""},         {"", "", "4321", ""},
     };
     for (const auto &[token, rotulo, pin, motivo] : kCasos) {
-        const Variavel senha("ZEL_ENVIO_SENHA", pin);
+        const Ambiente senha("ZEL_ENVIO_SENHA", pin);
         Recusas recusas;
         const auto aberto = Certificado::abrir({"", "", kModulo, rotulo, token, ""}, recusas);
         EXPECT_EQ(aberto != nullptr, *motivo == '\0') << recusas.texto();
-        EXPECT_NE(recusas.texto().find(motivo), std::string::npos) << recusas.texto();
+        EXPECT_TRUE(contem(recusas.texto(), motivo));
         EXPECT_EQ(recusas.texto().find('"'), std::string::npos) << recusas.texto(); // no label
         if (!aberto) continue;
         outro = aberto;
@@ -336,7 +334,7 @@ TEST(Token, a_chave_assina_de_dentro_e_o_que_falta_e_dito) {
                   noArquivo.raiz().texto("Signature/SignatureValue"));
     }
     // One handle each, one token.
-    const Variavel senha("ZEL_ENVIO_SENHA", "4321");
+    const Ambiente senha("ZEL_ENVIO_SENHA", "4321");
     std::array<int, 3> feitos{};
     std::vector<std::thread> linhas;
     for (int &certos : feitos)

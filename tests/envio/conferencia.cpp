@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // A good document is good, and each fault in it is found, and nothing but that fault.
 #include "Documento400.h"
+#include "Juiz.h"
 
 #include "documento/Conferencia.h"
 
-#include <cstdlib>
 #include <gtest/gtest.h>
 
 using namespace zel;
@@ -50,7 +50,7 @@ void esperarUma(const Olhada &olhada, std::string_view campo, std::string_view m
     ASSERT_EQ(olhada.recusas.lista().size(), 1U) << campo << '\n' << olhada.texto();
     const Recusa &recusa = olhada.recusas.lista().front();
     EXPECT_EQ(recusa.campo, campo);
-    EXPECT_NE(recusa.motivo.find(motivo), std::string::npos) << recusa.motivo;
+    EXPECT_TRUE(contem(recusa.motivo, motivo));
 }
 
 // At the end of a path whose elements are made where they are missing.
@@ -135,18 +135,14 @@ TEST(Conferencia, documento_bom_nao_tem_recusa) {
 }
 
 TEST(Conferencia, documento_bom_vale_tambem_pelos_esquemas) {
-    const char *pasta = std::getenv("ZEL_ESQUEMAS");
-    if (pasta == nullptr) GTEST_SKIP() << "ZEL_ESQUEMAS não diz onde estão os esquemas";
-    Recusas recusas;
-    const auto esquemas = Esquemas::abrir(pasta, recusas);
-    ASSERT_TRUE(esquemas) << recusas.texto();
-    const Olhada boa = olhar(documento400(), esquemas.get());
+    Esquemas *const esquemas = teste::Juiz::unico().esquemas();
+    if (esquemas == nullptr) GTEST_SKIP() << teste::kSemEsquemas;
+    const Olhada boa = olhar(documento400(), esquemas);
     EXPECT_TRUE(boa.vale && boa.disse("esquema: confere")) << boa.texto();
     // What is missing for being unsigned is said once.
-    esperarUma(olhar(documento400({}, false), esquemas.get()), "NFe/Signature",
-               "não está assinado");
-    esperarUma(olhar(documento400({{"<tpImp>4<", "<tpImp>7<"}}), esquemas.get()),
-               "NFe/infNFe/ide/tpImp", "");
+    esperarUma(olhar(documento400({}, false), esquemas), "NFe/Signature", "não está assinado");
+    esperarUma(olhar(documento400({{"<tpImp>4<", "<tpImp>7<"}}), esquemas), "NFe/infNFe/ide/tpImp",
+               "");
 }
 
 TEST(Conferencia, cada_falta_e_dita_e_so_ela) {
@@ -263,7 +259,7 @@ TEST(Conferencia, IBS_e_CBS_que_se_pedem_e_faltam_sao_ditos) {
 
 TEST(Conferencia, quem_assina_podia_assinar) {
     const Cadeia cadeia;
-    const Pasta pasta;
+    const PastaTemporaria pasta;
     const DonoX509 outra = emitir({"AC Raiz de Ensaio", "", kAgora - 900 * kDia,
                                    kAgora + 900 * kDia, "critical,keyCertSign,cRLSign", true},
                                   chave(kTitular));
@@ -288,10 +284,7 @@ TEST(Conferencia, quem_assina_podia_assinar) {
     };
     for (const auto &[titular, pem, motivo] : kCasos) {
         Configuracao config;
-        if (!pem.empty()) {
-            config.certificado.cadeia = pasta.em("cadeia.pem");
-            std::ofstream(config.certificado.cadeia) << pem;
-        }
+        if (!pem.empty()) config.certificado.cadeia = pasta.gravar("cadeia.pem", pem, 0600);
         Recusas recusas;
         const auto aberto = Certificado::dePkcs12(
             pkcs12De(chave(kTitular), cadeia.titular(titular).get()), kSenha, "", recusas);
@@ -300,7 +293,7 @@ TEST(Conferencia, quem_assina_podia_assinar) {
         const Olhada olhada = olhar(documento, nullptr, config);
         EXPECT_EQ(olhada.vale, *motivo == '\0') << motivo << olhada.texto();
         EXPECT_LE(olhada.recusas.lista().size(), 1U) << olhada.texto();
-        EXPECT_NE(olhada.texto().find(motivo), std::string::npos) << olhada.texto();
+        EXPECT_TRUE(contem(olhada.texto(), motivo));
         EXPECT_EQ(olhada.disse("emissor do certificado: não foi olhado"), pem.empty());
     }
 }
@@ -321,15 +314,13 @@ TEST(Conferencia, cada_total_e_a_soma_dos_itens) {
         Documento documento = documento400({}, false);
         No no = documento.raiz().filho(lugar.substr(4));
         no.definirTexto(textoDe(*Decimal::ler(no.texto())->centavos() + 1));
-        Recusas recusas;
-        ASSERT_TRUE(assinar(documento, "infNFe", *certificado(), recusas)) << recusas.texto();
-        esperarUma(olhar(documento), lugar, lugar.ends_with("/vNF") ? "610" : "os itens somam");
+        esperarUma(olhar(lido(assinada(documento.texto(), "infNFe"))), lugar,
+                   lugar.ends_with("/vNF") ? "610" : "os itens somam");
     }
     Documento documento = documento400({}, false);
     documento.raiz().filho("infNFe/total/IBSCBSTot").remover();
-    Recusas recusas;
-    ASSERT_TRUE(assinar(documento, "infNFe", *certificado(), recusas));
-    esperarUma(olhar(documento), "NFe/infNFe/total/IBSCBSTot", "falta");
+    esperarUma(olhar(lido(assinada(documento.texto(), "infNFe"))), "NFe/infNFe/total/IBSCBSTot",
+               "falta");
 }
 
 // A cent more in an item: which total lacks it, and what it does to vNF and to the base of IBS and
@@ -480,10 +471,7 @@ TEST(Conferencia, de_um_lote_cada_documento_e_olhado) {
 }
 
 TEST(Conferencia, do_que_nao_e_nota_diz_se_o_que_e) {
-    std::string cheio = nfe(1), x;
-    for (int i = 0; i < 1200; ++i)
-        x += "<x/>";
-    trocarTudo(cheio, "</infNFe>", "</infNFe>" + x);
+    const std::string cheio = trocar(nfe(1), "</infNFe>", "</infNFe>" + repetir("<x/>", 1200));
     const struct {
         std::string xml;
         const char *motivo;
@@ -497,7 +485,7 @@ TEST(Conferencia, do_que_nao_e_nota_diz_se_o_que_e) {
     for (const auto &[xml, motivo] : kCasos) {
         const Olhada olhada = olhar(lido(xml));
         ASSERT_EQ(olhada.recusas.lista().size(), 1U) << olhada.texto();
-        EXPECT_NE(olhada.recusas.texto().find(motivo), std::string::npos) << olhada.texto();
+        EXPECT_TRUE(contem(olhada.recusas.texto(), motivo)) << olhada.texto();
     }
     // Nothing of it adds up; nothing of it overflows or hangs.
     std::string hostil = nfe(1);

@@ -6,30 +6,16 @@
 #include "config/Primeira.h"
 
 #include "apoio/PastaTemporaria.h"
+#include "apoio/Trecho.h"
 
 #include <algorithm>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/stat.h>
 
 using namespace zel::envio;
 
 namespace {
-
-class Pasta {
-public:
-    std::string gravar(const std::string &nome, const std::string &texto, mode_t modo) const {
-        std::string arquivo = pasta_ / nome;
-        std::ofstream(arquivo) << texto;
-        ::chmod(arquivo.c_str(), modo);
-        return arquivo;
-    }
-    std::string caminho() const { return pasta_ / ""; }
-
-private:
-    PastaTemporaria pasta_;
-};
 
 // The refusals of a text; empty when it was taken.
 std::string recusasDe(const std::string &toml, const std::string &diretorio = "/etc/loja") {
@@ -42,7 +28,7 @@ std::string recusasDe(const std::string &toml, const std::string &diretorio = "/
 } // namespace
 
 TEST(ConfiguracaoDoEnvio, da_o_que_diz_com_caminhos_a_partir_de_sua_pasta) {
-    const Pasta pasta;
+    const PastaTemporaria pasta;
     pasta.gravar("csc.txt", "0123456789ABCDEF\r\nresto", 0600);
     pasta.gravar("classes.csv",
                  "\xEF\xBB\xBF"
@@ -98,9 +84,9 @@ porta = 8065
 )",
                  0644);
     Recusas recusas;
-    const auto lida = Configuracao::abrir(pasta.caminho() + "zel-envio.toml", recusas);
+    const auto lida = Configuracao::abrir(pasta / "zel-envio.toml", recusas);
     ASSERT_TRUE(lida) << recusas.texto();
-    EXPECT_EQ(lida->certificado.arquivo, pasta.caminho() + "loja.pfx");
+    EXPECT_EQ(lida->certificado.arquivo, pasta / "loja.pfx");
     EXPECT_EQ(lida->certificado.arquivoSenha, "/etc/senha");
     EXPECT_EQ(lida->esquemas + lida->cUF + lida->intermediadorId, "/opt/leiaute43loja7");
     EXPECT_EQ(lida->qrcode.idCsc + " " + lida->qrcode.csc, "12 0123456789ABCDEF");
@@ -112,8 +98,8 @@ porta = 8065
     EXPECT_EQ(lida->fila.porMinuto + lida->fila.avisoHoras + lida->portaDaPagina, 90 + 4 + 8065);
     ASSERT_EQ(lida->caixas.size(), 2U);
     EXPECT_EQ(lida->caixas[0].diretorio + " " + lida->caixas[0].copias,
-              "/srv/caixa1/ " + pasta.caminho() + "historico/");
-    EXPECT_EQ(lida->caixas[1].diretorio, pasta.caminho() + "caixa2/");
+              "/srv/caixa1/ " + pasta / "historico/");
+    EXPECT_EQ(lida->caixas[1].diretorio, pasta / "caixa2/");
     const auto &classes = lida->ibsCbs.classes;
     ASSERT_EQ(classes.size(), 3U); // and the plain one
     EXPECT_EQ(classes[0].reducao.texto(2, 4, 3), "60.50");
@@ -127,7 +113,7 @@ porta = 8065
     EXPECT_EQ(lida->nomes.recepcaoEvento + lida->metodos.retAutorizacao,
               "NFeRecepcaoEventonfeRetAutorizacao");
     EXPECT_EQ(lida->rede.tempoMaximo, 5);
-    EXPECT_EQ(lida->rede.autoridades, pasta.caminho() + "autoridade.pem");
+    EXPECT_EQ(lida->rede.autoridades, pasta / "autoridade.pem");
 }
 
 TEST(ConfiguracaoDoEnvio, recusa_tudo_de_uma_vez_com_linha_e_o_que_cabe) {
@@ -146,9 +132,7 @@ TEST(ConfiguracaoDoEnvio, recusa_tudo_de_uma_vez_com_linha_e_o_que_cabe) {
 }
 
 TEST(ConfiguracaoDoEnvio, recusa_o_que_nao_cabe_ou_nao_combina) {
-    std::string fundo = "a";
-    for (int i = 0; i < 200000; ++i)
-        fundo += ".a";
+    const std::string fundo = "a" + repetir(".a", 200000);
     const struct {
         std::string toml;
         const char *parte;
@@ -201,15 +185,13 @@ TEST(ConfiguracaoDoEnvio, recusa_o_que_nao_cabe_ou_nao_combina) {
         {"[rede]\ntempo_maximo = 301", "1 a 300"},
     };
     for (const auto &[toml, parte] : kCasos)
-        EXPECT_NE(recusasDe(toml).find(parte), std::string::npos) << toml.substr(0, 80) << "\n"
-                                                                  << recusasDe(toml);
-    EXPECT_NE(recusasDe("esquemas = 'x'", "").find("a partir de \"/\""), std::string::npos);
-    EXPECT_EQ(recusasDe("certificado.senha_arquivo = 'SEGREDO'", "").find("SEGREDO"),
-              std::string::npos);
+        EXPECT_TRUE(contem(recusasDe(toml), parte)) << toml.substr(0, 80);
+    EXPECT_TRUE(contem(recusasDe("esquemas = 'x'", ""), "a partir de \"/\""));
+    EXPECT_FALSE(contem(recusasDe("certificado.senha_arquivo = 'SEGREDO'", ""), "SEGREDO"));
 }
 
 TEST(ConfiguracaoDoEnvio, linhas_da_tabela_de_classes_sao_recusadas_por_numero) {
-    const Pasta pasta;
+    const PastaTemporaria pasta;
     const struct {
         const char *linha, *parte;
     } kCasos[] = {
@@ -220,15 +202,14 @@ TEST(ConfiguracaoDoEnvio, linhas_da_tabela_de_classes_sao_recusadas_por_numero) 
     };
     for (const auto &[linha, parte] : kCasos) {
         pasta.gravar("c.csv", std::string("000;000001;0\nproduto;7;000001\n") + linha + "\n", 0644);
-        const std::string recusas = recusasDe("ibs_cbs.classes = 'c.csv'", pasta.caminho());
-        EXPECT_NE(recusas.find(parte), std::string::npos) << linha << ": " << recusas;
+        const std::string recusas = recusasDe("ibs_cbs.classes = 'c.csv'", pasta / "");
+        EXPECT_TRUE(contem(recusas, parte)) << linha;
     }
-    EXPECT_NE(recusasDe("ibs_cbs.classes = 'c.csv'", pasta.caminho()).find("200099"),
-              std::string::npos);
+    EXPECT_TRUE(contem(recusasDe("ibs_cbs.classes = 'c.csv'", pasta / ""), "200099"));
 }
 
 TEST(ConfiguracaoDoEnvio, tabela_hostil_nao_custa_mais_do_que_pesa) {
-    const Pasta pasta;
+    const PastaTemporaria pasta;
     std::string classes;
     for (int numero = 200000; numero < 300000; ++numero)
         classes += std::to_string(numero / 1000) + ";" + std::to_string(numero) + ";0\n";
@@ -237,7 +218,7 @@ TEST(ConfiguracaoDoEnvio, tabela_hostil_nao_custa_mais_do_que_pesa) {
         linhas[i] = '\n';
     for (const std::string &csv : {classes, linhas}) {
         pasta.gravar("c.csv", csv, 0644);
-        const std::string recusas = recusasDe("ibs_cbs.classes = 'c.csv'", pasta.caminho());
+        const std::string recusas = recusasDe("ibs_cbs.classes = 'c.csv'", pasta / "");
         EXPECT_EQ(std::count(recusas.begin(), recusas.end(), '\n'), 100) << recusas.size();
         EXPECT_TRUE(recusas.ends_with("há mais recusas do que estas"));
     }
@@ -259,7 +240,7 @@ TEST(ConfiguracaoDoEnvio, a_tabela_de_classes_do_manual_e_lida_como_esta) {
 }
 
 TEST(ConfiguracaoDoEnvio, segredos_abertos_a_outros_sao_recusados_sem_serem_ditos) {
-    const Pasta pasta;
+    const PastaTemporaria pasta;
     const std::string noArquivo = "qrcode = { id_csc = '1', csc_arquivo = 's' }";
     const std::string naConfiguracao = "qrcode = { id_csc = '1', csc = 'SEGREDO' }";
     const struct {
@@ -289,8 +270,8 @@ TEST(ConfiguracaoDoEnvio, segredos_abertos_a_outros_sao_recusados_sem_serem_dito
         Recusas recusas;
         const auto lida = Configuracao::abrir(pasta.gravar("t", toml, modoToml), recusas);
         EXPECT_EQ(lida.has_value(), *parte == '\0') << toml << recusas.texto();
-        EXPECT_NE(recusas.texto().find(parte), std::string::npos) << recusas.texto();
-        EXPECT_EQ(recusas.texto().find("SEGREDO"), std::string::npos) << recusas.texto();
+        EXPECT_TRUE(contem(recusas.texto(), parte));
+        EXPECT_FALSE(contem(recusas.texto(), "SEGREDO"));
     }
 }
 

@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The published schemas' judgement, where ZEL_ESQUEMAS names their folder; and folders that are
 // none.
-#include "Certificados.h"
-#include "Mensagens.h"
+#include "Assinada.h"
+#include "Juiz.h"
 
-#include "assinatura/Assinatura.h"
-#include "esquema/Esquema.h"
-
-#include <cstdlib>
 #include <gtest/gtest.h>
 
 using namespace zel::envio;
@@ -15,35 +11,19 @@ using namespace zel::envio::ensaio;
 
 namespace {
 
-std::string pastaPublicada() {
-    const char *pasta = std::getenv("ZEL_ESQUEMAS");
-    return pasta == nullptr ? "" : pasta;
-}
-
-#define SEM_ESQUEMAS "ZEL_ESQUEMAS não diz onde estão os esquemas publicados: nada foi julgado"
-
-Esquemas &publicados() {
-    static Recusas recusas;
-    static const auto esquemas = Esquemas::abrir(pastaPublicada(), recusas);
-    EXPECT_TRUE(esquemas) << recusas.texto();
-    return *esquemas;
+Esquemas *publicados() {
+    return teste::Juiz::unico().esquemas();
 }
 
 std::string julgado(const std::string &xml, bool semAssinatura = true) {
     Recusas recusas;
-    const bool vale = publicados().julgar(lido(xml), semAssinatura, recusas);
+    const bool vale = publicados()->julgar(lido(xml), semAssinatura, recusas);
     EXPECT_EQ(vale, recusas.nenhuma());
     return recusas.texto();
 }
 
-std::string trocar(std::string texto, std::string_view de, std::string_view por) {
-    const std::size_t lugar = texto.find(de);
-    EXPECT_NE(lugar, texto.npos) << de;
-    return lugar == texto.npos ? texto : texto.replace(lugar, de.size(), por);
-}
-
 // Only the file names of the package count here, and what stands in the one that is read.
-std::string pacote(Pasta &pasta, const std::string &nfe) {
+std::string pacote(const PastaTemporaria &pasta, const std::string &nfe) {
     for (const char *nome : {"enviNFe_v4.00",
                              "procNFe_v4.00",
                              "retEnviNFe_v4.00",
@@ -68,13 +48,13 @@ std::string pacote(Pasta &pasta, const std::string &nfe) {
                              "e110112_v1.00"})
         pasta.gravar(std::string(nome) + ".xsd", "<x/>");
     pasta.gravar("nfe_v4.00.xsd", nfe);
-    return pasta.em("");
+    return pasta / "";
 }
 
 } // namespace
 
 TEST(Esquemas, cada_mensagem_certa_passa_com_e_sem_assinatura) {
-    if (pastaPublicada().empty()) GTEST_SKIP() << SEM_ESQUEMAS;
+    if (publicados() == nullptr) GTEST_SKIP() << teste::kSemEsquemas;
     const std::string eventos[] = {cancelamento(), substituicao()};
     const struct {
         const char *nome;
@@ -91,15 +71,15 @@ TEST(Esquemas, cada_mensagem_certa_passa_com_e_sem_assinatura) {
     for (const auto &[nome, xml] : kCasos) {
         auto documento = lido(xml);
         Recusas recusas;
-        EXPECT_TRUE(publicados().julgar(documento, true, recusas)) << recusas.texto();
-        EXPECT_FALSE(publicados().julgar(documento, false, recusas));
+        EXPECT_TRUE(publicados()->julgar(documento, true, recusas)) << recusas.texto();
+        EXPECT_FALSE(publicados()->julgar(documento, false, recusas));
         ASSERT_EQ(recusas.lista().size(), 1U);
-        EXPECT_NE(recusas.texto().find("Signature"), std::string::npos) << recusas.texto();
+        EXPECT_TRUE(contem(recusas.texto(), "Signature"));
         // What was judged can be signed, and judged again.
         Recusas depois;
         EXPECT_TRUE(assinar(documento, nome, *certificado(), depois) &&
-                    publicados().julgar(documento, false, depois) &&
-                    publicados().julgar(documento, false, depois))
+                    publicados()->julgar(documento, false, depois) &&
+                    publicados()->julgar(documento, false, depois))
             << depois.texto();
     }
     EXPECT_EQ(julgado("<consSitNFe xmlns=\"http://www.portalfiscal.inf.br/nfe\" versao=\"4.00\">"
@@ -109,7 +89,7 @@ TEST(Esquemas, cada_mensagem_certa_passa_com_e_sem_assinatura) {
 }
 
 TEST(Esquemas, cada_violacao_e_dita_por_caminho_valor_e_regra) {
-    if (pastaPublicada().empty()) GTEST_SKIP() << SEM_ESQUEMAS;
+    if (publicados() == nullptr) GTEST_SKIP() << teste::kSemEsquemas;
     const std::string loteDois = lote("envEvento", "1.00", cancelamento());
     const struct {
         const char *caso;
@@ -169,20 +149,14 @@ TEST(Esquemas, cada_violacao_e_dita_por_caminho_valor_e_regra) {
 
 // The general schema skips what is in the events that an answer repeats.
 TEST(Esquemas, os_eventos_de_uma_resposta_sao_julgados_por_sua_especie) {
-    if (pastaPublicada().empty()) GTEST_SKIP() << SEM_ESQUEMAS;
-    const auto assinada = [](const std::string &xml) {
-        auto documento = lido(xml);
-        Recusas recusas;
-        EXPECT_TRUE(assinar(documento, "infEvento", *certificado(), recusas));
-        return documento.texto();
-    };
-    const auto resposta = [&](const std::string &eventoDela) {
+    if (publicados() == nullptr) GTEST_SKIP() << teste::kSemEsquemas;
+    const auto resposta = [](const std::string &eventoDela) {
         return "<retConsSitNFe xmlns=\"http://www.portalfiscal.inf.br/nfe\" versao=\"4.00\">"
                "<tpAmb>2</tpAmb><verAplic>1</verAplic><cStat>101</cStat><xMotivo>Cancelada</"
                "xMotivo>"
                "<cUF>35</cUF><dhRecbto>2026-09-21T10:05:00-03:00</dhRecbto><chNFe>" +
                chaveDoDocumento() + "</chNFe><procEventoNFe versao=\"1.00\">" +
-               assinada(eventoDela) +
+               assinada(eventoDela, "infEvento") +
                "<retEvento versao=\"1.00\"><infEvento><tpAmb>2</tpAmb><verAplic>1</verAplic>"
                "<cOrgao>35</cOrgao><cStat>135</cStat><xMotivo>Registrado</xMotivo>"
                "<dhRegEvento>2026-09-21T10:06:00-03:00</dhRegEvento></infEvento>"
@@ -217,30 +191,30 @@ TEST(Esquemas, pasta_que_nao_serve_e_recusada_pelo_nome_do_arquivo) {
          "não é um esquema"},
     };
     for (const auto &[caso, nfe, motivo] : kCasos) {
-        Pasta pasta;
+        PastaTemporaria pasta;
         Recusas recusas;
         const auto esquemas = Esquemas::abrir(pacote(pasta, nfe), recusas);
         ASSERT_TRUE(esquemas) << recusas.texto();
         EXPECT_EQ(esquemas->julgar(lido("<NFe/>"), false, recusas), *motivo == '\0')
             << caso << recusas.texto();
-        EXPECT_NE(recusas.texto().find(motivo), std::string::npos) << caso << recusas.texto();
+        EXPECT_TRUE(contem(recusas.texto(), motivo)) << caso;
     }
-    Pasta pasta;
+    PastaTemporaria pasta;
     Recusas recusas;
     pacote(pasta, cabeca + elemento);
-    std::filesystem::remove(pasta.em("inutNFe_v4.00.xsd"));
-    EXPECT_FALSE(Esquemas::abrir(pasta.em(""), recusas));
+    std::filesystem::remove(pasta / "inutNFe_v4.00.xsd");
+    EXPECT_FALSE(Esquemas::abrir(pasta / "", recusas));
     ASSERT_EQ(recusas.lista().size(), 1U);
-    EXPECT_EQ(recusas.lista()[0].valor, pasta.em("inutNFe_v4.00.xsd"));
+    EXPECT_EQ(recusas.lista()[0].valor, pasta / "inutNFe_v4.00.xsd");
     EXPECT_FALSE(Esquemas::abrir("", recusas));
 }
 
 // A folder may have any name.
 TEST(Esquemas, o_nome_da_pasta_pode_ter_brancos_acentos_e_porcentagem) {
-    if (pastaPublicada().empty()) GTEST_SKIP() << SEM_ESQUEMAS;
-    Pasta pasta;
-    const std::string nome = pasta.em("leiaute 100%20 ç #1");
-    std::filesystem::create_directory_symlink(pastaPublicada(), nome);
+    if (publicados() == nullptr) GTEST_SKIP() << teste::kSemEsquemas;
+    PastaTemporaria pasta;
+    const std::string nome = pasta / "leiaute 100%20 ç #1";
+    std::filesystem::create_directory_symlink(teste::pastaDosEsquemas(), nome);
     Recusas recusas;
     const auto esquemas = Esquemas::abrir(nome, recusas);
     ASSERT_TRUE(esquemas);
@@ -248,13 +222,13 @@ TEST(Esquemas, o_nome_da_pasta_pode_ter_brancos_acentos_e_porcentagem) {
 }
 
 TEST(Esquemas, violacoes_demais_sao_contadas) {
-    if (pastaPublicada().empty()) GTEST_SKIP() << SEM_ESQUEMAS;
+    if (publicados() == nullptr) GTEST_SKIP() << teste::kSemEsquemas;
     std::string errado = nfe(990);
     for (const char *valor : {"<qCom>1.0000<", "<indTot>1<"})
         for (std::size_t i = errado.find(valor); i != errado.npos; i = errado.find(valor, i))
             errado[errado.find('>', i) + 1] = 'x';
     Recusas recusas;
-    EXPECT_FALSE(publicados().julgar(lido(errado), true, recusas));
+    EXPECT_FALSE(publicados()->julgar(lido(errado), true, recusas));
     EXPECT_EQ(recusas.lista().size(), 1001U);
     EXPECT_EQ(recusas.lista().back().motivo, "há mais 980 violações");
 }

@@ -114,7 +114,7 @@ TEST(Fila, o_assinado_nao_muda_e_a_mudanca_que_o_tenta_se_desfaz_inteira) {
         loja.recusas = {};
         EXPECT_FALSE(loja.fila->mudar(id, Estado::kAssinado, Estado::kEnviado, mudanca, kMeioDia,
                                       loja.recusas));
-        EXPECT_NE(loja.recusas.texto().find("já foi assinada"), std::string::npos);
+        EXPECT_TRUE(contem(loja.recusas.texto(), "já foi assinada"));
         EXPECT_EQ(loja.fila->ficha(id)->estado, Estado::kAssinado);
         EXPECT_EQ(loja.fila->mensagem(id), "<NFe>assinada</NFe>");
     }
@@ -432,8 +432,7 @@ TEST(Fila, o_que_nao_e_uma_fila_e_recusado_com_remedio_e_fica_como_estava) {
         const std::string antes = lido();
         Recusas recusas;
         EXPECT_EQ(Fila::abrir(caminho, recusas), nullptr) << caso.caso;
-        EXPECT_NE(recusas.texto().find(caso.motivo), std::string::npos)
-            << caso.caso << ": " << recusas.texto();
+        EXPECT_TRUE(contem(recusas.texto(), caso.motivo)) << caso.caso;
         EXPECT_TRUE(lido() == antes) << caso.caso;
     }
 }

@@ -7,9 +7,7 @@
 
 #include "apoio/Filho.h"
 
-#include <csignal>
 #include <filesystem>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <zip.h>
 
@@ -51,10 +49,6 @@ std::vector<std::pair<std::string, std::string>> conteudoDe(const std::string &a
     }
     zip_discard(pacote);
     return lidos;
-}
-
-std::size_t quantos(const std::string &pasta) {
-    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(pasta), {}));
 }
 
 } // namespace
@@ -101,7 +95,7 @@ TEST(Guarda, cada_documento_tem_o_seu_lugar_so_para_ler) {
         EXPECT_EQ(lerTudo(*lugar), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>" +
                                        (caso.conteudo[1] == '?' ? xml : caso.conteudo));
     }
-    EXPECT_EQ(quantos(pasta / "guarda/12345678000195/2026/09"), 3U);
+    EXPECT_EQ(pasta.quantosEm("guarda/12345678000195/2026/09"), 3);
 }
 
 TEST(Guarda, outros_bytes_ficam_ao_lado_e_os_mesmos_nao_se_repetem) {
@@ -128,9 +122,7 @@ TEST(Guarda, outros_bytes_ficam_ao_lado_e_os_mesmos_nao_se_repetem) {
 TEST(Guarda, com_o_disco_cheio_nada_fica_pela_metade) {
     const PastaTemporaria pasta;
     const int fim = emFilho([&] {
-        std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limite{64, RLIM_INFINITY};
-        ::setrlimit(RLIMIT_FSIZE, &limite);
+        limitarArquivos(64);
         Recusas recusas;
         const bool guardou =
             Guarda(pasta / "")
@@ -139,7 +131,7 @@ TEST(Guarda, com_o_disco_cheio_nada_fica_pela_metade) {
         return !guardou && recusas.texto().find("disco está cheio") != std::string::npos ? 0 : 1;
     });
     EXPECT_EQ(fim, 0);
-    EXPECT_EQ(quantos(pasta / "12345678000195/2026/09"), 0U);
+    EXPECT_EQ(pasta.quantosEm("12345678000195/2026/09"), 0);
 }
 
 TEST(ExportarMes, tem_cada_arquivo_guardado_e_uma_linha_por_numero) {
@@ -182,7 +174,7 @@ TEST(ExportarMes, tem_cada_arquivo_guardado_e_uma_linha_por_numero) {
     struct stat dados {};
     ::stat(arquivo.c_str(), &dados);
     EXPECT_EQ(dados.st_mode & 0777U, 0600U);
-    EXPECT_EQ(quantos(pasta.caminho()), 2U);
+    EXPECT_EQ(pasta.quantosEm(), 2);
 
     const auto lidos = conteudoDe(arquivo);
     ASSERT_EQ(lidos.size(), 5U);
@@ -229,16 +221,14 @@ TEST(ExportarMes, recusa_o_que_nao_e_mes_e_deixa_o_arquivo_anterior_inteiro) {
     for (const auto &caso : kCasos) {
         Recusas recusas;
         EXPECT_FALSE(exportarMes(*loja.fila, pasta / "", caso.mes, pasta / caso.arquivo, recusas));
-        EXPECT_NE(recusas.texto().find(caso.motivo), std::string::npos) << recusas.texto();
+        EXPECT_TRUE(contem(recusas.texto(), caso.motivo));
     }
     const int fim = emFilho([&] {
-        std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limite{64, RLIM_INFINITY};
-        ::setrlimit(RLIMIT_FSIZE, &limite);
+        limitarArquivos(64);
         Recusas recusas;
         return exportarMes(*loja.fila, pasta / "", "2026-09", pasta / "a.zip", recusas) ? 1 : 0;
     });
     EXPECT_EQ(fim, 0);
     EXPECT_EQ(pasta.ler("a.zip"), "o anterior");
-    EXPECT_EQ(quantos(pasta.caminho()), 3U);
+    EXPECT_EQ(pasta.quantosEm(), 3);
 }

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The till's requests as messages, as the published schemas take them where ZEL_ESQUEMAS names
 // their folder, and what they cannot say.
+#include "Juiz.h"
 #include "Mensagens.h"
 
-#include "esquema/Esquema.h"
 #include "traducao/Pedidos.h"
 
-#include <cstdlib>
 #include <gtest/gtest.h>
 
 using namespace zel::envio;
@@ -43,12 +42,6 @@ const std::string kConsulta =
     kChave +
     "</ChaveAcesso><DataEmissaoInicial></DataEmissaoInicial><DataEmissaoFinal></DataEmissaoFinal>"
     "</Consulta>";
-
-std::string trocado(std::string texto, std::string_view de, std::string_view por) {
-    const std::size_t onde = texto.find(de);
-    EXPECT_NE(onde, texto.npos) << de;
-    return onde == texto.npos ? texto : texto.replace(onde, de.size(), por);
-}
 
 struct Feito {
     Documento documento;
@@ -114,19 +107,16 @@ TEST(Pedidos, viram_as_mensagens_do_leiaute) {
                   "</chNFe></consSitNFe>");
     // A .ctgCanc has no protocol: its sender knows it.
     const std::string semProtocolo =
-        trocado(kCancelamento, "<EvenProt>135260000000001</EvenProt>", "");
-    EXPECT_NE(traduzir(semProtocolo, {"135260000000002", "", "", "1"})
-                  .texto.find("<nProt>135260000000002</nProt>"),
-              std::string::npos);
+        trocar(kCancelamento, "<EvenProt>135260000000001</EvenProt>", "");
+    EXPECT_TRUE(contem(traduzir(semProtocolo, {"135260000000002", "", "", "1"}).texto,
+                       "<nProt>135260000000002</nProt>"));
 }
 
 TEST(Pedidos, valem_para_os_esquemas_publicados) {
-    const char *pasta = std::getenv("ZEL_ESQUEMAS");
-    if (pasta == nullptr) GTEST_SKIP() << "ZEL_ESQUEMAS não diz onde estão: nada foi julgado";
+    Esquemas *const esquemas = teste::Juiz::unico().esquemas();
+    if (esquemas == nullptr) GTEST_SKIP() << teste::kSemEsquemas;
     Recusas recusas;
-    const auto esquemas = Esquemas::abrir(pasta, recusas);
-    ASSERT_TRUE(esquemas) << recusas.texto();
-    const std::string serieZero = trocado(kInutilizacao, "<Serie>001", "<Serie>0");
+    const std::string serieZero = trocar(kInutilizacao, "<Serie>001", "<Serie>0");
     for (const Feito &feito : {traduzir(kCancelamento), traduzir(kCancelamento, kTroca),
                                traduzir(kInutilizacao, kDoDia), traduzir(serieZero, kDoDia)})
         EXPECT_TRUE(esquemas->julgar(feito.documento, true, recusas)) << recusas.texto();
@@ -180,15 +170,14 @@ TEST(Pedidos, o_que_falta_ou_nao_serve_e_recusado_pelo_nome) {
         {kConsulta, kChave.c_str(), "123", {}, "44 dígitos"},
     };
     for (const auto &[pedido, de, por, contexto, parte] : kCasos) {
-        const Feito feito = traduzir(trocado(pedido, de, por), contexto);
-        EXPECT_NE(feito.recusas.find(parte), std::string::npos) << por << ": " << feito.recusas;
+        const Feito feito = traduzir(trocar(pedido, de, por), contexto);
+        EXPECT_TRUE(contem(feito.recusas, parte)) << por;
     }
-    EXPECT_NE(traduzir(kInutilizacao, kDoDia, "").recusas.find("cUF em zel-envio.toml"),
-              std::string::npos);
-    EXPECT_NE(traduzir("<Outro/>").recusas.find("não é um pedido"), std::string::npos);
+    EXPECT_TRUE(contem(traduzir(kInutilizacao, kDoDia, "").recusas, "cUF em zel-envio.toml"));
+    EXPECT_TRUE(contem(traduzir("<Outro/>").recusas, "não é um pedido"));
     // All at once.
     const std::string varias =
-        trocado(trocado(kCancelamento, ">3</tpAmb>", "></tpAmb>"), "do\ncliente", "");
+        trocar(trocar(kCancelamento, ">3</tpAmb>", "></tpAmb>"), "do\ncliente", "");
     const std::string recusas = traduzir(varias).recusas;
     EXPECT_TRUE(recusas.find("tpAmb") != recusas.npos && recusas.find("EvexJust") != recusas.npos)
         << recusas;

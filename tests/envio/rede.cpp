@@ -3,6 +3,8 @@
 // be there, never an answer that is none, never longer than was allowed.
 #include "ServidorTls.h"
 
+#include "apoio/Trecho.h"
+
 #include "rede/Rede.h"
 #include "rede/Remessa.h"
 
@@ -39,7 +41,8 @@ class Loja {
 public:
     explicit Loja(const ServidorTls &servidor, bool confia = true)
         : endereco_(servidor.endereco()),
-          rede_(confiar(confia ? pasta_.gravar("raiz.pem", servidor.pem()) : ""), comCadeia()) {}
+          rede_(confiar(confia ? pasta_.gravar("raiz.pem", servidor.pem(), 0600) : ""),
+                comCadeia()) {}
 
     Retorno pedir(const std::string &mensagem = "<consStatServ>CONFIDENCIAL</consStatServ>",
                   int limite = 4000) {
@@ -48,7 +51,7 @@ public:
             rede_.pedir({endereco_, "http://x/wsdl/Y4", "metodo", mensagem}, milliseconds(limite));
         demora = std::chrono::steady_clock::now() - inicio;
         EXPECT_EQ(retorno.chegada == Chegada::kResposta, retorno.motivo.empty());
-        EXPECT_EQ(retorno.motivo.find("CONFIDENCIAL"), std::string::npos);
+        EXPECT_FALSE(contem(retorno.motivo, "CONFIDENCIAL"));
         return retorno;
     }
     std::chrono::steady_clock::duration demora{};
@@ -62,8 +65,8 @@ private:
                                      recusas);
     }
 
-    Pasta pasta_;
-    Variavel direto_{"no_proxy", "*"};
+    PastaTemporaria pasta_;
+    Ambiente direto_{"no_proxy", "*"};
     std::string endereco_;
     Rede rede_;
 };
@@ -139,10 +142,8 @@ TEST(Rede, o_que_fez_o_outro_lado_decide_se_a_mensagem_pode_ter_chegado) {
         const ServidorTls servidor(linha.papel, linha.servidor);
         Loja loja(servidor, linha.confia);
         const Retorno retorno = loja.pedir("<a>CONFIDENCIAL</a>", linha.limite);
-        EXPECT_EQ(static_cast<int>(retorno.chegada), static_cast<int>(linha.chegada))
-            << linha.nome << ": " << retorno.motivo;
-        EXPECT_NE(retorno.motivo.find(linha.motivo), retorno.motivo.npos)
-            << linha.nome << ": " << retorno.motivo;
+        EXPECT_EQ(retorno.chegada, linha.chegada) << linha.nome << ": " << retorno.motivo;
+        EXPECT_TRUE(contem(retorno.motivo, linha.motivo)) << linha.nome;
         EXPECT_EQ(retorno.corpo, linha.chegada == kResposta ? kCorpo : "") << linha.nome;
         EXPECT_LT(loja.demora, milliseconds(linha.limite + 300)) << linha.nome;
         EXPECT_EQ(servidor.conexoes(), 1) << linha.nome;
@@ -168,36 +169,28 @@ TEST(Rede, cortada_em_qualquer_byte_nada_se_perde_nem_se_inventa) {
         const ServidorTls servidor(
             {.resposta = resposta, .cortarResposta = n, .quebrar = n % 2 == 0});
         const Retorno retorno = Loja(servidor).pedir();
-        EXPECT_EQ(static_cast<int>(retorno.chegada), static_cast<int>(Chegada::kSemResposta)) << n;
+        EXPECT_EQ(retorno.chegada, Chegada::kSemResposta) << n;
     }
     // More than the line holds.
     const ServidorTls servidor({.cortarPedido = 500, .quebrar = true});
-    EXPECT_EQ(static_cast<int>(Loja(servidor).pedir(std::string(4 << 20, 'm')).chegada),
-              static_cast<int>(Chegada::kSemResposta));
+    EXPECT_EQ(Loja(servidor).pedir(std::string(4 << 20, 'm')).chegada, Chegada::kSemResposta);
 }
 
 TEST(Rede, uma_conexao_serve_a_varios_pedidos_e_nenhum_vai_duas_vezes) {
-    const auto vezes = [](const std::string &texto, std::string_view parte) {
-        int quantas = 0;
-        for (std::size_t i = texto.find(parte); i != texto.npos; i = texto.find(parte, i + 1))
-            ++quantas;
-        return quantas;
-    };
     const ServidorTls servidor({.resposta = http(kSoap), .respostas = 2});
     Loja loja(servidor);
     for (const Chegada esperada : {Chegada::kResposta, Chegada::kResposta, Chegada::kSemResposta}) {
-        EXPECT_EQ(static_cast<int>(loja.pedir("<a>VEZ</a>").chegada), static_cast<int>(esperada));
+        EXPECT_EQ(loja.pedir("<a>VEZ</a>").chegada, esperada);
         EXPECT_TRUE(servidor.conexoes() == 1 || esperada == Chegada::kSemResposta);
     }
-    EXPECT_EQ(vezes(servidor.lido(), "VEZ"), 3);
-    EXPECT_EQ(static_cast<int>(loja.pedir("<a>VEZ</a>").chegada),
-              static_cast<int>(Chegada::kResposta));
-    EXPECT_EQ(vezes(servidor.lido(), "VEZ"), 4);
+    EXPECT_EQ(vezesEm(servidor.lido(), "VEZ"), 3);
+    EXPECT_EQ(loja.pedir("<a>VEZ</a>").chegada, Chegada::kResposta);
+    EXPECT_EQ(vezesEm(servidor.lido(), "VEZ"), 4);
     EXPECT_EQ(servidor.daCadeia(), 2); // its holder's and the issuer's, not the root
-    EXPECT_EQ(vezes(servidor.lido(), "Content-Type: application/soap+xml; charset=utf-8; "
-                                     "action=\"http://x/wsdl/Y4/metodo\"\r\n"),
+    EXPECT_EQ(vezesEm(servidor.lido(), "Content-Type: application/soap+xml; charset=utf-8; "
+                                       "action=\"http://x/wsdl/Y4/metodo\"\r\n"),
               4);
-    EXPECT_EQ(vezes(servidor.lido(), "Expect:"), 0);
+    EXPECT_EQ(vezesEm(servidor.lido(), "Expect:"), 0);
 }
 
 TEST(Rede, uma_conexao_que_se_fechou_enquanto_nada_ia_e_feita_de_novo) {
@@ -211,8 +204,8 @@ TEST(Rede, uma_conexao_que_se_fechou_enquanto_nada_ia_e_feita_de_novo) {
 }
 
 TEST(Rede, sem_servidor_sem_certificado_ou_sem_https_nada_sai) {
-    Pasta pasta;
-    const Variavel direto("no_proxy", "*");
+    PastaTemporaria pasta;
+    const Ambiente direto("no_proxy", "*");
     std::string endereco;
     {
         const ServidorTls ido({});
@@ -233,15 +226,14 @@ TEST(Rede, sem_servidor_sem_certificado_ou_sem_https_nada_sai) {
     for (const auto &linha : kLinhas) {
         Rede rede(confiar(""), linha.certificado ? certificado() : nullptr);
         const Retorno retorno = rede.pedir({linha.endereco, "x", "y", "<a/>"}, milliseconds(2000));
-        EXPECT_EQ(static_cast<int>(retorno.chegada), static_cast<int>(linha.chegada))
-            << linha.endereco << retorno.motivo;
-        EXPECT_NE(retorno.motivo.find(linha.motivo), retorno.motivo.npos) << retorno.motivo;
+        EXPECT_EQ(retorno.chegada, linha.chegada) << linha.endereco << retorno.motivo;
+        EXPECT_TRUE(contem(retorno.motivo, linha.motivo));
     }
     const ServidorTls servidor({});
-    Rede rede(confiar(pasta.em("nao-ha.pem")), certificado());
+    Rede rede(confiar(pasta / "nao-ha.pem"), certificado());
     const Retorno retorno = rede.pedir({servidor.endereco(), "x", "y", "<a/>"}, milliseconds(2000));
-    EXPECT_EQ(static_cast<int>(retorno.chegada), static_cast<int>(Chegada::kNaoEnviado));
-    EXPECT_NE(retorno.motivo.find("autoridades"), retorno.motivo.npos) << retorno.motivo;
+    EXPECT_EQ(retorno.chegada, Chegada::kNaoEnviado);
+    EXPECT_TRUE(contem(retorno.motivo, "autoridades"));
 }
 
 TEST(Rede, cada_estado_tem_o_seu_endereco_e_os_seus_nomes) {

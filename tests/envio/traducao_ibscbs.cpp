@@ -235,9 +235,7 @@ TEST(IbsCbs, somas_de_milhares_de_cupons_sao_as_de_uma_conta_a_parte) {
         ASSERT_EQ(traduzida.texto("total/ISSQNtot/vISS"), soma.vISS > 0 ? dinheiro(soma.vISS) : "")
             << semente;
         if (semente % 8 != 0) continue;
-        if (Juiz::unico().ha()) {
-            ASSERT_EQ(Juiz::unico().julgar(*traduzida.documento), "") << semente;
-        }
+        ASSERT_EQ(Juiz::unico().julgar(*traduzida.documento), "") << semente;
         // And as somebody else's document would be looked at: it lacks signature and QR code alone.
         std::vector<std::string> olhado;
         Recusas achados;

@@ -7,6 +7,19 @@
 using namespace impressao;
 using Setores = Teste;
 
+namespace {
+
+Item umPorDois() {
+    Item item;
+    item.CodigoProduto = "1";
+    item.Quantidade = "1";
+    item.Unidade = "UN";
+    item.ValorUnitario = 2;
+    return item;
+}
+
+} // namespace
+
 // "001 1  " + description + "  1 UN X 2.00 2.00": a description of 30 makes a line of 55.
 TEST_F(Setores, linha_do_item_so_quebra_na_sua_largura) {
     const std::string preco = " UN     X 2.00                   2.00</c>\r\n";
@@ -17,12 +30,8 @@ TEST_F(Setores, linha_do_item_so_quebra_na_sua_largura) {
         {48, 32, "</c>\r\n<c>1" + std::string(19, ' ') + preco},
     };
     for (const auto &[colunas, tamanho, resto] : casos) {
-        Item item;
-        item.CodigoProduto = "1";
+        Item item = umPorDois();
         item.DescricaoProduto = std::string(tamanho, 'd');
-        item.Quantidade = "1";
-        item.Unidade = "UN";
-        item.ValorUnitario = 2;
         std::string texto;
         imprimirSetor_III(*createLayout(colunas), {&item, 1}, texto);
         EXPECT_EQ(texto, "<c>001 1  " + std::string(tamanho, 'd') + resto);
@@ -73,11 +82,7 @@ TEST_F(Setores, so_as_marcas_de_um_valor_ganham_um_branco) {
 // Made harmless the item below is a column wider, which is where its line breaks.
 TEST_F(Setores, colunas_contam_o_valor_como_sai) {
     for (const auto &[colunas, tamanho] : {std::pair{42, 26U}, {48, 27U}}) {
-        Item item;
-        item.CodigoProduto = "1";
-        item.Quantidade = "1";
-        item.Unidade = "UN";
-        item.ValorUnitario = 2;
+        Item item = umPorDois();
         for (const bool quebra : {false, true}) {
             item.DescricaoProduto = "<b>" + std::string(tamanho + (quebra ? 1 : 0), 'd');
             std::string texto;

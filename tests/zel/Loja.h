@@ -5,7 +5,7 @@
 #pragma once
 
 #include "apoio/PastaTemporaria.h"
-#include "apoio/Textos.h"
+#include "apoio/Trecho.h"
 
 #include <functional>
 #include <map>

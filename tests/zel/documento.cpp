@@ -18,11 +18,6 @@ protected:
         return loja.ler("documentosEnvio.xml");
     }
 
-    static std::string entre(const std::string &texto, const std::string &nome) {
-        const std::size_t comeco = texto.find("<" + nome + ">") + nome.size() + 2;
-        return texto.substr(comeco, texto.find("</" + nome + ">") - comeco);
-    }
-
     static std::string emHexa(const std::string &texto) {
         std::string hexa;
         for (const char c : texto) {
@@ -34,14 +29,15 @@ protected:
 
     static std::string assinado(std::string texto) {
         const std::string digest = "MTIzNDU2Nzg5MDEyMzQ1Njc4OTA=";
-        const std::string suplemento =
-            "<infNFeSupl><qrCode><![CDATA[http://exemplo/qr?chNFe=" +
-            texto.substr(texto.find("Id=\"NFe") + 7, 44) +
-            "&nVersao=100&tpAmb=1&cDest=12345678909" + "&dhEmi=" + emHexa(entre(texto, "dhEmi")) +
-            "&vNF=" + entre(texto, "vNF") + "&vICMS=0.00&digVal=" + emHexa(digest) +
-            "&cIdToken=000001&cHashQRCode=" + std::string(40, 'a') +
-            "]]></qrCode></infNFeSupl><Signature><DigestValue>" + digest +
-            "</DigestValue></Signature>";
+        const std::string suplemento = "<infNFeSupl><qrCode><![CDATA[http://exemplo/qr?chNFe=" +
+                                       texto.substr(texto.find("Id=\"NFe") + 7, 44) +
+                                       "&nVersao=100&tpAmb=1&cDest=12345678909" +
+                                       "&dhEmi=" + emHexa(entre(texto, "<dhEmi>", "<")) +
+                                       "&vNF=" + entre(texto, "<vNF>", "<") +
+                                       "&vICMS=0.00&digVal=" + emHexa(digest) +
+                                       "&cIdToken=000001&cHashQRCode=" + std::string(40, 'a') +
+                                       "]]></qrCode></infNFeSupl><Signature><DigestValue>" +
+                                       digest + "</DigestValue></Signature>";
         return texto.insert(texto.find("</NFe>"), suplemento);
     }
 

@@ -14,14 +14,6 @@
 
 namespace {
 
-// What stands between two marks of a text.
-std::string entre(const std::string &texto, std::string_view antes, std::string_view depois) {
-    const std::size_t inicio = texto.find(antes);
-    if (inicio == texto.npos) return {};
-    const std::size_t comeco = inicio + antes.size();
-    return texto.substr(comeco, texto.find(depois, comeco) - comeco);
-}
-
 // What every QR code of a picture says, to a reader that is none of ours.
 std::string qrDaFigura(const std::string &arquivo) {
     png_image figura{};

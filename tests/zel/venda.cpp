@@ -2,7 +2,7 @@
 // What zel vender and the requests read, before the library is asked: the sale and the ranges as
 // texts, a table each.
 #include "leitura/Venda.h"
-#include "apoio/Textos.h"
+#include "apoio/Trecho.h"
 #include "leitura/Pedido.h"
 
 #include <gtest/gtest.h>
