@@ -170,29 +170,4 @@ TEST(Registros, na_sua_ordem_e_a_transportadora_uma_vez) {
         }
 }
 
-// The key in the document: 44 digits in the documented order, closed by its own check digit.
-TEST(ChaveDeAcesso, partes_e_digito) {
-    Caixa caixa;
-    caixa.config("IDE\\nNF", "41");
-    caixa.config("IDE\\cNF", "00000009");
-    caixa.config("IDE\\Serie", "001");
-    ASSERT_EQ(avancar(caixa, 5), 5);
-    const std::string documento = caixa.lerArquivo("documentosEnvio.xml");
-    const std::string chave = caixa.config("NFCE\\ChaveDeAcesso");
-    ASSERT_EQ(chave.size(), 44U);
-    EXPECT_TRUE(contem(documento, "<infNFe Id=\"NFe" + chave + "\" versao=\"3.10\">"));
-    const std::string emissao = elemento(documento, "dhEmi");
-    EXPECT_EQ(chave.substr(0, 6), "43" + emissao.substr(2, 2) + emissao.substr(5, 2));
-    // CNPJ, model, series, number, kind of issue, numeric code.
-    EXPECT_EQ(chave.substr(6, 37), "1111111111111165001000000042100000010");
-    int soma = 0, peso = 2;
-    for (std::size_t i = 43; i-- > 0; peso = peso == 9 ? 2 : peso + 1)
-        soma += (chave[i] - '0') * peso;
-    const int digito = soma % 11 < 2 ? 0 : 11 - soma % 11;
-    EXPECT_EQ(chave.substr(43), std::to_string(digito));
-    EXPECT_EQ(elemento(documento, "cDV"), std::to_string(digito));
-    EXPECT_EQ(elemento(documento, "serie"), "1");
-    EXPECT_EQ(elemento(documento, "cNF"), "00000010");
-}
-
 } // namespace

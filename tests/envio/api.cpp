@@ -232,14 +232,6 @@ TEST(Emissoes, mensagem_de_outro_e_olhada_antes_de_assinada) {
     EXPECT_EQ(zel_envio_traduzir(*envio), ZEL_ENVIO_OK) << envio.detalhe();
 }
 
-TEST(Emissoes, o_troco_diz_o_pagamento_inteiro) {
-    Envio envio;
-    ASSERT_EQ(envio.ler(Nota().xml()), ZEL_ENVIO_OK);
-    ASSERT_EQ(zel_envio_completar(*envio, nullptr, nullptr, nullptr, "30.00"), ZEL_ENVIO_OK);
-    ASSERT_EQ(zel_envio_traduzir(*envio), ZEL_ENVIO_OK) << envio.detalhe();
-    EXPECT_TRUE(contem(envio.mensagem(), "<vPag>50.00</vPag></detPag><vTroco>30.00</vTroco>"));
-}
-
 TEST(Impressoes, so_do_que_foi_autorizado_e_com_o_qr_do_documento) {
     Envio envio;
     Nota nota;

@@ -282,11 +282,8 @@ TEST(Enderecos, de_cada_estado_ou_de_quem_o_atende) {
         Servico servico;
         const char *endereco;
     } kCasos[] = {
-        {"RS", 1, Servico::kAutorizacao,
-         "https://nfce.sefazrs.rs.gov.br/ws/NfeAutorizacao/NFeAutorizacao4.asmx"},
         {"SC", 1, Servico::kAutorizacao,
          "https://nfce.svrs.rs.gov.br/ws/NfeAutorizacao/NFeAutorizacao4.asmx"},
-        {"MT", 2, Servico::kQrCode, "http://homologacao.sefaz.mt.gov.br/nfce/consultanfce"},
         {"AP", 2, Servico::kQrCode, "https://www.sefaz.ap.gov.br/nfcehml/nfce.php"},
         {"AM", 1, Servico::kConsultaChave, "www.sefaz.am.gov.br/nfce/consulta"},
         {"XX", 1, Servico::kQrCode, ""},

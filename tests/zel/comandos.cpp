@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <span>
 
 namespace {
@@ -97,11 +96,6 @@ TEST(Comandos, uma_linha_cada_na_loja) {
     }
     const std::string junto = "--diretorio=" + loja.diretorio();
     EXPECT_TRUE(rodar({"config", "ler", R"(EMIT\CRT)", junto}).deu(0, "1\n"));
-}
-
-TEST(Comandos, todo_codigo_em_json) {
-    const std::string codigos = rodar({"codigo", "--json"}).saida;
-    EXPECT_EQ(std::count(codigos.begin(), codigos.end(), '{'), 29);
 }
 
 TEST(Comandos, gravar_passa_pela_biblioteca) {
