@@ -59,10 +59,10 @@ endfunction()
 set(zel_esta_versao "(= ${PROJECT_VERSION})")
 set(zel_dev_depende "libzel-felborframework1 ${zel_esta_versao}")
 if(ZEL_ESTATICA)
-    # The pkg-config file requires nettle, and a static link takes libharu's shared object.
+    # The pkg-config file requires nettle and zlib, and a static link takes libharu's shared object.
     string(REGEX MATCH "^[0-9]+" zel_gcc ${CMAKE_CXX_COMPILER_VERSION})
     string(APPEND zel_dev_depende
-        ", nettle-dev, libhpdf-dev, libstdc++-${zel_gcc}-dev | libstdc++-dev")
+        ", nettle-dev, zlib1g-dev, libhpdf-dev, libstdc++-${zel_gcc}-dev | libstdc++-dev")
 endif()
 zel_pacote(biblioteca libzel-felborframework1 libs ""
     "A point-of-sale program drives this library as it would drive a fiscal

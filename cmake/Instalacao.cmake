@@ -18,7 +18,7 @@ set(zel_privado "")
 if(ZEL_ESTATICA)
     install(TARGETS ZEL_FelborFramework_estatica EXPORT ZEL_FelborFrameworkTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT desenvolvimento)
-    set(zel_privado "Requires.private: nettle\nLibs.private: -lhpdf -lstdc++ -lm")
+    set(zel_privado "Requires.private: nettle zlib\nLibs.private: -lhpdf -lstdc++ -lm")
     foreach(biblioteca IN LISTS CMAKE_DL_LIBS)
         string(APPEND zel_privado " -l${biblioteca}")
     endforeach()

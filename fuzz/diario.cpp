@@ -6,7 +6,6 @@
 #include "ZEL_FelborFramework.h"
 #include "diario/Gravacao.h"
 #include "diario/RegistroDiario.h"
-#include "diario/Soma.h"
 #include "disco/Identidade.h"
 #include "disco/Trava.h"
 

@@ -19,7 +19,7 @@ readelf -d "$1" | grep -q 'SONAME.*\[libZEL_FelborFramework.so.1\]' || falhar "a
 [[ $(basename "$(realpath "$1")") == *.so."$3" ]] || falhar "the file is not of version $3"
 grep -qx "#define ZEL_VERSAO \"$3\"" "$2" || falhar "the header is not of version $3"
 
-prometidas='^(libc|libm|libstdc\+\+|libgcc_s|ld-linux.*|libnettle|libhpdf.*|lib(a|ub)san)\.so'
+prometidas='^(libc|libm|libstdc\+\+|libgcc_s|ld-linux.*|libnettle|libz|libhpdf.*|lib(a|ub)san)\.so'
 for precisa in $(readelf -d "$1" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'); do
     [[ $precisa =~ $prometidas || $precisa == libhpdf-* ]] || falhar "needs $precisa"
 done

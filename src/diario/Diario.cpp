@@ -2,7 +2,6 @@
 #include "diario/Diario.h"
 
 #include "comum/ArquivosDoCaixa.h"
-#include "diario/Soma.h"
 #include "disco/Arquivo.h"
 #include "disco/ArquivoLog.h"
 #include "disco/Diretorio.h"
@@ -151,7 +150,10 @@ void Diario::concluir(Conteudo &conteudo) {
     // A record that was torn on its way to the disk has it, too.
     const bool interrompido = fim && fim->deRegistro && fim_ != 0 && segue(fim->registro);
     if (terminado || interrompido) conteudo.seguido = ultimo_.seguido = fim->registro.seguido;
-    if (terminado) return;
+    if (terminado) {
+        conteudo.terminado = fim->registro.momento;
+        return;
+    }
     // One that was cut short lacks whatever it had after that. Without a first record only zeros
     // are no damage: it was made and not yet written to.
     danificado_ = fim_ == 0 ? bytes.find_first_not_of('\0') != bytes.npos

@@ -35,8 +35,9 @@ public:
     struct Conteudo {
         std::string bytes;                     // the records' views are into these
         std::vector<RegistroDiario> registros; // those that belong here
-        std::int64_t seguido = 0; // when the files had followed the last one; 0 for not known
-        bool danificado = false;  // see below
+        std::int64_t seguido = 0;   // when the files had followed the last one; 0 for not known
+        std::int64_t terminado = 0; // when the end after it was written; 0 without one
+        bool danificado = false;    // see below
     };
     // Reads it; the next record will follow the last one read.
     Leitura ler(Conteudo &conteudo);
@@ -70,8 +71,9 @@ public:
     // Flushes what may stand in it without having been.
     bool descarregar();
 
-    // Notes, without a flush, that the files have followed the last record, and when. False where
-    // that could not be written, which the next reader does without.
+    // Notes, without a flush, that the last record is the last, and when the files had followed it;
+    // 0 where one has not. False where that could not be written, which the next reader does
+    // without.
     bool encerrar(std::int64_t seguido);
 
     // Begins anew, flushed, with room for a record of `tamanho` bytes; a damaged one loses all that

@@ -44,15 +44,14 @@ bool EstadoDiario::mudar(const MudancaDiario &mudanca) {
     return true;
 }
 
-void EstadoDiario::datar(std::int64_t desteRegistro, std::int64_t seguidoEm, bool danificado) {
+void EstadoDiario::datar(std::int64_t desteRegistro, std::int64_t seguidoEm, std::int64_t ate) {
     if (momento != desteRegistro) {
         antes_ = std::max(antes_, limite);
         escritas_.push_back(momento);
     }
     momento = desteRegistro;
     seguido = seguidoEm != 0;
-    // A file may well be later than records that lost those which followed them.
-    limite = seguido ? seguidoEm : momento + (danificado ? 0 : kFolga);
+    limite = seguido ? seguidoEm : ate;
     removido = false;
 }
 
@@ -79,20 +78,26 @@ bool EstadoDiario::ehDeOutro(const Identidade &achada, std::string_view bytes) c
     if (mudanca < momento - passoDe(mudanca)) return false; // of before
     if (mudanca <= antes_ && std::ranges::any_of(escritas_, ehDaqui)) return false;
     // The moment of a record that the journal has lost.
-    const bool posterior = temMarca(achada) && achada.escrita > momento;
+    const bool posterior = !inteiro && temMarca(achada) && achada.escrita > momento;
     if (mudanca > limite || posterior) return true;
     // Within the call: between its bytes and its time, or an edit. What was not followed must be.
     return seguido && ((no_ != 0 && achada.no != no_) || !podeFicar(bytes));
 }
 
-EstadosDiario::EstadosDiario(const Diario::Conteudo &conteudo) : danificado_(conteudo.danificado) {
+EstadosDiario::EstadosDiario(const Diario::Conteudo &conteudo)
+    : danificado_(conteudo.danificado), inteiro_(conteudo.terminado != 0) {
     const std::vector<RegistroDiario> &registros = conteudo.registros;
-    for (std::size_t i = 0; i < registros.size(); ++i)
-        aplicar(registros[i],
-                i + 1 < registros.size() ? registros[i + 1].seguido : conteudo.seguido);
+    for (std::size_t i = 0; i < registros.size(); ++i) {
+        const bool ultimo = i + 1 == registros.size();
+        // A file may well be later than records that lost those which followed them.
+        const std::int64_t folga = registros[i].momento + (danificado_ ? 0 : kFolga);
+        aplicar(registros[i], ultimo ? conteudo.seguido : registros[i + 1].seguido,
+                ultimo && inteiro_ ? conteudo.terminado : folga);
+    }
 }
 
-void EstadosDiario::aplicar(const RegistroDiario &registro, std::int64_t seguido) {
+void EstadosDiario::aplicar(const RegistroDiario &registro, std::int64_t seguido,
+                            std::int64_t ate) {
     for (const MudancaDiario &mudanca : registro.mudancas) {
         const auto achado = arquivos_.find(std::string(mudanca.nome));
         const bool nova = achado == arquivos_.end();
@@ -107,7 +112,8 @@ void EstadosDiario::aplicar(const RegistroDiario &registro, std::int64_t seguido
             estado.existia = mudanca.forma != FormaMudanca::kInteiraNova;
         estado.acesso = mudanca.acesso;
         estado.ligacao = mudanca.ligacao;
-        estado.datar(registro.momento, seguido, danificado_);
+        estado.datar(registro.momento, seguido, ate);
+        estado.inteiro = inteiro_;
         if (!mudanca.noLugar) nomes_ = std::max(nomes_, seguido);
     }
 }

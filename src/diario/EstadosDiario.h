@@ -22,6 +22,7 @@ struct EstadoDiario {
     std::int64_t momento = 0; // of its last record
     bool seguido = false;     // that it had followed that is known
     std::int64_t limite = 0;  // when, at the latest
+    bool inteiro = false;     // no record is missing after it
 
     // Whether a file that holds something else was written by somebody else, after the last record;
     // otherwise it is one that lost what was not flushed.
@@ -29,8 +30,8 @@ struct EstadoDiario {
 
     // Takes one change into account. False for one of another file than this.
     bool mudar(const MudancaDiario &mudanca);
-    // Of a record of then, which had been followed at that time; 0 where that is not known.
-    void datar(std::int64_t desteRegistro, std::int64_t seguidoEm, bool danificado);
+    // Of a record of then, which had been followed at that time; 0 for `ate` at the latest.
+    void datar(std::int64_t desteRegistro, std::int64_t seguidoEm, std::int64_t ate);
 
 private:
     bool podeFicar(std::string_view bytes) const;
@@ -52,11 +53,11 @@ public:
     bool foiRemovido(const EstadoDiario &estado, const Identidade &diretorio) const;
 
 private:
-    void aplicar(const RegistroDiario &registro, std::int64_t seguido);
+    void aplicar(const RegistroDiario &registro, std::int64_t seguido, std::int64_t ate);
 
     std::map<std::string, EstadoDiario> arquivos_;
     std::int64_t nomes_ = 0; // when the last change of names had followed
-    bool danificado_;
+    bool danificado_, inteiro_;
 };
 
 } // namespace zel

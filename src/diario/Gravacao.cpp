@@ -195,7 +195,7 @@ bool seguir(const Gravacao &gravacao) {
     for (const std::string &nome : gravacao.ausentes)
         esquecerCadeia(nome);
     try {
-        if (todos) g.diario.encerrar(agora());
+        g.diario.encerrar(todos ? agora() : 0);
     } catch (...) {
         // The files have followed all the same; without memory for it the next process does
         // without.

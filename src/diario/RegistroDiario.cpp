@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "diario/RegistroDiario.h"
 
-#include "diario/Soma.h"
-
 #include <algorithm>
 #include <type_traits>
 #include <utility>
+#include <zlib.h>
 
 namespace zel {
+
+std::uint32_t somaCrc32(std::string_view bytes) {
+    return static_cast<std::uint32_t>(
+        ::crc32_z(0, reinterpret_cast<const Bytef *>(bytes.data()), bytes.size()));
+}
 
 namespace {
 

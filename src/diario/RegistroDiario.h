@@ -79,6 +79,9 @@ constexpr std::size_t emMultiplosDe(std::size_t parte, std::size_t tamanho) {
     return (tamanho + parte - 1) / parte * parte;
 }
 
+// The checksum of heads and payloads, and of the name of a place: CRC-32 as in ISO 3309.
+std::uint32_t somaCrc32(std::string_view bytes);
+
 // The record's bytes, to be written, and how many they are: within its first block none of the
 // zeros that stand there, otherwise whole blocks, so that the system need not read what it
 // overwrites.

@@ -115,20 +115,25 @@ TEST_F(Gravacao, arquivo_marcado_difere_do_que_outro_grava_em_seguida) {
 }
 
 // An editor saves by a rename while the record is flushed: what was answered is not lost with the
-// file that had the name before.
+// file that had the name before. It may have been written before it got the name, or not: its times
+// differ, as those of a record do, or are one.
 TEST_F(Gravacao, arquivo_trocado_durante_a_descarga_recebe_a_mudanca) {
-    pasta.gravar("a", "00");
-    ASSERT_EQ(mudar("a", "10"), ZEL_OK);
-    naDescarga = [&] {
-        // Written last, so that it changed when it was written, as within one step of the clock.
-        pasta.gravar("novo", "");
-        fs::rename(pasta / "novo", pasta / "a");
-        pasta.gravar("a", "99");
-    };
-    ASSERT_EQ(mudar("a", "20"), ZEL_OK);
-    EXPECT_FALSE(identidadeMarcada("a"));
-    ASSERT_EQ(acompanharDiario(), ZEL_OK);
-    EXPECT_EQ(pasta.ler("a"), "20");
+    for (const bool umTempo : {false, true}) {
+        SCOPED_TRACE(umTempo);
+        pasta.gravar("a", "00");
+        recomecar();
+        ASSERT_EQ(mudar("a", "10"), ZEL_OK);
+        naDescarga = [&] {
+            editar("novo", umTempo ? "" : "99");
+            ::usleep(20'000);
+            fs::rename(pasta / "novo", pasta / "a");
+            if (umTempo) pasta.gravar("a", "99");
+        };
+        ASSERT_EQ(mudar("a", "20"), ZEL_OK);
+        EXPECT_FALSE(identidadeMarcada("a"));
+        recomecar();
+        EXPECT_EQ(pasta.ler("a"), "20");
+    }
 }
 
 // The same in a call that changes the configuration twice: memory holds what the file holds.
@@ -307,6 +312,7 @@ TEST(EstadosDiario, de_quem_e_o_que_se_acha) {
         Identidade achada;
         const char *conteudo;
         bool deOutro;
+        std::int64_t terminado = 0; // without having been followed
     } casos[] = {
         {"torn as left", kSeguido, {1, 0, kPasso, kMarca}, "xx", false},
         {"another mode", kSeguido, {1, 0, kDepois, kMarca}, "xx", false},
@@ -326,6 +332,8 @@ TEST(EstadosDiario, de_quem_e_o_que_se_acha) {
         {"later", kSeguido, {1, 0, kDepois, kDepois}, "ab", true},
         {"of a lost record", 0, {1, 0, kPasso, kMarca + 1}, "ab", true},
         {"not followed", 0, {2, 0, kDepois, kDepois}, "xx", false},
+        {"renamed in the call", 0, {2, 0, kPasso, kMarca + 1}, "xx", false, kSeguido},
+        {"after the call", 0, {2, 0, kDepois, kDepois}, "xx", true, kSeguido},
         {"a minute later", 0, {1, 0, 200 * kSegundo, 200 * kSegundo}, "ab", true},
     };
     for (const auto &caso : casos) {
@@ -343,6 +351,7 @@ TEST(EstadosDiario, de_quem_e_o_que_se_acha) {
              .noLugar = true}};
         conteudo.registros.push_back(registro);
         conteudo.seguido = caso.seguido;
+        conteudo.terminado = caso.terminado;
         const EstadosDiario estados(conteudo);
         EXPECT_EQ(estados.arquivos().at("a").ehDeOutro(caso.achada, caso.conteudo), caso.deOutro);
     }

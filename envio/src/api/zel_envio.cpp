@@ -6,6 +6,7 @@
 #include "assinatura/Ensaio.h"
 #include "base/Texto.h"
 #include "comum/Ascii.h"
+#include "comum/ChaveAcesso.h"
 #include "config/Configuracao.h"
 #include "config/Primeira.h"
 #include "documento/Conferencia.h"
@@ -200,14 +201,14 @@ int zel_envio_tipo(const zel_envio *envio) {
 
 int zel_envio_completar(zel_envio *envio, const char *protocolo, const char *substituta,
                         const char *data, const char *troco) {
-    constexpr std::size_t kDigitosDoProtocolo = 15, kDigitosDaChave = 44;
+    constexpr std::size_t kDigitosDoProtocolo = 15;
     return responder(envio, [&](Recusas &recusas) {
         if (envio->emissao.lido().tipo == Tipo::kNenhum) return int{ZEL_ENVIO_ORDEM};
         ContextoPedido contexto{std::string(vista(protocolo)), std::string(vista(substituta)),
                                 std::string(vista(data)), "1"};
         if (!contexto.protocolo.empty() && !temDigitos(contexto.protocolo, kDigitosDoProtocolo))
             recusas.juntar("protocolo", contexto.protocolo, "tem 15 dígitos");
-        if (!contexto.substituta.empty() && !temDigitos(contexto.substituta, kDigitosDaChave))
+        if (!contexto.substituta.empty() && !zel::ChaveAcesso::ler(contexto.substituta))
             recusas.juntar("substituta", contexto.substituta, "uma chave tem 44 dígitos");
         if (!contexto.data.empty() && !ehData(contexto.data))
             recusas.juntar("data", contexto.data, "escreve-se AAAA-MM-DD");
