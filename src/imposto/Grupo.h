@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <initializer_list>
 #include <optional>
 #include <span>
@@ -171,6 +172,16 @@ constexpr Grupo linhaDeGrupo(std::string_view secao, std::string_view nome,
     if (!escolha.empty() && fonte != Fonte::kConfTemp)
         grupo.escolha = procurarChave(juntar({secao, "\\", escolha}));
     return grupo;
+}
+// `zel conferir` and docs/configuracao.md take the order of the keys for the order of choice.
+constexpr bool naOrdemDoArquivo(std::span<const Grupo> grupos) {
+    std::uint16_t ultima = 0;
+    for (const Grupo &grupo : grupos) {
+        if (!grupo.escolha) continue;
+        if (grupo.escolha->indice < ultima) return false;
+        ultima = grupo.escolha->indice;
+    }
+    return true;
 }
 constexpr Grupo aceitandoVazio(Grupo grupo) {
     grupo.aceitaVazio = true;

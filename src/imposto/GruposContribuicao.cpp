@@ -78,6 +78,8 @@ constexpr std::array<Grupo, 7> linhas(const Tributo &t) {
 
 constexpr auto kGruposPIS = linhas(kPis);
 constexpr auto kGruposCOFINS = linhas(kCofins);
+static_assert(naOrdemDoArquivo(kGruposPIS) && naOrdemDoArquivo(kGruposCOFINS),
+              "rows in another order than src/config/CatalogoTabela.h");
 
 constexpr Grupo kISSQN = linhaDeGrupo(R"(IMPOSTO\ISSQN)", "ISSQN",
                                       {vBC, aliquota("vAliq"), calculado("vISSQN", impostoProprio),

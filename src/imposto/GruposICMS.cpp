@@ -103,6 +103,7 @@ constexpr auto kGrupos = std::to_array<Grupo>({
                            calculado("vICMS", zero), modBCST, calculado("vBCST", zero), pICMSST,
                            calculado("vICMSST", zero), pCredSN, calculado("vCredICMSSN", zero)})),
 });
+static_assert(naOrdemDoArquivo(kGrupos), "rows in another order than src/config/CatalogoTabela.h");
 
 } // namespace
 

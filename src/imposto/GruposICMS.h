@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The 17 forms of the ICMS group: one table of what each holds, and the tag that carries the one
+// The forms of the ICMS group: one table of what each holds, and the tag that carries the one
 // group of an item. How a row is chosen and becomes a tag is Grupo's.
 #pragma once
 

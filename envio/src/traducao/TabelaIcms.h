@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The groups of ICMS (group N of the Manual de Orientação do Contribuinte 7.0, layout 4.00, with
-// the changes of NT 2023.004) as the till knows them: 17 of CST and CSOSN, in the order of the
+// the changes of NT 2023.004) as the till knows them: those of CST and CSOSN, in the order of the
 // schema. The groups of single-phase taxation (02, 15, 53, 61) the till has not.
 #pragma once
 
