@@ -3,7 +3,7 @@
 """The header, the tables of tabela/ and the files generated from them say the same: 47 functions
 with their arguments in order, codes with their values, sizes of buffers; and one version stands in
 the header, the wrappers' packages and the newest section of the changelog; and a payment form is
-named wherever people look for one. Each kind of drift is
+named wherever people look for one, and a tax group of the till translated. Each kind of drift is
 tried, too, on altered copies: one that is not reported would be a test that cannot fail."""
 import copy
 import importlib.machinery
@@ -140,6 +140,13 @@ def diferencas_de_forma(codigo, nome):
             yield f"{caminho}: no payment form {nome}, {codigo}"
 
 
+def grupos_sem_traducao(moldes):
+    traducao = "".join(f.read_text(encoding="utf-8") for f in (RAIZ / "envio/src/traducao").glob("Tabela*.h"))
+    for nome in re.findall(r'grupo\w+\("((?:ICMS|PIS|COFINS)\w+)"', moldes):
+        if f'grupo("{nome}"'.upper() not in traducao.upper() and nome != "ICMSTot":
+            yield f"{nome} of src/secao/Moldes.cpp: no row in envio/src/traducao/TabelaIcms.h or TabelaItem.h"
+
+
 def principal():
     cabecalho = ler_cabecalho()
     funcoes = json.loads((RAIZ / "tabela/funcoes.json").read_text(encoding="utf-8"))["funcoes"]
@@ -149,6 +156,10 @@ def principal():
     for de, para in (('VERSAO "1.', 'VERSAO "2.'), ("VERSAO_NUMERO 1", "VERSAO_NUMERO 2")):
         if not list(diferencas_de_versao(cabecalho.replace(de, para))):
             erros += [f"not reported: {para}"]
+    moldes = (RAIZ / "src/secao/Moldes.cpp").read_text(encoding="utf-8")
+    erros += grupos_sem_traducao(moldes)
+    if len(list(grupos_sem_traducao(moldes.replace('"ICMS00"', '"ICMS01"')))) != 1:
+        erros.append("not reported: a tax group without a translation")
     outros = "99"  # whatever else is given, in prose
     conhecidas = [f for f in formas() if f[0] != outros]
     erros += [erro for forma in conhecidas for erro in diferencas_de_forma(*forma)]

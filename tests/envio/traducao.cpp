@@ -81,6 +81,11 @@ const Imposto kPis[] = {
 const char *const kIssqn = "vBC=20.00 vAliq=5.00 vISSQN=1.00 cMunFG=4314902 cListServ=0101 "
                            "cSitTrib=N";
 
+// The group's first row.
+std::string icmsDe(std::string_view nome) {
+    const auto *const linha = std::ranges::find(kIcms, nome, &Imposto::nome);
+    return icms(linha->nome, linha->campos);
+}
 std::string comoCofins(std::string texto) {
     return std::regex_replace(texto, std::regex("PIS"), "COFINS");
 }
@@ -280,14 +285,14 @@ TEST(Traducao, grupos_de_imposto_ganham_o_que_a_configuracao_sabe_e_perdem_o_que
     const struct {
         std::string imposto, caminho, valor;
     } kCasos[] = {
-        {icms("ICMS00", kIcms[0].campos), "ICMS/ICMS00/vFCP", "0.40"},
-        {icms("ICMS00", kIcms[0].campos), "ICMS/ICMS00/vBCFCP", ""},
-        {icms("ICMS20", kIcms[2].campos), "ICMS/ICMS20/vBCFCP", "20.00"},
+        {icmsDe("ICMS00"), "ICMS/ICMS00/vFCP", "0.40"},
+        {icmsDe("ICMS00"), "ICMS/ICMS00/vBCFCP", ""},
+        {icmsDe("ICMS20"), "ICMS/ICMS20/vBCFCP", "20.00"},
         {icms("ICMS60", "orig=0 CST=60 vBCSTRet=10.00 vICMSSTRet=1.80"), "ICMS/ICMS60",
          "06010.0018.001.501.8010.002.000.20"},
         {icms("ICMS60", "orig=0 CST=60 vBCSTRet=0.00 vICMSSTRet=0.00"), "ICMS/ICMS60", "060"},
         {icms("ICMS40", "orig=0 CST=40 vICMSDeson=1.00 motDesICMS=9"), "ICMS/ICMS40", "0401.0090"},
-        {icms("ICMSPART", kIcms[14].campos), "ICMS/ICMSPart/UFST", "SC"},
+        {icmsDe("ICMSPART"), "ICMS/ICMSPart/UFST", "SC"},
         {icms("ICMS40", "orig=0 CST=41") + grupo("PIS", grupo("PISST", elementos(kPis[6].campos))),
          "PISST", "20.001.650.33"},
         {icms("ICMS40", "orig=0 CST=41") + grupo("PIS", grupo("PISST", elementos(kPis[8].campos))),
@@ -355,9 +360,9 @@ TEST(Traducao, inscricao_municipal_vai_onde_ha_servicos) {
 // ---- refusals ----
 
 TEST(Traducao, o_imposto_de_um_item_e_o_do_regime_do_emitente) {
-    const std::string comCst = icms("ICMS00", kIcms[0].campos),
-                      comCsosn = icms("ICMSSN102", "orig=0 CSOSN=102"),
-                      mudado = icms("ICMS900", kIcms[23].campos);
+    const std::string comCst = icmsDe("ICMS00"), comCsosn = icms("ICMSSN102", "orig=0 CSOSN=102"),
+                      mudado = std::regex_replace(icmsDe("ICMSSN900"), std::regex("ICMSSN900"),
+                                                  "ICMS900");
     const struct {
         const char *CRT;
         const std::string &imposto;

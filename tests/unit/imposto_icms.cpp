@@ -8,8 +8,9 @@ namespace zel {
 
 namespace {
 
-// A group's section with all its keys but `Orig`, "*" in front of those that must be filled, and
-// its elements after `orig`: sold at the base 100.00 "/" rebuilt for the base 50.00.
+// A group's section with all its keys but `Orig`, "*" in front of those that must be filled, "-" of
+// those without which the item is sold without its tax, and its elements after `orig`: sold at the
+// base 100.00 "/" rebuilt for the base 50.00.
 struct Caso {
     std::string grupo, chaves, elementos;
 };
@@ -19,16 +20,16 @@ const std::string kChavesST = " *modBCST=4 pMVAST=0.40 pRedBCST=20 *pICMSST=0.18
 const std::string kST = " modBCST=4 pMVAST=0.40 pRedBCST=20.00 vBCST=140.00/70.00 pICMSST=0.18";
 
 const Caso kCasos[] = {
-    {"ICMS00", "*CST=0 *modBC=3", "CST=00 modBC=3 " + kBC + kICMS},
+    {"ICMS00", "-CST=0 -modBC=3", "CST=00 modBC=3 " + kBC + kICMS},
     {"ICMS10", "*CST=10 *modBC=3 *modBCST=4 *pMVAST=0,40 *pRedBCST=20 *pICMSST=0.18",
      "CST=0000010 modBC=3 " + kBC + kICMS + kST + " vICMSST=-74.80/-37.40"},
     {"ICMS20", "*CST=20 *modBC=3 *pRedBC=10,5", "CST=20 modBC=3 pRedBC=10.50 " + kBC + kICMS},
     {"ICMS30", "*CST=30 *modBCST=4 *pMVAST=0.40 *pRedBCST=5 *pICMSST=0,18",
      "CST=30 modBCS=4 pMVAST=0.40 pRedBCST=5.00 vBCST=100.00/50.00 pICMSST=0.18 "
      "vICMSST=18.00/9.00"},
-    {"ICMS40", "*CST=40 vICMS=7,5 motDesICMS=9", "CST=40 vICMSDeson=7.50 motDesICMS=9"},
+    {"ICMS40", "-CST=40 vICMS=7,5 motDesICMS=9", "CST=40 vICMSDeson=7.50 motDesICMS=9"},
     {"ICMS51", "*CST=51 modBC=3 pRedBC=33.336", "CST=51 modBC=3 pRedBC=33.34 " + kBC + kICMS},
-    {"ICMS60", "*CST=60 vBCSTRet=12,3 vICMSSTRet=1", "CST=60 vBCSTRet=12.30 vICMSSTRet=1.00"},
+    {"ICMS60", "-CST=60 vBCSTRet=12,3 vICMSSTRet=1", "CST=60 vBCSTRet=12.30 vICMSSTRet=1.00"},
     // Sold from the percentages as given, rebuilt from them as stored.
     {"ICMS70", "*CST=70 *modBC=3 *pRedBC=10 *modBCST=4 pMVAST=0.405 pRedBCST=20 *pICMSST=0.185",
      "CST=70 modBC=3 pRedBC=10.00 " + kBC + kICMS +
@@ -57,6 +58,9 @@ protected:
     static void configurarIcms(std::string_view grupo, std::string_view chaves) {
         configurar(R"(IMPOSTO\ICMS\)" + std::string(grupo), chaves);
     }
+    static std::string semMarcas(std::string_view chaves) {
+        return std::regex_replace(std::string(chaves), std::regex("[*-]"), "");
+    }
     static std::string vendido(std::string_view base) {
         return resultado([&](auto &imposto) { return fnTratarICMS({}, "18.00", base, imposto); });
     }
@@ -73,7 +77,7 @@ using IcmsAvulso = Icms;
 
 TEST_P(Icms, elementos_em_ordem_cada_um_com_a_sua_formula) {
     const auto &[nome, chaves, elementos] = GetParam();
-    configurarIcms(nome, "Orig=1 " + substituirAll(chaves, "*", ""));
+    configurarIcms(nome, "Orig=1 " + semMarcas(chaves));
     const std::regex doisLados("([0-9.-]+)/([0-9.-]+)");
     const std::string noVendido = std::regex_replace(elementos, doisLados, "$1"),
                       noRemontado = std::regex_replace(elementos, doisLados, "$2");
@@ -84,14 +88,13 @@ TEST_P(Icms, elementos_em_ordem_cada_um_com_a_sua_formula) {
 
 TEST_P(Icms, so_a_chave_obrigatoria_nao_pode_ser_vazia) {
     const auto &[nome, chaves, elementos] = GetParam();
-    const bool semGrupo = nome == "ICMS00" || nome == "ICMS40" || nome == "ICMS60";
     // The one that is no number is not made up: the section check refuses it.
     const std::regex cheio(R"(imposto\(ICMS\(\w+\((\w+=[^ )]+ ?|motDesICMS=)+\)\)\))");
     for (const auto par : split(chaves, ' ', 20)) {
-        configurarIcms(nome, "Orig=1 " + substituirAll(chaves, "*", ""));
-        configurarIcms(nome, substituirAll(par.substr(0, par.find('=') + 1), "*", ""));
-        if (par.front() == '*')
-            EXPECT_EQ(vendido("100.00"), semGrupo ? "imposto(ICMS=)" : "-1") << par;
+        configurarIcms(nome, "Orig=1 " + semMarcas(chaves));
+        configurarIcms(nome, semMarcas(par.substr(0, par.find('=') + 1)));
+        if (par.front() == '*' || par.front() == '-')
+            EXPECT_EQ(vendido("100.00"), par.front() == '-' ? "imposto(ICMS=)" : "-1") << par;
         else
             EXPECT_TRUE(std::regex_match(vendido("100.00"), cheio)) << par;
     }
@@ -99,6 +102,12 @@ TEST_P(Icms, so_a_chave_obrigatoria_nao_pode_ser_vazia) {
 
 INSTANTIATE_TEST_SUITE_P(Grupos, Icms, testing::ValuesIn(kCasos),
                          [](const auto &caso) { return caso.param.grupo; });
+
+TEST_F(IcmsAvulso, todo_grupo_tem_o_seu_caso) {
+    for (const Grupo &linha : gruposICMS())
+        EXPECT_NE(std::ranges::find(kCasos, linha.nome.texto(), &Caso::grupo), std::end(kCasos))
+            << linha.nome.texto() << ": no row of kCasos";
+}
 
 TEST_F(IcmsAvulso, vale_a_primeira_secao_preenchida_completa_ou_nao) {
     EXPECT_EQ(vendido("10.00"), "-1") << "no section is filled";
