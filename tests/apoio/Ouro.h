@@ -15,5 +15,6 @@ inline void compararComOuro(const std::filesystem::path &caminho, std::string_vi
         std::filesystem::create_directories(caminho.parent_path());
         EXPECT_TRUE(gravarTudo(caminho, texto)) << caminho << " cannot be written";
     }
-    EXPECT_EQ(lerTudo(caminho), texto) << "golden file " << caminho;
+    EXPECT_EQ(lerTudo(caminho), texto)
+        << "golden file " << caminho << ": ZEL_REGENERAR=1 writes it; look at the difference";
 }
