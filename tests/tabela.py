@@ -158,7 +158,7 @@ def principal():
             erros += [f"not reported: {para}"]
     moldes = (RAIZ / "src/secao/Moldes.cpp").read_text(encoding="utf-8")
     erros += grupos_sem_traducao(moldes)
-    if len(list(grupos_sem_traducao(moldes.replace('"ICMS00"', '"ICMS01"')))) != 1:
+    if not any("ICMS01" in erro for erro in grupos_sem_traducao(moldes.replace('"ICMS00"', '"ICMS01"'))):
         erros.append("not reported: a tax group without a translation")
     outros = "99"  # whatever else is given, in prose
     conhecidas = [f for f in formas() if f[0] != outros]
