@@ -3,6 +3,7 @@
 
 #include "base/Xml.h"
 #include "comum/Arquivo.h"
+#include "comum/ArquivosDoCaixa.h"
 #include "comum/ChaveAcesso.h"
 #include "comum/Digitos.h"
 #include "documento/Leitura.h"
@@ -24,9 +25,6 @@ namespace {
 
 using Parte = ChaveAcesso::Parte;
 
-constexpr std::string_view kDocumento = "documentosEnvio.xml";
-constexpr std::string_view kParametros = "parametrosEnvio.xml";
-constexpr std::string_view kFramework = "ZEL_Framework.xml";
 constexpr std::size_t kMaiorConfiguracao = 4U << 20;
 constexpr std::size_t kMaiorParametros = 64U << 10;
 
@@ -117,8 +115,8 @@ constexpr Leitor kLeitores[] = {{Tipo::kNfce, lerNota},
 bool ehCopia(std::string_view nome) {
     constexpr std::string_view kInicios[] = {"EnvioNFCe", "EnvioCanc", "EnvioCons", "EnvioInut"};
     return nome.ends_with(".xml") &&
-           (nome == kDocumento || std::any_of(std::begin(kInicios), std::end(kInicios),
-                                              [&](auto i) { return nome.starts_with(i); }));
+           (nome == arquivos::kEnvio || std::any_of(std::begin(kInicios), std::end(kInicios),
+                                                    [&](auto i) { return nome.starts_with(i); }));
 }
 
 bool ehContingencia(std::string_view nome) {
@@ -193,7 +191,7 @@ bool Caixa::mudou(const std::string &pasta, Momento agora) {
 
 void Caixa::olhar(Fila &fila, const std::string &pasta, const std::string &nome,
                   std::vector<Visto> &novos) {
-    const bool unico = nome == kDocumento;
+    const bool unico = nome == arquivos::kEnvio;
     const bool daqui = ehContingencia(nome) || (unico && pasta == config_.diretorio) ||
                        (pasta == config_.copias && ehCopia(nome));
     const std::string caminho = pasta + nome;
@@ -230,7 +228,7 @@ int Caixa::varrer(Fila &fila, Momento agora, Recusas &recusas) {
     std::vector<Visto> novos;
     for (const auto &pasta : pastas()) {
         if (!mudou(pasta, agora)) {
-            olhar(fila, pasta, std::string(kDocumento), novos);
+            olhar(fila, pasta, std::string(arquivos::kEnvio), novos);
             continue;
         }
         const std::unique_ptr<DIR, int (*)(DIR *)> aberta(opendir(pasta.c_str()), closedir);
@@ -333,7 +331,7 @@ bool pareceSubstituir(Fila &fila, const Achado &nova, const Ficha &velha) {
 // it said is kept until the document is found.
 void Caixa::anotarSubstituicao(Fila &fila, Momento agora, Recusas &recusas) const {
     std::string motivo;
-    const std::string arquivo = config_.diretorio + std::string(kParametros);
+    const std::string arquivo = config_.diretorio + std::string(arquivos::kParametros);
     const std::int64_t escrito = escritoEm(arquivo);
     const auto bytes = comum::lerArquivo(arquivo, kMaiorParametros);
     const auto documento = bytes ? Documento::ler(*bytes, motivo) : std::nullopt;
@@ -372,7 +370,8 @@ void Caixa::verSubstituicao(Fila &fila, Achado &achado, std::int64_t escrito) co
     // A series begins anew, in production after tests: what was said of another document of that
     // number, at another time, is not said of this one.
     const bool dito = juntos(numeroDe<std::int64_t>(fila.anotado(nome)), escrito);
-    const bool escritoPorCima = escritoEm(config_.diretorio + std::string(kParametros)) >= escrito;
+    const bool escritoPorCima =
+        escritoEm(config_.diretorio + std::string(arquivos::kParametros)) >= escrito;
     for (const Ficha &outra :
          fila.porNumero(achado.cnpj, achado.tpAmb, achado.serie, achado.numero - 1)) {
         if (outra.tpEmis != 1 || outra.caixa != config_.diretorio) continue;
@@ -387,7 +386,7 @@ std::optional<Centavos> Caixa::trocoDe(std::string_view chave) const {
     constexpr std::string_view kEncerrado = "5";
     std::string motivo;
     const auto bytes =
-        comum::lerArquivo(config_.diretorio + std::string(kFramework), kMaiorConfiguracao);
+        comum::lerArquivo(config_.diretorio + std::string(arquivos::kConfig), kMaiorConfiguracao);
     const auto documento = bytes ? Documento::ler(*bytes, motivo) : std::nullopt;
     if (!documento) return {};
     const No raiz = documento->raiz();
