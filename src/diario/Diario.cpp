@@ -150,10 +150,8 @@ void Diario::concluir(Conteudo &conteudo) {
     // A record that was torn on its way to the disk has it, too.
     const bool interrompido = fim && fim->deRegistro && fim_ != 0 && segue(fim->registro);
     if (terminado || interrompido) conteudo.seguido = ultimo_.seguido = fim->registro.seguido;
-    if (terminado) {
-        conteudo.terminado = fim->registro.momento;
-        return;
-    }
+    conteudo.terminado = terminado_ = terminado;
+    if (terminado) return;
     // One that was cut short lacks whatever it had after that. Without a first record only zeros
     // are no damage: it was made and not yet written to.
     danificado_ = fim_ == 0 ? bytes.find_first_not_of('\0') != bytes.npos
@@ -239,6 +237,7 @@ bool Diario::acrescentar(const std::string &registro) {
     fim_ += emMultiplosDe(kBloco, registro.size());
     ++ultimo_.sequencia;
     setor_.clear();
+    terminado_ = false;
     return true;
 }
 
@@ -248,7 +247,7 @@ bool Diario::encerrar(std::int64_t seguido) {
     ultimo_.momento = agora();
     const std::string bloco = escreverFim(ultimo_);
     setor_ = bloco.substr(0, kSetor);
-    return arquivo_.escrever(bloco, fim_);
+    return terminado_ = arquivo_.escrever(bloco, fim_);
 }
 
 bool Diario::esvaziar(std::size_t tamanho) {
@@ -260,8 +259,8 @@ bool Diario::esvaziar(std::size_t tamanho) {
 }
 
 // The old end first: a process that knew it sees that it is one no more, and what stands there is
-// as good as before should this be the last that happens. Nobody else knows the end of a damaged
-// one: nothing is left of it.
+// as good as before should this be the last that happens. Where none stood nobody knew one, and
+// none may say now that no record is missing. Of a damaged journal nothing is left.
 bool Diario::recomecar() {
     if (danificado_) {
         const std::string zeros(kZeros, '\0');
@@ -269,7 +268,7 @@ bool Diario::recomecar() {
             if (!arquivo_.escrever(
                     std::string_view(zeros).substr(0, std::min(kZeros, tamanho_ - lugar)), lugar))
                 return false;
-    } else if (fim_ != 0 && !encerrar(ultimo_.seguido)) {
+    } else if (fim_ != 0 && terminado_ && !encerrar(ultimo_.seguido)) {
         return false;
     }
     fim_ = 0;

@@ -35,9 +35,9 @@ public:
     struct Conteudo {
         std::string bytes;                     // the records' views are into these
         std::vector<RegistroDiario> registros; // those that belong here
-        std::int64_t seguido = 0;   // when the files had followed the last one; 0 for not known
-        std::int64_t terminado = 0; // when the end after it was written; 0 without one
-        bool danificado = false;    // see below
+        std::int64_t seguido = 0; // when the files had followed the last one; 0 for not known
+        bool terminado = false;   // it is known to be the last one
+        bool danificado = false;  // see below
     };
     // Reads it; the next record will follow the last one read.
     Leitura ler(Conteudo &conteudo);
@@ -101,7 +101,8 @@ private:
     std::size_t fim_ = 0;   // of the last record
     RegistroDiario ultimo_; // without its changes; sequence 0 for none
     bool danificado_ = false;
-    std::string setor_; // the one at the end, as this process wrote or read it last
+    bool terminado_ = false; // an end stands after the last record
+    std::string setor_;      // the one at the end, as this process wrote or read it last
 };
 
 } // namespace zel

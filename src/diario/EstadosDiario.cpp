@@ -44,14 +44,15 @@ bool EstadoDiario::mudar(const MudancaDiario &mudanca) {
     return true;
 }
 
-void EstadoDiario::datar(std::int64_t desteRegistro, std::int64_t seguidoEm, std::int64_t ate) {
+void EstadoDiario::datar(std::int64_t desteRegistro, std::int64_t seguidoEm, bool danificado) {
     if (momento != desteRegistro) {
         antes_ = std::max(antes_, limite);
         escritas_.push_back(momento);
     }
     momento = desteRegistro;
     seguido = seguidoEm != 0;
-    limite = seguido ? seguidoEm : ate;
+    // A file may well be later than records that lost those which followed them.
+    limite = seguido ? seguidoEm : momento + (danificado ? 0 : kFolga);
     removido = false;
 }
 
@@ -85,19 +86,14 @@ bool EstadoDiario::ehDeOutro(const Identidade &achada, std::string_view bytes) c
 }
 
 EstadosDiario::EstadosDiario(const Diario::Conteudo &conteudo)
-    : danificado_(conteudo.danificado), inteiro_(conteudo.terminado != 0) {
+    : danificado_(conteudo.danificado), inteiro_(conteudo.terminado) {
     const std::vector<RegistroDiario> &registros = conteudo.registros;
-    for (std::size_t i = 0; i < registros.size(); ++i) {
-        const bool ultimo = i + 1 == registros.size();
-        // A file may well be later than records that lost those which followed them.
-        const std::int64_t folga = registros[i].momento + (danificado_ ? 0 : kFolga);
-        aplicar(registros[i], ultimo ? conteudo.seguido : registros[i + 1].seguido,
-                ultimo && inteiro_ ? conteudo.terminado : folga);
-    }
+    for (std::size_t i = 0; i < registros.size(); ++i)
+        aplicar(registros[i],
+                i + 1 < registros.size() ? registros[i + 1].seguido : conteudo.seguido);
 }
 
-void EstadosDiario::aplicar(const RegistroDiario &registro, std::int64_t seguido,
-                            std::int64_t ate) {
+void EstadosDiario::aplicar(const RegistroDiario &registro, std::int64_t seguido) {
     for (const MudancaDiario &mudanca : registro.mudancas) {
         const auto achado = arquivos_.find(std::string(mudanca.nome));
         const bool nova = achado == arquivos_.end();
@@ -112,7 +108,7 @@ void EstadosDiario::aplicar(const RegistroDiario &registro, std::int64_t seguido
             estado.existia = mudanca.forma != FormaMudanca::kInteiraNova;
         estado.acesso = mudanca.acesso;
         estado.ligacao = mudanca.ligacao;
-        estado.datar(registro.momento, seguido, ate);
+        estado.datar(registro.momento, seguido, danificado_);
         estado.inteiro = inteiro_;
         if (!mudanca.noLugar) nomes_ = std::max(nomes_, seguido);
     }

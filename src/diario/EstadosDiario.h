@@ -30,8 +30,8 @@ struct EstadoDiario {
 
     // Takes one change into account. False for one of another file than this.
     bool mudar(const MudancaDiario &mudanca);
-    // Of a record of then, which had been followed at that time; 0 for `ate` at the latest.
-    void datar(std::int64_t desteRegistro, std::int64_t seguidoEm, std::int64_t ate);
+    // Of a record of then, which had been followed at that time; 0 where that is not known.
+    void datar(std::int64_t desteRegistro, std::int64_t seguidoEm, bool danificado);
 
 private:
     bool podeFicar(std::string_view bytes) const;
@@ -53,7 +53,7 @@ public:
     bool foiRemovido(const EstadoDiario &estado, const Identidade &diretorio) const;
 
 private:
-    void aplicar(const RegistroDiario &registro, std::int64_t seguido, std::int64_t ate);
+    void aplicar(const RegistroDiario &registro, std::int64_t seguido);
 
     std::map<std::string, EstadoDiario> arquivos_;
     std::int64_t nomes_ = 0; // when the last change of names had followed

@@ -179,8 +179,11 @@ bool aplicar(const Passo &passo) {
     Cadeia &cadeia = *passo.cadeia;
     if (passo.plano.noLugar) return escreverSobre(passo, cadeia);
     cadeia.aberto.fechar();
-    return instalarRascunho(passo.rascunho) &&
-           identificar(passo.caminho, passo.mudanca->ligacao, cadeia.identidade) == Leitura::kLido;
+    if (!instalarRascunho(passo.rascunho)) return false;
+    const Leitura leitura = identificar(passo.caminho, passo.mudanca->ligacao, cadeia.identidade);
+    // Whoever waited for the file may have taken it already.
+    if (leitura == Leitura::kInexistente) cadeia.identidade = {};
+    return leitura != Leitura::kFalha;
 }
 
 // The record is on the disk: what fails from here on is put right later. Whether nothing did.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "comandos/EnvioAlca.h"
 #include "comandos/EnvioRelato.h"
+#include "comum/ChaveAcesso.h"
 
 #include <algorithm>
 #include <iterator>
@@ -44,13 +45,13 @@ void semRemedio(std::string &motivo, const std::string &remedio) {
 
 // What the receipt of an NFC-e is printed from: with the authority's answer, else offline.
 void juntarRecibo(const Alca &envio, Transmissao &feita) {
-    constexpr std::size_t kLugarDoTpEmis = 34;
     if (zel_envio_tipo(envio.get()) != ZEL_ENVIO_NFCE) return;
     std::string dela;
     const bool respondida = receber(dela, [&](char **bytes, std::size_t *tamanho) {
                                 return zel_envio_resposta(envio.get(), bytes, tamanho);
                             }) > 0;
-    const bool offline = feita.chave.size() > kLugarDoTpEmis && feita.chave[kLugarDoTpEmis] == '9';
+    const auto chave = ChaveAcesso::ler(feita.chave);
+    const bool offline = chave && chave->parte(ChaveAcesso::Parte::kTpEmis) == "9";
     if (feita.fim == FimDoEnvio::kRecusado || (!respondida && !offline)) return;
     receberImpressao(envio, respondida ? &dela : nullptr, feita.documento, feita.aoLado);
 }
