@@ -10,6 +10,11 @@ namespace zel {
 
 enum Estado { kNenhum, kAberto, kVendendo, kTotalizado, kPagamento, kEncerrado, kCancelado };
 
+// Of a receipt that was opened and not ended.
+constexpr bool emAndamento(long long estado) {
+    return estado >= kAberto && estado <= kPagamento;
+}
+
 inline constexpr std::array<std::string_view, kCancelado + 1> kNomesDosEstados{
     "nenhum cupom", "aberto", "vendendo", "totalizado", "pago", "encerrado", "cancelado"};
 

@@ -4,6 +4,7 @@
 
 #include "comandos/Biblioteca.h"
 #include "comandos/ComandoCupom.h"
+#include "comum/EstadoDoCupom.h"
 #include "leitura/Arquivos.h"
 #include "leitura/Terminal.h"
 #include "leitura/Texto.h"
@@ -17,13 +18,14 @@ namespace {
 
 std::vector<Linha> linhasDoCupom(const std::string &diretorio, int estado) {
     std::string erro;
-    if (estado < 1 || estado > 5) return {};
+    if (!emAndamento(estado) && estado != kEncerrado) return {};
     const auto cupom = cupomNoDisco(diretorio, erro);
     if (!cupom) return {{"cupom", "Cupom", juntar({"ArqPersist.bin: ", erro})}};
-    std::vector<Linha> linhas = estado < 5 ? linhasDoCupom(*cupom) : resumoDoCupom(*cupom);
+    std::vector<Linha> linhas = emAndamento(estado) ? linhasDoCupom(*cupom) : resumoDoCupom(*cupom);
     // Before the totals are made nothing is due.
-    if (estado < 3) std::erase_if(linhas, [](const Linha &l) { return l.nome == "falta"; });
-    if (estado >= 4)
+    if (estado < kTotalizado)
+        std::erase_if(linhas, [](const Linha &l) { return l.nome == "falta"; });
+    if (estado >= kPagamento)
         linhas.push_back({"troco", "Troco", configuracao(R"(CONFIGURACAO\TrocoUltimaNFCe)")});
     return linhas;
 }

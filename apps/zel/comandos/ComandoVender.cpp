@@ -8,6 +8,7 @@
 #include "comandos/Interrupcao.h"
 #include "comandos/VendaTransmitida.h"
 #include "comum/ArquivosDoCaixa.h"
+#include "comum/EstadoDoCupom.h"
 #include "leitura/Arquivos.h"
 #include "leitura/Json.h"
 #include "leitura/Terminal.h"
@@ -166,15 +167,11 @@ bool pagar(const Venda &venda, Andamento &ate) {
 
 bool vender(const Venda &venda, bool continuar, Andamento &ate) {
     if (!comecar(venda, continuar, ate) || !venderItens(venda, ate)) return false;
-    const bool totaliza = !continuar || estadoDoCupom() < 3 || !venda.ajuste.tipo.empty();
+    const bool totaliza = !continuar || estadoDoCupom() < kTotalizado || !venda.ajuste.tipo.empty();
     if (totaliza && !ate.fazer("totalizar", aCFTotalizar_ZEL(venda.ajuste.tipo.c_str(),
                                                              venda.ajuste.valor.c_str())))
         return false;
     return pagar(venda, ate) && ate.encerrar(tCFEncerrar_ZEL(venda.mensagem.c_str()));
-}
-
-bool emAndamento(int estado) {
-    return estado >= 1 && estado <= 4;
 }
 
 // Items and amounts of the receipt on disk.

@@ -2,6 +2,7 @@
 #include "conferencia/ConferenciaDiretorio.h"
 
 #include "comum/ArquivosDoCaixa.h"
+#include "comum/EstadoDoCupom.h"
 #include "conferencia/ConferenciaConfig.h"
 #include "conferencia/Regras.h"
 #include "leitura/Arquivos.h"
@@ -106,7 +107,7 @@ private:
     // The receipt as the state and the file say it.
     void conferirCupom(const ArquivoConfig &config) {
         const long long estado = lerInteiro(config[kChaveEstado].valor).value_or(0);
-        if (estado < 1 || estado > 4) return;
+        if (!emAndamento(estado)) return;
         std::string_view nome = kCupom;
         std::string bytes, motivo, erro;
         Leitura leitura = lerArquivo(juntar({diretorio_, nome}), kMaximoDocumento, bytes, motivo);
