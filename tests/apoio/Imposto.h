@@ -60,7 +60,7 @@ protected:
         const std::string antes = resumo(guardado);
         Mudancas mudancas;
         const int codigo = operacao(guardado, mudancas);
-        const std::string depois = codigo == ZEL_OK ? resumo(guardado) : std::to_string(codigo);
+        std::string depois = codigo == ZEL_OK ? resumo(guardado) : std::to_string(codigo);
         mudancas.desfazer();
         EXPECT_EQ(resumo(guardado), antes);
         return depois;

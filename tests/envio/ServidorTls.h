@@ -11,6 +11,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <gtest/gtest.h>
 #include <mutex>
 #include <netinet/in.h>
 #include <openssl/ssl.h>
@@ -59,7 +60,7 @@ public:
         lugar.sin_family = AF_INET;
         lugar.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t tamanho = sizeof lugar;
-        ::bind(escuta_, reinterpret_cast<sockaddr *>(&lugar), tamanho);
+        EXPECT_EQ(::bind(escuta_, reinterpret_cast<sockaddr *>(&lugar), tamanho), 0);
         ::getsockname(escuta_, reinterpret_cast<sockaddr *>(&lugar), &tamanho);
         ::listen(escuta_, 8);
         porta_ = ntohs(lugar.sin_port);

@@ -86,7 +86,7 @@ std::string icmsDe(std::string_view nome) {
     const auto *const linha = std::ranges::find(kIcms, nome, &Imposto::nome);
     return icms(linha->nome, linha->campos);
 }
-std::string comoCofins(std::string texto) {
+std::string comoCofins(const std::string &texto) {
     return std::regex_replace(texto, std::regex("PIS"), "COFINS");
 }
 
@@ -544,7 +544,7 @@ TEST(Traducao, todas_as_recusas_vem_de_uma_vez_e_nenhuma_vem_de_outra) {
     nota.itens.resize(3);
     nota.itens[1].NCM = "09";
     nota.itens[2].vProd = "-1.00";
-    nota.pagamentos.push_back({"77", "1.00"});
+    nota.pagamentos.emplace_back("77", "1.00");
     const auto traduzida = traduzir(nota);
     EXPECT_EQ(traduzida.recusas.lista().size(), 4) << traduzida.recusas.texto();
     for (const char *campo : {"emit/IE", "det[2]/prod/NCM", "det[3]/prod/vProd", "pag[2]/tPag"})

@@ -137,6 +137,45 @@ struct Classe {
 };
 constexpr std::array<Classe, 4> kClasses{{{"1", 100}, {"2", 40}, {"3", 0}, {"4", -1}}};
 
+// A service's tax, or those of goods: each gives what of it is within the price.
+std::int64_t sortearServico(Acaso &acaso, std::int64_t liquido, ItemNota &item, Esperado &soma) {
+    const std::int64_t taxa = acaso.ate(500), iss = parte(liquido, taxa, 10000);
+    item.imposto =
+        grupo("ISSQN",
+              elementos("vBC=" + dinheiro(liquido) + " vAliq=" + dinheiro(taxa) +
+                        " vISSQN=" + dinheiro(iss) + " cMunFG=4314902 cListServ=0101 cSitTrib=N"));
+    soma.vISS += iss;
+    return iss;
+}
+
+std::int64_t sortearMercadoria(Acaso &acaso, std::int64_t liquido, ItemNota &item, Esperado &soma) {
+    std::int64_t dentro = 0;
+    const std::string vBC = " vBC=" + dinheiro(liquido);
+    item.imposto = icms("ICMS40", "orig=0 CST=41");
+    if (acaso.ate(1) == 0) {
+        const std::int64_t taxa = acaso.ate(2500), imposto = parte(liquido, taxa, 10000);
+        item.imposto =
+            icms("ICMS20", "orig=0 CST=20 modBC=3 pRedBC=0.00" + vBC + " pICMS=" + dinheiro(taxa) +
+                               " vICMS=" + dinheiro(imposto));
+        const std::int64_t fundo = parte(liquido, 2, 100);
+        soma.vBC += liquido;
+        soma.vICMS += imposto;
+        soma.vFCP += fundo;
+        dentro += imposto + fundo;
+    }
+    if (acaso.ate(1) == 0) {
+        const std::int64_t pis = parte(liquido, 165, 10000), cofins = parte(liquido, 76, 1000);
+        const std::string p = "CST=01" + vBC + " pPIS=1.65 vPIS=" + dinheiro(pis),
+                          c = "CST=01" + vBC + " pCOFINS=7.60 vCOFINS=" + dinheiro(cofins);
+        item.imposto += grupo("PIS", grupo("PISAliq", elementos(p))) +
+                        grupo("COFINS", grupo("COFINSAliq", elementos(c)));
+        soma.vPIS += pis;
+        soma.vCOFINS += cofins;
+        dentro += pis + cofins;
+    }
+    return dentro;
+}
+
 ItemNota sortear(Acaso &acaso, Esperado &soma) {
     ItemNota item;
     const Classe &classe = kClasses[static_cast<std::size_t>(acaso.ate(3))];
@@ -149,45 +188,10 @@ ItemNota sortear(Acaso &acaso, Esperado &soma) {
     item.preco = item.vProd = dinheiro(bruto);
     (desconto ? item.vDesc : item.vOutro) = dinheiro(ajuste);
     (desconto ? soma.vDesc : soma.vOutro) += ajuste;
-    std::int64_t dentro = 0; // taxes within the price
-    const std::string vBC = " vBC=" + dinheiro(liquido);
-    if (acaso.ate(7) == 0) {
-        const std::int64_t taxa = acaso.ate(500), iss = parte(liquido, taxa, 10000);
-        item.imposto =
-            grupo("ISSQN", elementos("vBC=" + dinheiro(liquido) + " vAliq=" + dinheiro(taxa) +
-                                     " vISSQN=" + dinheiro(iss) +
-                                     " cMunFG=4314902 cListServ=0101 cSitTrib=N"));
-        soma.vServ += bruto;
-        soma.vISS += iss;
-        dentro = iss;
-    } else {
-        soma.vProd += bruto;
-        if (acaso.ate(1) == 0) {
-            const std::int64_t taxa = acaso.ate(2500), imposto = parte(liquido, taxa, 10000);
-            item.imposto = icms("ICMS20", "orig=0 CST=20 modBC=3 pRedBC=0.00" + vBC + " pICMS=" +
-                                              dinheiro(taxa) + " vICMS=" + dinheiro(imposto));
-            const std::int64_t fundo = parte(liquido, 2, 100);
-            soma.vBC += liquido;
-            soma.vICMS += imposto;
-            soma.vFCP += fundo;
-            dentro += imposto + fundo;
-        } else {
-            item.imposto = icms("ICMS40", "orig=0 CST=41");
-        }
-        if (acaso.ate(1) == 0) {
-            const std::int64_t pis = parte(liquido, 165, 10000), cofins = parte(liquido, 76, 1000);
-            item.imposto +=
-                grupo("PIS", grupo("PISAliq",
-                                   elementos("CST=01" + vBC + " pPIS=1.65 vPIS=" + dinheiro(pis))));
-            item.imposto +=
-                grupo("COFINS",
-                      grupo("COFINSAliq", elementos("CST=01" + vBC +
-                                                    " pCOFINS=7.60 vCOFINS=" + dinheiro(cofins))));
-            soma.vPIS += pis;
-            soma.vCOFINS += cofins;
-            dentro += pis + cofins;
-        }
-    }
+    const bool servico = acaso.ate(7) == 0;
+    (servico ? soma.vServ : soma.vProd) += bruto;
+    const std::int64_t dentro =
+        (servico ? sortearServico : sortearMercadoria)(acaso, liquido, item, soma);
     if (classe.fica < 0) return item;
     const std::int64_t base = std::max<std::int64_t>(liquido - dentro, 0);
     soma.base += base;
