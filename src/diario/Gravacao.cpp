@@ -186,6 +186,17 @@ bool aplicar(const Passo &passo) {
     return leitura != Leitura::kFalha;
 }
 
+// When everything had followed, as the file system's own clock has it: what changes later gets a
+// later time, or the same one where that clock has not moved on.
+std::int64_t quandoSeguiu(const Gravacao &gravacao) {
+    std::int64_t quando = 0;
+    for (const Passo &passo : gravacao.passos)
+        quando = std::max(quando, passo.cadeia->identidade.mudanca);
+    if (!gravacao.mudaNomes()) return quando;
+    const std::int64_t nomes = identificarDiretorio(fnConfigurarPath("")).mudanca;
+    return std::max(quando, nomes != 0 ? nomes : agora());
+}
+
 // The record is on the disk: what fails from here on is put right later. Whether nothing did.
 bool seguir(const Gravacao &gravacao) {
     Gravador &g = gravador();
@@ -198,7 +209,7 @@ bool seguir(const Gravacao &gravacao) {
     for (const std::string &nome : gravacao.ausentes)
         esquecerCadeia(nome);
     try {
-        g.diario.encerrar(todos ? agora() : 0);
+        g.diario.encerrar(todos ? quandoSeguiu(gravacao) : 0);
     } catch (...) {
         // The files have followed all the same; without memory for it the next process does
         // without.
