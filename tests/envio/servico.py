@@ -315,7 +315,8 @@ class Cortes(ComLoja):
         self.envelhecer(loja)
         loja.servir()
         self.assertTrue(esperar(lambda: self.sem_pendentes(loja), len(vistos) + 240, 0.2), loja.fichas()[-5:])
-        self.inutilizar_os_que_faltam(loja)
+        faltam = self.inutilizar_os_que_faltam(loja)
+        self.assertTrue(esperar(lambda: len(loja.livros.linhas("SELECT id FROM inutilizados")) >= faltam, 240, 0.2))
         # What was replaced and authorized all the same is cancelled: the books say which.
         self.conferir(loja, len(self.numeros), len(vistos) + 240)
         self.assertTrue({("pedido", NAO_ENVIADO), ("resposta", SEM_RESPOSTA)} <= set(vistos), vistos)
