@@ -93,4 +93,9 @@ constexpr bool ehChave(std::string_view texto) {
     return ChaveAcesso::ler(texto).has_value();
 }
 
+// That of a document issued offline, to be sent later.
+constexpr bool ehChaveOffline(std::string_view texto) {
+    return ehChave(texto) && ChaveAcesso::parte(texto, ChaveAcesso::Parte::kTpEmis) == "9";
+}
+
 } // namespace zel

@@ -14,7 +14,7 @@ declarados=$(grep -oE '^ZEL_API int [A-Za-z0-9_]+' "$2" | cut -d' ' -f3 | sort)
 exportados=$(nm -D --defined-only "$1" | awk '$2 != "A" {print $3}' | sort)
 declarados=$(sed 's/$/@@ZEL_1.0/' <<< "$declarados" | sort)
 diff <(echo "$declarados") <(echo "$exportados") || falhar "exports differ from the header"
-readelf -d "$1" | grep -q 'SONAME.*\[libZEL_FelborFramework.so.1\]' || falhar "another soname"
+readelf -d "$1" | grep 'SONAME.*\[libZEL_FelborFramework.so.1\]' > /dev/null || falhar "another soname"
 
 [[ $(basename "$(realpath "$1")") == *.so."$3" ]] || falhar "the file is not of version $3"
 grep -qx "#define ZEL_VERSAO \"$3\"" "$2" || falhar "the header is not of version $3"

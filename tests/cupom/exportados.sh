@@ -16,5 +16,5 @@ diff <(echo "$declarados") <(sed 's/@.*//' <<< "$exportados") || falhar "exports
 ! grep -v '@@ZEL_CUPOM_1\.[01]$' <<< "$exportados" || falhar "a name without a version"
 if readelf -d "$1" | grep 'NEEDED.*ZEL_Felbor'; then falhar "needs the fiscal library"; fi
 if grep -rn 'ZEL_FelborFramework' "$2"; then falhar "knows the fiscal library"; fi
-readelf -d "$1" | grep -q 'SONAME.*\[libzel-cupom.so.1\]' || falhar "another soname"
+readelf -d "$1" | grep 'SONAME.*\[libzel-cupom.so.1\]' > /dev/null || falhar "another soname"
 echo "$(wc -l <<< "$declarados") exports"

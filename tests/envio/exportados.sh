@@ -14,5 +14,5 @@ diff <(sed 's/$/@@ZEL_ENVIO_1.0/' <<< "$declarados") <(echo "$exportados") ||
     falhar "exports differ from the header"
 if readelf -d "$1" | grep 'NEEDED.*ZEL_Felbor'; then falhar "needs the fiscal library"; fi
 if grep -rn 'ZEL_FelborFramework' "$2"/{src,include}; then falhar "knows the fiscal library"; fi
-readelf -d "$1" | grep -q 'SONAME.*\[libzel-envio.so.1\]' || falhar "another soname"
+readelf -d "$1" | grep 'SONAME.*\[libzel-envio.so.1\]' > /dev/null || falhar "another soname"
 echo "$(wc -l <<< "$declarados") exports"

@@ -28,9 +28,7 @@ constexpr std::string_view kProducao = "1";
 
 struct Situacao {
     std::string chave, protocolo; // of the last document closed or laid out
-    bool contingencia() const {
-        return ehChave(chave) && ChaveAcesso::parte(chave, ChaveAcesso::Parte::kTpEmis) == "9";
-    }
+    bool contingencia() const { return ehChaveOffline(chave); }
     // Whether its receipt may be given to the customer.
     bool vale() const { return !protocolo.empty() || contingencia(); }
 };

@@ -126,8 +126,7 @@ std::optional<PedidoDeTransmissao> pedidoDeTransmissao(const Argumentos &argumen
 }
 
 bool ehOffline(const Transmissao &feita) {
-    return ehChave(feita.chave) &&
-           ChaveAcesso::parte(feita.chave, ChaveAcesso::Parte::kTpEmis) == "9";
+    return ehChaveOffline(feita.chave);
 }
 
 std::string resultadoDe(const Transmissao &feita) {

@@ -50,9 +50,7 @@ void juntarRecibo(const Alca &envio, Transmissao &feita) {
     const bool respondida = receber(dela, [&](char **bytes, std::size_t *tamanho) {
                                 return zel_envio_resposta(envio.get(), bytes, tamanho);
                             }) > 0;
-    const auto chave = ChaveAcesso::ler(feita.chave);
-    const bool offline = chave && chave->parte(ChaveAcesso::Parte::kTpEmis) == "9";
-    if (feita.fim == FimDoEnvio::kRecusado || (!respondida && !offline)) return;
+    if (feita.fim == FimDoEnvio::kRecusado || (!respondida && !ehChaveOffline(feita.chave))) return;
     receberImpressao(envio, respondida ? &dela : nullptr, feita.documento, feita.aoLado);
 }
 
